@@ -1,0 +1,35 @@
+#include "platform/base/Error.h"
+
+#include <cerrno>
+#include <system_error>
+
+namespace platform {
+
+namespace {
+
+std::string oneLine(const std::string& file, const std::string& key, const std::string& message) {
+    std::string text;
+    for (const std::string& part : {file, key})
+        if (!part.empty()) text += part + ": ";
+    text += message;
+    for (char& c : text)
+        if (static_cast<unsigned char>(c) < 0x20) c = ' ';
+    return text;
+}
+
+bool isPassing(int errnoValue) {
+    return errnoValue == ENOSPC || errnoValue == EDQUOT || errnoValue == ENOMEM || errnoValue == EMFILE ||
+           errnoValue == ENFILE || errnoValue == EAGAIN;
+}
+
+}  // namespace
+
+Error::Error(ErrorKind kind, const std::string& message, const std::string& file, const std::string& key)
+    : std::runtime_error(oneLine(file, key, message)), kind_(kind), message_(message), file_(file), key_(key) {}
+
+Error errnoError(int errnoValue, const std::string& action, const std::string& file, ErrorKind kind) {
+    const std::string reason = std::generic_category().message(errnoValue);
+    return Error(isPassing(errnoValue) ? ErrorKind::Transient : kind, action + ": " + reason, file);
+}
+
+}  // namespace platform

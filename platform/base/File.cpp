@@ -1,0 +1,139 @@
+#include "platform/base/File.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+
+#include "platform/base/Paths.h"
+
+namespace platform {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+fs::path besideName(const fs::path& file) {
+    return file.parent_path() / ("." + file.filename().string() + "." + uniqueIdentifier() + ".part");
+}
+
+void writeAll(int descriptor, std::string_view bytes, const std::string& name) {
+    while (!bytes.empty()) {
+        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) throw errnoError(errno, "cannot write", name);
+        bytes.remove_prefix(static_cast<size_t>(written));
+    }
+}
+
+/// Removes a file unless it was given its final name.
+struct PartFile {
+    explicit PartFile(const fs::path& target) : path(besideName(target)) {}
+    ~PartFile() {
+        if (!published) ::unlink(path.c_str());
+    }
+    void publishAs(const fs::path& target) {
+        if (::rename(path.c_str(), target.c_str()) != 0) throw errnoError(errno, "cannot write", target.string());
+        published = true;
+    }
+    fs::path path;
+    bool published = false;
+};
+
+void copyInto(const fs::path& from, const fs::path& to, const fs::path& reportedTarget) {
+    const FileHandle source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
+    if (!source) throw errnoError(errno, "cannot read", from.string());
+    const FileHandle target(::open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!target) throw errnoError(errno, "cannot write", reportedTarget.string());
+    std::vector<char> buffer(1 << 20);
+    for (;;) {
+        const ssize_t count = ::read(source.descriptor(), buffer.data(), buffer.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) throw errnoError(errno, "cannot read", from.string());
+        if (count == 0) return;
+        writeAll(target.descriptor(), {buffer.data(), static_cast<size_t>(count)}, reportedTarget.string());
+    }
+}
+
+}  // namespace
+
+FileHandle& FileHandle::operator=(FileHandle&& other) noexcept {
+    if (this != &other) {
+        reset();
+        descriptor_ = other.release();
+    }
+    return *this;
+}
+
+int FileHandle::release() {
+    const int descriptor = descriptor_;
+    descriptor_ = -1;
+    return descriptor;
+}
+
+void FileHandle::reset() {
+    if (descriptor_ >= 0) ::close(descriptor_);
+    descriptor_ = -1;
+}
+
+uint64_t FileHandle::size() const {
+    struct stat info {};
+    return ::fstat(descriptor_, &info) == 0 ? static_cast<uint64_t>(info.st_size) : 0;
+}
+
+std::vector<uint8_t> readFile(const FileHandle& file, const std::string& name, uint64_t maxBytes, ErrorKind kind) {
+    std::vector<uint8_t> bytes;
+    const uint64_t expected = file.size();
+    if (expected > maxBytes) throw Error(kind, "larger than " + std::to_string(maxBytes) + " bytes", name);
+    bytes.resize(expected + 1);
+    size_t used = 0;
+    for (;;) {
+        // Positioned reads leave the handle's own offset alone, so a handle may be read more than once.
+        const ssize_t count = ::pread(file.descriptor(), bytes.data() + used, bytes.size() - used,
+                                      static_cast<off_t>(used));
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0) throw errnoError(errno, "cannot read", name, kind);
+        if (count == 0) break;
+        used += static_cast<size_t>(count);
+        if (used > maxBytes) throw Error(kind, "larger than " + std::to_string(maxBytes) + " bytes", name);
+        if (used == bytes.size()) bytes.resize(bytes.size() * 2);
+    }
+    bytes.resize(used);
+    return bytes;
+}
+
+std::vector<uint8_t> readFile(const fs::path& file, uint64_t maxBytes, ErrorKind kind) {
+    const FileHandle handle(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!handle) throw errnoError(errno, "cannot open", file.string(), kind);
+    struct stat info {};
+    if (::fstat(handle.descriptor(), &info) != 0 || !S_ISREG(info.st_mode))
+        throw Error(kind, "not a regular file", file.string());
+    return readFile(handle, file.string(), maxBytes, kind);
+}
+
+void writeFileAtomically(const fs::path& file, std::string_view bytes) {
+    PartFile part(file);
+    const FileHandle handle(::open(part.path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+    if (!handle) throw errnoError(errno, "cannot write", file.string());
+    writeAll(handle.descriptor(), bytes, file.string());
+    if (::fsync(handle.descriptor()) != 0 && errno != EINVAL) throw errnoError(errno, "cannot write", file.string());
+    part.publishAs(file);
+}
+
+void createFolders(const fs::path& folder) {
+    std::error_code failure;
+    fs::create_directories(folder, failure);
+    if (failure) throw errnoError(failure.value(), "cannot create the folder", folder.string());
+}
+
+void moveFile(const fs::path& from, const fs::path& to) {
+    if (::rename(from.c_str(), to.c_str()) == 0) return;
+    if (errno != EXDEV) throw errnoError(errno, "cannot write", to.string());
+    PartFile part(to);
+    copyInto(from, part.path, to);
+    part.publishAs(to);
+    ::unlink(from.c_str());
+}
+
+}  // namespace platform

@@ -1,0 +1,107 @@
+#include "platform/base/FileGate.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cerrno>
+
+namespace platform {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+bool isBelow(const fs::path& path, const fs::path& folder) {
+    const auto mismatch = std::mismatch(folder.begin(), folder.end(), path.begin(), path.end());
+    return mismatch.first == folder.end() && mismatch.second != path.end();
+}
+
+fs::path realPathOf(const FileHandle& file) {
+    std::error_code failure;
+    return fs::read_symlink(file.path(), failure);
+}
+
+FileGate::Verdict verdictOfErrno(int errnoValue) {
+    // Opening a socket fails with ENXIO: it exists, but is no file.
+    return errnoValue == ENXIO ? FileGate::Verdict::NotRegular : FileGate::Verdict::Missing;
+}
+
+}  // namespace
+
+FileGate& FileGate::shared() {
+    static FileGate gate;
+    return gate;
+}
+
+void FileGate::allowFolder(const fs::path& folder) {
+    std::error_code failure;
+    const fs::path real = fs::canonical(folder, failure);
+    if (failure) return;
+    const std::lock_guard lock(mutex_);
+    folders_.push_back(real);
+}
+
+void FileGate::allowFile(const fs::path& file) {
+    std::error_code failure;
+    const fs::path real = fs::canonical(file, failure);
+    if (failure) return;
+    const std::lock_guard lock(mutex_);
+    files_.push_back(real);
+}
+
+void FileGate::reset() {
+    const std::lock_guard lock(mutex_);
+    folders_.clear();
+    files_.clear();
+    refusals_.clear();
+}
+
+FileGate::Opened FileGate::open(const fs::path& file) {
+    // Non-blocking, so that a FIFO in a template cannot hang the job before it is recognised.
+    FileHandle handle(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    Verdict verdict = Verdict::Allowed;
+    if (!handle) {
+        verdict = verdictOfErrno(errno);
+    } else {
+        struct stat info {};
+        if (!isAllowed(realPathOf(handle)))
+            verdict = Verdict::Outside;
+        else if (::fstat(handle.descriptor(), &info) != 0 || !S_ISREG(info.st_mode))
+            verdict = Verdict::NotRegular;
+    }
+    if (verdict == Verdict::Allowed) return {verdict, std::move(handle)};
+    if (verdict != Verdict::Missing) remember(file.string(), verdict);
+    return {verdict, FileHandle()};
+}
+
+std::vector<FileGate::Refusal> FileGate::refusals() const {
+    const std::lock_guard lock(mutex_);
+    return refusals_;
+}
+
+bool FileGate::isAllowed(const fs::path& realPath) const {
+    const std::lock_guard lock(mutex_);
+    return std::find(files_.begin(), files_.end(), realPath) != files_.end() ||
+           std::any_of(folders_.begin(), folders_.end(),
+                       [&](const fs::path& folder) { return isBelow(realPath, folder); });
+}
+
+void FileGate::remember(const std::string& path, Verdict verdict) {
+    const std::lock_guard lock(mutex_);
+    const bool known = std::any_of(refusals_.begin(), refusals_.end(),
+                                   [&](const Refusal& refusal) { return refusal.path == path; });
+    if (!known) refusals_.push_back({path, verdict});
+}
+
+const char* describe(FileGate::Verdict verdict) {
+    switch (verdict) {
+        case FileGate::Verdict::Allowed: return "may be opened";
+        case FileGate::Verdict::Missing: return "does not exist";
+        case FileGate::Verdict::Outside: return "lies outside the template's folder";
+        case FileGate::Verdict::NotRegular: return "is not a regular file";
+    }
+    return "";
+}
+
+}  // namespace platform
