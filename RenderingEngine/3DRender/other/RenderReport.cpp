@@ -1,0 +1,27 @@
+#include "other/RenderReport.h"
+
+#include <algorithm>
+
+namespace multiscene {
+
+RenderReport& RenderReport::shared() {
+    static RenderReport report;
+    return report;
+}
+
+void RenderReport::add(Entry entry) {
+    const std::lock_guard lock(mutex_);
+    if (std::find(entries_.begin(), entries_.end(), entry) == entries_.end()) entries_.push_back(std::move(entry));
+}
+
+std::vector<RenderReport::Entry> RenderReport::entries() const {
+    const std::lock_guard lock(mutex_);
+    return entries_;
+}
+
+void RenderReport::clear() {
+    const std::lock_guard lock(mutex_);
+    entries_.clear();
+}
+
+}  // namespace multiscene

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace multiscene {
+
+/// What the engine skipped while it rendered: the render path reports nothing and draws nothing, and this list is
+/// shown once, in the summary of a job. All operations are safe from any thread.
+class RenderReport {
+  public:
+    struct Entry {
+        std::string what;   ///< "missing file", "shader failed", …
+        std::string name;   ///< the file, key or shader
+        std::string scene;  ///< the scene file's folder or identifier
+        std::string node;   ///< the node's name or type
+        bool operator==(const Entry&) const = default;
+    };
+
+    static RenderReport& shared();
+
+    /// Remembers an entry; the same entry again is not listed twice.
+    void add(Entry entry);
+    std::vector<Entry> entries() const;
+    void clear();
+
+  private:
+    mutable std::mutex mutex_;
+    std::vector<Entry> entries_;
+};
+
+}  // namespace multiscene
