@@ -1,0 +1,67 @@
+#include "other/QVMultiSceneRenderShareSettings.h"
+
+#include <limits>
+#include <string_view>
+
+#include "other/QVUtil.h"
+
+namespace multiscene {
+
+using platform::Value;
+
+namespace {
+
+int64_t frameNumber(const Value& number, const std::string& sceneIdentifier) {
+    if (!number.isString()) return number.integerValue();
+    const Value found =
+        QVMultiSceneRenderShareSettings::computeUserMap(number.stringValue(), sceneIdentifier);
+    return found ? found.integerValue() : number.integerValue();
+}
+
+/// The root of a macro that means something only while a group plays; null for every other component.
+const std::string* groupRoot(std::string_view component, const std::string& sceneFolder) {
+    const auto& settings = QVMultiSceneRenderShareSettings::shared();
+    if (component == "$(currentScenePlistROOT)") return &sceneFolder;
+    if (component == "$(currentSceneGroupPlistROOT)") return &settings.currentSceneGroupPlistPathFloder();
+    if (component == "$(currentSceneGroupUserResourcePathROOT)")
+        return &settings.currentSceneGroupUserResourcePathFloder();
+    return nullptr;
+}
+
+}  // namespace
+
+QVMultiSceneRenderShareSettings& QVMultiSceneRenderShareSettings::shared() {
+    static QVMultiSceneRenderShareSettings settings;
+    return settings;
+}
+
+Value QVMultiSceneRenderShareSettings::computeUserMap(const std::string& key,
+                                                      const std::string& sceneIdentifier) {
+    return shared().userMediaMapDic_[key + sceneIdentifier];
+}
+
+std::string QVMultiSceneRenderShareSettings::computeFilePathUserMap(
+    const std::string& text, const std::string& sceneIdentifier, const std::string& sceneResourceFolderPath) {
+    const Value found = computeUserMap(text, sceneIdentifier);
+    return multiSceneRenderPathResourcesWithString(found ? found.stringValue() : text,
+                                                   sceneResourceFolderPath);
+}
+
+void QVMultiSceneRenderShareSettings::computeStartAndEndFps(const Value& fpsInfo,
+                                                            const std::string& sceneIdentifier,
+                                                            int64_t& startFps, int64_t& endFps) {
+    startFps = frameNumber(fpsInfo["startFps"], sceneIdentifier);
+    endFps = fpsInfo.has("endFps") ? frameNumber(fpsInfo["endFps"], sceneIdentifier)
+                                   : std::numeric_limits<int64_t>::max();
+}
+
+std::string QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(
+    const std::string& path, const std::string& currentSceneFolderPath) {
+    if (currentSceneFolderPath.empty() || path.empty() || path.front() == '/')
+        return QVUtil::multiScenePathWithString(path);
+    const std::string_view component = QVUtil::firstComponent(path);
+    const std::string* root = groupRoot(component, currentSceneFolderPath);
+    return root ? *root + QVUtil::removingMacro(path, component) : QVUtil::multiScenePathWithString(path);
+}
+
+}  // namespace multiscene

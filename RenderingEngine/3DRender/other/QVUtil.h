@@ -1,0 +1,65 @@
+// Where templates and their files live, path macros, and the "x,y,z" texts of scene files.
+#pragma once
+
+#include <glm/vec2.hpp>
+#include <glm/vec3.hpp>
+#include <glm/vec4.hpp>
+#include <string>
+#include <string_view>
+
+#include "platform/base/Value.h"
+
+namespace multiscene {
+
+class QVUtil {
+  public:
+    /// Expands a path whose first component is a macro: "$(multiSceneRootROOT)", "$(multiSceneSceneROOT)",
+    /// "$(multiSceneUserResourcesROOT)", "$(mainBundleResourcePathROOT)" or "$(MultiSceneTemplateROOT)".
+    /// An absolute path is returned unchanged. Empty text, and a relative path without a macro, give an empty
+    /// path: nothing is ever looked up in the working directory. Says nothing about whether the file exists.
+    static std::string multiScenePathWithString(const std::string& path);
+
+    /// The text after the macro: every occurrence of `component` followed by "/" is removed.
+    static std::string removingMacro(const std::string& path, std::string_view component);
+    /// The text before the first "/".
+    static std::string_view firstComponent(std::string_view path);
+
+    /// Makes the folders of the data home and excludes them from backups. Throws platform::Error.
+    static void createMultiSceneLocalPaths();
+    /// Marks a folder for backup programs as not worth keeping; does nothing where the file system cannot.
+    static void addSkipBackupAttributeToDirectory(const std::string& folder);
+
+    /// Stores the comma-separated numbers of `text` in order, single precision. Pieces beyond `count` are
+    /// ignored, the elements of missing pieces become 0; a piece that is no number is 0.
+    static void getpagame(std::string_view text, float* data, int count);
+
+    /// Folders of the data home; each ends in "/".
+    static std::string multiSceneRootPath();
+    static std::string scenePath();
+    static std::string userResourcesPath();
+    static std::string templatePath();
+    static std::string dataPath();
+
+    /// Lets another folder stand for "$(multiSceneSceneROOT)": a template that plays from where it lies.
+    /// Empty goes back to the data home. Set before a group is loaded, never while one plays.
+    static void setSceneRoot(const std::string& folder);
+};
+
+/// "x,y", "x,y,z", "x,y,z,w" of a scene file; anything else reads as zeros.
+inline glm::vec2 vector2(const platform::Value& value) {
+    glm::vec2 result(0);
+    QVUtil::getpagame(value.stringValue(), &result.x, 2);
+    return result;
+}
+inline glm::vec3 vector3(const platform::Value& value) {
+    glm::vec3 result(0);
+    QVUtil::getpagame(value.stringValue(), &result.x, 3);
+    return result;
+}
+inline glm::vec4 vector4(const platform::Value& value) {
+    glm::vec4 result(0);
+    QVUtil::getpagame(value.stringValue(), &result.x, 4);
+    return result;
+}
+
+}  // namespace multiscene
