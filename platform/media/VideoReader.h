@@ -1,0 +1,67 @@
+// Reads one video from front to back, picture by picture in presentation order, decoding a little ahead on a
+// thread of its own.
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/base/CMTime.h"
+#include "platform/base/Error.h"
+#include "platform/base/File.h"
+#include "platform/media/PixelBuffer.h"
+#include "platform/media/VideoInfo.h"
+
+namespace platform {
+
+/// One decoded picture: upright (rotation and mirroring of the file applied), top row first. Its size may
+/// change within a film. The buffer goes back to the reader's pool when the frame is destroyed.
+struct VideoFrame {
+    PixelBufferPool::Pointer pixels;
+    /// Exact, counted from the first picture of the file, which has 0.
+    CMTime time;
+};
+
+/// The file is opened with the file protocol alone and with a fixed list of formats (MP4/MOV, Matroska/WebM,
+/// AVI, MPEG-TS, Ogg): a "video" that is a playlist is refused and opens nothing. The first video track is
+/// read. Every call to nextFrame() gives the next picture of the file, however its frame rate varies.
+class VideoReader {
+  public:
+    struct Settings {
+        PixelOrder pixelOrder = PixelOrder::BGRA;
+        int framesAhead = 2;  ///< pictures decoded before they are asked for
+    };
+
+    struct Statistics {
+        int64_t frames = 0;         ///< pictures decoded
+        double decodeSeconds = 0;   ///< CPU seconds of reading and decoding
+        double convertSeconds = 0;  ///< CPU seconds of colour conversion and turning
+    };
+
+    /// Opens the file and reads its header. `name` stands for the file in messages; `kind` says whose file it
+    /// is. Throws Error(kind) when it is no readable video.
+    VideoReader(FileHandle file, const std::string& name, ErrorKind kind = ErrorKind::Template,
+                Settings settings = {});
+    ~VideoReader();
+    VideoReader(const VideoReader&) = delete;
+    VideoReader& operator=(const VideoReader&) = delete;
+
+    const VideoInfo& info() const;
+
+    /// Starts decoding ahead. nextFrame() does it by itself when nobody did.
+    void start();
+    /// The next picture; waits for it. Nothing at the end, after cancel(), and where the rest cannot be read.
+    std::optional<VideoFrame> nextFrame();
+    /// Stops decoding and wakes a waiting nextFrame(). Any thread.
+    void cancel();
+
+    /// Set when the film ended before its end because the rest could not be read.
+    std::optional<Error> error() const;
+    Statistics statistics() const;
+
+  private:
+    class Implementation;
+    std::unique_ptr<Implementation> implementation_;
+};
+
+}  // namespace platform
