@@ -1,0 +1,173 @@
+#include "platform/store/Database.h"
+
+#include <SQLiteCpp/SQLiteCpp.h>
+#include <sqlite3.h>
+
+#include <chrono>
+#include <thread>
+
+#include "platform/base/Error.h"
+
+namespace platform {
+
+namespace {
+
+bool isPassing(int code) {
+    switch (code & 0xff) {
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+        case SQLITE_FULL:
+        case SQLITE_NOMEM:
+            return true;
+        default:
+            return false;
+    }
+}
+
+std::string explanation(int code, const std::string& message) {
+    switch (code & 0xff) {
+        case SQLITE_BUSY:
+        case SQLITE_LOCKED:
+            return "the database is in use by another process";
+        case SQLITE_FULL:
+            return "no space left for the database";
+        case SQLITE_NOTADB:
+            return "the file is no database";
+        case SQLITE_CORRUPT:
+            return "the database is damaged";
+        default:
+            return "database: " + message;
+    }
+}
+
+[[noreturn]] void rethrow(const SQLite::Exception& failure, const std::string& file) {
+    const int code = failure.getErrorCode();
+    throw Error(isPassing(code) ? ErrorKind::Transient : ErrorKind::Failed, explanation(code, failure.what()),
+                file);
+}
+
+template <typename Work>
+auto guarded(const std::string& file, Work&& work) -> decltype(work()) {
+    try {
+        return work();
+    } catch (const SQLite::Exception& failure) {
+        rethrow(failure, file);
+    }
+}
+
+/// Write-ahead logging lets readers go on while an installation writes. The switch itself needs the file
+/// alone and is not covered by the busy time-out, so two first starts at once may have to try again.
+void useWriteAheadLog(SQLite::Database& connection) {
+    for (int attempt = 0;; ++attempt) {
+        try {
+            connection.execAndGet("PRAGMA journal_mode=WAL");
+            return;
+        } catch (const SQLite::Exception& failure) {
+            if (!isPassing(failure.getErrorCode()) || attempt == 200) throw;
+            std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        }
+    }
+}
+
+}  // namespace
+
+struct Database::Core {
+    Core(const std::string& name, int busyTimeoutMs)
+        : file(name), connection(name, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, busyTimeoutMs) {}
+
+    std::string file;
+    SQLite::Database connection;
+    bool inTransaction = false;
+};
+
+struct Statement::Core {
+    Core(SQLite::Database& connection, const std::string& sql, const std::string& name)
+        : query(connection, sql), file(name) {}
+
+    SQLite::Statement query;
+    std::string file;
+};
+
+Statement::Statement(std::unique_ptr<Core> core) : core_(std::move(core)) {}
+Statement::Statement(Statement&&) noexcept = default;
+Statement& Statement::operator=(Statement&&) noexcept = default;
+Statement::~Statement() = default;
+
+Statement& Statement::bind(int index, int64_t number) {
+    guarded(core_->file, [&] { core_->query.bind(index, number); });
+    return *this;
+}
+
+Statement& Statement::bind(int index, std::string_view text) {
+    guarded(core_->file, [&] { core_->query.bind(index, std::string(text)); });
+    return *this;
+}
+
+bool Statement::step() {
+    return guarded(core_->file, [&] { return core_->query.executeStep(); });
+}
+
+int64_t Statement::integer(const char* column) const {
+    return guarded(core_->file, [&] { return core_->query.getColumn(column).getInt64(); });
+}
+
+std::string Statement::text(const char* column) const {
+    return guarded(core_->file, [&] { return core_->query.getColumn(column).getString(); });
+}
+
+Database::Database(const std::string& file, int busyTimeoutMs) {
+    guarded(file, [&] {
+        core_ = std::make_unique<Core>(file, busyTimeoutMs);
+        if (file == kInMemory) return;
+        useWriteAheadLog(core_->connection);
+        core_->connection.exec("PRAGMA synchronous=FULL");
+    });
+}
+
+Database::~Database() = default;
+
+const std::string& Database::file() const {
+    return core_->file;
+}
+
+void Database::execute(const std::string& sql) {
+    guarded(core_->file, [&] { core_->connection.exec(sql); });
+}
+
+Statement Database::prepare(const std::string& sql) {
+    return guarded(core_->file, [&] {
+        return Statement(std::make_unique<Statement::Core>(core_->connection, sql, core_->file));
+    });
+}
+
+bool Database::tableExists(const std::string& name) const {
+    return guarded(core_->file, [&] { return core_->connection.tableExists(name); });
+}
+
+int64_t Database::changes() const {
+    return core_->connection.getChanges();
+}
+
+void Database::transaction(const std::function<void()>& work) {
+    if (core_->inTransaction) return work();
+    execute("BEGIN IMMEDIATE");
+    core_->inTransaction = true;
+    try {
+        work();
+        execute("COMMIT");
+    } catch (...) {
+        // A full disk may have rolled back already; the original fault is the one to report.
+        core_->connection.tryExec("ROLLBACK");
+        core_->inTransaction = false;
+        throw;
+    }
+    core_->inTransaction = false;
+}
+
+void Database::checkIntegrity() {
+    Statement check = prepare("PRAGMA quick_check(1)");
+    if (!check.step() || check.text("quick_check") != "ok")
+        throw Error(ErrorKind::Failed, "the database is damaged", core_->file);
+}
+
+}  // namespace platform

@@ -1,0 +1,71 @@
+// A SQLite database in one file, or in memory. Errors are platform::Error with the database as their file: a
+// full disk and a database that another process keeps locked are Transient, everything else is Failed.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <string_view>
+
+namespace platform {
+
+class Database;
+
+/// One prepared statement, refers to its database. Bind from 1 on, then step until it says false.
+class Statement {
+  public:
+    Statement(Statement&&) noexcept;
+    Statement& operator=(Statement&&) noexcept;
+    ~Statement();
+
+    Statement& bind(int index, int64_t number);
+    Statement& bind(int index, std::string_view text);
+
+    /// True while there is a row. A statement without rows is executed by the first call.
+    bool step();
+    /// Columns of the current row by name; a number or text that is absent reads as 0 or empty.
+    int64_t integer(const char* column) const;
+    std::string text(const char* column) const;
+
+  private:
+    friend class Database;
+    struct Core;
+    explicit Statement(std::unique_ptr<Core> core);
+    std::unique_ptr<Core> core_;
+};
+
+/// One connection. Not for use by two threads at a time; several processes may have the same file open.
+class Database {
+  public:
+    /// The file name of a database that lives in memory and ends with its connection.
+    static constexpr const char* kInMemory = ":memory:";
+
+    /// Opens or creates. A writer of another process is waited for up to `busyTimeoutMs`.
+    explicit Database(const std::string& file, int busyTimeoutMs = 20'000);
+    ~Database();
+    Database(const Database&) = delete;
+    Database& operator=(const Database&) = delete;
+
+    const std::string& file() const;
+    void execute(const std::string& sql);
+    Statement prepare(const std::string& sql);
+    bool tableExists(const std::string& name) const;
+    /// Rows changed by the last INSERT, UPDATE or DELETE.
+    int64_t changes() const;
+
+    /// Runs `work` in one transaction that takes the write lock at its start, so that what it reads cannot
+    /// change under it. Any exception rolls everything back and is passed on. A transaction inside a
+    /// transaction joins the outer one.
+    void transaction(const std::function<void()>& work);
+
+    /// Throws when the file is damaged.
+    void checkIntegrity();
+
+  private:
+    struct Core;
+    std::unique_ptr<Core> core_;
+};
+
+}  // namespace platform

@@ -1,0 +1,26 @@
+// A lock between processes, tied to a file. The kernel lets go of it when its holder ends, however it ends.
+#pragma once
+
+#include <chrono>
+#include <filesystem>
+#include <optional>
+
+#include "platform/base/File.h"
+
+namespace platform {
+
+/// Held while the object lives. Two holders in one process exclude each other too. The file itself stays.
+class FileLock {
+  public:
+    enum class Mode { Shared, Exclusive };
+
+    /// Nothing when somebody else still holds it after `patience`. Throws Error when the file cannot be made.
+    static std::optional<FileLock> acquire(const std::filesystem::path& file, Mode mode = Mode::Exclusive,
+                                           std::chrono::milliseconds patience = std::chrono::milliseconds(0));
+
+  private:
+    explicit FileLock(FileHandle file) : file_(std::move(file)) {}
+    FileHandle file_;
+};
+
+}  // namespace platform
