@@ -22,15 +22,17 @@ struct VideoFrame {
     CMTime time;
 };
 
+struct VideoReaderSettings {
+    PixelOrder pixelOrder = PixelOrder::BGRA;
+    int framesAhead = 2;  ///< pictures decoded before they are asked for
+};
+
 /// The file is opened with the file protocol alone and with a fixed list of formats (MP4/MOV, Matroska/WebM,
 /// AVI, MPEG-TS, Ogg): a "video" that is a playlist is refused and opens nothing. The first video track is
 /// read. Every call to nextFrame() gives the next picture of the file, however its frame rate varies.
 class VideoReader {
   public:
-    struct Settings {
-        PixelOrder pixelOrder = PixelOrder::BGRA;
-        int framesAhead = 2;  ///< pictures decoded before they are asked for
-    };
+    using Settings = VideoReaderSettings;
 
     struct Statistics {
         int64_t frames = 0;         ///< pictures decoded
@@ -41,7 +43,7 @@ class VideoReader {
     /// Opens the file and reads its header. `name` stands for the file in messages; `kind` says whose file it
     /// is. Throws Error(kind) when it is no readable video.
     VideoReader(FileHandle file, const std::string& name, ErrorKind kind = ErrorKind::Template,
-                Settings settings = {});
+                const Settings& settings = {});
     ~VideoReader();
     VideoReader(const VideoReader&) = delete;
     VideoReader& operator=(const VideoReader&) = delete;
