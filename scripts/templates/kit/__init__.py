@@ -1,0 +1,1 @@
+"""What every template generator shares: scene files, painting, video, sound, texture files."""
