@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstdint>
+
+namespace multiscene {
+
+/// The fixed-function state that nodes change around their drawing. GL context current.
+class GLState {
+  public:
+    static void setDepthTest(bool enabled);
+    /// Blending on with these colour factors (GL enums). Alpha is always accumulated with
+    /// (ONE, ONE_MINUS_SRC_ALPHA), so that what is drawn into a texture keeps a usable alpha.
+    static void setBlendFunction(uint32_t srcFactor, uint32_t dstFactor);
+    /// Source alpha / one minus source alpha.
+    static void resetBlendFunction();
+    /// The state in which every frame starts: blending on with the default function, depth test off.
+    static void setDefaults();
+    static void finish();
+};
+
+}  // namespace multiscene

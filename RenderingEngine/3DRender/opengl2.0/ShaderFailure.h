@@ -1,0 +1,15 @@
+// What went wrong while a program was built.
+#pragma once
+
+#include <string>
+
+namespace multiscene {
+
+struct ShaderFailure {
+    std::string shader;  ///< the name or key it is cached under
+    std::string file;  ///< the description or source file; empty for sources built in memory and for linking
+    std::string
+        message;  ///< the compiler's or linker's words with their line numbers, or why a file is not read
+};
+
+}  // namespace multiscene

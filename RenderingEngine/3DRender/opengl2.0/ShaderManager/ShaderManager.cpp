@@ -1,0 +1,119 @@
+#include "opengl2.0/ShaderManager/ShaderManager.h"
+
+#include <epoxy/gl.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <limits>
+
+#include "opengl2.0/ShaderSource.h"
+
+namespace multiscene {
+
+namespace {
+
+constexpr unsigned int unknownProgram = std::numeric_limits<unsigned int>::max();
+
+}  // namespace
+
+ShaderManager& ShaderManager::sharedManager() {
+    // Never destroyed: shaders that outlive main() still tell it that they are gone.
+    static ShaderManager& manager = *new ShaderManager;
+    return manager;
+}
+
+std::shared_ptr<Shader> ShaderManager::createShader(const std::string& name, const std::string& file) {
+    if (auto cached = shaderForName(name)) return cached;
+    const std::string path = shaderDescriptionPath(file);
+    std::string problem;
+    const platform::Value settings = readShaderDescription(path, problem);
+    if (!problem.empty()) record({name, path, problem});
+    return createShader(name, settings, std::filesystem::path(path).parent_path().string());
+}
+
+std::shared_ptr<Shader> ShaderManager::createShader(const std::string& name, const platform::Value& settings,
+                                                    const std::string& shaderRootPath) {
+    auto shader = std::make_shared<Shader>(settings, shaderRootPath);
+    if (shaderForName(name)) removeShader(name);
+    return store(name, std::move(shader));
+}
+
+std::shared_ptr<Shader> ShaderManager::createShaderWithVertex(const std::string& vertexSource,
+                                                              const std::string& fragmentSource,
+                                                              const std::vector<std::string>& attributes,
+                                                              const std::vector<std::string>& uniforms,
+                                                              const std::string& key) {
+    if (auto cached = shaderForName(key)) return cached;
+    return store(key, std::make_shared<Shader>(vertexSource, fragmentSource, attributes, uniforms));
+}
+
+std::shared_ptr<Shader> ShaderManager::store(const std::string& name, std::shared_ptr<Shader> shader) {
+    shader->shaderLog();
+    for (ShaderFailure failure : shader->failures()) {
+        failure.shader = name;
+        record(std::move(failure));
+    }
+    return shaderPrograms_[name] = std::move(shader);
+}
+
+void ShaderManager::record(ShaderFailure failure) {
+    const bool known = std::any_of(failures_.begin(), failures_.end(), [&](const ShaderFailure& other) {
+        return other.shader == failure.shader && other.file == failure.file;
+    });
+    const bool explained = failure.file.empty() &&
+                           std::any_of(failures_.begin(), failures_.end(), [&](const ShaderFailure& other) {
+                               return other.shader == failure.shader;
+                           });
+    if (!known && !explained) failures_.push_back(std::move(failure));
+}
+
+std::shared_ptr<Shader> ShaderManager::shaderForName(const std::string& name) const {
+    const auto found = shaderPrograms_.find(name);
+    return found == shaderPrograms_.end() ? nullptr : found->second;
+}
+
+std::shared_ptr<Shader> ShaderManager::useShader(const std::string& name) {
+    auto shader = shaderForName(name);
+    useShaderObject(shader.get());
+    return shader;
+}
+
+void ShaderManager::useShaderObject(Shader* shader) {
+    currentShader_ = shader;
+    const unsigned int program = shader ? shader->programHandle() : 0;
+    if (program == activeProgram_) return;
+    glUseProgram(program);
+    activeProgram_ = program;
+}
+
+std::vector<std::shared_ptr<Shader>> ShaderManager::allShaders() const {
+    std::vector<std::shared_ptr<Shader>> shaders;
+    for (const auto& [name, shader] : shaderPrograms_) shaders.push_back(shader);
+    return shaders;
+}
+
+void ShaderManager::removeShader(const std::string& name) {
+    const auto found = shaderPrograms_.find(name);
+    if (found == shaderPrograms_.end()) return;
+    if (found->second->programHandle() == activeProgram_) {
+        glUseProgram(0);
+        currentShader_ = nullptr;
+        activeProgram_ = unknownProgram;
+    }
+    shaderPrograms_.erase(found);
+}
+
+void ShaderManager::removeAllShaders() {
+    currentShader_ = nullptr;
+    activeProgram_ = unknownProgram;
+    shaderPrograms_.clear();
+}
+
+void ShaderManager::shaderIsGone(const Shader& shader) {
+    if (currentShader_ == &shader) currentShader_ = nullptr;
+    // Its program's name may come back with another program.
+    if (shader.programHandle() != 0 && shader.programHandle() == activeProgram_)
+        activeProgram_ = unknownProgram;
+}
+
+}  // namespace multiscene

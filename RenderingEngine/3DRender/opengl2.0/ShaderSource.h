@@ -1,0 +1,20 @@
+// Reading shader descriptions and sources, the program's own and those that a template brings.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/base/Value.h"
+
+namespace multiscene {
+
+/// The path of a description file: as given when absolute, else among the program's own shaders.
+std::string shaderDescriptionPath(const std::string& file);
+
+/// The dictionary of a description file, or none with the reason in `problem`.
+platform::Value readShaderDescription(const std::string& file, std::string& problem);
+
+/// A source text, or none with the reason in `problem`: missing, refused by the fence, too long, not UTF-8.
+std::optional<std::string> readShaderText(const std::string& file, std::string& problem);
+
+}  // namespace multiscene

@@ -1,0 +1,27 @@
+// Drawing one textured quad: the pattern that the quads, their variants and the video sources share.
+#pragma once
+
+#include <glm/glm.hpp>
+
+#include "core/GLESUtils/DrawQuad.h"
+#include "opengl2.0/Shader.h"
+
+namespace multiscene {
+
+/// What is drawn; refers to the caller's memory.
+struct TexturedQuad {
+    unsigned int texture = 0;        ///< on unit 0, "videoFrame"
+    const glm::mat4& mvpMatrix;      ///< "u_mvpMatrix"
+    const glm::mat4& textureMatrix;  ///< "u_textureMatrix"
+    QuadCorners corners;
+};
+
+/// Binds a second texture for the next quad: `texture` on `unit`, whose number goes into `sampler`. Unit 0 is
+/// active afterwards. The shader must be current.
+void bindTexture(Shader& shader, const char* sampler, int unit, unsigned int texture);
+
+/// Makes the shader current, sets the shared uniforms and draws. Uniforms of a variant are set before, after
+/// shader.useShader(). Draws nothing, and returns false, when the texture or the program is 0.
+bool drawTexturedQuad(Shader& shader, const TexturedQuad& quad);
+
+}  // namespace multiscene
