@@ -42,9 +42,10 @@ class Scanner {
         objectCount_ = bigEndian(trailer + 8, 8);
         rootObject_ = bigEndian(trailer + 16, 8);
         tableOffset_ = bigEndian(trailer + 24, 8);
-        const bool sizesFit = offsetSize_ >= 1 && offsetSize_ <= 8 && referenceSize_ >= 1 && referenceSize_ <= 8;
-        return sizesFit && tableOffset_ <= trailer && objectCount_ <= (trailer - tableOffset_) / offsetSize_ &&
-               rootObject_ < objectCount_;
+        const bool sizesFit =
+            offsetSize_ >= 1 && offsetSize_ <= 8 && referenceSize_ >= 1 && referenceSize_ <= 8;
+        return sizesFit && tableOffset_ <= trailer &&
+               objectCount_ <= (trailer - tableOffset_) / offsetSize_ && rootObject_ < objectCount_;
     }
 
     uint64_t bigEndian(size_t at, size_t size) const {
@@ -106,6 +107,8 @@ bool isBinaryPropertyList(std::span<const uint8_t> bytes) {
     return bytes.size() >= headerSize && std::memcmp(bytes.data(), "bplist", 6) == 0;
 }
 
-BinaryPropertyListShape scanBinaryPropertyList(std::span<const uint8_t> bytes) { return Scanner(bytes).scan(); }
+BinaryPropertyListShape scanBinaryPropertyList(std::span<const uint8_t> bytes) {
+    return Scanner(bytes).scan();
+}
 
 }  // namespace platform

@@ -5,8 +5,8 @@
 
 namespace platform {
 
-/// What parsing a binary property list would unfold to. Objects may be shared by reference, so a few bytes can
-/// stand for a great tree, and a cycle for an endless one.
+/// What parsing a binary property list would unfold to. Objects may be shared by reference, so a few bytes
+/// can stand for a great tree, and a cycle for an endless one.
 struct BinaryPropertyListShape {
     bool wellFormed = false;  ///< the trailer and every reference lie inside the data and there is no cycle
     int depth = 0;            ///< nesting of arrays and dictionaries

@@ -25,7 +25,11 @@ bool isPassing(int errnoValue) {
 }  // namespace
 
 Error::Error(ErrorKind kind, const std::string& message, const std::string& file, const std::string& key)
-    : std::runtime_error(oneLine(file, key, message)), kind_(kind), message_(message), file_(file), key_(key) {}
+    : std::runtime_error(oneLine(file, key, message)),
+      kind_(kind),
+      message_(message),
+      file_(file),
+      key_(key) {}
 
 Error errnoError(int errnoValue, const std::string& action, const std::string& file, ErrorKind kind) {
     const std::string reason = std::generic_category().message(errnoValue);

@@ -34,7 +34,8 @@ struct PartFile {
         if (!published) ::unlink(path.c_str());
     }
     void publishAs(const fs::path& target) {
-        if (::rename(path.c_str(), target.c_str()) != 0) throw errnoError(errno, "cannot write", target.string());
+        if (::rename(path.c_str(), target.c_str()) != 0)
+            throw errnoError(errno, "cannot write", target.string());
         published = true;
     }
     fs::path path;
@@ -82,7 +83,8 @@ uint64_t FileHandle::size() const {
     return ::fstat(descriptor_, &info) == 0 ? static_cast<uint64_t>(info.st_size) : 0;
 }
 
-std::vector<uint8_t> readFile(const FileHandle& file, const std::string& name, uint64_t maxBytes, ErrorKind kind) {
+std::vector<uint8_t> readFile(const FileHandle& file, const std::string& name, uint64_t maxBytes,
+                              ErrorKind kind) {
     std::vector<uint8_t> bytes;
     const uint64_t expected = file.size();
     if (expected > maxBytes) throw Error(kind, "larger than " + std::to_string(maxBytes) + " bytes", name);
@@ -90,8 +92,8 @@ std::vector<uint8_t> readFile(const FileHandle& file, const std::string& name, u
     size_t used = 0;
     for (;;) {
         // Positioned reads leave the handle's own offset alone, so a handle may be read more than once.
-        const ssize_t count = ::pread(file.descriptor(), bytes.data() + used, bytes.size() - used,
-                                      static_cast<off_t>(used));
+        const ssize_t count =
+            ::pread(file.descriptor(), bytes.data() + used, bytes.size() - used, static_cast<off_t>(used));
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) throw errnoError(errno, "cannot read", name, kind);
         if (count == 0) break;
@@ -117,7 +119,8 @@ void writeFileAtomically(const fs::path& file, std::string_view bytes) {
     const FileHandle handle(::open(part.path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
     if (!handle) throw errnoError(errno, "cannot write", file.string());
     writeAll(handle.descriptor(), bytes, file.string());
-    if (::fsync(handle.descriptor()) != 0 && errno != EINVAL) throw errnoError(errno, "cannot write", file.string());
+    if (::fsync(handle.descriptor()) != 0 && errno != EINVAL)
+        throw errnoError(errno, "cannot write", file.string());
     part.publishAs(file);
 }
 

@@ -1,5 +1,5 @@
-// Plain file access with clear errors: an owned descriptor, whole-file reading, and writing that never leaves a
-// half-written file under its final name.
+// Plain file access with clear errors: an owned descriptor, whole-file reading, and writing that never leaves
+// a half-written file under its final name.
 #pragma once
 
 #include <cstdint>
@@ -46,8 +46,8 @@ void writeFileAtomically(const std::filesystem::path& file, std::string_view byt
 /// mkdir -p. Throws Error.
 void createFolders(const std::filesystem::path& folder);
 
-/// Moves a finished file to its final name, also across file systems (copied beside the target, then renamed).
-/// Throws Error; the target is then untouched.
+/// Moves a finished file to its final name, also across file systems (copied beside the target, then
+/// renamed). Throws Error; the target is then untouched.
 void moveFile(const std::filesystem::path& from, const std::filesystem::path& to);
 
 }  // namespace platform

@@ -96,10 +96,14 @@ void FileGate::remember(const std::string& path, Verdict verdict) {
 
 const char* describe(FileGate::Verdict verdict) {
     switch (verdict) {
-        case FileGate::Verdict::Allowed: return "may be opened";
-        case FileGate::Verdict::Missing: return "does not exist";
-        case FileGate::Verdict::Outside: return "lies outside the template's folder";
-        case FileGate::Verdict::NotRegular: return "is not a regular file";
+        case FileGate::Verdict::Allowed:
+            return "may be opened";
+        case FileGate::Verdict::Missing:
+            return "does not exist";
+        case FileGate::Verdict::Outside:
+            return "lies outside the template's folder";
+        case FileGate::Verdict::NotRegular:
+            return "is not a regular file";
     }
     return "";
 }

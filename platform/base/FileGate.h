@@ -10,8 +10,8 @@
 
 namespace platform {
 
-/// Lets files be opened only when their real path (links resolved) lies below an allowed folder or is one of the
-/// user's own inputs, and only regular files. All operations are safe from any thread.
+/// Lets files be opened only when their real path (links resolved) lies below an allowed folder or is one of
+/// the user's own inputs, and only regular files. All operations are safe from any thread.
 class FileGate {
   public:
     enum class Verdict { Allowed, Missing, Outside, NotRegular };

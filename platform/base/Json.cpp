@@ -13,11 +13,15 @@ constexpr int maxDepth = 64;
 
 Value fromJson(const json& node) {
     switch (node.type()) {
-        case json::value_t::boolean: return Value(node.get<bool>());
+        case json::value_t::boolean:
+            return Value(node.get<bool>());
         case json::value_t::number_integer:
-        case json::value_t::number_unsigned: return Value(node.get<int64_t>());
-        case json::value_t::number_float: return Value(node.get<double>());
-        case json::value_t::string: return Value(node.get<std::string>());
+        case json::value_t::number_unsigned:
+            return Value(node.get<int64_t>());
+        case json::value_t::number_float:
+            return Value(node.get<double>());
+        case json::value_t::string:
+            return Value(node.get<std::string>());
         case json::value_t::array: {
             Value::Array items;
             for (const json& item : node) items.push_back(fromJson(item));
@@ -28,18 +32,25 @@ Value fromJson(const json& node) {
             for (const auto& [key, item] : node.items()) entries.emplace(key, fromJson(item));
             return Value(std::move(entries));
         }
-        default: return Value();
+        default:
+            return Value();
     }
 }
 
 json toJson(const Value& value) {
     switch (value.type()) {
-        case Value::Type::Bool: return value.boolValue();
-        case Value::Type::Integer: return value.integerValue();
-        case Value::Type::Real: return std::isfinite(value.doubleValue()) ? json(value.doubleValue()) : json();
-        case Value::Type::String: return value.stringValue();
-        case Value::Type::Data: return std::string(value.data().begin(), value.data().end());
-        case Value::Type::Date: return value.dateSeconds();
+        case Value::Type::Bool:
+            return value.boolValue();
+        case Value::Type::Integer:
+            return value.integerValue();
+        case Value::Type::Real:
+            return std::isfinite(value.doubleValue()) ? json(value.doubleValue()) : json();
+        case Value::Type::String:
+            return value.stringValue();
+        case Value::Type::Data:
+            return std::string(value.data().begin(), value.data().end());
+        case Value::Type::Date:
+            return value.dateSeconds();
         case Value::Type::Array: {
             json items = json::array();
             for (const Value& item : value.array()) items.push_back(toJson(item));
@@ -50,7 +61,8 @@ json toJson(const Value& value) {
             for (const auto& [key, item] : value.dictionary()) entries[key] = toJson(item);
             return entries;
         }
-        case Value::Type::None: break;
+        case Value::Type::None:
+            break;
     }
     return json();
 }
@@ -59,7 +71,8 @@ json toJson(const Value& value) {
 
 Value parseJson(std::string_view text, const std::string& name, ErrorKind kind) {
     const auto refuseDeep = [&](int depth, json::parse_event_t, json&) {
-        if (depth > maxDepth) throw Error(kind, "nested deeper than " + std::to_string(maxDepth) + " levels", name);
+        if (depth > maxDepth)
+            throw Error(kind, "nested deeper than " + std::to_string(maxDepth) + " levels", name);
         return true;
     };
     try {

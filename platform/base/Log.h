@@ -1,4 +1,5 @@
-// Diagnostics for the person at the terminal. Nothing is printed unless the program was started with --verbose.
+// Diagnostics for the person at the terminal. Nothing is printed unless the program was started with
+// --verbose.
 #pragma once
 
 #include <string>

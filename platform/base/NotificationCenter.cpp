@@ -54,7 +54,8 @@ void NotificationCenter::post(const std::string& name) {
     std::vector<std::shared_ptr<Observation>> matching;
     {
         const std::lock_guard lock(registry_->mutex);
-        std::copy_if(registry_->observations.begin(), registry_->observations.end(), std::back_inserter(matching),
+        std::copy_if(registry_->observations.begin(), registry_->observations.end(),
+                     std::back_inserter(matching),
                      [&](const auto& observation) { return observation->name == name; });
     }
     for (const auto& observation : matching) {

@@ -29,11 +29,13 @@ fs::path findResources() {
     if (const fs::path set = fromEnvironment("MULTISCENE_RESOURCES"); !set.empty()) return fs::absolute(set);
     std::error_code ignored;
     const fs::path program = fs::read_symlink("/proc/self/exe", ignored);
-    for (fs::path folder = program.parent_path(); folder != folder.root_path(); folder = folder.parent_path()) {
+    for (fs::path folder = program.parent_path(); folder != folder.root_path();
+         folder = folder.parent_path()) {
         const fs::path candidate = folder / "share" / "multiscene";
         if (fs::is_directory(candidate / "shaders", ignored)) return candidate;
     }
-    throw Error(ErrorKind::Failed, "the program's resources (share/multiscene) are missing", program.string());
+    throw Error(ErrorKind::Failed, "the program's resources (share/multiscene) are missing",
+                program.string());
 }
 
 }  // namespace
@@ -45,7 +47,9 @@ fs::path defaultDataHome() {
     return (home.empty() ? fs::temp_directory_path() : home / ".local" / "share") / "multiscene";
 }
 
-void setDataHome(const fs::path& home) { homeStorage() = fs::absolute(home).lexically_normal(); }
+void setDataHome(const fs::path& home) {
+    homeStorage() = fs::absolute(home).lexically_normal();
+}
 
 const fs::path& dataHome() {
     if (homeStorage().empty()) setDataHome(defaultDataHome());

@@ -1,5 +1,5 @@
-// Where things live: the data home (the user's Library and Documents folders are both it) and the program's own
-// resources. Set once at start-up, read from any thread afterwards.
+// Where things live: the data home (the user's Library and Documents folders are both it) and the program's
+// own resources. Set once at start-up, read from any thread afterwards.
 #pragma once
 
 #include <filesystem>

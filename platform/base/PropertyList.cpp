@@ -124,7 +124,8 @@ Value fromScalar(plist_t node, plist_type type) {
             plist_get_date_val(node, &seconds, &microseconds);
             return Value(Value::Date{seconds + microseconds / 1e6});
         }
-        default: return Value();
+        default:
+            return Value();
     }
 }
 
@@ -137,13 +138,18 @@ Value fromNode(plist_t node) {
 
 plist_t toNode(const Value& value) {
     switch (value.type()) {
-        case Value::Type::Bool: return plist_new_bool(value.boolValue());
-        case Value::Type::Integer: return plist_new_uint(static_cast<uint64_t>(value.integerValue()));
-        case Value::Type::Real: return plist_new_real(value.doubleValue());
-        case Value::Type::String: return plist_new_string(value.stringValue().c_str());
+        case Value::Type::Bool:
+            return plist_new_bool(value.boolValue());
+        case Value::Type::Integer:
+            return plist_new_uint(static_cast<uint64_t>(value.integerValue()));
+        case Value::Type::Real:
+            return plist_new_real(value.doubleValue());
+        case Value::Type::String:
+            return plist_new_string(value.stringValue().c_str());
         case Value::Type::Data:
             return plist_new_data(reinterpret_cast<const char*>(value.data().data()), value.data().size());
-        case Value::Type::Date: return plist_new_date(static_cast<int32_t>(value.dateSeconds()), 0);
+        case Value::Type::Date:
+            return plist_new_date(static_cast<int32_t>(value.dateSeconds()), 0);
         case Value::Type::Array: {
             plist_t node = plist_new_array();
             for (const Value& item : value.array()) plist_array_append_item(node, toNode(item));
@@ -151,10 +157,12 @@ plist_t toNode(const Value& value) {
         }
         case Value::Type::Dictionary: {
             plist_t node = plist_new_dict();
-            for (const auto& [key, item] : value.dictionary()) plist_dict_set_item(node, key.c_str(), toNode(item));
+            for (const auto& [key, item] : value.dictionary())
+                plist_dict_set_item(node, key.c_str(), toNode(item));
             return node;
         }
-        case Value::Type::None: break;
+        case Value::Type::None:
+            break;
     }
     return plist_new_string("");
 }
@@ -172,7 +180,8 @@ Node parseBinary(std::span<const uint8_t> bytes, const std::string& name, ErrorK
     return Node(root);
 }
 
-Node parseXml(std::string_view text, const std::string& name, ErrorKind kind, const PropertyListLimits& limits) {
+Node parseXml(std::string_view text, const std::string& name, ErrorKind kind,
+              const PropertyListLimits& limits) {
     if (xmlDepth(text) > limits.maxDepth)
         throw Error(kind, "nested deeper than " + std::to_string(limits.maxDepth) + " levels", name);
     plist_t root = nullptr;

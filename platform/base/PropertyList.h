@@ -1,5 +1,5 @@
-// Property-list files, XML and binary. Size, nesting and number of values are capped before anything is parsed,
-// because the parser recurses and a binary list can name one object many times over.
+// Property-list files, XML and binary. Size, nesting and number of values are capped before anything is
+// parsed, because the parser recurses and a binary list can name one object many times over.
 #pragma once
 
 #include <filesystem>

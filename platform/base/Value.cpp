@@ -38,7 +38,8 @@ int64_t textToInteger(std::string_view text) {
     int64_t value = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
     if (result.ec == std::errc::result_out_of_range)
-        return text.front() == '-' ? std::numeric_limits<int64_t>::min() : std::numeric_limits<int64_t>::max();
+        return text.front() == '-' ? std::numeric_limits<int64_t>::min()
+                                   : std::numeric_limits<int64_t>::max();
     return result.ec == std::errc() ? value : 0;
 }
 
@@ -72,11 +73,16 @@ const T& emptyInstance() {
 
 int64_t Value::integerValue() const {
     switch (type()) {
-        case Type::Bool: return std::get<bool>(storage_) ? 1 : 0;
-        case Type::Integer: return std::get<int64_t>(storage_);
-        case Type::Real: return saturated(std::get<double>(storage_));
-        case Type::String: return textToInteger(std::get<std::string>(storage_));
-        default: return 0;
+        case Type::Bool:
+            return std::get<bool>(storage_) ? 1 : 0;
+        case Type::Integer:
+            return std::get<int64_t>(storage_);
+        case Type::Real:
+            return saturated(std::get<double>(storage_));
+        case Type::String:
+            return textToInteger(std::get<std::string>(storage_));
+        default:
+            return 0;
     }
 }
 
@@ -89,9 +95,12 @@ int32_t Value::intValue() const {
 
 double Value::doubleValue() const {
     switch (type()) {
-        case Type::Real: return std::get<double>(storage_);
-        case Type::String: return textToDouble(std::get<std::string>(storage_));
-        default: return static_cast<double>(integerValue());
+        case Type::Real:
+            return std::get<double>(storage_);
+        case Type::String:
+            return textToDouble(std::get<std::string>(storage_));
+        default:
+            return static_cast<double>(integerValue());
     }
 }
 
@@ -109,11 +118,15 @@ bool Value::boolValue() const {
 
 std::string Value::stringValue() const {
     switch (type()) {
-        case Type::String: return std::get<std::string>(storage_);
+        case Type::String:
+            return std::get<std::string>(storage_);
         case Type::Bool:
-        case Type::Integer: return std::to_string(integerValue());
-        case Type::Real: return realText(std::get<double>(storage_));
-        default: return {};
+        case Type::Integer:
+            return std::to_string(integerValue());
+        case Type::Real:
+            return realText(std::get<double>(storage_));
+        default:
+            return {};
     }
 }
 
@@ -122,7 +135,8 @@ const Value::Array& Value::array() const {
 }
 
 const Value::Dictionary& Value::dictionary() const {
-    return isDictionary() ? *std::get<std::shared_ptr<const Dictionary>>(storage_) : emptyInstance<Dictionary>();
+    return isDictionary() ? *std::get<std::shared_ptr<const Dictionary>>(storage_)
+                          : emptyInstance<Dictionary>();
 }
 
 const std::vector<uint8_t>& Value::data() const {
@@ -149,22 +163,31 @@ Value Value::with(std::string_view key, Value value) const {
 bool Value::operator==(const Value& other) const {
     if (type() != other.type()) return false;
     switch (type()) {
-        case Type::None: return true;
-        case Type::Bool: return std::get<bool>(storage_) == std::get<bool>(other.storage_);
-        case Type::Integer: return std::get<int64_t>(storage_) == std::get<int64_t>(other.storage_);
-        case Type::Real: return std::get<double>(storage_) == std::get<double>(other.storage_);
-        case Type::String: return std::get<std::string>(storage_) == std::get<std::string>(other.storage_);
-        case Type::Data: return data() == other.data();
-        case Type::Date: return dateSeconds() == other.dateSeconds();
-        case Type::Array: return array() == other.array();
-        case Type::Dictionary: return dictionary() == other.dictionary();
+        case Type::None:
+            return true;
+        case Type::Bool:
+            return std::get<bool>(storage_) == std::get<bool>(other.storage_);
+        case Type::Integer:
+            return std::get<int64_t>(storage_) == std::get<int64_t>(other.storage_);
+        case Type::Real:
+            return std::get<double>(storage_) == std::get<double>(other.storage_);
+        case Type::String:
+            return std::get<std::string>(storage_) == std::get<std::string>(other.storage_);
+        case Type::Data:
+            return data() == other.data();
+        case Type::Date:
+            return dateSeconds() == other.dateSeconds();
+        case Type::Array:
+            return array() == other.array();
+        case Type::Dictionary:
+            return dictionary() == other.dictionary();
     }
     return false;
 }
 
 const char* typeName(Value::Type type) {
-    static const char* const names[] = {"nothing", "boolean", "integer",    "real",      "string",
-                                        "data",    "date",    "array",      "dictionary"};
+    static const char* const names[] = {"nothing", "boolean", "integer", "real",      "string",
+                                        "data",    "date",    "array",   "dictionary"};
     return names[static_cast<int>(type)];
 }
 

@@ -16,7 +16,8 @@ const Key* KeyTable::find(std::string_view name) const {
 const Key& KeyReader::keyNamed(std::string_view key) const {
     const Key* found = table_.find(key);
     if (!found)
-        throw std::logic_error("key " + std::string(key) + " is not described in " + std::string(table_.owner));
+        throw std::logic_error("key " + std::string(key) + " is not described in " +
+                               std::string(table_.owner));
     return *found;
 }
 

@@ -1,5 +1,5 @@
-// The keys of the scene format, described once. A class reads its dictionary through its table, `check` judges a
-// template with the same table, and the reference of the scene format is generated from it.
+// The keys of the scene format, described once. A class reads its dictionary through its table, `check`
+// judges a template with the same table, and the reference of the scene format is generated from it.
 #pragma once
 
 #include <glm/glm.hpp>
@@ -40,8 +40,9 @@ struct KeyTable;
 struct Key {
     std::string_view name;
     KeyType type = KeyType::Integer;
-    std::string_view unit = {};      ///< frames, degrees, pixels, model units, seconds; empty: none
-    std::string_view fallback = {};  ///< what a missing key reads as, written as in a scene file; empty: nothing
+    std::string_view unit = {};  ///< frames, degrees, pixels, model units, seconds; empty: none
+    std::string_view fallback =
+        {};  ///< what a missing key reads as, written as in a scene file; empty: nothing
     std::string_view meaning = {};
     KeyLookup lookup = KeyLookup::Plain;
     bool required = false;
@@ -52,20 +53,21 @@ struct Key {
 };
 
 struct KeyTable {
-    std::string_view owner;            ///< the class or dictionary that it describes
-    std::string_view summary;          ///< one sentence for the reference
-    const KeyTable* base = nullptr;    ///< read first, by the base class
+    std::string_view owner;          ///< the class or dictionary that it describes
+    std::string_view summary;        ///< one sentence for the reference
+    const KeyTable* base = nullptr;  ///< read first, by the base class
     std::span<const Key> keys = {};
 
     /// The key of this table or of one of its bases, or none.
     const Key* find(std::string_view name) const;
 };
 
-/// Reads one dictionary through its table: lenient types, the table's fallbacks for missing keys. Naming a key
-/// that the table does not list is a programming fault (std::logic_error).
+/// Reads one dictionary through its table: lenient types, the table's fallbacks for missing keys. Naming a
+/// key that the table does not list is a programming fault (std::logic_error).
 class KeyReader {
   public:
-    KeyReader(const KeyTable& table, const platform::Value& dictionary) : table_(table), dictionary_(dictionary) {}
+    KeyReader(const KeyTable& table, const platform::Value& dictionary)
+        : table_(table), dictionary_(dictionary) {}
 
     bool has(std::string_view key) const { return dictionary_.has(key); }
     bool boolean(std::string_view key) const { return value(key).boolValue(); }

@@ -16,8 +16,9 @@ struct TextureWindow {
 class QVTextureTranformItem : public QVTweenItem {
   public:
     /// `targetPointer` shares the life of `owner`, the object that the matrix belongs to.
-    QVTextureTranformItem(std::shared_ptr<TweenTarget> owner, glm::mat4* targetPointer, const TextureWindow& from,
-                          const TextureWindow& to, float start, const TweenTiming& timing)
+    QVTextureTranformItem(std::shared_ptr<TweenTarget> owner, glm::mat4* targetPointer,
+                          const TextureWindow& from, const TextureWindow& to, float start,
+                          const TweenTiming& timing)
         : QVTweenItem(std::move(owner), start, timing), targetPointer_(targetPointer), from_(from), to_(to) {}
 
     void update(float time) override;

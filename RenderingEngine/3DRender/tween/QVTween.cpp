@@ -23,11 +23,13 @@ float startTime(const TweenTiming& timing) {
     return timing.tweenTpye == TweenType::Seconds ? QVTween::getCurrentTime() : 0;
 }
 
-QVTweenItem& added(std::unique_ptr<QVTweenItem> item) { return *engine().items.emplace_back(std::move(item)); }
+QVTweenItem& added(std::unique_ptr<QVTweenItem> item) {
+    return *engine().items.emplace_back(std::move(item));
+}
 
 template <typename Item>
-QVTweenItem& addedVectorTween(std::shared_ptr<TweenTarget> target, const glm::vec3& start, const glm::vec3& end,
-                              const TweenTiming& timing) {
+QVTweenItem& addedVectorTween(std::shared_ptr<TweenTarget> target, const glm::vec3& start,
+                              const glm::vec3& end, const TweenTiming& timing) {
     return added(std::make_unique<Item>(std::move(target), start, end, startTime(timing), timing));
 }
 
@@ -85,15 +87,20 @@ void QVTween::killAllTweenOf(const TweenTarget& object) {
 }
 
 void QVTween::killTweenOfScene(const void* scene) {
-    removeWhere([&](const QVTweenItem& item) { return item.target() && item.target()->tweenScene() == scene; });
+    removeWhere(
+        [&](const QVTweenItem& item) { return item.target() && item.target()->tweenScene() == scene; });
 }
 
-void QVTween::killAllTween() { engine().items.clear(); }
+void QVTween::killAllTween() {
+    engine().items.clear();
+}
 
 float QVTween::getCurrentTime() {
     return static_cast<float>(platform::monotonicSeconds() - engine().referenceTime);
 }
 
-const std::vector<std::unique_ptr<QVTweenItem>>& QVTween::items() { return engine().items; }
+const std::vector<std::unique_ptr<QVTweenItem>>& QVTween::items() {
+    return engine().items;
+}
 
 }  // namespace multiscene

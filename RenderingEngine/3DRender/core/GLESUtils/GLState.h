@@ -16,6 +16,12 @@ class GLState {
     /// The state in which every frame starts: blending on with the default function, depth test off.
     static void setDefaults();
     static void finish();
+
+    /// Draws go to this framebuffer, over its whole size in pixels.
+    static void bindTarget(uint32_t framebuffer, int32_t width, int32_t height);
+    /// Clears the bound target's colour to transparent.
+    static void clearColor();
+    static void bindTexture(int unit, uint32_t texture);
 };
 
 }  // namespace multiscene

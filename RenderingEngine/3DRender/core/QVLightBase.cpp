@@ -1,0 +1,140 @@
+#include "core/QVLightBase.h"
+
+#include "core/LightTypes.h"
+#include "opengl2.0/Shader.h"
+#include "tween/QVTweenItem.h"
+
+namespace multiscene {
+
+static constexpr Key lightAnimationKeyList[] = {
+    {.name = "startLightSourcePosition", .type = KeyType::Vector3, .meaning = "position at the start"},
+    {.name = "endLightSourcePosition", .type = KeyType::Vector3, .meaning = "position at the end"},
+    {.name = "positionEase", .type = KeyType::Integer, .fallback = "0", .meaning = "ease id"},
+    {.name = "startLightSourceColor", .type = KeyType::Vector3, .meaning = "colour at the start"},
+    {.name = "endLightSourceColor", .type = KeyType::Vector3, .meaning = "colour at the end"},
+    {.name = "colorEase", .type = KeyType::Integer, .fallback = "0", .meaning = "ease id"},
+};
+constexpr KeyTable lightAnimationKeys{"AnimationInfo of a light",
+                                      "A channel moves when both its ends are given.", &animationKeys,
+                                      lightAnimationKeyList};
+
+static constexpr Key lightKeyList[] = {
+    {.name = "lightSourceType",
+     .type = KeyType::Integer,
+     .fallback = "0",
+     .meaning = "1 point, 2 directional, 3 spot",
+     .required = true,
+     .minimum = 1,
+     .maximum = 3},
+    {.name = "lightSourceColor",
+     .type = KeyType::Vector3,
+     .fallback = "1,1,1",
+     .meaning = "colour; animated, but the material colours are what lights"},
+    {.name = "lightSourcePosition",
+     .type = KeyType::Vector3,
+     .unit = "model units",
+     .fallback = "0,0,1",
+     .meaning = "position; direction of a directional light"},
+    {.name = "ambientMaterialColor",
+     .type = KeyType::Vector3,
+     .fallback = "0,0,0",
+     .meaning = "ambient colour"},
+    {.name = "diffuseMaterialColor",
+     .type = KeyType::Vector3,
+     .fallback = "0,0,0",
+     .meaning = "diffuse colour"},
+    {.name = "specularMaterialColor",
+     .type = KeyType::Vector3,
+     .fallback = "0,0,0",
+     .meaning = "specular colour"},
+    {.name = "specularShininess",
+     .type = KeyType::Number,
+     .fallback = "0",
+     .meaning = "sharpness of highlights",
+     .minimum = 0},
+    {.name = "AnimationInfo",
+     .type = KeyType::Array,
+     .meaning = "moves of position and colour",
+     .children = &lightAnimationKeys},
+    {.name = "spotLightDirection",
+     .type = KeyType::Vector3,
+     .fallback = "0,0,0",
+     .meaning = "spot: direction"},
+    {.name = "spotLightExponent",
+     .type = KeyType::Number,
+     .fallback = "0",
+     .meaning = "spot: fall-off to the edge"},
+    {.name = "spotLightCutOffAngle",
+     .type = KeyType::Number,
+     .unit = "degrees",
+     .fallback = "0",
+     .meaning = "spot: half the cone's angle",
+     .minimum = 0,
+     .maximum = 180},
+};
+const KeyTable lightKeys{"LightSourceArray", "A light of a scene or of a node.", nullptr, lightKeyList};
+
+QVLightBase::Lights QVLightBase::lightSourceArrayWithInfo(const platform::Value& info) {
+    Lights lights;
+    for (const platform::Value& entry : info.array())
+        if (auto light = lightSourceWithDic(entry)) lights.push_back(std::move(light));
+    return lights;
+}
+
+std::shared_ptr<QVLightBase> QVLightBase::lightSourceWithDic(const platform::Value& info) {
+    const int64_t type = KeyReader(lightKeys, info).integer("lightSourceType");
+    const auto maker = lightMaker(type);
+    if (!maker) return nullptr;
+    auto light = maker();
+    light->lightInfoWithDic(info);
+    return light;
+}
+
+void QVLightBase::lightInfoWithDic(const platform::Value& info) {
+    const KeyReader reader(lightKeys, info);
+    lightSourceType_ = static_cast<LightSourceType>(reader.int32("lightSourceType"));
+    lightSourceColor_ = reader.vector3("lightSourceColor");
+    lightSourcePosition_ = reader.vector3("lightSourcePosition");
+    if (!reader.array("AnimationInfo").empty())
+        keyAnimation_ = std::make_unique<QVKeyAnimationOperators>(reader.array("AnimationInfo"), *this);
+    ambientMaterialColor_ = reader.vector3("ambientMaterialColor");
+    diffuseMaterialColor_ = reader.vector3("diffuseMaterialColor");
+    specularMaterialColor_ = reader.vector3("specularMaterialColor");
+    specularShininess_ = reader.number("specularShininess");
+}
+
+void QVLightBase::updateData(const platform::CMTime& time) {
+    if (keyAnimation_) keyAnimation_->updateData(time.value);
+}
+
+void QVLightBase::didNewKeyFrameWithEaseValue(float, float progressValue,
+                                              const platform::Value& animationInfo) {
+    const KeyReader reader(lightAnimationKeys, animationInfo);
+    const auto move = [&](glm::vec3& value, const char* startKey, const char* endKey, const char* easeKey) {
+        if (!reader.has(startKey) || !reader.has(endKey)) return;
+        const float eased = QVTweenItem::easeValueWithEase(reader.int32(easeKey), progressValue, nullptr);
+        value = reader.vector3(startKey) + eased * (reader.vector3(endKey) - reader.vector3(startKey));
+    };
+    move(lightSourcePosition_, "startLightSourcePosition", "endLightSourcePosition", "positionEase");
+    move(lightSourceColor_, "startLightSourceColor", "endLightSourceColor", "colorEase");
+}
+
+void QVLightBase::glslLightParamWithLightArray(const Lights& lights, Shader& shader, bool isLightEnable) {
+    const bool isLit = isLightEnable && !lights.empty();
+    if (isLit)
+        for (size_t i = 0; i < lights.size(); ++i)
+            lights[i]->upload(shader, "lightSourceArray[" + std::to_string(i) + "].");
+    shader.setUniformStructOrArray("lightSourceNumber", isLit ? static_cast<int>(lights.size()) : 0);
+    shader.setUniformStructOrArray("lightEnable", isLit ? 1 : 0);
+}
+
+void QVLightBase::upload(Shader& shader, const std::string& prefix) const {
+    shader.setUniformStructOrArray(prefix + "useLight", static_cast<int>(lightSourceType_));
+    shader.setUniformStructOrArray(prefix + "lightPosition", lightSourcePosition_);
+    shader.setUniformStructOrArray(prefix + "ambientMaterial", ambientMaterialColor_);
+    shader.setUniformStructOrArray(prefix + "diffuseMaterial", diffuseMaterialColor_);
+    shader.setUniformStructOrArray(prefix + "specularMaterial", specularMaterialColor_);
+    shader.setUniformStructOrArray(prefix + "shininess", specularShininess_);
+}
+
+}  // namespace multiscene

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <glm/glm.hpp>
+#include <memory>
+#include <vector>
+
+#include "core/KeyAnimationTarget.h"
+#include "core/QVKeyAnimationOperators.h"
+#include "other/KeyTable.h"
+#include "platform/base/CMTime.h"
+
+namespace multiscene {
+
+class Shader;
+
+extern const KeyTable lightKeys;
+
+enum class LightSourceType : int32_t { Point = 1, Directional = 2, Spot = 3 };
+
+/// A light of a scene or node: placement, colours, and their animation. Render queue only.
+class QVLightBase : public KeyAnimationTarget {
+  public:
+    using Lights = std::vector<std::shared_ptr<QVLightBase>>;
+
+    /// One light for each dictionary whose "lightSourceType" is 1 to 3; others are left out.
+    static Lights lightSourceArrayWithInfo(const platform::Value& info);
+    static std::shared_ptr<QVLightBase> lightSourceWithDic(const platform::Value& info);
+
+    /// Writes all lights into the program in use, which must be `shader`. Colours of the lights themselves
+    /// are not part of it: the material colours carry them.
+    static void glslLightParamWithLightArray(const Lights& lights, Shader& shader, bool isLightEnable);
+
+    virtual void lightInfoWithDic(const platform::Value& info);
+    void updateData(const platform::CMTime& time);
+    void didNewKeyFrameWithEaseValue(float easeValue, float progressValue,
+                                     const platform::Value& animationInfo) override;
+
+    LightSourceType lightSourceType() const { return lightSourceType_; }
+    const glm::vec3& lightSourceColor() const { return lightSourceColor_; }
+    /// A position; the direction of a directional light.
+    const glm::vec3& lightSourcePosition() const { return lightSourcePosition_; }
+    const glm::vec3& ambientMaterialColor() const { return ambientMaterialColor_; }
+    const glm::vec3& diffuseMaterialColor() const { return diffuseMaterialColor_; }
+    const glm::vec3& specularMaterialColor() const { return specularMaterialColor_; }
+    float specularShininess() const { return specularShininess_; }
+
+  protected:
+    /// Writes the light's uniforms; `prefix` is "lightSourceArray[i].".
+    virtual void upload(Shader& shader, const std::string& prefix) const;
+
+  private:
+    LightSourceType lightSourceType_ = LightSourceType::Point;
+    glm::vec3 lightSourceColor_{1}, lightSourcePosition_{0, 0, 1};
+    glm::vec3 ambientMaterialColor_{0}, diffuseMaterialColor_{0}, specularMaterialColor_{0};
+    float specularShininess_ = 0;
+    std::unique_ptr<QVKeyAnimationOperators> keyAnimation_;
+};
+
+}  // namespace multiscene

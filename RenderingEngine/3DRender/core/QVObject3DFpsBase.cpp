@@ -1,0 +1,207 @@
+#include "core/QVObject3DFpsBase.h"
+
+#include <array>
+#include <utility>
+
+#include "core/GLESUtils/GLState.h"
+#include "core/QVScene3D.h"
+#include "other/QVMultiSceneRenderShareSettings.h"
+
+namespace multiscene {
+
+namespace {
+
+constexpr std::array<std::pair<std::string_view, uint32_t>, 11> blendFactors{{
+    {"ZERO", 0},
+    {"ONE", 1},
+    {"SRC_COLOR", 0x0300},
+    {"ONE_MINUS_SRC_COLOR", 0x0301},
+    {"SRC_ALPHA", 0x0302},
+    {"ONE_MINUS_SRC_ALPHA", 0x0303},
+    {"DST_ALPHA", 0x0304},
+    {"ONE_MINUS_DST_ALPHA", 0x0305},
+    {"DST_COLOR", 0x0306},
+    {"ONE_MINUS_DST_COLOR", 0x0307},
+    {"SRC_ALPHA_SATURATE", 0x0308},
+}};
+
+constexpr std::string_view blendNames[] = {"ZERO",
+                                           "ONE",
+                                           "SRC_COLOR",
+                                           "ONE_MINUS_SRC_COLOR",
+                                           "SRC_ALPHA",
+                                           "ONE_MINUS_SRC_ALPHA",
+                                           "DST_ALPHA",
+                                           "ONE_MINUS_DST_ALPHA",
+                                           "DST_COLOR",
+                                           "ONE_MINUS_DST_COLOR",
+                                           "SRC_ALPHA_SATURATE"};
+
+constexpr int maxTargetSize = 4096;  // pixels a side, within what every GL offers
+
+constexpr Key fpsInfoKeyList[] = {
+    {.name = "startFps",
+     .type = KeyType::Integer,
+     .unit = "frames",
+     .fallback = "0",
+     .meaning = "first frame",
+     .lookup = KeyLookup::UserMap,
+     .minimum = 0},
+    {.name = "endFps",
+     .type = KeyType::Integer,
+     .unit = "frames",
+     .meaning = "last frame, inclusive; none: no end",
+     .lookup = KeyLookup::UserMap,
+     .minimum = 0},
+    {.name = "RenderDepth",
+     .type = KeyType::Number,
+     .fallback = "0",
+     .meaning = "larger is further back and drawn first"},
+    {.name = "isLightEnable", .type = KeyType::Bool, .fallback = "0", .meaning = "lit by the lights"},
+    {.name = "isEnableDephTest",
+     .type = KeyType::Bool,
+     .fallback = "0",
+     .meaning = "depth test while the node and its children draw"},
+    {.name = "isChangeBlend", .type = KeyType::Bool, .fallback = "0", .meaning = "use srcBlend and dstBlend"},
+    {.name = "srcBlend",
+     .type = KeyType::Choice,
+     .meaning = "blend factor of what is drawn",
+     .choices = blendNames},
+    {.name = "dstBlend",
+     .type = KeyType::Choice,
+     .meaning = "blend factor of what is there",
+     .choices = blendNames},
+    {.name = "customShaderPath",
+     .type = KeyType::Text,
+     .meaning = "shader description of the template",
+     .lookup = KeyLookup::Path},
+    {.name = "isRenderToTexture",
+     .type = KeyType::Bool,
+     .fallback = "0",
+     .meaning = "draw the node and its children into a texture instead of the picture"},
+    {.name = "textureSize",
+     .type = KeyType::Vector2,
+     .unit = "pixels",
+     .meaning = "size of that texture",
+     .minimum = 1,
+     .maximum = maxTargetSize},
+    {.name = "textureMapKey", .type = KeyType::Text, .meaning = "name under which \"RTTTexture\" finds it"},
+};
+constexpr KeyTable fpsInfoKeys{"FpsInfo", "When a node exists and how it is drawn.", nullptr, fpsInfoKeyList};
+
+}  // namespace
+
+static constexpr Key fpsBaseKeyList[] = {
+    {.name = "FpsInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "frame range, depth and GL state; none: always there",
+     .children = &fpsInfoKeys},
+    {.name = "AnimationInfo",
+     .type = KeyType::Array,
+     .meaning = "key frames of the node's own values",
+     .children = &animationKeys},
+};
+const KeyTable fpsBaseKeys{"QVObject3DFpsBase", "Frame range, depth, GL state and key frames.",
+                           &containerKeys, fpsBaseKeyList};
+
+uint32_t QVObject3DFpsBase::blendParmeWithString(std::string_view name) {
+    for (const auto& [known, factor] : blendFactors)
+        if (known == name) return factor;
+    return 0;
+}
+
+void QVObject3DFpsBase::rendInfoWithDic(const platform::Value& info) {
+    QVObjectContainer3D::rendInfoWithDic(info);
+    const KeyReader reader(fpsBaseKeys, info);
+    animationWithInfo(reader.array("AnimationInfo"));
+    if (reader.has("FpsInfo")) readFrameRange(reader.value("FpsInfo"));
+}
+
+void QVObject3DFpsBase::readFrameRange(const platform::Value& fpsInfo) {
+    QVMultiSceneRenderShareSettings::computeStartAndEndFps(fpsInfo, sceneIdentifier(), sartFps_, endFps_);
+    const KeyReader reader(fpsInfoKeys, fpsInfo);
+    setRenderDepth(reader.number("RenderDepth"));
+    setIsLightEnable(reader.boolean("isLightEnable"));
+    isEnableDephTest_ = reader.boolean("isEnableDephTest");
+    readBlend(reader);
+    readCustomShader(reader);
+    readRenderToTexture(reader);
+}
+
+void QVObject3DFpsBase::readBlend(const KeyReader& fpsInfo) {
+    isChangeBlend_ = fpsInfo.boolean("isChangeBlend");
+    if (!isChangeBlend_) return;
+    srcBlend_ = blendParmeWithString(fpsInfo.text("srcBlend"));
+    dstBlend_ = blendParmeWithString(fpsInfo.text("dstBlend"));
+}
+
+void QVObject3DFpsBase::readCustomShader(const KeyReader& fpsInfo) {
+    const platform::Value path = fpsInfo.value("customShaderPath");
+    if (!path.isString()) return;
+    const std::string resolved = resolvedPath(path.stringValue());
+    customShader_ = std::make_unique<QVMultiSceneRenderShader>(resolved, resolved);
+}
+
+void QVObject3DFpsBase::readRenderToTexture(const KeyReader& fpsInfo) {
+    isRenderToTexture_ = fpsInfo.boolean("isRenderToTexture");
+    if (!isRenderToTexture_) return;
+    const glm::vec2 size =
+        glm::clamp(fpsInfo.vector2("textureSize"), 1.0f, static_cast<float>(maxTargetSize));
+    frameBufferToTexture_ = std::make_shared<QVFrameBufferToTexture>(size.x, size.y);
+    frameBufferToTexture_->createFrameBufferObject();
+    if (const auto owner = scene())
+        owner->setRenderToTexture(fpsInfo.text("textureMapKey"), frameBufferToTexture_);
+}
+
+void QVObject3DFpsBase::animationWithInfo(const platform::Value::Array& animationInfo) {
+    if (animationInfo.empty()) return;
+    keyAnimation_ = std::make_unique<QVKeyAnimationOperators>(animationInfo, *this);
+}
+
+void QVObject3DFpsBase::updateData(const platform::CMTime& time) {
+    QVObjectContainer3D::updateData(time);
+    if (keyAnimation_) keyAnimation_->updateData(time.value);
+}
+
+void QVObject3DFpsBase::renderingBeforeConfig(const platform::CMTime&) {
+    if (isRenderToTexture_) frameBufferToTexture_->bindRenderToTextureFramebuffer();
+    if (isEnableDephTest_) GLState::setDepthTest(true);
+    if (isChangeBlend_) GLState::setBlendFunction(srcBlend_, dstBlend_);
+}
+
+void QVObject3DFpsBase::renderingAfterConfig(const platform::CMTime&) {
+    if (isRenderToTexture_) {
+        GLState::finish();
+        frameBufferToTexture_->unBindRenderToTextureFramebuffer();
+    }
+    GLState::setDepthTest(false);
+    GLState::resetBlendFunction();
+}
+
+void QVObject3DFpsBase::renderComplete(const platform::CMTime& time) {
+    QVObjectContainer3D::renderComplete(time);
+    if (time.value == endFps_) setIsRenderFinishNeedRemove(true);
+}
+
+std::string QVObject3DFpsBase::sceneIdentifier() const {
+    const auto owner = scene();
+    return owner ? owner->sceneIdentifier() : std::string();
+}
+
+std::string QVObject3DFpsBase::sceneResourceFolderPath() const {
+    const auto owner = scene();
+    return owner ? owner->sceneConfigData().sceneResourceFolderPath : std::string();
+}
+
+std::string QVObject3DFpsBase::resolvedPath(const std::string& path) const {
+    return QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(
+        path, sceneResourceFolderPath());
+}
+
+void QVObject3DFpsBase::addTraceFields(platform::Value::Dictionary& fields) {
+    QVObjectContainer3D::addTraceFields(fields);
+    fields["sartFps"] = platform::Value(sartFps_);
+    fields["endFps"] = platform::Value(endFps_);
+}
+
+}  // namespace multiscene

@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <string_view>
+
+#include "core/GLESUtils/QVFrameBufferToTexture.h"
+#include "core/KeyAnimationTarget.h"
+#include "core/QVKeyAnimationOperators.h"
+#include "core/QVObjectContainer3D.h"
+#include "opengl2.0/QVMultiSceneRenderShader.h"
+
+namespace multiscene {
+
+extern const KeyTable fpsBaseKeys;
+
+/// A node with a frame range, a depth, GL state around its drawing, and key frames.
+class QVObject3DFpsBase : public QVObjectContainer3D, public KeyAnimationTarget {
+  public:
+    /// The GL blend factor of a name as scene files spell it, exactly; 0 for any other.
+    static uint32_t blendParmeWithString(std::string_view name);
+
+    /// True from sartFps to endFps, both inclusive. Drawables test it before they draw.
+    bool isNeedRenderWithCMTime(const platform::CMTime& time) const {
+        return sartFps_ <= time.value && time.value <= endFps_;
+    }
+
+    int64_t sartFps() const { return sartFps_; }
+    int64_t endFps() const { return endFps_; }
+    void setSartFps(int64_t frame) { sartFps_ = frame; }
+    void setEndFps(int64_t frame) { endFps_ = frame; }
+    bool isEnableDephTest() const { return isEnableDephTest_; }
+    bool isChangeBlend() const { return isChangeBlend_; }
+    uint32_t srcBlend() const { return srcBlend_; }
+    uint32_t dstBlend() const { return dstBlend_; }
+    bool isRenderToTexture() const { return isRenderToTexture_; }
+    QVMultiSceneRenderShader* customShader() const { return customShader_.get(); }
+
+    void rendInfoWithDic(const platform::Value& info) override;
+    void updateData(const platform::CMTime& time) override;
+    void renderingBeforeConfig(const platform::CMTime& time) override;
+    /// Closing any node's bracket turns the depth test off and resets the blend function, whatever they were.
+    void renderingAfterConfig(const platform::CMTime& time) override;
+    void renderComplete(const platform::CMTime& time) override;
+    void addTraceFields(platform::Value::Dictionary& fields) override;
+
+    // KeyAnimationTarget
+    void didNewKeyFrameWithEaseValue(float, float, const platform::Value&) override {}
+    const TweenTarget* easeTarget() const override { return this; }
+
+  protected:
+    void animationWithInfo(const platform::Value::Array& animationInfo);
+    /// The identifier and the resource folder of the node's scene; empty without one.
+    std::string sceneIdentifier() const;
+    std::string sceneResourceFolderPath() const;
+    /// A path of the scene file with its macros resolved against the scene's folder.
+    std::string resolvedPath(const std::string& path) const;
+
+  private:
+    void readFrameRange(const platform::Value& fpsInfo);
+    void readBlend(const KeyReader& fpsInfo);
+    void readCustomShader(const KeyReader& fpsInfo);
+    void readRenderToTexture(const KeyReader& fpsInfo);
+
+    int64_t sartFps_ = 0;
+    int64_t endFps_ = INT64_MAX;
+    bool isEnableDephTest_ = false, isChangeBlend_ = false, isRenderToTexture_ = false;
+    uint32_t srcBlend_ = 0, dstBlend_ = 0;
+    std::shared_ptr<QVFrameBufferToTexture> frameBufferToTexture_;  // shared with the scene's texture map
+    std::unique_ptr<QVMultiSceneRenderShader> customShader_;
+    std::unique_ptr<QVKeyAnimationOperators> keyAnimation_;
+};
+
+}  // namespace multiscene

@@ -1,0 +1,315 @@
+#include "core/QVObjectContainer3D.h"
+
+#include <algorithm>
+
+#include "core/QVLightBase.h"
+#include "core/QVScene3D.h"
+#include "core/carmera/QVCamera3D.h"
+#include "core/component/QVObject3DComponentBase.h"
+#include "platform/base/Error.h"
+#include "tween/QVTween.h"
+
+namespace multiscene {
+
+static constexpr Key containerKeyList[] = {
+    {.name = "type", .type = KeyType::Text, .meaning = "the node's class", .required = true},
+    {.name = "name", .type = KeyType::Text, .meaning = "shown in messages and traces"},
+    {.name = "ComponentsInfo",
+     .type = KeyType::Array,
+     .meaning = "behaviours, as sound effects",
+     .children = &componentKeys},
+    {.name = "CameraInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "a camera for this node and all below it",
+     .children = &cameraKeys},
+    {.name = "LightSourceArray",
+     .type = KeyType::Array,
+     .meaning = "lights instead of the scene's",
+     .children = &lightKeys},
+};
+const KeyTable containerKeys{"QVObjectContainer3D", "What every node reads.", nullptr, containerKeyList};
+
+QVObjectContainer3D::QVObjectContainer3D() = default;
+QVObjectContainer3D::~QVObjectContainer3D() = default;
+
+// Tree
+
+void QVObjectContainer3D::addChild(const std::shared_ptr<QVObjectContainer3D>& child) {
+    children_.push_back(child);
+    renderDepthSortWithArray(children_);
+    if (const auto oldParent = child->parent()) {
+        oldParent->removeChild(*child);
+        child->setScene(nullptr);
+    }
+    child->parent_ = weak_from_this();
+    child->hasParent_ = true;
+    child->setScene(scene());
+    child->invalidateSceneTransform();
+    if (camera_ && !child->camera_) child->setCamera(camera_);
+}
+
+void QVObjectContainer3D::removeChild(QVObjectContainer3D& child) {
+    const auto keepAlive = child.shared_from_this();
+    std::erase(children_, keepAlive);
+    child.parent_.reset();
+    child.hasParent_ = false;
+    child.setScene(nullptr);
+    child.invalidateSceneTransform();
+}
+
+bool QVObjectContainer3D::hasChild(const QVObjectContainer3D& child) const {
+    return std::any_of(children_.begin(), children_.end(),
+                       [&](const auto& node) { return node.get() == &child; });
+}
+
+std::shared_ptr<QVObjectContainer3D> QVObjectContainer3D::getChildAt(size_t index) const {
+    return index < children_.size() ? children_[index] : nullptr;
+}
+
+void QVObjectContainer3D::setParent(const std::shared_ptr<QVObjectContainer3D>& newParent) {
+    if (newParent)
+        if (const auto oldParent = parent()) oldParent->removeChild(*this);
+    parent_ = newParent;
+    hasParent_ = newParent != nullptr;
+    invalidateSceneTransform();
+}
+
+void QVObjectContainer3D::setScene(const std::shared_ptr<QVScene3D>& newScene) {
+    if (scene() == newScene) return;
+    scene_ = newScene;
+    for (const auto& child : children_) child->setScene(newScene);
+    invalidateSceneTransform();
+}
+
+void QVObjectContainer3D::dispose() {
+    for (const auto& child : children_) child->dispose();
+}
+
+// Camera and lights
+
+void QVObjectContainer3D::setCamera(const std::shared_ptr<QVCamera3D>& camera) {
+    camera_ = camera;
+    if (camera_) camera_->updateMatrix();
+    isSceneTransformDirty_ = isInverseSceneTrransformDirty_ = isScenePositionDirty_ = true;
+    isprojTransformDirty_ = isProjPositionDirty_ = true;
+    for (const auto& child : children_) child->setCamera(camera);
+}
+
+const QVObjectContainer3D::Lights& QVObjectContainer3D::ligthArray() const {
+    static const Lights none;
+    if (!ligthArray_.empty()) return ligthArray_;
+    const auto owner = scene();
+    return owner ? owner->lightArray() : none;
+}
+
+// Matrices
+
+const glm::mat4& QVObjectContainer3D::sceneTransform() {
+    // Keyed to the position's flag, which only scenePosition() clears: sceneAlpha follows every read.
+    if (isScenePositionDirty_) updateSceneTransform();
+    return sceneTransform_;
+}
+
+void QVObjectContainer3D::updateSceneTransform() {
+    const auto owner = parent();
+    sceneAlpha_ = owner ? alpha() * owner->sceneAlpha() : alpha();
+    if (!isSceneTransformDirty_) return;
+    if (!hasParent_)
+        sceneTransform_ = transform();
+    else
+        sceneTransform_ = (owner ? owner->sceneTransform() : glm::mat4(0)) * transform();
+    isSceneTransformDirty_ = false;
+}
+
+const glm::mat4& QVObjectContainer3D::inverseSceneTransform() {
+    if (isInverseSceneTrransformDirty_) {
+        inverseSceneTransform_ = glm::inverse(sceneTransform_);
+        isInverseSceneTrransformDirty_ = false;
+    }
+    return inverseSceneTransform_;
+}
+
+const glm::vec3& QVObjectContainer3D::scenePosition() {
+    if (isScenePositionDirty_) {
+        scenePosition_ = glm::vec3(sceneTransform_[3]);
+        isScenePositionDirty_ = false;
+    }
+    return scenePosition_;
+}
+
+const glm::mat4& QVObjectContainer3D::projTransform() {
+    if (isProjPositionDirty_) updateProjTransform();
+    return projTransform_;
+}
+
+const glm::mat4& QVObjectContainer3D::inverseProjTransform() {
+    inverseProjTransform_ = glm::inverse(projTransform());
+    return inverseProjTransform_;
+}
+
+void QVObjectContainer3D::updateProjTransform() {
+    const auto owner = scene();
+    const std::shared_ptr<QVCamera3D> sceneCamera = owner ? owner->camera() : nullptr;
+    if (!isprojTransformDirty_ && !(sceneCamera && sceneCamera->isDirty())) return;
+    QVCamera3D* view = camera_ ? camera_.get() : sceneCamera.get();
+    modelViewTransform_ = view ? view->cameraLookAtTransform() * sceneTransform_ : glm::mat4(0);
+    projTransform_ = view ? view->getPpTransform() * modelViewTransform_ : glm::mat4(0);
+    normTransform_ = glm::transpose(glm::inverse(glm::mat3(modelViewTransform_)));
+    projectPosition_ = sceneTransform_[3];
+    isprojTransformDirty_ = false;
+}
+
+void QVObjectContainer3D::invalidateSceneTransform() {
+    if (isSceneTransformDirty_) return;  // then the whole subtree is dirty already
+    isSceneTransformDirty_ = isInverseSceneTrransformDirty_ = isScenePositionDirty_ = true;
+    isprojTransformDirty_ = isProjPositionDirty_ = true;
+    for (const auto& child : children_) child->invalidateSceneTransform();
+}
+
+void QVObjectContainer3D::invalidateTransform() {
+    QVObject3D::invalidateTransform();
+    invalidateSceneTransform();
+}
+
+// Frame
+
+void QVObjectContainer3D::updateMatrix() {
+    if (camera_) camera_->updateMatrix();
+    isTouching_ = false;
+    updateTransform();
+    updateSceneTransform();
+    updateProjTransform();
+    for (const auto& child : children_) child->updateMatrix();
+}
+
+void QVObjectContainer3D::updateData(const platform::CMTime& time) {
+    if (!visible()) return;
+    if (camera_) camera_->updateData(time);
+    for (const auto& light : ligthArray_) light->updateData(time);
+    for (const auto& component : components_) component->updateData(time);
+    for (const auto& child : children_) child->updateData(time);
+}
+
+void QVObjectContainer3D::renderSelfAndChildrens(const platform::CMTime& time) {
+    if (!visible()) return;
+    if (camera_) camera_->renderSelfAndChildrens(time);
+    renderingBeforeConfig(time);
+    renderSelf(time);
+    for (const auto& child : children_) child->renderSelfAndChildrens(time);
+    renderingAfterConfig(time);
+}
+
+void QVObjectContainer3D::renderSelf(const platform::CMTime& time) {
+    for (const auto& component : components_) component->render(time);
+    render(time);
+}
+
+void QVObjectContainer3D::renderComplete(const platform::CMTime& time) {
+    if (!visible()) return;
+    if (camera_) camera_->renderComplete(time);
+    for (const auto& component : components_) component->renderComplete(time);
+    for (const auto& child : children_) child->renderComplete(time);
+    removeFinished(children_);
+}
+
+void QVObjectContainer3D::renderShadow() {
+    if (!visible() || !isCastShadow_) return;
+    for (const auto& child : children_) child->renderShadow();
+}
+
+// Depth order and removal
+
+void QVObjectContainer3D::setRenderDepth(float depth) {
+    renderDepth_ = depth;
+    if (const auto owner = parent())
+        renderDepthSortWithArray(owner->children_);
+    else if (const auto owningScene = scene())
+        owningScene->sortChildren();
+}
+
+void QVObjectContainer3D::renderDepthSortWithArray(Children& nodes) {
+    std::stable_sort(nodes.begin(), nodes.end(), [](const auto& first, const auto& second) {
+        return first->renderDepth() > second->renderDepth();
+    });
+}
+
+namespace {
+
+void killTweensBelow(QVObjectContainer3D& node) {
+    QVTween::killAllTweenOf(node);
+    for (const auto& child : node.children()) killTweensBelow(*child);
+}
+
+}  // namespace
+
+void QVObjectContainer3D::removeFinished(Children& nodes) {
+    std::erase_if(nodes, [](const std::shared_ptr<QVObjectContainer3D>& node) {
+        if (!node->isRenderFinishNeedRemove_) return false;
+        killTweensBelow(*node);
+        node->parent_.reset();
+        node->hasParent_ = false;
+        node->setScene(nullptr);
+        node->invalidateSceneTransform();
+        return true;
+    });
+}
+
+void QVObjectContainer3D::removeObject3DComponent(const QVObject3DComponentBase& component) {
+    std::erase_if(components_, [&](const auto& owned) { return owned.get() == &component; });
+}
+
+// Configuration
+
+void QVObjectContainer3D::rendInfoWithDic(const platform::Value& info) {
+    const KeyReader reader(containerKeys, info);
+    name_ = reader.text("name");
+    for (const platform::Value& entry : reader.array("ComponentsInfo")) {
+        const std::string type = entry.string("type");
+        const auto* known = ComponentTypes::find(type);
+        if (!known)
+            throw platform::Error(platform::ErrorKind::Template, "unknown component type \"" + type + "\"",
+                                  {}, "ComponentsInfo");
+        const auto component = known->make();
+        component->setObject3D(this);
+        component->rendInfoWithDic(entry);
+        components_.push_back(component);
+    }
+    if (reader.has("CameraInfo"))
+        if (const auto camera = QVCamera3D::cameraWithInfo(reader.value("CameraInfo"), scene()))
+            setCamera(camera);
+    if (reader.has("LightSourceArray"))
+        setLigthArray(QVLightBase::lightSourceArrayWithInfo(reader.value("LightSourceArray")));
+}
+
+BezierSample QVObjectContainer3D::bezierResultWithTime(float, const std::string&) const {
+    return {};
+}
+
+// Trace
+
+namespace {
+
+platform::Value numbers(const float* values, int count) {
+    platform::Value::Array list;
+    for (int i = 0; i < count; ++i) list.emplace_back(static_cast<double>(values[i]));
+    return platform::Value(std::move(list));
+}
+
+}  // namespace
+
+void QVObjectContainer3D::addTraceFields(platform::Value::Dictionary& fields) {
+    fields["type"] = platform::Value(className());
+    if (!name_.empty()) fields["name"] = platform::Value(name_);
+    fields["visible"] = platform::Value(visible());
+    fields["renderDepth"] = platform::Value(static_cast<double>(renderDepth_));
+    fields["alpha"] = platform::Value(static_cast<double>(alpha()));
+    fields["sceneAlpha"] = platform::Value(static_cast<double>(sceneAlpha_));
+    fields["position"] = numbers(&position().x, 3);
+    fields["rotation"] = numbers(&eulers().x, 3);
+    fields["scale"] = numbers(&scale().x, 3);
+    fields["transform"] = numbers(&transform()[0][0], 16);
+    fields["sceneTransform"] = numbers(&sceneTransform_[0][0], 16);
+    fields["projTransform"] = numbers(&projTransform_[0][0], 16);
+}
+
+}  // namespace multiscene

@@ -1,0 +1,165 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "core/QVObject3D.h"
+#include "other/KeyTable.h"
+#include "platform/base/CMTime.h"
+#include "platform/base/Value.h"
+
+namespace multiscene {
+
+class QVCamera3D;
+class QVLightBase;
+class QVObject3DComponentBase;
+class QVScene3D;
+
+extern const KeyTable containerKeys;
+
+/// A node of the scene graph: links, cached matrices and the per-frame traversals.
+///
+/// Life-cycle contract, for every node, on the render queue with the GL context current:
+///   configure  rendInfoWithDic, once, base class first; may create GL objects only where a class says so
+///   update     updateData: key frames and materials; may load and drop textures
+///   matrices   updateMatrix: after all tweens have been stepped; no GL
+///   draw       renderSelfAndChildrens: renderingBeforeConfig, renderSelf, the children,
+///   renderingAfterConfig;
+///              draws and changes no node
+///   complete   renderComplete: after the frame was handed over; nodes whose time is up are dropped here
+///   dispose    before the scene is thrown away
+/// A parent owns its children; parent and scene are referred to weakly.
+class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_this<QVObjectContainer3D> {
+  public:
+    using Children = std::vector<std::shared_ptr<QVObjectContainer3D>>;
+    using Lights = std::vector<std::shared_ptr<QVLightBase>>;
+
+    QVObjectContainer3D();
+    ~QVObjectContainer3D() override;
+
+    /// The class, as scene files name it.
+    virtual const char* className() const = 0;
+    /// An optional name from the dictionary, for people: messages and traces show it.
+    const std::string& name() const { return name_; }
+
+    // Tree
+    /// Appends and sorts by depth, then takes the node from its old parent. Adding a node to the parent that
+    /// it already has takes it out of the children: the removal comes last and takes every occurrence.
+    void addChild(const std::shared_ptr<QVObjectContainer3D>& child);
+    void removeChild(QVObjectContainer3D& child);
+    bool hasChild(const QVObjectContainer3D& child) const;
+    std::shared_ptr<QVObjectContainer3D> getChildAt(size_t index) const;
+    size_t numChildren() const { return children_.size(); }
+    const Children& children() const { return children_; }
+    std::shared_ptr<QVObjectContainer3D> parent() const { return parent_.lock(); }
+    /// Takes the node from its current parent first, unless `parent` is empty.
+    void setParent(const std::shared_ptr<QVObjectContainer3D>& parent);
+    std::shared_ptr<QVScene3D> scene() const { return scene_.lock(); }
+    /// Passes the scene on to the whole subtree.
+    void setScene(const std::shared_ptr<QVScene3D>& scene);
+    virtual void dispose();
+
+    // Camera and lights
+    const std::shared_ptr<QVCamera3D>& camera() const { return camera_; }
+    /// The camera of the whole subtree, instead of the scene's.
+    void setCamera(const std::shared_ptr<QVCamera3D>& camera);
+    /// The node's own lights, else the scene's.
+    const Lights& ligthArray() const;
+    void setLigthArray(Lights lights) { ligthArray_ = std::move(lights); }
+    bool isLightEnable() const { return isLightEnable_; }
+    void setIsLightEnable(bool enabled) { isLightEnable_ = enabled; }
+
+    // Matrices, cached
+    const glm::mat4& sceneTransform();
+    const glm::mat4& inverseSceneTransform();
+    const glm::vec3& scenePosition();
+    const glm::mat4& projTransform();
+    const glm::mat4& inverseProjTransform();
+    const glm::mat4& modelViewTransform() const { return modelViewTransform_; }
+    const glm::mat3& normTransform() const { return normTransform_; }
+    const glm::vec4& projectPosition() const { return projectPosition_; }
+    float sceneAlpha() const { return sceneAlpha_; }
+    void updateSceneTransform();
+    void updateProjTransform();
+    void invalidateSceneTransform();
+    void invalidateTransform() override;
+
+    // Frame
+    virtual void updateMatrix();
+    virtual void updateData(const platform::CMTime& time);
+    virtual void renderSelfAndChildrens(const platform::CMTime& time);
+    virtual void renderingBeforeConfig(const platform::CMTime&) {}
+    void renderSelf(const platform::CMTime& time);
+    virtual void render(const platform::CMTime&) {}
+    virtual void renderingAfterConfig(const platform::CMTime&) {}
+    virtual void renderComplete(const platform::CMTime& time);
+    void renderShadow();
+
+    // Depth order
+    float renderDepth() const { return renderDepth_; }
+    /// Larger is further back and drawn first; re-sorts the list that holds the node.
+    void setRenderDepth(float depth);
+    /// Larger depth first; equal depths keep their order.
+    static void renderDepthSortWithArray(Children& nodes);
+
+    /// Asks the parent to drop the node when it completes the frame.
+    bool isRenderFinishNeedRemove() const { return isRenderFinishNeedRemove_; }
+    void setIsRenderFinishNeedRemove(bool remove) { isRenderFinishNeedRemove_ = remove; }
+    /// Removes the flagged nodes of a list, their whole subtrees with their tweens.
+    static void removeFinished(Children& nodes);
+
+    // Stored for scene code; nothing here tests hits.
+    bool isTouching() const { return isTouching_; }
+    bool isTouchDown() const { return isTouchDown_; }
+    bool isHitTestRect() const { return isHitTestRect_; }
+    float hitTestCircleRadius() const { return hitTestCircleRadius_; }
+    void setHitTestCircleRadius(float radius) { hitTestCircleRadius_ = radius; }
+    bool isCastShadow() const { return isCastShadow_; }
+    void setIsCastShadow(bool cast) { isCastShadow_ = cast; }
+
+    // Components, owned
+    using Components = std::vector<std::shared_ptr<QVObject3DComponentBase>>;
+    const Components& components() const { return components_; }
+    void setComponents(Components components) { components_ = std::move(components); }
+    void removeObject3DComponent(const QVObject3DComponentBase& component);
+
+    /// Drawables that render into a texture upside down say so.
+    virtual bool isObject3dRenderToTextureFlipY() const { return false; }
+
+    /// Reads the node's dictionary; every class calls its base first.
+    virtual void rendInfoWithDic(const platform::Value& info);
+
+    // TweenTarget
+    BezierSample bezierResultWithTime(float time, const std::string& bezierIdentifier) const override;
+    const void* tweenScene() const override { return scene().get(); }
+
+    /// Adds what a trace line shows of this node.
+    virtual void addTraceFields(platform::Value::Dictionary& fields);
+
+  private:
+    void updateChildMatrices();
+
+    std::string name_;
+    bool isSceneTransformDirty_ = true, isInverseSceneTrransformDirty_ = true, isScenePositionDirty_ = true,
+         isprojTransformDirty_ = true, isProjPositionDirty_ = true;
+    bool isTouching_ = false, isTouchDown_ = false, isHitTestRect_ = false;
+    float hitTestCircleRadius_ = 0;
+    float sceneAlpha_ = 1;
+    bool isCastShadow_ = true, isLightEnable_ = false, isRenderFinishNeedRemove_ = false;
+    float renderDepth_ = 0;
+    Children children_;
+    std::weak_ptr<QVObjectContainer3D> parent_;
+    bool hasParent_ = false;  // stays true when the parent has gone away
+    std::weak_ptr<QVScene3D> scene_;
+    std::shared_ptr<QVCamera3D> camera_;
+    Lights ligthArray_;
+    Components components_;
+    glm::mat4 sceneTransform_{1}, inverseSceneTransform_{1}, projTransform_{1}, inverseProjTransform_{1},
+        modelViewTransform_{1};
+    glm::mat3 normTransform_{1};
+    glm::vec3 scenePosition_{0};
+    glm::vec4 projectPosition_{0};
+};
+
+}  // namespace multiscene

@@ -1,0 +1,93 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+
+#include "core/QVObjectContainer3D.h"
+#include "core/RenderDriver.h"
+#include "other/SceneCatalogue.h"
+
+namespace multiscene {
+
+class QVFrameBufferToTexture;
+class QVSceneRenderToTexture;
+class VideoTimeSource;
+
+/// The root of one scene: its top-level nodes, camera, lights and clock. Not a node itself: top-level nodes
+/// have no parent. Render queue only.
+class QVScene3D : public std::enable_shared_from_this<QVScene3D> {
+  public:
+    using Children = QVObjectContainer3D::Children;
+
+    /// An empty scene of the driver's size with the default 75-degree camera. The driver outlives the scene.
+    static std::shared_ptr<QVScene3D> initRenderManager(RenderDriver& renderManager);
+    ~QVScene3D();
+
+    void addChild(const std::shared_ptr<QVObjectContainer3D>& child);
+    void removeChild(QVObjectContainer3D& child);
+    void removeAllChild();
+    bool hasChild(const QVObjectContainer3D& child) const;
+    std::shared_ptr<QVObjectContainer3D> getChildAt(size_t index) const;
+    size_t numChildren() const { return children_.size(); }
+    const Children& children() const { return children_; }
+    void sortChildren();
+
+    const std::shared_ptr<QVCamera3D>& camera() const { return camera_; }
+    /// The camera is also a sorted top-level node; it replaces the former one.
+    void setCamera(const std::shared_ptr<QVCamera3D>& camera);
+    const QVObjectContainer3D::Lights& lightArray() const { return lightArray_; }
+    void setLightArray(QVObjectContainer3D::Lights lights) { lightArray_ = std::move(lights); }
+
+    // One frame, in this order; each passes currentRenderTime().
+    void updateData();
+    void updateMatrix();
+    void render();
+    void renderComplete();
+    void renderShadow() {}
+    void dispose();
+
+    float width() const { return width_; }    ///< pixels
+    float height() const { return height_; }  ///< pixels
+    float halfWidth() const { return width_ / 2; }
+    float halfHeight() const { return height_ / 2; }
+    float aspect() const { return width_ / height_; }
+    RenderDriver& renderManager() const { return renderManager_; }
+
+    /// The scene's clock, also one of the children; null for a scene without one.
+    const std::shared_ptr<VideoTimeSource>& timeSource() const { return timeSource_; }
+    void setTimeSource(std::shared_ptr<VideoTimeSource> timeSource);
+
+    const SceneConfigData& sceneConfigData() const { return sceneConfigData_; }
+    void setSceneConfigData(SceneConfigData data) { sceneConfigData_ = std::move(data); }
+    const std::string& sceneIdentifier() const { return sceneIdentifier_; }
+    void setSceneIdentifier(std::string identifier) { sceneIdentifier_ = std::move(identifier); }
+
+    const platform::CMTime& currentRenderTime() const { return currentRenderTime_; }
+    void setCurrentRenderTime(const platform::CMTime& time) { currentRenderTime_ = time; }
+
+    /// Renders the whole scene into a texture for transitions; its GL objects are made on first use.
+    QVSceneRenderToTexture& renderToTextureObject() const { return *renderToTextureObject_; }
+
+    /// Publishes a node's target; the scene keeps it until the scene ends.
+    void setRenderToTexture(const std::string& key, std::shared_ptr<QVFrameBufferToTexture> target);
+    /// The GL texture published under the key, 0 when there is none.
+    uint32_t renderToTextureMap(const std::string& key) const;
+
+  private:
+    explicit QVScene3D(RenderDriver& renderManager);
+
+    RenderDriver& renderManager_;
+    float width_, height_;
+    Children children_;
+    std::shared_ptr<QVCamera3D> camera_;
+    QVObjectContainer3D::Lights lightArray_;
+    std::shared_ptr<VideoTimeSource> timeSource_;
+    SceneConfigData sceneConfigData_;
+    std::string sceneIdentifier_;
+    platform::CMTime currentRenderTime_;
+    std::unique_ptr<QVSceneRenderToTexture> renderToTextureObject_;
+    std::map<std::string, std::shared_ptr<QVFrameBufferToTexture>> renderToTextureMap_;
+};
+
+}  // namespace multiscene

@@ -1,0 +1,12 @@
+#pragma once
+
+#include "other/KeyTable.h"
+
+namespace multiscene {
+
+/// One item of a "TransformArray".
+extern const KeyTable transformItemKeys;
+/// One item of a "MutableTransformArray".
+extern const KeyTable mutableItemKeys;
+
+}  // namespace multiscene

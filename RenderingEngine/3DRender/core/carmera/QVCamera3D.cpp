@@ -1,0 +1,282 @@
+#include "core/carmera/QVCamera3D.h"
+
+#include <array>
+#include <cmath>
+
+#include "core/Angles.h"
+#include "core/QVScene3D.h"
+#include "tween/QVTweenItem.h"
+
+namespace multiscene {
+
+namespace {
+
+constexpr float defaultFov = 75;  // degrees
+
+constexpr std::string_view cameraTypes[] = {"QVOrthCamera", "QVFrustumCamera"};
+
+constexpr Key lookAtKeyList[] = {
+    {.name = "isMoveTargetPoint", .type = KeyType::Bool, .fallback = "0", .meaning = "turn to a point"},
+    {.name = "moveTargetPointEase", .type = KeyType::Integer, .fallback = "0", .meaning = "ease id"},
+    {.name = "startTargetPoint",
+     .type = KeyType::Vector3,
+     .unit = "model units",
+     .fallback = "0,0,0",
+     .meaning = "point to look at, at the start"},
+    {.name = "endTargetPoint",
+     .type = KeyType::Vector3,
+     .unit = "model units",
+     .fallback = "0,0,0",
+     .meaning = "point to look at, at the end"},
+    {.name = "isMoveCameraPosition", .type = KeyType::Bool, .fallback = "0", .meaning = "move the eye"},
+    {.name = "moveCameraPositionEase", .type = KeyType::Integer, .fallback = "0", .meaning = "ease id"},
+    {.name = "startMoveCameraPosition",
+     .type = KeyType::Vector3,
+     .unit = "model units",
+     .fallback = "0,0,0",
+     .meaning = "eye at the start"},
+    {.name = "endMoveCameraPosition",
+     .type = KeyType::Vector3,
+     .unit = "model units",
+     .fallback = "0,0,0",
+     .meaning = "eye at the end"},
+    {.name = "isRotateFromUpVector", .type = KeyType::Bool, .fallback = "0", .meaning = "pan"},
+    {.name = "rotateFromUpVectorEase", .type = KeyType::Integer, .fallback = "0", .meaning = "ease id"},
+    {.name = "startRotateFromUpVector",
+     .type = KeyType::Number,
+     .unit = "degrees",
+     .fallback = "0",
+     .meaning = "angle about the up vector at the start"},
+    {.name = "endRotateFromUpVector",
+     .type = KeyType::Number,
+     .unit = "degrees",
+     .fallback = "0",
+     .meaning = "angle at the end"},
+    {.name = "isRotateFromTargetVector", .type = KeyType::Bool, .fallback = "0", .meaning = "roll"},
+    {.name = "rotateFromTargetVectorEase", .type = KeyType::Integer, .fallback = "0", .meaning = "ease id"},
+    {.name = "startRotateFromTargetVector",
+     .type = KeyType::Number,
+     .unit = "degrees",
+     .fallback = "0",
+     .meaning = "angle about the forward vector at the start"},
+    {.name = "endRotateFromTargetVector",
+     .type = KeyType::Number,
+     .unit = "degrees",
+     .fallback = "0",
+     .meaning = "angle at the end"},
+    {.name = "isRotateFromRightVector", .type = KeyType::Bool, .fallback = "0", .meaning = "tilt"},
+    {.name = "rotateFromRightVectorEase", .type = KeyType::Integer, .fallback = "0", .meaning = "ease id"},
+    {.name = "startRotateFromRightVector",
+     .type = KeyType::Number,
+     .unit = "degrees",
+     .fallback = "0",
+     .meaning = "angle about the x axis at the start"},
+    {.name = "endRotateFromRightVector",
+     .type = KeyType::Number,
+     .unit = "degrees",
+     .fallback = "0",
+     .meaning = "angle at the end"},
+};
+constexpr KeyTable lookAtKeys{"LookAtAnimation",
+                              "One move of the camera; channels are applied in this order.", &animationKeys,
+                              lookAtKeyList};
+
+}  // namespace
+
+static constexpr Key cameraKeyList[] = {
+    {.name = "type",
+     .type = KeyType::Choice,
+     .meaning = "projection",
+     .required = true,
+     .choices = cameraTypes},
+    {.name = "OrthWidth",
+     .type = KeyType::Number,
+     .unit = "model units",
+     .fallback = "0",
+     .meaning = "width of an orthographic view"},
+    {.name = "FrustumFov",
+     .type = KeyType::Number,
+     .unit = "degrees",
+     .fallback = "0",
+     .meaning = "horizontal field of view",
+     .minimum = 1,
+     .maximum = 179},
+    {.name = "aspect",
+     .type = KeyType::Number,
+     .fallback = "0",
+     .meaning = "width / height; none: the picture's",
+     .minimum = 0},
+    {.name = "LookAtAnimation", .type = KeyType::Array, .meaning = "camera moves", .children = &lookAtKeys},
+};
+const KeyTable cameraKeys{"Camera", "The camera of a scene or of a node.", &transformKeys, cameraKeyList};
+
+std::shared_ptr<QVCamera3D> QVCamera3D::cameraWithInfo(const platform::Value& info,
+                                                       const std::shared_ptr<QVScene3D>& scene) {
+    const KeyReader reader(cameraKeys, info);
+    float aspect = reader.number("aspect");
+    if (!(aspect > 0) && scene) aspect = scene->aspect();
+    std::shared_ptr<QVCamera3D> camera;
+    if (reader.text("type") == "QVOrthCamera") {
+        camera = initOrthWithWidth(reader.number("OrthWidth"), aspect);
+    } else if (reader.text("type") == "QVFrustumCamera") {
+        const float fov = reader.number("FrustumFov");
+        camera = initWithFov(fov > 0 ? fov : defaultFov, aspect);
+    } else {
+        return nullptr;
+    }
+    camera->setScene(scene);
+    camera->rendInfoWithDic(info);
+    return camera;
+}
+
+std::shared_ptr<QVCamera3D> QVCamera3D::initWithFov(float degrees, float aspect) {
+    auto camera = std::make_shared<QVCamera3D>();
+    camera->setFov(degrees);
+    camera->setAspect(aspect);
+    return camera;
+}
+
+std::shared_ptr<QVCamera3D> QVCamera3D::initOrthWithWidth(float width, float aspect) {
+    auto camera = std::make_shared<QVCamera3D>();
+    camera->isPerspectiveCamera3D_ = false;
+    camera->setOrthWidth(width);
+    camera->setOrthAspect(aspect);
+    return camera;
+}
+
+void QVCamera3D::rendInfoWithDic(const platform::Value& info) {
+    QVObject3DTransformBase::rendInfoWithDic(info);
+    const KeyReader reader(cameraKeys, info);
+    if (!reader.array("LookAtAnimation").empty())
+        lookAtAnimation_ = std::make_unique<QVKeyAnimationOperators>(reader.array("LookAtAnimation"), *this);
+}
+
+// Projection
+
+void QVCamera3D::setProjection(float& field, float value) {
+    field = value;
+    invalidatePPTransform();
+}
+
+void QVCamera3D::setFov(float degrees) {
+    setProjection(fov_, toRadians(degrees));
+}
+void QVCamera3D::setNear(float near) {
+    setProjection(near_, near);
+}
+void QVCamera3D::setFar(float far) {
+    setProjection(far_, far);
+}
+void QVCamera3D::setAspect(float aspect) {
+    setProjection(aspect_, aspect);
+}
+void QVCamera3D::setOrthWidth(float width) {
+    setProjection(OrthWidth_, width);
+}
+void QVCamera3D::setOrthAspect(float aspect) {
+    setProjection(OrthAspect_, aspect);
+}
+void QVCamera3D::setOrthNear(float near) {
+    setProjection(OrthNear_, near);
+}
+void QVCamera3D::setOrthFar(float far) {
+    setProjection(OrthFar_, far);
+}
+
+void QVCamera3D::setPpCenter(const glm::vec2& center) {
+    ppCenter_ = center;
+    invalidatePPTransform();
+}
+
+const glm::mat4& QVCamera3D::getPpTransform() {
+    updatePPTransform();
+    return ppTransform_;
+}
+
+void QVCamera3D::updatePPTransform() {
+    if (!isPPTransformDirty_) return;
+    ppTransform_ = isPerspectiveCamera3D_ ? perspective() : orthographic();
+    isPPTransformDirty_ = false;
+    isDirty_ = true;
+}
+
+glm::mat4 QVCamera3D::perspective() const {
+    const float width = near_ * std::tan(fov_ / 2), height = width / aspect_;
+    glm::mat4 matrix(0);
+    matrix[0][0] = 2 * near_ / (2 * width);
+    matrix[1][1] = 2 * near_ / (2 * height);
+    matrix[2][2] = -(far_ + near_) / (far_ - near_);
+    matrix[2][3] = -1;
+    matrix[3][2] = -2 * far_ * near_ / (far_ - near_);
+    return matrix;
+}
+
+glm::mat4 QVCamera3D::orthographic() const {
+    const double top = OrthWidth_ / (2.0 * OrthAspect_), bottom = -top;
+    glm::mat4 matrix(0);
+    matrix[0][0] = 2 / OrthWidth_;
+    matrix[1][1] = static_cast<float>(2 / (top - bottom));
+    matrix[2][2] = -2 / (OrthFar_ - OrthNear_);
+    matrix[3][2] = -(OrthFar_ + OrthNear_) / (OrthFar_ - OrthNear_);
+    matrix[3][3] = 1;
+    return matrix;
+}
+
+// Frame
+
+void QVCamera3D::updateData(const platform::CMTime& time) {
+    if (lookAtAnimation_) lookAtAnimation_->updateData(time.value);
+}
+
+void QVCamera3D::updateMatrix() {
+    updateTransform();
+    updateSceneTransform();
+    updatePPTransform();
+    lookAt_.computeCameraLookAtTransform();
+}
+
+namespace {
+
+/// One channel of a camera move: its keys and what its value does.
+struct LookAtChannel {
+    const char *isActive, *ease, *start, *end;
+    void (*apply)(QVCamera3DLookAtTransform&, const glm::vec3& value);
+};
+
+/// Angles are plain numbers, which read as the first component.
+constexpr std::array<LookAtChannel, 5> lookAtChannels{{
+    {"isMoveTargetPoint", "moveTargetPointEase", "startTargetPoint", "endTargetPoint",
+     [](QVCamera3DLookAtTransform& view, const glm::vec3& value) {
+         view.cameraLookAtWithTargetPoint(value);
+     }},
+    {"isMoveCameraPosition", "moveCameraPositionEase", "startMoveCameraPosition", "endMoveCameraPosition",
+     [](QVCamera3DLookAtTransform& view, const glm::vec3& value) { view.moveCameraToTarget(value); }},
+    {"isRotateFromUpVector", "rotateFromUpVectorEase", "startRotateFromUpVector", "endRotateFromUpVector",
+     [](QVCamera3DLookAtTransform& view, const glm::vec3& value) { view.cameraRotateFromUpVector(value.x); }},
+    {"isRotateFromTargetVector", "rotateFromTargetVectorEase", "startRotateFromTargetVector",
+     "endRotateFromTargetVector",
+     [](QVCamera3DLookAtTransform& view, const glm::vec3& value) {
+         view.cameraRotateFromTargetVector(value.x);
+     }},
+    {"isRotateFromRightVector", "rotateFromRightVectorEase", "startRotateFromRightVector",
+     "endRotateFromRightVector",
+     [](QVCamera3DLookAtTransform& view, const glm::vec3& value) {
+         view.cameraRotateFromRightVector(value.x);
+     }},
+}};
+
+}  // namespace
+
+void QVCamera3D::didNewKeyFrameWithEaseValue(float, float progressValue,
+                                             const platform::Value& animationInfo) {
+    const KeyReader reader(lookAtKeys, animationInfo);
+    for (const LookAtChannel& channel : lookAtChannels) {
+        if (!reader.boolean(channel.isActive)) continue;
+        const float eased =
+            QVTweenItem::easeValueWithEase(reader.int32(channel.ease), progressValue, nullptr);
+        const glm::vec3 start = reader.vector3(channel.start), end = reader.vector3(channel.end);
+        channel.apply(lookAt_, start + eased * (end - start));
+    }
+}
+
+}  // namespace multiscene

@@ -1,0 +1,69 @@
+#pragma once
+
+#include <memory>
+
+#include "core/QVObject3DTransformBase.h"
+#include "core/carmera/QVCamera3DLookAtTransform.h"
+
+namespace multiscene {
+
+extern const KeyTable cameraKeys;
+
+/// Projection and view of a scene or a subtree: perspective with a horizontal field of view, or orthographic.
+/// Its own placement (transform) plays no part; it moves by its "LookAtAnimation".
+class QVCamera3D : public QVObject3DTransformBase {
+  public:
+    const char* className() const override { return "QVCamera3D"; }
+
+    /// "QVOrthCamera" or "QVFrustumCamera"; any other type gives none. A camera without a usable aspect takes
+    /// the scene's.
+    static std::shared_ptr<QVCamera3D> cameraWithInfo(const platform::Value& info,
+                                                      const std::shared_ptr<QVScene3D>& scene);
+    /// Field of view in degrees, horizontal; aspect = width / height.
+    static std::shared_ptr<QVCamera3D> initWithFov(float degrees, float aspect);
+    static std::shared_ptr<QVCamera3D> initOrthWithWidth(float width, float aspect);
+
+    void setFov(float degrees);
+    float getFov() const { return fov_; }  ///< radians
+    void setNear(float near);
+    void setFar(float far);
+    void setAspect(float aspect);
+    void setOrthWidth(float width);
+    void setOrthAspect(float aspect);
+    void setOrthNear(float near);
+    void setOrthFar(float far);
+    void setPpCenter(const glm::vec2& center);  ///< kept; the projection does not use it
+    bool isPerspectiveCamera3D() const { return isPerspectiveCamera3D_; }
+
+    /// The projection, rebuilt first when dirty.
+    const glm::mat4& getPpTransform();
+    const glm::mat4& cameraLookAtTransform() const { return lookAt_.cameraLookAtTransform(); }
+    /// The projection has been built; stays set, so that nodes follow a moving view.
+    bool isDirty() const { return isDirty_; }
+
+    void rendInfoWithDic(const platform::Value& info) override;
+    /// Plays the look-at animation only: a camera's motion items are read but never played.
+    void updateData(const platform::CMTime& time) override;
+    void updateMatrix() override;
+    void didNewKeyFrameWithEaseValue(float easeValue, float progressValue,
+                                     const platform::Value& animationInfo) override;
+    QVCamera3DLookAtTransform& lookAtTransform() { return lookAt_; }
+
+  private:
+    void invalidatePPTransform() { isPPTransformDirty_ = true; }
+    void setProjection(float& field, float value);
+    void updatePPTransform();
+    glm::mat4 perspective() const;
+    glm::mat4 orthographic() const;
+
+    float fov_ = 0, near_ = 1, far_ = 2500, aspect_ = 1;
+    float OrthWidth_ = 2, OrthAspect_ = 1, OrthNear_ = -1000, OrthFar_ = 2500;
+    bool isPerspectiveCamera3D_ = true;
+    glm::vec2 ppCenter_{0};
+    glm::mat4 ppTransform_{1};
+    bool isPPTransformDirty_ = true, isDirty_ = false;
+    QVCamera3DLookAtTransform lookAt_;
+    std::unique_ptr<QVKeyAnimationOperators> lookAtAnimation_;
+};
+
+}  // namespace multiscene

@@ -1,0 +1,56 @@
+#include "core/component/QVObject3DComponentBase.h"
+
+#include "core/QVObjectContainer3D.h"
+#include "core/QVScene3D.h"
+#include "other/QVMultiSceneRenderShareSettings.h"
+
+namespace multiscene {
+
+static constexpr Key componentKeyList[] = {
+    {.name = "type", .type = KeyType::Text, .meaning = "the component's class", .required = true},
+    {.name = "startFps",
+     .type = KeyType::Integer,
+     .unit = "frames",
+     .fallback = "0",
+     .meaning = "first frame, counted in the scene",
+     .lookup = KeyLookup::UserMap,
+     .minimum = 0},
+    {.name = "endFps",
+     .type = KeyType::Integer,
+     .unit = "frames",
+     .fallback = "0",
+     .meaning = "last frame, inclusive",
+     .lookup = KeyLookup::UserMap,
+     .minimum = 0},
+};
+const KeyTable componentKeys{"QVObject3DComponentBase", "A behaviour attached to a node.", nullptr,
+                             componentKeyList};
+
+namespace {
+
+int64_t frameNumber(const platform::Value& value, const std::string& sceneIdentifier) {
+    if (!value.isString()) return value.integerValue();
+    const platform::Value found =
+        QVMultiSceneRenderShareSettings::computeUserMap(value.stringValue(), sceneIdentifier);
+    return found.isNone() ? value.integerValue() : found.integerValue();
+}
+
+}  // namespace
+
+void QVObject3DComponentBase::rendInfoWithDic(const platform::Value& info) {
+    componentInfo_ = info;
+    computeStartAndEndFps(info);
+}
+
+void QVObject3DComponentBase::computeStartAndEndFps(const platform::Value& info) {
+    const KeyReader reader(componentKeys, info);
+    sartFps_ = frameNumber(reader.value("startFps"), sceneIdentifier());
+    endFps_ = frameNumber(reader.value("endFps"), sceneIdentifier());
+}
+
+std::string QVObject3DComponentBase::sceneIdentifier() const {
+    const auto scene = object3D_ ? object3D_->scene() : nullptr;
+    return scene ? scene->sceneIdentifier() : std::string();
+}
+
+}  // namespace multiscene
