@@ -1,0 +1,46 @@
+#include "app/Model/MediaFormat.h"
+
+#include <charconv>
+
+namespace multiscene {
+
+namespace {
+
+constexpr int kMaxSide = 16384;
+constexpr int kMaxFramesPerSecond = 1000;
+
+std::string_view trimmed(std::string_view text) {
+    const size_t first = text.find_first_not_of(' ');
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(' ') - first + 1);
+}
+
+std::optional<int> side(std::string_view text) {
+    text = trimmed(text);
+    int number = 0;
+    const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool whole = failure == std::errc() && end == text.data() + text.size();
+    return whole && number >= 1 && number <= kMaxSide ? std::optional(number) : std::nullopt;
+}
+
+}  // namespace
+
+std::optional<MediaSize> parseMediaSize(std::string_view text) {
+    const size_t comma = text.find(',');
+    if (comma == std::string_view::npos) return std::nullopt;
+    const auto width = side(text.substr(0, comma)), height = side(text.substr(comma + 1));
+    return width && height ? std::optional(MediaSize{*width, *height}) : std::nullopt;
+}
+
+MediaFormat mediaFormatOf(const platform::Value& wechartTempletInfo) {
+    MediaFormat format;
+    if (const auto size = parseMediaSize(wechartTempletInfo.string("mediaSize"))) {
+        format.width = size->width;
+        format.height = size->height;
+    }
+    const int rate = wechartTempletInfo.int32("videoFrameRate");
+    if (rate >= 1 && rate <= kMaxFramesPerSecond) format.framesPerSecond = rate;
+    return format;
+}
+
+}  // namespace multiscene

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+
+#include "platform/base/Value.h"
+
+namespace multiscene {
+
+/// The video that a template makes.
+struct MediaFormat {
+    int width = 720;    ///< pixels
+    int height = 1280;  ///< pixels
+    int framesPerSecond = 30;
+
+    bool operator==(const MediaFormat&) const = default;
+};
+
+/// "mediaSize" ("720,1280") and "videoFrameRate" of an input description. What is missing, or is no positive
+/// number, keeps its default.
+MediaFormat mediaFormatOf(const platform::Value& wechartTempletInfo);
+
+/// Width and height of "720,1280"; nothing unless both are whole positive numbers of at most 16384.
+struct MediaSize {
+    int width, height;
+};
+std::optional<MediaSize> parseMediaSize(std::string_view text);
+
+}  // namespace multiscene

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/base/Value.h"
+
+namespace multiscene {
+
+/// One template that the template server offers. Glossary: "Sever" is server.
+class QVSeverSignSceneDataModel {
+  public:
+    virtual ~QVSeverSignSceneDataModel() = default;
+
+    static QVSeverSignSceneDataModel severSignSceneDataModelWithDic(const platform::Value& info);
+    virtual void copyDataModelFormDic(const platform::Value& info);
+
+    int64_t sId() const { return sId_; }
+    /// The name in the user's language.
+    std::string sceneName() const;
+    /// All three names: "cName", "eName", "jName".
+    const platform::Value& muName() const { return muName_; }
+    /// Lowest version of the program that can render the template, as a decimal number.
+    float minVersion() const { return minVersion_; }
+    /// Where the archive is; absolute, or relative to the server's base address.
+    const std::string& templateUrl() const { return templateUrl_; }
+    const std::string& thumbUrl() const { return thumbUrl_; }
+    const std::string& videoPreviewUrl() const { return videoPreviewUrl_; }
+    const std::string& youtubePreviewUrl() const { return youtubePreviewUrl_; }
+    /// Size of the archive as shown to the user, in megabytes.
+    float templateSize() const { return templateSize_; }
+    bool isNew() const { return isNew_; }
+
+  private:
+    int64_t sId_ = 0;
+    platform::Value muName_;
+    float minVersion_ = 0, templateSize_ = 0;
+    std::string templateUrl_, thumbUrl_, videoPreviewUrl_, youtubePreviewUrl_;
+    bool isNew_ = false;
+};
+
+}  // namespace multiscene

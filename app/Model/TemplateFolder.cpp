@@ -1,0 +1,204 @@
+#include "app/Model/TemplateFolder.h"
+
+#include <algorithm>
+#include <array>
+#include <set>
+
+#include "other/QVUtil.h"
+#include "platform/base/Error.h"
+#include "platform/base/FileGate.h"
+#include "platform/base/PropertyList.h"
+
+namespace multiscene {
+
+using platform::Error;
+using platform::ErrorKind;
+using platform::Value;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr size_t kMaxRecords = 1000;
+
+enum class Kind { Number, Text, Dictionary, Array };
+
+struct KeyRule {
+    const char* key;
+    Kind kind;
+    bool required;
+};
+
+constexpr std::array kRecordRules{
+    KeyRule{"sId", Kind::Number, true},
+    KeyRule{"scenePlistPath", Kind::Text, true},
+    KeyRule{"sceneResourceFolderPath", Kind::Text, false},
+    KeyRule{"sceneThumbnailPath", Kind::Text, false},
+    KeyRule{"cName", Kind::Text, false},
+    KeyRule{"eName", Kind::Text, false},
+    KeyRule{"jName", Kind::Text, false},
+    KeyRule{"videoPreviewUrl", Kind::Text, false},
+    KeyRule{"youtubePreviewUrl", Kind::Text, false},
+    KeyRule{"photoTotal", Kind::Number, false},
+    KeyRule{"fpsLength", Kind::Number, false},
+    KeyRule{"sourceType", Kind::Number, false},
+    KeyRule{"wechartTempletInfo", Kind::Dictionary, false},
+};
+
+constexpr std::array kDescriptionRules{
+    KeyRule{"userInputArray", Kind::Array, false}, KeyRule{"sceneGroup", Kind::Array, false},
+    KeyRule{"mediaSize", Kind::Text, false},       KeyRule{"videoFrameRate", Kind::Number, false},
+    KeyRule{"bgAudioPath", Kind::Text, false},     KeyRule{"PIPTempletType", Kind::Number, false},
+};
+
+bool isNumberText(const Value& value) {
+    const std::string text = value.stringValue();
+    return value.isString() && !text.empty() &&
+           text.find_first_not_of("0123456789", text.front() == '-' ? 1 : 0) == std::string::npos;
+}
+
+bool fits(const Value& value, Kind kind) {
+    switch (kind) {
+        case Kind::Number:
+            return value.isNumber() || isNumberText(value);
+        case Kind::Text:
+            return value.isString();
+        case Kind::Dictionary:
+            return value.isDictionary();
+        case Kind::Array:
+            return value.isArray();
+    }
+    return false;
+}
+
+const char* describe(Kind kind) {
+    switch (kind) {
+        case Kind::Number:
+            return "a number";
+        case Kind::Text:
+            return "text";
+        case Kind::Dictionary:
+            return "a dictionary";
+        case Kind::Array:
+            return "an array";
+    }
+    return "";
+}
+
+/// Where a message points: the file and the path of keys so far.
+struct Place {
+    std::string file, keyPath;
+
+    Place at(const std::string& key) const { return {file, keyPath.empty() ? key : keyPath + "." + key}; }
+    [[noreturn]] void fail(const std::string& message) const {
+        throw Error(ErrorKind::Template, message, file, keyPath);
+    }
+};
+
+template <size_t Count>
+void judge(const Value& dictionary, const std::array<KeyRule, Count>& rules, const Place& place) {
+    for (const KeyRule& rule : rules) {
+        const Value& value = dictionary[rule.key];
+        if (value.isNone() && rule.required) place.at(rule.key).fail("is missing");
+        if (!value.isNone() && !fits(value, rule.kind))
+            place.at(rule.key).fail(std::string("is ") + typeName(value.type()) + ", not " +
+                                    describe(rule.kind));
+    }
+}
+
+void judgeDescription(const Value& description, const Place& place) {
+    judge(description, kDescriptionRules, place);
+    if (description.has("mediaSize") && !parseMediaSize(description.string("mediaSize")))
+        place.at("mediaSize").fail("is no size such as \"720,1280\"");
+    const Value::Array& inputs = description.array("userInputArray");
+    for (size_t index = 0; index < inputs.size(); ++index)
+        if (!inputs[index].isDictionary())
+            place.at("userInputArray[" + std::to_string(index) + "]").fail("is no dictionary");
+}
+
+QVTempletDataModel judgedRecord(const Value& record, const Place& place) {
+    if (!record.isDictionary()) place.fail("is no dictionary");
+    judge(record, kRecordRules, place);
+    if (record.integer("sId") < 0) place.at("sId").fail("is negative");
+    if (record.string("scenePlistPath").empty()) place.at("scenePlistPath").fail("is empty");
+    judgeDescription(record["wechartTempletInfo"], place.at("wechartTempletInfo"));
+    return QVTempletDataModel::templetDataModelWithDic(record);
+}
+
+bool liesIn(const fs::path& folder, const fs::path& path) {
+    const fs::path normal = path.lexically_normal();
+    const auto mismatch = std::mismatch(folder.begin(), folder.end(), normal.begin(), normal.end());
+    return mismatch.first == folder.end();
+}
+
+std::vector<uint8_t> readThroughFence(const fs::path& folder, const fs::path& file) {
+    platform::FileGate fence;
+    fence.allowFolder(folder);
+    const platform::FileGate::Opened opened = fence.open(file);
+    if (opened.verdict != platform::FileGate::Verdict::Allowed)
+        throw Error(ErrorKind::Template, describe(opened.verdict), file.string());
+    return platform::readFile(opened.file, file.string(), platform::PropertyListLimits().maxBytes,
+                              ErrorKind::Template);
+}
+
+}  // namespace
+
+std::vector<QVTempletDataModel> templateRecords(const Value& description, const std::string& file) {
+    const Place place{file, "installScenes"};
+    const Value& scenes = description["installScenes"];
+    if (scenes.isNone()) place.fail("is missing: a template lists its catalogue records there");
+    if (!scenes.isArray() || scenes.array().empty()) place.fail("is not a filled array of catalogue records");
+    if (scenes.array().size() > kMaxRecords)
+        place.fail("holds more than " + std::to_string(kMaxRecords) + " records");
+
+    std::vector<QVTempletDataModel> records;
+    std::set<int64_t> numbers;
+    for (const Value& scene : scenes.array()) {
+        const Place element{file, "installScenes[" + std::to_string(records.size()) + "]"};
+        records.push_back(judgedRecord(scene, element));
+        if (!numbers.insert(records.back().sId()).second)
+            element.at("sId").fail(std::to_string(records.back().sId()) +
+                                   " is given to an earlier record too");
+    }
+    return records;
+}
+
+TemplateFolder readTemplateFolder(const fs::path& folder) {
+    std::error_code failure;
+    TemplateFolder result;
+    // The folder keeps the name by which the user knows it, even where that is a link to another folder.
+    result.folder = (fs::absolute(folder) / "").lexically_normal().parent_path();
+    if (!fs::is_directory(result.folder, failure))
+        throw Error(ErrorKind::Template,
+                    fs::exists(result.folder, failure) ? "is no folder" : "does not exist", folder.string());
+    result.name = result.folder.filename().string();
+    const std::string file = result.plistPath().string();
+    result.description = platform::parsePropertyList(readThroughFence(result.folder, file), file);
+    if (!result.description.isDictionary()) throw Error(ErrorKind::Template, "holds no dictionary", file);
+    result.records = templateRecords(result.description, file);
+    return result;
+}
+
+void requireOwnPaths(const TemplateFolder& folder) {
+    const fs::path own = fs::path(QVUtil::scenePath()).lexically_normal() / folder.name;
+    for (size_t index = 0; index < folder.records.size(); ++index) {
+        const QVTempletDataModel& record = folder.records[index];
+        const std::pair<const char*, const std::string&> paths[] = {
+            {"scenePlistPath", record.scenePlistPath()},
+            {"sceneResourceFolderPath", record.sceneResourceFolderPath()}};
+        for (const auto& [key, path] : paths) {
+            if (path.empty() || liesIn(own, QVUtil::multiScenePathWithString(path))) continue;
+            Place{folder.plistPath().string(), "installScenes[" + std::to_string(index) + "]." + key}.fail(
+                "\"" + path + "\" does not lie in the template's folder; write \"$(multiSceneSceneROOT)/" +
+                folder.name + "/…\"");
+        }
+    }
+}
+
+bool isTemplateName(const std::string& name) {
+    const bool plain = std::none_of(name.begin(), name.end(), [](unsigned char letter) {
+        return letter < 0x20 || letter == 0x7f || letter == '/' || letter == '\\';
+    });
+    return plain && !name.empty() && name.front() != '.' && name.size() <= 200;
+}
+
+}  // namespace multiscene

@@ -1,0 +1,39 @@
+// A template as it lies on disk: a folder NAME with NAME/NAME.plist.
+#pragma once
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "app/Model/QVTempletDataModel.h"
+#include "platform/base/Value.h"
+
+namespace multiscene {
+
+struct TemplateFolder {
+    std::string name;              ///< the folder's name
+    std::filesystem::path folder;  ///< absolute
+    platform::Value description;   ///< the content of NAME.plist
+    /// "installScenes"; the first is the template itself, the others are further scenes that it uses.
+    std::vector<QVTempletDataModel> records;
+
+    std::filesystem::path plistPath() const { return folder / (name + ".plist"); }
+};
+
+/// Reads and judges a template's own file. Throws Error(Template) naming the file and key: no such folder or
+/// file, broken syntax, no "installScenes", a record without a number or scene file, a wrong type, one number
+/// twice. The scene files themselves are not read.
+TemplateFolder readTemplateFolder(const std::filesystem::path& folder);
+
+/// The judgement of readTemplateFolder on a content that is already in memory; `file` is for messages.
+std::vector<QVTempletDataModel> templateRecords(const platform::Value& description, const std::string& file);
+
+/// Throws Error(Template) unless the scene file and resource folder of every record lie in the template's own
+/// folder: a record that points into another template would be played with that template's files, and would
+/// outlive them.
+void requireOwnPaths(const TemplateFolder& folder);
+
+/// Whether a name may be a template's folder: one visible path component without control characters.
+bool isTemplateName(const std::string& name);
+
+}  // namespace multiscene

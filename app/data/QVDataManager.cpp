@@ -1,0 +1,213 @@
+#include "app/data/QVDataManager.h"
+
+#include "other/QVUtil.h"
+#include "platform/base/Error.h"
+#include "platform/base/Json.h"
+#include "platform/base/Log.h"
+
+namespace multiscene {
+
+using platform::Database;
+using platform::Error;
+using platform::Statement;
+
+namespace {
+
+constexpr const char* kTable = "signSceneTable";
+
+// "ARCHAR" is how the files in use were made; SQLite reads it as text all the same.
+constexpr const char* kCreate =
+    "CREATE TABLE IF NOT EXISTS signSceneTable (row INTEGER PRIMARY KEY AUTOINCREMENT,sId INTEGER DEFAULT "
+    "-1,scenePlistPath VARCHAR(255) DEFAULT ('') NOT NULL,sceneResourceFolderPath VARCHAR(255) DEFAULT ('') "
+    "NOT "
+    "NULL,photoTotal INTEGER DEFAULT 0,fpsLength INTEGER DEFAULT 0,sceneName VARCHAR(255) DEFAULT ('') NOT "
+    "NULL,obligate ARCHAR(255) DEFAULT ('') NOT NULL,sourceType INTEGER DEFAULT 1,sceneThumbnailPath "
+    "VARCHAR(255) DEFAULT ('') NOT NULL,videoPreviewUrl VARCHAR(255) DEFAULT ('') NOT NULL,youtubePreviewUrl "
+    "VARCHAR(255) DEFAULT ('') NOT NULL,wechartTempletInfo TEXT DEFAULT ('') NOT NULL)";
+constexpr const char* kInsert =
+    "INSERT INTO signSceneTable (sId,scenePlistPath,sceneResourceFolderPath,fpsLength, "
+    "sceneName,sourceType,photoTotal,sceneThumbnailPath,videoPreviewUrl,youtubePreviewUrl,wechartTempletInfo)"
+    " "
+    "VALUES (?,?,?,?,?,?,?,?,?,?,?)";
+constexpr const char* kBySid = "SELECT * FROM signSceneTable WHERE sId = ? ORDER BY sId";
+constexpr const char* kBySourceType = "SELECT * FROM signSceneTable WHERE sourceType = ? ORDER BY row";
+constexpr const char* kAll = "SELECT * FROM signSceneTable ORDER BY row";
+constexpr const char* kDelete = "DELETE FROM signSceneTable WHERE sId = ?";
+
+std::string expandedPath(const Statement& row, const char* column) {
+    return QVUtil::multiScenePathWithString(row.text(column));
+}
+
+platform::Value inputDescription(const std::string& json) {
+    if (json.empty()) return {};
+    try {
+        return platform::parseJson(json, kTable);
+    } catch (const Error& failure) {
+        platform::log::info(failure.what());
+        return {};
+    }
+}
+
+QVTempletDataModel modelOfRow(const Statement& row) {
+    QVTempletDataModel model;
+    model.setRowId(row.integer("row"));
+    model.setSId(row.integer("sId"));
+    model.setFpsLength(row.integer("fpsLength"));
+    model.setSourceType(row.integer("sourceType"));
+    model.setPhotoTotal(row.integer("photoTotal"));
+    model.setSceneName(row.text("sceneName"));
+    model.setVideoPreviewUrl(row.text("videoPreviewUrl"));
+    model.setYoutubePreviewUrl(row.text("youtubePreviewUrl"));
+    model.setScenePlistPath(expandedPath(row, "scenePlistPath"));
+    model.setSceneResourceFolderPath(expandedPath(row, "sceneResourceFolderPath"));
+    model.setSceneThumbnailPath(expandedPath(row, "sceneThumbnailPath"));
+    model.copySelfDataModelFormDic(inputDescription(row.text("wechartTempletInfo")));
+    return model;
+}
+
+/// Holds a flag up for the length of a block.
+class Raised {
+  public:
+    explicit Raised(bool& flag) : flag_(flag), before_(flag) { flag_ = true; }
+    ~Raised() { flag_ = before_; }
+    Raised(const Raised&) = delete;
+    Raised& operator=(const Raised&) = delete;
+
+  private:
+    bool& flag_;
+    bool before_;
+};
+
+}  // namespace
+
+const std::shared_ptr<QVDataManager>& QVDataManager::sharedDataManager() {
+    static const auto manager = std::make_shared<QVDataManager>(databasePath());
+    return manager;
+}
+
+std::string QVDataManager::databasePath() {
+    return QVUtil::dataPath() + "sceneDataBase" + ".db";
+}
+
+Database& QVDataManager::database() {
+    if (database_) return *database_;
+    if (path_ == databasePath()) QVUtil::createMultiSceneLocalPaths();
+    auto opened = std::make_unique<Database>(path_);
+    if (!opened->tableExists(kTable)) {
+        opened->execute(kCreate);
+        platform::log::info("made the table " + std::string(kTable) + " in " + path_);
+    }
+    database_ = std::move(opened);
+    return *database_;
+}
+
+template <typename Result>
+Result QVDataManager::logged(const char* action, Result onFailure, const std::function<Result()>& work) {
+    const std::lock_guard lock(mutex_);
+    if (throwing_) return work();
+    try {
+        return work();
+    } catch (const Error& failure) {
+        platform::log::info(std::string(action) + ": " + failure.what());
+        return onFailure;
+    }
+}
+
+void QVDataManager::checkUsable() {
+    const std::lock_guard lock(mutex_);
+    database();
+}
+
+bool QVDataManager::isSignSceneHasWithSid(int64_t sId) {
+    return logged<bool>("looking a scene up", false,
+                        [&] { return database().prepare(kBySid).bind(1, sId).step(); });
+}
+
+int64_t QVDataManager::insert(const QVTempletDataModel& model) {
+    if (isSignSceneHasWithSid(model.sId())) {
+        platform::log::info("scene " + std::to_string(model.sId()) + " is in the catalogue already");
+        return -1;
+    }
+    Statement statement = database().prepare(kInsert);
+    statement.bind(1, model.sId())
+        .bind(2, model.scenePlistPath())
+        .bind(3, model.sceneResourceFolderPath())
+        .bind(4, model.fpsLength())
+        .bind(5, model.sceneName())
+        .bind(6, model.sourceType())
+        .bind(7, model.photoTotal())
+        .bind(8, model.sceneThumbnailPath())
+        .bind(9, model.videoPreviewUrl())
+        .bind(10, model.youtubePreviewUrl())
+        .bind(11, model.dataBaseWechartTempletInfo());
+    statement.step();
+    return model.sId();
+}
+
+int64_t QVDataManager::insertSignSceneDataWithSignSceneDataModel(const QVTempletDataModel& model) {
+    return logged<int64_t>("storing a scene", -1, [&] {
+        int64_t stored = -1;
+        // Asking and inserting belong together: another process may be installing the same scene.
+        database().transaction([&] { stored = insert(model); });
+        return stored;
+    });
+}
+
+int QVDataManager::installMultiSceneTemplate(const platform::Value& info) {
+    int added = 0;
+    for (const platform::Value& scene : info.array("installScenes")) {
+        const auto model = QVTempletDataModel::templetDataModelWithDic(scene);
+        if (insertSignSceneDataWithSignSceneDataModel(model) != -1) ++added;
+    }
+    return added;
+}
+
+std::vector<QVTempletDataModel> QVDataManager::signSceneArrayWithFMResultSet(Statement rows) {
+    std::vector<QVTempletDataModel> models;
+    while (rows.step()) models.push_back(modelOfRow(rows));
+    return models;
+}
+
+std::vector<QVTempletDataModel> QVDataManager::queryCSignSceneDataWithSid(int64_t sId) {
+    return logged<std::vector<QVTempletDataModel>>("looking a scene up", {}, [&] {
+        Statement query = database().prepare(kBySid);
+        query.bind(1, sId);
+        return signSceneArrayWithFMResultSet(std::move(query));
+    });
+}
+
+std::vector<QVTempletDataModel> QVDataManager::queryCSignSceneDataWithSourceType(int64_t sourceType) {
+    return logged<std::vector<QVTempletDataModel>>("listing scenes", {}, [&] {
+        Statement query = database().prepare(kBySourceType);
+        query.bind(1, sourceType);
+        return signSceneArrayWithFMResultSet(std::move(query));
+    });
+}
+
+std::vector<QVTempletDataModel> QVDataManager::allSignSceneData() {
+    const std::lock_guard lock(mutex_);
+    return signSceneArrayWithFMResultSet(database().prepare(kAll));
+}
+
+std::optional<SceneConfigData> QVDataManager::querySceneWithSid(int64_t sId) {
+    const auto found = queryCSignSceneDataWithSid(sId);
+    if (found.empty()) return std::nullopt;
+    const QVTempletDataModel& model = found.front();
+    return SceneConfigData{model.sId(),       model.scenePlistPath(), model.sceneResourceFolderPath(),
+                           model.fpsLength(), model.sourceType(),     model.photoTotal(),
+                           model.sceneName()};
+}
+
+void QVDataManager::transaction(const std::function<void(Database&)>& work) {
+    const std::lock_guard lock(mutex_);
+    Database& connection = database();
+    const Raised throwing(throwing_);
+    connection.transaction([&] { work(connection); });
+}
+
+void QVDataManager::removeSignSceneDataWithSid(int64_t sId) {
+    const std::lock_guard lock(mutex_);
+    database().prepare(kDelete).bind(1, sId).step();
+}
+
+}  // namespace multiscene

@@ -1,0 +1,71 @@
+// The catalogue: every installed scene is one row of the table "signSceneTable".
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "app/Model/QVTempletDataModel.h"
+#include "other/SceneCatalogue.h"
+#include "platform/store/Database.h"
+
+namespace multiscene {
+
+/// The only class that touches the catalogue's table. One connection, serialised: safe from any thread.
+///
+/// The plain queries log a failure and answer with nothing (−1, an empty list), because a screen can show no
+/// more than that. Whoever must tell the user calls checkUsable() first, or works inside transaction(), where
+/// every failure is thrown.
+class QVDataManager : public SceneCatalogue {
+  public:
+    /// The catalogue of the data home, opened on first use.
+    static const std::shared_ptr<QVDataManager>& sharedDataManager();
+
+    /// A catalogue in another file, or in memory with platform::Database::kInMemory: that of a template which
+    /// is played without being installed.
+    explicit QVDataManager(std::string databasePath) : path_(std::move(databasePath)) {}
+
+    /// Where the data home keeps its catalogue.
+    static std::string databasePath();
+
+    /// Opens the database and makes the table where they are missing. Throws platform::Error.
+    void checkUsable();
+
+    bool isSignSceneHasWithSid(int64_t sId);
+    /// Adds a record and returns its sId; −1 when that sId is taken or the record could not be stored. Path
+    /// macros are stored as they are, the name in the user's language.
+    int64_t insertSignSceneDataWithSignSceneDataModel(const QVTempletDataModel& model);
+    /// Adds every element of "installScenes"; returns how many were new.
+    int installMultiSceneTemplate(const platform::Value& info);
+    /// Rows with this sId, paths complete.
+    std::vector<QVTempletDataModel> queryCSignSceneDataWithSid(int64_t sId);
+    /// Rows of one group of the catalogue in order of insertion.
+    std::vector<QVTempletDataModel> queryCSignSceneDataWithSourceType(int64_t sourceType);
+    /// Every row in order of insertion. Throws platform::Error.
+    std::vector<QVTempletDataModel> allSignSceneData();
+
+    std::optional<SceneConfigData> querySceneWithSid(int64_t sId) override;
+
+    /// Runs `work` with the connection for itself, in one transaction. Failures of the queries above are
+    /// thrown inside it, and roll everything back. Throws platform::Error.
+    void transaction(const std::function<void(platform::Database&)>& work);
+
+    /// Deletes the rows with this sId; inside a transaction. Throws platform::Error.
+    void removeSignSceneDataWithSid(int64_t sId);
+
+  private:
+    platform::Database& database();
+    template <typename Result>
+    Result logged(const char* action, Result onFailure, const std::function<Result()>& work);
+    int64_t insert(const QVTempletDataModel& model);
+    std::vector<QVTempletDataModel> signSceneArrayWithFMResultSet(platform::Statement rows);
+
+    std::string path_;
+    std::recursive_mutex mutex_;
+    std::unique_ptr<platform::Database> database_;
+    bool throwing_ = false;  ///< a transaction is running
+};
+
+}  // namespace multiscene
