@@ -1,0 +1,147 @@
+#include "platform/media/Ffmpeg.h"
+
+#include <cstdarg>
+#include <mutex>
+
+#include "platform/base/Log.h"
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/opt.h>
+}
+
+namespace platform::ffmpeg {
+
+namespace {
+
+// 8K video. A picture of this size takes 151 MB, and a handful of them may be alive.
+constexpr int64_t kMaxPixels = 8192 * 4608;
+
+// None of these opens further files; playlists, image sequences and the like are not among them.
+constexpr const char* kVideoFormats = "mov,mp4,matroska,webm,avi,mpegts,ogg";
+constexpr const char* kAudioFormats =
+    "wav,w64,aiff,caf,mp3,flac,ogg,aac,amr,mov,mp4,matroska,webm,avi,mpegts";
+
+void forwardLog(void* context, int level, const char* format, va_list arguments) {
+    if (level > AV_LOG_WARNING || !log::isVerbose()) return;
+    char line[512];
+    int prefix = 1;
+    av_log_format_line2(context, level, format, arguments, line, sizeof line, &prefix);
+    std::string text = line;
+    while (!text.empty() && text.back() == '\n') text.pop_back();
+    log::info(text);
+}
+
+const char* describe(Content content) {
+    return content == Content::Video ? "video" : "sound";
+}
+
+struct Options {
+    AVDictionary* dictionary = nullptr;
+    ~Options() { av_dict_free(&dictionary); }
+};
+
+template <class Pointer>
+Pointer orOutOfMemory(Pointer pointer) {
+    if (!pointer) throw Error(ErrorKind::Transient, "out of memory");
+    return pointer;
+}
+
+}  // namespace
+
+void Release::operator()(AVFormatContext* input) const {
+    avformat_close_input(&input);
+}
+void Release::operator()(AVCodecContext* codec) const {
+    avcodec_free_context(&codec);
+}
+void Release::operator()(AVCodecParameters* parameters) const {
+    avcodec_parameters_free(&parameters);
+}
+void Release::operator()(AVFrame* frame) const {
+    av_frame_free(&frame);
+}
+void Release::operator()(AVPacket* packet) const {
+    av_packet_free(&packet);
+}
+
+Frame newFrame() {
+    return orOutOfMemory(Frame(av_frame_alloc()));
+}
+Packet newPacket() {
+    return orOutOfMemory(Packet(av_packet_alloc()));
+}
+
+Parameters parametersOf(const AVCodecContext& encoder) {
+    Parameters parameters = orOutOfMemory(Parameters(avcodec_parameters_alloc()));
+    check(avcodec_parameters_from_context(parameters.get(), &encoder), "cannot encode", {});
+    return parameters;
+}
+
+void prepareLog() {
+    static std::once_flag once;
+    std::call_once(once, [] { av_log_set_callback(forwardLog); });
+}
+
+Error error(int code, const std::string& action, const std::string& file, ErrorKind kind) {
+    const int errnoValue = AVUNERROR(code);
+    if (errnoValue > 0 && errnoValue < 4096) return errnoError(errnoValue, action, file, kind);
+    char text[AV_ERROR_MAX_STRING_SIZE] = {};
+    av_strerror(code, text, sizeof text);
+    return Error(kind, action + ": " + text, file);
+}
+
+int check(int code, const std::string& action, const std::string& file, ErrorKind kind) {
+    if (code < 0) throw error(code, action, file, kind);
+    return code;
+}
+
+Input openInput(const std::string& path, Content content, const std::string& name, ErrorKind kind) {
+    prepareLog();
+    Options options;
+    av_dict_set(&options.dictionary, "protocol_whitelist", "file", 0);
+    av_dict_set(&options.dictionary, "format_whitelist",
+                content == Content::Video ? kVideoFormats : kAudioFormats, 0);
+    AVFormatContext* opened = nullptr;
+    const int code = avformat_open_input(&opened, ("file:" + path).c_str(), nullptr, &options.dictionary);
+    // Both say that the content is of no kind that may be opened: unknown, or known and not allowed.
+    if (code == AVERROR(EINVAL) || code == AVERROR_INVALIDDATA)
+        throw Error(kind, std::string("is no ") + describe(content) + " of a known format", name);
+    check(code, "cannot be opened", name, kind);
+    Input input(opened);
+    check(avformat_find_stream_info(input.get(), nullptr), "cannot be read", name, kind);
+    return input;
+}
+
+AVStream& selectStream(AVFormatContext& input, Content content, const std::string& name, ErrorKind kind) {
+    const AVMediaType type = content == Content::Video ? AVMEDIA_TYPE_VIDEO : AVMEDIA_TYPE_AUDIO;
+    AVStream* selected = nullptr;
+    for (unsigned i = 0; i < input.nb_streams; ++i) {
+        AVStream* stream = input.streams[i];
+        const bool isCover = stream->disposition & AV_DISPOSITION_ATTACHED_PIC;
+        if (!selected && stream->codecpar->codec_type == type && !isCover)
+            selected = stream;
+        else
+            stream->discard = AVDISCARD_ALL;
+    }
+    if (!selected) throw Error(kind, std::string("holds no ") + describe(content) + " track", name);
+    return *selected;
+}
+
+Codec openDecoder(const AVStream& stream, const std::string& name, ErrorKind kind) {
+    const AVCodec* decoder = avcodec_find_decoder(stream.codecpar->codec_id);
+    if (!decoder) {
+        const std::string codecName = avcodec_get_name(stream.codecpar->codec_id);
+        throw Error(kind, "cannot be decoded: no decoder for " + codecName, name);
+    }
+    Codec codec = orOutOfMemory(Codec(avcodec_alloc_context3(decoder)));
+    check(avcodec_parameters_to_context(codec.get(), stream.codecpar), "cannot be decoded", name, kind);
+    codec->pkt_timebase = stream.time_base;
+    codec->max_pixels = kMaxPixels;
+    codec->thread_count = 1;
+    check(avcodec_open2(codec.get(), decoder, nullptr), "cannot be decoded", name, kind);
+    return codec;
+}
+
+}  // namespace platform::ffmpeg

@@ -1,0 +1,111 @@
+#include "platform/media/H264Encoder.h"
+
+#include <libyuv.h>
+
+#include "platform/media/ThreadCpu.h"
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavutil/opt.h>
+}
+
+namespace platform {
+
+namespace {
+
+// A multiple of the frame rate, so that a first picture at 1/fps is exact, and as fine as the tracks' own.
+int movieTimescale(int framesPerSecond) {
+    int timescale = framesPerSecond;
+    while (timescale < 10000) timescale *= 2;
+    return timescale;
+}
+
+ffmpeg::Mp4Muxer::Settings muxerSettings(const VideoWriter::Settings& settings) {
+    ffmpeg::Mp4Muxer::Settings muxer;
+    muxer.path = settings.path;
+    muxer.indexAtFront = settings.optimiseForNetworkUse;
+    muxer.movieTimescale = movieTimescale(settings.framesPerSecond);
+    return muxer;
+}
+
+// What the conversion gives is BT.601 with limited range; rendered colours are sRGB, which has BT.709's
+// primaries.
+void tagColours(AVCodecContext& codec) {
+    codec.colorspace = AVCOL_SPC_SMPTE170M;
+    codec.color_primaries = AVCOL_PRI_BT709;
+    codec.color_trc = AVCOL_TRC_BT709;
+    codec.color_range = AVCOL_RANGE_MPEG;
+    codec.chroma_sample_location = AVCHROMA_LOC_LEFT;
+}
+
+}  // namespace
+
+H264Encoder::H264Encoder(const VideoWriter::Settings& settings)
+    : settings_(settings),
+      muxer_(muxerSettings(settings)),
+      frame_(ffmpeg::newFrame()),
+      packet_(ffmpeg::newPacket()) {
+    openCodec();
+    frame_->format = codec_->pix_fmt;
+    frame_->width = codec_->width;
+    frame_->height = codec_->height;
+    ffmpeg::check(av_frame_get_buffer(frame_.get(), 0), "cannot encode", settings_.path.string());
+    stream_ = muxer_.addStream(*ffmpeg::parametersOf(*codec_), 1, settings_.framesPerSecond);
+    muxer_.begin();
+}
+
+void H264Encoder::openCodec() {
+    const AVCodec* encoder = avcodec_find_encoder_by_name("libx264");
+    if (!encoder) throw Error(ErrorKind::Failed, "the H.264 encoder libx264 is not installed");
+    codec_.reset(avcodec_alloc_context3(encoder));
+    if (!codec_) throw Error(ErrorKind::Transient, "out of memory");
+    codec_->width = settings_.width;
+    codec_->height = settings_.height;
+    codec_->pix_fmt = AV_PIX_FMT_YUV420P;
+    codec_->time_base = {1, settings_.framesPerSecond};
+    codec_->framerate = {settings_.framesPerSecond, 1};
+    codec_->sample_aspect_ratio = {1, 1};
+    codec_->bit_rate = settings_.bitRate;
+    codec_->thread_count = settings_.threads;
+    codec_->flags |= AV_CODEC_FLAG_BITEXACT | AV_CODEC_FLAG_GLOBAL_HEADER;
+    tagColours(*codec_);
+    av_opt_set(codec_->priv_data, "preset", settings_.preset.c_str(), 0);
+    ffmpeg::check(avcodec_open2(codec_.get(), encoder, nullptr), "cannot start the encoder",
+                  settings_.path.string());
+}
+
+void H264Encoder::encode(const PixelBuffer& picture, int64_t presentationTime) {
+    const double start = threadCpuSeconds();
+    convert(picture);
+    convertSeconds_ += threadCpuSeconds() - start;
+    frame_->pts = presentationTime;
+    submit(frame_.get());
+}
+
+void H264Encoder::finish() {
+    submit(nullptr);
+    muxer_.finish();
+}
+
+void H264Encoder::convert(const PixelBuffer& picture) {
+    ffmpeg::check(av_frame_make_writable(frame_.get()), "cannot encode", settings_.path.string());
+    // libyuv names the byte orders of a little-endian word: its ARGB is B, G, R, A in memory.
+    const auto toI420 = settings_.pixelOrder == PixelOrder::BGRA ? libyuv::ARGBToI420 : libyuv::ABGRToI420;
+    const int height = settings_.rowOrder == RowOrder::BottomUp ? -picture.height() : picture.height();
+    toI420(picture.data(), picture.stride(), frame_->data[0], frame_->linesize[0], frame_->data[1],
+           frame_->linesize[1], frame_->data[2], frame_->linesize[2], picture.width(), height);
+}
+
+void H264Encoder::submit(const AVFrame* frame) {
+    const std::string file = settings_.path.string();
+    ffmpeg::check(avcodec_send_frame(codec_.get(), frame), "cannot encode", file);
+    for (;;) {
+        const int code = avcodec_receive_packet(codec_.get(), packet_.get());
+        if (code == AVERROR(EAGAIN) || code == AVERROR_EOF) return;
+        ffmpeg::check(code, "cannot encode", file);
+        if (packet_->duration == 0) packet_->duration = 1;
+        muxer_.write(*packet_, stream_);
+    }
+}
+
+}  // namespace platform

@@ -1,0 +1,126 @@
+#include "platform/media/VideoDecoder.h"
+
+#include <algorithm>
+#include <limits>
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/display.h>
+}
+
+namespace platform {
+
+namespace {
+
+Orientation orientationOf(const AVStream& stream) {
+    size_t size = 0;
+    const uint8_t* matrix = av_stream_get_side_data(&stream, AV_PKT_DATA_DISPLAYMATRIX, &size);
+    if (!matrix || size < 9 * sizeof(int32_t)) return {};
+    return Orientation::fromDisplayMatrix(reinterpret_cast<const int32_t*>(matrix));
+}
+
+// In the stream's own ticks; of the whole file where the stream does not say.
+CMTime durationOf(const AVFormatContext& input, const AVStream& stream) {
+    const bool knowsStart = stream.start_time != AV_NOPTS_VALUE;
+    if (stream.duration != AV_NOPTS_VALUE && stream.duration > 0) {
+        const int64_t end = stream.duration + std::max<int64_t>(knowsStart ? stream.start_time : 0, 0);
+        return CMTimeMake(end * stream.time_base.num, stream.time_base.den);
+    }
+    if (input.duration != AV_NOPTS_VALUE && input.duration > 0)
+        return CMTimeMake(input.duration, AV_TIME_BASE);
+    return CMTimeMake(0, 1);
+}
+
+bool hasStreamOf(const AVFormatContext& input, AVMediaType type) {
+    return std::any_of(input.streams, input.streams + input.nb_streams,
+                       [&](const AVStream* stream) { return stream->codecpar->codec_type == type; });
+}
+
+VideoInfo infoOf(const AVFormatContext& input, const AVStream& stream, Orientation orientation) {
+    VideoInfo info;
+    info.width = stream.codecpar->width;
+    info.height = stream.codecpar->height;
+    if (orientation.swapsSides()) std::swap(info.width, info.height);
+    info.duration = durationOf(input, stream);
+    if (stream.avg_frame_rate.num > 0 && stream.avg_frame_rate.den > 0)
+        info.averageFrameRate = av_q2d(stream.avg_frame_rate);
+    info.frameCount = stream.nb_frames;
+    info.hasAudio = hasStreamOf(input, AVMEDIA_TYPE_AUDIO);
+    info.codec = avcodec_get_name(stream.codecpar->codec_id);
+    return info;
+}
+
+}  // namespace
+
+int64_t VideoInfo::durationTicks() const {
+    if (duration.timescale <= 0) return 0;
+    return av_rescale_rnd(duration.value, 600, duration.timescale, AV_ROUND_DOWN);
+}
+
+VideoInfo probeVideo(const FileHandle& file, const std::string& name, ErrorKind kind) {
+    const ffmpeg::Input input = ffmpeg::openInput(file.path(), ffmpeg::Content::Video, name, kind);
+    const AVStream& stream = ffmpeg::selectStream(*input, ffmpeg::Content::Video, name, kind);
+    return infoOf(*input, stream, orientationOf(stream));
+}
+
+VideoDecoder::VideoDecoder(const FileHandle& file, const std::string& name, ErrorKind kind)
+    : name_(name),
+      kind_(kind),
+      input_(ffmpeg::openInput(file.path(), ffmpeg::Content::Video, name, kind)),
+      stream_(ffmpeg::selectStream(*input_, ffmpeg::Content::Video, name, kind)),
+      codec_(ffmpeg::openDecoder(stream_, name, kind)),
+      frame_(ffmpeg::newFrame()),
+      packet_(ffmpeg::newPacket()),
+      orientation_(orientationOf(stream_)) {
+    info_ = infoOf(*input_, stream_, orientation_);
+}
+
+bool VideoDecoder::next() {
+    for (;;) {
+        const int code = avcodec_receive_frame(codec_.get(), frame_.get());
+        if (code == 0) {
+            noteTime();
+            return true;
+        }
+        if (code == AVERROR_EOF) return false;
+        if (code != AVERROR(EAGAIN))
+            noteDamage(code);
+        else if (!feed())
+            return false;
+    }
+}
+
+// Gives the decoder one packet, or at the end of the file the word to give out what it still holds.
+bool VideoDecoder::feed() {
+    int code = 0;
+    do {
+        av_packet_unref(packet_.get());
+        code = av_read_frame(input_.get(), packet_.get());
+    } while (code >= 0 && packet_->stream_index != stream_.index);
+    if (code < 0) {
+        if (code != AVERROR_EOF) noteDamage(code);
+        return avcodec_send_packet(codec_.get(), nullptr) >= 0;
+    }
+    code = avcodec_send_packet(codec_.get(), packet_.get());
+    av_packet_unref(packet_.get());
+    if (code < 0) noteDamage(code);
+    return true;
+}
+
+void VideoDecoder::noteDamage(int code) {
+    if (!error_) error_ = ffmpeg::error(code, "is damaged", name_, kind_);
+}
+
+void VideoDecoder::noteTime() {
+    const int64_t stamp = frame_->best_effort_timestamp;
+    tick_ = stamp == AV_NOPTS_VALUE ? nextTick_ : stamp;
+    nextTick_ = tick_ + std::max<int64_t>(frame_->pkt_duration, 1);
+    if (!firstTick_) firstTick_ = tick_;
+}
+
+CMTime VideoDecoder::time() const {
+    return CMTimeMake((tick_ - firstTick_.value_or(0)) * stream_.time_base.num, stream_.time_base.den);
+}
+
+}  // namespace platform

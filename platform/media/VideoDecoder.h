@@ -1,0 +1,51 @@
+// Private to platform/media: the pictures of a file in presentation order, on the calling thread.
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/base/CMTime.h"
+#include "platform/media/Ffmpeg.h"
+#include "platform/media/Orientation.h"
+#include "platform/media/VideoInfo.h"
+
+namespace platform {
+
+class VideoDecoder {
+  public:
+    /// Throws Error(kind).
+    VideoDecoder(const FileHandle& file, const std::string& name, ErrorKind kind);
+
+    const VideoInfo& info() const { return info_; }
+    Orientation orientation() const { return orientation_; }
+
+    /// Decodes the next picture; false at the end. Damaged stretches are passed over.
+    bool next();
+    /// The picture that next() decoded, valid until it is called again.
+    const AVFrame& picture() const { return *frame_; }
+    /// Its time, counted from the first picture.
+    CMTime time() const;
+
+    /// The first thing that could not be read or decoded, if any.
+    const std::optional<Error>& error() const { return error_; }
+
+  private:
+    bool feed();
+    void noteDamage(int code);
+    void noteTime();
+
+    const std::string name_;
+    const ErrorKind kind_;
+    ffmpeg::Input input_;
+    AVStream& stream_;
+    ffmpeg::Codec codec_;
+    ffmpeg::Frame frame_;
+    ffmpeg::Packet packet_;
+    VideoInfo info_;
+    Orientation orientation_;
+    std::optional<int64_t> firstTick_;
+    int64_t tick_ = 0, nextTick_ = 0;
+    std::optional<Error> error_;
+};
+
+}  // namespace platform
