@@ -4,7 +4,7 @@ import math
 
 import cairo
 
-from kit import paint, scene, sound, video
+from kit import paint, samples, scene, sound, video
 from kit.package import Template, photo_input, text_input
 
 WIDTH, HEIGHT, FRAMES = 720, 1280, 300
@@ -23,7 +23,7 @@ def build(root):
     pictures(template)
     sounds(template)
     template.scene("scene.plist", FRAMES, scene_file())
-    portrait(template.file("sample/photo.jpg"))
+    paint.save_jpeg(samples.portrait(), template.file("sample/photo.jpg"))
     template.samples({"title": "Hello Sunshine", "message": "May today be bright,\nwarm and all yours", "photo": "photo.jpg"})
     template.write()
 
@@ -422,15 +422,9 @@ def card():
         ComponentsInfo=[scene.sound("res/whoosh.mp3", 14, 44, "whoosh", 0.5)])
 
 
-def text(key, size, width, height, tint, **more):
-    return {"textureType": "text2d", "textString": key, "fontName": "Noto Serif Display Bold", "fontSize": float(size),
-            "textColor": scene.vector(*paint.colour(tint)), "textAlignment": 1,
-            "textFixedResolution": scene.vector(width, height), **more}
-
-
 def title():
     motion = scene.Motion(52, (0, 430, 0), 0.8).to(80, at=(0, 490, 0), scale=1.0, ease=scene.BACK_OUT)
-    words = scene.faded(text("title", 88, 680, 130, INK), scene.box(680, 130, 1), scene.span(52, LAST, 60), "title",
+    words = scene.faded(scene.words("title", 88, 680, 130, INK), scene.box(680, 130, 1), scene.span(52, LAST, 60), "title",
                         [scene.fade(52, 68, 0, 1, scene.SINE_OUT)], TransformArray=motion.items(),
                         ComponentsInfo=[scene.sound("res/chime.mp3", 56, 120, "chime", 0.45)])
     line = scene.faded(scene.image("res/flourish.png"), scene.box(420, 56), scene.span(70, LAST, 60), "flourish",
@@ -443,7 +437,7 @@ def message():
     motion = scene.Motion(92, (0, -470, 0), (0.02, 0.9, 1)).to(118, scale=1.0, ease=scene.BACK_OUT)
     ribbon = scene.quad(scene.image("res/banner.png"), scene.box(700, 210), scene.span(92, LAST, 50), "banner",
                         TransformArray=motion.items())
-    words = scene.faded(text("message", 38, 560, 104, "#fffaf2"), scene.box(560, 104, 1), scene.span(108, LAST, 40),
+    words = scene.faded(scene.words("message", 38, 560, 104, "#fffaf2"), scene.box(560, 104, 1), scene.span(108, LAST, 40),
                         "message", [scene.fade(108, 128, 0, 1, scene.SINE_OUT)],
                         TransformArray=scene.Motion(108, (0, -444, 0)).to(130, at=(0, -456, 0)).items())
     return [ribbon, words]
@@ -509,52 +503,3 @@ def confetto_fall(random, i):
 def veil():
     return scene.faded(scene.image("res/veil.png"), scene.box(WIDTH, HEIGHT), scene.span(0, 26, 1), "veil",
                        [scene.fade(0, 26, 1, 0, scene.SINE_OUT)])
-
-
-# The sample photo ---------------------------------------------------------------------------------------------------
-
-def portrait(path):
-    """A painted portrait that stands in for the user's photo."""
-    surface, pen = paint.canvas(800, 1000)
-    pen.rectangle(0, 0, 800, 1000)
-    paint.fill(pen, paint.linear((0, 0), (0, 1000), ((0, "#7fc3d8"), (0.6, "#ffe2bd"), (1, "#f6b38a"))))
-    paint.circle(pen, 610, 250, 150)
-    paint.fill(pen, paint.radial((610, 250), 150, ((0, "#fff6d6"), (1, "#ffd27a"))))
-    for y, tint in ((700, "#8fc1a6"), (780, "#5f9f8b")):
-        pen.move_to(0, 1000)
-        for x in range(0, 801, 8):
-            pen.line_to(x, y - 40 * math.sin(x / 130 + y) - 16 * math.sin(x / 47))
-        pen.line_to(800, 1000)
-        paint.fill(pen, tint)
-    draw_person(pen)
-    paint.save_jpeg(surface, path)
-
-
-def draw_person(pen):
-    paint.smooth(pen, ((205, 560), (190, 330), (300, 190), (430, 180), (560, 270), (585, 480), (610, 680), (400, 760),
-                       (190, 700)), closed=True)
-    paint.fill(pen, paint.linear((200, 180), (600, 740), ((0, "#5a3428"), (1, "#37201b"))))
-    paint.rounded(pen, 345, 560, 110, 180, 50)
-    paint.fill(pen, "#e0a284")
-    paint.smooth(pen, ((60, 1010), (110, 830), (270, 740), (400, 770), (530, 740), (690, 830), (740, 1010)), closed=True)
-    paint.fill(pen, paint.linear((0, 740), (0, 1000), ((0, "#f2775d"), (1, "#d9543f"))))
-    paint.smooth(pen, ((300, 752), (400, 832), (500, 752), (455, 715), (345, 715)), closed=True)
-    paint.fill(pen, "#e0a284")
-    paint.ellipse(pen, 400, 470, 136, 172)
-    paint.fill(pen, paint.linear((270, 300), (540, 640), ((0, "#f8c9a8"), (1, "#ecae8e"))))
-    paint.smooth(pen, ((262, 470), (262, 340), (350, 250), (470, 250), (545, 350), (538, 450), (500, 350), (400, 330),
-                       (300, 370)), closed=True)
-    paint.fill(pen, "#4a2a22")
-    for x in (345, 455):
-        pen.move_to(x - 26, 470)
-        pen.curve_to(x - 14, 452, x + 14, 452, x + 26, 470)
-        paint.stroke(pen, "#3a211c", 7)
-        paint.circle(pen, x + (-30 if x < 400 else 30), 535, 28)
-        paint.fill(pen, paint.colour("#f08b74", 0.42))
-    pen.move_to(352, 548)
-    pen.curve_to(376, 592, 424, 592, 448, 548)
-    pen.close_path()
-    paint.fill(pen, "#b8453c")
-    pen.move_to(396, 480)
-    pen.curve_to(390, 510, 392, 520, 408, 520)
-    paint.stroke(pen, paint.colour("#c98a6c"), 5)

@@ -5,6 +5,8 @@ Lengths are the camera's units (one pixel with the orthographic camera below), a
 
 import math
 
+from .paint import colour
+
 ROOT = "$(currentScenePlistROOT)/"
 
 # Ease ids of the scene format.
@@ -45,6 +47,12 @@ def image(path, **more):
 
 def user_image(key, **more):
     return {"textureType": "image", "texture": key, **more}
+
+
+def words(key, size, width, height, tint, font="Noto Serif Display Bold", **more):
+    """A text texture of `width` by `height` pixels; `key` names the user's text."""
+    return {"textureType": "text2d", "textString": key, "fontName": font, "fontSize": float(size),
+            "textColor": vector(*colour(tint)), "textAlignment": 1, "textFixedResolution": vector(width, height), **more}
 
 
 def box(width, height, mode=0, at=(0, 0, 0), blurred=False):
