@@ -1,0 +1,238 @@
+#include "platform/archive/ZipArchive.h"
+
+#include <fcntl.h>
+#include <minizip/unzip.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+
+#include "platform/archive/ZipNames.h"
+#include "platform/base/File.h"
+
+namespace platform {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr uint64_t kLocalHeaderBytes = 30;
+constexpr uLong kEncryptedFlags = 0x0001 | 0x0040 | 0x2000;
+constexpr uLong kStored = 0, kDeflated = 8;
+
+struct CloseArchive {
+    void operator()(void* archive) const { unzClose(archive); }
+};
+using OpenArchive = std::unique_ptr<void, CloseArchive>;
+
+/// The part of the file that an entry takes up.
+struct Extent {
+    uint64_t begin, end;
+    std::string name;
+};
+
+bool isPlain(const unz_file_info64& info) {
+    const uLong mode = info.external_fa >> 16;
+    return (mode & S_IFMT) == 0 || S_ISREG(mode) || S_ISDIR(mode);
+}
+
+FileHandle openRegular(const fs::path& archive, ErrorKind kind) {
+    FileHandle file(::open(archive.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    if (!file) throw errnoError(errno, "cannot open", archive.string(), kind);
+    struct stat info {};
+    if (::fstat(file.descriptor(), &info) != 0 || !S_ISREG(info.st_mode))
+        throw Error(kind, "is no file", archive.string());
+    return file;
+}
+
+void writeAll(const FileHandle& file, const char* bytes, size_t count, const std::string& name) {
+    while (count > 0) {
+        const ssize_t written = ::write(file.descriptor(), bytes, count);
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) throw errnoError(errno, "cannot write", name);
+        bytes += written;
+        count -= static_cast<size_t>(written);
+    }
+}
+
+/// Opens the folder of an entry below `root`, making what is missing; never through a link.
+FileHandle folderOf(const FileHandle& root, const std::string& name, const std::string& reported) {
+    FileHandle folder(::dup(root.descriptor()));
+    size_t from = 0;
+    for (size_t slash; (slash = name.find('/', from)) != std::string::npos; from = slash + 1) {
+        const std::string component = name.substr(from, slash - from);
+        if (::mkdirat(folder.descriptor(), component.c_str(), 0777) != 0 && errno != EEXIST)
+            throw errnoError(errno, "cannot make a folder", reported);
+        FileHandle next(::openat(folder.descriptor(), component.c_str(),
+                                 O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC));
+        if (!next) throw errnoError(errno, "cannot open a folder", reported);
+        folder = std::move(next);
+    }
+    return folder;
+}
+
+}  // namespace
+
+struct ZipArchive::Core {
+    Core(const fs::path& archive, ErrorKind errorKind, const ZipLimits& theLimits);
+
+    [[noreturn]] void refuse(const std::string& rule, const std::string& entry = {}) const {
+        throw Error(kind, rule, path, printableName(entry));
+    }
+    void list();
+    ZipEntry judgedEntry();
+    void judgeSizes(const ZipEntry& entry, const unz_file_info64& info);
+    void judgeOverlaps();
+    void noteExtent(const ZipEntry& entry);
+    void unpack(const ZipEntry& entry, const FileHandle& root, const ZipExtraction& extraction);
+    void copyContent(const ZipEntry& entry, const FileHandle& target, const ZipExtraction& extraction);
+
+    std::string path;
+    ErrorKind kind;
+    ZipLimits limits;
+    FileHandle file;
+    OpenArchive archive;
+    std::vector<ZipEntry> entries;
+    std::vector<Extent> extents;
+    ZipNameSet names;
+    uint64_t totalBytes = 0, bytesDone = 0;
+};
+
+ZipArchive::Core::Core(const fs::path& source, ErrorKind errorKind, const ZipLimits& theLimits)
+    : path(source.string()), kind(errorKind), limits(theLimits), file(openRegular(source, errorKind)) {
+    if (file.size() > limits.maxArchiveBytes)
+        refuse("the archive is larger than " + std::to_string(limits.maxArchiveBytes) + " bytes");
+    archive.reset(unzOpen64(file.path().c_str()));
+    if (!archive) refuse("is no zip archive, or is cut off");
+    list();
+    judgeOverlaps();
+}
+
+void ZipArchive::Core::list() {
+    unz_global_info64 global{};
+    if (unzGetGlobalInfo64(archive.get(), &global) != UNZ_OK) refuse("is no zip archive");
+    if (global.number_entry > limits.maxEntries)
+        refuse("the archive holds more than " + std::to_string(limits.maxEntries) + " entries");
+    if (global.number_entry == 0) return;
+    int state = unzGoToFirstFile(archive.get());
+    for (; state == UNZ_OK; state = unzGoToNextFile(archive.get())) {
+        if (entries.size() == limits.maxEntries)
+            refuse("the archive holds more than " + std::to_string(limits.maxEntries) + " entries");
+        entries.push_back(judgedEntry());
+    }
+    if (state != UNZ_END_OF_LIST_OF_FILE) refuse("the archive's directory is damaged");
+}
+
+ZipEntry ZipArchive::Core::judgedEntry() {
+    unz_file_info64 info{};
+    if (unzGetCurrentFileInfo64(archive.get(), &info, nullptr, 0, nullptr, 0, nullptr, 0) != UNZ_OK)
+        refuse("the archive's directory is damaged");
+    std::vector<char> buffer(info.size_filename + 1);
+    if (unzGetCurrentFileInfo64(archive.get(), &info, buffer.data(), buffer.size(), nullptr, 0, nullptr, 0) !=
+        UNZ_OK)
+        refuse("the archive's directory is damaged");
+
+    ZipEntry entry{std::string(buffer.data(), info.size_filename), info.uncompressed_size,
+                   info.compressed_size};
+    if (const auto fault = faultOfZipName(entry.name, limits)) refuse(*fault, entry.name);
+    if (const auto fault = names.faultOfAdding(entry.name)) refuse(*fault, entry.name);
+    if (!isPlain(info)) refuse("the entry is a link or a device", entry.name);
+    if (info.flag & kEncryptedFlags) refuse("the entry is encrypted", entry.name);
+    if (info.compression_method != kStored && info.compression_method != kDeflated)
+        refuse("the entry is packed in an unknown way", entry.name);
+    judgeSizes(entry, info);
+    noteExtent(entry);
+    return entry;
+}
+
+void ZipArchive::Core::judgeSizes(const ZipEntry& entry, const unz_file_info64& info) {
+    if (entry.bytes > limits.maxEntryBytes)
+        refuse("the entry unpacks to more than " + std::to_string(limits.maxEntryBytes) + " bytes",
+               entry.name);
+    totalBytes += entry.bytes;
+    if (totalBytes > limits.maxTotalBytes)
+        refuse("the archive unpacks to more than " + std::to_string(limits.maxTotalBytes) + " bytes",
+               entry.name);
+    if (entry.bytes > limits.ratioFreeBytes && entry.bytes / limits.maxRatio > entry.packedBytes)
+        refuse("the entry unpacks to more than " + std::to_string(limits.maxRatio) + " times its size",
+               entry.name);
+    const bool folderWithContent = entry.isFolder() && entry.bytes > 0;
+    const bool lyingStored = info.compression_method == kStored && entry.bytes != entry.packedBytes;
+    if (folderWithContent || lyingStored) refuse("the entry's sizes contradict each other", entry.name);
+}
+
+void ZipArchive::Core::noteExtent(const ZipEntry& entry) {
+    if (unzOpenCurrentFile(archive.get()) != UNZ_OK)
+        refuse("the entry contradicts the archive's directory", entry.name);
+    const uint64_t data = unzGetCurrentFileZStreamPos64(archive.get());
+    unzCloseCurrentFile(archive.get());
+    const uint64_t header = kLocalHeaderBytes + entry.name.size();
+    if (data < header || entry.packedBytes > file.size() || data > file.size() - entry.packedBytes)
+        refuse("the entry lies outside the archive", entry.name);
+    extents.push_back({data - header, data + entry.packedBytes, entry.name});
+}
+
+void ZipArchive::Core::judgeOverlaps() {
+    std::sort(extents.begin(), extents.end(),
+              [](const Extent& left, const Extent& right) { return left.begin < right.begin; });
+    for (size_t index = 1; index < extents.size(); ++index)
+        if (extents[index].begin < extents[index - 1].end)
+            refuse("the entry shares its data with \"" + printableName(extents[index - 1].name) + "\"",
+                   extents[index].name);
+}
+
+void ZipArchive::Core::unpack(const ZipEntry& entry, const FileHandle& root,
+                              const ZipExtraction& extraction) {
+    const std::string reported = path + ": " + printableName(entry.name);
+    const FileHandle folder = folderOf(root, entry.name, reported);
+    if (entry.isFolder()) return;
+    const std::string name = entry.name.substr(entry.name.rfind('/') + 1);
+    const FileHandle target(::openat(folder.descriptor(), name.c_str(),
+                                     O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0666));
+    if (!target) throw errnoError(errno, "cannot write", reported);
+    if (unzOpenCurrentFile(archive.get()) != UNZ_OK) refuse("the entry is damaged", entry.name);
+    copyContent(entry, target, extraction);
+    if (unzCloseCurrentFile(archive.get()) != UNZ_OK) refuse("the entry's check sum is wrong", entry.name);
+}
+
+void ZipArchive::Core::copyContent(const ZipEntry& entry, const FileHandle& target,
+                                   const ZipExtraction& extraction) {
+    std::array<char, 1 << 16> buffer;
+    uint64_t copied = 0;
+    for (;;) {
+        if (extraction.isCancelled && extraction.isCancelled())
+            throw Error(ErrorKind::Cancelled, "cancelled", path);
+        const int count = unzReadCurrentFile(archive.get(), buffer.data(), buffer.size());
+        if (count < 0) refuse("the entry's data is damaged", entry.name);
+        if (count == 0) break;
+        writeAll(target, buffer.data(), static_cast<size_t>(count), path);
+        copied += static_cast<uint64_t>(count);
+        bytesDone += static_cast<uint64_t>(count);
+        if (extraction.progress) extraction.progress(bytesDone, totalBytes);
+    }
+    if (copied != entry.bytes) refuse("the entry holds another number of bytes than it states", entry.name);
+    if (::fsync(target.descriptor()) != 0 && errno != EINVAL) throw errnoError(errno, "cannot write", path);
+}
+
+ZipArchive::ZipArchive(const fs::path& archive, ErrorKind kind, const ZipLimits& limits)
+    : core_(std::make_unique<Core>(archive, kind, limits)) {}
+
+ZipArchive::~ZipArchive() = default;
+
+const std::vector<ZipEntry>& ZipArchive::entries() const { return core_->entries; }
+
+void ZipArchive::extract(const fs::path& folder, const ZipExtraction& extraction) {
+    const FileHandle root(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    if (!root) throw errnoError(errno, "cannot open the folder", folder.string());
+    core_->bytesDone = 0;
+    int state = unzGoToFirstFile(core_->archive.get());
+    for (const ZipEntry& entry : core_->entries) {
+        if (state != UNZ_OK) core_->refuse("the archive's directory is damaged");
+        if (!extraction.wanted || extraction.wanted(entry)) core_->unpack(entry, root, extraction);
+        state = unzGoToNextFile(core_->archive.get());
+    }
+}
+
+}  // namespace platform

@@ -1,0 +1,280 @@
+#include "platform/net/HttpDownload.h"
+
+#include <curl/curl.h>
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <exception>
+#include <memory>
+#include <utility>
+
+#include "platform/base/Clock.h"
+#include "platform/base/File.h"
+#include "platform/net/HttpResponse.h"
+
+namespace platform {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr long kMaxRedirects = 5;
+
+struct FreeHandle {
+    void operator()(CURL* handle) const { curl_easy_cleanup(handle); }
+};
+struct FreeList {
+    void operator()(curl_slist* list) const { curl_slist_free_all(list); }
+};
+
+/// A URL for messages, without the password that it may hold.
+std::string withoutCredentials(const std::string& url) {
+    const size_t start = url.find("://");
+    if (start == std::string::npos) return url;
+    const size_t end = std::min(url.find_first_of("/?#", start + 3), url.size());
+    const size_t at = url.rfind('@', end);
+    return at == std::string::npos || at < start ? url : url.substr(0, start + 3) + url.substr(at + 1);
+}
+
+bool isWorthAnotherTry(int status) { return status >= 500 || status == 408 || status == 429; }
+
+bool isWorthAnotherTry(CURLcode code) {
+    static constexpr CURLcode permanent[] = {CURLE_UNSUPPORTED_PROTOCOL, CURLE_URL_MALFORMAT,
+                                             CURLE_TOO_MANY_REDIRECTS,   CURLE_PEER_FAILED_VERIFICATION,
+                                             CURLE_SSL_CACERT_BADFILE,   CURLE_SSL_CERTPROBLEM,
+                                             CURLE_SSL_ISSUER_ERROR,     CURLE_SSL_PINNEDPUBKEYNOTMATCH};
+    return std::find(std::begin(permanent), std::end(permanent), code) == std::end(permanent);
+}
+
+class Download {
+  public:
+    Download(const std::string& url, const fs::path& file, const HttpDownloadOptions& options)
+        : url_(url), shownUrl_(withoutCredentials(url)), file_(file), options_(options) {
+        ::unlink(file.c_str());
+        target_ = FileHandle(::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+        if (!target_) throw errnoError(errno, "cannot write", file.string());
+    }
+    ~Download() {
+        if (!complete_) ::unlink(file_.c_str());
+    }
+    Download(const Download&) = delete;
+    Download& operator=(const Download&) = delete;
+
+    HttpDownloadResult run();
+
+  private:
+    [[noreturn]] void fail(ErrorKind kind, const std::string& message) const {
+        throw Error(kind, message, shownUrl_);
+    }
+    /// One connection. True when the file is complete; throws when another try would not help.
+    bool attempt();
+    void configure(CURL* handle);
+    std::unique_ptr<curl_slist, FreeList> resumeHeaders() const;
+    bool judge(CURLcode code);
+    void startBody();
+    void restart();
+    void write(const char* bytes, size_t count);
+    void pauseBefore(int nextAttempt) const;
+    bool isCancelled() const { return options_.isCancelled && options_.isCancelled(); }
+
+    /// Runs a step inside a callback of the C library; an exception ends the transfer and is passed on after
+    /// it.
+    template <typename Step>
+    bool guarded(Step step) {
+        try {
+            step();
+            return true;
+        } catch (...) {
+            thrown_ = std::current_exception();
+            return false;
+        }
+    }
+
+    static size_t onHeader(char* line, size_t size, size_t count, void* self);
+    static size_t onBody(char* bytes, size_t size, size_t count, void* self);
+    static int onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t);
+
+    std::string url_, shownUrl_;
+    fs::path file_;
+    const HttpDownloadOptions& options_;
+    FileHandle target_;
+    HttpResponse response_;
+    HttpDownloadResult result_;
+    std::string validator_, lastFailure_;
+    uint64_t received_ = 0, total_ = 0;
+    bool bodyStarted_ = false, complete_ = false;
+    std::exception_ptr thrown_;
+    char curlMessage_[CURL_ERROR_SIZE] = "";
+};
+
+HttpDownloadResult Download::run() {
+    for (int number = 1;; ++number) {
+        result_.connections = number;
+        if (attempt()) break;
+        if (number >= options_.attempts) fail(ErrorKind::Transient, lastFailure_);
+        pauseBefore(number);
+    }
+    if (::fsync(target_.descriptor()) != 0 && errno != EINVAL)
+        throw errnoError(errno, "cannot write", file_.string());
+    complete_ = true;
+    result_.bytes = received_;
+    return result_;
+}
+
+void Download::pauseBefore(int nextAttempt) const {
+    const double until =
+        monotonicSeconds() + options_.retryDelaySeconds * (1 << std::min(nextAttempt - 1, 6));
+    while (monotonicSeconds() < until) {
+        if (isCancelled()) fail(ErrorKind::Cancelled, "cancelled");
+        sleepSeconds(std::min(0.1, until - monotonicSeconds()));
+    }
+}
+
+std::unique_ptr<curl_slist, FreeList> Download::resumeHeaders() const {
+    if (received_ == 0) return nullptr;
+    const std::string range = "Range: bytes=" + std::to_string(received_) + "-";
+    const std::string condition = "If-Range: " + validator_;
+    curl_slist* list = curl_slist_append(nullptr, range.c_str());
+    return std::unique_ptr<curl_slist, FreeList>(curl_slist_append(list, condition.c_str()));
+}
+
+void Download::configure(CURL* handle) {
+    curl_easy_setopt(handle, CURLOPT_URL, url_.c_str());
+    curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(handle, CURLOPT_USERAGENT, "multiscene");
+    curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, curlMessage_);
+    curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
+    curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 1L);
+    curl_easy_setopt(handle, CURLOPT_MAXREDIRS, kMaxRedirects);
+    curl_easy_setopt(handle, CURLOPT_REDIR_PROTOCOLS_STR, url_.starts_with("https") ? "https" : "http,https");
+    curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT, options_.connectTimeoutSeconds);
+    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, 1L);
+    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME, options_.stallSeconds);
+    curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, onHeader);
+    curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
+    curl_easy_setopt(handle, CURLOPT_WRITEFUNCTION, onBody);
+    curl_easy_setopt(handle, CURLOPT_WRITEDATA, this);
+    curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
+    curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, onProgress);
+    curl_easy_setopt(handle, CURLOPT_XFERINFODATA, this);
+    if (const char* authorities = std::getenv("SSL_CERT_FILE"))
+        curl_easy_setopt(handle, CURLOPT_CAINFO, authorities);
+}
+
+bool Download::attempt() {
+    if (received_ > 0 && validator_.empty()) restart();
+    const std::unique_ptr<CURL, FreeHandle> handle(curl_easy_init());
+    if (!handle) fail(ErrorKind::Transient, "the HTTP library does not start");
+    configure(handle.get());
+    const auto headers = resumeHeaders();
+    if (headers) curl_easy_setopt(handle.get(), CURLOPT_HTTPHEADER, headers.get());
+    response_ = HttpResponse();
+    bodyStarted_ = false;
+    const CURLcode code = curl_easy_perform(handle.get());
+    const char* finalUrl = nullptr;
+    curl_easy_getinfo(handle.get(), CURLINFO_EFFECTIVE_URL, &finalUrl);
+    result_.finalUrl = finalUrl ? withoutCredentials(finalUrl) : shownUrl_;
+    return judge(code);
+}
+
+bool Download::judge(CURLcode code) {
+    if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
+    if (code == CURLE_ABORTED_BY_CALLBACK) fail(ErrorKind::Cancelled, "cancelled");
+    const int status = response_.status;
+    const bool answered = code == CURLE_OK || code == CURLE_WRITE_ERROR;
+    if (answered && status == 416) {
+        restart();  // the server's file has become shorter than what is here
+        lastFailure_ = "the server's file changes while it is fetched";
+        return false;
+    }
+    if (answered && status != 200 && status != 206) {
+        lastFailure_ = "the server answers with status " + std::to_string(status);
+        if (!isWorthAnotherTry(status)) fail(ErrorKind::Failed, lastFailure_);
+        return false;
+    }
+    if (code != CURLE_OK) {
+        lastFailure_ = *curlMessage_ ? curlMessage_ : curl_easy_strerror(code);
+        if (!isWorthAnotherTry(code)) fail(ErrorKind::Failed, lastFailure_);
+        return false;
+    }
+    if (!bodyStarted_) startBody();
+    lastFailure_ = "the connection ended early";
+    return total_ == 0 || received_ == total_;
+}
+
+void Download::restart() {
+    if (::ftruncate(target_.descriptor(), 0) != 0 || ::lseek(target_.descriptor(), 0, SEEK_SET) != 0)
+        throw errnoError(errno, "cannot write", file_.string());
+    received_ = total_ = 0;
+    validator_.clear();
+}
+
+void Download::startBody() {
+    bodyStarted_ = true;
+    if (response_.status == 206) {
+        const uint64_t stated = response_.rangeTotal.value_or(total_);
+        const bool fits = response_.rangeStart == received_ && (total_ == 0 || stated == total_);
+        total_ = stated;
+        if (fits) return;
+        fail(ErrorKind::Failed, "the server answers with another part of the file than was asked for");
+    }
+    restart();
+    total_ = response_.contentLength.value_or(0);
+    validator_ = response_.validator();
+    if (total_ > options_.maxBytes)
+        fail(ErrorKind::Failed, "the file is larger than " + std::to_string(options_.maxBytes) + " bytes");
+}
+
+void Download::write(const char* bytes, size_t count) {
+    if (count > options_.maxBytes - received_)
+        fail(ErrorKind::Failed, "the file is larger than " + std::to_string(options_.maxBytes) + " bytes");
+    while (count > 0) {
+        const ssize_t written = ::write(target_.descriptor(), bytes, count);
+        if (written < 0 && errno == EINTR) continue;
+        if (written < 0) throw errnoError(errno, "cannot write", file_.string());
+        bytes += written;
+        count -= static_cast<size_t>(written);
+        received_ += static_cast<uint64_t>(written);
+    }
+    if (options_.progress) options_.progress(received_, total_);
+}
+
+size_t Download::onHeader(char* line, size_t size, size_t count, void* self) {
+    static_cast<Download*>(self)->response_.readHeaderLine({line, size * count});
+    return size * count;
+}
+
+size_t Download::onBody(char* bytes, size_t size, size_t count, void* self) {
+    Download& download = *static_cast<Download*>(self);
+    // The page that comes with an error is not the file.
+    if (download.response_.status != 200 && download.response_.status != 206) return 0;
+    const bool written = download.guarded([&] {
+        if (!download.bodyStarted_) download.startBody();
+        download.write(bytes, size * count);
+    });
+    return written ? size * count : 0;
+}
+
+int Download::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+    return static_cast<Download*>(self)->isCancelled() ? 1 : 0;
+}
+
+}  // namespace
+
+bool isHttpUrl(const std::string& text) {
+    return text.starts_with("http://") || text.starts_with("https://");
+}
+
+HttpDownloadResult downloadToFile(const std::string& url, const fs::path& file,
+                                  const HttpDownloadOptions& options) {
+    static const CURLcode ready = curl_global_init(CURL_GLOBAL_DEFAULT);
+    if (ready != CURLE_OK) throw Error(ErrorKind::Failed, "the HTTP library does not start");
+    if (!isHttpUrl(url))
+        throw Error(ErrorKind::Usage, "is no http:// or https:// address", withoutCredentials(url));
+    return Download(url, file, options).run();
+}
+
+}  // namespace platform

@@ -1,0 +1,43 @@
+// One file over HTTP or HTTPS, streamed to disk.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+
+#include "platform/base/Error.h"
+
+namespace platform {
+
+struct HttpDownloadOptions {
+    uint64_t maxBytes = uint64_t(2) << 30;
+    int attempts = 5;                ///< connections made before giving up
+    double retryDelaySeconds = 0.5;  ///< before the second attempt; doubles each time
+    long connectTimeoutSeconds = 20;
+    long stallSeconds = 30;  ///< without a byte for this long, the connection counts as broken
+    /// Bytes so far, and bytes in all or 0 when the server does not say. On the calling thread.
+    std::function<void(uint64_t received, uint64_t total)> progress;
+    /// Asked several times a second.
+    std::function<bool()> isCancelled;
+};
+
+struct HttpDownloadResult {
+    uint64_t bytes = 0;
+    int connections = 0;   ///< how many it took
+    std::string finalUrl;  ///< after redirects
+};
+
+/// Fetches `url` into `file`, replacing it. Blocks. A broken transfer goes on where it stopped when the
+/// server can name the version of its file, else it starts again. Certificates are verified; proxies come
+/// from the environment; redirects stay within HTTP and HTTPS, and never leave HTTPS once there.
+///
+/// Throws Error with the URL as its file, and leaves no file: Usage for another kind of URL, Failed when the
+/// server refuses or the file is too large, Transient when the network or the server fails, Cancelled.
+HttpDownloadResult downloadToFile(const std::string& url, const std::filesystem::path& file,
+                                  const HttpDownloadOptions& options = {});
+
+/// Whether a text is an http:// or https:// URL.
+bool isHttpUrl(const std::string& text);
+
+}  // namespace platform
