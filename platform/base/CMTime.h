@@ -13,9 +13,7 @@ struct CMTime {
     int64_t epoch = 0;
 };
 
-inline CMTime CMTimeMake(int64_t value, int32_t timescale) {
-    return {value, timescale, 1, 0};
-}
+inline CMTime CMTimeMake(int64_t value, int32_t timescale) { return {value, timescale, 1, 0}; }
 
 inline double CMTimeGetSeconds(const CMTime& time) {
     return time.timescale == 0 ? 0.0 : static_cast<double>(time.value) / time.timescale;

@@ -9,12 +9,8 @@ namespace {
 std::atomic<bool> verboseFlag{false};
 }
 
-void setVerbose(bool verbose) {
-    verboseFlag = verbose;
-}
-bool isVerbose() {
-    return verboseFlag;
-}
+void setVerbose(bool verbose) { verboseFlag = verbose; }
+bool isVerbose() { return verboseFlag; }
 
 void info(const std::string& line) {
     if (isVerbose()) std::fprintf(stderr, "multiscene: %s\n", line.c_str());

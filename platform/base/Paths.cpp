@@ -47,9 +47,7 @@ fs::path defaultDataHome() {
     return (home.empty() ? fs::temp_directory_path() : home / ".local" / "share") / "multiscene";
 }
 
-void setDataHome(const fs::path& home) {
-    homeStorage() = fs::absolute(home).lexically_normal();
-}
+void setDataHome(const fs::path& home) { homeStorage() = fs::absolute(home).lexically_normal(); }
 
 const fs::path& dataHome() {
     if (homeStorage().empty()) setDataHome(defaultDataHome());

@@ -11,42 +11,18 @@ void QVObject3D::set(float& field, float value) {
     invalidateTransform();
 }
 
-void QVObject3D::setX(float x) {
-    set(x_, x);
-}
-void QVObject3D::setY(float y) {
-    set(y_, y);
-}
-void QVObject3D::setZ(float z) {
-    set(z_, z);
-}
-void QVObject3D::setScaleX(float scale) {
-    set(scaleX_, scale);
-}
-void QVObject3D::setScaleY(float scale) {
-    set(scaleY_, scale);
-}
-void QVObject3D::setScaleZ(float scale) {
-    set(scaleZ_, scale);
-}
-void QVObject3D::setRotationX(float degrees) {
-    set(rotationX_, toRadians(degrees));
-}
-void QVObject3D::setRotationY(float degrees) {
-    set(rotationY_, toRadians(degrees));
-}
-void QVObject3D::setRotationZ(float degrees) {
-    set(rotationZ_, toRadians(degrees));
-}
-float QVObject3D::rotationX() const {
-    return toDegrees(rotationX_);
-}
-float QVObject3D::rotationY() const {
-    return toDegrees(rotationY_);
-}
-float QVObject3D::rotationZ() const {
-    return toDegrees(rotationZ_);
-}
+void QVObject3D::setX(float x) { set(x_, x); }
+void QVObject3D::setY(float y) { set(y_, y); }
+void QVObject3D::setZ(float z) { set(z_, z); }
+void QVObject3D::setScaleX(float scale) { set(scaleX_, scale); }
+void QVObject3D::setScaleY(float scale) { set(scaleY_, scale); }
+void QVObject3D::setScaleZ(float scale) { set(scaleZ_, scale); }
+void QVObject3D::setRotationX(float degrees) { set(rotationX_, toRadians(degrees)); }
+void QVObject3D::setRotationY(float degrees) { set(rotationY_, toRadians(degrees)); }
+void QVObject3D::setRotationZ(float degrees) { set(rotationZ_, toRadians(degrees)); }
+float QVObject3D::rotationX() const { return toDegrees(rotationX_); }
+float QVObject3D::rotationY() const { return toDegrees(rotationY_); }
+float QVObject3D::rotationZ() const { return toDegrees(rotationZ_); }
 
 void QVObject3D::setPosition(const glm::vec3& position) {
     x_ = position.x;

@@ -281,9 +281,7 @@ void QVObjectContainer3D::rendInfoWithDic(const platform::Value& info) {
         setLigthArray(QVLightBase::lightSourceArrayWithInfo(reader.value("LightSourceArray")));
 }
 
-BezierSample QVObjectContainer3D::bezierResultWithTime(float, const std::string&) const {
-    return {};
-}
+BezierSample QVObjectContainer3D::bezierResultWithTime(float, const std::string&) const { return {}; }
 
 // Trace
 

@@ -60,9 +60,7 @@ std::shared_ptr<QVObjectContainer3D> QVScene3D::getChildAt(size_t index) const {
     return index < children_.size() ? children_[index] : nullptr;
 }
 
-void QVScene3D::sortChildren() {
-    QVObjectContainer3D::renderDepthSortWithArray(children_);
-}
+void QVScene3D::sortChildren() { QVObjectContainer3D::renderDepthSortWithArray(children_); }
 
 void QVScene3D::setCamera(const std::shared_ptr<QVCamera3D>& camera) {
     if (camera_) removeChild(*camera_);

@@ -20,9 +20,7 @@ std::span<const Ease> easeTable();
 /// Ids from here on, and negative ones, name a Bézier curve of the object.
 constexpr uint32_t firstBezierEase = 30000;
 
-inline bool isBezierEase(int32_t ease) {
-    return static_cast<uint32_t>(ease) >= firstBezierEase;
-}
+inline bool isBezierEase(int32_t ease) { return static_cast<uint32_t>(ease) >= firstBezierEase; }
 
 /// The function of an id below 30000; ids beyond the table are linear.
 EaseFunction easeFunction(int32_t ease);

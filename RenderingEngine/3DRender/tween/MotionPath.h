@@ -10,9 +10,7 @@ namespace multiscene {
 /// An end position of this size or more is the name of a path, not a coordinate.
 constexpr float firstMotionPath = 30000;
 
-inline bool namesMotionPath(float endValue) {
-    return endValue >= firstMotionPath;
-}
+inline bool namesMotionPath(float endValue) { return endValue >= firstMotionPath; }
 
 /// The coordinate (slot 0 x, 1 y, 2 z) of the path that `name` spells as a whole number, at `time`.
 inline float motionPathCoordinate(const TweenTarget& target, float name, int slot, float time) {

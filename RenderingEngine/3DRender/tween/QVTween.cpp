@@ -91,16 +91,12 @@ void QVTween::killTweenOfScene(const void* scene) {
         [&](const QVTweenItem& item) { return item.target() && item.target()->tweenScene() == scene; });
 }
 
-void QVTween::killAllTween() {
-    engine().items.clear();
-}
+void QVTween::killAllTween() { engine().items.clear(); }
 
 float QVTween::getCurrentTime() {
     return static_cast<float>(platform::monotonicSeconds() - engine().referenceTime);
 }
 
-const std::vector<std::unique_ptr<QVTweenItem>>& QVTween::items() {
-    return engine().items;
-}
+const std::vector<std::unique_ptr<QVTweenItem>>& QVTween::items() { return engine().items; }
 
 }  // namespace multiscene

@@ -10,9 +10,7 @@ namespace multiscene {
 namespace {
 
 /// The slot that a digit of the code names, or -1.
-int slotOfDigit(int digit) {
-    return digit >= 1 && digit <= 3 ? digit - 1 : -1;
-}
+int slotOfDigit(int digit) { return digit >= 1 && digit <= 3 ? digit - 1 : -1; }
 
 /// De Casteljau's reduction of one coordinate, in place of the working copy it is given.
 double reduced(std::vector<double> points, double t) {

@@ -15,9 +15,7 @@ void GLState::setBlendFunction(uint32_t srcFactor, uint32_t dstFactor) {
     glBlendFuncSeparate(srcFactor, dstFactor, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
 }
 
-void GLState::resetBlendFunction() {
-    setBlendFunction(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA);
-}
+void GLState::resetBlendFunction() { setBlendFunction(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA); }
 
 void GLState::setDefaults() {
     setDepthTest(false);
@@ -25,8 +23,21 @@ void GLState::setDefaults() {
     resetBlendFunction();
 }
 
-void GLState::finish() {
-    glFinish();
+void GLState::finish() { glFinish(); }
+
+void GLState::bindTarget(uint32_t framebuffer, int32_t width, int32_t height) {
+    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+    glViewport(0, 0, width, height);
+}
+
+void GLState::clearColor() {
+    glClearColor(0, 0, 0, 0);
+    glClear(GL_COLOR_BUFFER_BIT);
+}
+
+void GLState::bindTexture(int unit, uint32_t texture) {
+    glActiveTexture(GL_TEXTURE0 + static_cast<GLenum>(unit));
+    glBindTexture(GL_TEXTURE_2D, texture);
 }
 
 }  // namespace multiscene

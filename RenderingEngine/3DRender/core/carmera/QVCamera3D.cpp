@@ -158,30 +158,14 @@ void QVCamera3D::setProjection(float& field, float value) {
     invalidatePPTransform();
 }
 
-void QVCamera3D::setFov(float degrees) {
-    setProjection(fov_, toRadians(degrees));
-}
-void QVCamera3D::setNear(float near) {
-    setProjection(near_, near);
-}
-void QVCamera3D::setFar(float far) {
-    setProjection(far_, far);
-}
-void QVCamera3D::setAspect(float aspect) {
-    setProjection(aspect_, aspect);
-}
-void QVCamera3D::setOrthWidth(float width) {
-    setProjection(OrthWidth_, width);
-}
-void QVCamera3D::setOrthAspect(float aspect) {
-    setProjection(OrthAspect_, aspect);
-}
-void QVCamera3D::setOrthNear(float near) {
-    setProjection(OrthNear_, near);
-}
-void QVCamera3D::setOrthFar(float far) {
-    setProjection(OrthFar_, far);
-}
+void QVCamera3D::setFov(float degrees) { setProjection(fov_, toRadians(degrees)); }
+void QVCamera3D::setNear(float near) { setProjection(near_, near); }
+void QVCamera3D::setFar(float far) { setProjection(far_, far); }
+void QVCamera3D::setAspect(float aspect) { setProjection(aspect_, aspect); }
+void QVCamera3D::setOrthWidth(float width) { setProjection(OrthWidth_, width); }
+void QVCamera3D::setOrthAspect(float aspect) { setProjection(OrthAspect_, aspect); }
+void QVCamera3D::setOrthNear(float near) { setProjection(OrthNear_, near); }
+void QVCamera3D::setOrthFar(float far) { setProjection(OrthFar_, far); }
 
 void QVCamera3D::setPpCenter(const glm::vec2& center) {
     ppCenter_ = center;

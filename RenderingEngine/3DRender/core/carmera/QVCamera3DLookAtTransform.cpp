@@ -36,9 +36,7 @@ void QVCamera3DLookAtTransform::rotateFromBase(const glm::vec3& axis, float degr
     isDirty_ = true;
 }
 
-void QVCamera3DLookAtTransform::cameraRotateFromUpVector(float degrees) {
-    rotateFromBase(baseUp_, degrees);
-}
+void QVCamera3DLookAtTransform::cameraRotateFromUpVector(float degrees) { rotateFromBase(baseUp_, degrees); }
 void QVCamera3DLookAtTransform::cameraRotateFromTargetVector(float degrees) {
     rotateFromBase(baseForward_, degrees);
 }

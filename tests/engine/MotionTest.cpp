@@ -1,0 +1,224 @@
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <glm/gtc/matrix_transform.hpp>
+
+#include "core/Angles.h"
+#include "tests/engine/FakeDriver.h"
+#include "tween/QVTween.h"
+#include "tween/ZBBezierModel.h"
+
+namespace multiscene {
+namespace {
+
+class MotionTest : public ::testing::Test {
+  protected:
+    void TearDown() override { QVTween::killAllTween(); }
+
+    /// One frame of one node, in the driver's order.
+    static void step(QVObject3DTransformBase& node, int64_t number) {
+        node.updateData(frame(number));
+        QVTween::update();
+        node.updateMatrix();
+    }
+
+    static platform::Value moving(platform::Value::Array items) {
+        return dictionary({{"TransformArray", array(std::move(items))}});
+    }
+
+    static platform::Value item(int start, int end, const char* from, const char* to) {
+        return dictionary(
+            {{"sartFps", start}, {"endFps", end}, {"startTranslate", from}, {"endTranslate", to}});
+    }
+};
+
+TEST_F(MotionTest, AKeyItemShowsItsStartAndNeverItsEnd) {
+    auto node = group(moving({item(10, 14, "0,0,0", "8,0,0")}));
+    const float expected[] = {0, 0, 2, 4, 6, 6, 6};
+    for (int64_t number = 9; number <= 15; ++number) {
+        step(*node, number);
+        EXPECT_EQ(node->x(), expected[number - 9]) << "frame " << number;
+    }
+    EXPECT_TRUE(QVTween::items().empty());
+}
+
+TEST_F(MotionTest, AnItemThatStartsWhereItsPredecessorEndsNeverMoves) {
+    auto touching = group(moving({item(0, 10, "0,0,0", "10,0,0"), item(10, 20, "100,0,0", "200,0,0")}));
+    auto apart = group(moving({item(0, 10, "0,0,0", "10,0,0"), item(11, 20, "100,0,0", "200,0,0")}));
+    auto stalled = group(moving({item(5, 5, "1,0,0", "2,0,0"), item(7, 9, "100,0,0", "200,0,0")}));
+    for (int64_t number = 0; number <= 25; ++number) {
+        touching->updateData(frame(number));
+        apart->updateData(frame(number));
+        stalled->updateData(frame(number));
+        QVTween::update();
+    }
+    EXPECT_EQ(touching->x(), 9);
+    EXPECT_FLOAT_EQ(apart->x(), 100 + 100 * 8.0f / 9);
+    EXPECT_EQ(stalled->currentTransformIndex(), 0);
+}
+
+TEST_F(MotionTest, MissingStartsContinueAndStillPlacementsAreSet) {
+    auto node = group(moving({dictionary({{"sartFps", 0},
+                                          {"endFps", 2},
+                                          {"startTranslate", "5,6,7"},
+                                          {"startScale", "2,2,2"},
+                                          {"startRotate", "0,0,1"}}),
+                              dictionary({{"sartFps", 3}, {"endFps", 7}, {"endTranslate", "9,6,7"}})}));
+    step(*node, 0);
+    EXPECT_EQ(node->position(), glm::vec3(5, 6, 7));
+    EXPECT_EQ(node->scale(), glm::vec3(2));
+    EXPECT_EQ(node->rotation().z, 1);  // a rotation that is not animated is taken as radians
+    for (int64_t number = 1; number <= 4; ++number) step(*node, number);
+    EXPECT_EQ(node->x(), 6);
+}
+
+TEST_F(MotionTest, TheTextureFollowsTheRotationsEase) {
+    auto node = group(moving({dictionary({{"sartFps", 0},
+                                          {"endFps", 4},
+                                          {"endRotate", "0,0,90"},
+                                          {"rotateEase", 1},
+                                          {"textureEase", 0},
+                                          {"startTextureSize", "1,1"},
+                                          {"endTextureSize", "0.5,0.5"},
+                                          {"startTextureOrigin", "0,0"},
+                                          {"endTextureOrigin", "0.5,0.25"}})}));
+    for (int64_t number = 0; number <= 2; ++number) step(*node, number);
+    EXPECT_FLOAT_EQ(node->textureMatrix()[3][0], 0.5f * 0.25f);
+    EXPECT_FLOAT_EQ(node->textureMatrix()[0][0], 1 - 0.5f * 0.25f);
+    EXPECT_NEAR(node->rotationZ(), 22.5f, 1e-3);
+}
+
+TEST_F(MotionTest, MutableItemsComposeInOrderAndHoldNothing) {
+    const platform::Value move = dictionary({{"transformType", 0},
+                                             {"fpsStart", 0},
+                                             {"fpsEnd", 10},
+                                             {"startTranslate", "0,0,0"},
+                                             {"endTranslate", "10,0,0"}});
+    const platform::Value grow = dictionary({{"transformType", 1},
+                                             {"fpsStart", 0},
+                                             {"fpsEnd", 10},
+                                             {"startScale", "2,2,2"},
+                                             {"endScale", "2,2,2"}});
+    const platform::Value ignored = dictionary({{"transformType", 7}, {"fpsStart", 0}, {"fpsEnd", 10}});
+    auto scaledMove = group(dictionary({{"MutableTransformArray", array({grow, move, ignored})}}));
+    auto plainMove = group(dictionary({{"MutableTransformArray", array({move, grow})}}));
+    step(*scaledMove, 5);
+    step(*plainMove, 5);
+    EXPECT_EQ(scaledMove->mutableTransform()[3].x, 10);
+    EXPECT_EQ(plainMove->mutableTransform()[3].x, 5);
+    step(*plainMove, 11);
+    EXPECT_EQ(plainMove->mutableTransform(), glm::mat4(1));
+    auto appearing = group(
+        dictionary({{"MutableTransformArray",
+                     array({dictionary(
+                         {{"transformType", 1}, {"fpsStart", 0}, {"fpsEnd", 4}, {"endScale", "1,1,1"}})})}}));
+    step(*appearing, 0);
+    EXPECT_EQ(appearing->mutableTransform()[0].x, 0);  // a missing start scales from zero
+}
+
+TEST_F(MotionTest, MutableRotationUsesTheShortConstant) {
+    const platform::Value turn = dictionary({{"transformType", 2},
+                                             {"fpsStart", 0},
+                                             {"fpsEnd", 1},
+                                             {"startRotate", "0,90,0"},
+                                             {"endRotate", "0,90,0"}});
+    const glm::mat4 turned = QVObject3DTransformBase::computeRotate(turn, glm::mat4(1), 1, nullptr);
+    EXPECT_FLOAT_EQ(turned[0][0], std::cos(static_cast<float>(90 * radiansPerDegree)));
+    const platform::Value oneFrame =
+        dictionary({{"transformType", 0}, {"fpsStart", 3}, {"fpsEnd", 3}, {"endTranslate", "1,1,1"}});
+    EXPECT_TRUE(
+        std::isnan(QVObject3DTransformBase::computeTranslate(oneFrame, glm::mat4(1), 3, nullptr)[3].x));
+}
+
+TEST_F(MotionTest, PathsDriveAxesAndEases) {
+    const platform::Value line = dictionary({{"bezierIdentifier", "30001"},
+                                             {"interpolationTotal", 4},
+                                             {"controlPoints", array({"0,0", "100,40"})},
+                                             {"interpolationXYZ", 21}});
+    auto node =
+        group(dictionary({{"BezierArray", array({line})},
+                          {"TransformArray", array({dictionary({{"sartFps", 0},
+                                                                {"endFps", 4},
+                                                                {"startTranslate", "0,0,0"},
+                                                                {"endTranslate", "30001,30001,8"}})})},
+                          {"MutableTransformArray", array({dictionary({{"transformType", 0},
+                                                                       {"fpsStart", 0},
+                                                                       {"fpsEnd", 4},
+                                                                       {"endTranslate", "100,30001,30001"},
+                                                                       {"iTranslate", 30001}})})}}));
+    for (int64_t number = 0; number <= 2; ++number) step(*node, number);
+    EXPECT_EQ(node->position(), glm::vec3(50, 20, 4));
+    // Eased by the curve's second coordinate: 20 at the middle, so x is 20 times its way and y is past the
+    // end.
+    EXPECT_EQ(node->mutableTransform()[3].x, 2000);
+    EXPECT_EQ(node->mutableTransform()[3].y, 30);
+    EXPECT_EQ(node->mutableTransform()[3].z, 0);
+}
+
+TEST(ZBBezierModel, SamplesStopShortOfTheEndAndAreFoundByIndex) {
+    auto model = ZBBezierModel::bezierWithInterpolationTotal(4);
+    model.setInterpolationXYZ(12);
+    model.computeBezierWithControlPoints({"0,0", "1,2"});
+    EXPECT_EQ(model.recordAtTime(0.25f), (ZBBezierModel::Record{0.5, 0.25, 0, 0}));
+    EXPECT_EQ(model.recordAtTime(1)[1], 0.75);
+    EXPECT_EQ(model.recordAtTime(-0.1f)[1], 0.75);
+    EXPECT_EQ(model.recordAtTime(std::nanf(""))[1], 0.75);
+    auto hostile = ZBBezierModel::bezierWithInterpolationTotal(3);
+    hostile.setInterpolationXYZ(-95);
+    hostile.computeBezierWithControlPoints({"7", "", "1,1"});
+    EXPECT_EQ(hostile.recordAtTime(0), (ZBBezierModel::Record{}));
+    EXPECT_EQ(ZBBezierModel::bezierWithInterpolationTotal(-5).recordAtTime(0), (ZBBezierModel::Record{}));
+}
+
+TEST_F(MotionTest, KillingTakesOnlyTheObjectsOwnTweens) {
+    auto moved = group(), other = group();
+    const TweenTiming timing{.duration = 10};
+    QVTween::translationTo(moved, {0, 0, 0}, {1, 1, 1}, timing);
+    QVTween::rotateTo(other, {0, 0, 0}, {1, 1, 1}, timing);
+    QVTween::scaleTo(moved, {0, 0, 0}, {1, 1, 1}, timing);
+    QVTween::textureTramformTo(moved, moved->textureMatrixPointer(), {}, {}, timing);
+    QVTween::killTweenOf(*moved);
+    ASSERT_EQ(QVTween::items().size(), 2u);
+    EXPECT_EQ(QVTween::items()[0]->target(), other.get());
+}
+
+TEST_F(MotionTest, AReversingTweenGoesThereAndBackInItsDuration) {
+    auto node = group();
+    QVTween::translationTo(node, {0, 0, 0}, {8, 0, 0}, {.duration = 8, .reverses = true});
+    std::vector<float> positions;
+    for (int i = 0; i < 5; ++i) {
+        QVTween::update();
+        positions.push_back(node->x());
+    }
+    EXPECT_EQ(positions, (std::vector<float>{0, 2, 4, 6, 8}));
+}
+
+class KeyRecorder : public KeyAnimationTarget {
+  public:
+    void didNewKeyFrameWithEaseValue(float eased, float progress, const platform::Value& info) override {
+        calls.push_back({eased, progress, info.integer("id")});
+    }
+    struct Call {
+        float eased, progress;
+        int64_t id;
+        bool operator==(const Call&) const = default;
+    };
+    std::vector<Call> calls;
+};
+
+TEST(QVKeyAnimationOperators, DeliversTheLastFrameAndThenLoadsTheNextKey) {
+    KeyRecorder recorder;
+    const auto key = [](int id, int start, int end, int ease) {
+        return dictionary({{"id", id}, {"sartFps", start}, {"endFps", end}, {"ease", ease}});
+    };
+    QVKeyAnimationOperators keys({key(1, 0, 2, 1), key(2, 2, 3, 0)}, recorder);
+    for (int64_t number = 0; number < 5; ++number) keys.updateData(number);
+    using Call = KeyRecorder::Call;
+    EXPECT_EQ(recorder.calls, (std::vector<Call>{{0, 0, 1}, {0.25f, 0.5f, 1}, {1, 1, 1}, {1, 1, 2}}));
+    QVKeyAnimationOperators none({}, recorder);
+    none.updateData(0);
+    EXPECT_EQ(recorder.calls.size(), 4u);
+}
+
+}  // namespace
+}  // namespace multiscene
