@@ -17,6 +17,7 @@ bool drawTexturedQuad(Shader& shader, const TexturedQuad& quad) {
     bindTexture(shader, "videoFrame", 0, quad.texture);
     shader.setUniform("u_mvpMatrix", quad.mvpMatrix);
     shader.setUniform("u_textureMatrix", quad.textureMatrix);
+    shader.setUniform("isPreMultiplication", quad.premultiplied ? 1 : 0);
     drawQuadFan(shader.attributeHandle("position"), shader.attributeHandle("inputTextureCoordinate"),
                 quad.corners);
     return true;

@@ -14,6 +14,9 @@ struct TexturedQuad {
     const glm::mat4& mvpMatrix;      ///< "u_mvpMatrix"
     const glm::mat4& textureMatrix;  ///< "u_textureMatrix"
     QuadCorners corners;
+    /// The texture's colours are multiplied by its alpha: pictures, texts and render targets are, videos and
+    /// PVR textures are not. "isPreMultiplication" of the shaders that list it.
+    bool premultiplied = false;
 };
 
 /// Binds a second texture for the next quad: `texture` on `unit`, whose number goes into `sampler`. Unit 0 is

@@ -1,0 +1,233 @@
+// Programs from descriptions and from source texts, their cache, and the generated blur.
+#include <epoxy/gl.h>
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+
+#include "GlFixture.h"
+#include "opengl2.0/QVMultiSceneRenderShader.h"
+#include "opengl2.0/QVObject3DShaderCreater.h"
+#include "platform/base/FileGate.h"
+#include "platform/base/Paths.h"
+#include "platform/base/PropertyList.h"
+
+namespace multiscene {
+namespace {
+
+using platform::Value;
+using ::testing::HasSubstr;
+
+const std::string vertexText =
+    "attribute vec4 position; attribute vec2 inputTextureCoordinate; varying vec2 c;\n"
+    "void main() { gl_Position = position; c = inputTextureCoordinate; }\n";
+const std::string fragmentText =
+    "precision mediump float; varying vec2 c; uniform float aplae; uniform vec4 tint;\n"
+    "void main() { gl_FragColor = vec4(c, 0.0, aplae) + tint; }\n";
+
+class ShaderTest : public testing::GlFixture {
+  protected:
+    ShaderTest() : folder_(std::filesystem::temp_directory_path() / platform::uniqueIdentifier()) {
+        platform::createFolders(folder_);
+        platform::FileGate::shared().reset();
+    }
+    ~ShaderTest() override {
+        std::filesystem::remove_all(folder_);
+        platform::FileGate::shared().reset();
+    }
+
+    std::string write(const std::string& name, const std::string& text) {
+        std::ofstream(folder_ / name) << text;
+        return (folder_ / name).string();
+    }
+    std::string describe(const std::string& name, const Value::Array& files) {
+        return write(name + ".plist", platform::propertyListXml(settings(files)));
+    }
+    static Value settings(const Value::Array& files) {
+        return Value(Value::Dictionary{{"Files", files},
+                                       {"Attributes", Value::Array{"position", "inputTextureCoordinate"}},
+                                       {"Uniforms", Value::Array{"aplae", "absent"}}});
+    }
+    std::shared_ptr<Shader> fromTexts(const std::string& key) {
+        return manager_.createShaderWithVertex(vertexText, fragmentText,
+                                               {"position", "inputTextureCoordinate"}, {"aplae"}, key);
+    }
+    static unsigned int currentProgram() {
+        GLint program = 0;
+        glGetIntegerv(GL_CURRENT_PROGRAM, &program);
+        return unsigned(program);
+    }
+
+    std::filesystem::path folder_;
+    ShaderManager& manager_ = ShaderManager::sharedManager();
+};
+
+TEST_F(ShaderTest, BindsAttributesFromOneAndLooksListedUniformsUpOnce) {
+    write("a.vsh", vertexText);
+    write("a.fsh", fragmentText);
+    platform::FileGate::shared().allowFolder(folder_);
+    const auto shader = manager_.createShader("a", describe("a", {"a.vsh", "a.fsh"}));
+    ASSERT_NE(shader->programHandle(), 0u) << manager_.failures().at(0).message;
+    EXPECT_EQ(shader->attributeHandle("position"), 1u);
+    EXPECT_EQ(shader->attributeHandle("inputTextureCoordinate"), 2u);
+    EXPECT_EQ(shader->attributeHandle("unknown"), 0u);
+    EXPECT_EQ(glGetAttribLocation(shader->programHandle(), "inputTextureCoordinate"), 2);
+    EXPECT_EQ(shader->uniformLocation("absent"), -1);
+    EXPECT_EQ(shader->uniformLocation("tint"), 0) << "not listed";
+    EXPECT_GE(shader->uniformLocationStructOrArray("tint"), 0);
+}
+
+TEST_F(ShaderTest, WritesOnlyUniformsThatAreListedAndThere) {
+    const auto shader = fromTexts("a");
+    shader->useShader();
+    shader->setUniform("aplae", 0.5f);
+    shader->setUniform("tint", glm::vec4(1));  // would land in location 0
+    float value[4] = {};
+    glGetUniformfv(shader->programHandle(), shader->uniformLocation("aplae"), value);
+    EXPECT_EQ(value[0], 0.5f);
+    shader->setUniformStructOrArray("tint", glm::vec4(0, 0, 0, 0.25f));
+    glGetUniformfv(shader->programHandle(), shader->uniformLocationStructOrArray("tint"), value);
+    EXPECT_EQ(value[3], 0.25f);
+    EXPECT_EQ(glGetError(), unsigned(GL_NO_ERROR));
+}
+
+TEST_F(ShaderTest, FailuresAreCachedAndToldOnce) {
+    write("good.vsh", vertexText);
+    write("broken.fsh", "precision mediump float;\nvoid main() {\n  gl_FragColor = nonsense;\n}\n");
+    write("text.txt", "not a stage");
+    write("latin.fsh", "// \xE9\n" + fragmentText);
+    platform::FileGate::shared().allowFolder(folder_);
+    for (const char* source : {"broken.fsh", "text.txt", "latin.fsh", "missing.fsh", "../outside.fsh"}) {
+        manager_.clearFailures();
+        const std::string file = describe(source, {"good.vsh", source});
+        const auto shader = manager_.createShader(source, file);
+        EXPECT_EQ(shader->programHandle(), 0u) << source;
+        EXPECT_EQ(manager_.createShader(source, file), shader) << "cached although broken";
+        ASSERT_EQ(manager_.failures().size(), 1u) << source;
+        EXPECT_EQ(manager_.failures()[0].shader, source);
+        EXPECT_THAT(manager_.failures()[0].file, HasSubstr(source));
+    }
+    manager_.clearFailures();
+    manager_.createShader("again", describe("again", {"good.vsh", "broken.fsh"}));
+    EXPECT_THAT(manager_.failures().at(0).message, HasSubstr("3")) << "the line";
+    EXPECT_THAT(manager_.failures().at(0).message, HasSubstr("nonsense"));
+}
+
+TEST_F(ShaderTest, ADescriptionThatCannotBeReadGivesABrokenShader) {
+    EXPECT_EQ(manager_.createShader("none", (folder_ / "none.plist").string())->programHandle(), 0u);
+    const std::string fenced = describe("fenced", {});
+    EXPECT_EQ(manager_.createShader("fenced", fenced)->programHandle(), 0u);
+    ASSERT_EQ(manager_.failures().size(), 2u);
+    EXPECT_EQ(manager_.failures()[1].file, fenced);
+    EXPECT_THAT(manager_.failures()[1].message, HasSubstr("outside"));
+    EXPECT_EQ(platform::FileGate::shared().refusals().size(), 1u);
+}
+
+TEST_F(ShaderTest, CreatorsReuseOrReplace) {
+    const auto first = fromTexts("a");
+    EXPECT_EQ(fromTexts("a"), first);
+    EXPECT_EQ(manager_.createShader("a", "unread.plist"), first);
+    const auto replaced = manager_.createShader("a", settings({}), folder_.string());
+    EXPECT_NE(replaced, first);
+    EXPECT_EQ(manager_.shaderForName("a"), replaced);
+    EXPECT_EQ(manager_.allShaders().size(), 1u);
+}
+
+TEST_F(ShaderTest, SwitchesProgramsOnlyWhenTheyChange) {
+    const auto shader = fromTexts("a");
+    EXPECT_EQ(manager_.useShader("a"), shader);
+    EXPECT_EQ(currentProgram(), shader->programHandle());
+    glUseProgram(0);  // behind the manager's back: a second use must not reach GL
+    manager_.useShader("a");
+    EXPECT_EQ(currentProgram(), 0u);
+    manager_.removeAllShaders();
+    EXPECT_EQ(manager_.currentShader(), nullptr);
+    shader->useShader();
+    EXPECT_EQ(currentProgram(), shader->programHandle());
+    EXPECT_EQ(manager_.currentShader(), shader.get());
+    EXPECT_EQ(manager_.useShader("unknown"), nullptr);
+    EXPECT_EQ(currentProgram(), 0u);
+}
+
+TEST_F(ShaderTest, RemovingTheActiveShaderForgetsIt) {
+    const unsigned int program = fromTexts("a")->programHandle();
+    manager_.useShader("a");
+    manager_.removeShader("a");
+    EXPECT_EQ(currentProgram(), 0u);
+    EXPECT_EQ(manager_.currentShader(), nullptr);
+    EXPECT_EQ(manager_.activeProgram(), ~0u);
+    EXPECT_FALSE(glIsProgram(program));
+}
+
+TEST_F(ShaderTest, AProgramIsDeletedInItsOwnContextOnly) {
+    auto shader = fromTexts("a");
+    const unsigned int program = shader->programHandle();
+    manager_.removeAllShaders();
+    const auto other = platform::GLContext::create(platform::GLContext::Driver::Software);
+    other->makeCurrent();
+    const auto bystander = fromTexts("b");
+    ASSERT_EQ(bystander->programHandle(), program) << "contexts number their programs alike";
+    shader.reset();
+    EXPECT_TRUE(other->isCurrent());
+    EXPECT_TRUE(glIsProgram(program));
+    context_->makeCurrent();
+    EXPECT_FALSE(glIsProgram(program));
+    manager_.removeAllShaders();
+}
+
+TEST_F(ShaderTest, ARenderShaderLooksItsProgramUpByKey) {
+    QVMultiSceneRenderShader render("normal", "normal_renderShader.plist");
+    ASSERT_NE(render.shader(), nullptr);
+    EXPECT_EQ(render.positionAttributeHandle(), 1u);
+    EXPECT_EQ(render.mvpMatrixUniformLocation(), render.shader()->uniformLocation("u_mvpMatrix"));
+    EXPECT_EQ(render.oneVariableUniformLocation(), 0) << "not listed there";
+    manager_.removeAllShaders();
+    EXPECT_EQ(render.positionAttributeHandle(), 0u);
+}
+
+TEST_F(ShaderTest, EveryOwnDescriptionBuildsAndListsOnlyWhatIsThere) {
+    int count = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(platform::resourcesFolder() / "shaders")) {
+        if (entry.path().extension() != ".plist") continue;
+        const auto shader = manager_.createShader(entry.path().stem(), entry.path().filename());
+        EXPECT_NE(shader->programHandle(), 0u) << entry.path();
+        for (const auto& [name, location] : shader->uniformHandles())
+            EXPECT_GE(location, 0) << entry.path() << " " << name;
+        for (const auto& [name, location] : shader->attributeHandles())
+            EXPECT_EQ(glGetAttribLocation(shader->programHandle(), name.c_str()), int(location)) << name;
+        ++count;
+    }
+    EXPECT_GE(count, 8);
+    for (const ShaderFailure& failure : manager_.failures()) ADD_FAILURE() << failure.file << failure.message;
+}
+
+TEST_F(ShaderTest, WritesTheBlurOfRadiusEight) {
+    const auto vertex = QVObject3DShaderCreater::vertexShaderForOptimizedBlurOfRadius(8, 16.0);
+    const auto fragment = QVObject3DShaderCreater::fragmentShaderForOptimizedBlurOfRadius(8, 16.0);
+    ASSERT_TRUE(vertex && fragment);
+    EXPECT_THAT(*vertex, HasSubstr("varying vec2 blurCoordinates[9];"));
+    for (const char* offset : {"1.498535", "3.496582", "5.494629", "7.492676"})
+        EXPECT_THAT(*vertex, HasSubstr(std::string(" - singleStepOffset * ") + offset + ";\n"));
+    EXPECT_THAT(*fragment, HasSubstr("blurCoordinates[0]) * 0.061593;\n"));
+    EXPECT_THAT(*fragment, HasSubstr("blurCoordinates[1]) * 0.122587;\n"));
+    EXPECT_THAT(*fragment, HasSubstr("blurCoordinates[4]) * 0.120219;\n"));
+    EXPECT_THAT(*fragment, HasSubstr("blurCoordinates[6]) * 0.116070;\n"));
+    EXPECT_THAT(*fragment, HasSubstr("blurCoordinates[8]) * 0.110328;\n"));
+    EXPECT_EQ(fragment->find("highp vec2 singleStepOffset"), std::string::npos);
+}
+
+TEST_F(ShaderTest, BlursOfEveryRadiusBuild) {
+    EXPECT_FALSE(QVObject3DShaderCreater::vertexShaderForOptimizedBlurOfRadius(0, 16.0));
+    EXPECT_FALSE(QVObject3DShaderCreater::fragmentShaderForOptimizedBlurOfRadius(0, 16.0));
+    for (const unsigned int radius : {1u, 2u, 7u, 8u, 14u, 15u, 24u}) {
+        const auto vertex = QVObject3DShaderCreater::vertexShaderForOptimizedBlurOfRadius(radius, 4.0);
+        const auto fragment = QVObject3DShaderCreater::fragmentShaderForOptimizedBlurOfRadius(radius, 4.0);
+        const Shader blur(*vertex, *fragment, {"position", "inputTextureCoordinate"},
+                          {"u_mvpMatrix", "u_textureMatrix", "videoFrame"});
+        EXPECT_NE(blur.programHandle(), 0u) << radius << " " << blur.failures()[0].message;
+        EXPECT_EQ(fragment->find("highp vec2 singleStepOffset") != std::string::npos, radius > 14) << radius;
+    }
+}
+
+}  // namespace
+}  // namespace multiscene
