@@ -1,0 +1,209 @@
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <fstream>
+
+#include "platform/base/DispatchQueue.h"
+#include "platform/base/File.h"
+#include "platform/base/FileGate.h"
+#include "platform/base/Json.h"
+#include "platform/base/NotificationCenter.h"
+#include "platform/base/Paths.h"
+#include "platform/base/PropertyList.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+
+class BaseTest : public ::testing::Test {
+  protected:
+    void SetUp() override { fs::create_directories(folder); }
+    void TearDown() override {
+        FileGate::shared().reset();
+        fs::remove_all(folder);
+    }
+    fs::path write(const std::string& name, const std::string& text) const {
+        fs::create_directories((folder / name).parent_path());
+        std::ofstream(folder / name) << text;
+        return folder / name;
+    }
+    fs::path folder = fs::temp_directory_path() / ("multiscene-base-" + uniqueIdentifier());
+};
+
+std::span<const uint8_t> bytes(const std::string& text) {
+    return {reinterpret_cast<const uint8_t*>(text.data()), text.size()};
+}
+
+TEST(Value, ReadingsAreLenient) {
+    const Value info(
+        Value::Dictionary{{"a", "12.5abc"}, {"b", " -7"}, {"c", 1e30}, {"d", "YES"}, {"e", 0.75}});
+    EXPECT_EQ(info.integer("a"), 12);
+    EXPECT_EQ(info.real("a"), 12.5f);
+    EXPECT_EQ(info.int32("b"), -7);
+    EXPECT_EQ(info.integer("c"), INT64_MAX);
+    EXPECT_EQ(info.int32("c"), INT32_MAX);
+    EXPECT_EQ(Value("99999999999999999999").integerValue(), INT64_MAX);
+    EXPECT_TRUE(info.boolean("d"));
+    EXPECT_EQ(info.integer("e"), 0);
+    EXPECT_TRUE(info.boolean("e"));
+    EXPECT_EQ(info.integer("missing"), 0);
+    EXPECT_TRUE(Value(5)["key"].isNone());
+    EXPECT_EQ(Value("0.1").floatValue(), 0.1f);
+}
+
+TEST(PropertyList, XmlRoundTripKeepsEveryType) {
+    const Value value(
+        Value::Dictionary{{"text", "a<&\"b"},
+                          {"number", -7},
+                          {"real", 0.5},
+                          {"yes", true},
+                          {"data", Value::Data{{0, 255, 7}}},
+                          {"list", Value::Array{Value(1), Value("x"), Value(Value::Dictionary{})}}});
+    const std::string xml = propertyListXml(value);
+    EXPECT_EQ(parsePropertyList(bytes(xml), "round"), value);
+    EXPECT_EQ(propertyListXml(parsePropertyList(bytes(xml), "round")), xml);
+    EXPECT_EQ(parsePropertyList(bytes("\xEF\xBB\xBF" + xml + "\n\n"), "with a mark"), value);
+}
+
+TEST(PropertyList, FaultsNameTheFileAndTheLine) {
+    try {
+        parsePropertyList(bytes("<plist>\n<dict>\n<key>a</key></string>\n</dict></plist>"), "scene.plist");
+        FAIL();
+    } catch (const Error& fault) {
+        EXPECT_EQ(fault.kind(), ErrorKind::Template);
+        EXPECT_NE(std::string(fault.what()).find("scene.plist: "), std::string::npos) << fault.what();
+        EXPECT_NE(std::string(fault.what()).find("line 3"), std::string::npos) << fault.what();
+    }
+}
+
+std::string repeated(const std::string& text, int times) {
+    std::string result;
+    for (int i = 0; i < times; ++i) result += text;
+    return result;
+}
+
+TEST(PropertyList, NestingIsCappedBeforeParsing) {
+    const std::string deep =
+        "<plist>" + repeated("<array>", 300000) + repeated("</array>", 300000) + "</plist>";
+    EXPECT_THROW(parsePropertyList(bytes(deep), "deep"), Error);
+    const std::string commented = "<plist><!-- " + repeated("<dict>", 100) + " --><dict/></plist>";
+    EXPECT_NO_THROW(parsePropertyList(bytes(commented), "commented"));
+}
+
+/// A binary list of `levels` arrays, each naming the next one `copies` times; the last names `tail`.
+std::string nestedBinary(uint8_t levels, uint8_t copies, uint8_t tail) {
+    std::string list = "bplist00";
+    std::string offsets;
+    for (uint8_t i = 0; i < levels; ++i) {
+        offsets += static_cast<char>(list.size());
+        list += static_cast<char>(0xA0 | copies);
+        list += std::string(copies, static_cast<char>(i + 1 < levels ? i + 1 : tail));
+    }
+    offsets += static_cast<char>(list.size());
+    list += '\x09';  // true
+    const auto table = static_cast<char>(list.size());
+    list += offsets + std::string(6, '\0') + '\1' + '\1' + std::string(7, '\0') +
+            static_cast<char>(levels + 1) + std::string(8, '\0') + std::string(7, '\0') + table;
+    return list;
+}
+
+TEST(PropertyList, BinaryListsThatUnfoldOrCycleAreRefused) {
+    EXPECT_EQ(parsePropertyList(bytes(nestedBinary(2, 3, 2)), "small").array().size(), 3u);
+    EXPECT_THROW(parsePropertyList(bytes(nestedBinary(12, 14, 12)), "bomb"), Error);
+    EXPECT_THROW(parsePropertyList(bytes(nestedBinary(3, 1, 0)), "cycle"), Error);
+    EXPECT_THROW(parsePropertyList(bytes(nestedBinary(3, 1, 200)), "dangling"), Error);
+    const std::string whole = nestedBinary(4, 2, 4);
+    for (size_t size = 0; size < whole.size(); ++size)
+        EXPECT_THROW(parsePropertyList(bytes(whole.substr(0, size)), "prefix"), Error) << size;
+}
+
+TEST(Json, WritesNumbersThatAreNotFiniteAsNull) {
+    const Value value(Value::Dictionary{{"b", std::nan("")}, {"a", 1}, {"c", "\xff"}});
+    EXPECT_EQ(jsonText(value), "{\"a\":1,\"b\":null,\"c\":\"\xEF\xBF\xBD\"}");
+    EXPECT_THROW(parseJson(repeated("[", 5000), "deep"), Error);
+    EXPECT_THROW(parseJson("{\"a\":", "cut"), Error);
+}
+
+TEST_F(BaseTest, TheGateOpensOnlyWhatLiesInside) {
+    const fs::path inside = write("template/a/picture.png", "x"), outside = write("secret.txt", "x");
+    write("template-2/b.png", "x");
+    fs::create_symlink(outside, folder / "template/link.png");
+    fs::create_symlink("a/picture.png", folder / "template/within.png");
+    ASSERT_EQ(mkfifo((folder / "template/pipe").c_str(), 0600), 0);
+    FileGate& gate = FileGate::shared();
+    gate.allowFolder(folder / "template");
+    using Verdict = FileGate::Verdict;
+    EXPECT_EQ(gate.check(inside), Verdict::Allowed);
+    EXPECT_EQ(gate.check(folder / "template/within.png"), Verdict::Allowed);
+    EXPECT_EQ(gate.check(folder / "template/nothing"), Verdict::Missing);
+    EXPECT_EQ(gate.check(folder / "template/../secret.txt"), Verdict::Outside);
+    EXPECT_EQ(gate.check(folder / "template/link.png"), Verdict::Outside);
+    EXPECT_EQ(gate.check(folder / "template-2/b.png"), Verdict::Outside);
+    EXPECT_EQ(gate.check(folder / "template/pipe"), Verdict::NotRegular);
+    EXPECT_EQ(gate.check(folder / "template/a"), Verdict::NotRegular);
+    EXPECT_EQ(gate.refusals().size(), 5u);
+    gate.allowFile(outside);
+    const FileGate::Opened opened = gate.open(folder / "template/link.png");
+    ASSERT_EQ(opened.verdict, Verdict::Allowed);
+    EXPECT_EQ(readFile(opened.file.path(), 10), std::vector<uint8_t>{'x'});
+}
+
+TEST_F(BaseTest, FilesAppearWholeOrNotAtAll) {
+    const fs::path target = write("out.txt", "old");
+    writeFileAtomically(target, "new");
+    EXPECT_EQ(readFile(target, 10).size(), 3u);
+    EXPECT_THROW(readFile(target, 2), Error);
+    EXPECT_THROW(writeFileAtomically(folder / "missing" / "out.txt", "x"), Error);
+    EXPECT_THROW(readFile(folder, 10), Error);
+    const fs::path moved = folder / "moved.txt";
+    moveFile(target, moved);
+    EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1);
+}
+
+TEST(DispatchQueue, RunsInOrderAndFinishesBeforeItIsGone) {
+    std::vector<int> order;
+    {
+        DispatchQueue queue("test");
+        for (int i = 0; i < 100; ++i) queue.async([&order, i] { order.push_back(i); });
+        queue.sync([&] { queue.sync([&] { order.push_back(100); }); });
+        queue.async([&order] { order.push_back(101); });
+    }
+    ASSERT_EQ(order.size(), 102u);
+    EXPECT_TRUE(std::is_sorted(order.begin(), order.end()));
+}
+
+TEST(DispatchQueue, TheMainQueueRunsOnWhoeverPumpsIt) {
+    DispatchQueue worker("worker");
+    bool ran = false;
+    std::thread::id thread;
+    worker.async([&] {
+        DispatchQueue::main().async([&] {
+            thread = std::this_thread::get_id();
+            ran = true;
+        });
+    });
+    DispatchQueue::main().pumpUntil([&] { return ran; });
+    EXPECT_EQ(thread, std::this_thread::get_id());
+}
+
+TEST(NotificationCenter, ADroppedObserverIsNotCalledAgain) {
+    int calls = 0;
+    auto first = NotificationCenter::shared().addObserver("name", [&] { ++calls; });
+    NotificationCenter::Token second;
+    second = NotificationCenter::shared().addObserver("name", [&] {
+        ++calls;
+        second.reset();  // from inside its own handler
+    });
+    NotificationCenter::shared().post("name");
+    NotificationCenter::shared().post("other");
+    NotificationCenter::shared().post("name");
+    EXPECT_EQ(calls, 3);
+}
+
+}  // namespace
+}  // namespace platform
