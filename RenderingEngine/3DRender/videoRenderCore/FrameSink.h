@@ -1,0 +1,53 @@
+// Where finished frames go: a video file, pictures, a window. Without a sink nothing is drawn.
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+
+#include "platform/base/Error.h"
+
+namespace multiscene {
+
+/// Owned by the render driver. Operations are called on the render queue with the GL context current, except
+/// where another thread is named.
+class FrameSink {
+  public:
+    virtual ~FrameSink() = default;
+
+    virtual int32_t width() const = 0;   ///< pixels, never changes; any thread
+    virtual int32_t height() const = 0;  ///< pixels, never changes; any thread
+
+    /// Makes the GL objects, once.
+    virtual void createFrameBufferObject() = 0;
+    /// Deletes the GL objects; may run twice.
+    virtual void destroyFramebuffer() = 0;
+    /// The framebuffer that each finished frame is resolved into. The driver clears it first.
+    virtual uint32_t renderToTextureFrameBufferID() const = 0;
+
+    /// True when the next frame can be taken at once. Any thread.
+    virtual bool isOkCaptureScreenVideo() const = 0;
+    /// Waits until isOkCaptureScreenVideo() holds, the sink has ended, or wake() is called; tells whether it
+    /// holds.
+    virtual bool waitUntilOk() = 0;
+    /// Ends a waitUntilOk() that is under way. Any thread.
+    virtual void wake() {}
+    /// Why the sink takes no more frames; nothing while it does. Any thread.
+    virtual std::optional<platform::Error> failure() const { return std::nullopt; }
+
+    /// False when nobody looks at the next frame; where leaving it out changes no later one, skipFrame() is
+    /// then called instead of renderFrameToVideo().
+    virtual bool wantsNextFrame() const { return true; }
+    /// Takes the resolved frame.
+    virtual void renderFrameToVideo() = 0;
+    /// The frame was not drawn.
+    virtual void skipFrame() {}
+
+    /// The driver stops for its exportPauseSeconds after each frame.
+    virtual bool isExport() const { return true; }
+    /// A new sink of the same settings, for a run that starts again from the first frame; none when this one
+    /// can go on. Any thread.
+    virtual std::shared_ptr<FrameSink> freshSink() { return nullptr; }
+};
+
+}  // namespace multiscene

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <functional>
+#include <vector>
+
+#include "core/GLESUtils/QVFrameBufferToTexture.h"
+#include "videoRenderCore/FrameSink.h"
+
+namespace multiscene {
+
+/// Hands out selected frames as pictures. Frames are counted from 0 over the whole run.
+class PictureSink : public FrameSink {
+  public:
+    /// A frame as it was resolved: RGBA, eight bits a channel, not premultiplied, top row first, rows packed.
+    /// Valid during the call.
+    struct Picture {
+        int64_t frame;
+        int32_t width, height;
+        const uint8_t* rgba;
+    };
+    /// Called on the render queue. An Error that it throws ends the run.
+    using Receiver = std::function<void(const Picture&)>;
+    using Selection = std::function<bool(int64_t frame)>;
+
+    /// `width`, `height` in pixels. No selection: every frame.
+    PictureSink(int32_t width, int32_t height, Receiver receiver, Selection selection = {});
+
+    int32_t width() const override { return target_.fboWidth(); }
+    int32_t height() const override { return target_.fboHeight(); }
+    void createFrameBufferObject() override { target_.createFrameBufferObject(); }
+    void destroyFramebuffer() override { target_.destroyFramebuffer(); }
+    uint32_t renderToTextureFrameBufferID() const override { return target_.frameBuffer(); }
+    bool isOkCaptureScreenVideo() const override { return true; }
+    bool waitUntilOk() override { return true; }
+    bool wantsNextFrame() const override { return !selection_ || selection_(nextFrame_); }
+    void renderFrameToVideo() override;
+    void skipFrame() override { ++nextFrame_; }
+    bool isExport() const override { return false; }
+
+  private:
+    QVFrameBufferToTexture target_;
+    Receiver receiver_;
+    Selection selection_;
+    int64_t nextFrame_ = 0;
+    std::vector<uint8_t> pixels_, row_;
+};
+
+}  // namespace multiscene

@@ -1,0 +1,101 @@
+// The scene-group player. Glossary: "Flie" is file, "tansitions" is transition, "Rec" is recording.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <string>
+
+#include "core/VideoTimeSource.h"
+#include "platform/base/Value.h"
+#include "videoRenderCore/QVMultiSceneRenderManager.h"
+
+namespace multiscene {
+
+/// Reads a scene group, builds one scene at a time for the render driver, one ahead of the one that plays,
+/// starts transitions when a clock asks for one, and ends or loops the group. Loading runs on the render
+/// queue; operations marked "any thread" get there by themselves.
+class QVMediaManage : public VideoTimeSourceDelegate, public std::enable_shared_from_this<QVMediaManage> {
+  public:
+    using CompletionBlock = QVMultiSceneRenderManager::CompletionBlock;
+
+    static std::shared_ptr<QVMediaManage> initWithRenderManager(
+        std::shared_ptr<QVMultiSceneRenderManager> renderManager, bool isLoopPlayer);
+
+    // Settings, before loading
+    /// Rendering for a file: video sources decode as fast as they can instead of at their own rate.
+    void setIsRec(bool isRec) { isRec_ = isRec; }
+    /// Called once, on the render queue, when a group that does not loop has played to its end: the run is
+    /// over, the scenes are gone and the exporter, if there is one, has been told to finish. Without a block
+    /// the end of the group goes unnoticed, and the run ends as failed.
+    void setOnSceneGroupRenderingCompleteBlock(CompletionBlock block) { completeBlock_ = std::move(block); }
+    /// Called once, on the render queue, when the group cannot be played to its end.
+    void setOnSceneGroupRenderingFailedBlock(QVMultiSceneRenderManager::FailureBlock block) {
+        renderManager_->setRunFailedBlock(std::move(block));
+    }
+
+    // Loading, any thread; loads the first scene and starts the run. Throw Error(Template) when the first
+    // scene names a type that does not exist.
+    /// Through the fence; a file that cannot be read is a group without scenes.
+    void loadSceneGroupWithPlistFlie(const std::string& path);
+    void loadSceneGroupWithDicInfo(const platform::Value& sceneGroup);
+    void loadSceneGroupWithSceneArray(const platform::Value::Array& sceneArray,
+                                      const platform::Value& userMediaMap, int64_t sceneGroupFpsTotal);
+
+    // Control, any thread
+    void reStartRender(CompletionBlock completion = {});
+    void reStartRenderwithSceneArray(const platform::Value::Array& sceneArray,
+                                     const platform::Value& userMediaMap, CompletionBlock completion = {});
+    /// Stops the run, gives up the export, then calls back on the render queue.
+    void cancelRun(CompletionBlock completion);
+    void pauseRun() { renderManager_->pauseRun(); }
+    void continueRun() { renderManager_->continueRun(); }
+
+    // Render queue
+    /// Fills the scene with the next entry of the group; false when the group has ended and does not loop.
+    bool loadNextScene(const std::shared_ptr<QVScene3D>& scene);
+    /// Fills one scene from the catalogue. A scene or file that does not exist leaves it empty.
+    void loadSceneWithSceneId(int64_t sceneId, const std::shared_ptr<QVScene3D>& scene,
+                              const std::string& sceneIdentifier, const platform::Value& sceneTansitionsInfo);
+    /// The clock of a scene by its "type", configured, its delegate set; none for an unknown type.
+    static std::shared_ptr<VideoTimeSource> timeSourceWithInfo(
+        const platform::Value& info, QVMultiSceneRenderManager& renderManager,
+        std::weak_ptr<VideoTimeSourceDelegate> delegate, bool isRec, const std::shared_ptr<QVScene3D>& scene,
+        const platform::Value& sceneTansitionsInfo);
+
+    // VideoTimeSourceDelegate
+    void didLoadNextScene(VideoTimeSource& timeSource, const std::shared_ptr<QVScene3D>& scene) override;
+    void didSceneTransitions(VideoTimeSource& timeSource, int32_t tansitionsType,
+                             int64_t tansitionsSceneId) override;
+    void didCompleteRender(VideoTimeSource& timeSource, const std::shared_ptr<QVScene3D>& scene) override;
+
+    bool isLoopPlayer() const { return isLoopPlayer_; }
+    /// Index of the scene loaded last, which is mostly one ahead of the one that plays; -1 before the first.
+    int64_t currentSceneIndex() const { return currentSceneIndex_; }
+    int64_t sceneGroupFpsTotal() const { return sceneGroupFpsTotal_; }  ///< frames, as the group says
+    const platform::Value::Array& sceneArray() const { return sceneArray_; }
+    const std::shared_ptr<QVMultiSceneRenderManager>& renderManager() const { return renderManager_; }
+
+  private:
+    QVMediaManage(std::shared_ptr<QVMultiSceneRenderManager> renderManager, bool isLoopPlayer);
+
+    void takeGroup(const platform::Value::Array& sceneArray, const platform::Value& userMediaMap);
+    void loadFirstScene();
+    void restart(std::function<void()> prepare, CompletionBlock completion);
+    void buildScene(const std::shared_ptr<QVScene3D>& scene, const platform::Value& sceneFile,
+                    const platform::Value& sceneTansitionsInfo);
+    void addTimeSource(const std::shared_ptr<QVScene3D>& scene, const platform::Value& info,
+                       const platform::Value& sceneTansitionsInfo);
+    bool groupHasEnded() const;
+    void preloadNextScene();
+    void finishGroup();
+    void moveToNextScene();
+
+    std::shared_ptr<QVMultiSceneRenderManager> renderManager_;
+    bool isLoopPlayer_ = false, isRec_ = false;
+    CompletionBlock completeBlock_;
+    platform::Value::Array sceneArray_;
+    int64_t currentSceneIndex_ = -1;
+    int64_t sceneGroupFpsTotal_ = 0;
+};
+
+}  // namespace multiscene

@@ -1,0 +1,194 @@
+// The render driver: GL context, render queue, frame target and the loop that renders a scene group frame by
+// frame. Glossary: "strat" is start.
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <exception>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "core/GLESUtils/MultisampleTarget.h"
+#include "core/QVScene3D.h"
+#include "core/RenderDriver.h"
+#include "platform/base/DispatchQueue.h"
+#include "platform/base/Error.h"
+#include "platform/gl/GLContext.h"
+#include "videoRenderCore/FrameSink.h"
+#include "videoRenderCore/FrameStatistics.h"
+#include "videoRenderCore/SoundSink.h"
+
+namespace multiscene {
+
+/// Posted by continueRun(): decoders that play at real speed re-base their start time.
+inline constexpr char kRefushMultiSceneRenderStartTime[] = "kRefushMultiSceneRenderStartTime";
+
+/// Samples of every multisampled buffer in the program.
+inline constexpr int samplingTotal = 2;
+
+struct RenderDriverSettings {
+    int32_t bufferWidth = 720, bufferHeight = 1280;  ///< pixels; a sink's own size wins
+    int32_t sceneTextureMaxWidth = 1000;             ///< pixels
+    platform::GLContext::Driver glDriver = platform::GLContext::Driver::Automatic;
+    /// Makes the context on the render queue instead of `glDriver`: for a window's.
+    std::function<std::shared_ptr<platform::GLContext>()> makeContext;
+    /// Waits for GL after each stage, so that FrameStatistics tells the stages apart.
+    bool finishEachStage = false;
+};
+
+/// Holds up to three scenes and renders one frame a loop turn in one of three modes. States: created →
+/// running (stratRun) ⇄ paused → cancelled, failed or restarted.
+///
+/// The loop occupies the render queue until it ends; scenes, tweens, materials and GL objects are touched on
+/// that queue alone. Operations marked "any thread" may be called from anywhere, the others on the queue.
+/// Must be released by another thread than the render queue's; that waits for the current turn to end.
+class QVMultiSceneRenderManager : public RenderDriver {
+  public:
+    using CompletionBlock = std::function<void()>;
+    using FailureBlock = std::function<void(const platform::Error&)>;
+    using FrameBlock = std::function<void(int64_t)>;
+
+    /// Builds context and frame target on the render queue. No sink: scenes are clocked, decoded and moved,
+    /// but nothing is drawn. The sinks may be one object. Throws Error when there is no GL.
+    static std::shared_ptr<QVMultiSceneRenderManager> initWithFrameSink(std::shared_ptr<FrameSink> frameSink,
+                                                                        std::shared_ptr<SoundSink> soundSink,
+                                                                        const RenderDriverSettings& settings);
+    ~QVMultiSceneRenderManager() override;
+
+    /// The manager made last, while it lives. Any thread.
+    static std::shared_ptr<QVMultiSceneRenderManager> shared();
+
+    // Control, any thread
+    /// Starts the loop on the render queue.
+    void stratRun();
+    /// Ends the runs started so far after their current turn, takes the scenes down and then calls back,
+    /// once, on the render queue. The GL objects of the driver and its sink are gone by then; a later
+    /// stratRun() makes them again.
+    void cancelRun(CompletionBlock completion);
+    /// The same, but keeps the GL set-up and starts counting frames from 0 again. The callback loads the
+    /// first scene and starts the next run.
+    void reStartRender(CompletionBlock completion);
+    void pauseRun();
+    void continueRun();
+    bool isPauseRun() const { return isPauseRun_; }
+
+    /// Runs a task on the render queue, with the context current, and waits; what it throws is thrown here.
+    /// While a loop runs it waits for the loop's end.
+    void performOnRenderQueue(const std::function<void()>& task);
+    /// Makes the context current and builds the render buffers where they are missing. Any thread.
+    void setupGlRender();
+
+    // Settings, any thread, before stratRun()
+    /// Called on the render queue with the new count after each frame.
+    void setFrameRenderingCompleteBlock(FrameBlock block) { frameRenderingCompleteBlock_ = std::move(block); }
+    /// Called on the render queue when a run ends by itself because it cannot go on: a broken template, a
+    /// file outside the fence, a failed sink, a current scene whose clock has stopped. Once a run, after the
+    /// scenes were taken down; never after cancelRun().
+    void setRunFailedBlock(FailureBlock block) { runFailedBlock_ = std::move(block); }
+    /// Called on the render queue in each frame, after updateMatrix and before anything is drawn.
+    void setFrameSampleBlock(FrameBlock block) { frameSampleBlock_ = std::move(block); }
+    /// How long the loop rests after an exported frame, in seconds.
+    void setExportPauseSeconds(double seconds) { exportPauseSeconds_ = seconds; }
+
+    // Scene slots, render queue
+    void setCurrentScene(std::shared_ptr<QVScene3D> scene) { currentScene_ = std::move(scene); }
+    void setNextScene(std::shared_ptr<QVScene3D> scene) { nextScene_ = std::move(scene); }
+    void setTransitionsScene(std::shared_ptr<QVScene3D> scene) { transitionsScene_ = std::move(scene); }
+    /// A number that is no mode draws nothing but counts.
+    void setSceneRenderType(SceneRenderType type) { sceneRenderType_ = type; }
+    /// A fresh empty scene becomes the current one.
+    void setupScene();
+    /// Counts from 0 again; asked for inside a frame, only after that frame was counted.
+    void resetCurrentRenderFps();
+    /// Replaces the sink of a finished run; sizes must agree.
+    void setFrameSink(std::shared_ptr<FrameSink> frameSink, std::shared_ptr<SoundSink> soundSink);
+
+    const std::shared_ptr<FrameSink>& frameSink() const { return frameSink_; }
+    const std::shared_ptr<SoundSink>& soundSink() const { return soundSink_; }
+    const FrameStatistics& statistics() const { return statistics_; }  ///< after the run, or on the queue
+    /// The context, current on the render queue while scenes live. Any thread.
+    const std::shared_ptr<platform::GLContext>& multiSceneRenderContext() const { return context_; }
+
+    // RenderDriver
+    int32_t bufferWidth() const override { return settings_.bufferWidth; }
+    int32_t bufferHeight() const override { return settings_.bufferHeight; }
+    int32_t sceneTextureMaxWidth() const override { return settings_.sceneTextureMaxWidth; }
+    SceneRenderType sceneRenderType() const override { return sceneRenderType_; }
+    std::shared_ptr<QVScene3D> currentScene() const override { return currentScene_; }
+    std::shared_ptr<QVScene3D> nextScene() const override { return nextScene_; }
+    std::shared_ptr<QVScene3D> transitionsScene() const override { return transitionsScene_; }
+    int64_t currentRenderFps() const override { return currentRenderFps_; }
+    void startSoundEffect(const platform::Value& audioInfo) override;
+    void stopSoundEffect(const std::string& audioKey) override;
+
+  private:
+    /// The scenes of one turn, kept alive until it ends whatever happens to the slots.
+    struct Turn {
+        std::shared_ptr<QVScene3D> current, next, transition;
+    };
+
+    QVMultiSceneRenderManager(std::shared_ptr<FrameSink> frameSink, std::shared_ptr<SoundSink> soundSink,
+                              const RenderDriverSettings& settings);
+
+    // Set-up and tear-down, QVMultiSceneRenderManager.cpp
+    void useMultiSceneRenderContext();
+    void setupRenderBuffer();
+    void destroyFramebuffer();
+    void clearScenes();
+    void interruptRuns();
+
+    // The loop
+    bool isCancelled(uint64_t run) const { return cancelledRuns_ >= run; }
+    void loop(uint64_t run);
+    void turn(uint64_t run);
+    void waitWhilePaused(uint64_t run);
+    bool frameSinkIsReady(uint64_t run);
+    void requirePlayable() const;
+    void restAfterFrame(uint64_t run);
+    void endFailedRun(uint64_t run, const platform::Error& error);
+
+    // One frame, FrameBodies.cpp
+    void render();
+    void runFrameBody();
+    void singleSceneRender(const Turn& turn);
+    void doubleSceneTransitionsRender(const Turn& turn);
+    void doubleSceneRender(const Turn& turn);
+    void advance(std::initializer_list<QVScene3D*> scenes);
+    void complete(std::initializer_list<QVScene3D*> scenes);
+    void handle(std::initializer_list<const std::shared_ptr<QVScene3D>*> slots);
+    bool mustDraw(const Turn& turn) const;
+    void drawFrame(const std::function<void()>& draw);
+    void renderingBeforeConfig();
+    void renderingAfterConfig();
+    void finishStage();
+    void checkGLError();
+
+    RenderDriverSettings settings_;
+    std::shared_ptr<FrameSink> frameSink_;
+    std::shared_ptr<SoundSink> soundSink_;
+    std::shared_ptr<platform::GLContext> context_;
+    MultisampleTarget msaaTarget_;
+
+    std::shared_ptr<QVScene3D> currentScene_, nextScene_, transitionsScene_;
+    SceneRenderType sceneRenderType_ = SceneRenderType::Single;
+    std::atomic<int64_t> currentRenderFps_{0};
+    bool isInFrame_ = false, isResetAsked_ = false;
+    FrameStatistics statistics_;
+
+    FrameBlock frameRenderingCompleteBlock_, frameSampleBlock_;
+    FailureBlock runFailedBlock_;
+    std::atomic<double> exportPauseSeconds_{0.015};
+
+    // Runs are numbered from 1; cancelling reaches every run started before it and none started later.
+    std::atomic<uint64_t> startedRuns_{0}, cancelledRuns_{0};
+    std::atomic<bool> isPauseRun_{false};
+    std::mutex wakeMutex_;
+    std::condition_variable wakeSignal_;
+
+    platform::DispatchQueue glviewTimeSourceQueue_{"qvglview time source queue"};  // last: joined first
+};
+
+}  // namespace multiscene

@@ -1,0 +1,152 @@
+// Turns rendered frames into a video file, mixes the group's sounds and joins both. Glossary: "canle" is
+// cancel, "Aolume" is volume.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+#include "core/GLESUtils/QVFrameBufferToTexture.h"
+#include "platform/audio/AudioTimeline.h"
+#include "platform/base/DispatchQueue.h"
+#include "platform/media/VideoWriter.h"
+#include "videoRenderCore/FrameSink.h"
+#include "videoRenderCore/SoundSink.h"
+
+namespace multiscene {
+
+class QVVideoCVCacheExporter;
+
+/// Hears of an export's end, once, on the main queue.
+class QVVideoCVCacheExporterDelegate {
+  public:
+    virtual ~QVVideoCVCacheExporterDelegate() = default;
+    /// `videoPath`: the silent film when there were no sounds, else the joined film in the job's folder.
+    virtual void videoExporterFinished(QVVideoCVCacheExporter&, const std::string& /*videoPath*/) {}
+    virtual void videoExporter(QVVideoCVCacheExporter&, const platform::Error& /*failedWithError*/) {}
+};
+
+struct VideoExportSettings {
+    int bitRate = 1500000;            ///< video, bits a second
+    std::string preset = "veryfast";  ///< of the H.264 encoder
+    int threads = 3;                  ///< of the H.264 encoder; part of the result, never of the machine
+    int audioBitRate = 128000;        ///< bits a second
+    /// Where the mixed sound and the joined film are made, under names of their own. The exporter deletes
+    /// neither; the job that owns the folder does.
+    std::filesystem::path temporaryFolder;
+};
+
+/// One export, from the first frame to the finished file. The frame counter starts at 1, so the first frame
+/// is stamped 1/fps while the film starts at 0.
+class QVVideoCVCacheExporter : public FrameSink,
+                               public SoundSink,
+                               public std::enable_shared_from_this<QVVideoCVCacheExporter> {
+  public:
+    /// Goes one way. Completed and Failed are each told to the delegate once; the others are not.
+    enum class State {
+        Writing,    ///< takes frames
+        Finishing,  ///< completing the film, mixing, joining
+        Completed,
+        Failed,
+        Cancelled,   ///< canleExport
+        SilentOnly,  ///< the film is complete at savePath() but too short for its sounds: nobody is told
+    };
+
+    /// Where a set point or clip lies: hundredths of a second, truncated.
+    static int64_t hundredthsOfFrame(int64_t frame, int32_t framesPerSecond);
+
+    /// Deletes what is at the path and opens the encoder. The size is rounded to whole pixels, halves away
+    /// from zero. Throws Error.
+    static std::shared_ptr<QVVideoCVCacheExporter> initWithOutputURL(const std::string& path, double width,
+                                                                     double height, int32_t frameRate,
+                                                                     const VideoExportSettings& settings);
+    /// Gives up an export that has not ended.
+    ~QVVideoCVCacheExporter() override;
+
+    void setDelegate(std::weak_ptr<QVVideoCVCacheExporterDelegate> delegate);  ///< before the first frame
+
+    // End and abort, any thread. The GL objects are the driver's to take down.
+    /// Completes the film on a thread of the exporter's own and goes on with the sounds. Frames must have
+    /// stopped.
+    void finishExport();
+    /// Gives up and tells the delegate: failure, code 101111.
+    void stopExport();
+    /// Gives up without telling anybody.
+    void canleExport();
+
+    State state() const;
+    const std::string& savePath() const { return savePath_; }
+    int32_t framesPerSecond() const { return framesPerSecond_; }
+    int64_t currentFrame() const { return currentFrame_; }  ///< of the next frame; render queue
+    std::vector<platform::Value> audioTrackArray() const;
+    /// CPU seconds of conversion and encoding; complete once the film is.
+    platform::VideoWriter::Statistics writerStatistics() const { return writer_->statistics(); }
+
+    // FrameSink
+    int32_t width() const override { return width_; }
+    int32_t height() const override { return height_; }
+    void createFrameBufferObject() override;
+    void destroyFramebuffer() override;
+    uint32_t renderToTextureFrameBufferID() const override { return resolveTarget_.frameBuffer(); }
+    bool isOkCaptureScreenVideo() const override;
+    bool waitUntilOk() override;
+    void wake() override;
+    std::optional<platform::Error> failure() const override;
+    void renderFrameToVideo() override;
+    std::shared_ptr<FrameSink> freshSink() override;
+
+    // SoundSink
+    void addAudioTrackWithInfo(const platform::Value& info) override;
+
+    // The mix, QVVideoCVCacheExporterAudio.cpp
+    /// 1 less the mean volume of the effects that sound at the frame, 1 when none does.
+    static float volumeWithFps(int64_t frame, const std::vector<platform::Value>& entries);
+    /// The music's volume: ducked under the effects and, in a film of more than 5 s, faded out at its end.
+    /// `totalTime` in seconds.
+    static platform::VolumeEnvelope updateBgAudioAolumeWithTrackMix(
+        const std::vector<platform::Value>& entries, int32_t framesPerSecond, float totalTime);
+    /// The music from 0 to exactly `totalTime` seconds, end to end as often as needed.
+    static std::vector<platform::AudioInsertion> addBgAudioWithUrl(
+        std::shared_ptr<const platform::AudioFile> music, float totalTime);
+    /// A whole sound file from its "fpsStart" on; its volume is set over its window.
+    static platform::AudioTrack addAudioWithInfo(const platform::Value& entry,
+                                                 std::shared_ptr<const platform::AudioFile> sound,
+                                                 int32_t framesPerSecond);
+    /// The fade of the whole film, evaluated on the samples: none up to 5 s.
+    static platform::VolumeEnvelope synthesisAudioFade(float totalTime);
+
+  private:
+    QVVideoCVCacheExporter(std::string path, double width, double height, int32_t frameRate,
+                           const VideoExportSettings& settings);
+
+    bool moveTo(State next);
+    void giveUp();
+    void finishOnQueue();
+    bool mutableAudioCompositionWithVideoUrl(const std::vector<platform::Value>& entries);
+    platform::AudioTimeline timelineOf(const std::vector<platform::Value>& entries, float totalTime) const;
+    std::shared_ptr<const platform::AudioFile> openSound(const platform::Value& entry) const;
+    void synthesisAudio(const std::filesystem::path& audio, const std::filesystem::path& video);
+    void handleSessionCompleteWithVideoPath(const std::string& path);
+    void handleSessionError(const platform::Error& error);
+
+    const std::string savePath_;
+    const int32_t width_, height_, framesPerSecond_;
+    const VideoExportSettings settings_;
+    std::weak_ptr<QVVideoCVCacheExporterDelegate> delegate_;
+    int64_t currentFrame_ = 1;
+    QVFrameBufferToTexture resolveTarget_;
+    std::unique_ptr<platform::VideoWriter> writer_;
+
+    mutable std::mutex mutex_;
+    State state_ = State::Writing;
+    std::optional<platform::Error> error_;
+    std::vector<platform::Value> audioTrackArray_;
+    std::stop_source stop_;
+    platform::DispatchQueue finishing_{"video export"};  // last: joined first
+};
+
+}  // namespace multiscene

@@ -1,0 +1,33 @@
+// What must hold before a group is played. Missing media and broken shaders are no matter of this: they are
+// skipped and counted.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "other/SceneCatalogue.h"
+#include "platform/base/Error.h"
+#include "platform/base/Value.h"
+
+namespace multiscene {
+
+/// No GL; any thread. Every problem is an Error(Template) naming file and key path, such as
+/// "object3D[2].childNode[0].type".
+class SceneValidation {
+  public:
+    using Problems = std::vector<platform::Error>;
+
+    /// Unknown node, component or time-source types, and a missing clock.
+    static Problems sceneProblems(const platform::Value& scene, const std::string& file);
+
+    /// An empty list of scenes, scene numbers that the catalogue does not have, scene files that cannot be
+    /// read (through the fence), and the problems of every scene, each file once.
+    static Problems sceneGroupProblems(const platform::Value& sceneGroup, const std::string& file,
+                                       SceneCatalogue& catalogue);
+
+    /// Throws the first problem of the group.
+    static void requirePlayable(const platform::Value& sceneGroup, const std::string& file,
+                                SceneCatalogue& catalogue);
+};
+
+}  // namespace multiscene
