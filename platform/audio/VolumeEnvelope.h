@@ -19,15 +19,19 @@ class VolumeEnvelope {
     bool isEmpty() const { return entries_.empty(); }
     /// The volume at a sample frame, counted from the start of the timeline.
     float volumeAtFrame(int64_t frame) const;
-    /// The first frame after `frame` at which the volume may take another course: until then it is constant
-    /// or one straight line.
-    int64_t nextChangeAfterFrame(int64_t frame) const;
+    /// Multiplies interleaved stereo samples, of which the first is the timeline's sample frame `firstFrame`,
+    /// by the volume at each of them.
+    void apply(float* samples, int64_t firstFrame, int64_t frames) const;
 
   private:
     struct Entry {
         float startVolume, endVolume;
         int64_t startFrame, endFrame;  ///< equal for a set point
+        float volumeAtFrame(int64_t frame) const;
     };
+    const Entry* entryAtFrame(int64_t frame) const;
+    int64_t nextChangeAfterFrame(int64_t frame) const;
+
     std::vector<Entry> entries_;
 };
 

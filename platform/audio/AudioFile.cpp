@@ -1,0 +1,226 @@
+#include "platform/audio/AudioFile.h"
+
+#include <algorithm>
+#include <cstring>
+#include <optional>
+#include <vector>
+
+#include "platform/media/Ffmpeg.h"
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/intreadwrite.h>
+#include <libavutil/opt.h>
+#include <libswresample/swresample.h>
+}
+
+namespace platform {
+
+namespace {
+
+struct FreeResampler {
+    void operator()(SwrContext* resampler) const { swr_free(&resampler); }
+};
+
+/// The opened file and the packets of its first sound track.
+class PacketReader {
+  public:
+    PacketReader(const FileHandle& file, const std::string& name, ErrorKind kind)
+        : input_(ffmpeg::openInput(file.path(), ffmpeg::Content::Audio, name, kind)),
+          stream_(ffmpeg::selectStream(*input_, ffmpeg::Content::Audio, name, kind)),
+          packet_(ffmpeg::newPacket()) {}
+
+    const AVStream& stream() const { return stream_; }
+    /// In Ogg a packet's length already is without the padding at its end.
+    bool lengthsExcludePadding() const { return std::strcmp(input_->iformat->name, "ogg") == 0; }
+
+    /// The next packet of the track; none at the end and where the file cannot be read.
+    AVPacket* next() {
+        do {
+            av_packet_unref(packet_.get());
+            if (av_read_frame(input_.get(), packet_.get()) < 0) return nullptr;
+        } while (packet_->stream_index != stream_.index);
+        return packet_.get();
+    }
+
+  private:
+    ffmpeg::Input input_;
+    AVStream& stream_;
+    ffmpeg::Packet packet_;
+};
+
+/// Brings decoded sound of any form to interleaved stereo floats at kAudioSampleRate.
+class Resampler {
+  public:
+    /// Appends the frame to `samples`; without a frame, what is still held back.
+    void convert(const AVFrame* frame, std::vector<float>& samples) {
+        if (frame && !matches(*frame)) {
+            convert(nullptr, samples);
+            configure(*frame);
+        }
+        if (!resampler_) return;
+        const int given = frame ? frame->nb_samples : 0;
+        const int room = swr_get_out_samples(resampler_.get(), given);
+        if (room <= 0) return;
+        const size_t used = samples.size();
+        samples.resize(used + static_cast<size_t>(room) * kAudioChannels);
+        auto* out = reinterpret_cast<uint8_t*>(samples.data() + used);
+        const auto** in = frame ? const_cast<const uint8_t**>(frame->extended_data) : nullptr;
+        const int made = std::max(swr_convert(resampler_.get(), &out, room, in, given), 0);
+        samples.resize(used + static_cast<size_t>(made) * kAudioChannels);
+    }
+
+  private:
+    bool matches(const AVFrame& frame) const {
+        return resampler_ && frame.format == format_ && frame.sample_rate == rate_ &&
+               frame.ch_layout.nb_channels == channels_;
+    }
+
+    void configure(const AVFrame& frame) {
+        format_ = frame.format;
+        rate_ = frame.sample_rate;
+        channels_ = frame.ch_layout.nb_channels;
+        AVChannelLayout from{}, to = AV_CHANNEL_LAYOUT_STEREO;
+        if (frame.ch_layout.order == AV_CHANNEL_ORDER_UNSPEC)
+            av_channel_layout_default(&from, channels_);
+        else
+            av_channel_layout_copy(&from, &frame.ch_layout);
+        SwrContext* made = nullptr;
+        swr_alloc_set_opts2(&made, &to, AV_SAMPLE_FMT_FLT, kAudioSampleRate, &from,
+                            static_cast<AVSampleFormat>(format_), rate_, 0, nullptr);
+        av_channel_layout_uninit(&from);
+        resampler_.reset(made);
+        if (!made) return;
+        // Many channels are mixed down without going over full scale; one channel sounds full on both sides.
+        av_opt_set_double(made, "rematrix_maxval", 1.0, 0);
+        constexpr double kMonoToBoth[] = {1.0, 1.0};
+        if (channels_ == 1) swr_set_matrix(made, kMonoToBoth, 1);
+        if (swr_init(made) < 0) resampler_.reset();
+    }
+
+    std::unique_ptr<SwrContext, FreeResampler> resampler_;
+    int format_ = AV_SAMPLE_FMT_NONE, rate_ = 0, channels_ = 0;
+};
+
+// Samples that a packet tells the decoder to drop: encoder delay at the start, padding at the end.
+struct Dropped {
+    int64_t atStart = 0, atEnd = 0;
+};
+
+Dropped droppedBy(const AVPacket& packet) {
+    size_t size = 0;
+    const uint8_t* data = av_packet_get_side_data(&packet, AV_PKT_DATA_SKIP_SAMPLES, &size);
+    if (!data || size < 8) return {};
+    return {AV_RL32(data), AV_RL32(data + 4)};
+}
+
+}  // namespace
+
+struct AudioFile::Implementation {
+    FileHandle file;
+    std::string name;
+    ErrorKind kind;
+    int64_t frameCount = 0;
+
+    int64_t measure() const;
+};
+
+// From the first packet that is heard to the end of the last one: exact and much faster than decoding.
+int64_t AudioFile::Implementation::measure() const {
+    PacketReader packets(file, name, kind);
+    const AVRational ticks = packets.stream().time_base;
+    const AVRational samples{1, std::max(packets.stream().codecpar->sample_rate, 1)};
+    std::optional<int64_t> start;
+    int64_t end = 0;
+    while (const AVPacket* packet = packets.next()) {
+        const Dropped dropped = droppedBy(*packet);
+        const int64_t begin = packet->pts == AV_NOPTS_VALUE ? end : av_rescale_q(packet->pts, ticks, samples);
+        // Sound before time 0 only warms the decoder up.
+        if (!start && !(packet->flags & AV_PKT_FLAG_DISCARD))
+            start = std::max<int64_t>(begin + dropped.atStart, 0);
+        const int64_t padding = packets.lengthsExcludePadding() ? 0 : dropped.atEnd;
+        end = std::max(end, begin + av_rescale_q(packet->duration, ticks, samples) - padding);
+    }
+    const int64_t heard = std::max<int64_t>(end - start.value_or(end), 0);
+    return av_rescale_q(heard, samples, {1, kAudioSampleRate});
+}
+
+AudioFile::AudioFile(FileHandle file, const std::string& name, ErrorKind kind)
+    : implementation_(std::make_unique<Implementation>()) {
+    Implementation& self = *implementation_;
+    self.file = std::move(file);
+    self.name = name;
+    self.kind = kind;
+    PacketReader packets(self.file, name, kind);
+    ffmpeg::openDecoder(packets.stream(), name, kind);
+    self.frameCount = self.measure();
+    if (self.frameCount <= 0) throw Error(kind, "holds no sound that can be decoded", name);
+}
+
+AudioFile::~AudioFile() = default;
+
+const std::string& AudioFile::name() const { return implementation_->name; }
+int64_t AudioFile::frameCount() const { return implementation_->frameCount; }
+
+struct AudioFile::Reader::Implementation {
+    explicit Implementation(const AudioFile::Implementation& file)
+        : packets(file.file, file.name, file.kind),
+          codec(ffmpeg::openDecoder(packets.stream(), file.name, file.kind)),
+          frame(ffmpeg::newFrame()),
+          remaining(file.frameCount) {}
+
+    int64_t available() const { return static_cast<int64_t>(samples.size() - used) / kAudioChannels; }
+
+    /// Decodes some more; false at the end.
+    bool fill() {
+        if (isAtEnd) return false;
+        samples.erase(samples.begin(), samples.begin() + static_cast<std::ptrdiff_t>(used));
+        used = 0;
+        const AVPacket* packet = packets.next();
+        // A packet that cannot be decoded is passed over.
+        avcodec_send_packet(codec.get(), packet);
+        while (avcodec_receive_frame(codec.get(), frame.get()) >= 0) resampler.convert(frame.get(), samples);
+        if (packet) return true;
+        isAtEnd = true;
+        resampler.convert(nullptr, samples);
+        return available() > 0;
+    }
+
+    PacketReader packets;
+    ffmpeg::Codec codec;
+    ffmpeg::Frame frame;
+    Resampler resampler;
+    std::vector<float> samples;
+    size_t used = 0;  ///< of `samples`
+    bool isAtEnd = false;
+    int64_t remaining;  ///< of the file's length: the last packet may be padded beyond it
+};
+
+AudioFile::Reader::Reader(const AudioFile& file)
+    : implementation_(std::make_unique<Implementation>(*file.implementation_)) {}
+AudioFile::Reader::~Reader() = default;
+AudioFile::Reader::Reader(Reader&&) noexcept = default;
+AudioFile::Reader& AudioFile::Reader::operator=(Reader&&) noexcept = default;
+
+int64_t AudioFile::Reader::read(float* samples, int64_t frames) {
+    Implementation& self = *implementation_;
+    frames = std::min(frames, self.remaining);
+    int64_t done = 0;
+    while (done < frames) {
+        if (self.available() == 0 && !self.fill()) break;
+        const int64_t now = std::min(self.available(), frames - done);
+        const size_t count = static_cast<size_t>(now) * kAudioChannels;
+        if (samples)
+            std::memcpy(samples + done * kAudioChannels, self.samples.data() + self.used,
+                        count * sizeof(float));
+        self.used += count;
+        done += now;
+    }
+    self.remaining -= done;
+    return done;
+}
+
+void AudioFile::Reader::skip(int64_t frames) { read(nullptr, frames); }
+
+}  // namespace platform
