@@ -19,6 +19,7 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr uint64_t kLocalHeaderBytes = 30;
+constexpr uint64_t kEndRecordBytes = 22, kMaxCommentBytes = 0xffff;
 constexpr uLong kEncryptedFlags = 0x0001 | 0x0040 | 0x2000;
 constexpr uLong kStored = 0, kDeflated = 8;
 
@@ -45,6 +46,21 @@ FileHandle openRegular(const fs::path& archive, ErrorKind kind) {
     if (::fstat(file.descriptor(), &info) != 0 || !S_ISREG(info.st_mode))
         throw Error(kind, "is no file", archive.string());
     return file;
+}
+
+/// Whether the file ends with a whole end record. The library reads what is cut off as zeros, and so a cut
+/// archive as an empty one.
+bool endsAsArchive(const FileHandle& file) {
+    const uint64_t size = file.size();
+    if (size < kEndRecordBytes) return false;
+    std::string tail(std::min(size, kEndRecordBytes + kMaxCommentBytes), '\0');
+    const auto offset = static_cast<off_t>(size - tail.size());
+    if (::pread(file.descriptor(), tail.data(), tail.size(), offset) != static_cast<ssize_t>(tail.size()))
+        return false;
+    const size_t start = tail.rfind("PK\5\6");
+    if (start == std::string::npos || tail.size() - start < kEndRecordBytes) return false;
+    const auto byte = [&](size_t index) { return static_cast<unsigned char>(tail[start + index]); };
+    return tail.size() - start - kEndRecordBytes == byte(20) + 256u * byte(21);
 }
 
 void writeAll(const FileHandle& file, const char* bytes, size_t count, const std::string& name) {
@@ -104,7 +120,7 @@ ZipArchive::Core::Core(const fs::path& source, ErrorKind errorKind, const ZipLim
     : path(source.string()), kind(errorKind), limits(theLimits), file(openRegular(source, errorKind)) {
     if (file.size() > limits.maxArchiveBytes)
         refuse("the archive is larger than " + std::to_string(limits.maxArchiveBytes) + " bytes");
-    archive.reset(unzOpen64(file.path().c_str()));
+    if (endsAsArchive(file)) archive.reset(unzOpen64(file.path().c_str()));
     if (!archive) refuse("is no zip archive, or is cut off");
     list();
     judgeOverlaps();

@@ -23,9 +23,9 @@ struct ZipEntry {
 
 /// What extract() takes and whom it tells. Everything is optional.
 struct ZipExtraction {
-    std::function<bool(const ZipEntry&)> wanted;                       ///< all entries when absent
-    std::function<void(uint64_t bytesDone, uint64_t bytes)> progress;  ///< after every piece of a file
-    std::function<bool()> isCancelled;
+    std::function<bool(const ZipEntry&)> wanted = {};                       ///< all entries when absent
+    std::function<void(uint64_t bytesDone, uint64_t bytes)> progress = {};  ///< after every piece of a file
+    std::function<bool()> isCancelled = {};
 };
 
 /// An open archive. Not for use by two threads at a time.

@@ -30,7 +30,7 @@ struct HttpDownloadResult {
 
 /// Fetches `url` into `file`, replacing it. Blocks. A broken transfer goes on where it stopped when the
 /// server can name the version of its file, else it starts again. Certificates are verified; proxies come
-/// from the environment; redirects stay within HTTP and HTTPS, and never leave HTTPS once there.
+/// from the environment; redirects stay within HTTP and HTTPS, and a URL that starts as HTTPS stays there.
 ///
 /// Throws Error with the URL as its file, and leaves no file: Usage for another kind of URL, Failed when the
 /// server refuses or the file is too large, Transient when the network or the server fails, Cancelled.

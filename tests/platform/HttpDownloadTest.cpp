@@ -1,0 +1,166 @@
+#include "platform/net/HttpDownload.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "FaultyServer.h"
+#include "platform/base/Clock.h"
+#include "platform/base/Paths.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+using test::FaultyServer;
+using testing::HasSubstr;
+using testing::Not;
+
+std::string answer(const std::string& status, const std::string& headers, const std::string& body) {
+    return "HTTP/1.1 " + status + "\r\nConnection: close\r\n" + headers + "\r\n" + body;
+}
+std::string ok(const std::string& body, const std::string& headers = "") {
+    return answer("200 OK", "Content-Length: " + std::to_string(body.size()) + "\r\n" + headers, body);
+}
+
+class HttpDownloadTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        ::setenv("no_proxy", "*", 1);
+        options.retryDelaySeconds = 0.01;
+        options.attempts = 4;
+    }
+    void TearDown() override { fs::remove(file); }
+
+    std::string content() const {
+        std::ifstream stream(file, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    /// The kind of the error, or nothing when the file arrived.
+    std::optional<ErrorKind> failure(const std::string& url) {
+        try {
+            downloadToFile(url, file, options);
+            return std::nullopt;
+        } catch (const Error& error) {
+            message = error.what();
+            EXPECT_FALSE(fs::exists(file)) << "half a file stays behind";
+            return error.kind();
+        }
+    }
+
+    fs::path file = fs::temp_directory_path() / ("download-test-" + uniqueIdentifier());
+    HttpDownloadOptions options;
+    std::string message;
+};
+
+TEST_F(HttpDownloadTest, FetchesAndTellsItsProgress) {
+    FaultyServer server({{ok("the archive")}, {ok("")}});
+    uint64_t lastReceived = 0, lastTotal = 0;
+    options.progress = [&](uint64_t received, uint64_t total) { lastReceived = received, lastTotal = total; };
+    const HttpDownloadResult result = downloadToFile(server.url(), file, options);
+    EXPECT_EQ(content(), "the archive");
+    EXPECT_EQ(result.bytes, 11u);
+    EXPECT_EQ(lastReceived, 11u);
+    EXPECT_EQ(lastTotal, 11u);
+    EXPECT_EQ(downloadToFile(server.url(), file, options).bytes, 0u);
+}
+
+TEST_F(HttpDownloadTest, GoesOnWhereABrokenTransferStopped) {
+    const std::string head = "Content-Length: 10\r\nETag: \"v1\"\r\n";
+    FaultyServer server(
+        {{answer("200 OK", head, "0123")},
+         {answer("206 Partial Content", "Content-Length: 6\r\nContent-Range: bytes 4-9/10\r\n", "456")},
+         {answer("206 Partial Content", "Content-Length: 3\r\nContent-Range: bytes 7-9/10\r\n", "789")}});
+    EXPECT_EQ(downloadToFile(server.url(), file, options).connections, 3);
+    EXPECT_EQ(content(), "0123456789");
+    EXPECT_THAT(server.requests()[1], HasSubstr("Range: bytes=4-\r\n"));
+    EXPECT_THAT(server.requests()[1], HasSubstr("If-Range: \"v1\"\r\n"));
+    EXPECT_THAT(server.requests()[2], HasSubstr("Range: bytes=7-\r\n"));
+}
+
+TEST_F(HttpDownloadTest, StartsAgainWhenTheFileHasChangedOrHasNoVersion) {
+    const std::string cut = "Content-Length: 10\r\nETag: \"v1\"\r\n";
+    FaultyServer changed({{answer("200 OK", cut, "0123")}, {ok("abcdef", "ETag: \"v2\"\r\n")}});
+    downloadToFile(changed.url(), file, options);
+    EXPECT_EQ(content(), "abcdef");
+
+    for (const char* version : {"", "ETag: W/\"v1\"\r\n"}) {
+        FaultyServer unnamed({{answer("200 OK", std::string("Content-Length: 10\r\n") + version, "0123")},
+                              {ok("0123456789")}});
+        downloadToFile(unnamed.url(), file, options);
+        EXPECT_EQ(content(), "0123456789");
+        EXPECT_THAT(unnamed.requests()[1], Not(HasSubstr("Range:")));
+    }
+
+    FaultyServer shrunk({{answer("200 OK", cut, "0123")}, {answer("416 Range", "", "")}, {ok("ab")}});
+    downloadToFile(shrunk.url(), file, options);
+    EXPECT_EQ(content(), "ab");
+
+    FaultyServer wrongPart({{answer("200 OK", cut, "0123")},
+                            {answer("206 Partial", "Content-Range: bytes 0-9/10\r\n", "0123456789")}});
+    EXPECT_EQ(failure(wrongPart.url()), ErrorKind::Failed);
+}
+
+TEST_F(HttpDownloadTest, AnErrorPageIsNoFile) {
+    FaultyServer missing({{answer("404 Not Found", "Content-Length: 4\r\n", "oops")}});
+    EXPECT_EQ(failure(missing.url()), ErrorKind::Failed);
+    EXPECT_THAT(message, HasSubstr("404"));
+
+    FaultyServer busy({{answer("503 Busy", "", "wait")}, {ok("done")}});
+    EXPECT_EQ(failure(busy.url()), std::nullopt);
+    EXPECT_EQ(content(), "done");
+
+    FaultyServer down({{answer("500 E", "", "")}, {answer("500 E", "", "")}, {""}, {"HTTP/1.1 2"}});
+    EXPECT_EQ(failure(down.url()), ErrorKind::Transient);
+}
+
+TEST_F(HttpDownloadTest, FollowsRedirectsWithinHttpOnly) {
+    FaultyServer goal({{ok("here")}});
+    FaultyServer signpost(
+        {{answer("302 Found", "Location: " + goal.url() + "\r\nContent-Length: 4\r\n", "page")}});
+    EXPECT_EQ(downloadToFile(signpost.url(), file, options).finalUrl, goal.url());
+    EXPECT_EQ(content(), "here");
+
+    for (const char* target : {"file:///etc/passwd", "ftp://127.0.0.1/x"}) {
+        FaultyServer trap({{answer("302 Found", std::string("Location: ") + target + "\r\n", "")}});
+        EXPECT_EQ(failure(trap.url()), ErrorKind::Failed) << target;
+    }
+    FaultyServer circle(
+        std::vector<test::FaultyAnswer>(8, {answer("302 Found", "Location: /again\r\n", "")}));
+    EXPECT_EQ(failure(circle.url()), ErrorKind::Failed);
+    EXPECT_EQ(failure("file:///etc/passwd"), ErrorKind::Usage);
+}
+
+TEST_F(HttpDownloadTest, StopsAtItsLimitsAndWhenAsked) {
+    options.maxBytes = 8;
+    FaultyServer stated({{ok("0123456789")}});
+    EXPECT_EQ(failure(stated.url()), ErrorKind::Failed);
+    FaultyServer unstated({{answer("200 OK", "", "0123456789")}});
+    EXPECT_EQ(failure(unstated.url()), ErrorKind::Failed);
+    EXPECT_THAT(message, HasSubstr("larger than 8 bytes"));
+
+    options.attempts = 1;
+    options.stallSeconds = 1;
+    FaultyServer stalled({{answer("200 OK", "Content-Length: 8\r\n", "0123"), true}});
+    EXPECT_EQ(failure(stalled.url()), ErrorKind::Transient);
+
+    options.stallSeconds = 30;
+    const double start = monotonicSeconds();
+    options.isCancelled = [&] { return monotonicSeconds() > start + 0.2; };
+    FaultyServer cancelled({{answer("200 OK", "Content-Length: 8\r\n", "0123"), true}});
+    EXPECT_EQ(failure(cancelled.url()), ErrorKind::Cancelled);
+    EXPECT_LT(monotonicSeconds() - start, 5);
+}
+
+TEST_F(HttpDownloadTest, MessagesKeepPasswordsToThemselves) {
+    options.attempts = 1;
+    FaultyServer missing({{answer("404 Not Found", "", "")}});
+    std::string url = missing.url();
+    url.insert(7, "anna:secret@");
+    EXPECT_EQ(failure(url), ErrorKind::Failed);
+    EXPECT_THAT(message, Not(HasSubstr("secret")));
+}
+
+}  // namespace
+}  // namespace platform

@@ -1,0 +1,235 @@
+#include "platform/archive/ZipArchive.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <fstream>
+
+#include "RawZip.h"
+#include "platform/archive/ZipWriter.h"
+#include "platform/base/File.h"
+#include "platform/base/Paths.h"
+
+namespace platform {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::HasSubstr;
+
+class ZipArchiveTest : public testing::Test {
+  protected:
+    void SetUp() override { createFolders(folder); }
+    void TearDown() override {
+        std::error_code ignored;
+        fs::remove_all(folder, ignored);
+    }
+
+    void write(const std::string& bytes) { std::ofstream(archive, std::ios::binary) << bytes; }
+    /// Why an archive is refused; empty when it was unpacked.
+    std::string refusal(const test::RawZip& zip, const ZipLimits& limits = {}) {
+        write(zip.bytes());
+        return refusal(limits);
+    }
+    std::string refusal(const ZipLimits& limits = {}) {
+        fs::remove_all(target);
+        createFolders(target);
+        try {
+            ZipArchive(archive, ErrorKind::Template, limits).extract(target);
+        } catch (const Error& error) {
+            EXPECT_EQ(error.kind(), ErrorKind::Template);
+            EXPECT_EQ(error.file(), archive.string());
+            return error.what();
+        }
+        return "";
+    }
+    std::string content(const std::string& name) const {
+        std::ifstream stream(target / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+
+    fs::path folder = fs::temp_directory_path() / ("zip-test-" + uniqueIdentifier());
+    fs::path archive = folder / "a.zip", target = folder / "target";
+};
+
+TEST_F(ZipArchiveTest, UnpacksPlainArchives) {
+    const std::string text(100'000, 'x');
+    EXPECT_EQ(refusal(test::RawZip()
+                          .add({"T/", ""})
+                          .add({"T/T.plist", "plain"})
+                          .add({.name = "T/生日/b.bin", .content = text, .deflated = true, .mode = 0104777})
+                          .add({.name = "T/dos", .content = "d", .madeBy = 20, .mode = 0})),
+              "");
+    EXPECT_EQ(content("T/T.plist"), "plain");
+    EXPECT_EQ(content("T/生日/b.bin"), text);
+    struct stat info {};
+    ASSERT_EQ(::stat((target / "T/生日/b.bin").c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 07111, 0u) << "an archive can make programs";
+}
+
+TEST_F(ZipArchiveTest, RefusesNamesByRule) {
+    const std::pair<std::string, const char*> cases[] = {
+        {"../evil", "leaves the archive's folder"},
+        {"T/../../evil", "leaves the archive's folder"},
+        {"T/..", "leaves the archive's folder"},
+        {"/etc/evil", "absolute"},
+        {"C:evil", "drive letter"},
+        {"c:/evil", "drive letter"},
+        {"T\\..\\evil", "backslash"},
+        {"T/./a", "empty component"},
+        {"T//a", "empty component"},
+        {std::string("T/a\0.plist", 10), "control character"},
+        {"T/\x1b[2Ja", "control character"},
+        {"T/a\x7f", "control character"},
+        {"T/\xc2\x85", "control character"},
+        {"T/\xc9\xfa\xc8\xd5", "not UTF-8"},
+        {"T/" + std::string(256, 'n'), "longer than"},
+        {std::string(600, 'n') + "/" + std::string(600, 'n'), "longer than"},
+    };
+    for (const auto& [name, rule] : cases) {
+        EXPECT_THAT(refusal(test::RawZip().add({"T/fine", "f"}).add({name, "evil"})), HasSubstr(rule))
+            << name;
+        EXPECT_TRUE(fs::is_empty(target)) << "something was unpacked before " << rule;
+        EXPECT_FALSE(fs::exists(folder / "evil"));
+    }
+    std::string deep;
+    for (int level = 0; level < 40; ++level) deep += "d/";
+    EXPECT_THAT(refusal(test::RawZip().add({deep + "f", ""})), HasSubstr("folders deep"));
+    EXPECT_EQ(refusal(test::RawZip().add({"T/..a", ""}).add({"T/b..", ""}).add({"T/:", ""})), "");
+}
+
+TEST_F(ZipArchiveTest, RefusesNamesThatCollide) {
+    EXPECT_THAT(refusal(test::RawZip().add({"T/a", "1"}).add({"T/a", "2"})), HasSubstr("twice"));
+    EXPECT_THAT(refusal(test::RawZip().add({"T/a", "1"}).add({"T/A", "2"})), HasSubstr("in case"));
+    EXPECT_THAT(refusal(test::RawZip().add({"T/a", "1"}).add({"t/b", "2"})), HasSubstr("in case"));
+    EXPECT_THAT(refusal(test::RawZip().add({"É", "1"}).add({"é", "2"})), HasSubstr("in case"));
+    EXPECT_THAT(refusal(test::RawZip().add({"\xc3\xa9", "1"}).add({"e\xcc\x81", "2"})), HasSubstr("accents"));
+    EXPECT_THAT(refusal(test::RawZip().add({"T/a", "1"}).add({"T/a/b", "2"})), HasSubstr("both a file and"));
+    EXPECT_EQ(refusal(test::RawZip().add({"T/b", "1"}).add({"T/", ""})), "");
+}
+
+TEST_F(ZipArchiveTest, RefusesLinksDevicesAndUnknownPackings) {
+    for (const uint32_t mode : {0120777u, 0020644u, 0060644u, 0010644u, 0140644u})
+        EXPECT_THAT(refusal(test::RawZip().add({.name = "T/l", .content = "/etc/passwd", .mode = mode})),
+                    HasSubstr("link or a device"));
+    EXPECT_THAT(
+        refusal(test::RawZip().add({.name = "T/l", .content = "/etc/passwd", .madeBy = 20, .mode = 0120777})),
+        HasSubstr("link or a device"));
+    EXPECT_THAT(refusal(test::RawZip().add({.name = "T/e", .content = "secret", .flags = 0x0801})),
+                HasSubstr("encrypted"));
+    EXPECT_THAT(refusal(test::RawZip().add({.name = "T/e", .content = "x", .method = uint16_t(14)})),
+                HasSubstr("unknown way"));
+}
+
+TEST_F(ZipArchiveTest, RefusesBombsBeforeUnpackingAnything) {
+    ZipLimits limits;
+    limits.maxEntries = 3;
+    limits.maxEntryBytes = 5000;
+    limits.maxTotalBytes = 8000;
+    limits.maxRatio = 10;
+    limits.ratioFreeBytes = 1000;
+    const auto bomb = [](const char* name, size_t bytes) {
+        return test::RawZipEntry{.name = name, .content = std::string(bytes, 'z'), .deflated = true};
+    };
+    const auto stored = [](const char* name, size_t bytes) {
+        return test::RawZipEntry{.name = name, .content = std::string(bytes, 'z')};
+    };
+    EXPECT_THAT(refusal(test::RawZip().add(stored("a", 1)).add(bomb("b", 4000)), limits),
+                HasSubstr("times its"));
+    EXPECT_TRUE(fs::is_empty(target));
+    EXPECT_EQ(refusal(test::RawZip().add(bomb("b", 900)), limits), "");
+    EXPECT_THAT(refusal(test::RawZip().add(stored("a", 5001)), limits), HasSubstr("more than 5000 bytes"));
+    EXPECT_THAT(refusal(test::RawZip().add(stored("a", 4500)).add(stored("b", 4500)), limits),
+                HasSubstr("more than 8000 bytes"));
+    EXPECT_THAT(refusal(test::RawZip().add({"a", ""}).add({"b", ""}).add({"c", ""}).add({"d", ""}), limits),
+                HasSubstr("more than 3 entries"));
+    limits.maxArchiveBytes = 100;
+    EXPECT_THAT(refusal(test::RawZip().add(stored("a", 200)), limits), HasSubstr("larger than 100 bytes"));
+
+    // Many directory entries that all unpack the same few bytes.
+    test::RawZip shared;
+    shared.add({.name = "a", .content = std::string(1000, 'z')});
+    shared.add({.name = "b", .content = std::string(1000, 'z'), .localOffset = 0});
+    EXPECT_THAT(refusal(shared), HasSubstr("shares its data"));
+}
+
+TEST_F(ZipArchiveTest, RefusesNumbersThatLie) {
+    const std::string text(3000, 't');
+    EXPECT_THAT(refusal(test::RawZip().add({.name = "a", .content = text, .crc = 1u})),
+                HasSubstr("check sum"));
+    EXPECT_THAT(refusal(test::RawZip().add({.name = "a", .content = text, .deflated = true, .bytes = 100u})),
+                HasSubstr("check sum"));
+    EXPECT_NE(refusal(test::RawZip().add({.name = "a", .content = text, .deflated = true, .bytes = 9000u})),
+              "");
+    EXPECT_THAT(refusal(test::RawZip().add({.name = "a", .content = text, .bytes = 100u})),
+                HasSubstr("contradict each other"));
+    EXPECT_THAT(
+        refusal(test::RawZip().add({.name = "a", .content = text, .packedBytes = 90000u, .bytes = 90000u})),
+        HasSubstr("outside the archive"));
+    EXPECT_THAT(refusal(test::RawZip().add({.name = "a/", .content = text})),
+                HasSubstr("contradict each other"));
+    test::RawZip elsewhere;
+    elsewhere.add({"a", text}).add({.name = "b", .content = text, .localOffset = 7});
+    EXPECT_THAT(refusal(elsewhere), HasSubstr("contradicts the archive's directory"));
+}
+
+TEST_F(ZipArchiveTest, EveryPrefixAndEveryFlippedByteIsRefusedOrHarmless) {
+    const std::string whole = test::RawZip()
+                                  .add({"T/T.plist", "content"})
+                                  .add({.name = "T/b", .content = std::string(50, 'b'), .deflated = true})
+                                  .bytes();
+    for (size_t length = 0; length < whole.size(); ++length) {
+        write(whole.substr(0, length));
+        EXPECT_NE(refusal(), "") << length << " of " << whole.size() << " bytes pass for the archive";
+    }
+    for (size_t index = 0; index < whole.size(); ++index) {
+        std::string damaged = whole;
+        damaged[index] = static_cast<char>(damaged[index] ^ 0x41);
+        write(damaged);
+        if (!refusal().empty()) continue;
+        // Names, times and attributes have no check sum; the content has.
+        for (const auto& file : fs::recursive_directory_iterator(target))
+            if (file.is_regular_file()) {
+                EXPECT_THAT(content(fs::relative(file, target)),
+                            testing::AnyOf("content", std::string(50, 'b')));
+            }
+    }
+}
+
+TEST_F(ZipArchiveTest, UnpacksOnlyWhatIsWantedAndNeverOverALink) {
+    write(test::RawZip().add({"T/a", "a"}).add({"__MACOSX/T/._a", "junk"}).bytes());
+    createFolders(target);
+    ZipArchive zip(archive);
+    ASSERT_EQ(zip.entries().size(), 2u);
+    zip.extract(target, {.wanted = [](const ZipEntry& entry) { return entry.name.starts_with("T/"); }});
+    EXPECT_EQ(content("T/a"), "a");
+    EXPECT_FALSE(fs::exists(target / "__MACOSX"));
+    EXPECT_THROW(zip.extract(target), Error) << "a file was overwritten";
+
+    fs::remove_all(target / "T");
+    fs::create_directory_symlink(folder, target / "T");
+    EXPECT_THROW(zip.extract(target), Error);
+    EXPECT_FALSE(fs::exists(folder / "a"));
+    EXPECT_THROW(zip.extract(target, {.isCancelled = [] { return true; }}), Error);
+}
+
+TEST_F(ZipArchiveTest, WritesTheSameBytesWhateverTheFilesTimes) {
+    const fs::path file = folder / "b.txt", picture = folder / "p.png", second = folder / "b.zip";
+    std::ofstream(file) << std::string(5000, 'b');
+    std::ofstream(picture) << "picture";
+    writeZip(archive, {{"T/b.txt", file}, {"T/p.png", picture}});
+    fs::last_write_time(file, fs::last_write_time(file) - std::chrono::hours(1000));
+    fs::permissions(file, fs::perms::owner_all);
+    writeZip(second, {{"T/p.png", picture}, {"T/b.txt", file}});
+    EXPECT_EQ(readFile(archive, 1 << 20), readFile(second, 1 << 20));
+    EXPECT_EQ(refusal(), "");
+    EXPECT_EQ(content("T/b.txt"), std::string(5000, 'b'));
+    EXPECT_EQ(content("T/p.png"), "picture");
+
+    fs::create_symlink(file, folder / "link");
+    EXPECT_THROW(writeZip(second, {{"T/b.txt", folder / "link"}}), Error);
+    EXPECT_EQ(readFile(archive, 1 << 20), readFile(second, 1 << 20)) << "a failed write replaced the archive";
+}
+
+}  // namespace
+}  // namespace platform
