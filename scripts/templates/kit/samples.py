@@ -226,6 +226,12 @@ def cat(width=900, height=900):
     paint.fill(pen, paint.radial((450, 400), 700, ((0, "#bfe5dc"), (1, "#5aa9a0"))))
     paint.smooth(pen, ((170, 910), (220, 660), (450, 600), (680, 660), (730, 910)), closed=True)
     paint.fill(pen, "#e88f45")
+    cat_head(pen)
+    return surface
+
+
+def cat_head(pen, eye_light="#b6d96a", eye_dark="#5f9440"):
+    """A head 540 wide around (450, 430)."""
     for side in (-1, 1):
         for points, tint in ((((-70, -150), (-232, -330), (-250, -60)), "#ee9a4f"),
                              (((-110, -170), (-208, -278), (-222, -100)), "#f6bda0")):
@@ -240,19 +246,18 @@ def cat(width=900, height=900):
         paint.ellipse(pen, 450 + x, 262 + abs(x) * 0.15, 15, 52)
         paint.fill(pen, "#c76f2e")
     for side in (-1, 1):
-        cat_side(pen, side)
+        cat_side(pen, side, eye_light, eye_dark)
     paint.ellipse(pen, 450, 520, 24, 16)
     paint.fill(pen, "#d9606a")
-    return surface
 
 
-def cat_side(pen, side):
+def cat_side(pen, side, eye_light, eye_dark):
     paint.ellipse(pen, 450 + side * 46, 556, 66, 52)
     paint.fill(pen, "#fff3e2")
     paint.ellipse(pen, 450 + side * 108, 420, 54, 60)
     paint.fill(pen, "#ffffff")
     paint.ellipse(pen, 450 + side * 102, 424, 42, 50)
-    paint.fill(pen, paint.radial((450 + side * 102, 436), 54, ((0, "#b6d96a"), (1, "#5f9440"))))
+    paint.fill(pen, paint.radial((450 + side * 102, 436), 54, ((0, eye_light), (1, eye_dark))))
     paint.ellipse(pen, 450 + side * 100, 424, 17, 42)
     paint.fill(pen, "#1d1a16")
     paint.circle(pen, 450 + side * 100 - 14, 402, 12)
