@@ -1,0 +1,121 @@
+#include <array>
+
+#include "app/Check/TemplateRules.h"
+
+namespace multiscene {
+
+using platform::Value;
+
+std::span<const GroupRule> groupRules() {
+    static constexpr std::array table{
+        rules::groupHasScenes,           rules::scenesAreInTheCatalogue,         rules::transitionsFitTheirScenes,
+        rules::overlaysEndBeforeTheNext, rules::keysDoNotCollideWithIdentifiers,
+    };
+    return table;
+}
+
+namespace rules {
+
+namespace {
+
+enum class TransitionKind { Texture = 0, Overlay = 1 };
+
+struct Transition {
+    int64_t sceneId = 0, frames = 0, type = 0;
+
+    bool is(TransitionKind kind) const { return sceneId >= 1 && type == static_cast<int64_t>(kind); }
+};
+
+Transition transitionOf(const Value& entry) {
+    const Value& info = entry["sceneTansitionsInfo"];
+    return {info.integer("tansitionsSceneId"), info.integer("fpsTotal"), info.integer("sceneTansitionsType")};
+}
+
+std::string entryPath(const GroupView& group, size_t index, const std::string& key = {}) {
+    return group.keyPath + "[" + std::to_string(index) + "]" + (key.empty() ? "" : "." + key);
+}
+
+std::optional<int64_t> lastFrameOf(const GroupView& group, int64_t sceneId) {
+    const SceneView* scene = group.scene(sceneId);
+    return scene ? scene->lastFrame() : std::nullopt;
+}
+
+void requireScene(const GroupView& group, int64_t number, const std::string& keyPath, Findings& findings) {
+    if (group.scene(number)) return;
+    findings.push_back({Severity::Error, group.file, keyPath,
+                        "scene " + std::to_string(number) + " is not in the catalogue",
+                        "list it in \"installScenes\", or install the template that brings it"});
+}
+
+void judgeTransition(const GroupView& group, size_t index, Findings& findings) {
+    const Transition transition = transitionOf(group.entries[index]);
+    const std::string keyPath = entryPath(group, index, "sceneTansitionsInfo.fpsTotal");
+    const auto judge = [&](int64_t sceneId, const char* which) {
+        const auto last = lastFrameOf(group, sceneId);
+        if (!last || transition.frames <= *last + 1) return;
+        findings.push_back({Severity::Error, group.file, keyPath,
+                            "the transition of " + std::to_string(transition.frames) +
+                                " frames is longer than the " + which + " scene with " +
+                                std::to_string(*last + 1),
+                            "shorten it"});
+    };
+    judge(group.entries[index].integer("mainSceneId"), "ending");
+    if (!transition.is(TransitionKind::Texture)) return;
+    judge(transition.sceneId, "transition");
+    if (index + 1 < group.entries.size()) judge(group.entries[index + 1].integer("mainSceneId"), "following");
+}
+
+}  // namespace
+
+void groupHasScenes(const GroupView& group, Findings& findings) {
+    if (group.entries.empty())
+        findings.push_back(
+            {Severity::Error, group.file, group.keyPath, "the group has no scenes", "list at least one"});
+}
+
+void scenesAreInTheCatalogue(const GroupView& group, Findings& findings) {
+    for (size_t index = 0; index < group.entries.size(); ++index) {
+        const Value& entry = group.entries[index];
+        requireScene(group, entry.integer("mainSceneId"), entryPath(group, index, "mainSceneId"), findings);
+        if (const Transition transition = transitionOf(entry); transition.sceneId >= 1)
+            requireScene(group, transition.sceneId,
+                         entryPath(group, index, "sceneTansitionsInfo.tansitionsSceneId"), findings);
+    }
+}
+
+void transitionsFitTheirScenes(const GroupView& group, Findings& findings) {
+    for (size_t index = 0; index < group.entries.size(); ++index)
+        if (transitionOf(group.entries[index]).sceneId >= 1) judgeTransition(group, index, findings);
+}
+
+void overlaysEndBeforeTheNext(const GroupView& group, Findings& findings) {
+    int64_t sceneStart = 0, overlayEnd = -1;
+    for (size_t index = 0; index < group.entries.size(); ++index) {
+        const auto last = lastFrameOf(group, group.entries[index].integer("mainSceneId"));
+        if (!last) return;
+        const Transition transition = transitionOf(group.entries[index]);
+        const int64_t start = sceneStart + *last - transition.frames + 1;
+        if (transition.sceneId >= 1 && start <= overlayEnd)
+            findings.push_back({Severity::Error, group.file, entryPath(group, index, "sceneTansitionsInfo"),
+                                "starts at frame " + std::to_string(start) +
+                                    " of the group, while an overlay runs to frame " +
+                                    std::to_string(overlayEnd),
+                                "shorten the overlay's scene or lengthen this one"});
+        const auto overlayLast = lastFrameOf(group, transition.sceneId);
+        if (transition.is(TransitionKind::Overlay) && overlayLast) overlayEnd = start + *overlayLast;
+        sceneStart += *last + 1 - (transition.is(TransitionKind::Texture) ? transition.frames : 0);
+    }
+}
+
+void keysDoNotCollideWithIdentifiers(const GroupView& group, Findings& findings) {
+    for (const std::string& identifier : group.identifiers())
+        for (const std::string& key : group.userKeys)
+            if (group.userKeys.contains(key + identifier))
+                findings.push_back({Severity::Warning, group.file, group.keyPath,
+                                    "the key \"" + key + "\" joined with the scene identifier \"" + identifier +
+                                        "\" is the key of another value",
+                                    "rename the identifier"});
+}
+
+}  // namespace rules
+}  // namespace multiscene

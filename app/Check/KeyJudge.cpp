@@ -1,0 +1,241 @@
+#include "app/Check/KeyJudge.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+
+#include "app/Check/SceneFileKeys.h"
+#include "app/Check/Suggestion.h"
+
+namespace multiscene {
+
+using platform::Value;
+
+namespace {
+
+std::string quoted(std::string_view text) {
+    constexpr size_t longest = 60;
+    return "\"" + std::string(text.substr(0, longest)) + (text.size() > longest ? "…" : "") + "\"";
+}
+
+std::string_view trimmed(std::string_view text) {
+    const size_t first = text.find_first_not_of(" \t\r\n");
+    if (first == std::string_view::npos) return {};
+    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
+}
+
+bool isNumberText(std::string_view text) {
+    text = trimmed(text);
+    if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+    double number = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+    return !text.empty() && result.ec == std::errc() && result.ptr == text.data() + text.size();
+}
+
+std::vector<std::string> pieces(std::string_view text) {
+    std::vector<std::string> result;
+    for (size_t comma; (comma = text.find(',')) != std::string_view::npos; text.remove_prefix(comma + 1))
+        result.emplace_back(text.substr(0, comma));
+    result.emplace_back(text);
+    return result;
+}
+
+bool isBoolText(std::string_view text) {
+    static constexpr std::string_view words[] = {"yes", "no", "true", "false", "YES", "NO", "0", "1"};
+    for (const std::string_view candidate : words)
+        if (text == candidate) return true;
+    return false;
+}
+
+bool takesUserValue(const Key& key) {
+    return key.lookup == KeyLookup::UserMap || key.lookup == KeyLookup::UserPath;
+}
+
+bool isNumber(const Key& key, const Value& value) {
+    return value.isNumber() || (value.isString() && (takesUserValue(key) || isNumberText(value.stringValue())));
+}
+
+bool isVector(const Value& value, size_t components) {
+    if (!value.isString()) return false;
+    const std::vector<std::string> parts = pieces(value.stringValue());
+    return parts.size() == components && std::all_of(parts.begin(), parts.end(), isNumberText);
+}
+
+template <typename Test>
+bool isArrayOf(const Value& value, Test test) {
+    if (!value.isArray()) return false;
+    for (const Value& element : value.array())
+        if (!test(element)) return false;
+    return true;
+}
+
+bool fits(const Key& key, const Value& value) {
+    const auto isDictionary = [](const Value& element) { return element.isDictionary(); };
+    switch (key.type) {
+        case KeyType::Bool:
+            return value.isNumber() || (value.isString() && isBoolText(value.stringValue()));
+        case KeyType::Integer:
+        case KeyType::Number:
+            return isNumber(key, value);
+        case KeyType::Text:
+        case KeyType::Choice:
+            return value.isString() || value.isNumber();
+        case KeyType::Vector2:
+            return isVector(value, 2);
+        case KeyType::Vector3:
+            return isVector(value, 3);
+        case KeyType::Color:
+            return isVector(value, 4);
+        case KeyType::Dictionary:
+            return value.isDictionary();
+        case KeyType::Array:
+        case KeyType::Nodes:
+            return isArrayOf(value, isDictionary);
+        case KeyType::TextArray:
+            return isArrayOf(value, [](const Value& element) { return element.isString(); });
+    }
+    return false;
+}
+
+std::string shown(const Value& value) {
+    if (value.isString() || value.isNumber()) return quoted(value.stringValue());
+    return value.isArray() ? "an array" : std::string(typeName(value.type()));
+}
+
+std::string numberText(double number) {
+    char buffer[32];
+    std::snprintf(buffer, sizeof buffer, "%.10g", number);
+    return buffer;
+}
+
+/// The dictionary among a table's keys in which a key that is unknown here would be right.
+const Key* rightPlace(const KeyTable& table, const std::string& name) {
+    for (const KeyTable* part = &table; part; part = part->base)
+        for (const Key& key : part->keys)
+            if (key.type == KeyType::Dictionary && key.children && key.children->find(name)) return &key;
+    return nullptr;
+}
+
+}  // namespace
+
+std::string rangeText(const Key& key) {
+    const bool hasMinimum = std::isfinite(key.minimum), hasMaximum = std::isfinite(key.maximum);
+    if (hasMinimum && hasMaximum)
+        return "from " + numberText(key.minimum) + " to " + numberText(key.maximum);
+    if (hasMinimum) return "at least " + numberText(key.minimum);
+    return hasMaximum ? "at most " + numberText(key.maximum) : std::string();
+}
+
+std::string typeText(KeyType type) {
+    switch (type) {
+        case KeyType::Bool:
+            return "true or false";
+        case KeyType::Integer:
+            return "a whole number";
+        case KeyType::Number:
+            return "a number";
+        case KeyType::Text:
+            return "text";
+        case KeyType::Vector2:
+            return "text of 2 numbers \"a,b\"";
+        case KeyType::Vector3:
+            return "text of 3 numbers \"a,b,c\"";
+        case KeyType::Color:
+            return "text of 4 numbers \"red,green,blue,alpha\"";
+        case KeyType::Choice:
+            return "one of some words";
+        case KeyType::Dictionary:
+            return "a dictionary";
+        case KeyType::Array:
+            return "an array of dictionaries";
+        case KeyType::TextArray:
+            return "an array of texts";
+        case KeyType::Nodes:
+            return "an array of node dictionaries";
+    }
+    return "";
+}
+
+void KeyJudge::add(Severity severity, const std::string& keyPath, std::string message, std::string remedy) {
+    findings_.push_back({severity, file_, keyPath, std::move(message), std::move(remedy)});
+}
+
+void KeyJudge::dictionary(const KeyTable& table, const Value& content, const std::string& keyPath) {
+    for (const KeyTable* part = &table; part; part = part->base)
+        for (const Key& key : part->keys)
+            if (key.required && !content.has(key.name))
+                add(Severity::Error, keyPath, "\"" + std::string(key.name) + "\" is missing",
+                    "add it: " + std::string(key.meaning));
+}
+
+void KeyJudge::known(const Key& key, const Value& value, const std::string& keyPath) {
+    if (!fits(key, value)) {
+        add(Severity::Error, keyPath, "is " + shown(value) + ", not " + typeText(key.type));
+        return;
+    }
+    switch (key.type) {
+        case KeyType::Integer:
+        case KeyType::Number:
+            judgeNumber(key, value, keyPath);
+            break;
+        case KeyType::Vector2:
+        case KeyType::Vector3:
+        case KeyType::Color:
+            for (const std::string& piece : pieces(value.stringValue()))
+                judgeRange(key, Value(piece).doubleValue(), keyPath);
+            break;
+        case KeyType::Choice:
+            judgeChoice(key, value.stringValue(), keyPath);
+            break;
+        default:
+            break;
+    }
+}
+
+void KeyJudge::judgeNumber(const Key& key, const Value& value, const std::string& keyPath) {
+    if (value.isString() && !isNumberText(value.stringValue())) return;  // names a value of the user
+    const double number = value.doubleValue();
+    judgeRange(key, number, keyPath);
+    if (key.type == KeyType::Integer && number != std::trunc(number))
+        add(Severity::Warning, keyPath, "is " + shown(value) + ", and only the whole number counts",
+            "write " + numberText(std::trunc(number)));
+}
+
+void KeyJudge::judgeChoice(const Key& key, const std::string& chosen, const std::string& keyPath) {
+    const std::vector<std::string_view> choices(key.choices.begin(), key.choices.end());
+    if (std::find(choices.begin(), choices.end(), chosen) != choices.end()) return;
+    std::string remedy = didYouMean(chosen, choices);
+    if (remedy.empty()) {
+        remedy = "known are";
+        for (const std::string_view choice : choices) remedy += " " + std::string(choice);
+    }
+    add(Severity::Error, keyPath, "is " + quoted(chosen) + ", which means nothing here", remedy);
+}
+
+void KeyJudge::judgeRange(const Key& key, double number, const std::string& keyPath) {
+    if (number >= key.minimum && number <= key.maximum) return;
+    add(Severity::Error, keyPath, "is " + numberText(number) + ", out of range", "it takes " + rangeText(key));
+}
+
+void KeyJudge::unknown(const KeyTable& table, const std::string& name, const Value& value,
+                       const std::string& keyPath) {
+    // An entry of a scene group repeats its identifier as a key of that name.
+    if (&table == &sceneEntryKeys && value == Value(name)) return;
+    std::string remedy = didYouMean(name, keyNames(table));
+    if (const Key* place = rightPlace(table, name))
+        remedy = "it belongs into \"" + std::string(place->name) + "\"";
+    if (remedy.empty()) remedy = "nothing reads it: remove it";
+    add(Severity::Error, keyPath, "unknown key of " + std::string(table.owner), remedy);
+}
+
+void KeyJudge::unknownType(const std::string& kind, const std::string& type,
+                           const std::vector<std::string_view>& types, const std::string& keyPath) {
+    const std::string place = keyPath + ".type";
+    if (type.empty())
+        add(Severity::Error, keyPath, "\"type\" is missing", "add the " + kind + " type");
+    else
+        add(Severity::Error, place, "unknown " + kind + " type " + quoted(type), didYouMean(type, types));
+}
+
+}  // namespace multiscene

@@ -1,0 +1,38 @@
+#pragma once
+
+#include "app/Check/DictionaryWalk.h"
+#include "app/Check/Finding.h"
+
+namespace multiscene {
+
+/// Judges dictionaries by their key tables alone: unknown keys and types, missing keys, wrong types, values
+/// out of range.
+class KeyJudge : public DictionaryVisitor {
+  public:
+    KeyJudge(std::string file, Findings& findings) : file_(std::move(file)), findings_(findings) {}
+
+    void dictionary(const KeyTable& table, const platform::Value& content,
+                    const std::string& keyPath) override;
+    void known(const Key& key, const platform::Value& value, const std::string& keyPath) override;
+    void unknown(const KeyTable& table, const std::string& name, const platform::Value& value,
+                 const std::string& keyPath) override;
+    void unknownType(const std::string& kind, const std::string& type,
+                     const std::vector<std::string_view>& types, const std::string& keyPath) override;
+
+  private:
+    void add(Severity severity, const std::string& keyPath, std::string message, std::string remedy = {});
+    void judgeNumber(const Key& key, const platform::Value& value, const std::string& keyPath);
+    void judgeChoice(const Key& key, const std::string& chosen, const std::string& keyPath);
+    void judgeRange(const Key& key, double number, const std::string& keyPath);
+
+    std::string file_;
+    Findings& findings_;
+};
+
+/// "from 1 to 179", "at least 0", "at most 3"; empty for a key that takes any number.
+std::string rangeText(const Key& key);
+
+/// "a whole number", "text of 3 numbers \"a,b,c\"": what a key wants.
+std::string typeText(KeyType type);
+
+}  // namespace multiscene

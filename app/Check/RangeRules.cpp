@@ -1,0 +1,71 @@
+#include "app/Check/DictionaryWalk.h"
+#include "app/Check/SceneFileKeys.h"
+#include "app/Check/SceneRules.h"
+#include "core/component/QVObject3DComponentBase.h"
+
+namespace multiscene::rules {
+
+using platform::Value;
+
+namespace {
+
+std::string frameText(const std::optional<int64_t>& frame) {
+    return std::to_string(frame.value_or(0));
+}
+
+bool isEmpty(const FrameRange& range) {
+    return range.start && range.end && *range.start > *range.end;
+}
+
+/// Nodes and components alike: whatever has "startFps" and "endFps".
+class EmptyRanges : public DictionaryVisitor {
+  public:
+    EmptyRanges(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
+
+    void dictionary(const KeyTable&, const Value& content, const std::string& keyPath) override {
+        const FrameRange range{frameNumberOf(content["startFps"]), frameNumberOf(content["endFps"])};
+        if (!isEmpty(range)) return;
+        findings_.push_back({Severity::Error, scene_.file, keyPath,
+                             "starts at frame " + frameText(range.start) + " but ends at " +
+                                 frameText(range.end) + ": it never happens",
+                             "exchange or correct the two"});
+    }
+
+  private:
+    const SceneView& scene_;
+    Findings& findings_;
+};
+
+}  // namespace
+
+void rangesAreNotEmpty(const SceneView& scene, Findings& findings) {
+    EmptyRanges visitor(scene, findings);
+    walkDictionary(sceneFileKeys, scene.content, "", visitor);
+}
+
+void nodesBeginBeforeTheSceneEnds(const SceneView& scene, Findings& findings) {
+    const auto last = scene.lastFrame();
+    if (!last) return;
+    for (const NodeView& node : scene.nodes)
+        if (node.frames.start.value_or(0) > *last)
+            findings.push_back({Severity::Error, scene.file, node.keyPath + ".FpsInfo.startFps",
+                                node.label() + " starts at frame " + frameText(node.frames.start) +
+                                    ", after the scene's last frame " + std::to_string(*last),
+                                "start it earlier or lengthen the clock"});
+}
+
+void childrenBeginAfterTheirParents(const SceneView& scene, Findings& findings) {
+    for (const NodeView& node : scene.nodes) {
+        if (node.parent < 0) continue;
+        const NodeView& parent = scene.nodes[node.parent];
+        if (!node.frames.start || !parent.frames.start || *node.frames.start >= *parent.frames.start) continue;
+        findings.push_back({Severity::Warning, scene.file, node.keyPath + ".FpsInfo.startFps",
+                            node.label() + " starts at frame " + frameText(node.frames.start) +
+                                ", before its parent " + parent.label() + " at " +
+                                frameText(parent.frames.start) +
+                                ": until then it is drawn but does not move, and its texture is not loaded",
+                            "start the parent as early as its children"});
+    }
+}
+
+}  // namespace multiscene::rules

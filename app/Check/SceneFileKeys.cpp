@@ -1,0 +1,217 @@
+#include "app/Check/SceneFileKeys.h"
+
+#include "core/QVLightBase.h"
+#include "core/carmera/QVCamera3D.h"
+
+namespace multiscene {
+
+static constexpr Key timeSourceKeyList[] = {
+    {.name = "type", .type = KeyType::Text, .meaning = "the clock's class", .required = true},
+};
+const KeyTable timeSourceKeys{"TimeSource", "The clock of a scene, often with a video of its own.", nullptr,
+                              timeSourceKeyList};
+
+static constexpr Key sceneFileKeyList[] = {
+    {.name = "Camera",
+     .type = KeyType::Dictionary,
+     .meaning = "the scene's camera; none: a perspective of 75 degrees",
+     .children = &cameraKeys},
+    {.name = "LightSourceArray",
+     .type = KeyType::Array,
+     .meaning = "the scene's lights",
+     .children = &lightKeys},
+    {.name = "TimeSource",
+     .type = KeyType::Dictionary,
+     .meaning = "the scene's clock; without one a scene never ends",
+     .required = true,
+     .children = &timeSourceKeys},
+    {.name = "object3D", .type = KeyType::Nodes, .meaning = "the top-level nodes"},
+};
+const KeyTable sceneFileKeys{"Scene file", "One scene, as SCENE.plist in a template's folder.", nullptr,
+                             sceneFileKeyList};
+
+namespace {
+
+constexpr Key transitionKeyList[] = {
+    {.name = "tansitionsSceneId",
+     .type = KeyType::Integer,
+     .meaning = "catalogue number of the scene that composes the two",
+     .required = true,
+     .minimum = 1},
+    {.name = "fpsTotal",
+     .type = KeyType::Integer,
+     .unit = "frames",
+     .fallback = "0",
+     .meaning = "length of the transition, before the scene's last frame",
+     .required = true,
+     .minimum = 1},
+    {.name = "sceneTansitionsType",
+     .type = KeyType::Integer,
+     .fallback = "0",
+     .meaning = "0: both scenes become textures of the transition scene; 1: the transition scene is drawn over "
+                "the running scene",
+     .minimum = 0,
+     .maximum = 1},
+};
+constexpr KeyTable transitionKeys{"sceneTansitionsInfo", "The transition at the end of a scene.", nullptr,
+                                  transitionKeyList};
+
+}  // namespace
+
+static constexpr Key sceneEntryKeyList[] = {
+    {.name = "mainSceneId",
+     .type = KeyType::Integer,
+     .meaning = "catalogue number of the scene",
+     .required = true,
+     .minimum = 0},
+    {.name = "sceneIdentifier",
+     .type = KeyType::Text,
+     .meaning = "name of this use of the scene: its values are looked up under key + identifier"},
+    {.name = "sceneTansitionsInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "how the next scene follows; none: a hard cut",
+     .children = &transitionKeys},
+};
+const KeyTable sceneEntryKeys{"scene", "One scene of a group. A further key whose name and value are both the "
+                                       "identifier is written beside these.",
+                              nullptr, sceneEntryKeyList};
+
+static constexpr Key sceneGroupFileKeyList[] = {
+    {.name = "scene",
+     .type = KeyType::Array,
+     .meaning = "the scenes in playing order",
+     .required = true,
+     .children = &sceneEntryKeys},
+    {.name = "userMediaMap",
+     .type = KeyType::Dictionary,
+     .meaning = "the user's texts, photo paths and numbers by key + scene identifier"},
+    {.name = "sceneGroupFpsTotal",
+     .type = KeyType::Integer,
+     .unit = "frames",
+     .fallback = "0",
+     .meaning = "length of the group",
+     .minimum = 0},
+};
+const KeyTable sceneGroupFileKeys{"Scene-group file", "A list of scenes with the user's media.", nullptr,
+                                  sceneGroupFileKeyList};
+
+namespace {
+
+constexpr Key inputKeyList[] = {
+    {.name = "userInputType",
+     .type = KeyType::Integer,
+     .fallback = "0",
+     .meaning = "0 a text, 1 a photo",
+     .required = true,
+     .minimum = 0,
+     .maximum = 1},
+    {.name = "renderMapKey",
+     .type = KeyType::Text,
+     .meaning = "the key under which the scenes look the value up",
+     .required = true},
+    {.name = "maxLenght", .type = KeyType::Integer, .fallback = "0", .meaning = "most characters; 0: no limit",
+     .minimum = 0},
+    {.name = "maxLine", .type = KeyType::Integer, .fallback = "0", .meaning = "most lines; 0: no limit",
+     .minimum = 0},
+    {.name = "is3DText", .type = KeyType::Bool, .fallback = "0", .meaning = "the text becomes a solid"},
+    {.name = "aspectWidth",
+     .type = KeyType::Integer,
+     .fallback = "0",
+     .meaning = "width of the shape that a photo is cropped to; 0: its own",
+     .minimum = 0},
+    {.name = "aspectHeight",
+     .type = KeyType::Integer,
+     .fallback = "0",
+     .meaning = "height of that shape",
+     .minimum = 0},
+    {.name = "englishPlaceholder", .type = KeyType::Text, .meaning = "shown while the input is empty"},
+    {.name = "chinesePlaceholder", .type = KeyType::Text, .meaning = "the same in Chinese"},
+    {.name = "japanesePlaceholder", .type = KeyType::Text, .meaning = "the same in Japanese"},
+};
+constexpr KeyTable inputKeys{"userInputArray", "One thing that the user is asked for.", nullptr, inputKeyList};
+
+constexpr Key descriptionKeyList[] = {
+    {.name = "PIPTempletType", .type = KeyType::Integer, .fallback = "0", .meaning = "kind of template"},
+    {.name = "mediaSize",
+     .type = KeyType::Vector2,
+     .unit = "pixels",
+     .fallback = "720,1280",
+     .meaning = "size of the video, two even numbers",
+     .minimum = 2,
+     .maximum = 16384},
+    {.name = "videoFrameRate",
+     .type = KeyType::Integer,
+     .unit = "frames a second",
+     .fallback = "30",
+     .meaning = "rate of the video",
+     .minimum = 1,
+     .maximum = 1000},
+    {.name = "userInputArray",
+     .type = KeyType::Array,
+     .meaning = "what the user is asked for",
+     .children = &inputKeys},
+    {.name = "sceneGroup",
+     .type = KeyType::Array,
+     .meaning = "the scenes that are played; none: the template's own alone",
+     .children = &sceneEntryKeys},
+    {.name = "bgAudioPath",
+     .type = KeyType::Text,
+     .meaning = "background music; none: bg-audio.mp3 in the template's folder, if it is there",
+     .lookup = KeyLookup::Path},
+};
+constexpr KeyTable descriptionKeys{"wechartTempletInfo", "What the template asks for and makes.", nullptr,
+                                   descriptionKeyList};
+
+constexpr Key recordKeyList[] = {
+    {.name = "sId",
+     .type = KeyType::Integer,
+     .meaning = "catalogue number, one of its own for every scene",
+     .required = true,
+     .minimum = 0},
+    {.name = "scenePlistPath",
+     .type = KeyType::Text,
+     .meaning = "the scene file",
+     .lookup = KeyLookup::Path,
+     .required = true},
+    {.name = "sceneResourceFolderPath", .type = KeyType::Text, .meaning = "the template's folder, ends in \"/\""},
+    {.name = "sceneThumbnailPath", .type = KeyType::Text, .meaning = "a picture of the template"},
+    {.name = "eName", .type = KeyType::Text, .meaning = "the name in English"},
+    {.name = "cName", .type = KeyType::Text, .meaning = "the name in Chinese"},
+    {.name = "jName", .type = KeyType::Text, .meaning = "the name in Japanese"},
+    {.name = "fpsLength",
+     .type = KeyType::Integer,
+     .unit = "frames",
+     .fallback = "0",
+     .meaning = "length of the scene: \"endFps\" of its clock + 1"},
+    {.name = "sourceType",
+     .type = KeyType::Integer,
+     .fallback = "0",
+     .meaning = "catalogue group; 7: the length comes from the user's video"},
+    {.name = "photoTotal",
+     .type = KeyType::Integer,
+     .fallback = "0",
+     .meaning = "number of photos asked for",
+     .minimum = 0},
+    {.name = "videoPreviewUrl", .type = KeyType::Text, .meaning = "address of a preview"},
+    {.name = "youtubePreviewUrl", .type = KeyType::Text, .meaning = "address of a second preview"},
+    {.name = "wechartTempletInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "inputs and video; read of the first record",
+     .children = &descriptionKeys},
+};
+constexpr KeyTable recordKeys{"installScenes", "A catalogue record: one scene of the template.", nullptr,
+                              recordKeyList};
+
+}  // namespace
+
+static constexpr Key templateFileKeyList[] = {
+    {.name = "installScenes",
+     .type = KeyType::Array,
+     .meaning = "the catalogue records; the first is the template itself",
+     .required = true,
+     .children = &recordKeys},
+};
+const KeyTable templateFileKeys{"Template file", "NAME/NAME.plist, the description of a template.", nullptr,
+                                templateFileKeyList};
+
+}  // namespace multiscene

@@ -1,0 +1,42 @@
+// What a scene file can get wrong beyond single keys. One idea a function; all of them are listed in
+// sceneRules().
+#pragma once
+
+#include <span>
+
+#include "app/Check/Finding.h"
+#include "app/Check/SceneView.h"
+
+namespace multiscene {
+
+using SceneRule = void (*)(const SceneView&, Findings&);
+
+std::span<const SceneRule> sceneRules();
+
+namespace rules {
+
+// ClockRules.cpp
+void clockSaysItsEnd(const SceneView&, Findings&);
+void clockBeginsAtZero(const SceneView&, Findings&);
+void backgroundIsStretched(const SceneView&, Findings&);
+
+// RangeRules.cpp
+void rangesAreNotEmpty(const SceneView&, Findings&);
+void nodesBeginBeforeTheSceneEnds(const SceneView&, Findings&);
+void childrenBeginAfterTheirParents(const SceneView&, Findings&);
+
+// MotionRules.cpp
+void motionListsDoNotStall(const SceneView&, Findings&);
+void motionBeginsWithItsNode(const SceneView&, Findings&);
+void keyFrameListsDoNotStall(const SceneView&, Findings&);
+void overlappingMotionHasLength(const SceneView&, Findings&);
+void rotationsHaveBothEnds(const SceneView&, Findings&);
+
+// FileRules.cpp
+void filesAreThere(const SceneView&, Findings&);
+
+// MediaRules.cpp
+void videosAreReadable(const SceneView&, Findings&);
+
+}  // namespace rules
+}  // namespace multiscene

@@ -1,0 +1,15 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "app/Check/Finding.h"
+#include "platform/base/FileGate.h"
+
+namespace multiscene {
+
+/// Judges a path of a scene file: whether it resolves to anything, and whether the gate opens it. `place`
+/// carries file and key path; its text is filled in. Nothing when all is well.
+std::optional<Finding> judgeFileName(const std::string& path, const std::string& sceneFolder, Finding place);
+
+}  // namespace multiscene
