@@ -2,6 +2,7 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstdint>
 #include <deque>
 #include <mutex>
 #include <optional>
@@ -20,10 +21,21 @@ class BoundedQueue {
         return isOpen_ && items_.size() < capacity_;
     }
 
-    /// Waits for room; false when the queue is or gets closed.
+    /// Waits for room; false when the queue is or gets closed, or wakeWaiters() came first.
     bool waitForRoom() {
         std::unique_lock lock(mutex_);
-        return waitForRoom(lock);
+        const uint64_t wakes = wakes_;
+        changed_.wait(lock, [&] { return !isOpen_ || items_.size() < capacity_ || wakes_ != wakes; });
+        return isOpen_ && items_.size() < capacity_;
+    }
+
+    /// Ends the calls of waitForRoom() that are under way.
+    void wakeWaiters() {
+        {
+            const std::lock_guard lock(mutex_);
+            ++wakes_;
+        }
+        changed_.notify_all();
     }
 
     /// Waits for room and puts the item in; false when the queue is or gets closed.
@@ -79,6 +91,7 @@ class BoundedQueue {
     std::condition_variable changed_;
     std::deque<Item> items_;
     bool isOpen_ = true;
+    uint64_t wakes_ = 0;
 };
 
 }  // namespace platform

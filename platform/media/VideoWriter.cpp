@@ -184,6 +184,9 @@ bool VideoWriter::isReadyForMoreMediaData() const {
 bool VideoWriter::waitUntilReady() {
     return implementation_->queue.waitForRoom();
 }
+void VideoWriter::wakeWaiters() {
+    implementation_->queue.wakeWaiters();
+}
 
 bool VideoWriter::append(PixelBufferPool::Pointer picture, int64_t presentationTime) {
     return implementation_->queue.push({std::move(picture), presentationTime});

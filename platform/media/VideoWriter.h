@@ -56,8 +56,11 @@ class VideoWriter {
     /// True while writing and the queue has room, so that append() would not block. Any thread.
     bool isReadyForMoreMediaData() const;
     /// Blocks until isReadyForMoreMediaData() holds, and then gives true; false as soon as the writer was
-    /// finished, failed or was cancelled.
+    /// finished, failed or was cancelled, and when wakeWaiters() is called.
     bool waitUntilReady();
+    /// Ends the calls of waitUntilReady() that are under way: their caller has something else to do. Any
+    /// thread.
+    void wakeWaiters();
 
     /// Queues one picture; its buffer comes back by itself. `presentationTime` counts in 1/framesPerSecond
     /// and must rise with every picture; the first time is kept as it is, also when it is not 0. Blocks while
