@@ -29,7 +29,8 @@ def build(root):
 # Pictures -----------------------------------------------------------------------------------------------------------
 
 def pictures(template):
-    for name, picture in (("cake", cake()), ("candle", candle()), ("rim", rim()), ("empty", empty()), ("garland", garland())):
+    for name, picture in (("cake", cake()), ("candle", candle()), ("rim", rim()), ("empty", empty()), ("garland", garland()),
+                          ("disc", disc())):
         paint.save_png(picture, template.file(f"res/{name}.png"))
     pvr.write(template.file("res/wall0.pvr.gz"), wall(), "rgb565")
     pvr.write(template.file("res/table0.pvr.gz"), table(), "rgb888", levels=4)
@@ -157,6 +158,14 @@ def empty():
     paint.fill(pen, paint.linear((0, 0), (0, 512), ((0, "#f7b6c9"), (1, "#8fd6c3"))))
     paint.heart(pen, 256, 256, 84)
     paint.fill(pen, paint.colour("#ffffff", 0.85))
+    return surface
+
+
+def disc():
+    """The mask of the photo: white shows."""
+    surface, pen = paint.canvas(512, 512, "#000000")
+    paint.circle(pen, 256, 256, 254)
+    paint.fill(pen, "#ffffff")
     return surface
 
 
@@ -302,9 +311,10 @@ def room():
 def photo():
     motion = scene.Motion(6, (0, 236, 0), 0.4).to(44, scale=1.0, ease=scene.BACK_OUT)
     fps = scene.span(6, LAST)
-    picture = {"textureType": "filterImage", "texture": "photo", "filterType": "roundRect", "circularR": 512.0}
     parts = [scene.faded(scene.image("res/empty.png"), scene.box(420, 420), fps, "empty", [scene.fade(6, 20, 0, 1)]),
-             scene.faded(picture, scene.box(368, 368, 1), fps, "photo", [scene.fade(6, 26, 0, 1)]),
+             scene.node("QVQuadMaskObject3D", fps, "photo", TextureInfo=scene.user_image("photo"), QuadInfo=scene.box(366, 366),
+                        MaskInfo=scene.image("res/disc.png"), AnimationInfo=[
+                            {"sartFps": 6, "endFps": 26, "ease": scene.SINE_OUT, "startMaskAlpha": 0.0, "endMaskAlpha": 1.0}]),
              scene.faded(scene.image("res/rim.png"), scene.box(420, 420), fps, "rim", [scene.fade(6, 20, 0, 1)])]
     return scene.group(scene.span(6, LAST, 150), parts, "photo frame", TransformArray=motion.items(),
                        MutableTransformArray=scene.swing("translate", 45, LAST, 44, (0, 0, 0), (0, 12, 0)))
