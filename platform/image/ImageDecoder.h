@@ -1,0 +1,60 @@
+// Reads picture files: JPEG, PNG, WebP, HEIC, AVIF, GIF (its first frame) and TIFF, told apart by their
+// content and never by their name. Photos come from real phones, so every reading is upright (EXIF
+// orientation applied), in sRGB (embedded profiles and CMYK converted), 8 bits a channel. Any thread; several
+// at once are fine.
+#pragma once
+
+#include <filesystem>
+#include <string>
+
+#include "platform/base/File.h"
+#include "platform/image/Image.h"
+
+namespace platform {
+
+/// Pictures beyond these are refused from their header, before a pixel is decoded.
+struct ImageLimits {
+    /// Width times height of a file that is decoded in strips, or at a fraction of its size.
+    static constexpr int64_t streamedPixels = 400'000'000;
+    /// Bytes that a decoder must hold at once: progressive, interlaced and tiled files.
+    static constexpr int64_t heldBytes = 400'000'000;
+    /// Pixels of a decoded result.
+    static constexpr int64_t resultPixels = 64'000'000;
+};
+
+/// Who is blamed when a picture cannot be read, and under what name.
+struct ImageSource {
+    std::string name;
+    ErrorKind kind = ErrorKind::Input;
+};
+
+/// Size of the upright picture, from the header alone. Throws Error when the file is no picture, or one
+/// beyond ImageLimits.
+ImageSize readImageSize(const FileHandle& file, const ImageSource& source = {});
+
+struct DecodeOptions {
+    /// The exact size of the result; the picture is stretched to it, with area averaging where it shrinks and
+    /// bicubic interpolation where it grows. Empty: the picture's own size.
+    ImageSize canvas;
+    /// With an empty canvas: shrink, keeping the proportions, until neither side is longer. 0: no limit.
+    int maxLongSide = 0;
+    ImageSource source;
+};
+
+/// The decoded picture. Files are decoded no larger than needed. A file that is cut short or damaged is an
+/// Error, never a half-grey picture.
+Bitmap decodeImage(const FileHandle& file, const DecodeOptions& options = {});
+
+/// Width to height that a photo is cropped to; 0 on either side: no crop.
+struct Aspect {
+    int width = 0, height = 0;
+};
+
+/// Writes the user's photo the way templates want it: upright, sRGB, cut from its middle to `aspect`, no side
+/// longer than `maxLongSide` pixels (0: no limit; never enlarged). Opaque photos of a lossy format become a
+/// JPEG of high quality, everything else a PNG that keeps its alpha; readers go by the content, so the name
+/// of `out` is free. `out` appears only when complete. Returns the size written. Throws Error.
+ImageSize prepareUserPhoto(const FileHandle& photo, const std::filesystem::path& out, Aspect aspect,
+                           int maxLongSide, const ImageSource& source = {});
+
+}  // namespace platform
