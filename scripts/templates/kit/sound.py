@@ -179,14 +179,23 @@ class Mix:
         self.data *= gain[:, None]
         return self
 
-    def mastered(self, peak=0.8, drive=1.0):
-        """Soft saturation, then the highest peak at `peak`: room is left for the lossy encoder."""
-        level = np.max(np.abs(self.data)) or 1.0
-        shaped = np.tanh(self.data / level * drive)
-        return shaped / np.max(np.abs(shaped)) * peak
+    def mastered(self, target=-14.0, ceiling=0.8):
+        """At this loudness, in LUFS; peaks are rounded off below `ceiling`, which leaves the lossy encoder room."""
+        out = self.data / (np.max(np.abs(self.data)) or 1.0)
+        for _ in range(4):
+            out = ceiling * np.tanh(out * 10 ** ((target - loudness(out)) / 20) / ceiling)
+        return out
 
-    def save(self, path, peak=0.8, drive=1.0, bitrate="128k"):
-        save(path, self.mastered(peak, drive), bitrate)
+    def save(self, path, target=-14.0, bitrate="128k"):
+        save(path, self.mastered(target), bitrate)
+
+
+def loudness(stereo):
+    """LUFS, without the gate: low sounds weigh less, bright ones more."""
+    hz = np.fft.rfftfreq(len(stereo), 1 / RATE) + 1e-9
+    weight = 1 / (1 + (60 / hz) ** 4) * (1 + 1.5 / (1 + (1500 / hz) ** 4))
+    power = np.sum(np.abs(np.fft.rfft(stereo, axis=0)) ** 2 * weight[:, None]) * 2 / len(stereo) ** 2
+    return -0.691 + 10 * np.log10(power + 1e-12)
 
 
 def save(path, stereo, bitrate="128k"):
