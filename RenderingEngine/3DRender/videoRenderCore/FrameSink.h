@@ -1,4 +1,5 @@
-// Where finished frames go: a video file, pictures, a window. Without a sink nothing is drawn.
+// Where finished frames go: a video file, pictures, a window. Without a sink nothing is drawn. Glossary:
+// "canle" is cancel.
 #pragma once
 
 #include <cstdint>
@@ -32,7 +33,7 @@ class FrameSink {
     virtual bool waitUntilOk() = 0;
     /// Ends a waitUntilOk() that is under way. Any thread.
     virtual void wake() {}
-    /// Why the sink takes no more frames; nothing while it does. Any thread.
+    /// Why the sink takes no more frames, whatever the reason; nothing while it does. Any thread.
     virtual std::optional<platform::Error> failure() const { return std::nullopt; }
 
     /// False when nobody looks at the next frame; where leaving it out changes no later one, skipFrame() is
@@ -42,6 +43,11 @@ class FrameSink {
     virtual void renderFrameToVideo() = 0;
     /// The frame was not drawn.
     virtual void skipFrame() {}
+
+    /// The group has played to its end: complete what is being made. Any thread.
+    virtual void finishExport() {}
+    /// The user has stopped the group: give up what is being made. Any thread.
+    virtual void canleExport() {}
 
     /// The driver stops for its exportPauseSeconds after each frame.
     virtual bool isExport() const { return true; }

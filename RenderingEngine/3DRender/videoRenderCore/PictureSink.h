@@ -38,11 +38,13 @@ class PictureSink : public FrameSink {
     bool isExport() const override { return false; }
 
   private:
+    void handOut();
+
     QVFrameBufferToTexture target_;
     Receiver receiver_;
     Selection selection_;
     int64_t nextFrame_ = 0;
-    std::vector<uint8_t> pixels_, row_;
+    std::vector<uint8_t> pixels_;
 };
 
 }  // namespace multiscene

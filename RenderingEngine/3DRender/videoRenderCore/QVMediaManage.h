@@ -88,7 +88,8 @@ class QVMediaManage : public VideoTimeSourceDelegate, public std::enable_shared_
     bool groupHasEnded() const;
     void preloadNextScene();
     void finishGroup();
-    void moveToNextScene();
+    void completeCurrentScene(const std::shared_ptr<QVScene3D>& scene);
+    void completeOverlay(const std::shared_ptr<QVScene3D>& scene);
 
     std::shared_ptr<QVMultiSceneRenderManager> renderManager_;
     bool isLoopPlayer_ = false, isRec_ = false;

@@ -103,8 +103,9 @@ class QVMultiSceneRenderManager : public RenderDriver {
     void setupScene();
     /// Counts from 0 again; asked for inside a frame, only after that frame was counted.
     void resetCurrentRenderFps();
-    /// Replaces the sink of a finished run; sizes must agree.
-    void setFrameSink(std::shared_ptr<FrameSink> frameSink, std::shared_ptr<SoundSink> soundSink);
+    /// A run that starts again takes a fresh sink where the old one cannot go on; one that takes the sounds
+    /// too replaces both.
+    void renewFrameSink();
 
     const std::shared_ptr<FrameSink>& frameSink() const { return frameSink_; }
     const std::shared_ptr<SoundSink>& soundSink() const { return soundSink_; }
@@ -133,22 +134,23 @@ class QVMultiSceneRenderManager : public RenderDriver {
     QVMultiSceneRenderManager(std::shared_ptr<FrameSink> frameSink, std::shared_ptr<SoundSink> soundSink,
                               const RenderDriverSettings& settings);
 
-    // Set-up and tear-down, QVMultiSceneRenderManager.cpp
+    // Set-up and tear-down
     void useMultiSceneRenderContext();
     void setupRenderBuffer();
     void destroyFramebuffer();
     void clearScenes();
+    void takeDown();
     void interruptRuns();
 
     // The loop
     bool isCancelled(uint64_t run) const { return cancelledRuns_ >= run; }
     void loop(uint64_t run);
     void turn(uint64_t run);
-    void waitWhilePaused(uint64_t run);
-    bool frameSinkIsReady(uint64_t run);
+    void sleepUnlessCancelled(uint64_t run, double seconds);
+    bool frameSinkIsReady();
     void requirePlayable() const;
-    void restAfterFrame(uint64_t run);
     void endFailedRun(uint64_t run, const platform::Error& error);
+    void callBack(const CompletionBlock& block);
 
     // One frame, FrameBodies.cpp
     void render();
@@ -156,15 +158,16 @@ class QVMultiSceneRenderManager : public RenderDriver {
     void singleSceneRender(const Turn& turn);
     void doubleSceneTransitionsRender(const Turn& turn);
     void doubleSceneRender(const Turn& turn);
-    void advance(std::initializer_list<QVScene3D*> scenes);
-    void complete(std::initializer_list<QVScene3D*> scenes);
-    void handle(std::initializer_list<const std::shared_ptr<QVScene3D>*> slots);
-    bool mustDraw(const Turn& turn) const;
+    using Scenes = std::initializer_list<std::shared_ptr<QVScene3D>>;
+    using Slots = std::initializer_list<std::shared_ptr<QVScene3D>*>;
+    void advance(Scenes scenes);
+    void closeFrame(Scenes scenes, Slots slots);
+    bool mustDraw(Scenes scenes) const;
     void drawFrame(const std::function<void()>& draw);
     void renderingBeforeConfig();
     void renderingAfterConfig();
-    void finishStage();
-    void checkGLError();
+    void finishStage() const;
+    static void checkGLError();
 
     RenderDriverSettings settings_;
     std::shared_ptr<FrameSink> frameSink_;

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -11,7 +12,6 @@
 #include <vector>
 
 #include "core/GLESUtils/QVFrameBufferToTexture.h"
-#include "platform/audio/AudioTimeline.h"
 #include "platform/base/DispatchQueue.h"
 #include "platform/media/VideoWriter.h"
 #include "videoRenderCore/FrameSink.h"
@@ -56,9 +56,6 @@ class QVVideoCVCacheExporter : public FrameSink,
         SilentOnly,  ///< the film is complete at savePath() but too short for its sounds: nobody is told
     };
 
-    /// Where a set point or clip lies: hundredths of a second, truncated.
-    static int64_t hundredthsOfFrame(int64_t frame, int32_t framesPerSecond);
-
     /// Deletes what is at the path and opens the encoder. The size is rounded to whole pixels, halves away
     /// from zero. Throws Error.
     static std::shared_ptr<QVVideoCVCacheExporter> initWithOutputURL(const std::string& path, double width,
@@ -72,11 +69,11 @@ class QVVideoCVCacheExporter : public FrameSink,
     // End and abort, any thread. The GL objects are the driver's to take down.
     /// Completes the film on a thread of the exporter's own and goes on with the sounds. Frames must have
     /// stopped.
-    void finishExport();
+    void finishExport() override;
     /// Gives up and tells the delegate: failure, code 101111.
     void stopExport();
     /// Gives up without telling anybody.
-    void canleExport();
+    void canleExport() override;
 
     State state() const;
     const std::string& savePath() const { return savePath_; }
@@ -102,36 +99,19 @@ class QVVideoCVCacheExporter : public FrameSink,
     // SoundSink
     void addAudioTrackWithInfo(const platform::Value& info) override;
 
-    // The mix, QVVideoCVCacheExporterAudio.cpp
-    /// 1 less the mean volume of the effects that sound at the frame, 1 when none does.
-    static float volumeWithFps(int64_t frame, const std::vector<platform::Value>& entries);
-    /// The music's volume: ducked under the effects and, in a film of more than 5 s, faded out at its end.
-    /// `totalTime` in seconds.
-    static platform::VolumeEnvelope updateBgAudioAolumeWithTrackMix(
-        const std::vector<platform::Value>& entries, int32_t framesPerSecond, float totalTime);
-    /// The music from 0 to exactly `totalTime` seconds, end to end as often as needed.
-    static std::vector<platform::AudioInsertion> addBgAudioWithUrl(
-        std::shared_ptr<const platform::AudioFile> music, float totalTime);
-    /// A whole sound file from its "fpsStart" on; its volume is set over its window.
-    static platform::AudioTrack addAudioWithInfo(const platform::Value& entry,
-                                                 std::shared_ptr<const platform::AudioFile> sound,
-                                                 int32_t framesPerSecond);
-    /// The fade of the whole film, evaluated on the samples: none up to 5 s.
-    static platform::VolumeEnvelope synthesisAudioFade(float totalTime);
-
   private:
-    QVVideoCVCacheExporter(std::string path, double width, double height, int32_t frameRate,
+    QVVideoCVCacheExporter(const std::string& path, double width, double height, int32_t frameRate,
                            const VideoExportSettings& settings);
 
     bool moveTo(State next);
     void giveUp();
-    void finishOnQueue();
+    void complete();
     bool mutableAudioCompositionWithVideoUrl(const std::vector<platform::Value>& entries);
-    platform::AudioTimeline timelineOf(const std::vector<platform::Value>& entries, float totalTime) const;
-    std::shared_ptr<const platform::AudioFile> openSound(const platform::Value& entry) const;
-    void synthesisAudio(const std::filesystem::path& audio, const std::filesystem::path& video);
+    void synthesisAudio(const std::filesystem::path& audio);
     void handleSessionCompleteWithVideoPath(const std::string& path);
     void handleSessionError(const platform::Error& error);
+    void tellDelegate(std::function<void(QVVideoCVCacheExporterDelegate&)> call);
+    std::filesystem::path temporaryFile(const char* extension) const;
 
     const std::string savePath_;
     const int32_t width_, height_, framesPerSecond_;

@@ -1,0 +1,183 @@
+#include "videoRenderCore/ExportSound.h"
+
+#include <algorithm>
+#include <cmath>
+#include <map>
+#include <string>
+
+#include "other/RenderReport.h"
+#include "platform/base/FileGate.h"
+
+namespace multiscene {
+
+namespace {
+
+using SoundFile = std::shared_ptr<const platform::AudioFile>;
+
+constexpr float fadedFilm = 5;      // seconds: shorter films do not fade
+constexpr float musicFade = 5;      // seconds
+constexpr float filmFade = 4;       // seconds
+constexpr float longestMix = 1e7f;  // seconds, far beyond any film: keeps the arithmetic in range
+
+bool isMusic(const platform::Value& entry) { return entry.string("type") == "bgAudio"; }
+
+int64_t hundredths(float seconds) {
+    return static_cast<int64_t>(std::clamp(seconds, -longestMix, longestMix) * 100);
+}
+
+float secondsOfFrame(int64_t frame, int32_t framesPerSecond) {
+    return static_cast<float>(static_cast<double>(frame) / framesPerSecond);
+}
+
+platform::CMTime time(int64_t hundredthsOfSecond) { return platform::CMTimeMake(hundredthsOfSecond, 100); }
+
+void report(const std::string& what, const platform::Value& entry) {
+    RenderReport::shared().add(
+        {.what = what, .name = entry.string("audioPath"), .scene = {}, .node = entry.string("audioName")});
+}
+
+/// The sounds of one mix, each file opened once.
+class SoundFiles {
+  public:
+    /// None when the file cannot be read.
+    SoundFile open(const platform::Value& entry) {
+        const std::string path = entry.string("audioPath");
+        const auto known = files_.find(path);
+        if (known != files_.end()) return known->second;
+        return files_[path] = read(entry, path);
+    }
+
+  private:
+    static SoundFile read(const platform::Value& entry, const std::string& path) {
+        platform::FileGate::Opened opened = platform::FileGate::shared().open(path);
+        if (opened.verdict == platform::FileGate::Verdict::Outside ||
+            opened.verdict == platform::FileGate::Verdict::NotRegular)
+            throw platform::Error(platform::ErrorKind::Template, platform::describe(opened.verdict), path);
+        try {
+            if (opened.file) return std::make_shared<platform::AudioFile>(std::move(opened.file), path);
+            report("missing file", entry);
+        } catch (const platform::Error& error) {
+            report(error.message(), entry);
+        }
+        return nullptr;
+    }
+
+    std::map<std::string, SoundFile> files_;
+};
+
+void reportLongerThanWindow(const platform::Value& entry, const platform::AudioFile& sound,
+                            int32_t framesPerSecond) {
+    const int64_t window = ExportSound::hundredthsOfFrame(entry.integer("fpsEnd"), framesPerSecond) -
+                           ExportSound::hundredthsOfFrame(entry.integer("fpsStart"), framesPerSecond);
+    const int64_t length = hundredths(static_cast<float>(CMTimeGetSeconds(sound.duration())));
+    if (length > window) report("sound longer than its window: it plays to its end", entry);
+}
+
+/// Hundredths of a second at which the last piece ends.
+int64_t endOf(const platform::AudioTimeline& timeline) {
+    double end = 0;
+    for (const auto& track : timeline.tracks)
+        for (const auto& piece : track.insertions)
+            end = std::max(end, CMTimeGetSeconds(piece.at) + CMTimeGetSeconds(piece.duration));
+    return static_cast<int64_t>(std::ceil(std::min<double>(end, longestMix) * 100));
+}
+
+}  // namespace
+
+int64_t ExportSound::hundredthsOfFrame(int64_t frame, int32_t framesPerSecond) {
+    return hundredths(secondsOfFrame(frame, framesPerSecond));
+}
+
+float ExportSound::volumeWithFps(int64_t frame, const Entries& entries) {
+    float sum = 0;
+    int count = 0;
+    for (const platform::Value& entry : entries) {
+        if (isMusic(entry) || frame < entry.integer("fpsStart") || frame >= entry.integer("fpsEnd")) continue;
+        sum += entry.real("volume");
+        ++count;
+    }
+    return count == 0 ? 1 : 1 - sum / static_cast<float>(count);
+}
+
+platform::VolumeEnvelope ExportSound::updateBgAudioAolumeWithTrackMix(const Entries& entries,
+                                                                      int32_t framesPerSecond,
+                                                                      float totalTime) {
+    platform::VolumeEnvelope volume;
+    volume.setVolume(1, 0);
+    float lastEnd = 0;
+    for (const platform::Value& entry : entries) {
+        if (isMusic(entry)) continue;
+        for (const char* key : {"fpsStart", "fpsEnd"}) {
+            const int64_t frame = entry.integer(key);
+            volume.setVolume(volumeWithFps(frame, entries), hundredthsOfFrame(frame, framesPerSecond));
+        }
+        // The last entry's end counts, not the latest one.
+        lastEnd = secondsOfFrame(entry.integer("fpsEnd"), framesPerSecond);
+    }
+    if (totalTime > fadedFilm)
+        volume.addRamp(1, 0, hundredths(std::max(totalTime - musicFade, lastEnd)), hundredths(totalTime));
+    return volume;
+}
+
+std::vector<platform::AudioInsertion> ExportSound::addBgAudioWithUrl(const SoundFile& music,
+                                                                     float totalTime) {
+    std::vector<platform::AudioInsertion> pieces;
+    const platform::CMTime duration = music->duration();
+    const auto length = static_cast<float>(CMTimeGetSeconds(duration));
+    if (length <= 0) return pieces;
+    const auto count = static_cast<int64_t>(std::ceil(std::min(totalTime, longestMix) / length));
+    for (int64_t i = 0; i < count; ++i) {
+        platform::CMTime piece = duration;
+        if (i == count - 1) {
+            const float rest = totalTime - length * static_cast<float>(count - 1);
+            piece.value = static_cast<int64_t>(static_cast<double>(rest) * duration.timescale);
+        }
+        pieces.push_back({.file = music,
+                          .duration = piece,
+                          .at = platform::CMTimeMake(duration.value * i, duration.timescale)});
+    }
+    return pieces;
+}
+
+platform::AudioTrack ExportSound::addAudioWithInfo(const platform::Value& entry, const SoundFile& sound,
+                                                   int32_t framesPerSecond) {
+    const float volume = entry.real("volume");
+    const int64_t start = hundredthsOfFrame(entry.integer("fpsStart"), framesPerSecond);
+    const int64_t end = hundredthsOfFrame(entry.integer("fpsEnd"), framesPerSecond);
+    platform::AudioTrack track;
+    track.insertions.push_back({.file = sound, .duration = sound->duration(), .at = time(start)});
+    track.volume.addRamp(volume, volume, start, end);
+    return track;
+}
+
+platform::VolumeEnvelope ExportSound::synthesisAudioFade(float totalTime) {
+    platform::VolumeEnvelope volume;
+    if (totalTime <= fadedFilm) return volume;
+    volume.addRamp(1, 1, 0, hundredths(totalTime - fadedFilm));
+    volume.addRamp(1, 0, hundredths(totalTime - filmFade), hundredths(totalTime));
+    return volume;
+}
+
+platform::AudioTimeline ExportSound::timelineOf(const Entries& entries, int32_t framesPerSecond,
+                                                float totalTime) {
+    platform::AudioTimeline timeline;
+    SoundFiles files;
+    for (const platform::Value& entry : entries) {
+        const SoundFile sound = files.open(entry);
+        if (!sound) continue;
+        if (isMusic(entry)) {
+            timeline.tracks.push_back(
+                {.insertions = addBgAudioWithUrl(sound, totalTime),
+                 .volume = updateBgAudioAolumeWithTrackMix(entries, framesPerSecond, totalTime)});
+        } else {
+            reportLongerThanWindow(entry, *sound, framesPerSecond);
+            timeline.tracks.push_back(addAudioWithInfo(entry, sound, framesPerSecond));
+        }
+    }
+    timeline.masterVolume = synthesisAudioFade(totalTime);
+    // What sounds after the film is never heard, so it is not encoded either.
+    timeline.duration = time(std::min(endOf(timeline), hundredths(totalTime) + 1));
+    return timeline;
+}
+
+}  // namespace multiscene

@@ -1,0 +1,173 @@
+// How QVMultiSceneRenderManager renders one frame in each of its modes.
+#include <epoxy/gl.h>
+
+#include <algorithm>
+
+#include "core/GLESUtils/GLState.h"
+#include "core/QVSceneRenderToTexture.h"
+#include "core/VideoTimeSource.h"
+#include "platform/base/Value.h"
+#include "tween/QVTween.h"
+#include "videoRenderCore/QVMultiSceneRenderManager.h"
+
+namespace multiscene {
+
+namespace {
+
+/// The group frame at which a window of `length` frames ends that starts at `start`.
+int64_t windowEnd(int64_t start, int64_t length) {
+    int64_t end = 0;
+    return __builtin_add_overflow(start, length, &end) ? INT64_MAX : end;
+}
+
+/// A picture is not drawn over the slot of a scene that is not there.
+void renderScene(const std::shared_ptr<QVScene3D>& scene) {
+    if (scene) scene->render();
+}
+
+}  // namespace
+
+void QVMultiSceneRenderManager::render() {
+    useMultiSceneRenderContext();
+    isInFrame_ = true;
+    runFrameBody();
+    isInFrame_ = false;
+    ++currentRenderFps_;
+    ++statistics_.frames;
+    if (frameRenderingCompleteBlock_) frameRenderingCompleteBlock_(currentRenderFps_);
+    if (std::exchange(isResetAsked_, false)) currentRenderFps_ = 0;
+    checkGLError();
+}
+
+void QVMultiSceneRenderManager::runFrameBody() {
+    const Turn turn{currentScene_, nextScene_, transitionsScene_};
+    switch (sceneRenderType_) {
+        case SceneRenderType::Single:
+            return singleSceneRender(turn);
+        case SceneRenderType::TextureTransition:
+            return doubleSceneTransitionsRender(turn);
+        case SceneRenderType::Overlay:
+            return doubleSceneRender(turn);
+    }
+}
+
+void QVMultiSceneRenderManager::singleSceneRender(const Turn& turn) {
+    advance({turn.current});
+    if (mustDraw({turn.current})) drawFrame([&] { renderScene(turn.current); });
+    closeFrame({turn.current}, {&currentScene_});
+}
+
+void QVMultiSceneRenderManager::doubleSceneTransitionsRender(const Turn& turn) {
+    const Scenes scenes{turn.current, turn.next, turn.transition};
+    advance(scenes);
+    if (mustDraw(scenes)) {
+        {
+            const StageTimer timer(statistics_.draw);
+            for (const auto& scene : {turn.current, turn.next})
+                if (scene) scene->renderToTextureObject().renderSceneToTexture();
+        }
+        drawFrame([&] { renderScene(turn.transition); });
+    }
+    for (const auto& scene : {turn.next, turn.current})
+        if (scene) scene->renderToTextureObject().clear();
+    closeFrame(scenes, {&currentScene_, &nextScene_, &transitionsScene_});
+}
+
+void QVMultiSceneRenderManager::doubleSceneRender(const Turn& turn) {
+    const Scenes scenes{turn.current, turn.transition};
+    advance(scenes);
+    if (mustDraw(scenes)) {
+        drawFrame([&] {
+            renderScene(turn.current);
+            renderScene(turn.transition);
+        });
+    }
+    closeFrame(scenes, {&currentScene_, &transitionsScene_});
+}
+
+void QVMultiSceneRenderManager::advance(Scenes scenes) {
+    {
+        const StageTimer timer(statistics_.decode);
+        for (const auto& scene : scenes)
+            if (scene && scene->timeSource()) scene->timeSource()->decodeNextFpsWithGroupQueue();
+    }
+    const StageTimer timer(statistics_.update);
+    for (const auto& scene : scenes)
+        if (scene) scene->updateData();
+    QVTween::update();
+    for (const auto& scene : scenes)
+        if (scene) scene->updateMatrix();
+    if (frameSampleBlock_) frameSampleBlock_(currentRenderFps_);
+}
+
+/// Clocks that end change the slots: each is read anew.
+void QVMultiSceneRenderManager::closeFrame(Scenes scenes, Slots slots) {
+    const StageTimer timer(statistics_.complete);
+    for (const auto& scene : scenes)
+        if (scene) scene->renderComplete();
+    for (const auto* slot : slots) {
+        const std::shared_ptr<QVScene3D> scene = *slot;
+        if (!scene) continue;
+        if (const auto timeSource = scene->timeSource()) timeSource->fpsRenderCompletedHandle();
+    }
+}
+
+/// A frame that nobody looks at is left out, unless a node's texture would keep its picture.
+bool QVMultiSceneRenderManager::mustDraw(Scenes scenes) const {
+    if (!frameSink_) return false;
+    const bool keepsPictures = std::any_of(scenes.begin(), scenes.end(), [](const auto& scene) {
+        return scene && scene->hasRenderToTextures();
+    });
+    if (keepsPictures || frameSink_->wantsNextFrame()) return true;
+    frameSink_->skipFrame();
+    return false;
+}
+
+void QVMultiSceneRenderManager::drawFrame(const std::function<void()>& draw) {
+    {
+        const StageTimer timer(statistics_.draw);
+        renderingBeforeConfig();
+        draw();
+        finishStage();
+    }
+    renderingAfterConfig();
+    ++statistics_.drawnFrames;
+}
+
+/// The sink's own framebuffer needs no clearing: the resolve covers all of it.
+void QVMultiSceneRenderManager::renderingBeforeConfig() {
+    msaaTarget_.bindAndClear();
+    GLState::bindTarget(msaaTarget_.frameBuffer(), bufferWidth(), bufferHeight());
+}
+
+void QVMultiSceneRenderManager::renderingAfterConfig() {
+    {
+        const StageTimer timer(statistics_.resolve);
+        msaaTarget_.resolveInto(frameSink_->renderToTextureFrameBufferID());
+        finishStage();
+    }
+    const StageTimer timer(statistics_.readBack);
+    frameSink_->renderFrameToVideo();
+    msaaTarget_.discard();
+}
+
+/// Taking the frame over waits for GL anyway; waiting earlier only tells the stages apart.
+void QVMultiSceneRenderManager::finishStage() const {
+    if (settings_.finishEachStage) GLState::finish();
+}
+
+void QVMultiSceneRenderManager::checkGLError() { glGetError(); }
+
+void QVMultiSceneRenderManager::startSoundEffect(const platform::Value& audioInfo) {
+    if (!soundSink_) return;
+    const int64_t start = currentRenderFps_;
+    const int64_t length = audioInfo.integer("fpsEnd") - audioInfo.integer("fpsStart");
+    soundSink_->addAudioTrackWithInfo(
+        audioInfo.with("fpsStart", start).with("fpsEnd", windowEnd(start, length)));
+}
+
+void QVMultiSceneRenderManager::stopSoundEffect(const std::string& audioKey) {
+    if (soundSink_) soundSink_->deleteChannelWithKey(audioKey, false);
+}
+
+}  // namespace multiscene

@@ -1,0 +1,216 @@
+#include "videoRenderCore/QVVideoCVCacheExporter.h"
+
+#include <cmath>
+
+#include "core/GLESUtils/ReadBack.h"
+#include "platform/audio/AudioMix.h"
+#include "platform/base/Paths.h"
+#include "platform/media/Join.h"
+#include "videoRenderCore/ExportSound.h"
+
+namespace multiscene {
+
+namespace {
+
+constexpr int64_t ticksPerSecond = 600, shortestMixedFilm = 5;  // ticks
+constexpr char stoppedMessage[] = "videoExporter: the export was stopped (101111)";
+
+bool isFinal(QVVideoCVCacheExporter::State state) { return state > QVVideoCVCacheExporter::State::Finishing; }
+
+}  // namespace
+
+std::shared_ptr<QVVideoCVCacheExporter> QVVideoCVCacheExporter::initWithOutputURL(
+    const std::string& path, double width, double height, int32_t frameRate,
+    const VideoExportSettings& settings) {
+    return std::shared_ptr<QVVideoCVCacheExporter>(
+        new QVVideoCVCacheExporter(path, width, height, frameRate, settings));
+}
+
+QVVideoCVCacheExporter::QVVideoCVCacheExporter(const std::string& path, double width, double height,
+                                               int32_t frameRate, const VideoExportSettings& settings)
+    : savePath_(path),
+      width_(static_cast<int32_t>(std::lround(width))),
+      height_(static_cast<int32_t>(std::lround(height))),
+      framesPerSecond_(frameRate),
+      settings_(settings),
+      resolveTarget_(width_, height_),
+      // GL's bottom-up rows are turned while they are converted.
+      writer_(std::make_unique<platform::VideoWriter>(
+          platform::VideoWriter::Settings{.path = path,
+                                          .width = width_,
+                                          .height = height_,
+                                          .framesPerSecond = frameRate,
+                                          .bitRate = settings.bitRate,
+                                          .preset = settings.preset,
+                                          .threads = settings.threads,
+                                          .pixelOrder = platform::PixelOrder::RGBA,
+                                          .rowOrder = platform::RowOrder::BottomUp})) {}
+
+QVVideoCVCacheExporter::~QVVideoCVCacheExporter() { canleExport(); }
+
+void QVVideoCVCacheExporter::setDelegate(std::weak_ptr<QVVideoCVCacheExporterDelegate> delegate) {
+    const std::lock_guard lock(mutex_);
+    delegate_ = std::move(delegate);
+}
+
+QVVideoCVCacheExporter::State QVVideoCVCacheExporter::state() const {
+    const std::lock_guard lock(mutex_);
+    return state_;
+}
+
+std::vector<platform::Value> QVVideoCVCacheExporter::audioTrackArray() const {
+    const std::lock_guard lock(mutex_);
+    return audioTrackArray_;
+}
+
+void QVVideoCVCacheExporter::addAudioTrackWithInfo(const platform::Value& info) {
+    const std::lock_guard lock(mutex_);
+    audioTrackArray_.push_back(info);
+}
+
+// --- frames --------------------------------------------------------------------------------------------
+
+void QVVideoCVCacheExporter::createFrameBufferObject() { resolveTarget_.createFrameBufferObject(); }
+
+void QVVideoCVCacheExporter::destroyFramebuffer() { resolveTarget_.destroyFramebuffer(); }
+
+bool QVVideoCVCacheExporter::isOkCaptureScreenVideo() const {
+    return state() == State::Writing && writer_->isReadyForMoreMediaData();
+}
+
+bool QVVideoCVCacheExporter::waitUntilOk() {
+    if (state() != State::Writing) return false;
+    if (writer_->waitUntilReady()) return true;
+    if (const auto error = writer_->error()) handleSessionError(*error);
+    return false;
+}
+
+void QVVideoCVCacheExporter::wake() { writer_->wakeWaiters(); }
+
+std::optional<platform::Error> QVVideoCVCacheExporter::failure() const {
+    const std::lock_guard lock(mutex_);
+    if (state_ == State::Writing || error_) return error_;
+    return platform::Error(platform::ErrorKind::Cancelled, "the export has ended", savePath_);
+}
+
+void QVVideoCVCacheExporter::renderFrameToVideo() {
+    auto buffer = writer_->takeBuffer();
+    readFramebuffer(resolveTarget_.frameBuffer(), width_, height_, PixelOrder::RGBA, buffer->data(),
+                    buffer->stride());
+    writer_->append(std::move(buffer), currentFrame_);
+    ++currentFrame_;
+}
+
+std::shared_ptr<FrameSink> QVVideoCVCacheExporter::freshSink() {
+    canleExport();
+    writer_->finish();  // waits until the file at the path is gone
+    auto fresh = initWithOutputURL(savePath_, width_, height_, framesPerSecond_, settings_);
+    const std::lock_guard lock(mutex_);
+    fresh->delegate_ = delegate_;
+    for (const platform::Value& entry : audioTrackArray_)
+        if (entry.string("type") == "bgAudio") fresh->audioTrackArray_.push_back(entry);
+    return fresh;
+}
+
+// --- the end -------------------------------------------------------------------------------------------
+
+bool QVVideoCVCacheExporter::moveTo(State next) {
+    const std::lock_guard lock(mutex_);
+    if (isFinal(state_) || state_ >= next) return false;
+    state_ = next;
+    return true;
+}
+
+void QVVideoCVCacheExporter::finishExport() {
+    if (moveTo(State::Finishing)) finishing_.async([this] { complete(); });
+}
+
+void QVVideoCVCacheExporter::giveUp() {
+    stop_.request_stop();
+    writer_->cancel();
+}
+
+void QVVideoCVCacheExporter::stopExport() {
+    handleSessionError(platform::Error(platform::ErrorKind::Failed, stoppedMessage));
+}
+
+void QVVideoCVCacheExporter::canleExport() {
+    if (moveTo(State::Cancelled)) giveUp();
+}
+
+void QVVideoCVCacheExporter::complete() {
+    try {
+        if (writer_->finish() != platform::VideoWriter::State::Completed) {
+            if (const auto error = writer_->error()) handleSessionError(*error);
+            return;
+        }
+        const auto entries = audioTrackArray();
+        if (entries.empty())
+            handleSessionCompleteWithVideoPath(savePath_);
+        else if (!mutableAudioCompositionWithVideoUrl(entries))
+            moveTo(State::SilentOnly);
+    } catch (const platform::Error& error) {
+        handleSessionError(error);
+    } catch (const std::exception& error) {
+        handleSessionError(platform::Error(platform::ErrorKind::Transient, error.what(), savePath_));
+    }
+}
+
+/// The film lasts from 0 to the end of its last frame, which is stamped one less than the next would be.
+bool QVVideoCVCacheExporter::mutableAudioCompositionWithVideoUrl(
+    const std::vector<platform::Value>& entries) {
+    if (currentFrame_ * ticksPerSecond / framesPerSecond_ < shortestMixedFilm) return false;
+    const auto totalTime = static_cast<float>(static_cast<double>(currentFrame_) / framesPerSecond_);
+    const platform::AudioTimeline timeline = ExportSound::timelineOf(entries, framesPerSecond_, totalTime);
+    if (timeline.tracks.empty()) {
+        handleSessionCompleteWithVideoPath(savePath_);
+        return true;
+    }
+    // An M4A file whose name ends in .m4v.
+    const std::filesystem::path mix = temporaryFile(".m4v");
+    platform::writeAudioMix(timeline, mix, {.bitRate = settings_.audioBitRate}, stop_.get_token());
+    synthesisAudio(mix);
+    return true;
+}
+
+void QVVideoCVCacheExporter::synthesisAudio(const std::filesystem::path& audio) {
+    const std::filesystem::path joined = temporaryFile(".mp4");
+    platform::joinVideoAndAudio(savePath_, audio, joined, stop_.get_token());
+    handleSessionCompleteWithVideoPath(joined.string());
+}
+
+std::filesystem::path QVVideoCVCacheExporter::temporaryFile(const char* extension) const {
+    return settings_.temporaryFolder / (platform::uniqueIdentifier() + extension);
+}
+
+void QVVideoCVCacheExporter::handleSessionCompleteWithVideoPath(const std::string& path) {
+    if (!moveTo(State::Completed)) return;
+    tellDelegate([path, this](auto& delegate) { delegate.videoExporterFinished(*this, path); });
+}
+
+void QVVideoCVCacheExporter::handleSessionError(const platform::Error& error) {
+    {
+        const std::lock_guard lock(mutex_);
+        if (isFinal(state_)) return;
+        state_ = State::Failed;
+        error_ = error;
+    }
+    giveUp();
+    tellDelegate([error, this](auto& delegate) { delegate.videoExporter(*this, error); });
+}
+
+/// `call` refers to this exporter, which is kept alive for it.
+void QVVideoCVCacheExporter::tellDelegate(std::function<void(QVVideoCVCacheExporterDelegate&)> call) {
+    platform::DispatchQueue::main().async([weak = weak_from_this(), call = std::move(call)] {
+        const auto self = weak.lock();
+        if (!self) return;
+        std::shared_ptr<QVVideoCVCacheExporterDelegate> delegate;
+        {
+            const std::lock_guard lock(self->mutex_);
+            delegate = self->delegate_.lock();
+        }
+        if (delegate) call(*delegate);
+    });
+}
+
+}  // namespace multiscene

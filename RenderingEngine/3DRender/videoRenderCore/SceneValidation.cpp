@@ -1,0 +1,129 @@
+#include "videoRenderCore/SceneValidation.h"
+
+#include <set>
+
+#include "core/NodeTypes.h"
+#include "core/VideoTimeSource.h"
+#include "core/component/QVObject3DComponentBase.h"
+#include "videoRenderCore/SceneFile.h"
+
+namespace multiscene {
+
+namespace {
+
+using platform::Value;
+using Problems = SceneValidation::Problems;
+
+std::string element(const std::string& list, size_t index) {
+    return list + "[" + std::to_string(index) + "]";
+}
+
+/// Collects the problems of one file.
+class FileProblems {
+  public:
+    FileProblems(Problems& problems, const std::string& file) : problems_(problems), file_(file) {}
+
+    void add(const std::string& key, const std::string& message) {
+        problems_.emplace_back(platform::ErrorKind::Template, message, file_, key);
+    }
+
+    template <class Types>
+    void requireKnownType(const Value& info, const char* what, const std::string& key) {
+        const std::string type = info.string("type");
+        if (!Types::find(type)) add(key + ".type", std::string("unknown ") + what + " type \"" + type + "\"");
+    }
+
+    /// What every node may hold, whatever made it.
+    void checkNodeContent(const Value& info, const std::string& key) {
+        const auto& components = info.array("ComponentsInfo");
+        for (size_t i = 0; i < components.size(); ++i)
+            requireKnownType<ComponentTypes>(components[i], "component", element(key + ".ComponentsInfo", i));
+        checkNodes(info.array("childNode"), key + ".childNode");
+    }
+
+    void checkNodes(const Value::Array& nodes, const std::string& key) {
+        for (size_t i = 0; i < nodes.size(); ++i) {
+            if (nodes[i].dictionary().empty()) continue;
+            requireKnownType<NodeTypes>(nodes[i], "node", element(key, i));
+            checkNodeContent(nodes[i], element(key, i));
+        }
+    }
+
+    void checkClock(const Value& timeSource) {
+        if (timeSource.dictionary().empty())
+            return add("TimeSource", "the scene has no clock, so it would never end: add a \"TimeSource\"");
+        requireKnownType<TimeSourceTypes>(timeSource, "time source", "TimeSource");
+        checkNodeContent(timeSource, "TimeSource");
+    }
+
+  private:
+    Problems& problems_;
+    const std::string& file_;
+};
+
+/// Judges the scenes of a group, each catalogue number once.
+class GroupProblems {
+  public:
+    GroupProblems(Problems& problems, const std::string& file, SceneCatalogue& catalogue)
+        : problems_(problems), group_(problems, file), catalogue_(catalogue) {}
+
+    void check(const Value& sceneGroup) {
+        const auto& scenes = sceneGroup.array("scene");
+        if (scenes.empty()) group_.add("scene", "the list of scenes is empty");
+        for (size_t i = 0; i < scenes.size(); ++i) checkEntry(scenes[i], element("scene", i));
+    }
+
+  private:
+    void checkEntry(const Value& entry, const std::string& key) {
+        checkScene(entry.integer("mainSceneId"), key + ".mainSceneId");
+        const Value& transition = entry["sceneTansitionsInfo"];
+        const int64_t type = transition.integer("sceneTansitionsType");
+        if (transition.isDictionary() && (type == 0 || type == 1))
+            checkScene(transition.integer("tansitionsSceneId"),
+                       key + ".sceneTansitionsInfo.tansitionsSceneId");
+    }
+
+    void checkScene(int64_t sceneId, const std::string& key) {
+        const auto record = catalogue_.querySceneWithSid(sceneId);
+        if (!record) return group_.add(key, "the catalogue has no scene " + std::to_string(sceneId));
+        if (!seen_.insert(record->scenePlistPath).second) return;
+        try {
+            const auto found =
+                SceneValidation::sceneProblems(readSceneFile(record->scenePlistPath), record->scenePlistPath);
+            problems_.insert(problems_.end(), found.begin(), found.end());
+        } catch (const platform::Error& error) {
+            problems_.push_back(error);
+        }
+    }
+
+    Problems& problems_;
+    FileProblems group_;
+    SceneCatalogue& catalogue_;
+    std::set<std::string> seen_;
+};
+
+}  // namespace
+
+Problems SceneValidation::sceneProblems(const Value& scene, const std::string& file) {
+    Problems problems;
+    FileProblems checked(problems, file);
+    checked.checkNodeContent(scene["Camera"], "Camera");
+    checked.checkClock(scene["TimeSource"]);
+    checked.checkNodes(scene.array("object3D"), "object3D");
+    return problems;
+}
+
+Problems SceneValidation::sceneGroupProblems(const Value& sceneGroup, const std::string& file,
+                                             SceneCatalogue& catalogue) {
+    Problems problems;
+    GroupProblems(problems, file, catalogue).check(sceneGroup);
+    return problems;
+}
+
+void SceneValidation::requirePlayable(const Value& sceneGroup, const std::string& file,
+                                      SceneCatalogue& catalogue) {
+    const Problems problems = sceneGroupProblems(sceneGroup, file, catalogue);
+    if (!problems.empty()) throw platform::Error(problems.front());
+}
+
+}  // namespace multiscene
