@@ -23,8 +23,6 @@ void QVSeverSignSceneDataModel::copyDataModelFormDic(const platform::Value& info
     isNew_ = info.boolean("isNew");
 }
 
-std::string QVSeverSignSceneDataModel::sceneName() const {
-    return nameInUserLanguage(muName_);
-}
+std::string QVSeverSignSceneDataModel::sceneName() const { return nameInUserLanguage(muName_); }
 
 }  // namespace multiscene

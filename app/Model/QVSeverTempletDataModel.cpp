@@ -19,9 +19,7 @@ void QVSeverTempletDataModel::copyDataModelFormDic(const platform::Value& info) 
     userInputInfo_ = userInputsOf(description);
 }
 
-bool QVSeverTempletDataModel::isVersionSupported() const {
-    return minVersion() <= programVersionNumber();
-}
+bool QVSeverTempletDataModel::isVersionSupported() const { return minVersion() <= programVersionNumber(); }
 
 bool QVSeverTempletDataModel::checkShowTemplateVersionSupport(const ShowAlert& show) const {
     if (isVersionSupported()) return true;

@@ -23,8 +23,6 @@ void QVSignSceneDataModel::copyDataModelFormDic(const platform::Value& info) {
     sceneName_ = namesOf(info);
 }
 
-std::string QVSignSceneDataModel::sceneName() const {
-    return nameInUserLanguage(sceneName_);
-}
+std::string QVSignSceneDataModel::sceneName() const { return nameInUserLanguage(sceneName_); }
 
 }  // namespace multiscene

@@ -194,6 +194,15 @@ void requireOwnPaths(const TemplateFolder& folder) {
     }
 }
 
+std::string templateOwning(const std::string& scenePlistPath) {
+    const fs::path relative =
+        fs::path(scenePlistPath)
+            .lexically_normal()
+            .lexically_relative(fs::path(QVUtil::scenePath()).lexically_normal().parent_path());
+    const std::string first = relative.empty() ? "" : relative.begin()->string();
+    return first == ".." || first == "." ? "" : first;
+}
+
 bool isTemplateName(const std::string& name) {
     const bool plain = std::none_of(name.begin(), name.end(), [](unsigned char letter) {
         return letter < 0x20 || letter == 0x7f || letter == '/' || letter == '\\';

@@ -33,6 +33,9 @@ std::vector<QVTempletDataModel> templateRecords(const platform::Value& descripti
 /// outlive them.
 void requireOwnPaths(const TemplateFolder& folder);
 
+/// The template whose folder holds a stored scene file; empty for a file outside the scene folder.
+std::string templateOwning(const std::string& scenePlistPath);
+
 /// Whether a name may be a template's folder: one visible path component without control characters.
 bool isTemplateName(const std::string& name);
 

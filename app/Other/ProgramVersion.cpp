@@ -4,12 +4,8 @@
 
 namespace multiscene {
 
-std::string programVersion() {
-    return MULTISCENE_VERSION;
-}
+std::string programVersion() { return MULTISCENE_VERSION; }
 
-float programVersionNumber() {
-    return platform::Value(MULTISCENE_VERSION).floatValue();
-}
+float programVersionNumber() { return platform::Value(MULTISCENE_VERSION).floatValue(); }
 
 }  // namespace multiscene

@@ -63,9 +63,7 @@ std::string localizedString(std::string_view key, std::string_view fallback) {
     return std::string(fallback);
 }
 
-std::string languageWord() {
-    return localizedString("localizable");
-}
+std::string languageWord() { return localizedString("localizable"); }
 
 std::string userLanguage() {
     const std::lock_guard lock(tables().mutex);

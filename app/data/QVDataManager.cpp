@@ -85,9 +85,7 @@ const std::shared_ptr<QVDataManager>& QVDataManager::sharedDataManager() {
     return manager;
 }
 
-std::string QVDataManager::databasePath() {
-    return QVUtil::dataPath() + "sceneDataBase" + ".db";
-}
+std::string QVDataManager::databasePath() { return QVUtil::dataPath() + "sceneDataBase" + ".db"; }
 
 Database& QVDataManager::database() {
     if (database_) return *database_;
@@ -203,6 +201,11 @@ void QVDataManager::transaction(const std::function<void(Database&)>& work) {
     Database& connection = database();
     const Raised throwing(throwing_);
     connection.transaction([&] { work(connection); });
+}
+
+void QVDataManager::withDatabase(const std::function<void(Database&)>& work) {
+    const std::lock_guard lock(mutex_);
+    work(database());
 }
 
 void QVDataManager::removeSignSceneDataWithSid(int64_t sId) {

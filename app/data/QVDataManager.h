@@ -52,6 +52,9 @@ class QVDataManager : public SceneCatalogue {
     /// thrown inside it, and roll everything back. Throws platform::Error.
     void transaction(const std::function<void(platform::Database&)>& work);
 
+    /// Runs `work` with the connection for itself, outside a transaction. Throws platform::Error.
+    void withDatabase(const std::function<void(platform::Database&)>& work);
+
     /// Deletes the rows with this sId; inside a transaction. Throws platform::Error.
     void removeSignSceneDataWithSid(int64_t sId);
 

@@ -1,0 +1,51 @@
+// The list of templates that the template server offers.
+#pragma once
+
+#include <functional>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "app/Model/QVSeverTempletDataModel.h"
+
+namespace multiscene {
+
+/// Fetches the server's configuration, keeps it in the data home and answers from that copy. One instance;
+/// for one thread at a time.
+class QVDownloadInfoManager {
+  public:
+    static QVDownloadInfoManager& sharedInstance();
+
+    /// The server's base address, without the path of the configuration. Unless set: MULTISCENE_SERVER.
+    void setServerAddress(const std::string& address) { serverAddress_ = address; }
+    std::string serverAddress() const;
+
+    /// Fetches the configuration afresh; the copy of before is deleted first. Throws Error: Usage when no
+    /// server is set, else as downloadToFile; Failed when the answer is no property list.
+    void downloadInfo(const std::function<bool()>& isCancelled = {}) const;
+
+    /// The kept copy.
+    std::string saveInfoPath() const;
+
+    /// "severTempletData" of the kept copy; empty when there is none.
+    platform::Value::Array getSeverTempletData() const;
+    bool isVideoCache() const;
+    bool isWechatTimelineShare() const;
+
+    std::vector<QVSeverTempletDataModel> severTemplets() const;
+    /// By number, by the name of its archive, or by its display name.
+    std::optional<QVSeverTempletDataModel> findSeverTemplet(const std::string& numberOrName) const;
+    /// A location of the configuration as a complete URL: one without a scheme is below the server's address.
+    std::string completeUrl(const std::string& location) const;
+
+  private:
+    QVDownloadInfoManager() = default;
+    platform::Value info() const;
+
+    std::string serverAddress_;
+};
+
+/// The name of the template in an archive's URL: its last path component without the extension.
+std::string templateNameOfUrl(const std::string& url);
+
+}  // namespace multiscene

@@ -1,0 +1,84 @@
+// Changing which templates are installed, so that at any moment a template is there with all of its files and
+// rows or not at all, whenever the program may be killed and however many of them run.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "app/Model/TemplateFolder.h"
+#include "app/data/InstallJournal.h"
+#include "platform/archive/ZipArchive.h"
+#include "platform/store/FileLock.h"
+
+namespace multiscene {
+
+enum class InstallOutcome { Installed, Replaced, AlreadyInstalled, NothingInstalled, Removed };
+
+struct InstallResult {
+    InstallOutcome outcome = InstallOutcome::NothingInstalled;
+    std::string name;           ///< the template's folder
+    std::vector<int64_t> sIds;  ///< its scenes, the template's own first
+    std::string remark;         ///< why nothing was installed
+};
+
+struct InstallOptions {
+    bool replace = false;  ///< an installed template of the same name makes way
+    platform::ZipLimits limits = {};
+    std::function<bool()> isCancelled = {};
+    /// A further judgement of the unpacked folder before it moves in; throws platform::Error to refuse it.
+    std::function<void(const TemplateFolder&)> judge = {};
+    /// Told the name of each step when it is done; for tests that end the program there.
+    std::function<void(const char* step)> onStep = {};
+};
+
+/// One change of one template; holds the template's lock while it lives, and has first put right what a
+/// killed change of this template left.
+class TemplateInstallation {
+  public:
+    /// Waits a while for another change of the same template. Throws Error: Template for a name that no
+    /// folder may have, Transient when the other change takes too long.
+    TemplateInstallation(QVDataManager& catalogue, const std::string& name, InstallOptions options = {});
+
+    /// Unpacks an archive that holds NAME/NAME.plist, judges it, and moves it in. The archive itself is left
+    /// alone; what it holds outside NAME/ is ignored. Throws Error, and then nothing has changed: Template
+    /// for an archive or template at fault, or a scene number that another template owns.
+    InstallResult install(const std::filesystem::path& archive);
+
+    /// Takes the template's rows and files away. Throws Error(Usage) when it is not installed.
+    InstallResult remove();
+
+    /// Where a download of this template is kept while it is fetched, and when it is complete.
+    std::filesystem::path partialDownloadPath() const;
+    std::filesystem::path archivePath() const;
+
+    /// Finishes or undoes every change that a killed program left, and removes its leftovers. Called at the
+    /// start of the program. Templates that another program is changing at this moment are passed over.
+    static void recover(QVDataManager& catalogue);
+
+  private:
+    TemplateInstallation(QVDataManager& catalogue, const std::string& name, platform::FileLock lock);
+
+    void step(const char* name) const;
+    void recoverThis();
+    void clearLeftovers();
+    std::vector<QVTempletDataModel> installedRecords();
+    void refuseForeignNumbers(const TemplateFolder& folder);
+    TemplateFolder unpacked(platform::ZipArchive& archive);
+    InstallResult judged(const TemplateFolder& folder);
+    void moveIn(const TemplateFolder& folder);
+    void change(const std::string& newIdentity, const std::function<void()>& changeRows);
+
+    std::filesystem::path finalFolder() const;
+    std::filesystem::path stagingFolder() const;
+    std::filesystem::path stagedFolder() const { return stagingFolder() / name_; }
+
+    QVDataManager& catalogue_;
+    InstallJournal journal_;
+    std::string name_;
+    InstallOptions options_;
+    platform::FileLock lock_;
+};
+
+}  // namespace multiscene
