@@ -33,8 +33,8 @@ struct ImageSource {
 ImageSize readImageSize(const FileHandle& file, const ImageSource& source = {});
 
 struct DecodeOptions {
-    /// The exact size of the result; the picture is stretched to it, with area averaging where it shrinks and
-    /// bicubic interpolation where it grows. Empty: the picture's own size.
+    /// The exact size of the result; the picture is stretched to it, averaging over all of its pixels where
+    /// it shrinks, with bicubic interpolation where it grows. Empty: the picture's own size.
     ImageSize canvas;
     /// With an empty canvas: shrink, keeping the proportions, until neither side is longer. 0: no limit.
     int maxLongSide = 0;

@@ -1,0 +1,99 @@
+#include "platform/image/PhotoFilter.h"
+
+#include <cairo.h>
+
+#include <array>
+#include <cmath>
+#include <memory>
+#include <string_view>
+#include <utility>
+
+namespace platform {
+
+namespace {
+
+using Surface = std::unique_ptr<cairo_surface_t, void (*)(cairo_surface_t*)>;
+using Pen = std::unique_ptr<cairo_t, void (*)(cairo_t*)>;
+
+/// Cairo draws straight into the bitmap's memory. It takes the four bytes for blue, green, red, alpha: all
+/// blending treats the colours alike, so only the colours that we name ourselves have to be swapped.
+Surface surfaceOver(const Bitmap& bitmap) {
+    return {cairo_image_surface_create_for_data(const_cast<uint8_t*>(bitmap.rgba.data()), CAIRO_FORMAT_ARGB32,
+                                                bitmap.width, bitmap.height, bitmap.stride()),
+            cairo_surface_destroy};
+}
+
+Pen penOn(const Surface& surface) { return {cairo_create(surface.get()), cairo_destroy}; }
+
+void paintPicture(cairo_t* pen, const Bitmap& picture) {
+    const Surface surface = surfaceOver(picture);
+    cairo_set_source_surface(pen, surface.get(), 0, 0);
+    cairo_paint(pen);
+    // The source would outlive the surface's memory.
+    cairo_set_source_rgba(pen, 0, 0, 0, 0);
+}
+
+/// Four arcs of the given radius, each tangent to two edges. With a radius beyond half a side the arcs cross,
+/// as their tangent points then do.
+void addRoundedRectangle(cairo_t* pen, double width, double height, double radius) {
+    if (radius <= 0 || !std::isfinite(radius)) return cairo_rectangle(pen, 0, 0, width, height);
+    struct Corner {
+        double x, y, startAngle;
+    };
+    const std::array<Corner, 4> corners{{{width - radius, height - radius, 0},
+                                         {radius, height - radius, M_PI_2},
+                                         {radius, radius, M_PI},
+                                         {width - radius, radius, 3 * M_PI_2}}};
+    cairo_move_to(pen, width, height / 2);
+    for (const Corner& corner : corners)
+        cairo_arc(pen, corner.x, corner.y, radius, corner.startAngle, corner.startAngle + M_PI_2);
+    cairo_close_path(pen);
+}
+
+void drawSynthesis(cairo_t* pen, const PhotoFilter&, const Bitmap& photo, const Bitmap* overlay) {
+    paintPicture(pen, photo);
+    if (overlay && overlay->size() == photo.size()) paintPicture(pen, *overlay);
+}
+
+void drawRounded(cairo_t* pen, const PhotoFilter& filter, const Bitmap& photo, const Bitmap*) {
+    addRoundedRectangle(pen, photo.width, photo.height, filter.cornerRadius);
+    cairo_clip(pen);
+    paintPicture(pen, photo);
+}
+
+void drawRoundedAndStroked(cairo_t* pen, const PhotoFilter& filter, const Bitmap& photo,
+                           const Bitmap* overlay) {
+    drawRounded(pen, filter, photo, overlay);
+    if (!(filter.cornerRadius > 0) || !(filter.strokeWidth > 0)) return;
+    addRoundedRectangle(pen, photo.width, photo.height, filter.cornerRadius);
+    cairo_set_line_width(pen, filter.strokeWidth);
+    const Color& color = filter.strokeColor;
+    cairo_set_source_rgba(pen, color.blue, color.green, color.red, color.alpha);
+    cairo_stroke(pen);
+}
+
+struct FilterType {
+    std::string_view name;
+    void (*draw)(cairo_t*, const PhotoFilter&, const Bitmap& photo, const Bitmap* overlay);
+};
+
+constexpr FilterType filterTypes[] = {
+    {"imageSynthesis", drawSynthesis},
+    {"circularAndStroke", drawRoundedAndStroked},
+    {"roundRect", drawRounded},
+};
+
+}  // namespace
+
+Bitmap drawPhotoFilter(const PhotoFilter& filter, const Bitmap& photo, const Bitmap* overlay) {
+    Bitmap canvas(photo.width, photo.height);
+    if (canvas.isEmpty()) return canvas;
+    const Surface surface = surfaceOver(canvas);
+    const Pen pen = penOn(surface);
+    for (const FilterType& type : filterTypes)
+        if (type.name == filter.type) type.draw(pen.get(), filter, photo, overlay);
+    cairo_surface_flush(surface.get());
+    return canvas;
+}
+
+}  // namespace platform
