@@ -122,13 +122,13 @@ struct AudioFile::Implementation {
     std::string name;
     ErrorKind kind;
     int64_t frameCount = 0;
-
-    int64_t measure() const;
 };
 
-// From the first packet that is heard to the end of the last one: exact and much faster than decoding.
-int64_t AudioFile::Implementation::measure() const {
-    PacketReader packets(file, name, kind);
+namespace {
+
+// Sample frames from the first packet that is heard to the end of the last one: exact and much faster than
+// decoding.
+int64_t measure(PacketReader& packets) {
     const AVRational ticks = packets.stream().time_base;
     const AVRational samples{1, std::max(packets.stream().codecpar->sample_rate, 1)};
     std::optional<int64_t> start;
@@ -146,6 +146,8 @@ int64_t AudioFile::Implementation::measure() const {
     return av_rescale_q(heard, samples, {1, kAudioSampleRate});
 }
 
+}  // namespace
+
 AudioFile::AudioFile(FileHandle file, const std::string& name, ErrorKind kind)
     : implementation_(std::make_unique<Implementation>()) {
     Implementation& self = *implementation_;
@@ -154,7 +156,7 @@ AudioFile::AudioFile(FileHandle file, const std::string& name, ErrorKind kind)
     self.kind = kind;
     PacketReader packets(self.file, name, kind);
     ffmpeg::openDecoder(packets.stream(), name, kind);
-    self.frameCount = self.measure();
+    self.frameCount = measure(packets);
     if (self.frameCount <= 0) throw Error(kind, "holds no sound that can be decoded", name);
 }
 
@@ -208,7 +210,10 @@ int64_t AudioFile::Reader::read(float* samples, int64_t frames) {
     frames = std::min(frames, self.remaining);
     int64_t done = 0;
     while (done < frames) {
-        if (self.available() == 0 && !self.fill()) break;
+        if (self.available() == 0) {
+            if (!self.fill()) break;
+            continue;
+        }
         const int64_t now = std::min(self.available(), frames - done);
         const size_t count = static_cast<size_t>(now) * kAudioChannels;
         if (samples)

@@ -107,7 +107,7 @@ Input openInput(const std::string& path, Content content, const std::string& nam
     const int code = avformat_open_input(&opened, ("file:" + path).c_str(), nullptr, &options.dictionary);
     // Both say that the content is of no kind that may be opened: unknown, or known and not allowed.
     if (code == AVERROR(EINVAL) || code == AVERROR_INVALIDDATA)
-        throw Error(kind, std::string("is no ") + describe(content) + " of a known format", name);
+        throw Error(kind, std::string("is no readable ") + describe(content) + " of a known format", name);
     check(code, "cannot be opened", name, kind);
     Input input(opened);
     check(avformat_find_stream_info(input.get(), nullptr), "cannot be read", name, kind);

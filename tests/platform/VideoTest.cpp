@@ -1,0 +1,378 @@
+#include <sys/resource.h>
+
+#include <csignal>
+#include <thread>
+
+#include "MediaFixture.h"
+#include "platform/media/BoundedQueue.h"
+#include "platform/media/PictureConverter.h"
+#include "platform/media/VideoReader.h"
+
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavcodec/bsf.h>
+#include <libavutil/pixdesc.h>
+}
+
+namespace platform {
+namespace {
+
+class VideoTest : public MediaFolder {
+  protected:
+    struct Remux {
+        std::array<int32_t, 4> matrix{};  ///< a, b, c, d of the display matrix
+        std::function<int64_t(int64_t)> time = [](int64_t frame) {
+            return frame;
+        };  ///< of a picture's number
+        std::string filter = "null";
+    };
+
+    /// Copies a film, changing what the file says about its pictures.
+    static void remux(const std::string& from, const std::string& to, const Remux& change) {
+        AVFormatContext *input = nullptr, *output = nullptr;
+        ASSERT_EQ(avformat_open_input(&input, from.c_str(), nullptr, nullptr), 0);
+        avformat_find_stream_info(input, nullptr);
+        AVBSFContext* filter = nullptr;
+        av_bsf_list_parse_str(change.filter.c_str(), &filter);
+        avcodec_parameters_copy(filter->par_in, input->streams[0]->codecpar);
+        filter->time_base_in = input->streams[0]->time_base;
+        ASSERT_EQ(av_bsf_init(filter), 0);
+        avformat_alloc_output_context2(&output, nullptr, "mp4", to.c_str());
+        AVStream* stream = avformat_new_stream(output, nullptr);
+        avcodec_parameters_copy(stream->codecpar, filter->par_out);
+        stream->time_base = input->streams[0]->time_base;
+        if (change.matrix != std::array<int32_t, 4>{}) {
+            auto* m =
+                reinterpret_cast<int32_t*>(av_stream_new_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, 36));
+            const int32_t nine[9] = {change.matrix[0] << 16,
+                                     change.matrix[1] << 16,
+                                     0,
+                                     change.matrix[2] << 16,
+                                     change.matrix[3] << 16,
+                                     0,
+                                     0,
+                                     0,
+                                     1 << 30};
+            std::memcpy(m, nine, sizeof nine);
+        }
+        ASSERT_GE(avio_open(&output->pb, to.c_str(), AVIO_FLAG_WRITE), 0);
+        ASSERT_GE(avformat_write_header(output, nullptr), 0);
+        AVPacket* packet = av_packet_alloc();
+        const int64_t tick = input->streams[0]->time_base.den / 25;
+        while (av_read_frame(input, packet) >= 0) {
+            ASSERT_EQ(av_bsf_send_packet(filter, packet), 0);
+            while (av_bsf_receive_packet(filter, packet) == 0) {
+                packet->pts = packet->dts = change.time(packet->pts / tick) * tick;
+                av_packet_rescale_ts(packet, input->streams[0]->time_base, stream->time_base);
+                av_interleaved_write_frame(output, packet);
+            }
+        }
+        av_packet_free(&packet);
+        av_write_trailer(output);
+        avio_closep(&output->pb);
+        avformat_free_context(output);
+        av_bsf_free(&filter);
+        avformat_close_input(&input);
+    }
+
+    int countFrames(const std::string& file) {
+        VideoReader reader(open(file), file);
+        int frames = 0;
+        while (reader.nextFrame()) ++frames;
+        return frames;
+    }
+
+    static void expectRefused(const std::string& file, ErrorKind kind) {
+        try {
+            VideoReader reader(open(file), "the file", kind);
+            FAIL() << file << " was opened";
+        } catch (const Error& error) {
+            EXPECT_EQ(error.kind(), kind) << error.what();
+            EXPECT_EQ(error.file(), "the file");
+        }
+    }
+};
+
+TEST_F(VideoTest, WhatIsWrittenIsReadBackWithExactTimes) {
+    // 30 does not divide a thousand, so that a rounded edit list would show.
+    const std::string film = makeFilm("a.mp4", 20, small(64, 48, 30));
+    const auto packets = packetsOf(film, AVMEDIA_TYPE_VIDEO, 30000);
+    ASSERT_EQ(packets.size(), 20u);
+    int64_t first = packets[0].pts, last = packets[0].pts;
+    for (const PacketLine& packet : packets) {
+        first = std::min(first, packet.pts);
+        last = std::max(last, packet.pts);
+        EXPECT_EQ(packet.duration, 1000);
+    }
+    EXPECT_EQ(first, 1000);
+    EXPECT_EQ(last, 20000);
+
+    VideoReader reader(open(film), film);
+    EXPECT_EQ(reader.info().width, 64);
+    EXPECT_EQ(reader.info().height, 48);
+    EXPECT_EQ(reader.info().frameCount, 20);
+    EXPECT_DOUBLE_EQ(reader.info().averageFrameRate, 30);
+    EXPECT_EQ(reader.info().durationTicks(), 21 * 20);
+    for (int i = 0; i < 20; ++i) {
+        const auto frame = reader.nextFrame();
+        ASSERT_TRUE(frame);
+        EXPECT_EQ(frame->time.value * 30, i * frame->time.timescale);
+        Corners corners = kCorners;
+        corners[3] = greyOf(i);
+        expectCorners(*frame->pixels, corners);
+    }
+    EXPECT_FALSE(reader.nextFrame());
+    EXPECT_FALSE(reader.nextFrame());
+    EXPECT_FALSE(reader.error());
+}
+
+TEST_F(VideoTest, RowAndByteOrdersShowTheSamePicture) {
+    for (const PixelOrder order : {PixelOrder::BGRA, PixelOrder::RGBA}) {
+        VideoWriter::Settings settings = small();
+        settings.pixelOrder = order;
+        settings.rowOrder = RowOrder::BottomUp;
+        const std::string film = makeFilm("a.mp4", 1, settings);
+        VideoReader reader(open(film), film, ErrorKind::Template, {.pixelOrder = order, .framesAhead = 1});
+        Corners corners = kCorners;
+        corners[3] = greyOf(0);
+        expectCorners(*reader.nextFrame()->pixels, corners, order);
+    }
+}
+
+TEST_F(VideoTest, TheSameFramesGiveTheSameBytes) {
+    VideoWriter::Settings settings = small(320, 240);
+    settings.optimiseForNetworkUse = true;
+    const std::string first = bytesOf(makeFilm("a.mp4", 30, settings));
+    EXPECT_EQ(first, bytesOf(makeFilm("b.mp4", 30, settings)));
+    EXPECT_LT(first.find("moov"), first.find("mdat"));
+}
+
+TEST_F(VideoTest, BuffersAreRecycled) {
+    PixelBufferPool pool;
+    const uint8_t* memory = pool.take(32, 32)->data();
+    EXPECT_EQ(pool.take(16, 16)->data(), memory);
+    EXPECT_NE(pool.take(64, 64)->size(), 0u);
+}
+
+TEST_F(VideoTest, CancellingWakesTheCallerAndRemovesTheFile) {
+    VideoWriter::Settings settings = small(640, 480);
+    settings.path = path("a.mp4");
+    VideoWriter writer(settings);
+    std::thread canceller([&] {
+        std::this_thread::sleep_for(std::chrono::milliseconds(30));
+        writer.cancel();
+    });
+    for (int64_t i = 1; writer.waitUntilReady(); ++i) writer.append(writer.takeBuffer(), i);
+    canceller.join();
+    EXPECT_FALSE(writer.isReadyForMoreMediaData());
+    EXPECT_FALSE(writer.append(writer.takeBuffer(), 1000000));
+    EXPECT_EQ(writer.finish(), VideoWriter::State::Cancelled);
+    EXPECT_FALSE(std::filesystem::exists(settings.path));
+}
+
+TEST_F(VideoTest, AQueueHoldsItsLimitAndWakesBothSides) {
+    BoundedQueue<int> queue(2);
+    EXPECT_TRUE(queue.push(1));
+    EXPECT_TRUE(queue.push(2));
+    EXPECT_FALSE(queue.hasRoom());
+    std::thread producer([&] { EXPECT_FALSE(queue.push(3)); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    queue.close();
+    producer.join();
+    EXPECT_EQ(queue.pop(), 1);
+    EXPECT_EQ(queue.pop(), 2);
+    EXPECT_EQ(queue.pop(), std::nullopt);
+
+    BoundedQueue<int> empty(2);
+    std::thread consumer([&] { EXPECT_EQ(empty.pop(), std::nullopt); });
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+    empty.abort();
+    consumer.join();
+}
+
+TEST_F(VideoTest, AFullDiskIsAPassingFault) {
+    VideoWriter::Settings settings = small();
+    settings.path = "/dev/full";
+    try {
+        VideoWriter writer(settings);
+        FAIL();
+    } catch (const Error& error) {
+        EXPECT_EQ(error.kind(), ErrorKind::Transient) << error.what();
+    }
+    EXPECT_TRUE(std::filesystem::exists("/dev/full"));
+}
+
+TEST_F(VideoTest, AWriteThatFailsLaterEndsTheWriter) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit old{};
+    getrlimit(RLIMIT_FSIZE, &old);
+    const rlimit limit{40000, old.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    VideoWriter::Settings settings = small(320, 240);
+    settings.path = path("a.mp4");
+    settings.preset = "ultrafast";
+    settings.bitRate = 20000000;
+    VideoWriter writer(settings);
+    for (int64_t i = 1; writer.waitUntilReady(); ++i) {
+        PixelBufferPool::Pointer picture = writer.takeBuffer();
+        for (size_t k = 0; k < picture->size(); ++k)
+            picture->data()[k] = static_cast<uint8_t>((k + 1) * (k + static_cast<size_t>(i)) >> 7);
+        writer.append(std::move(picture), i);
+        ASSERT_LT(i, 1000);
+    }
+    setrlimit(RLIMIT_FSIZE, &old);
+    EXPECT_EQ(writer.finish(), VideoWriter::State::Failed);
+    ASSERT_TRUE(writer.error());
+    EXPECT_EQ(writer.error()->file(), settings.path);
+    EXPECT_FALSE(std::filesystem::exists(settings.path));
+}
+
+TEST_F(VideoTest, WrongSettingsAreUsageErrors) {
+    const auto refuses = [&](const std::function<void(VideoWriter::Settings&)>& spoil) {
+        VideoWriter::Settings settings = small();
+        settings.path = path("a.mp4");
+        spoil(settings);
+        try {
+            VideoWriter writer(settings);
+            return false;
+        } catch (const Error& error) {
+            return error.kind() == ErrorKind::Usage;
+        }
+    };
+    EXPECT_TRUE(refuses([](auto& settings) { settings.width = 63; }));
+    EXPECT_TRUE(refuses([](auto& settings) { settings.framesPerSecond = 0; }));
+    EXPECT_TRUE(refuses([](auto& settings) { settings.preset = "fastest"; }));
+}
+
+TEST_F(VideoTest, PicturesAreTurnedUpright) {
+    VideoWriter::Settings settings = small(64, 32);
+    settings.preset = "ultrafast";
+    const std::string film = makeFilm("a.mp4", 1, settings);
+    const Corners stored{kRed, kGreen, kBlue, greyOf(0)};
+    const std::array<int32_t, 4> matrices[] = {{1, 0, 0, 1},  {0, 1, -1, 0}, {-1, 0, 0, -1}, {0, -1, 1, 0},
+                                               {-1, 0, 0, 1}, {1, 0, 0, -1}, {0, 1, 1, 0},   {0, -1, -1, 0}};
+    for (const auto& [a, b, c, d] : matrices) {
+        SCOPED_TRACE(testing::Message() << a << " " << b << " " << c << " " << d);
+        remux(film, path("turned.mp4"), {.matrix = {a, b, c, d}});
+        Corners expected;
+        for (int i = 0; i < 4; ++i) {
+            const int x = i % 2 ? 1 : -1, y = i / 2 ? 1 : -1;
+            expected[static_cast<size_t>((b * x + d * y > 0) * 2 + (a * x + c * y > 0))] =
+                stored[static_cast<size_t>(i)];
+        }
+        VideoReader reader(open(path("turned.mp4")), "turned");
+        const auto frame = reader.nextFrame();
+        ASSERT_TRUE(frame);
+        EXPECT_EQ(frame->pixels->width(), a == 0 ? 32 : 64);
+        EXPECT_EQ(reader.info().width, frame->pixels->width());
+        EXPECT_EQ(reader.info().height, frame->pixels->height());
+        expectCorners(*frame->pixels, expected);
+    }
+}
+
+TEST_F(VideoTest, AVariableFrameRateGivesEveryPictureOnce) {
+    VideoWriter::Settings settings = small();
+    settings.preset = "ultrafast";
+    const std::string film = makeFilm("a.mp4", 8, settings);
+    remux(film, path("vfr.mp4"), {.time = [](int64_t frame) { return 3 + frame * frame; }});
+    VideoReader reader(open(path("vfr.mp4")), "vfr");
+    for (int i = 0; i < 8; ++i) {
+        const auto frame = reader.nextFrame();
+        ASSERT_TRUE(frame);
+        EXPECT_EQ(frame->time.value * 25, ((i + 1) * (i + 1) - 1) * frame->time.timescale);
+        expectColour(*frame->pixels, 48, 36, greyOf(i));
+    }
+    EXPECT_FALSE(reader.nextFrame());
+}
+
+TEST_F(VideoTest, TheNamedColourMatrixDecides) {
+    const std::string film = makeFilm("a.mp4", 1, small());
+    remux(film, path("709.mp4"), {.filter = "h264_metadata=matrix_coefficients=1"});
+    VideoReader reader(open(path("709.mp4")), "709");
+    // The stored red, written as BT.601, seen through BT.709.
+    const double luma = 16 + (65.481 * kRed.red + 128.553 * kRed.green + 24.966 * kRed.blue) / 255;
+    const double cb = (-37.797 * kRed.red - 74.203 * kRed.green + 112.0 * kRed.blue) / 255;
+    const double cr = (112.0 * kRed.red - 93.786 * kRed.green - 18.214 * kRed.blue) / 255;
+    const double grey = 1.164 * (luma - 16);
+    expectColour(*reader.nextFrame()->pixels, 16, 12,
+                 {static_cast<int>(grey + 1.793 * cr), static_cast<int>(grey - 0.213 * cb - 0.533 * cr),
+                  static_cast<int>(grey + 2.112 * cb)});
+}
+
+TEST(PictureConverterTest, EveryPixelFormatAndOddSizeGivesTheSameColours) {
+    // Limited BT.601 of the colour (200, 40, 40).
+    constexpr int kLuma = 91, kCb = 106, kCr = 197;
+    for (const AVPixelFormat format :
+         {AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUV422P, AV_PIX_FMT_YUV444P, AV_PIX_FMT_NV12, AV_PIX_FMT_YUV420P10LE,
+          AV_PIX_FMT_YUV422P10LE, AV_PIX_FMT_YUV444P12LE}) {
+        const AVPixFmtDescriptor* descriptor = av_pix_fmt_desc_get(format);
+        SCOPED_TRACE(descriptor->name);
+        AVFrame* frame = av_frame_alloc();
+        frame->format = format;
+        frame->width = 17;
+        frame->height = 13;
+        frame->colorspace = AVCOL_SPC_SMPTE170M;
+        ASSERT_EQ(av_frame_get_buffer(frame, 0), 0);
+        const int levels[] = {kLuma, kCb, kCr};
+        for (int c = 0; c < 3; ++c) {
+            const AVComponentDescriptor& component = descriptor->comp[c];
+            for (int y = 0; y < (c ? -(-13 >> descriptor->log2_chroma_h) : 13); ++y)
+                for (int x = 0; x < (c ? -(-17 >> descriptor->log2_chroma_w) : 17); ++x) {
+                    uint8_t* sample = frame->data[component.plane] + y * frame->linesize[component.plane] +
+                                      x * component.step + component.offset;
+                    const int value = levels[c] << (component.depth - 8);
+                    sample[0] = static_cast<uint8_t>(value);
+                    if (component.depth > 8) sample[1] = static_cast<uint8_t>(value >> 8);
+                }
+        }
+        for (const PixelOrder order : {PixelOrder::BGRA, PixelOrder::RGBA}) {
+            PictureConverter converter(order, {});
+            PixelBuffer picture;
+            converter.convert(*frame, picture);
+            ASSERT_EQ(picture.width(), 17);
+            ASSERT_EQ(picture.height(), 13);
+            for (int y = 0; y < 13; ++y)
+                for (int x = 0; x < 17; ++x) expectColour(picture, x, y, {200, 40, 40}, 4, order);
+        }
+        av_frame_free(&frame);
+    }
+}
+
+TEST_F(VideoTest, OnlyVideosAreOpened) {
+    const std::string film = makeFilm("a.mp4", 2, small());
+    expectRefused(write("list.mp4", "#EXTM3U\n#EXTINF:1,\n" + film + "\n"), ErrorKind::Template);
+    expectRefused(write("concat.mp4", "ffconcat version 1.0\nfile " + film + "\n"), ErrorKind::Input);
+    expectRefused(write("text.mp4", "no video at all"), ErrorKind::Input);
+    expectRefused(path("missing.mp4"), ErrorKind::Template);
+    expectRefused(makeSound("sound.mp4", 44100, 1, 100, [](int64_t, int) { return 0; }), ErrorKind::Template);
+}
+
+TEST_F(VideoTest, DamagedFilesGiveWhatTheyHoldAndEnd) {
+    VideoWriter::Settings settings = small(320, 240);
+    settings.optimiseForNetworkUse = true;
+    const std::string film = bytesOf(makeFilm("a.mp4", 60, settings));
+    const int left = countFrames(write("short.mp4", film.substr(0, film.size() / 2)));
+    EXPECT_GT(left, 0);
+    EXPECT_LT(left, 60);
+    std::string spoilt = film;
+    for (size_t i = film.find("mdat") + 2000; i < film.size(); i += 97) spoilt[i] = static_cast<char>(i * 31);
+    EXPECT_LE(countFrames(write("spoilt.mp4", spoilt)), 60);
+    expectRefused(write("head.mp4", film.substr(0, 300)), ErrorKind::Template);
+}
+
+TEST_F(VideoTest, AReaderCanBeCancelledAndDroppedAtAnyTime) {
+    const std::string film = makeFilm("a.mp4", 30, small());
+    { VideoReader untouched(open(film), film); }
+    {
+        VideoReader unread(open(film), film);
+        unread.start();
+    }
+    VideoReader reader(open(film), film);
+    const auto held = reader.nextFrame();
+    reader.cancel();
+    EXPECT_FALSE(reader.nextFrame());
+    expectColour(*held->pixels, 48, 36, greyOf(0));
+}
+
+}  // namespace
+}  // namespace platform
