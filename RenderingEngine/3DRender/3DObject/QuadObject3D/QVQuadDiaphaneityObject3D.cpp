@@ -1,0 +1,53 @@
+#include "3DObject/QuadObject3D/QVQuadDiaphaneityObject3D.h"
+
+#include "core/Material/QVTextureMaterial.h"
+#include "core/NodeTypes.h"
+
+namespace multiscene {
+
+static constexpr Key alphaAnimationKeyList[] = {
+    {.name = "startRenderAlpha",
+     .type = KeyType::Number,
+     .fallback = "0",
+     .meaning = "opacity at the start",
+     .minimum = 0,
+     .maximum = 1},
+    {.name = "endRenderAlpha",
+     .type = KeyType::Number,
+     .fallback = "0",
+     .meaning = "opacity at the end",
+     .minimum = 0,
+     .maximum = 1},
+};
+constexpr KeyTable alphaAnimationKeys{"AnimationInfo of a transparent quad", "A change of opacity.",
+                                      &animationKeys, alphaAnimationKeyList};
+
+static constexpr Key diaphaneityKeyList[] = {
+    {.name = "AnimationInfo",
+     .type = KeyType::Array,
+     .meaning = "changes of the opacity; without any it is 1",
+     .children = &alphaAnimationKeys},
+};
+const KeyTable diaphaneityKeys{"QVQuadDiaphaneityObject3D", "A quad with an animated opacity.", &quadKeys,
+                               diaphaneityKeyList};
+
+QV_REGISTER_NODE_TYPE(QVQuadDiaphaneityObject3D, diaphaneityKeys);
+
+void QVQuadDiaphaneityObject3D::loadTextureFinsh() {
+    QVQuadObject3D::loadTextureFinsh();
+    isPreMultiplication_ = textureMaterial() && textureMaterial()->isPreMultiplication();
+}
+
+void QVQuadDiaphaneityObject3D::didNewKeyFrameWithEaseValue(float easeValue, float,
+                                                            const platform::Value& animationInfo) {
+    const KeyReader reader(alphaAnimationKeys, animationInfo);
+    renderAlpha_ = interpolated(reader, "startRenderAlpha", "endRenderAlpha", easeValue);
+}
+
+void QVQuadDiaphaneityObject3D::setUniforms(Shader& shader) { shader.setUniform("aplae", renderAlpha_); }
+
+void QVQuadDiaphaneityObject3D::addTraceValues(platform::Value::Dictionary& values) const {
+    values["renderAlpha"] = platform::Value(static_cast<double>(renderAlpha_));
+}
+
+}  // namespace multiscene

@@ -1,0 +1,28 @@
+#pragma once
+
+#include "TimeSource/QVSingleVideoBgObject3D.h"
+
+namespace multiscene {
+
+/// A background video with one colour keyed out.
+class QVChromaKeyVideoBgObject : public QVSingleVideoBgObject3D {
+  public:
+    using QVSingleVideoBgObject3D::QVSingleVideoBgObject3D;
+
+    const char* className() const override { return "QVChromaKeyVideoBgObject"; }
+    void rendInfoWithDic(const platform::Value& info) override;
+
+    const glm::vec4& chromakeyColor() const { return chromakeyColor_; }
+    /// Width of the soft edge of the key. Glossary: "eclosion" is feathering.
+    float maxEclosion() const { return maxEclosion_; }
+
+  protected:
+    const char* shaderName() const override { return "chromaKey_Shader"; }
+    void setUniforms(Shader& shader) override;
+
+  private:
+    glm::vec4 chromakeyColor_{0};
+    float maxEclosion_ = 0;
+};
+
+}  // namespace multiscene

@@ -1,0 +1,69 @@
+#include "TimeSource/QVMaskVideoBgObject3D.h"
+
+#include "TimeSource/TimeSourceKeys.h"
+#include "opengl2.0/TexturedQuad.h"
+
+namespace multiscene {
+
+static constexpr Key maskVideoKeyList[] = {
+    {.name = "VideoInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "the two videos",
+     .required = true,
+     .children = &maskVideoInfoKeys},
+};
+constexpr KeyTable maskVideoKeys{"QVMaskVideoTimeSource",
+                                 "A background video with a second video as its opacity.", &quadKeys,
+                                 maskVideoKeyList};
+
+static const TimeSourceTypes::Registration registered(
+    "QVMaskVideoTimeSource",
+    [](const platform::Value& info, const TimeSourceContext& context) -> std::shared_ptr<VideoTimeSource> {
+        auto source = std::make_shared<QVMaskVideoBgObject3D>(context);
+        source->initWithVideoInfo(info["VideoInfo"]);
+        return source;
+    },
+    maskVideoKeys);
+
+void QVMaskVideoBgObject3D::initWithVideoInfo(const platform::Value& videoInfo) {
+    const KeyReader reader(maskVideoInfoKeys, videoInfo);
+    initWithMaterVideoURL(videoPath(reader.text("msaterVideoPath")), videoPath(reader.text("maskVideoPath")),
+                          reader.int32("videoFps"));
+}
+
+void QVMaskVideoBgObject3D::initWithMaterVideoURL(const std::string& materVideoURL,
+                                                  const std::string& maskVideoUrl, int32_t fps) {
+    masterVideoPath_ = materVideoURL;
+    maskVideoPath_ = maskVideoUrl;
+    auto decode = std::make_shared<QVTwoVideoDecode>(masterVideoPath_, maskVideoPath_, fps);
+    decode->onNewTwoFrameReadyAtRenderOutput =
+        whileAlive([this](const QVVideoFrameRenderOutput& master, const QVVideoFrameRenderOutput& mask) {
+            masterOutput_ = master;
+            maskOutput_ = mask;
+        });
+    report(decode->msterVideoReader());
+    report(decode->maskVideoReader());
+    setDecode(std::move(decode));
+}
+
+void QVMaskVideoBgObject3D::dropPictures() {
+    masterOutput_.reset();
+    maskOutput_.reset();
+}
+
+void QVMaskVideoBgObject3D::setUniforms(Shader& shader) {
+    bindTexture(shader, "frameTexture", 1, maskOutput_ ? maskOutput_->outputTexture : 0);
+}
+
+void QVMaskVideoBgObject3D::renderComplete(const platform::CMTime& time) {
+    if (!isNeedRenderWithCMTime(time)) return;
+    QVQuadObject3D::renderComplete(time);
+    frameCompleted(time);
+}
+
+void QVMaskVideoBgObject3D::addTraceFields(platform::Value::Dictionary& fields) {
+    QVQuadObject3D::addTraceFields(fields);
+    if (masterOutput_) fields["texture"] = traceOfPicture(masterVideoPath_, *masterOutput_);
+}
+
+}  // namespace multiscene

@@ -1,0 +1,51 @@
+#include "TimeSource/QVSingleVideoBgObject3D.h"
+
+#include "TimeSource/TimeSourceKeys.h"
+
+namespace multiscene {
+
+static constexpr Key singleVideoKeyList[] = {
+    {.name = "VideoInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "the video",
+     .required = true,
+     .children = &videoInfoKeys},
+};
+const KeyTable singleVideoKeys{"QVSingleVideoTimeSource", "A background video that clocks the scene.",
+                               &quadKeys, singleVideoKeyList};
+
+static const TimeSourceTypes::Registration registered(
+    "QVSingleVideoTimeSource",
+    [](const platform::Value& info, const TimeSourceContext& context) -> std::shared_ptr<VideoTimeSource> {
+        auto source = std::make_shared<QVSingleVideoBgObject3D>(context);
+        source->initWithVideoInfo(info["VideoInfo"]);
+        return source;
+    },
+    singleVideoKeys);
+
+void QVSingleVideoBgObject3D::initWithVideoInfo(const platform::Value& videoInfo) {
+    const KeyReader reader(videoInfoKeys, videoInfo);
+    initWithMaterVideoURL(videoPath(reader.text("msaterVideoPath")), reader.int32("videoFps"));
+}
+
+void QVSingleVideoBgObject3D::initWithMaterVideoURL(const std::string& materVideoURL, int32_t fps) {
+    masterVideoPath_ = materVideoURL;
+    auto decode = std::make_shared<QVSingleVideoDecode>(masterVideoPath_, fps);
+    decode->onNewFrameReadyAtRenderOutput =
+        whileAlive([this](const QVVideoFrameRenderOutput* frame) { masterOutput_ = *frame; });
+    report(decode->videoReader());
+    setDecode(std::move(decode));
+}
+
+void QVSingleVideoBgObject3D::renderComplete(const platform::CMTime& time) {
+    if (!isNeedRenderWithCMTime(time)) return;
+    QVQuadObject3D::renderComplete(time);
+    frameCompleted(time);
+}
+
+void QVSingleVideoBgObject3D::addTraceFields(platform::Value::Dictionary& fields) {
+    QVQuadObject3D::addTraceFields(fields);
+    if (masterOutput_) fields["texture"] = traceOfPicture(masterVideoPath_, *masterOutput_);
+}
+
+}  // namespace multiscene

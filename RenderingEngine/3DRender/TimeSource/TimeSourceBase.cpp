@@ -1,0 +1,117 @@
+#include "TimeSource/TimeSourceBase.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+
+#include "core/QVScene3D.h"
+#include "core/SkippedMedia.h"
+#include "other/QVMultiSceneRenderShareSettings.h"
+#include "videoDecode/QVVideoReader.h"
+
+namespace multiscene {
+
+namespace {
+
+int32_t renderTypeOfTransition(int64_t sceneTansitionsType) {
+    return sceneTansitionsType == 0 || sceneTansitionsType == 1
+               ? static_cast<int32_t>(sceneTansitionsType + 1)
+               : 0;
+}
+
+}  // namespace
+
+TimeSourceBase::TimeSourceBase(const TimeSourceContext& context)
+    : context_(context), rootScene_(context.scene) {
+    context_.scene.reset();
+    sceneTansitionsInit();
+}
+
+void TimeSourceBase::sceneTansitionsInit() {
+    const platform::Value& info = context_.sceneTansitionsInfo;
+    if (!info) return;
+    tansitionsType_ = renderTypeOfTransition(info.integer("sceneTansitionsType"));
+    tansitionsSceneId_ = info.integer("tansitionsSceneId");
+    tansitionsFpsTotal_ = info.integer("fpsTotal");
+}
+
+void TimeSourceBase::setDecode(std::shared_ptr<QVVideoDecodeBase> decode) {
+    decode_ = std::move(decode);
+    decode_->setRenderManager(context_.renderManager);
+    decode_->setCurrentScene(rootScene());
+    decode_->setIsPlayAtActualSpeed(context_.isPlayAtActualSpeed);
+    decode_->onVideoDecodeStart = whileAlive([this] {
+        if (const auto delegate = delegate_.lock()) delegate->didStartRender(*this, rootScene());
+    });
+    decode_->onVideoDecodeFinish = whileAlive([this] {
+        dropPictures();
+        if (const auto delegate = delegate_.lock()) delegate->didCompleteRender(*this, rootScene());
+    });
+}
+
+void TimeSourceBase::computeTimeSourceFpsTotal() {
+    using Frames = std::numeric_limits<int32_t>;
+    const int64_t last = std::clamp<int64_t>(self().endFps(), Frames::min(), Frames::max());
+    if (decode_) decode_->setFpsTotal(static_cast<int32_t>(last));
+}
+
+// The player may drop the decoder from within a callback: the turn keeps it until it is through.
+
+void TimeSourceBase::decodeNextFpsWithGroupQueue() {
+    if (const auto decode = decode_) decode->decodeNextFpsWithGroupQueue();
+}
+
+void TimeSourceBase::fpsRenderCompletedHandle() {
+    if (const auto decode = decode_) decode->fpsRenderCompletedHandle();
+}
+
+void TimeSourceBase::cancelDecode() {
+    if (const auto decode = std::move(decode_)) decode->cancelDecode();
+    dropPictures();
+}
+
+bool TimeSourceBase::isRootSceneCurrent() const {
+    const auto scene = rootScene();
+    return scene && context_.renderManager && context_.renderManager->currentScene() == scene;
+}
+
+void TimeSourceBase::frameCompleted(const platform::CMTime& time) {
+    if (const auto decode = decode_) decode->fpsRenderFinishcleanupResource();
+    const bool isNewFrame = time.value != completedFrame_;
+    completedFrame_ = time.value;
+    const auto delegate = delegate_.lock();
+    if (!delegate || !isRootSceneCurrent()) return;
+    if (!isLoadNextSceneOnce_) {
+        isLoadNextSceneOnce_ = true;
+        delegate->didLoadNextScene(*this, rootScene());
+    }
+    if (isNewFrame && context_.sceneTansitionsInfo && self().endFps() - time.value == tansitionsFpsTotal_)
+        delegate->didSceneTransitions(*this, tansitionsType_, tansitionsSceneId_);
+}
+
+std::string TimeSourceBase::videoPath(const std::string& path) const {
+    const auto scene = rootScene();
+    return QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(
+        path, scene ? scene->sceneConfigData().sceneResourceFolderPath : std::string());
+}
+
+platform::Value TimeSourceBase::traceOfPicture(const std::string& path,
+                                               const QVVideoFrameRenderOutput& picture) {
+    return platform::Value(platform::Value::Dictionary{{"path", platform::Value(path)},
+                                                       {"width", platform::Value(picture.frameWidth)},
+                                                       {"height", platform::Value(picture.frameHeight)}});
+}
+
+void TimeSourceBase::report(const QVVideoReader& reader) {
+    if (!reader.isReadable()) {
+        reportSkipped(self(), "missing or unreadable video", reader.url());
+    } else if (reader.hasOtherFrameRate()) {
+        const int64_t hundredths = std::lround(reader.sourceFrameRate() * 100);
+        reportSkipped(self(), "video of another frame rate than its \"videoFps\"",
+                      reader.url() + ": " + std::to_string(hundredths / 100) + "." +
+                          std::to_string(hundredths % 100) + " instead of " +
+                          std::to_string(reader.videoFps()));
+    }
+}
+
+}  // namespace multiscene

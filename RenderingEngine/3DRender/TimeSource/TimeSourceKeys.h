@@ -1,0 +1,11 @@
+#pragma once
+
+#include "other/KeyTable.h"
+
+namespace multiscene {
+
+/// The video of a time source and its rate; a mask source has a second video.
+extern const KeyTable videoInfoKeys;
+extern const KeyTable maskVideoInfoKeys;
+
+}  // namespace multiscene

@@ -1,0 +1,37 @@
+#include "core/Material/QVFilterImage2dMaterial.h"
+
+#include "core/Material/TextureInfoKeys.h"
+#include "core/QVScene3D.h"
+
+namespace multiscene {
+
+static const MaterialTypes::Registration registered(
+    "filterImage",
+    [](const platform::Value& textureInfo,
+       const MaterialContext& context) -> std::shared_ptr<QVMaterialBase> {
+        return std::make_shared<QVFilterImage2dMaterial>(
+            context.textureObjectPath,
+            context.scene ? context.scene->sceneConfigData().sceneResourceFolderPath : std::string(),
+            textureInfo);
+    },
+    textureInfoKeys);
+
+QVFilterImage2dMaterial::QVFilterImage2dMaterial(std::string imagePath, std::string rootScenePath,
+                                                 platform::Value filterInfo)
+    : QVTextureMaterial(MaterialType::Image, true),
+      imagePath_(std::move(imagePath)),
+      rootScenePath_(std::move(rootScenePath)),
+      filterInfo_(std::move(filterInfo)) {}
+
+void QVFilterImage2dMaterial::loadMaterial() {
+    modelTexture_.loadTextureFilter(imagePath_, rootScenePath_, filterInfo_);
+    setTextureId(modelTexture_.textureId());
+    if (textureId() == 0) reportSkippedPicture(imagePath_, filterInfo_);
+}
+
+void QVFilterImage2dMaterial::destroyMaterial() {
+    modelTexture_ = {};
+    setTextureId(0);
+}
+
+}  // namespace multiscene

@@ -1,0 +1,33 @@
+#include "core/Material/QVImage2dMaterial.h"
+
+#include "core/Material/TextureInfoKeys.h"
+
+namespace multiscene {
+
+static const MaterialTypes::Registration registeredImage(
+    "image",
+    [](const platform::Value& textureInfo,
+       const MaterialContext& context) -> std::shared_ptr<QVMaterialBase> {
+        return std::make_shared<QVImage2dMaterial>(context.textureObjectPath, ImageType::Picture,
+                                                   textureInfo);
+    },
+    textureInfoKeys);
+
+QVImage2dMaterial::QVImage2dMaterial(std::string imagePath, ImageType imageType, platform::Value textureInfo)
+    : QVTextureMaterial(MaterialType::Image, imageType == ImageType::Picture),
+      imagePath_(std::move(imagePath)),
+      imageType_(imageType),
+      textureInfo_(std::move(textureInfo)) {}
+
+void QVImage2dMaterial::loadMaterial() {
+    modelTexture_.loadPicture(imagePath_, imageType_);
+    setTextureId(modelTexture_.textureId());
+    if (textureId() == 0) reportSkippedPicture(imagePath_, textureInfo_);
+}
+
+void QVImage2dMaterial::destroyMaterial() {
+    modelTexture_ = {};
+    setTextureId(0);
+}
+
+}  // namespace multiscene

@@ -1,0 +1,27 @@
+#include "core/Material/QVMaterialBase.h"
+
+#include "core/Material/TextureInfoKeys.h"
+#include "core/QVObject3DFpsBase.h"
+#include "core/SkippedMedia.h"
+
+namespace multiscene {
+
+std::shared_ptr<QVMaterialBase> QVMaterialBase::loadTextureWithDic(const platform::Value& textureInfo,
+                                                                   const MaterialContext& context) {
+    const auto* known = MaterialTypes::find(KeyReader(textureInfoKeys, textureInfo).text("textureType"));
+    if (!known) return nullptr;
+    auto material = known->make(textureInfo, context);
+    material->setObject3D(context.object3D);
+    material->loadMaterial();
+    return material;
+}
+
+void QVMaterialBase::reportSkippedPicture(const std::string& path, const platform::Value& textureInfo) const {
+    if (!object3D_) return;
+    if (path.empty())
+        reportSkipped(*object3D_, "missing file", KeyReader(textureInfoKeys, textureInfo).text("texture"));
+    else
+        reportSkipped(*object3D_, "missing or unreadable file", path);
+}
+
+}  // namespace multiscene

@@ -1,0 +1,42 @@
+#include "core/Material/QVRTT2dMaterial.h"
+
+#include "core/Material/TextureInfoKeys.h"
+#include "core/QVScene3D.h"
+#include "core/QVSceneRenderToTexture.h"
+
+namespace multiscene {
+
+namespace {
+
+using Scene = std::shared_ptr<QVScene3D>;
+
+/// The picture of a scene that the render driver names; texture 0 when it has no such scene.
+template <Scene (RenderDriver::*sceneOfDriver)() const>
+std::shared_ptr<QVMaterialBase> sceneMaterial(const platform::Value&, const MaterialContext& context) {
+    const Scene shown = context.scene ? (context.scene->renderManager().*sceneOfDriver)() : nullptr;
+    return std::make_shared<QVRTT2dMaterial>(shown ? shown->renderToTextureObject().CVTextureId() : 0);
+}
+
+std::shared_ptr<QVMaterialBase> namedTargetMaterial(const platform::Value& textureInfo,
+                                                    const MaterialContext& context) {
+    const std::string key = KeyReader(textureInfoKeys, textureInfo).text("textureMapKey");
+    return std::make_shared<QVRTT2dMaterial>(context.scene ? context.scene->renderToTextureMap(key) : 0);
+}
+
+}  // namespace
+
+static const MaterialTypes::Registration registeredCurrentScene("currentSceneRenderTexture",
+                                                                sceneMaterial<&RenderDriver::currentScene>,
+                                                                textureInfoKeys);
+static const MaterialTypes::Registration registeredNextScene("nextSceneRenderTexture",
+                                                             sceneMaterial<&RenderDriver::nextScene>,
+                                                             textureInfoKeys);
+static const MaterialTypes::Registration registeredNamedTarget("RTTTexture", namedTargetMaterial,
+                                                               textureInfoKeys);
+
+QVRTT2dMaterial::QVRTT2dMaterial(uint32_t textureId)
+    : QVTextureMaterial(MaterialType::RenderTarget, true, bottomUpTextureCoordinates) {
+    setTextureId(textureId);
+}
+
+}  // namespace multiscene

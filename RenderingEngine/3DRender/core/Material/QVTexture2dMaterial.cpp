@@ -1,0 +1,37 @@
+#include "core/Material/QVTexture2dMaterial.h"
+
+#include "core/Material/TextureInfoKeys.h"
+#include "core/QVObject3DFpsBase.h"
+#include "core/QVScene3D.h"
+#include "dataMode/QVMultiScene2DTextDataModel.h"
+
+namespace multiscene {
+
+static const MaterialTypes::Registration registered(
+    "text2d",
+    [](const platform::Value& textureInfo,
+       const MaterialContext& context) -> std::shared_ptr<QVMaterialBase> {
+        return std::make_shared<QVTexture2dMaterial>(context.textureObjectPath, textureInfo);
+    },
+    textureInfoKeys);
+
+QVTexture2dMaterial::QVTexture2dMaterial(std::string textString, platform::Value textInfo)
+    : QVTextureMaterial(MaterialType::Text, true),
+      textString_(std::move(textString)),
+      textInfo_(std::move(textInfo)) {}
+
+void QVTexture2dMaterial::loadMaterial() {
+    auto model = QVMultiScene2DTextDataModel::multiScene2DTextDataModelWithDic(textInfo_);
+    const auto scene = object3D() ? object3D()->scene() : nullptr;
+    model.setScene(scene ? scene->sceneIdentifier() : std::string(),
+                   scene ? scene->sceneConfigData().sceneResourceFolderPath : std::string());
+    setTextureCoordinates(modelTexture_.loadTextureFrom2DTextDadaModel(model));
+    setTextureId(modelTexture_.textureId());
+}
+
+void QVTexture2dMaterial::destroyMaterial() {
+    modelTexture_ = {};
+    setTextureId(0);
+}
+
+}  // namespace multiscene

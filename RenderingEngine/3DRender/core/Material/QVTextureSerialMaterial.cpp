@@ -1,0 +1,61 @@
+#include "core/Material/QVTextureSerialMaterial.h"
+
+#include "core/Material/TextureInfoKeys.h"
+#include "core/QVScene3D.h"
+#include "other/QVMultiSceneRenderShareSettings.h"
+#include "platform/base/FileGate.h"
+
+namespace multiscene {
+
+static const MaterialTypes::Registration registered(
+    "textureSerial",
+    [](const platform::Value& textureInfo,
+       const MaterialContext& context) -> std::shared_ptr<QVMaterialBase> {
+        return std::make_shared<QVTextureSerialMaterial>(textureInfo, context.textureSerialStartFps,
+                                                         context.textureSerialEndFps, context.scene);
+    },
+    textureInfoKeys);
+
+namespace {
+
+ImageType imageTypeOf(const platform::Value& textureInfo) {
+    return static_cast<ImageType>(KeyReader(textureInfoKeys, textureInfo).int32("imageType"));
+}
+
+}  // namespace
+
+QVTextureSerialMaterial::QVTextureSerialMaterial(platform::Value textureInfo, int64_t startFps,
+                                                 int64_t endFps, const std::shared_ptr<QVScene3D>& scene)
+    : QVTextureMaterial(MaterialType::TextureSerial, imageTypeOf(textureInfo) == ImageType::Picture),
+      textureInfo_(std::move(textureInfo)),
+      imageType_(imageTypeOf(textureInfo_)),
+      sequence_(textureInfo_),
+      animationStartFps_(startFps),
+      animationEndFps_(endFps),
+      currentscene_(scene) {}
+
+void QVTextureSerialMaterial::updateMaterial(const platform::CMTime& time) {
+    const auto name = sequence_.animationWithCurrentFps(time.value, animationStartFps_, animationEndFps_);
+    const auto scene = currentscene_.lock();
+    if (!name || !scene) return;
+    const std::string path = QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(
+        *name, scene->sceneConfigData().sceneResourceFolderPath);
+    if (path != shownPath_ && platform::FileGate::shared().exists(path)) show(path);
+    if (textureId() == 0) reportSkippedPicture(path.empty() ? *name : path, textureInfo_);
+}
+
+void QVTextureSerialMaterial::show(const std::string& path) {
+    ZBTexture picture;
+    picture.loadPicture(path, imageType_);
+    modelTexture_ = std::move(picture);
+    setTextureId(modelTexture_.textureId());
+    shownPath_ = path;
+}
+
+void QVTextureSerialMaterial::destroyMaterial() {
+    modelTexture_ = {};
+    setTextureId(0);
+    shownPath_.clear();
+}
+
+}  // namespace multiscene

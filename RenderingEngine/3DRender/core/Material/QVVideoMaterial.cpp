@@ -1,0 +1,48 @@
+#include "core/Material/QVVideoMaterial.h"
+
+#include "core/Material/TextureInfoKeys.h"
+
+namespace multiscene {
+
+static const MaterialTypes::Registration registered(
+    "mp4Video",
+    [](const platform::Value& textureInfo,
+       const MaterialContext& context) -> std::shared_ptr<QVMaterialBase> {
+        return std::make_shared<QVVideoMaterial>(context.textureObjectPath,
+                                                 KeyReader(textureInfoKeys, textureInfo).int32("videoFps"),
+                                                 textureInfo);
+    },
+    textureInfoKeys);
+
+QVVideoMaterial::QVVideoMaterial(std::string videoPath, int32_t videoFps, platform::Value textureInfo)
+    : QVTextureMaterial(MaterialType::Video, false),
+      textureInfo_(std::move(textureInfo)),
+      videoReader_(std::move(videoPath), videoFps) {
+    videoReader_.startProcessing();
+}
+
+void QVVideoMaterial::loadMaterial() {
+    if (!videoReader_.isReadable()) reportSkippedPicture(videoReader_.url(), textureInfo_);
+}
+
+void QVVideoMaterial::updateMaterial(const platform::CMTime&) {
+    frameOutput_ = videoReader_.renderNextFrame();
+    if (frameOutput_) setTextureId(frameOutput_->outputTexture);
+}
+
+void QVVideoMaterial::finishMaterial(const platform::CMTime&) {
+    if (frameOutput_) videoReader_.cleanupResource(*frameOutput_);
+}
+
+void QVVideoMaterial::destroyMaterial() {
+    frameOutput_.reset();
+    videoReader_.cancelProcessing();
+    videoReader_.destroyFrameBuffer();
+    setTextureId(0);
+}
+
+TextureSize QVVideoMaterial::textureSize() const {
+    return {videoReader_.videoWidth(), videoReader_.videoHeight()};
+}
+
+}  // namespace multiscene

@@ -1,0 +1,127 @@
+#include "core/Material/ZBTexture.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "core/GLESUtils/TextureUpload.h"
+#include "core/Material/TextPictureCopy.h"
+#include "core/Material/TextureInfoKeys.h"
+#include "dataMode/QVMultiScene2DTextDataModel.h"
+#include "other/QVMultiSceneRenderShareSettings.h"
+#include "platform/base/FileGate.h"
+#include "platform/gl/GLContext.h"
+#include "platform/image/ImageDecoder.h"
+#include "platform/image/PhotoFilter.h"
+
+namespace multiscene {
+
+namespace {
+
+constexpr float minCanvasSide = 64;
+
+int canvasSide(int pictureSide) {
+    const platform::GLContext* context = platform::GLContext::current();
+    const int most = context ? std::min(context->caps().maxTextureSize, ZBTexture::maxCanvasSide)
+                             : ZBTexture::maxCanvasSide;
+    return std::min(ZBTexture::minimumSizedTextureSize(static_cast<float>(pictureSide)), most);
+}
+
+/// A picture file stretched to a size; empty when it cannot be read.
+platform::Bitmap decodeStretched(const platform::FileHandle& file, const std::string& name,
+                                 platform::ImageSize size) {
+    try {
+        return platform::decodeImage(file, {.canvas = size, .source = {.name = name}});
+    } catch (const platform::Error&) {
+        return {};
+    }
+}
+
+platform::Color colorOf(const glm::vec4& color) { return {color.r, color.g, color.b, color.a}; }
+
+}  // namespace
+
+int ZBTexture::minimumSizedTextureSize(float side) {
+    if (!(side > minCanvasSide)) return static_cast<int>(minCanvasSide);
+    return static_cast<int>(std::exp2(std::floor(std::log2(side - 1)) + 1));
+}
+
+void ZBTexture::upload(const platform::Bitmap& bitmap) {
+    if (bitmap.isEmpty()) return;
+    texture_.create();
+    uploadTexture(texture_.name(), {.pixels = bitmap.rgba.data(),
+                                    .width = bitmap.width,
+                                    .height = bitmap.height,
+                                    .stride = bitmap.stride(),
+                                    .order = PixelOrder::RGBA});
+}
+
+platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path) {
+    textureContentSize_ = {};
+    const auto opened = platform::FileGate::shared().open(path);
+    if (!opened.file) return {};
+    try {
+        const platform::ImageSize size = platform::readImageSize(opened.file, {.name = path});
+        platform::Bitmap canvas =
+            decodeStretched(opened.file, path, {canvasSide(size.width), canvasSide(size.height)});
+        if (!canvas.isEmpty())
+            textureContentSize_ = {static_cast<double>(size.width), static_cast<double>(size.height)};
+        return canvas;
+    } catch (const platform::Error&) {
+        return {};
+    }
+}
+
+void ZBTexture::loadloadTexture(const std::string& path) { upload(decodeOntoCanvas(path)); }
+
+void ZBTexture::loadPicture(const std::string& path, ImageType imageType) {
+    if (imageType == ImageType::Picture) loadloadTexture(path);
+    if (imageType == ImageType::Pvr) loadTextureFromPvr(path);
+}
+
+// Filters
+
+std::string ZBTexture::filterResourcePath(const std::string& name, const std::string& sceneRootPath) {
+    return QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(name, sceneRootPath);
+}
+
+platform::Bitmap ZBTexture::filterWithOriginalImage(const platform::Bitmap& originalImage,
+                                                    const std::string& sceneRootPath,
+                                                    const platform::Value& filterInfo) {
+    const KeyReader reader(textureInfoKeys, filterInfo);
+    const platform::PhotoFilter filter{.type = reader.text("filterType"),
+                                       .cornerRadius = reader.number("circularR"),
+                                       .strokeWidth = reader.number("strokeW"),
+                                       .strokeColor = colorOf(reader.vector4("strokeColor"))};
+    platform::Bitmap overlay;
+    const std::string overlayPath = filterResourcePath(reader.text("maskPhotoName"), sceneRootPath);
+    if (const auto opened = platform::FileGate::shared().open(overlayPath); opened.file)
+        overlay = decodeStretched(opened.file, overlayPath, originalImage.size());
+    return platform::drawPhotoFilter(filter, originalImage, overlay.isEmpty() ? nullptr : &overlay);
+}
+
+void ZBTexture::loadTextureFilter(const std::string& path, const std::string& sceneRootPath,
+                                  const platform::Value& filterInfo) {
+    const platform::Bitmap photo = decodeOntoCanvas(path);
+    if (!photo.isEmpty()) upload(filterWithOriginalImage(photo, sceneRootPath, filterInfo));
+}
+
+// Texts
+
+QVTextureMaterial::TextureCoordinates ZBTexture::loadTextureFrom2DTextDadaModel(
+    const QVMultiScene2DTextDataModel& model) {
+    const platform::TextSize size = model.textureSize();
+    const int width = minimumSizedTextureSize(static_cast<float>(size.width));
+    const int height = minimumSizedTextureSize(static_cast<float>(size.height));
+    const int longest = std::max(width, height);
+    const double scale = longest > maxTextBitmapSide ? static_cast<double>(maxTextBitmapSide) / longest : 1;
+    textureContentSize_ = {size.width, size.height};
+    platform::Bitmap bitmap =
+        model.drawText(static_cast<int>(width * scale), static_cast<int>(height * scale), scale);
+    upload(bitmap);
+    TextPictureCopy::shared().write(std::move(bitmap));
+    const auto right = static_cast<float>(size.width / width);
+    const auto bottom = static_cast<float>(size.height / height);
+    return {0, bottom, right, bottom, right, 0, 0, 0};
+}
+
+}  // namespace multiscene

@@ -1,0 +1,64 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "core/GLESUtils/GLObject.h"
+#include "core/Material/QVTextureMaterial.h"
+#include "platform/base/Value.h"
+#include "platform/image/Image.h"
+
+namespace multiscene {
+
+class QVMultiScene2DTextDataModel;
+
+/// How a picture file is stored; other numbers load nothing.
+enum class ImageType : uint32_t { Picture = 0, Pvr = 2 };
+
+/// One GL texture and the size of the picture behind it. Render queue, GL context current.
+///
+/// Pictures are drawn stretched over a canvas whose sides are powers of two of at least 64 pixels, so texture
+/// coordinates run from 0 to 1; a canvas is never larger than the GL takes nor than maxCanvasSide. Files are
+/// opened through the fence. Anything that cannot be loaded leaves the texture at 0.
+class ZBTexture {
+  public:
+    static constexpr int maxCanvasSide = 4096;      ///< pixels
+    static constexpr int maxTextBitmapSide = 1024;  ///< pixels
+
+    uint32_t textureId() const { return texture_.name(); }
+    /// Pixels of the source picture, before any rounding: what a quad is fitted to.
+    const TextureSize& textureContentSize() const { return textureContentSize_; }
+
+    /// A picture file. Glossary: "loadload" is load.
+    void loadloadTexture(const std::string& path);
+    void loadTextureFromImage(const platform::Bitmap& image);
+    /// A PVR version 2 file, plain or gzip-compressed.
+    void loadTextureFromPvr(const std::string& path);
+    /// A file of the given kind.
+    void loadPicture(const std::string& path, ImageType imageType);
+    /// A photo shaped by the "filterType" of the dictionary.
+    void loadTextureFilter(const std::string& path, const std::string& sceneRootPath,
+                           const platform::Value& filterInfo);
+    /// A text; returns where it lies in the texture. Texts beyond maxTextBitmapSide are drawn smaller.
+    QVTextureMaterial::TextureCoordinates loadTextureFrom2DTextDadaModel(
+        const QVMultiScene2DTextDataModel& model);
+
+    /// The canvas side for a picture side, computed in single precision: the next power of two, at least 64.
+    static int minimumSizedTextureSize(float side);
+    /// A file that a filter names, with its macros resolved.
+    static std::string filterResourcePath(const std::string& name, const std::string& sceneRootPath);
+    /// The photo, already of the canvas's size, as the filter shapes it.
+    static platform::Bitmap filterWithOriginalImage(const platform::Bitmap& originalImage,
+                                                    const std::string& sceneRootPath,
+                                                    const platform::Value& filterInfo);
+
+  private:
+    /// The picture on its canvas; empty when it cannot be read.
+    platform::Bitmap decodeOntoCanvas(const std::string& path);
+    void upload(const platform::Bitmap& bitmap);
+
+    GLTexture texture_;
+    TextureSize textureContentSize_;
+};
+
+}  // namespace multiscene

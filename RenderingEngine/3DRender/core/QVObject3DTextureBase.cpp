@@ -1,0 +1,111 @@
+#include "core/QVObject3DTextureBase.h"
+
+#include "core/Material/QVImage2dMaterial.h"
+#include "core/Material/QVTextureMaterial.h"
+#include "core/Material/TextureInfoKeys.h"
+#include "core/PhotoSlot.h"
+#include "core/QVScene3D.h"
+#include "other/QVMultiSceneRenderShareSettings.h"
+#include "platform/base/FileGate.h"
+
+namespace multiscene {
+
+static constexpr Key textureBaseKeyList[] = {
+    {.name = "TextureInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "what the node shows; none: it draws nothing",
+     .children = &textureInfoKeys},
+};
+const KeyTable textureBaseKeys{"QVObject3DTextureBase", "A node drawn with a texture.", &transformKeys,
+                               textureBaseKeyList};
+
+QVObject3DTextureBase::QVObject3DTextureBase()
+    : defaltTextureCoordinates_(QVTextureMaterial::topDownTextureCoordinates) {}
+
+void QVObject3DTextureBase::rendInfoWithDic(const platform::Value& info) {
+    QVObject3DTransformBase::rendInfoWithDic(info);
+    textureInfo_ = KeyReader(textureBaseKeys, info).value("TextureInfo");
+}
+
+std::string QVObject3DTextureBase::computeTexturePath() const {
+    const std::string name = KeyReader(textureInfoKeys, textureInfo_).text("texture");
+    if (name.empty()) return {};
+    platform::FileGate& gate = platform::FileGate::shared();
+    const platform::Value users = QVMultiSceneRenderShareSettings::computeUserMap(name, sceneIdentifier());
+    std::string path = resolvedPath(users.isNone() ? name : users.stringValue());
+    if (path.empty()) return {};
+    bool exists = gate.exists(path);
+    if (!exists && !users.isNone()) {
+        path = suppliedPhotoForSlot(path);
+        exists = gate.exists(path);
+    }
+    return exists ? path : std::string();
+}
+
+void QVObject3DTextureBase::loadTexture() {
+    if (!textureInfo_) return;
+    setMaterial(QVMaterialBase::loadTextureWithDic(textureInfo_, materialContext(computeTexturePath())));
+    loadTextureFinsh();
+}
+
+void QVObject3DTextureBase::reloadTextureFromPvr(const std::string& name) {
+    auto picture = std::make_shared<QVImage2dMaterial>(resolvedPath(name), ImageType::Pvr);
+    picture->setObject3D(this);
+    picture->loadMaterial();
+    setMaterial(std::move(picture));
+}
+
+MaterialContext QVObject3DTextureBase::materialContext(std::string path) {
+    return {.scene = scene(),
+            .object3D = this,
+            .textureObjectPath = std::move(path),
+            .textureSerialStartFps = sartFps(),
+            .textureSerialEndFps = endFps()};
+}
+
+void QVObject3DTextureBase::setMaterial(std::shared_ptr<QVMaterialBase> material) {
+    material_ = std::move(material);
+    textureMaterial_ = dynamic_cast<QVTextureMaterial*>(material_.get());
+}
+
+uint32_t QVObject3DTextureBase::textureId() const {
+    return textureMaterial_ ? textureMaterial_->textureId() : 0;
+}
+
+const float* QVObject3DTextureBase::masterTextureCoordinates() const {
+    return textureMaterial_ ? textureMaterial_->textureCoordinates().data()
+                            : defaltTextureCoordinates_.data();
+}
+
+bool QVObject3DTextureBase::isFirstFrame(const platform::CMTime& time) {
+    // The last turn of a video that ran dry repeats a frame number: that is no second first frame.
+    if (hasLoaded_ || time.value != sartFps()) return false;
+    return hasLoaded_ = true;
+}
+
+void QVObject3DTextureBase::updateData(const platform::CMTime& time) {
+    if (!isNeedRenderWithCMTime(time)) return;
+    QVObject3DTransformBase::updateData(time);
+    if (isFirstFrame(time)) loadTexture();
+    if (material_) material_->updateMaterial(time);
+}
+
+void QVObject3DTextureBase::renderComplete(const platform::CMTime& time) {
+    if (!isNeedRenderWithCMTime(time)) return;
+    QVObject3DTransformBase::renderComplete(time);
+    if (!material_) return;
+    material_->finishMaterial(time);
+    if (time.value == endFps()) material_->destroyMaterial();
+}
+
+void QVObject3DTextureBase::addTraceFields(platform::Value::Dictionary& fields) {
+    QVObject3DTransformBase::addTraceFields(fields);
+    if (!textureMaterial_) return;
+    const TextureSize size = textureMaterial_->textureSize();
+    fields["texture"] =
+        platform::Value(platform::Value::Dictionary{{"path", platform::Value(textureMaterial_->sourcePath())},
+                                                    {"width", platform::Value(size.width)},
+                                                    {"height", platform::Value(size.height)}});
+}
+
+}  // namespace multiscene

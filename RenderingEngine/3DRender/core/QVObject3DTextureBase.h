@@ -1,0 +1,63 @@
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+
+#include "core/Material/QVMaterialBase.h"
+#include "core/QVObject3DTransformBase.h"
+
+namespace multiscene {
+
+class QVTextureMaterial;
+
+extern const KeyTable textureBaseKeys;
+
+/// A node that is drawn with a material. The material is made at the node's first frame, never earlier, and
+/// given up at its last, so that a long film holds few textures at a time: a node that is first updated after
+/// its first frame stays without one.
+class QVObject3DTextureBase : public QVObject3DTransformBase {
+  public:
+    QVObject3DTextureBase();
+    const char* className() const override { return "QVObject3DTextureBase"; }
+
+    void rendInfoWithDic(const platform::Value& info) override;
+    void updateData(const platform::CMTime& time) override;
+    void renderComplete(const platform::CMTime& time) override;
+    void addTraceFields(platform::Value::Dictionary& fields) override;
+
+    /// The file behind the "texture" of the texture info: the user's value of that name, else the name itself
+    /// with its macros resolved. Empty when there is no such file or it may not be opened.
+    std::string computeTexturePath() const;
+    void loadTexture();
+    /// Called when a material has been loaded: subclasses fit themselves to it. Glossary: "finish".
+    virtual void loadTextureFinsh() {}
+    /// Replaces the material with a PVR picture of the scene's folder.
+    void reloadTextureFromPvr(const std::string& name);
+
+    QVMaterialBase* material() const { return material_.get(); }
+    /// The material when it has a texture, else none.
+    QVTextureMaterial* textureMaterial() const { return textureMaterial_; }
+    const platform::Value& textureInfo() const { return textureInfo_; }
+    /// The GL texture to draw with, 0 for none.
+    uint32_t textureId() const;
+    /// Four times u, v: bottom left, bottom right, top right, top left.
+    const float* masterTextureCoordinates() const;
+    const std::array<float, 8>& defaltTextureCoordinates() const { return defaltTextureCoordinates_; }
+
+  protected:
+    void setMaterial(std::shared_ptr<QVMaterialBase> material);
+    /// What a material of this node is made with, given the file that it shows.
+    MaterialContext materialContext(std::string path);
+
+  private:
+    bool isFirstFrame(const platform::CMTime& time);
+
+    platform::Value textureInfo_;
+    std::shared_ptr<QVMaterialBase> material_;
+    QVTextureMaterial* textureMaterial_ = nullptr;  // material_ again
+    std::array<float, 8> defaltTextureCoordinates_;
+    bool hasLoaded_ = false;
+};
+
+}  // namespace multiscene

@@ -1,0 +1,26 @@
+#include "core/SkippedMedia.h"
+
+#include "core/QVScene3D.h"
+#include "other/RenderReport.h"
+
+namespace multiscene {
+
+namespace {
+
+std::string sceneName(const QVObjectContainer3D& node) {
+    const auto scene = node.scene();
+    if (!scene) return {};
+    const std::string& file = scene->sceneConfigData().scenePlistPath;
+    return file.empty() ? scene->sceneIdentifier() : file;
+}
+
+}  // namespace
+
+void reportSkipped(const QVObjectContainer3D& node, std::string what, std::string name) {
+    RenderReport::shared().add({.what = std::move(what),
+                                .name = std::move(name),
+                                .scene = sceneName(node),
+                                .node = node.name().empty() ? node.className() : node.name()});
+}
+
+}  // namespace multiscene

@@ -1,0 +1,31 @@
+#pragma once
+
+#include "videoDecode/QVVideoDecodeBase.h"
+#include "videoDecode/QVVideoReader.h"
+
+namespace multiscene {
+
+/// One video, one picture a frame.
+class QVSingleVideoDecode : public QVVideoDecodeBase {
+  public:
+    /// Opens the file and starts decoding ahead.
+    QVSingleVideoDecode(const std::string& videoUrl, int32_t videoFps);
+
+    void fpsRenderFinishcleanupResource() override;
+    void cancelDecode() override;
+
+    const QVVideoReader& videoReader() const { return videoReader_; }
+    /// The latest picture; none before the first.
+    const std::optional<QVVideoFrameRenderOutput>& frameOutput() const { return frameOutput_; }
+
+  protected:
+    bool readFrame() override;
+    platform::CMTime frameTime() const override { return frameOutput_->frameTime; }
+    void deliverFrame() override;
+
+  private:
+    QVVideoReader videoReader_;
+    std::optional<QVVideoFrameRenderOutput> frameOutput_;
+};
+
+}  // namespace multiscene

@@ -1,0 +1,39 @@
+#include "videoDecode/QVTwoVideoDecode.h"
+
+namespace multiscene {
+
+QVTwoVideoDecode::QVTwoVideoDecode(const std::string& masterVideoUrl, const std::string& maskVideoUrl,
+                                   int32_t videoFps)
+    : msterVideoReader_(masterVideoUrl, videoFps), maskVideoReader_(maskVideoUrl, videoFps) {
+    msterVideoReader_.startProcessing();
+    maskVideoReader_.startProcessing();
+}
+
+bool QVTwoVideoDecode::readFrame() {
+    // Neither texture changes unless both do: at the end the last pair is held.
+    const auto master = msterVideoReader_.takeNextFrame();
+    const auto mask = maskVideoReader_.takeNextFrame();
+    if (!master || !mask) return false;
+    msterFrameOutput_ = msterVideoReader_.upload(*master);
+    maskFrameOutput_ = maskVideoReader_.upload(*mask);
+    return true;
+}
+
+void QVTwoVideoDecode::deliverFrame() {
+    if (onNewTwoFrameReadyAtRenderOutput)
+        onNewTwoFrameReadyAtRenderOutput(msterFrameOutput_, maskFrameOutput_);
+}
+
+void QVTwoVideoDecode::fpsRenderFinishcleanupResource() {
+    msterVideoReader_.cleanupResource(msterFrameOutput_);
+    maskVideoReader_.cleanupResource(maskFrameOutput_);
+}
+
+void QVTwoVideoDecode::cancelDecode() {
+    for (QVVideoReader* reader : {&msterVideoReader_, &maskVideoReader_}) {
+        reader->cancelProcessing();
+        reader->destroyFrameBuffer();
+    }
+}
+
+}  // namespace multiscene

@@ -1,0 +1,35 @@
+#pragma once
+
+#include "videoDecode/QVVideoDecodeBase.h"
+#include "videoDecode/QVVideoReader.h"
+
+namespace multiscene {
+
+/// A colour video and its mask, advancing together; the shorter one ends both. Frame times are the colour
+/// video's.
+class QVTwoVideoDecode : public QVVideoDecodeBase {
+  public:
+    /// Opens both files and starts decoding ahead.
+    QVTwoVideoDecode(const std::string& masterVideoUrl, const std::string& maskVideoUrl, int32_t videoFps);
+
+    /// The pictures of a frame: colour, mask. Must not keep the owner of the decoder alive.
+    std::function<void(const QVVideoFrameRenderOutput& master, const QVVideoFrameRenderOutput& mask)>
+        onNewTwoFrameReadyAtRenderOutput;
+
+    void fpsRenderFinishcleanupResource() override;
+    void cancelDecode() override;
+
+    const QVVideoReader& msterVideoReader() const { return msterVideoReader_; }
+    const QVVideoReader& maskVideoReader() const { return maskVideoReader_; }
+
+  protected:
+    bool readFrame() override;
+    platform::CMTime frameTime() const override { return msterFrameOutput_.frameTime; }
+    void deliverFrame() override;
+
+  private:
+    QVVideoReader msterVideoReader_, maskVideoReader_;
+    QVVideoFrameRenderOutput msterFrameOutput_, maskFrameOutput_;
+};
+
+}  // namespace multiscene

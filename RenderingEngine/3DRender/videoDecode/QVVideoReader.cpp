@@ -1,0 +1,100 @@
+#include "videoDecode/QVVideoReader.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+
+#include "core/GLESUtils/TextureUpload.h"
+#include "platform/base/FileGate.h"
+
+namespace multiscene {
+
+namespace {
+
+constexpr double frameRateTolerance = 0.005;  // 29.97 counts as 30
+
+int64_t saturated(double number) {
+    constexpr double limit = 9.0e18;
+    return static_cast<int64_t>(std::clamp(number, -limit, limit));
+}
+
+}  // namespace
+
+QVVideoReader::QVVideoReader(std::string url, int32_t videoFps) : url_(std::move(url)), videoFps_(videoFps) {
+    setup();
+}
+
+void QVVideoReader::setup() {
+    auto opened = platform::FileGate::shared().open(url_);
+    if (!opened.file) return;
+    try {
+        reader_ = std::make_unique<platform::VideoReader>(std::move(opened.file), url_);
+    } catch (const platform::Error&) {
+        // No pictures then: the source ends after one frame, and its owner reports the file.
+    }
+}
+
+void QVVideoReader::startProcessing() {
+    if (reader_) reader_->start();
+}
+
+void QVVideoReader::cancelProcessing() {
+    if (reader_) reader_->cancel();
+}
+
+platform::CMTime QVVideoReader::frameTimeOf(const platform::CMTime& timeStamp, int32_t videoFps) {
+    const double ticksPerFrame = static_cast<double>(timeStamp.timescale) / videoFps;
+    const double frame = std::trunc(static_cast<double>(timeStamp.value) / ticksPerFrame);
+    return platform::CMTimeMake(std::isfinite(frame) ? saturated(frame) : 0, videoFps);
+}
+
+std::optional<QVVideoFrameRenderOutput> QVVideoReader::renderNextFrame() {
+    const auto frame = takeNextFrame();
+    if (!frame) return std::nullopt;
+    return upload(*frame);
+}
+
+std::optional<platform::VideoFrame> QVVideoReader::takeNextFrame() {
+    return reader_ ? reader_->nextFrame() : std::nullopt;
+}
+
+QVVideoFrameRenderOutput QVVideoReader::upload(const platform::VideoFrame& frame) {
+    uploadPixels(*frame.pixels);
+    return {.outputTexture = texture_.name(),
+            .frameTime = frameTimeOf(frame.time, videoFps_),
+            .frameWidth = static_cast<double>(frame.pixels->width()),
+            .frameHeight = static_cast<double>(frame.pixels->height())};
+}
+
+void QVVideoReader::uploadPixels(const platform::PixelBuffer& pixels) {
+    const BitmapView bitmap{.pixels = pixels.data(),
+                            .width = pixels.width(),
+                            .height = pixels.height(),
+                            .stride = pixels.stride(),
+                            .order = PixelOrder::BGRA};
+    texture_.create();
+    if (textureWidth_ == bitmap.width && textureHeight_ == bitmap.height) {
+        updateTexture(texture_.name(), bitmap);
+        return;
+    }
+    uploadTexture(texture_.name(), bitmap, TextureWrap::ClampToEdge);
+    textureWidth_ = bitmap.width;
+    textureHeight_ = bitmap.height;
+}
+
+void QVVideoReader::cleanupResource(QVVideoFrameRenderOutput&) {}
+
+std::string QVVideoReader::videoName() const { return std::filesystem::path(url_).filename().string(); }
+
+double QVVideoReader::videoWidth() const { return reader_ ? reader_->info().width : 0; }
+
+double QVVideoReader::videoHeight() const { return reader_ ? reader_->info().height : 0; }
+
+double QVVideoReader::sourceFrameRate() const { return reader_ ? reader_->info().averageFrameRate : 0; }
+
+bool QVVideoReader::hasOtherFrameRate() const {
+    const double rate = sourceFrameRate();
+    return rate > 0 && std::abs(rate - videoFps_) > frameRateTolerance * rate;
+}
+
+}  // namespace multiscene

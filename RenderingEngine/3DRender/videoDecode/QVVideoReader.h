@@ -1,0 +1,61 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "core/GLESUtils/GLObject.h"
+#include "platform/media/VideoReader.h"
+#include "videoDecode/QVVideoFrameRenderOutput.h"
+
+namespace multiscene {
+
+/// Reads one video picture by picture into one texture. Decoding runs ahead on a thread of its own;
+/// everything here is called on the render queue with the GL context current. A file that is missing, refused
+/// or unreadable gives no pictures.
+class QVVideoReader {
+  public:
+    /// `videoFps`: the frames a second in which frame times are expressed.
+    QVVideoReader(std::string url, int32_t videoFps);
+    ~QVVideoReader() { destroyFrameBuffer(); }
+
+    void startProcessing();
+    void cancelProcessing();
+    /// The next picture, uploaded; none when the video has ended or cannot be read.
+    std::optional<QVVideoFrameRenderOutput> renderNextFrame();
+    // The two halves of it, for readers that advance together.
+    std::optional<platform::VideoFrame> takeNextFrame();
+    QVVideoFrameRenderOutput upload(const platform::VideoFrame& frame);
+    /// After a picture was drawn. The texture stays, so that the last picture can be held.
+    void cleanupResource(QVVideoFrameRenderOutput& frame);
+    /// Deletes the texture; may run twice.
+    void destroyFrameBuffer() { texture_.destroy(); }
+
+    /// The frame number of a time stamp, truncated towards zero in double precision: at a rate other than the
+    /// file's own, numbers repeat or are left out.
+    static platform::CMTime frameTimeOf(const platform::CMTime& timeStamp, int32_t videoFps);
+
+    const std::string& url() const { return url_; }
+    std::string videoName() const;
+    int32_t videoFps() const { return videoFps_; }
+    /// The file could be opened.
+    bool isReadable() const { return reader_ != nullptr; }
+    double videoWidth() const;   ///< pixels, upright; 0 when unreadable
+    double videoHeight() const;  ///< pixels, upright; 0 when unreadable
+    /// The file's own average rate; 0 when unknown.
+    double sourceFrameRate() const;
+    /// The file has a rate of its own that is not videoFps.
+    bool hasOtherFrameRate() const;
+
+  private:
+    void setup();
+    void uploadPixels(const platform::PixelBuffer& pixels);
+
+    std::string url_;
+    int32_t videoFps_;
+    std::unique_ptr<platform::VideoReader> reader_;
+    GLTexture texture_;
+    int textureWidth_ = 0, textureHeight_ = 0;
+};
+
+}  // namespace multiscene
