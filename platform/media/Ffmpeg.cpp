@@ -33,9 +33,7 @@ void forwardLog(void* context, int level, const char* format, va_list arguments)
     log::info(text);
 }
 
-const char* describe(Content content) {
-    return content == Content::Video ? "video" : "sound";
-}
+const char* describe(Content content) { return content == Content::Video ? "video" : "sound"; }
 
 struct Options {
     AVDictionary* dictionary = nullptr;
@@ -50,28 +48,14 @@ Pointer orOutOfMemory(Pointer pointer) {
 
 }  // namespace
 
-void Release::operator()(AVFormatContext* input) const {
-    avformat_close_input(&input);
-}
-void Release::operator()(AVCodecContext* codec) const {
-    avcodec_free_context(&codec);
-}
-void Release::operator()(AVCodecParameters* parameters) const {
-    avcodec_parameters_free(&parameters);
-}
-void Release::operator()(AVFrame* frame) const {
-    av_frame_free(&frame);
-}
-void Release::operator()(AVPacket* packet) const {
-    av_packet_free(&packet);
-}
+void Release::operator()(AVFormatContext* input) const { avformat_close_input(&input); }
+void Release::operator()(AVCodecContext* codec) const { avcodec_free_context(&codec); }
+void Release::operator()(AVCodecParameters* parameters) const { avcodec_parameters_free(&parameters); }
+void Release::operator()(AVFrame* frame) const { av_frame_free(&frame); }
+void Release::operator()(AVPacket* packet) const { av_packet_free(&packet); }
 
-Frame newFrame() {
-    return orOutOfMemory(Frame(av_frame_alloc()));
-}
-Packet newPacket() {
-    return orOutOfMemory(Packet(av_packet_alloc()));
-}
+Frame newFrame() { return orOutOfMemory(Frame(av_frame_alloc())); }
+Packet newPacket() { return orOutOfMemory(Packet(av_packet_alloc())); }
 
 Parameters parametersOf(const AVCodecContext& encoder) {
     Parameters parameters = orOutOfMemory(Parameters(avcodec_parameters_alloc()));

@@ -1,5 +1,6 @@
 #include "platform/media/Join.h"
 
+#include <algorithm>
 #include <array>
 #include <cstdint>
 #include <limits>
@@ -61,9 +62,7 @@ class PacketSource {
     int64_t lastTick_ = std::numeric_limits<int64_t>::max();
 };
 
-int64_t endOf(const AVStream& stream) {
-    return std::max<int64_t>(stream.start_time, 0) + stream.duration;
-}
+int64_t endOf(const AVStream& stream) { return std::max<int64_t>(stream.start_time, 0) + stream.duration; }
 
 }  // namespace
 
@@ -72,7 +71,7 @@ void joinVideoAndAudio(const std::filesystem::path& video, const std::filesystem
     std::array<PacketSource, 2> sources{PacketSource(video, ffmpeg::Content::Video),
                                         PacketSource(audio, ffmpeg::Content::Audio)};
     auto& [film, sound] = sources;
-    sound.endAt(endOf(film.stream()), film.ticks());
+    if (film.stream().duration > 0) sound.endAt(endOf(film.stream()), film.ticks());
 
     ffmpeg::Mp4Muxer::Settings settings;
     settings.path = output;

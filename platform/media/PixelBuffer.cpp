@@ -14,9 +14,7 @@ constexpr std::align_val_t kAlignment{64};
 constexpr size_t kPadding = 64;
 }  // namespace
 
-void PixelBuffer::Free::operator()(uint8_t* bytes) const {
-    ::operator delete(bytes, kAlignment);
-}
+void PixelBuffer::Free::operator()(uint8_t* bytes) const { ::operator delete(bytes, kAlignment); }
 
 void PixelBuffer::resize(int width, int height) {
     const size_t needed = static_cast<size_t>(width) * 4 * height + kPadding;

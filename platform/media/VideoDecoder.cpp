@@ -1,7 +1,6 @@
 #include "platform/media/VideoDecoder.h"
 
 #include <algorithm>
-#include <limits>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -52,17 +51,6 @@ VideoInfo infoOf(const AVFormatContext& input, const AVStream& stream, Orientati
 }
 
 }  // namespace
-
-int64_t VideoInfo::durationTicks() const {
-    if (duration.timescale <= 0) return 0;
-    return av_rescale_rnd(duration.value, 600, duration.timescale, AV_ROUND_DOWN);
-}
-
-VideoInfo probeVideo(const FileHandle& file, const std::string& name, ErrorKind kind) {
-    const ffmpeg::Input input = ffmpeg::openInput(file.path(), ffmpeg::Content::Video, name, kind);
-    const AVStream& stream = ffmpeg::selectStream(*input, ffmpeg::Content::Video, name, kind);
-    return infoOf(*input, stream, orientationOf(stream));
-}
 
 VideoDecoder::VideoDecoder(const FileHandle& file, const std::string& name, ErrorKind kind)
     : name_(name),

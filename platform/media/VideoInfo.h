@@ -26,7 +26,7 @@ struct VideoInfo {
 };
 
 /// Reads the header of a video file. `name` and `kind` go into the error. Throws Error(kind) when it is no
-/// readable video of a known format, or a playlist. See VideoReader for what is accepted.
+/// video that VideoReader would read.
 VideoInfo probeVideo(const FileHandle& file, const std::string& name, ErrorKind kind = ErrorKind::Template);
 
 }  // namespace platform

@@ -95,29 +95,19 @@ VideoReader::VideoReader(FileHandle file, const std::string& name, ErrorKind kin
 
 VideoReader::~VideoReader() = default;
 
-const VideoInfo& VideoReader::info() const {
-    return implementation_->decoder.info();
-}
+const VideoInfo& VideoReader::info() const { return implementation_->decoder.info(); }
 
-void VideoReader::start() {
-    implementation_->start();
-}
+void VideoReader::start() { implementation_->start(); }
 
 std::optional<VideoFrame> VideoReader::nextFrame() {
     implementation_->start();
     return implementation_->frames().pop();
 }
 
-void VideoReader::cancel() {
-    implementation_->frames().abort();
-}
+void VideoReader::cancel() { implementation_->frames().abort(); }
 
-std::optional<Error> VideoReader::error() const {
-    return implementation_->error();
-}
+std::optional<Error> VideoReader::error() const { return implementation_->error(); }
 
-VideoReader::Statistics VideoReader::statistics() const {
-    return implementation_->statistics();
-}
+VideoReader::Statistics VideoReader::statistics() const { return implementation_->statistics(); }
 
 }  // namespace platform

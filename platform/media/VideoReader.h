@@ -57,7 +57,8 @@ class VideoReader {
     /// Stops decoding and wakes a waiting nextFrame(). Any thread.
     void cancel();
 
-    /// Set when the film ended before its end because the rest could not be read.
+    /// The first thing that could not be read or decoded, if any so far. Whatever could be was still
+    /// delivered.
     std::optional<Error> error() const;
     Statistics statistics() const;
 

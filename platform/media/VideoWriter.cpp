@@ -19,9 +19,7 @@ constexpr size_t kQueuedPictures = 3;
 constexpr std::array kPresets{"ultrafast", "superfast", "veryfast", "faster",  "fast",
                               "medium",    "slow",      "slower",   "veryslow"};
 
-bool isIn(int value, int least, int most) {
-    return value >= least && value <= most;
-}
+bool isIn(int value, int least, int most) { return value >= least && value <= most; }
 
 void validate(const VideoWriter::Settings& settings) {
     const auto refuse = [](const std::string& message) { throw Error(ErrorKind::Usage, message); };
@@ -170,23 +168,15 @@ VideoWriter::VideoWriter(const Settings& settings) {
 
 VideoWriter::~VideoWriter() = default;
 
-const VideoWriter::Settings& VideoWriter::settings() const {
-    return implementation_->settings;
-}
+const VideoWriter::Settings& VideoWriter::settings() const { return implementation_->settings; }
 
 PixelBufferPool::Pointer VideoWriter::takeBuffer() {
     return implementation_->pool.take(settings().width, settings().height);
 }
 
-bool VideoWriter::isReadyForMoreMediaData() const {
-    return implementation_->queue.hasRoom();
-}
-bool VideoWriter::waitUntilReady() {
-    return implementation_->queue.waitForRoom();
-}
-void VideoWriter::wakeWaiters() {
-    implementation_->queue.wakeWaiters();
-}
+bool VideoWriter::isReadyForMoreMediaData() const { return implementation_->queue.hasRoom(); }
+bool VideoWriter::waitUntilReady() { return implementation_->queue.waitForRoom(); }
+void VideoWriter::wakeWaiters() { implementation_->queue.wakeWaiters(); }
 
 bool VideoWriter::append(PixelBufferPool::Pointer picture, int64_t presentationTime) {
     return implementation_->queue.push({std::move(picture), presentationTime});
@@ -198,13 +188,9 @@ VideoWriter::State VideoWriter::finish() {
     return state();
 }
 
-void VideoWriter::cancel() {
-    implementation_->cancel();
-}
+void VideoWriter::cancel() { implementation_->cancel(); }
 
-VideoWriter::State VideoWriter::state() const {
-    return implementation_->currentState();
-}
+VideoWriter::State VideoWriter::state() const { return implementation_->currentState(); }
 
 std::optional<Error> VideoWriter::error() const {
     const std::lock_guard lock(implementation_->mutex);

@@ -69,8 +69,8 @@ class VideoWriter {
 
     /// Encodes what is queued and completes the file; returns the state reached. May be called again.
     State finish();
-    /// Stops at once, drops what is queued and removes the file. Wakes everybody who waits. Any thread; does
-    /// nothing once another final state is reached.
+    /// Drops what is queued and wakes everybody who waits, without waiting itself; the file is gone when
+    /// finish() or the destructor returns. Any thread; does nothing once another final state is reached.
     void cancel();
 
     State state() const;
