@@ -181,9 +181,10 @@ class Mix:
 
     def mastered(self, target=-14.0, ceiling=0.8):
         """At this loudness, in LUFS; peaks are rounded off below `ceiling`, which leaves the lossy encoder room."""
-        out = self.data / (np.max(np.abs(self.data)) or 1.0)
+        gain, out = 1.0, self.data
         for _ in range(4):
-            out = ceiling * np.tanh(out * 10 ** ((target - loudness(out)) / 20) / ceiling)
+            gain *= 10 ** ((target - loudness(out)) / 20)
+            out = ceiling * np.tanh(self.data * gain / ceiling)
         return out
 
     def save(self, path, target=-14.0, bitrate="128k"):
@@ -195,7 +196,7 @@ def loudness(stereo):
     hz = np.fft.rfftfreq(len(stereo), 1 / RATE) + 1e-9
     weight = 1 / (1 + (60 / hz) ** 4) * (1 + 1.5 / (1 + (1500 / hz) ** 4))
     power = np.sum(np.abs(np.fft.rfft(stereo, axis=0)) ** 2 * weight[:, None]) * 2 / len(stereo) ** 2
-    return -0.691 + 10 * np.log10(power + 1e-12)
+    return -1.4 + 10 * np.log10(power + 1e-12)
 
 
 def save(path, stereo, bitrate="128k"):
