@@ -1,10 +1,10 @@
 #include "app/Other/QVDownloadInfoManager.h"
 
 #include <algorithm>
-#include <charconv>
 #include <cstdlib>
 #include <filesystem>
 
+#include "app/Other/UrlText.h"
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
 #include "platform/base/Paths.h"
@@ -22,19 +22,6 @@ namespace {
 
 constexpr const char* kConfigurationPath = "severConfig/info1-1.plist";
 constexpr const char* kFileName = "fe23fa79c74c";
-
-std::string percentDecoded(const std::string& text) {
-    std::string result;
-    for (size_t index = 0; index < text.size(); ++index) {
-        unsigned code = 0;
-        const char* digits = text.data() + index + 1;
-        const bool escaped = text[index] == '%' && index + 2 < text.size() &&
-                             std::from_chars(digits, digits + 2, code, 16).ptr == digits + 2;
-        result += escaped ? static_cast<char>(code) : text[index];
-        if (escaped) index += 2;
-    }
-    return result;
-}
 
 bool hasScheme(const std::string& location) {
     const size_t end = location.find("://");
@@ -115,13 +102,6 @@ std::optional<QVSeverTempletDataModel> QVDownloadInfoManager::findSeverTemplet(
 std::string QVDownloadInfoManager::completeUrl(const std::string& location) const {
     if (hasScheme(location)) return location;
     return serverAddress() + location.substr(std::min(location.find_first_not_of('/'), location.size()));
-}
-
-std::string templateNameOfUrl(const std::string& url) {
-    std::string path = url.substr(0, url.find_first_of("?#"));
-    while (!path.empty() && path.back() == '/') path.pop_back();
-    const std::string last = percentDecoded(path.substr(path.rfind('/') + 1));
-    return last.substr(0, last.rfind('.'));
 }
 
 }  // namespace multiscene

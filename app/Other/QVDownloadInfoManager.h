@@ -45,7 +45,4 @@ class QVDownloadInfoManager {
     std::string serverAddress_;
 };
 
-/// The name of the template in an archive's URL: its last path component without the extension.
-std::string templateNameOfUrl(const std::string& url);
-
 }  // namespace multiscene

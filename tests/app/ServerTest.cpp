@@ -1,0 +1,225 @@
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "StaticServer.h"
+#include "TemporaryHome.h"
+#include "app/Other/InstalledTemplates.h"
+#include "app/Other/NewTemplate.h"
+#include "app/Other/QVDownloadInfoManager.h"
+#include "app/Other/QVSceneInstallManager.h"
+#include "app/Other/TemplatePublishing.h"
+#include "app/Other/UrlText.h"
+#include "other/QVUtil.h"
+#include "platform/base/NotificationCenter.h"
+#include "platform/base/PropertyList.h"
+#include "tests/platform/FaultyServer.h"
+#include "tests/platform/RawZip.h"
+
+namespace multiscene {
+namespace {
+
+namespace fs = std::filesystem;
+using platform::DispatchQueue;
+using platform::Error;
+using platform::ErrorKind;
+using platform::Value;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+struct RecordedDisplay : SceneInstallDisplay {
+    void showProgress(const std::string& text, double fraction) override {
+        EXPECT_EQ(text, "Downloading the template");
+        fractions.push_back(fraction);
+    }
+    void showInfo(const std::string& text) override { infos.push_back(text); }
+    void showError(const std::string& text) override { errors.push_back(text); }
+    void dismiss() override { ++dismissed; }
+
+    std::vector<double> fractions;
+    std::vector<std::string> infos, errors;
+    int dismissed = 0;
+};
+
+/// One data home for all tests: the shared catalogue stays with the home in which it was opened.
+class ServerTest : public testing::Test {
+  protected:
+    static void SetUpTestSuite() { suiteHome = std::make_unique<test::TemporaryHome>(); }
+    static void TearDownTestSuite() { suiteHome.reset(); }
+
+    void SetUp() override {
+        ::setenv("no_proxy", "*", 1);
+        manager.setDisplay(display);
+        observation = platform::NotificationCenter::shared().addObserver(kSceneInstallSucceed,
+                                                                         [this] { ++notifications; });
+    }
+
+    InstallReport ended(const std::function<void(QVSceneInstallManager::Completion)>& start) {
+        std::optional<InstallReport> report;
+        start([&](const InstallReport& ending) { report = ending; });
+        DispatchQueue::main().pumpUntil([&] { return report.has_value(); });
+        return *report;
+    }
+    InstallReport installed(const std::string& url) {
+        return ended([&](auto completion) { manager.installSceneZipWithUrl(url, {}, completion); });
+    }
+    fs::path folder(const char* name) const { return suiteHome->outside() / name; }
+    static std::vector<fs::path> hiddenFiles() {
+        std::vector<fs::path> found;
+        for (const auto& entry : fs::recursive_directory_iterator(suiteHome->home()))
+            if (entry.path().filename().string().starts_with(".")) found.push_back(entry.path());
+        return found;
+    }
+
+    static std::unique_ptr<test::TemporaryHome> suiteHome;
+    QVSceneInstallManager& manager = QVSceneInstallManager::sharedInstance();
+    QVDataManager& catalogue = *QVDataManager::sharedDataManager();
+    std::shared_ptr<RecordedDisplay> display = std::make_shared<RecordedDisplay>();
+    platform::NotificationCenter::Token observation;
+    int notifications = 0;
+};
+std::unique_ptr<test::TemporaryHome> ServerTest::suiteHome;
+
+TEST_F(ServerTest, WhatAnAuthorPublishesAUserCanInstall) {
+    const fs::path author = folder("author"), offered = folder("www");
+    const fs::path made = makeNewTemplate(author, "Tag & Nacht", 4711);
+    EXPECT_THROW(makeNewTemplate(author, "Tag & Nacht", 4711), Error);
+    PublishOptions options;
+    options.renderPreview = [](const TemplateFolder& read, const fs::path& video) {
+        test::writeText(video, "preview of " + read.name);
+    };
+    publishTemplate(made, offered, options);
+    publishTemplate(makeNewTemplate(author, "second", 4712), offered);
+    publishTemplate(made, offered, options);  // an update keeps its place
+    EXPECT_THROW(publishTemplate(makeNewTemplate(author, "third", 4712), offered), Error);
+    EXPECT_EQ(test::readText(offered / "previews/Tag & Nacht.mp4"), "preview of Tag & Nacht");
+
+    const test::StaticServer server(offered, folder("nginx"));
+    auto& list = QVDownloadInfoManager::sharedInstance();
+    list.setServerAddress(server.address());
+    list.downloadInfo();
+    const auto templates = list.severTemplets();
+    ASSERT_EQ(templates.size(), 2u);
+    EXPECT_EQ(templates[0].sceneName(), "Tag & Nacht");
+    EXPECT_EQ(templates[0].userInputInfo().size(), 2u);
+    EXPECT_TRUE(templates[0].isNew() && templates[0].isVersionSupported() && templates[0].templateSize() > 0);
+    EXPECT_FALSE(list.isVideoCache());
+
+    const auto wanted = list.findSeverTemplet("4711");
+    ASSERT_TRUE(wanted);
+    const std::string url = list.completeUrl(wanted->templateUrl());
+    const InstallReport report = installed(url);
+    ASSERT_FALSE(report.failure) << report.failure->what();
+    EXPECT_EQ(report.result.outcome, InstallOutcome::Installed);
+    EXPECT_EQ(notifications, 1);
+    EXPECT_THAT(display->infos, ElementsAre("Installing the template"));
+    EXPECT_EQ(display->dismissed, 1);
+    const auto found = findInstalledTemplate(catalogue, "Tag & Nacht");
+    ASSERT_TRUE(found);
+    EXPECT_TRUE(fs::exists(found->main().scenePlistPath()));
+    EXPECT_TRUE(hiddenFiles().empty()) << hiddenFiles().front();
+
+    EXPECT_EQ(installed(url).result.outcome, InstallOutcome::AlreadyInstalled);
+    EXPECT_EQ(notifications, 2);
+
+    const InstallReport missing = installed(server.address() + "templates/missing.zip");
+    ASSERT_TRUE(missing.failure);
+    EXPECT_THAT(missing.failure->what(), HasSubstr("404"));
+    EXPECT_THAT(display->errors, ElementsAre("The installation failed"));
+    EXPECT_EQ(notifications, 2);
+
+    list.setServerAddress(server.address() + "nowhere");
+    EXPECT_THROW(list.downloadInfo(), Error);
+    EXPECT_TRUE(list.getSeverTempletData().empty()) << "the copy of before is still there";
+    EXPECT_TRUE(hiddenFiles().empty());
+}
+
+TEST_F(ServerTest, AnArchiveOfAnotherNameInstallsNothingAndStillEnds) {
+    const fs::path zip = folder("other.zip");
+    test::writeText(zip, platform::test::RawZip().add({"T/T.plist", ""}).bytes());
+    const auto start = [&](auto completion) {
+        manager.installSceneWithZipPath(zip, "other", {}, completion);
+    };
+    EXPECT_EQ(ended(start).result.outcome, InstallOutcome::NothingInstalled);
+    EXPECT_EQ(notifications, 1);
+    test::writeText(zip, "no archive");
+    EXPECT_TRUE(ended(start).failure);
+    EXPECT_EQ(notifications, 2);
+    EXPECT_THAT(display->errors, ElementsAre("The installation failed"));
+    EXPECT_TRUE(fs::exists(zip)) << "the user's own archive was deleted";
+}
+
+TEST_F(ServerTest, ProgressBelowOnePercentIsNotShown) {
+    const std::string zip = platform::test::RawZip().add({"T/big", std::string(1'000'000, 'x')}).bytes();
+    const size_t first = zip.size() / 200;
+    const std::string range = std::to_string(first) + "-" + std::to_string(zip.size() - 1) + "/";
+    platform::test::FaultyServer server(
+        {{"HTTP/1.1 200 OK\r\nETag: \"1\"\r\nContent-Length: " + std::to_string(zip.size()) + "\r\n\r\n" +
+          zip.substr(0, first)},
+         {"HTTP/1.1 206 Partial\r\nContent-Range: bytes " + range + std::to_string(zip.size()) +
+          "\r\nContent-Length: " + std::to_string(zip.size() - first) + "\r\n\r\n" + zip.substr(first)}});
+    std::vector<double> told;
+    InstallOptions options;
+    options.onStep = [&](const char* step) {
+        if (std::string(step) == "downloading") told.push_back(manager.curentProgress());
+    };
+    const InstallReport report = ended([&](auto completion) {
+        manager.installSceneZipWithUrl(server.url("/T.zip?v=1"), options, completion);
+    });
+    EXPECT_EQ(report.result.name, "T");
+    ASSERT_GE(told.size(), 2u);
+    EXPECT_NEAR(told[1], 0.005, 0.001) << "the first part did not arrive alone";
+    ASSERT_FALSE(display->fractions.empty());
+    EXPECT_GT(*std::min_element(display->fractions.begin(), display->fractions.end()), 0.01);
+    EXPECT_EQ(display->fractions.back(), 1.0);
+    EXPECT_EQ(manager.curentProgress(), 1.0);
+}
+
+TEST_F(ServerTest, LeftoversOfAKilledDownloadAreSwept) {
+    fs::path partial, archive;
+    {
+        const TemplateInstallation installation(catalogue, "K");
+        partial = installation.partialDownloadPath();
+        archive = installation.archivePath();
+        test::writeText(partial, "half");
+        test::writeText(archive, "whole");
+        TemplateInstallation::recover(catalogue);
+        EXPECT_TRUE(fs::exists(partial)) << "taken from under a running installation";
+    }
+    TemplateInstallation::recover(catalogue);
+    EXPECT_FALSE(fs::exists(partial) || fs::exists(archive));
+}
+
+TEST_F(ServerTest, OnlyTemplatesThatCanBeInstalledArePacked) {
+    const fs::path made = makeNewTemplate(folder("packing"), "P", 4713), zip = folder("P.zip");
+    test::writeText(made / ".git/config", "hidden");
+    packTemplate(made, zip);
+    const std::string first = test::readText(zip);
+    EXPECT_EQ(first.find(".git"), std::string::npos);
+    EXPECT_EQ(TemplateInstallation(catalogue, "P").install(zip).outcome, InstallOutcome::Installed);
+
+    fs::create_symlink("/etc/passwd", made / "link");
+    EXPECT_THROW(packTemplate(made, zip), Error);
+    fs::remove(made / "link");
+    test::writeText(made / "a", "");
+    test::writeText(made / "A", "");
+    EXPECT_THROW(packTemplate(made, zip), Error);
+    fs::remove(made / "A");
+    EXPECT_THROW(
+        packTemplate(made, zip, [](const TemplateFolder&) { throw Error(ErrorKind::Template, "ugly"); }),
+        Error);
+    EXPECT_EQ(test::readText(zip), first) << "a refused template has changed the archive";
+
+    const int64_t free = unusedSceneNumber(catalogue, "P");
+    EXPECT_EQ(unusedSceneNumber(catalogue, "P"), free);
+    EXPECT_FALSE(catalogue.isSignSceneHasWithSid(free));
+}
+
+TEST(TemplateNameOfUrlTest, IsTheLastComponentWithoutItsExtension) {
+    EXPECT_EQ(templateNameOfUrl("http://h/templates/Birthday.zip"), "Birthday");
+    EXPECT_EQ(templateNameOfUrl("http://h/a%20b.v2.zip?x=/y.zip#z"), "a b.v2");
+    EXPECT_EQ(templateNameOfUrl("templates/%zz.zip"), "%zz");
+    EXPECT_EQ(templateNameOfUrl("http://h/..%2f.zip"), "../");
+}
+
+}  // namespace
+}  // namespace multiscene
