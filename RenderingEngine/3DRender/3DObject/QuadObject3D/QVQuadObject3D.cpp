@@ -3,6 +3,7 @@
 #include "3DObject/QuadObject3D/BackgroundBlur.h"
 #include "core/Material/QVTextureMaterial.h"
 #include "core/NodeTypes.h"
+#include "core/QVLightBase.h"
 #include "opengl2.0/ShaderManager/ShaderManager.h"
 #include "opengl2.0/TexturedQuad.h"
 
@@ -125,7 +126,7 @@ void QVQuadObject3D::renderBgVideo(const platform::CMTime& time) {
     const TextureSize size = textureMaterial()->textureSize();
     if (size.width <= 0 || size.height <= 0) return;
     const BackgroundBlur blur(size, textureMaterial()->isPreMultiplication() && !isChangeBlend());
-    drawCorners(blur.shader(), squareBgVertices_);
+    drawCorners(blur.shader(), {squareBgVertices_.data(), masterTextureCoordinates()}, textureMatrix());
 }
 
 void QVQuadObject3D::render(const platform::CMTime& time) {
@@ -134,15 +135,33 @@ void QVQuadObject3D::render(const platform::CMTime& time) {
     const auto shader = ShaderManager::sharedManager().createShader(name, name + ".plist");
     shader->useShader();
     setUniforms(*shader);
-    drawWith(*shader);
+    drawQuad(*shader);
 }
 
-void QVQuadObject3D::drawCorners(Shader& shader, const Corners& corners) {
+void QVQuadObject3D::drawWith(Shader& shader) {
+    drawCorners(shader, {squareVertices_.data(), masterTextureCoordinates()}, textureMatrix());
+}
+
+void QVQuadObject3D::drawByPlaceWith(Shader& shader) {
+    const float* shown = masterTextureCoordinates();
+    const float left = shown[0], bottom = shown[1], right = shown[4], top = shown[5];
+    glm::mat4 fromPlace(1);
+    fromPlace[0][0] = right - left;
+    fromPlace[1][1] = bottom - top;
+    fromPlace[3] = {left, top, 0, 1};
+    drawCorners(shader, {squareVertices_.data(), defaltTextureCoordinates().data()},
+                textureMatrix() * fromPlace);
+}
+
+void QVQuadObject3D::drawCorners(Shader& shader, const QuadCorners& corners, const glm::mat4& textureMatrix) {
     const DrawnTexture drawn = drawnTexture();
+    shader.useShader();
+    if (shader.hasUniform("lightEnable"))
+        QVLightBase::glslLightParamWithLightArray(ligthArray(), shader, isLightEnable());
     drawTexturedQuad(shader, {.texture = drawn.texture,
                               .mvpMatrix = projTransform(),
-                              .textureMatrix = textureMatrix(),
-                              .corners = {corners.data(), masterTextureCoordinates()},
+                              .textureMatrix = textureMatrix,
+                              .corners = corners,
                               .premultiplied = drawn.isPremultiplied});
 }
 

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "core/GLESUtils/DrawQuad.h"
 #include "core/QVObject3DTextureBase.h"
 #include "opengl2.0/Shader.h"
 
@@ -53,7 +54,10 @@ class QVQuadObject3D : public QVObject3DTextureBase {
 
     /// Draws the quad with any shader of a textured quad. Uniforms of its own are set before, with the shader
     /// in use. Draws nothing without a texture.
-    void drawWith(Shader& shader) { drawCorners(shader, squareVertices_); }
+    void drawWith(Shader& shader);
+    /// The same for shaders that know the place on the quad: they are given texture coordinates from (0, 0)
+    /// at the top left to (1, 1), whatever the material's are, and the texture matrix makes up for it.
+    void drawByPlaceWith(Shader& shader);
 
   protected:
     struct DrawnTexture {
@@ -67,6 +71,7 @@ class QVQuadObject3D : public QVObject3DTextureBase {
     virtual const char* shaderName() const { return "normal_renderShader"; }
     /// Sets what the shader takes besides the shared uniforms; it is in use.
     virtual void setUniforms(Shader&) {}
+    virtual void drawQuad(Shader& shader) { drawWith(shader); }
     /// What the class animates, for traces.
     virtual void addTraceValues(platform::Value::Dictionary&) const {}
     /// The value of a key frame between its two ends.
@@ -75,7 +80,7 @@ class QVQuadObject3D : public QVObject3DTextureBase {
 
   private:
     Corners cornersOfSize(float width, float height) const;
-    void drawCorners(Shader& shader, const Corners& corners);
+    void drawCorners(Shader& shader, const QuadCorners& corners, const glm::mat4& textureMatrix);
 
     float modelWidth_ = 0, modelHeight_ = 0;
     glm::vec3 anchor_{0};

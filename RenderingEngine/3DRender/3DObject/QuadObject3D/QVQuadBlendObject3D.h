@@ -1,0 +1,25 @@
+#pragma once
+
+#include "3DObject/QuadObject3D/QVQuadDiaphaneityObject3D.h"
+
+namespace multiscene {
+
+/// A quad with an animated opacity and a blend function of its own, which stays set until the node's bracket
+/// is closed.
+class QVQuadBlendObject3D : public QVQuadDiaphaneityObject3D {
+  public:
+    const char* className() const override { return "QVQuadBlendObject3D"; }
+
+    void rendInfoWithDic(const platform::Value& info) override;
+
+    uint32_t quadSrcBlend() const { return quadSrcBlend_; }  ///< a GL blend factor
+    uint32_t quadDecBlend() const { return quadDecBlend_; }  ///< a GL blend factor
+
+  protected:
+    void setUniforms(Shader& shader) override;
+
+  private:
+    uint32_t quadSrcBlend_ = 0, quadDecBlend_ = 0;
+};
+
+}  // namespace multiscene

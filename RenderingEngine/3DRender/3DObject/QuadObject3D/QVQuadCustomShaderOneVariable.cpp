@@ -1,0 +1,64 @@
+#include "3DObject/QuadObject3D/QVQuadCustomShaderOneVariable.h"
+
+#include "core/NodeTypes.h"
+
+namespace multiscene {
+
+static constexpr Key oneVariableAnimationKeyList[] = {
+    {.name = "startOneVariable", .type = KeyType::Number, .fallback = "0", .meaning = "value at the start"},
+    {.name = "endOneVariable", .type = KeyType::Number, .fallback = "0", .meaning = "value at the end"},
+};
+constexpr KeyTable oneVariableAnimationKeys{"AnimationInfo of a custom shader",
+                                            "A change of the one variable.", &animationKeys,
+                                            oneVariableAnimationKeyList};
+
+static constexpr Key customShaderInfoKeyList[] = {
+    {.name = "startOneVariable",
+     .type = KeyType::Number,
+     .fallback = "0",
+     .meaning = "value before the first key"},
+};
+constexpr KeyTable customShaderInfoKeys{"CustomShaderInfo", "The variable of a custom shader.", nullptr,
+                                        customShaderInfoKeyList};
+
+static constexpr Key customShaderKeyList[] = {
+    {.name = "CustomShaderInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "the variable's first value; the shader is FpsInfo's \"customShaderPath\"",
+     .children = &customShaderInfoKeys},
+    {.name = "AnimationInfo",
+     .type = KeyType::Array,
+     .meaning = "changes of the variable",
+     .children = &oneVariableAnimationKeys},
+};
+constexpr KeyTable customShaderKeys{"QVQuadCustomShaderOneVariable",
+                                    "A quad with a shader of the template and one animated variable.",
+                                    &quadKeys, customShaderKeyList};
+
+QV_REGISTER_NODE_TYPE(QVQuadCustomShaderOneVariable, customShaderKeys);
+
+void QVQuadCustomShaderOneVariable::rendInfoWithDic(const platform::Value& info) {
+    QVQuadObject3D::rendInfoWithDic(info);
+    const KeyReader reader(customShaderInfoKeys, KeyReader(customShaderKeys, info).value("CustomShaderInfo"));
+    oneVariable_ = reader.number("startOneVariable");
+}
+
+void QVQuadCustomShaderOneVariable::render(const platform::CMTime& time) {
+    const auto shader = customShader() ? customShader()->shader() : nullptr;
+    if (!isNeedRenderWithCMTime(time) || !shader) return;
+    shader->useShader();
+    shader->setUniform("aplae", oneVariable_);
+    drawWith(*shader);
+}
+
+void QVQuadCustomShaderOneVariable::didNewKeyFrameWithEaseValue(float easeValue, float,
+                                                                const platform::Value& animationInfo) {
+    const KeyReader reader(oneVariableAnimationKeys, animationInfo);
+    oneVariable_ = interpolated(reader, "startOneVariable", "endOneVariable", easeValue);
+}
+
+void QVQuadCustomShaderOneVariable::addTraceValues(platform::Value::Dictionary& values) const {
+    values["oneVariable"] = platform::Value(static_cast<double>(oneVariable_));
+}
+
+}  // namespace multiscene

@@ -1,0 +1,107 @@
+#include "3DObject/QuadObject3D/QVQuadMaskObject3D.h"
+
+#include "core/Material/QVTextureMaterial.h"
+#include "core/Material/TextureInfoKeys.h"
+#include "core/NodeTypes.h"
+#include "opengl2.0/TexturedQuad.h"
+#include "other/QVMultiSceneRenderShareSettings.h"
+
+namespace multiscene {
+
+static constexpr Key maskAnimationKeyList[] = {
+    {.name = "startMaskAlpha",
+     .type = KeyType::Number,
+     .fallback = "0",
+     .meaning = "opacity at the start",
+     .minimum = 0,
+     .maximum = 1},
+    {.name = "endMaskAlpha",
+     .type = KeyType::Number,
+     .fallback = "0",
+     .meaning = "opacity at the end",
+     .minimum = 0,
+     .maximum = 1},
+};
+constexpr KeyTable maskAnimationKeys{"AnimationInfo of a mask quad", "A change of opacity.", &animationKeys,
+                                     maskAnimationKeyList};
+
+static constexpr Key maskInfoKeyList[] = {
+    {.name = "maskTextureName",
+     .type = KeyType::Text,
+     .meaning = "the mask's file where \"texture\" is not given",
+     .lookup = KeyLookup::UserPath},
+};
+constexpr KeyTable maskInfoKeys{"MaskInfo", "The picture whose brightness is the opacity.", &textureInfoKeys,
+                                maskInfoKeyList};
+
+static constexpr Key maskKeyList[] = {
+    {.name = "MaskInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "the mask",
+     .required = true,
+     .children = &maskInfoKeys},
+    {.name = "AnimationInfo",
+     .type = KeyType::Array,
+     .meaning = "changes of the opacity; without any it is 1",
+     .children = &maskAnimationKeys},
+};
+constexpr KeyTable maskKeys{"QVQuadMaskObject3D", "A quad seen through a mask.", &quadKeys, maskKeyList};
+
+QV_REGISTER_NODE_TYPE(QVQuadMaskObject3D, maskKeys);
+
+void QVQuadMaskObject3D::rendInfoWithDic(const platform::Value& info) {
+    QVQuadObject3D::rendInfoWithDic(info);
+    maskInfo_ = KeyReader(maskKeys, info).value("MaskInfo");
+    const KeyReader reader(maskInfoKeys, maskInfo_);
+    if (reader.has("maskTextureName") && !reader.has("texture"))
+        maskInfo_ = maskInfo_.with("texture", reader.value("maskTextureName"));
+}
+
+void QVQuadMaskObject3D::updateData(const platform::CMTime& time) {
+    if (!isNeedRenderWithCMTime(time)) return;
+    QVQuadObject3D::updateData(time);
+    if (time.value == sartFps() && !hasLoadedMask_) loadMask();
+    if (maskMaterial_) maskMaterial_->updateMaterial(time);
+}
+
+void QVQuadMaskObject3D::loadMask() {
+    hasLoadedMask_ = true;
+    if (!maskInfo_) return;
+    std::string path = QVMultiSceneRenderShareSettings::computeFilePathUserMap(
+        KeyReader(maskInfoKeys, maskInfo_).text("texture"), sceneIdentifier(), sceneResourceFolderPath());
+    maskMaterial_ = QVMaterialBase::loadTextureWithDic(maskInfo_, materialContext(std::move(path)));
+}
+
+uint32_t QVQuadMaskObject3D::maskTexture() const {
+    const auto* mask = dynamic_cast<const QVTextureMaterial*>(maskMaterial_.get());
+    return mask ? mask->textureId() : 0;
+}
+
+void QVQuadMaskObject3D::render(const platform::CMTime& time) {
+    if (maskTexture() != 0) QVQuadObject3D::render(time);
+}
+
+void QVQuadMaskObject3D::setUniforms(Shader& shader) {
+    shader.setUniform("aplae", renderAlpha_);
+    bindTexture(shader, "frameTexture", 1, maskTexture());
+}
+
+void QVQuadMaskObject3D::renderComplete(const platform::CMTime& time) {
+    if (!isNeedRenderWithCMTime(time)) return;
+    QVQuadObject3D::renderComplete(time);
+    if (!maskMaterial_) return;
+    maskMaterial_->finishMaterial(time);
+    if (time.value == endFps()) maskMaterial_.reset();
+}
+
+void QVQuadMaskObject3D::didNewKeyFrameWithEaseValue(float easeValue, float,
+                                                     const platform::Value& animationInfo) {
+    const KeyReader reader(maskAnimationKeys, animationInfo);
+    renderAlpha_ = interpolated(reader, "startMaskAlpha", "endMaskAlpha", easeValue);
+}
+
+void QVQuadMaskObject3D::addTraceValues(platform::Value::Dictionary& values) const {
+    values["renderAlpha"] = platform::Value(static_cast<double>(renderAlpha_));
+}
+
+}  // namespace multiscene

@@ -1,0 +1,39 @@
+#pragma once
+
+#include "3DObject/QuadObject3D/QVQuadObject3D.h"
+
+namespace multiscene {
+
+/// A quad that shows only where a second picture is bright, with an animated opacity. The mask stays where
+/// the quad is; the texture matrix moves the picture behind it. Draws nothing without a mask.
+class QVQuadMaskObject3D : public QVQuadObject3D {
+  public:
+    const char* className() const override { return "QVQuadMaskObject3D"; }
+
+    void rendInfoWithDic(const platform::Value& info) override;
+    void updateData(const platform::CMTime& time) override;
+    void render(const platform::CMTime& time) override;
+    void renderComplete(const platform::CMTime& time) override;
+    void didNewKeyFrameWithEaseValue(float easeValue, float progressValue,
+                                     const platform::Value& animationInfo) override;
+
+    float renderAlpha() const { return renderAlpha_; }  ///< 0 transparent to 1
+    const QVMaterialBase* maskMaterial() const { return maskMaterial_.get(); }
+
+  protected:
+    const char* shaderName() const override { return "maskAlpha_Shader"; }
+    void setUniforms(Shader& shader) override;
+    void drawQuad(Shader& shader) override { drawByPlaceWith(shader); }
+    void addTraceValues(platform::Value::Dictionary& values) const override;
+
+  private:
+    void loadMask();
+    uint32_t maskTexture() const;
+
+    float renderAlpha_ = 1;
+    platform::Value maskInfo_;
+    std::shared_ptr<QVMaterialBase> maskMaterial_;
+    bool hasLoadedMask_ = false;
+};
+
+}  // namespace multiscene

@@ -1,0 +1,68 @@
+#include "3DObject/QuadObject3D/QVQuadTrackObject3D.h"
+
+#include <algorithm>
+
+#include "3DObject/QuadObject3D/TrackFile.h"
+#include "core/NodeTypes.h"
+#include "core/SkippedMedia.h"
+
+namespace multiscene {
+
+static constexpr Key trackInfoKeyList[] = {
+    {.name = "trackFliePath",
+     .type = KeyType::Text,
+     .meaning = "the encrypted track",
+     .lookup = KeyLookup::Path,
+     .required = true},
+};
+constexpr KeyTable trackInfoKeys{"TrackInfo", "The track of a tracked quad.", nullptr, trackInfoKeyList};
+
+static constexpr Key trackKeyList[] = {
+    {.name = "TrackInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "the track",
+     .required = true,
+     .children = &trackInfoKeys},
+};
+constexpr KeyTable trackKeys{"QVQuadTrackObject3D", "A quad whose corners follow a track.", &quadKeys,
+                             trackKeyList};
+
+QV_REGISTER_NODE_TYPE(QVQuadTrackObject3D, trackKeys);
+
+void QVQuadTrackObject3D::rendInfoWithDic(const platform::Value& info) {
+    QVQuadObject3D::rendInfoWithDic(info);
+    trackFilePath_ =
+        KeyReader(trackInfoKeys, KeyReader(trackKeys, info).value("TrackInfo")).text("trackFliePath");
+}
+
+void QVQuadTrackObject3D::parserTrackDataWithXmlPath(const std::string& trackFilePath) {
+    trackData_ = TrackFile::read(resolvedPath(trackFilePath));
+    if (trackData_.empty()) reportSkipped(*this, "missing or unreadable track", trackFilePath);
+}
+
+void QVQuadTrackObject3D::updateData(const platform::CMTime& time) {
+    if (!isNeedRenderWithCMTime(time)) return;
+    QVQuadObject3D::updateData(time);
+    if (!isDisXmlParserOnce_) {
+        isDisXmlParserOnce_ = true;
+        parserTrackDataWithXmlPath(trackFilePath_);
+    }
+    if (!trackData_.empty()) {
+        const size_t entry = std::min(static_cast<size_t>(curretTrackFps_), trackData_.size() - 1);
+        computeQuadVerticesWithTrackInfo(trackData_[entry]);
+    }
+    ++curretTrackFps_;
+}
+
+void QVQuadTrackObject3D::computeQuadVerticesWithTrackInfo(const platform::Value& trackInfo) {
+    static constexpr const char* corners[] = {"bottomleft", "bottomright", "topright", "topleft"};
+    Corners vertices{};
+    for (size_t corner = 0; corner < 4; ++corner) {
+        const std::string name = corners[corner];
+        vertices[3 * corner] = trackInfo.real(name + "x") - 0.5f;
+        vertices[3 * corner + 1] = trackInfo.real(name + "y") - 0.5f;
+    }
+    forceRefushSquareVertices(vertices);
+}
+
+}  // namespace multiscene

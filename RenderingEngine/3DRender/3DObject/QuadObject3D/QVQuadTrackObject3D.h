@@ -1,0 +1,34 @@
+#pragma once
+
+#include "3DObject/QuadObject3D/QVQuadObject3D.h"
+
+namespace multiscene {
+
+/// A quad whose corners follow a corner-pin track, one entry for each frame that it is drawn, counted from
+/// its own first: the track goes on where it stopped, and its last entry is held. Its corners lie in the unit
+/// square around the origin, which the node's transform scales and places; box and anchor do not apply.
+/// Without a track the quad keeps its fitted box.
+class QVQuadTrackObject3D : public QVQuadObject3D {
+  public:
+    const char* className() const override { return "QVQuadTrackObject3D"; }
+
+    void rendInfoWithDic(const platform::Value& info) override;
+    void updateData(const platform::CMTime& time) override;
+
+    /// Reads the track; one that cannot be read leaves the list empty and is noted in the render report.
+    void parserTrackDataWithXmlPath(const std::string& trackFilePath);
+    /// Sets the corners from one entry of the track.
+    void computeQuadVerticesWithTrackInfo(const platform::Value& trackInfo);
+
+    const std::string& trackFilePath() const { return trackFilePath_; }
+    const platform::Value::Array& trackData() const { return trackData_; }
+    int32_t curretTrackFps() const { return curretTrackFps_; }  ///< frames drawn so far
+
+  private:
+    std::string trackFilePath_;
+    platform::Value::Array trackData_;
+    int32_t curretTrackFps_ = 0;
+    bool isDisXmlParserOnce_ = false;
+};
+
+}  // namespace multiscene

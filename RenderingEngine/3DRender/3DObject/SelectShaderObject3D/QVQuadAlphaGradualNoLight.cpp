@@ -1,0 +1,80 @@
+#include "3DObject/SelectShaderObject3D/QVQuadAlphaGradualNoLight.h"
+
+#include "opengl2.0/ShaderManager/ShaderManager.h"
+#include "tween/QVTweenItem.h"
+
+namespace multiscene {
+
+static constexpr Key gradualAnimationKeyList[] = {
+    {.name = "startStartAlpha",
+     .type = KeyType::Vector2,
+     .meaning = "first end at the start: place, opacity"},
+    {.name = "endStartAlpha", .type = KeyType::Vector2, .meaning = "first end at the end: place, opacity"},
+    {.name = "startAlphaEase", .type = KeyType::Integer, .fallback = "0", .meaning = "ease id"},
+};
+constexpr KeyTable gradualAnimationKeys{"AnimationInfo of a gradient", "A move of the gradient's first end.",
+                                        &animationKeys, gradualAnimationKeyList};
+
+static constexpr Key alphaGradualKeyList[] = {
+    {.name = "startAlpha",
+     .type = KeyType::Vector2,
+     .fallback = "0,0",
+     .meaning = "first end: place along the axis, opacity there"},
+    {.name = "endAlpha",
+     .type = KeyType::Vector2,
+     .fallback = "0,0",
+     .meaning = "second end: place along the axis, opacity there"},
+    {.name = "interpolation",
+     .type = KeyType::Integer,
+     .fallback = "0",
+     .meaning = "0 from left to right, 1 from top to bottom, 2 and 3 the same with soft ends",
+     .minimum = 0,
+     .maximum = 3},
+    {.name = "AnimationInfo",
+     .type = KeyType::Array,
+     .meaning = "moves of the first end",
+     .children = &gradualAnimationKeys},
+};
+const KeyTable alphaGradualKeys{"QVAlphaGradualNoLight", "An opacity that changes across the quad.", nullptr,
+                                alphaGradualKeyList};
+
+namespace {
+constexpr const char* gradualShaderName = "alphaGradual_Shader";
+}
+
+void QVQuadAlphaGradualNoLight::renderInfoWithDic(const platform::Value& info) {
+    QVQuadTextureShaderRenderBase::renderInfoWithDic(info);
+    const KeyReader reader(alphaGradualKeys, info);
+    startAlpha_ = reader.vector2("startAlpha");
+    endAlpha_ = reader.vector2("endAlpha");
+    interpolation_ = reader.int32("interpolation");
+}
+
+void QVQuadAlphaGradualNoLight::render(const platform::CMTime&) {
+    if (!shader())
+        setShader(ShaderManager::sharedManager().createShader(gradualShaderName,
+                                                              std::string(gradualShaderName) + ".plist"));
+    Shader& gradual = *shader();
+    gradual.useShader();
+    gradual.setUniform("startAlpha", startAlpha_);
+    gradual.setUniform("endAlpha", endAlpha_);
+    gradual.setUniform("interpolation", interpolation_);
+    quad3DObject().drawByPlaceWith(gradual);
+}
+
+void QVQuadAlphaGradualNoLight::didNewKeyFrameWithEaseValue(float, float progressValue,
+                                                            const platform::Value& animationInfo) {
+    const KeyReader reader(gradualAnimationKeys, animationInfo);
+    const float eased =
+        QVTweenItem::easeValueWithEase(reader.int32("startAlphaEase"), progressValue, easeTarget());
+    const glm::vec2 start = reader.vector2("startStartAlpha");
+    startAlpha_ = start + eased * (reader.vector2("endStartAlpha") - start);
+}
+
+void QVQuadAlphaGradualNoLight::addTraceValues(platform::Value::Dictionary& values) const {
+    values["startAlpha"] =
+        platform::Value(platform::Value::Array{platform::Value(static_cast<double>(startAlpha_.x)),
+                                               platform::Value(static_cast<double>(startAlpha_.y))});
+}
+
+}  // namespace multiscene

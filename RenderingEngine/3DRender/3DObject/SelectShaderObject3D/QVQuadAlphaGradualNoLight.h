@@ -1,0 +1,33 @@
+#pragma once
+
+#include "3DObject/SelectShaderObject3D/QVQuadTextureShaderRenderBase.h"
+
+namespace multiscene {
+
+/// The keys of "RenderInfo" for a gradient.
+extern const KeyTable alphaGradualKeys;
+
+/// Draws a quad whose opacity changes from one place to another. Each end is a pair: the place along the
+/// axis, 0 to 1, and the opacity there. Key frames move the first end only.
+class QVQuadAlphaGradualNoLight : public QVQuadTextureShaderRenderBase {
+  public:
+    using QVQuadTextureShaderRenderBase::QVQuadTextureShaderRenderBase;
+
+    void renderInfoWithDic(const platform::Value& info) override;
+    void render(const platform::CMTime& time) override;
+    /// Eases the progress with an ease of its own, not with the key's.
+    void didNewKeyFrameWithEaseValue(float easeValue, float progressValue,
+                                     const platform::Value& animationInfo) override;
+    void addTraceValues(platform::Value::Dictionary& values) const override;
+
+    const glm::vec2& startAlpha() const { return startAlpha_; }
+    const glm::vec2& endAlpha() const { return endAlpha_; }
+    /// 0 from left to right, 1 from top to bottom, 2 and 3 the same with soft ends.
+    int32_t interpolation() const { return interpolation_; }
+
+  private:
+    glm::vec2 startAlpha_{0}, endAlpha_{0};
+    int32_t interpolation_ = 0;
+};
+
+}  // namespace multiscene

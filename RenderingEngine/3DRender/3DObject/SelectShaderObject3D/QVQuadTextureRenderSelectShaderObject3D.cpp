@@ -1,0 +1,73 @@
+#include "3DObject/SelectShaderObject3D/QVQuadTextureRenderSelectShaderObject3D.h"
+
+#include "3DObject/SelectShaderObject3D/QVQuadAlphaGradualNoLight.h"
+#include "core/NodeTypes.h"
+
+namespace multiscene {
+
+static constexpr std::string_view renderTypes[] = {"QVAlphaGradualNoLight"};
+
+static constexpr Key renderInfoKeyList[] = {
+    {.name = "renderType",
+     .type = KeyType::Choice,
+     .meaning = "how the quad is drawn",
+     .required = true,
+     .choices = renderTypes},
+};
+constexpr KeyTable renderInfoKeys{"RenderInfo", "How a quad is drawn.", &alphaGradualKeys, renderInfoKeyList};
+
+static constexpr Key selectShaderKeyList[] = {
+    {.name = "RenderInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "the way of drawing",
+     .required = true,
+     .children = &renderInfoKeys},
+};
+constexpr KeyTable selectShaderKeys{"QVQuadTextureRenderSelectShaderObject3D",
+                                    "A quad whose way of drawing is chosen by name.", &quadKeys,
+                                    selectShaderKeyList};
+
+QV_REGISTER_NODE_TYPE(QVQuadTextureRenderSelectShaderObject3D, selectShaderKeys);
+
+namespace {
+
+using Maker = std::unique_ptr<QVQuadTextureShaderRenderBase> (*)(QVQuadObject3D&);
+
+struct RenderType {
+    std::string_view name;
+    Maker make;
+};
+
+template <typename Render>
+std::unique_ptr<QVQuadTextureShaderRenderBase> make(QVQuadObject3D& quad) {
+    return std::make_unique<Render>(quad);
+}
+
+constexpr RenderType makers[] = {{renderTypes[0], make<QVQuadAlphaGradualNoLight>}};
+
+}  // namespace
+
+void QVQuadTextureRenderSelectShaderObject3D::rendInfoWithDic(const platform::Value& info) {
+    QVQuadObject3D::rendInfoWithDic(info);
+    const platform::Value renderInfo = KeyReader(selectShaderKeys, info).value("RenderInfo");
+    const std::string renderType = KeyReader(renderInfoKeys, renderInfo).text("renderType");
+    for (const RenderType& known : makers)
+        if (known.name == renderType) shaderRender_ = known.make(*this);
+    if (shaderRender_) shaderRender_->renderInfoWithDic(renderInfo);
+}
+
+void QVQuadTextureRenderSelectShaderObject3D::updateData(const platform::CMTime& time) {
+    if (!isNeedRenderWithCMTime(time)) return;
+    QVQuadObject3D::updateData(time);
+    if (shaderRender_) shaderRender_->updateData(time);
+}
+
+void QVQuadTextureRenderSelectShaderObject3D::render(const platform::CMTime& time) {
+    if (isNeedRenderWithCMTime(time) && shaderRender_) shaderRender_->render(time);
+}
+
+void QVQuadTextureRenderSelectShaderObject3D::addTraceValues(platform::Value::Dictionary& values) const {
+    if (shaderRender_) shaderRender_->addTraceValues(values);
+}
+
+}  // namespace multiscene
