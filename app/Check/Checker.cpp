@@ -1,8 +1,8 @@
 #include "app/Check/Checker.h"
 
 #include "app/Check/KeyJudge.h"
-#include "app/Check/SceneFileKeys.h"
 #include "app/Check/SceneRules.h"
+#include "app/Check/TemplateKeys.h"
 #include "app/Check/TemplateRules.h"
 #include "app/Model/TemplateFolder.h"
 #include "other/QVUtil.h"
@@ -11,6 +11,7 @@
 #include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
+#include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {
 

@@ -1,10 +1,10 @@
 #include "app/Check/DictionaryWalk.h"
 
-#include "app/Check/SceneFileKeys.h"
 #include "core/NodeTypes.h"
 #include "core/QVObject3DFpsBase.h"
 #include "core/VideoTimeSource.h"
 #include "core/component/QVObject3DComponentBase.h"
+#include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {
 
@@ -44,7 +44,7 @@ constexpr TypedDictionary kTimeSource = typedDictionary<TimeSourceTypes>("time-s
 const TypedDictionary* typedDictionaryOf(const Key& key) {
     if (key.type == KeyType::Nodes) return &kNode;
     if (key.children == &componentKeys) return &kComponent;
-    return key.children == &timeSourceKeys ? &kTimeSource : nullptr;
+    return key.name == "TimeSource" ? &kTimeSource : nullptr;
 }
 
 void walkTyped(const TypedDictionary& typed, const Value& content, const std::string& keyPath,

@@ -1,7 +1,7 @@
 #include "app/Check/DictionaryWalk.h"
-#include "app/Check/SceneFileKeys.h"
 #include "app/Check/SceneRules.h"
 #include "app/Check/UsedFiles.h"
+#include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::rules {
 
@@ -10,9 +10,7 @@ using platform::FileGate;
 namespace {
 
 /// Names of numbered pictures are completed with a number: they name no file by themselves.
-bool isCompletedLater(const std::string& keyPath) {
-    return keyPath.ends_with(".animationName");
-}
+bool isCompletedLater(const std::string& keyPath) { return keyPath.ends_with(".animationName"); }
 
 class FileNames : public DictionaryVisitor {
   public:
@@ -24,7 +22,8 @@ class FileNames : public DictionaryVisitor {
         const std::string text = value.stringValue();
         if (text.empty() || isCompletedLater(keyPath)) return;
         if (mayBeUserKey && isUserKey(text)) return;
-        if (auto finding = judgeFileName(text, scene_.folder, {Severity::Error, scene_.file, keyPath, {}, {}}))
+        if (auto finding =
+                judgeFileName(text, scene_.folder, {Severity::Error, scene_.file, keyPath, {}, {}}))
             findings_.push_back(*finding);
     }
 

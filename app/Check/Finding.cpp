@@ -2,9 +2,7 @@
 
 namespace multiscene {
 
-const char* word(Severity severity) {
-    return severity == Severity::Error ? "error" : "warning";
-}
+const char* word(Severity severity) { return severity == Severity::Error ? "error" : "warning"; }
 
 std::string describe(const Finding& finding) {
     std::string line = finding.file + ": ";

@@ -8,8 +8,11 @@ using platform::Value;
 
 std::span<const GroupRule> groupRules() {
     static constexpr std::array table{
-        rules::groupHasScenes,           rules::scenesAreInTheCatalogue,         rules::transitionsFitTheirScenes,
-        rules::overlaysEndBeforeTheNext, rules::keysDoNotCollideWithIdentifiers,
+        rules::groupHasScenes,
+        rules::scenesAreInTheCatalogue,
+        rules::transitionsFitTheirScenes,
+        rules::overlaysEndBeforeTheNext,
+        rules::keysDoNotCollideWithIdentifiers,
     };
     return table;
 }
@@ -112,8 +115,8 @@ void keysDoNotCollideWithIdentifiers(const GroupView& group, Findings& findings)
         for (const std::string& key : group.userKeys)
             if (group.userKeys.contains(key + identifier))
                 findings.push_back({Severity::Warning, group.file, group.keyPath,
-                                    "the key \"" + key + "\" joined with the scene identifier \"" + identifier +
-                                        "\" is the key of another value",
+                                    "the key \"" + key + "\" joined with the scene identifier \"" +
+                                        identifier + "\" is the key of another value",
                                     "rename the identifier"});
 }
 

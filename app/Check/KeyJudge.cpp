@@ -5,8 +5,8 @@
 #include <cmath>
 #include <cstdio>
 
-#include "app/Check/SceneFileKeys.h"
 #include "app/Check/Suggestion.h"
+#include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {
 
@@ -53,7 +53,8 @@ bool takesUserValue(const Key& key) {
 }
 
 bool isNumber(const Key& key, const Value& value) {
-    return value.isNumber() || (value.isString() && (takesUserValue(key) || isNumberText(value.stringValue())));
+    return value.isNumber() ||
+           (value.isString() && (takesUserValue(key) || isNumberText(value.stringValue())));
 }
 
 bool isVector(const Value& value, size_t components) {
@@ -121,8 +122,7 @@ const Key* rightPlace(const KeyTable& table, const std::string& name) {
 
 std::string rangeText(const Key& key) {
     const bool hasMinimum = std::isfinite(key.minimum), hasMaximum = std::isfinite(key.maximum);
-    if (hasMinimum && hasMaximum)
-        return "from " + numberText(key.minimum) + " to " + numberText(key.maximum);
+    if (hasMinimum && hasMaximum) return "from " + numberText(key.minimum) + " to " + numberText(key.maximum);
     if (hasMinimum) return "at least " + numberText(key.minimum);
     return hasMaximum ? "at most " + numberText(key.maximum) : std::string();
 }
@@ -215,7 +215,8 @@ void KeyJudge::judgeChoice(const Key& key, const std::string& chosen, const std:
 
 void KeyJudge::judgeRange(const Key& key, double number, const std::string& keyPath) {
     if (number >= key.minimum && number <= key.maximum) return;
-    add(Severity::Error, keyPath, "is " + numberText(number) + ", out of range", "it takes " + rangeText(key));
+    add(Severity::Error, keyPath, "is " + numberText(number) + ", out of range",
+        "it takes " + rangeText(key));
 }
 
 void KeyJudge::unknown(const KeyTable& table, const std::string& name, const Value& value,

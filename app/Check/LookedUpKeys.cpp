@@ -3,7 +3,7 @@
 #include <algorithm>
 
 #include "app/Check/DictionaryWalk.h"
-#include "app/Check/SceneFileKeys.h"
+#include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {
 
@@ -14,21 +14,21 @@ class LookUps : public DictionaryVisitor {
     void known(const Key& key, const platform::Value& value, const std::string&) override {
         if (!value.isString()) return;
         if (key.lookup == KeyLookup::UserMap || key.lookup == KeyLookup::UserPath)
-            keys.insert(value.stringValue());
+            keys.emplace(value.stringValue(), key.lookup);
     }
 
-    std::set<std::string> keys;
+    LookedUpKeys keys;
 };
 
 }  // namespace
 
-std::set<std::string> lookedUpKeys(const platform::Value& sceneFile) {
+LookedUpKeys lookedUpKeys(const platform::Value& sceneFile) {
     LookUps visitor;
     walkDictionary(sceneFileKeys, sceneFile, "", visitor);
     return visitor.keys;
 }
 
-bool isLookedUp(const std::string& key, const std::set<std::string>& lookedUp,
+bool isLookedUp(const std::string& key, const LookedUpKeys& lookedUp,
                 const std::set<std::string>& identifiers) {
     if (lookedUp.contains(key)) return true;
     return std::any_of(identifiers.begin(), identifiers.end(), [&](const std::string& identifier) {

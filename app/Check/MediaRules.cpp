@@ -56,7 +56,8 @@ void videosAreReadable(const SceneView& scene, Findings& findings) {
         const Value& texture = node.content["TextureInfo"];
         if (texture.string("textureType") == "mp4Video")
             judgeVideo(texture.string("texture"), texture.real("videoFps"), scene.folder,
-                       {Severity::Error, scene.file, node.keyPath + ".TextureInfo.texture", {}, {}}, findings);
+                       {Severity::Error, scene.file, node.keyPath + ".TextureInfo.texture", {}, {}},
+                       findings);
     }
 }
 

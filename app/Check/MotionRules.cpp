@@ -1,8 +1,8 @@
 #include "app/Check/DictionaryWalk.h"
-#include "app/Check/SceneFileKeys.h"
 #include "app/Check/SceneRules.h"
 #include "core/QVKeyAnimationOperators.h"
 #include "core/TransformItemKeys.h"
+#include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::rules {
 
@@ -59,8 +59,9 @@ void judgeMotionItem(const ItemLists::Item& item, const std::string& file, Findi
     const int64_t start = item.content.integer("sartFps"), end = item.content.integer("endFps");
     if (end < start || (end == start && !item.isLast))
         findings.push_back({Severity::Error, file, item.keyPath,
-                            "frames " + frames(start, end) + ": the list stalls here, since an item is left "
-                            "on its \"endFps\" after it was started",
+                            "frames " + frames(start, end) +
+                                ": the list stalls here, since an item is left "
+                                "on its \"endFps\" after it was started",
                             "let \"endFps\" lie after \"sartFps\""});
     if (!item.previous || start > item.previous->integer("endFps")) return;
     findings.push_back({Severity::Error, file, item.keyPath + ".sartFps",
@@ -136,7 +137,8 @@ void rotationsHaveBothEnds(const SceneView& scene, Findings& findings) {
 void motionBeginsWithItsNode(const SceneView& scene, Findings& findings) {
     for (const NodeView& node : scene.nodes) {
         const Value::Array& items = node.content.array("TransformArray");
-        if (items.empty() || !node.frames.start || items[0].integer("sartFps") >= *node.frames.start) continue;
+        if (items.empty() || !node.frames.start || items[0].integer("sartFps") >= *node.frames.start)
+            continue;
         findings.push_back({Severity::Error, scene.file, node.keyPath + ".TransformArray[0].sartFps",
                             "starts at frame " + std::to_string(items[0].integer("sartFps")) + ", but " +
                                 node.label() + " only exists from frame " +

@@ -1,7 +1,7 @@
 #include "app/Check/DictionaryWalk.h"
-#include "app/Check/SceneFileKeys.h"
 #include "app/Check/SceneRules.h"
 #include "core/component/QVObject3DComponentBase.h"
+#include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::rules {
 
@@ -9,13 +9,9 @@ using platform::Value;
 
 namespace {
 
-std::string frameText(const std::optional<int64_t>& frame) {
-    return std::to_string(frame.value_or(0));
-}
+std::string frameText(const std::optional<int64_t>& frame) { return std::to_string(frame.value_or(0)); }
 
-bool isEmpty(const FrameRange& range) {
-    return range.start && range.end && *range.start > *range.end;
-}
+bool isEmpty(const FrameRange& range) { return range.start && range.end && *range.start > *range.end; }
 
 /// Nodes and components alike: whatever has "startFps" and "endFps".
 class EmptyRanges : public DictionaryVisitor {
@@ -58,7 +54,8 @@ void childrenBeginAfterTheirParents(const SceneView& scene, Findings& findings) 
     for (const NodeView& node : scene.nodes) {
         if (node.parent < 0) continue;
         const NodeView& parent = scene.nodes[node.parent];
-        if (!node.frames.start || !parent.frames.start || *node.frames.start >= *parent.frames.start) continue;
+        if (!node.frames.start || !parent.frames.start || *node.frames.start >= *parent.frames.start)
+            continue;
         findings.push_back({Severity::Warning, scene.file, node.keyPath + ".FpsInfo.startFps",
                             node.label() + " starts at frame " + frameText(node.frames.start) +
                                 ", before its parent " + parent.label() + " at " +

@@ -15,9 +15,7 @@ constexpr std::array<std::array<std::string_view, 3>, 2> kSameMeaning{{
     {"endFps", "fpsEnd", "endFPS"},
 }};
 
-char lower(char letter) {
-    return static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
-}
+char lower(char letter) { return static_cast<char>(std::tolower(static_cast<unsigned char>(letter))); }
 
 /// Letters to insert, delete or replace; case counts for nothing.
 size_t editDistance(std::string_view left, std::string_view right) {

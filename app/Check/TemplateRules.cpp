@@ -42,10 +42,10 @@ void lengthsAreTheClocks(const TemplateView& view, Findings& findings) {
         const int64_t length = record.integer("fpsLength");
         if (!last || length == *last + 1) continue;
         if (length < 1 && record.integer("sourceType") == kLengthFromUserVideo) continue;
-        findings.push_back({Severity::Error, view.file, recordPath(index, "fpsLength"),
-                            "is " + std::to_string(length) + ", but the clock's last frame is " +
-                                std::to_string(*last),
-                            "set it to " + std::to_string(*last + 1)});
+        findings.push_back(
+            {Severity::Error, view.file, recordPath(index, "fpsLength"),
+             "is " + std::to_string(length) + ", but the clock's last frame is " + std::to_string(*last),
+             "set it to " + std::to_string(*last + 1)});
     }
 }
 
@@ -69,8 +69,7 @@ void musicIsThere(const TemplateView& view, Findings& findings) {
     const std::string music = view.inputs().string("bgAudioPath");
     if (music.empty()) return;
     const std::string folder = view.file.substr(0, view.file.rfind('/') + 1);
-    const Finding place{
-        Severity::Error, view.file, recordPath(0, "wechartTempletInfo.bgAudioPath"), {}, {}};
+    const Finding place{Severity::Error, view.file, recordPath(0, "wechartTempletInfo.bgAudioPath"), {}, {}};
     if (auto finding = judgeFileName(music, folder, place)) findings.push_back(*finding);
 }
 
@@ -79,14 +78,14 @@ void inputKeysAreUnique(const TemplateView& view, Findings& findings) {
     const Value::Array& inputs = view.inputs().array("userInputArray");
     for (size_t index = 0; index < inputs.size(); ++index)
         if (!keys.insert(inputs[index].string("renderMapKey")).second)
-            findings.push_back({Severity::Error, view.file, inputPath(index),
-                                "an earlier input has the key \"" + inputs[index].string("renderMapKey") +
-                                    "\" too",
-                                "give each input its own"});
+            findings.push_back(
+                {Severity::Error, view.file, inputPath(index),
+                 "an earlier input has the key \"" + inputs[index].string("renderMapKey") + "\" too",
+                 "give each input its own"});
 }
 
 void inputsAreUsed(const TemplateView& view, Findings& findings) {
-    std::set<std::string> used;
+    LookedUpKeys used;
     for (const auto& [number, scene] : view.group.scenes) used.merge(lookedUpKeys(scene.content));
     const std::set<std::string> identifiers = view.group.identifiers();
     const Value::Array& inputs = view.inputs().array("userInputArray");

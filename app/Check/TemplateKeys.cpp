@@ -1,99 +1,8 @@
-#include "app/Check/SceneFileKeys.h"
+#include "app/Check/TemplateKeys.h"
 
-#include "core/QVLightBase.h"
-#include "core/carmera/QVCamera3D.h"
+#include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {
-
-static constexpr Key timeSourceKeyList[] = {
-    {.name = "type", .type = KeyType::Text, .meaning = "the clock's class", .required = true},
-};
-const KeyTable timeSourceKeys{"TimeSource", "The clock of a scene, often with a video of its own.", nullptr,
-                              timeSourceKeyList};
-
-static constexpr Key sceneFileKeyList[] = {
-    {.name = "Camera",
-     .type = KeyType::Dictionary,
-     .meaning = "the scene's camera; none: a perspective of 75 degrees",
-     .children = &cameraKeys},
-    {.name = "LightSourceArray",
-     .type = KeyType::Array,
-     .meaning = "the scene's lights",
-     .children = &lightKeys},
-    {.name = "TimeSource",
-     .type = KeyType::Dictionary,
-     .meaning = "the scene's clock; without one a scene never ends",
-     .required = true,
-     .children = &timeSourceKeys},
-    {.name = "object3D", .type = KeyType::Nodes, .meaning = "the top-level nodes"},
-};
-const KeyTable sceneFileKeys{"Scene file", "One scene, as SCENE.plist in a template's folder.", nullptr,
-                             sceneFileKeyList};
-
-namespace {
-
-constexpr Key transitionKeyList[] = {
-    {.name = "tansitionsSceneId",
-     .type = KeyType::Integer,
-     .meaning = "catalogue number of the scene that composes the two",
-     .required = true,
-     .minimum = 1},
-    {.name = "fpsTotal",
-     .type = KeyType::Integer,
-     .unit = "frames",
-     .fallback = "0",
-     .meaning = "length of the transition, before the scene's last frame",
-     .required = true,
-     .minimum = 1},
-    {.name = "sceneTansitionsType",
-     .type = KeyType::Integer,
-     .fallback = "0",
-     .meaning = "0: both scenes become textures of the transition scene; 1: the transition scene is drawn over "
-                "the running scene",
-     .minimum = 0,
-     .maximum = 1},
-};
-constexpr KeyTable transitionKeys{"sceneTansitionsInfo", "The transition at the end of a scene.", nullptr,
-                                  transitionKeyList};
-
-}  // namespace
-
-static constexpr Key sceneEntryKeyList[] = {
-    {.name = "mainSceneId",
-     .type = KeyType::Integer,
-     .meaning = "catalogue number of the scene",
-     .required = true,
-     .minimum = 0},
-    {.name = "sceneIdentifier",
-     .type = KeyType::Text,
-     .meaning = "name of this use of the scene: its values are looked up under key + identifier"},
-    {.name = "sceneTansitionsInfo",
-     .type = KeyType::Dictionary,
-     .meaning = "how the next scene follows; none: a hard cut",
-     .children = &transitionKeys},
-};
-const KeyTable sceneEntryKeys{"scene", "One scene of a group. A further key whose name and value are both the "
-                                       "identifier is written beside these.",
-                              nullptr, sceneEntryKeyList};
-
-static constexpr Key sceneGroupFileKeyList[] = {
-    {.name = "scene",
-     .type = KeyType::Array,
-     .meaning = "the scenes in playing order",
-     .required = true,
-     .children = &sceneEntryKeys},
-    {.name = "userMediaMap",
-     .type = KeyType::Dictionary,
-     .meaning = "the user's texts, photo paths and numbers by key + scene identifier"},
-    {.name = "sceneGroupFpsTotal",
-     .type = KeyType::Integer,
-     .unit = "frames",
-     .fallback = "0",
-     .meaning = "length of the group",
-     .minimum = 0},
-};
-const KeyTable sceneGroupFileKeys{"Scene-group file", "A list of scenes with the user's media.", nullptr,
-                                  sceneGroupFileKeyList};
 
 namespace {
 
@@ -109,9 +18,15 @@ constexpr Key inputKeyList[] = {
      .type = KeyType::Text,
      .meaning = "the key under which the scenes look the value up",
      .required = true},
-    {.name = "maxLenght", .type = KeyType::Integer, .fallback = "0", .meaning = "most characters; 0: no limit",
+    {.name = "maxLenght",
+     .type = KeyType::Integer,
+     .fallback = "0",
+     .meaning = "most characters; 0: no limit",
      .minimum = 0},
-    {.name = "maxLine", .type = KeyType::Integer, .fallback = "0", .meaning = "most lines; 0: no limit",
+    {.name = "maxLine",
+     .type = KeyType::Integer,
+     .fallback = "0",
+     .meaning = "most lines; 0: no limit",
      .minimum = 0},
     {.name = "is3DText", .type = KeyType::Bool, .fallback = "0", .meaning = "the text becomes a solid"},
     {.name = "aspectWidth",
@@ -128,7 +43,8 @@ constexpr Key inputKeyList[] = {
     {.name = "chinesePlaceholder", .type = KeyType::Text, .meaning = "the same in Chinese"},
     {.name = "japanesePlaceholder", .type = KeyType::Text, .meaning = "the same in Japanese"},
 };
-constexpr KeyTable inputKeys{"userInputArray", "One thing that the user is asked for.", nullptr, inputKeyList};
+constexpr KeyTable inputKeys{"userInputArray", "One thing that the user is asked for.", nullptr,
+                             inputKeyList};
 
 constexpr Key descriptionKeyList[] = {
     {.name = "PIPTempletType", .type = KeyType::Integer, .fallback = "0", .meaning = "kind of template"},
@@ -173,7 +89,9 @@ constexpr Key recordKeyList[] = {
      .meaning = "the scene file",
      .lookup = KeyLookup::Path,
      .required = true},
-    {.name = "sceneResourceFolderPath", .type = KeyType::Text, .meaning = "the template's folder, ends in \"/\""},
+    {.name = "sceneResourceFolderPath",
+     .type = KeyType::Text,
+     .meaning = "the template's folder, ends in \"/\""},
     {.name = "sceneThumbnailPath", .type = KeyType::Text, .meaning = "a picture of the template"},
     {.name = "eName", .type = KeyType::Text, .meaning = "the name in English"},
     {.name = "cName", .type = KeyType::Text, .meaning = "the name in Chinese"},

@@ -1,0 +1,69 @@
+#include "app/Job/FramesJob.h"
+
+#include <cstdio>
+#include <vector>
+
+#include "app/Job/GroupRun.h"
+#include "app/Job/OutputFile.h"
+#include "platform/image/ImageWriter.h"
+#include "videoRenderCore/PictureSink.h"
+
+namespace multiscene {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The pictures of one job, written on the render queue; removed again unless kept.
+class PictureFiles {
+  public:
+    explicit PictureFiles(fs::path folder) : folder_(std::move(folder)) {}
+    ~PictureFiles() {
+        std::error_code ignored;
+        for (const fs::path& file : written_) fs::remove(file, ignored);
+    }
+    PictureFiles(const PictureFiles&) = delete;
+    PictureFiles& operator=(const PictureFiles&) = delete;
+
+    void write(const PictureSink::Picture& picture) {
+        char name[40];
+        std::snprintf(name, sizeof name, "frame-%06lld.png", static_cast<long long>(picture.frame));
+        platform::writePng(folder_ / name, {picture.width, picture.height, picture.rgba, picture.width * 4});
+        written_.push_back(folder_ / name);
+    }
+
+    void keep() { written_.clear(); }
+
+  private:
+    fs::path folder_;
+    std::vector<fs::path> written_;
+};
+
+}  // namespace
+
+JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std::stop_token stop) {
+    const double start = platform::monotonicSeconds();
+    const fs::path folder = outputFolder(request.output);
+    const JobFolder job;
+    const PreparedGroup group = prepareGroup(request, job);
+    for (const std::string& note : group.notes) observer.jobNote(note);
+
+    const FrameSelection& wanted = request.selection;
+    PictureFiles files(folder);
+    const auto sink = std::make_shared<PictureSink>(
+        group.format.width, group.format.height,
+        [&files](const PictureSink::Picture& picture) { files.write(picture); },
+        [&wanted](int64_t frame) { return wanted.contains(frame); });
+    GroupRun run(group, sink, nullptr, observer, std::move(stop));
+    run.setFrameLimit(wanted.framesNeeded());
+    const int64_t frames = run.play();
+    wanted.requireWithin(frames);
+    files.keep();
+
+    JobSummary summary = summaryOf(group, frames, run.statistics());
+    summary.output = folder;
+    summary.wallSeconds = platform::monotonicSeconds() - start;
+    return summary;
+}
+
+}  // namespace multiscene

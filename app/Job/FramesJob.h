@@ -1,0 +1,23 @@
+#pragma once
+
+#include <filesystem>
+#include <stop_token>
+
+#include "app/Job/FrameSelection.h"
+#include "app/Job/JobObserver.h"
+#include "app/Job/JobSummary.h"
+#include "app/Job/RenderRequest.h"
+
+namespace multiscene {
+
+struct FramesRequest : RenderRequest {
+    FrameSelection selection;
+    std::filesystem::path output;  ///< a folder
+};
+
+/// Writes frames as PNG files "frame-000010.png": RGBA as resolved, top row first. Frame N is the video's
+/// frame stamped (N + 1)/fps. A job that does not end well takes its pictures away again. Main thread; pumps
+/// the main queue. Throws platform::Error, Cancelled when a stop was requested.
+JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std::stop_token stop);
+
+}  // namespace multiscene

@@ -1,0 +1,122 @@
+#include "app/Job/GroupRun.h"
+
+#include "other/RenderReport.h"
+#include "platform/base/DispatchQueue.h"
+
+namespace multiscene {
+
+using platform::DispatchQueue;
+using platform::Error;
+using platform::ErrorKind;
+
+namespace {
+
+constexpr double kReportInterval = 0.1;  // seconds
+
+/// Lets the pump of the main queue look at its condition at once.
+void wakeMainThread() {
+    DispatchQueue::main().async([] {});
+}
+
+RenderDriverSettings driverSettings(const MediaFormat& format) {
+    RenderDriverSettings settings;
+    settings.bufferWidth = format.width;
+    settings.bufferHeight = format.height;
+    return settings;
+}
+
+}  // namespace
+
+void GroupRun::Shared::fail(const Error& failure) {
+    {
+        const std::lock_guard lock(mutex);
+        if (!error) error = failure;
+    }
+    wakeMainThread();
+}
+
+std::optional<Error> GroupRun::Shared::failure() {
+    const std::lock_guard lock(mutex);
+    return error;
+}
+
+GroupRun::GroupRun(const PreparedGroup& group, std::shared_ptr<FrameSink> frameSink,
+                   std::shared_ptr<SoundSink> soundSink, JobObserver& observer, std::stop_token stop)
+    : group_(group), observer_(observer), stop_(std::move(stop)), shared_(std::make_shared<Shared>()) {
+    RenderReport::shared().clear();
+    manager_ = QVMultiSceneRenderManager::initWithFrameSink(std::move(frameSink), std::move(soundSink),
+                                                            driverSettings(group.format));
+    manager_->setExportPauseSeconds(0);
+    manager_->setFrameRenderingCompleteBlock([shared = shared_](int64_t) { ++shared->frames; });
+    player_ = QVMediaManage::initWithRenderManager(manager_, false);
+    player_->setIsRec(true);
+    player_->setOnSceneGroupRenderingCompleteBlock([shared = shared_] {
+        shared->isComplete = true;
+        wakeMainThread();
+    });
+    player_->setOnSceneGroupRenderingFailedBlock(
+        [shared = shared_](const Error& error) { shared->fail(error); });
+}
+
+GroupRun::~GroupRun() = default;
+
+void GroupRun::setSampler(std::function<void(int64_t, const RenderDriver&)> sampler) {
+    manager_->setFrameSampleBlock(
+        [sampler = std::move(sampler), driver = manager_.get()](int64_t frame) { sampler(frame, *driver); });
+}
+
+void GroupRun::load() {
+    if (group_.playable.isGroupFile)
+        player_->loadSceneGroupWithDicInfo(group_.group);
+    else
+        player_->loadSceneGroupWithPlistFlie(group_.groupFile.string());
+}
+
+int64_t GroupRun::play() {
+    startSeconds_ = platform::monotonicSeconds();
+    if (!stop_.stop_requested()) load();
+    waitFor([this] { return isOver(); });
+    if (const auto error = shared_->failure()) throw Error(*error);
+    if (!shared_->isComplete) cancel();
+    reportProgress();
+    return shared_->frames;
+}
+
+bool GroupRun::isOver() {
+    return shared_->isComplete || shared_->frames >= frameLimit_ || shared_->failure();
+}
+
+void GroupRun::waitFor(const std::function<bool()>& isDone) {
+    DispatchQueue::main().pumpUntil([&] {
+        const double now = platform::monotonicSeconds();
+        if (now - reportedSeconds_ >= kReportInterval) reportProgress();
+        return stop_.stop_requested() || isDone();
+    });
+    if (!stop_.stop_requested()) return;
+    cancel();
+    throw Error(ErrorKind::Cancelled, "cancelled");
+}
+
+void GroupRun::cancel() {
+    const auto isDown = std::make_shared<std::atomic<bool>>(false);
+    player_->cancelRun([isDown] {
+        *isDown = true;
+        wakeMainThread();
+    });
+    DispatchQueue::main().pumpUntil([&] { return isDown->load(); });
+}
+
+void GroupRun::reportProgress() {
+    JobProgress progress;
+    progress.frame = shared_->frames;
+    progress.totalFrames = group_.totalFrames;
+    reportedSeconds_ = platform::monotonicSeconds();
+    const double elapsed = reportedSeconds_ - startSeconds_;
+    if (elapsed > 0) progress.framesPerSecond = static_cast<double>(progress.frame) / elapsed;
+    if (progress.totalFrames > 0 && progress.framesPerSecond > 0)
+        progress.secondsRemaining =
+            static_cast<double>(progress.totalFrames - progress.frame) / progress.framesPerSecond;
+    observer_.jobProgress(progress);
+}
+
+}  // namespace multiscene

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+
+#include "platform/store/FileLock.h"
+
+namespace multiscene {
+
+/// A job's private folder below the data home: scene-group file, prepared photos, silent video, mix. It is
+/// removed when the object ends; what a killed job left is removed when the next job starts.
+class JobFolder {
+  public:
+    /// Makes jobs/<unique> in the data home. Throws platform::Error.
+    JobFolder();
+    ~JobFolder();
+    JobFolder(const JobFolder&) = delete;
+    JobFolder& operator=(const JobFolder&) = delete;
+
+    const std::filesystem::path& path() const { return path_; }
+    std::filesystem::path file(const std::string& name) const { return path_ / name; }
+
+    /// Removes the folders of all jobs of this process at once, as when a second Ctrl-C must not wait for
+    /// the running work. Any thread; the process ends afterwards.
+    static void removeAllOfThisProcess();
+
+  private:
+    std::filesystem::path path_;
+    std::optional<platform::FileLock> lock_;
+};
+
+}  // namespace multiscene

@@ -1,0 +1,54 @@
+#include "app/Job/JobFormat.h"
+
+#include <cstdio>
+
+#include "platform/base/Error.h"
+
+namespace multiscene {
+
+using platform::Error;
+using platform::ErrorKind;
+
+namespace {
+
+std::string sizeText(const MediaFormat& format) {
+    return std::to_string(format.width) + "x" + std::to_string(format.height);
+}
+
+std::string secondsText(double seconds) {
+    char text[32];
+    std::snprintf(text, sizeof text, "%.2f s", seconds);
+    return text;
+}
+
+}  // namespace
+
+MediaFormat formatOf(const RenderRequest& request, const Playable& playable) {
+    if (!playable.format && (!request.size || !request.framesPerSecond))
+        throw Error(ErrorKind::Usage, "a scene-group file says neither size nor rate: give --size and --fps",
+                    playable.file.string());
+    MediaFormat format = playable.format.value_or(MediaFormat());
+    if (request.size) {
+        format.width = request.size->width;
+        format.height = request.size->height;
+    }
+    format.framesPerSecond = request.framesPerSecond.value_or(format.framesPerSecond);
+    const bool isEven = format.width % 2 == 0 && format.height % 2 == 0;
+    if (!isEven && request.size)
+        throw Error(ErrorKind::Usage, sizeText(format) + " is odd; video needs even sizes", "", "--size");
+    if (!isEven)
+        throw Error(ErrorKind::Template, sizeText(format) + " is odd; video needs even sizes",
+                    playable.file.string(), "mediaSize");
+    return format;
+}
+
+std::string speedNote(const MediaFormat& format, const Playable& playable, int64_t frames) {
+    if (!playable.format || playable.format->framesPerSecond == format.framesPerSecond) return {};
+    const double wanted = static_cast<double>(frames) / format.framesPerSecond;
+    const double own = static_cast<double>(frames) / playable.format->framesPerSecond;
+    return "--fps " + std::to_string(format.framesPerSecond) + " instead of the template's " +
+           std::to_string(playable.format->framesPerSecond) + " changes its speed: it lasts " +
+           secondsText(wanted) + " instead of " + secondsText(own);
+}
+
+}  // namespace multiscene

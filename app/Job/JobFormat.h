@@ -1,0 +1,18 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/Job/Playable.h"
+#include "app/Job/RenderRequest.h"
+
+namespace multiscene {
+
+/// Size and rate of the video: the request's, else the template's. Throws platform::Error: Usage when a
+/// group file is given without them or a given size is odd, Template when the template's own is.
+MediaFormat formatOf(const RenderRequest& request, const Playable& playable);
+
+/// What another rate than the template's does to the length; empty when the rate is the template's.
+std::string speedNote(const MediaFormat& format, const Playable& playable, int64_t frames);
+
+}  // namespace multiscene

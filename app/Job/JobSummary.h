@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "app/Model/MediaFormat.h"
+#include "other/RenderReport.h"
+#include "platform/media/VideoWriter.h"
+#include "videoRenderCore/FrameStatistics.h"
+
+namespace multiscene {
+
+struct PreparedGroup;
+
+/// What a finished job has done.
+struct JobSummary {
+    std::filesystem::path output;
+    MediaFormat format;
+    int64_t frames = 0;      ///< rendered
+    double wallSeconds = 0;  ///< of the whole job
+    /// What was left out, each once: missing files, shaders that do not build.
+    std::vector<RenderReport::Entry> skipped;
+    std::vector<std::string> missingInputs;  ///< keys that the user did not give
+    FrameStatistics statistics;
+    platform::VideoWriter::Statistics encoder;  ///< of a video
+
+    double videoSeconds() const { return static_cast<double>(frames) / format.framesPerSecond; }
+};
+
+/// The summary of a group that has played; the caller adds what it knows besides. Takes the render report,
+/// without the entries that only say that an input was not given.
+JobSummary summaryOf(const PreparedGroup& group, int64_t frames, const FrameStatistics& statistics);
+
+}  // namespace multiscene

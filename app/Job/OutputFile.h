@@ -1,0 +1,26 @@
+#pragma once
+
+#include <filesystem>
+
+namespace multiscene {
+
+/// Where a finished file will lie. Judged before the work starts, so that nobody renders for minutes only to
+/// learn that the folder does not exist.
+class OutputFile {
+  public:
+    /// Throws platform::Error: Usage when the name cannot be that of a file, Failed when nothing can be
+    /// written there, Transient when the disk is full.
+    explicit OutputFile(const std::filesystem::path& path);
+
+    const std::filesystem::path& path() const { return path_; }
+    /// The finished file takes its name, replacing an older one, all at once. Throws platform::Error.
+    void publish(const std::filesystem::path& finished) const;
+
+  private:
+    std::filesystem::path path_;
+};
+
+/// The folder for pictures: made where it is missing. Throws platform::Error as OutputFile does.
+std::filesystem::path outputFolder(const std::filesystem::path& path);
+
+}  // namespace multiscene

@@ -1,0 +1,207 @@
+#include "app/Job/Playable.h"
+
+#include <algorithm>
+
+#include "app/Job/JobFolder.h"
+#include "app/Model/TemplateFolder.h"
+#include "app/data/QVDataManager.h"
+#include "other/QVMultiSceneGropPlistFileManager.h"
+#include "other/QVMultiSceneRenderShareSettings.h"
+#include "other/QVUtil.h"
+#include "platform/archive/ZipArchive.h"
+#include "platform/base/Error.h"
+#include "platform/base/FileGate.h"
+#include "platform/store/Database.h"
+#include "videoRenderCore/SceneFile.h"
+
+namespace multiscene {
+
+namespace fs = std::filesystem;
+using platform::Error;
+using platform::ErrorKind;
+using platform::FileGate;
+using platform::Value;
+
+namespace {
+
+/// No "renderMapKey" starts a key with it, so key + identifier never is the key of another value.
+constexpr const char* kOwnIdentifier = "#1";
+constexpr const char* kMusicName = "bg-audio.mp3";
+
+Value::Array ownScene(int64_t sceneId) {
+    QVMultiSceneGropPlistFileManager group("");
+    group.addSceneWithId(sceneId, kOwnIdentifier);
+    return group.sceneDataArray();
+}
+
+std::string musicOf(const QVTempletDataModel& record, const fs::path& folder) {
+    if (const std::string path = record.bgAudioPath(); !path.empty())
+        return QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(
+            path, folder.string() + "/");
+    const fs::path usual = folder / kMusicName;
+    std::error_code failure;
+    return fs::exists(usual, failure) ? usual.string() : std::string();
+}
+
+Playable playableOf(const QVTempletDataModel& record, const fs::path& folder,
+                    std::shared_ptr<SceneCatalogue> catalogue) {
+    Playable playable;
+    playable.name = record.sceneName();
+    playable.folder = folder;
+    playable.entries = record.sceneGroup().empty() ? ownScene(record.sId()) : record.sceneGroup();
+    playable.inputs = record.userInputInfo();
+    playable.format = record.mediaFormat();
+    playable.musicPath = musicOf(record, folder);
+    playable.catalogue = std::move(catalogue);
+    return playable;
+}
+
+/// Plays a template without installing it.
+Playable openFolder(const fs::path& path) {
+    const TemplateFolder folder = readTemplateFolder(path);
+    QVUtil::setSceneRoot(folder.folder.parent_path().string());
+    requireOwnPaths(folder);
+    FileGate::shared().allowFolder(folder.folder);
+    const auto catalogue = std::make_shared<QVDataManager>(platform::Database::kInMemory);
+    catalogue->checkUsable();
+    catalogue->installMultiSceneTemplate(folder.description);
+    Playable playable = playableOf(folder.records.front(), folder.folder, catalogue);
+    playable.file = folder.plistPath();
+    return playable;
+}
+
+/// The one folder in the archive that is a template.
+fs::path onlyFolder(const fs::path& unpacked, const fs::path& archive) {
+    fs::path found;
+    for (const fs::directory_entry& entry : fs::directory_iterator(unpacked)) {
+        if (!entry.is_directory()) continue;
+        if (!found.empty())
+            throw Error(ErrorKind::Template, "holds more than one folder; a template is one",
+                        archive.string());
+        found = entry.path();
+    }
+    if (found.empty()) throw Error(ErrorKind::Template, "holds no template folder", archive.string());
+    return found;
+}
+
+/// The home's own folders: scenes, groups and the user's resources.
+void allowHome() {
+    for (const std::string& folder :
+         {QVUtil::scenePath(), QVUtil::templatePath(), QVUtil::userResourcesPath()})
+        FileGate::shared().allowFolder(folder);
+}
+
+bool isNumber(const std::string& text) {
+    return !text.empty() && text.size() < 19 && text.find_first_not_of("0123456789") == std::string::npos;
+}
+
+fs::path resourceFolder(const QVTempletDataModel& record) {
+    return (fs::path(record.sceneResourceFolderPath()) / "").lexically_normal().parent_path();
+}
+
+std::optional<QVTempletDataModel> installedTemplate(const std::string& argument) {
+    const auto& catalogue = QVDataManager::sharedDataManager();
+    std::error_code failure;
+    if (!fs::exists(QVDataManager::databasePath(), failure)) return std::nullopt;
+    catalogue->checkUsable();
+    if (isNumber(argument)) {
+        const auto rows = catalogue->queryCSignSceneDataWithSid(std::stoll(argument));
+        if (!rows.empty()) return rows.front();
+    }
+    for (QVTempletDataModel& record : catalogue->allSignSceneData())
+        if (record.sceneName() == argument || resourceFolder(record).filename() == argument) return record;
+    return std::nullopt;
+}
+
+Playable openInstalled(const QVTempletDataModel& record) {
+    allowHome();
+    return playableOf(record, resourceFolder(record), QVDataManager::sharedDataManager());
+}
+
+/// The user wrote the files of the map into the group file, so they are the user's own inputs.
+void allowMediaOf(const Value& userMediaMap) {
+    for (const auto& [key, value] : userMediaMap.dictionary())
+        if (const std::string text = value.stringValue(); value.isString() && text.starts_with('/'))
+            FileGate::shared().allowFile(text);
+}
+
+bool isTemplateFolder(const fs::path& path) {
+    std::error_code failure;
+    const fs::path folder = (fs::absolute(path) / "").lexically_normal().parent_path();
+    return fs::exists(folder / (folder.filename().string() + ".plist"), failure);
+}
+
+Playable openFile(const fs::path& file, const JobFolder& job) {
+    if (file.extension() != ".plist") return openFolder(unpackTemplate(file, job));
+    FileGate::shared().allowFile(file);
+    if (readSceneFile(file).has("installScenes")) return openFolder(fs::absolute(file).parent_path());
+    return openSceneGroupFile(file);
+}
+
+Error notFound(const std::string& argument) {
+    return Error(ErrorKind::Template, "no such template: neither a folder, a zip nor an installed one",
+                 argument);
+}
+
+}  // namespace
+
+std::set<std::string> Playable::identifiers() const {
+    std::set<std::string> identifiers;
+    for (const Value& entry : entries)
+        if (const std::string identifier = entry.string("sceneIdentifier"); !identifier.empty())
+            identifiers.insert(identifier);
+    return identifiers;
+}
+
+std::vector<SceneConfigData> Playable::scenes() const {
+    std::set<int64_t> numbers;
+    for (const Value& entry : entries) {
+        numbers.insert(entry.integer("mainSceneId"));
+        if (entry.has("sceneTansitionsInfo"))
+            numbers.insert(entry["sceneTansitionsInfo"].integer("tansitionsSceneId"));
+    }
+    std::vector<SceneConfigData> scenes;
+    for (const int64_t number : numbers)
+        if (auto scene = catalogue->querySceneWithSid(number)) scenes.push_back(std::move(*scene));
+    return scenes;
+}
+
+Playable openPlayable(const std::string& argument, const JobFolder& job) {
+    std::error_code failure;
+    const fs::path path(argument);
+    const bool isPath = argument.find('/') != std::string::npos;
+    if (fs::is_directory(path, failure) && (isPath || isTemplateFolder(path))) return openFolder(path);
+    if (fs::is_regular_file(path, failure)) return openFile(path, job);
+    if (!isPath)
+        if (const auto installed = installedTemplate(argument)) return openInstalled(*installed);
+    if (fs::is_directory(path, failure)) return openFolder(path);
+    throw notFound(argument);
+}
+
+fs::path unpackTemplate(const fs::path& archive, const JobFolder& job) {
+    const fs::path unpacked = job.file("template");
+    platform::createFolders(unpacked);
+    platform::ZipArchive(archive).extract(unpacked);
+    return onlyFolder(unpacked, archive);
+}
+
+Playable openSceneGroupFile(const fs::path& file) {
+    Playable playable;
+    playable.file = fs::absolute(file).lexically_normal();
+    playable.folder = playable.file.parent_path();
+    playable.name = playable.file.filename().string();
+    FileGate::shared().allowFolder(playable.folder);
+    const Value content = readSceneFile(playable.file);
+    if (!content.isDictionary() || !content["scene"].isArray())
+        throw Error(ErrorKind::Template, "is neither a template nor a scene-group file", file.string(),
+                    "scene");
+    allowHome();
+    allowMediaOf(content["userMediaMap"]);
+    playable.entries = content.array("scene");
+    playable.userMediaMap = content["userMediaMap"];
+    playable.isGroupFile = true;
+    playable.catalogue = QVDataManager::sharedDataManager();
+    return playable;
+}
+
+}  // namespace multiscene

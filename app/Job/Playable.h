@@ -1,0 +1,52 @@
+// What a job plays: an installed template, a template's folder, a zip of one, or a scene-group file.
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+
+#include "app/Model/MediaFormat.h"
+#include "app/Model/UserInputList.h"
+#include "other/SceneCatalogue.h"
+#include "platform/base/Value.h"
+
+namespace multiscene {
+
+class JobFolder;
+
+struct Playable {
+    std::string name;
+    std::filesystem::path file;    ///< NAME.plist, or the scene-group file; empty for an installed template
+    std::filesystem::path folder;  ///< of the template or of the group file, absolute
+    /// Scene entries in the form of the scene-group file. Where the template lists none: its own scene, under
+    /// an identifier that starts with a character that no key holds.
+    platform::Value::Array entries;
+    platform::Value userMediaMap;  ///< of a group file; the user's values come on top
+    bool isGroupFile = false;
+    UserInputList inputs;               ///< none for a group file
+    std::optional<MediaFormat> format;  ///< none for a group file
+    std::string musicPath;              ///< complete; empty: no music
+    std::shared_ptr<SceneCatalogue> catalogue;
+
+    /// "sceneIdentifier" of the entries that have one.
+    std::set<std::string> identifiers() const;
+    /// The scenes that the entries name, transition scenes included; unknown numbers are left out.
+    std::vector<SceneConfigData> scenes() const;
+};
+
+/// Finds what `argument` names: a path (a template's folder, its NAME.plist, a zip, a scene-group file), else
+/// the number or the name of an installed template. Opens the gate for its files; a template that is not
+/// installed is played from where it lies, its parent standing in for the scene folder until the program
+/// ends. A zip is unpacked into the job's folder. Throws platform::Error(Template).
+Playable openPlayable(const std::string& argument, const JobFolder& job);
+
+/// Unpacks a zip into the job's folder and returns the one template folder in it. Throws
+/// platform::Error(Template).
+std::filesystem::path unpackTemplate(const std::filesystem::path& archive, const JobFolder& job);
+
+/// A scene-group file, played against the catalogue of the data home. Throws platform::Error(Template).
+Playable openSceneGroupFile(const std::filesystem::path& file);
+
+}  // namespace multiscene

@@ -1,0 +1,32 @@
+// A scene group that is ready to be played: everything is read, judged and written into the job's folder.
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "app/Job/JobFolder.h"
+#include "app/Job/Playable.h"
+#include "app/Job/RenderRequest.h"
+
+namespace multiscene {
+
+struct PreparedGroup {
+    Playable playable;
+    MediaFormat format;
+    platform::Value group;                   ///< the content of the scene-group file
+    std::filesystem::path groupFile;         ///< in the job's folder
+    int64_t totalFrames = 0;                 ///< as the catalogue says; below 1 when it does not
+    std::string musicPath;                   ///< empty: no music
+    std::vector<std::string> missingInputs;  ///< keys that the user did not give
+    std::vector<std::string> notes;          ///< what the user should know before it starts
+
+    double seconds(int64_t frames) const { return static_cast<double>(frames) / format.framesPerSecond; }
+};
+
+/// Opens the source, takes in the user's values, writes the scene-group file and validates all of it. Sets
+/// the process up for this one group: gate, scene folder, catalogue, group folders. Throws platform::Error.
+PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job);
+
+}  // namespace multiscene

@@ -1,0 +1,34 @@
+#include "app/Job/TraceJob.h"
+
+#include "app/Job/GroupRun.h"
+#include "platform/base/Json.h"
+#include "videoRenderCore/PictureSink.h"
+#include "videoRenderCore/SceneTrace.h"
+
+namespace multiscene {
+
+JobSummary traceFrames(const TraceRequest& request, const std::function<void(const std::string&)>& writeLine,
+                       JobObserver& observer, std::stop_token stop) {
+    const double start = platform::monotonicSeconds();
+    const JobFolder job;
+    const PreparedGroup group = prepareGroup(request, job);
+    for (const std::string& note : group.notes) observer.jobNote(note);
+
+    std::shared_ptr<FrameSink> sink;
+    if (request.draws)
+        sink = std::make_shared<PictureSink>(group.format.width, group.format.height,
+                                             [](const PictureSink::Picture&) {});
+    GroupRun run(group, sink, nullptr, observer, std::move(stop));
+    run.setFrameLimit(request.selection.framesNeeded());
+    run.setSampler([&](int64_t frame, const RenderDriver& driver) {
+        if (request.selection.contains(frame)) writeLine(platform::jsonText(SceneTrace::frame(driver)));
+    });
+    const int64_t frames = run.play();
+    request.selection.requireWithin(frames);
+
+    JobSummary summary = summaryOf(group, frames, run.statistics());
+    summary.wallSeconds = platform::monotonicSeconds() - start;
+    return summary;
+}
+
+}  // namespace multiscene

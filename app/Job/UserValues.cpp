@@ -1,0 +1,180 @@
+#include "app/Job/UserValues.h"
+
+#include <algorithm>
+#include <map>
+#include <set>
+
+#include "app/Check/Suggestion.h"
+#include "app/Job/AskedKeys.h"
+#include "app/Job/JobFolder.h"
+#include "app/Job/UserText.h"
+#include "app/Model/QVUserPhotoInputModel.h"
+#include "app/Model/QVUserTextInputModel.h"
+#include "platform/base/FileGate.h"
+#include "platform/base/Json.h"
+#include "platform/image/ImageDecoder.h"
+
+namespace multiscene {
+
+namespace fs = std::filesystem;
+using platform::Error;
+using platform::ErrorKind;
+using platform::FileGate;
+using platform::Value;
+
+namespace {
+
+constexpr uint64_t kMaxMediaFileBytes = 4u << 20;
+
+class Collector {
+  public:
+    Collector(const Playable& playable, const JobFolder& job, int maxPhotoSide)
+        : asked_(askedKeysOf(playable)),
+          identifiers_(playable.identifiers()),
+          job_(job),
+          maxPhotoSide_(maxPhotoSide) {}
+
+    void addText(const std::string& key, const std::string& text) {
+        const AskedFor& asked = require(key, InputKind::Text);
+        const auto* limits = dynamic_cast<const QVUserTextInputModel*>(asked.input.get());
+        store(key, acceptedText(text, key, limits));
+    }
+
+    void addPhoto(const std::string& key, const fs::path& photo) {
+        const AskedFor& asked = require(key, InputKind::Photo);
+        const FileGate::Opened opened = openInput(key, photo);
+        const fs::path prepared = job_.file("photo-" + std::to_string(stored_.size()));
+        const auto* shape = dynamic_cast<const QVUserPhotoInputModel*>(asked.input.get());
+        platform::prepareUserPhoto(opened.file, prepared, aspectOf(shape), maxPhotoSide_,
+                                   {photo.string(), ErrorKind::Input});
+        store(key, prepared.string());
+    }
+
+    void addMediaFile(const fs::path& file) {
+        const auto bytes = platform::readFile(file, kMaxMediaFileBytes, ErrorKind::Input);
+        const Value content =
+            platform::parseJson({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, file.string());
+        if (!content.isDictionary())
+            throw Error(ErrorKind::Input, "holds no object from keys to values", file.string());
+        // What the command line says wins.
+        for (const auto& [key, value] : content.dictionary())
+            if (!stored_.contains(key)) addMedia(key, value, file);
+    }
+
+    UserValues result(const Playable& playable) {
+        UserValues values;
+        for (const auto& input : playable.inputs) {
+            if (stored_.contains(input->renderMapKey())) continue;
+            values.missing.push_back(input->renderMapKey());
+            // Without a value a text would show its own key.
+            if (asked_[input->renderMapKey()].kind == InputKind::Text)
+                spread(values.map, input->renderMapKey(), "");
+        }
+        for (const auto& [key, value] : playable.userMediaMap.dictionary()) values.map[key] = value;
+        for (const auto& [key, value] : stored_)
+            if (asked_.contains(key)) spread(values.map, key, value);
+        // What was given for one scene alone wins there.
+        for (const auto& [key, value] : stored_)
+            if (!asked_.contains(key)) values.map[key] = value;
+        return values;
+    }
+
+  private:
+    static platform::Aspect aspectOf(const QVUserPhotoInputModel* shape) {
+        if (!shape || shape->aspectWidth() < 1 || shape->aspectHeight() < 1) return {};
+        constexpr int64_t most = 1'000'000;
+        return {static_cast<int>(std::min(shape->aspectWidth(), most)),
+                static_cast<int>(std::min(shape->aspectHeight(), most))};
+    }
+
+    void addMedia(const std::string& key, const Value& value, const fs::path& file) {
+        if (!value.isString() && !value.isNumber())
+            throw Error(ErrorKind::Input,
+                        "is " + std::string(typeName(value.type())) + ", not a text, number or path",
+                        file.string(), key);
+        const AskedFor& asked = requireKnown(key);
+        const fs::path path = fs::absolute(file).parent_path() / value.stringValue();
+        if (asked.kind == InputKind::Photo)
+            addPhoto(key, path);
+        else if (asked.kind == InputKind::File)
+            addFile(key, path);
+        else if (value.isString())
+            addText(key, value.stringValue());
+        else
+            store(key, value);
+    }
+
+    void addFile(const std::string& key, const fs::path& path) {
+        openInput(key, path);
+        store(key, fs::absolute(path).lexically_normal().string());
+    }
+
+    /// Opens a file of the user's own and lets the scenes open it.
+    static FileGate::Opened openInput(const std::string& key, const fs::path& path) {
+        FileGate::shared().allowFile(path);
+        FileGate::Opened opened = FileGate::shared().open(path);
+        if (opened.verdict == FileGate::Verdict::Allowed) return opened;
+        throw Error(ErrorKind::Input, describe(opened.verdict), path.string(), key);
+    }
+
+    const AskedFor& requireKnown(const std::string& key) {
+        if (const auto found = asked_.find(key); found != asked_.end()) return found->second;
+        for (const std::string& identifier : identifiers_) {
+            if (!key.ends_with(identifier)) continue;
+            const auto found = asked_.find(key.substr(0, key.size() - identifier.size()));
+            if (found != asked_.end()) return found->second;
+        }
+        throw unknownKey(key);
+    }
+
+    const AskedFor& require(const std::string& key, InputKind given) {
+        const AskedFor& asked = requireKnown(key);
+        const bool fits = (given == InputKind::Text) == (asked.kind == InputKind::Text);
+        if (!fits)
+            throw Error(ErrorKind::Input,
+                        std::string("the template asks for ") + inputKindName(asked.kind) + " here", "", key);
+        return asked;
+    }
+
+    Error unknownKey(const std::string& key) const {
+        std::vector<std::string_view> keys;
+        for (const auto& [known, asked] : asked_)
+            if (asked.input) keys.push_back(known);
+        std::string message = "the template does not ask for this";
+        if (const std::string remedy = didYouMean(key, keys); !remedy.empty())
+            return {ErrorKind::Input, message + "; " + remedy, "", key};
+        if (keys.empty()) return {ErrorKind::Input, message, "", key};
+        message += "; it asks for";
+        for (const std::string_view known : keys) message += " " + std::string(known);
+        return {ErrorKind::Input, message, "", key};
+    }
+
+    void store(const std::string& key, Value value) {
+        if (!stored_.emplace(key, std::move(value)).second)
+            throw Error(ErrorKind::Usage, "is given twice", "", key);
+    }
+
+    void spread(Value::Dictionary& map, const std::string& key, const Value& value) const {
+        map[key] = value;
+        for (const std::string& identifier : identifiers_) map[key + identifier] = value;
+    }
+
+    AskedKeys asked_;
+    std::set<std::string> identifiers_;
+    const JobFolder& job_;
+    int maxPhotoSide_;
+    Value::Dictionary stored_;
+};
+
+}  // namespace
+
+UserValues collectUserValues(const JobInputs& given, const Playable& playable, const JobFolder& job,
+                             int maxPhotoSide) {
+    Collector collector(playable, job, maxPhotoSide);
+    for (const JobInputs::Given& text : given.texts) collector.addText(text.key, text.value);
+    for (const JobInputs::Given& photo : given.photos) collector.addPhoto(photo.key, photo.value);
+    if (!given.mediaFile.empty()) collector.addMediaFile(given.mediaFile);
+    return collector.result(playable);
+}
+
+}  // namespace multiscene

@@ -1,0 +1,29 @@
+// From what the user gave to the user media map of a scene group.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "app/Job/JobInputs.h"
+#include "app/Job/Playable.h"
+#include "platform/base/Value.h"
+
+namespace multiscene {
+
+class JobFolder;
+
+struct UserValues {
+    /// Each value under its key alone and under key + identifier of every scene that has one.
+    platform::Value::Dictionary map;
+    /// Keys of the inputs that the template asks for and the user did not give; their texts are empty.
+    std::vector<std::string> missing;
+};
+
+/// Judges and collects the user's values. Photos are turned upright, cropped to the shape that the template
+/// asks for and written into the job's folder, no side longer than `maxPhotoSide` pixels; the gate is opened
+/// for every file given. Throws platform::Error(Input): a key that the template does not ask for, a missing
+/// or unreadable file, a text over its limits; Error(Usage) for a key given twice.
+UserValues collectUserValues(const JobInputs& given, const Playable& playable, const JobFolder& job,
+                             int maxPhotoSide);
+
+}  // namespace multiscene

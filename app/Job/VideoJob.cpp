@@ -1,0 +1,81 @@
+#include "app/Job/VideoJob.h"
+
+#include "app/Job/GroupRun.h"
+#include "app/Job/OutputFile.h"
+#include "videoRenderCore/QVVideoCVCacheExporter.h"
+
+namespace multiscene {
+
+using platform::Error;
+using platform::ErrorKind;
+using platform::Value;
+
+namespace {
+
+constexpr const char* kSilentName = "silent.mp4";
+
+/// Hears of the end of the export, on the main queue.
+class ExportEnd : public QVVideoCVCacheExporterDelegate {
+  public:
+    void videoExporterFinished(QVVideoCVCacheExporter&, const std::string& videoPath) override {
+        path = videoPath;
+    }
+    void videoExporter(QVVideoCVCacheExporter&, const Error& failedWithError) override {
+        error = failedWithError;
+    }
+
+    std::string path;
+    std::optional<Error> error;
+};
+
+Value musicEntry(const std::string& path) {
+    return Value::Dictionary{{"type", "bgAudio"}, {"audioPath", path}, {"audioName", "bg-audio.mp3"},
+                             {"volume", 1.0},     {"fpsStart", 0},     {"fpsEnd", 100000},
+                             {"isLoop", true}};
+}
+
+std::shared_ptr<QVVideoCVCacheExporter> makeExporter(const VideoRequest& request, const PreparedGroup& group,
+                                                     const JobFolder& job) {
+    VideoExportSettings settings;
+    settings.bitRate = request.bitRate;
+    settings.preset = request.preset;
+    settings.temporaryFolder = job.path();
+    const auto exporter = QVVideoCVCacheExporter::initWithOutputURL(job.file(kSilentName).string(),
+                                                                    group.format.width, group.format.height,
+                                                                    group.format.framesPerSecond, settings);
+    if (!group.musicPath.empty()) exporter->addAudioTrackWithInfo(musicEntry(group.musicPath));
+    return exporter;
+}
+
+/// An export whose film is too short for its sounds ends without telling anybody.
+bool hasEnded(const ExportEnd& end, const QVVideoCVCacheExporter& exporter) {
+    return !end.path.empty() || end.error || exporter.state() == QVVideoCVCacheExporter::State::SilentOnly;
+}
+
+}  // namespace
+
+JobSummary makeVideo(const VideoRequest& request, JobObserver& observer, std::stop_token stop) {
+    const double start = platform::monotonicSeconds();
+    const OutputFile output(request.output);
+    const JobFolder job;
+    const PreparedGroup group = prepareGroup(request, job);
+    for (const std::string& note : group.notes) observer.jobNote(note);
+
+    const auto exporter = makeExporter(request, group, job);
+    const auto end = std::make_shared<ExportEnd>();
+    exporter->setDelegate(end);
+    GroupRun run(group, exporter, exporter, observer, std::move(stop));
+    const int64_t frames = run.play();
+    run.waitFor([&] { return hasEnded(*end, *exporter); });
+    if (end->error) throw Error(*end->error);
+    if (end->path.empty()) observer.jobNote("the video is too short for its sounds and stays silent");
+    output.publish(end->path.empty() ? exporter->savePath() : end->path);
+
+    JobSummary summary = summaryOf(group, frames, run.statistics());
+    summary.encoder = exporter->writerStatistics();
+    summary.output = output.path();
+    summary.wallSeconds = platform::monotonicSeconds() - start;
+    return summary;
+}
+
+}  // namespace multiscene

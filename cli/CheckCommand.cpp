@@ -1,0 +1,72 @@
+#include <algorithm>
+#include <filesystem>
+
+#include "app/Check/Checker.h"
+#include "app/Job/JobFolder.h"
+#include "app/Job/Playable.h"
+#include "app/data/QVDataManager.h"
+#include "cli/Commands.h"
+#include "other/SceneCatalogue.h"
+
+namespace multiscene::cli {
+
+using platform::Error;
+using platform::ErrorKind;
+
+namespace {
+
+constexpr int kFound = static_cast<int>(ErrorKind::Template);
+
+class CheckCommand : public Command {
+  public:
+    void declare(Arguments& arguments) override {
+        arguments.word("PATH", "A template's folder or zip, a scene file or a scene-group file",
+                       [this](const std::string& value) { path_ = value; });
+        arguments.example("multiscene check templates/minimal");
+    }
+
+    int run(Console& console, std::stop_token) override {
+        if (!std::filesystem::exists(path_)) throw Error(ErrorKind::Template, "does not exist", path_);
+        SceneCatalogue::setShared(QVDataManager::sharedDataManager());
+        const Findings findings = findingsOf(path_);
+        for (const Finding& finding : findings) print(console, finding);
+        printTotal(console, findings);
+        return findings.empty() ? 0 : kFound;
+    }
+
+  private:
+    /// A zip is judged as the folder in it.
+    static Findings findingsOf(const std::filesystem::path& path) {
+        if (std::filesystem::is_directory(path) || path.extension() == ".plist") return checkPath(path);
+        const JobFolder job;
+        return checkPath(unpackTemplate(path, job));
+    }
+
+    static void print(Console& console, const Finding& finding) {
+        if (!console.isJson()) return console.line(describe(finding));
+        console.event("finding", {{"severity", word(finding.severity)},
+                                  {"file", finding.file},
+                                  {"key", finding.keyPath},
+                                  {"message", finding.message},
+                                  {"remedy", finding.remedy}});
+    }
+
+    void printTotal(Console& console, const Findings& findings) const {
+        const int64_t errors = std::count_if(findings.begin(), findings.end(), [](const Finding& finding) {
+            return finding.severity == Severity::Error;
+        });
+        const auto warnings = static_cast<int64_t>(findings.size()) - errors;
+        if (console.isJson()) return console.event("done", {{"errors", errors}, {"warnings", warnings}});
+        if (findings.empty()) return console.line(path_ + ": nothing wrong");
+        console.line(path_ + ": " + std::to_string(errors) + (errors == 1 ? " error, " : " errors, ") +
+                     std::to_string(warnings) + (warnings == 1 ? " warning" : " warnings"));
+    }
+
+    std::string path_;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeCheckCommand() { return std::make_unique<CheckCommand>(); }
+
+}  // namespace multiscene::cli

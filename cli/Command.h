@@ -1,0 +1,32 @@
+#pragma once
+
+#include <memory>
+#include <span>
+#include <stop_token>
+
+#include "cli/Arguments.h"
+#include "cli/Console.h"
+
+namespace multiscene::cli {
+
+/// One subcommand. Declares its arguments, then runs with what they were. Faults are thrown as
+/// platform::Error: its kind is the exit code.
+class Command {
+  public:
+    virtual ~Command() = default;
+    virtual void declare(Arguments& arguments) = 0;
+    /// Returns the exit code. `stop` is requested by Ctrl-C and SIGTERM.
+    virtual int run(Console& console, std::stop_token stop) = 0;
+};
+
+struct CommandEntry {
+    const char* name;
+    const char* summary;  ///< empty: left out of the help text
+    std::unique_ptr<Command> (*make)();
+};
+
+/// Every subcommand in the order of the help text. To add one: a file with its maker and a line in
+/// Commands.cpp.
+std::span<const CommandEntry> commands();
+
+}  // namespace multiscene::cli

@@ -1,0 +1,197 @@
+#include "cli/Console.h"
+
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+
+#include "platform/base/Clock.h"
+#include "platform/base/Json.h"
+#include "platform/base/Log.h"
+
+namespace multiscene::cli {
+
+using platform::Value;
+
+namespace {
+
+constexpr double kPlainInterval = 1;  // seconds between lines of progress that nobody watches
+
+template <typename... Arguments>
+std::string format(const char* pattern, Arguments... arguments) {
+    char text[256];
+    std::snprintf(text, sizeof text, pattern, arguments...);
+    return text;
+}
+
+int terminalWidth() {
+    winsize size{};
+    constexpr int usual = 80;
+    return ::ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : usual;
+}
+
+std::string remainingText(double seconds) {
+    if (seconds < 0) return "";
+    const auto whole = static_cast<long>(std::ceil(seconds));
+    return format(", %ld:%02ld left", whole / 60, whole % 60);
+}
+
+std::string progressText(const JobProgress& progress) {
+    const std::string total =
+        progress.totalFrames > 0 ? format(" of %lld", static_cast<long long>(progress.totalFrames)) : "";
+    return format("frame %lld", static_cast<long long>(progress.frame)) + total +
+           format(", %.1f frames a second", progress.framesPerSecond) +
+           remainingText(progress.secondsRemaining);
+}
+
+std::string describe(const RenderReport::Entry& entry) {
+    std::string text = entry.what + ": " + entry.name;
+    if (!entry.scene.empty()) text += ", scene " + entry.scene;
+    if (!entry.node.empty()) text += ", node " + entry.node;
+    return text;
+}
+
+Value skippedValue(const JobSummary& summary) {
+    Value::Array list;
+    for (const RenderReport::Entry& entry : summary.skipped)
+        list.emplace_back(Value::Dictionary{
+            {"what", entry.what}, {"name", entry.name}, {"scene", entry.scene}, {"node", entry.node}});
+    return list;
+}
+
+Value missingValue(const JobSummary& summary) {
+    return Value::Array(summary.missingInputs.begin(), summary.missingInputs.end());
+}
+
+Value::Dictionary summaryFields(const JobSummary& summary) {
+    return {{"output", summary.output.string()},
+            {"frames", summary.frames},
+            {"width", summary.format.width},
+            {"height", summary.format.height},
+            {"framesPerSecond", summary.format.framesPerSecond},
+            {"videoSeconds", summary.videoSeconds()},
+            {"seconds", summary.wallSeconds},
+            {"skipped", skippedValue(summary)},
+            {"missingInputs", missingValue(summary)}};
+}
+
+void logStage(const char* name, const StageTime& time) {
+    platform::log::info(format("%-9s %8.3f s CPU %8.3f s", name, time.cpuSeconds, time.wallSeconds));
+}
+
+void logStatistics(const JobSummary& summary) {
+    const FrameStatistics& times = summary.statistics;
+    logStage("decode", times.decode);
+    logStage("update", times.update);
+    logStage("draw", times.draw);
+    logStage("resolve", times.resolve);
+    logStage("read back", times.readBack);
+    logStage("complete", times.complete);
+    logStage("wait", times.wait);
+    platform::log::info(format("convert   %8.3f s CPU", summary.encoder.convertSeconds));
+    platform::log::info(format("encode    %8.3f s CPU", summary.encoder.encodeSeconds));
+}
+
+}  // namespace
+
+Console::Console(bool isJson) : isJson_(isJson), isTerminal_(::isatty(STDOUT_FILENO) == 1) {}
+
+void Console::write(const std::string& text) {
+    // One call, so that lines of several threads do not mix.
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    std::fflush(stdout);
+}
+
+void Console::event(const std::string& name, Value::Dictionary fields) {
+    if (!isJson_) return;
+    fields["event"] = name;
+    line(platform::jsonText(fields));
+}
+
+void Console::jobProgress(const JobProgress& progress) {
+    if (isReserved_) return;
+    if (isJson_)
+        event("progress", {{"frame", progress.frame},
+                           {"total", progress.totalFrames},
+                           {"framesPerSecond", progress.framesPerSecond},
+                           {"secondsRemaining",
+                            progress.secondsRemaining < 0 ? Value() : Value(progress.secondsRemaining)}});
+    else if (isTerminal_)
+        drawBar(progress);
+    else
+        printProgress(progress);
+}
+
+void Console::drawBar(const JobProgress& progress) {
+    const std::string text = " " + progressText(progress);
+    const int room = std::clamp(terminalWidth() - static_cast<int>(text.size()) - 3, 0, 40);
+    const double share =
+        progress.totalFrames > 0 ? static_cast<double>(progress.frame) / progress.totalFrames : 0;
+    const int full = std::clamp(static_cast<int>(share * room), 0, room);
+    std::printf("\r[%s%s]%s\033[K", std::string(full, '#').c_str(), std::string(room - full, '.').c_str(),
+                text.c_str());
+    std::fflush(stdout);
+    hasBar_ = true;
+}
+
+void Console::printProgress(const JobProgress& progress) {
+    const double now = platform::monotonicSeconds();
+    const bool isLast = progress.frame == progress.totalFrames;
+    if (progress.frame == printedFrame_ || (!isLast && now - printedSeconds_ < kPlainInterval)) return;
+    printedSeconds_ = now;
+    printedFrame_ = progress.frame;
+    line(progressText(progress));
+}
+
+void Console::clearBar() {
+    if (!hasBar_) return;
+    std::fputs("\r\033[K", stdout);
+    std::fflush(stdout);
+    hasBar_ = false;
+}
+
+void Console::jobNote(const std::string& text) {
+    clearBar();
+    if (isReserved_)
+        std::fprintf(stderr, "note: %s\n", text.c_str());
+    else if (isJson_)
+        event("note", {{"message", text}});
+    else
+        line("note: " + text);
+}
+
+void Console::jobDone(const JobSummary& summary) {
+    clearBar();
+    if (isReserved_) {
+        for (const RenderReport::Entry& entry : summary.skipped) jobNote("left out " + describe(entry));
+    } else if (isJson_) {
+        event("done", summaryFields(summary));
+    } else {
+        printSummary(summary);
+    }
+    logStatistics(summary);
+}
+
+void Console::printSummary(const JobSummary& summary) {
+    line("made " + summary.output.string() +
+         format(": %lld frames, %.2f s at %d frames a second, %dx%d, in %.1f s",
+                static_cast<long long>(summary.frames), summary.videoSeconds(),
+                summary.format.framesPerSecond, summary.format.width, summary.format.height,
+                summary.wallSeconds));
+    for (const RenderReport::Entry& entry : summary.skipped) line("left out " + describe(entry));
+    for (const std::string& key : summary.missingInputs) line("not given: " + key);
+}
+
+void Console::error(const platform::Error& error) {
+    clearBar();
+    if (isJson_)
+        event("error", {{"code", error.exitCode()},
+                        {"message", error.message()},
+                        {"file", error.file()},
+                        {"key", error.key()}});
+    std::fprintf(stderr, "multiscene: %s\n", error.what());
+}
+
+}  // namespace multiscene::cli

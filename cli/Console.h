@@ -1,0 +1,47 @@
+// What the program says: lines for people or JSON lines for programs, a progress bar on a terminal.
+#pragma once
+
+#include <string>
+
+#include "app/Check/Finding.h"
+#include "app/Job/JobObserver.h"
+#include "app/Job/JobSummary.h"
+#include "platform/base/Error.h"
+#include "platform/base/Value.h"
+
+namespace multiscene::cli {
+
+/// Main thread, except where another is named.
+class Console : public JobObserver {
+  public:
+    explicit Console(bool isJson);
+
+    /// Keeps standard output for the command's own lines: progress is not shown, notes go to standard error.
+    void reserveOutput() { isReserved_ = true; }
+    bool isJson() const { return isJson_; }
+
+    /// The command's own lines on standard output. Any thread.
+    void line(const std::string& text) { write(text + "\n"); }
+    void write(const std::string& text);
+    /// {"event": name, …}, with --json only.
+    void event(const std::string& name, platform::Value::Dictionary fields);
+
+    void jobProgress(const JobProgress& progress) override;
+    void jobNote(const std::string& text) override;
+    /// The result of a job: "made FILE: …" and what was left out.
+    void jobDone(const JobSummary& summary);
+    /// One line on standard error.
+    void error(const platform::Error& error);
+
+  private:
+    void drawBar(const JobProgress& progress);
+    void printProgress(const JobProgress& progress);
+    void clearBar();
+    void printSummary(const JobSummary& summary);
+
+    bool isJson_, isTerminal_, isReserved_ = false, hasBar_ = false;
+    double printedSeconds_ = 0;
+    int64_t printedFrame_ = -1;
+};
+
+}  // namespace multiscene::cli

@@ -1,0 +1,35 @@
+#include "app/Job/FramesJob.h"
+#include "cli/Commands.h"
+#include "cli/RenderOptions.h"
+
+namespace multiscene::cli {
+
+namespace {
+
+class FramesCommand : public Command {
+  public:
+    void declare(Arguments& arguments) override {
+        declareSource(arguments, request_, true);
+        declareInputs(arguments, request_);
+        declareFormat(arguments, request_);
+        declareSelection(arguments, request_.selection);
+        arguments.option(
+            "-o,--output", "DIR", "The folder for frame-000000.png and so on",
+            [this](const std::string& value) { request_.output = value; }, Occurs::Once);
+        arguments.example("multiscene frames templates/minimal --text text=Hello --at 0,45,89 -o pictures");
+    }
+
+    int run(Console& console, std::stop_token stop) override {
+        console.jobDone(writeFrames(request_, console, std::move(stop)));
+        return 0;
+    }
+
+  private:
+    FramesRequest request_;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeFramesCommand() { return std::make_unique<FramesCommand>(); }
+
+}  // namespace multiscene::cli

@@ -1,0 +1,34 @@
+#include "app/Job/VideoJob.h"
+#include "cli/Commands.h"
+#include "cli/RenderOptions.h"
+
+namespace multiscene::cli {
+
+namespace {
+
+class MakeCommand : public Command {
+  public:
+    void declare(Arguments& arguments) override {
+        declareSource(arguments, request_, false);
+        declareInputs(arguments, request_);
+        declareFormat(arguments, request_);
+        declareVideo(arguments, request_);
+        arguments.example(
+            "multiscene make templates/minimal --text text=Hello --photo photo=me.jpg -o hello.mp4");
+        arguments.example("multiscene make 1100 --media inputs.json --music none -o out.mp4");
+    }
+
+    int run(Console& console, std::stop_token stop) override {
+        console.jobDone(makeVideo(request_, console, std::move(stop)));
+        return 0;
+    }
+
+  private:
+    VideoRequest request_;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeMakeCommand() { return std::make_unique<MakeCommand>(); }
+
+}  // namespace multiscene::cli

@@ -1,0 +1,130 @@
+#include "cli/RenderOptions.h"
+
+#include <charconv>
+#include <optional>
+
+#include "platform/base/Error.h"
+#include "platform/media/VideoWriter.h"
+
+namespace multiscene::cli {
+
+using platform::Error;
+using platform::ErrorKind;
+
+namespace {
+
+constexpr int kMaxFramesPerSecond = 1000;
+constexpr int64_t kLeastBitRate = 1000, kMostBitRate = 500'000'000;  // bits a second
+
+Error wrong(const std::string& value, const std::string& wanted) {
+    return Error(ErrorKind::Usage, "\"" + value + "\" is not " + wanted);
+}
+
+std::optional<int64_t> wholeNumber(std::string_view text) {
+    int64_t number = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isWhole = result.ec == std::errc() && result.ptr == text.data() + text.size();
+    return isWhole ? std::optional(number) : std::nullopt;
+}
+
+int64_t numberWithin(const std::string& text, int64_t least, int64_t most) {
+    const auto number = wholeNumber(text);
+    if (number && *number >= least && *number <= most) return *number;
+    throw wrong(text, "a whole number from " + std::to_string(least) + " to " + std::to_string(most));
+}
+
+JobInputs::Given keyAndValue(const std::string& text, const char* wanted) {
+    const size_t equals = text.find('=');
+    if (equals == std::string::npos || equals == 0) throw wrong(text, wanted);
+    return {text.substr(0, equals), text.substr(equals + 1)};
+}
+
+MediaSize sizeOf(std::string text) {
+    const size_t cross = text.find_first_of("xX");
+    if (cross != std::string::npos) text[cross] = ',';
+    const auto size = parseMediaSize(text);
+    if (!size || cross == std::string::npos) throw wrong(text, "a size such as 720x1280");
+    return *size;
+}
+
+/// "1500000", "1500k", "1.5M" is not: whole numbers with an optional unit.
+int bitRateOf(const std::string& text) {
+    const char unit = text.empty() ? '0' : text.back();
+    const int64_t factor = unit == 'k' || unit == 'K' ? 1000 : unit == 'm' || unit == 'M' ? 1'000'000 : 1;
+    const auto number = wholeNumber(factor == 1 ? text : text.substr(0, text.size() - 1));
+    if (!number || *number < 1 || *number > kMostBitRate / factor || *number * factor < kLeastBitRate)
+        throw wrong(text, "a bit rate such as 1500k or 4M");
+    return static_cast<int>(*number * factor);
+}
+
+std::string presetOf(const std::string& text) {
+    const std::string presets = " " + platform::VideoWriter::presets() + " ";
+    if (!text.empty() && presets.find(" " + text + " ") != std::string::npos) return text;
+    throw wrong(text, "one of" + presets.substr(0, presets.size() - 1));
+}
+
+void addFrames(const std::string& list, std::set<int64_t>& frames) {
+    for (size_t start = 0; start <= list.size();) {
+        const size_t comma = std::min(list.find(',', start), list.size());
+        const auto frame = wholeNumber(std::string_view(list).substr(start, comma - start));
+        if (!frame || *frame < 0) throw wrong(list, "a list of frame numbers such as 0,10,20");
+        frames.insert(*frame);
+        start = comma + 1;
+    }
+}
+
+}  // namespace
+
+void declareSource(Arguments& arguments, RenderRequest& request, bool takesGroupFile) {
+    const std::string help = "An installed template's id or name, a template's folder or a zip of one";
+    arguments.word("TEMPLATE", takesGroupFile ? help + "; or a scene-group file" : help,
+                   [&](const std::string& value) { request.source = value; });
+}
+
+void declareInputs(Arguments& arguments, RenderRequest& request) {
+    arguments.option(
+        "--text", "KEY=VALUE", "A text that the template asks for",
+        [&](const std::string& value) { request.inputs.texts.push_back(keyAndValue(value, "KEY=VALUE")); },
+        Occurs::AnyNumber);
+    arguments.option(
+        "--photo", "KEY=FILE", "A photo; it is turned upright and cropped to the shape the template wants",
+        [&](const std::string& value) { request.inputs.photos.push_back(keyAndValue(value, "KEY=FILE")); },
+        Occurs::AnyNumber);
+    arguments.option("--media", "FILE.json",
+                     "An object from keys to texts, numbers and paths (relative to the file); --text and "
+                     "--photo win",
+                     [&](const std::string& value) { request.inputs.mediaFile = value; });
+}
+
+void declareFormat(Arguments& arguments, RenderRequest& request, Occurs occurs) {
+    arguments.option(
+        "--size", "WxH", "Size in pixels, even numbers",
+        [&](const std::string& value) { request.size = sizeOf(value); }, occurs);
+    arguments.option(
+        "--fps", "N", "Frames a second",
+        [&](const std::string& value) {
+            request.framesPerSecond = static_cast<int>(numberWithin(value, 1, kMaxFramesPerSecond));
+        },
+        occurs);
+}
+
+void declareVideo(Arguments& arguments, VideoRequest& request) {
+    arguments.option("--music", "FILE|none", "Background music",
+                     [&](const std::string& value) { request.music = value; });
+    arguments.option("--bitrate", "B", "Video bits a second: 1500k, 4M",
+                     [&](const std::string& value) { request.bitRate = bitRateOf(value); });
+    arguments.option("--preset", "P", "Speed of the encoder: " + platform::VideoWriter::presets(),
+                     [&](const std::string& value) { request.preset = presetOf(value); });
+    arguments.option(
+        "-o,--output", "OUT.mp4", "The video; it appears when it is complete",
+        [&](const std::string& value) { request.output = value; }, Occurs::Once);
+}
+
+void declareSelection(Arguments& arguments, FrameSelection& selection) {
+    arguments.option("--at", "0,10,20", "Only these frames, counted from 0",
+                     [&](const std::string& value) { addFrames(value, selection.at); });
+    arguments.option("--every", "N", "Only every Nth frame",
+                     [&](const std::string& value) { selection.every = numberWithin(value, 1, INT32_MAX); });
+}
+
+}  // namespace multiscene::cli

@@ -1,0 +1,22 @@
+// Options that several commands share.
+#pragma once
+
+#include "app/Job/FrameSelection.h"
+#include "app/Job/RenderRequest.h"
+#include "app/Job/VideoJob.h"
+#include "cli/Arguments.h"
+
+namespace multiscene::cli {
+
+/// TEMPLATE, and where `takesGroupFile` a scene-group file too.
+void declareSource(Arguments& arguments, RenderRequest& request, bool takesGroupFile);
+/// --text, --photo, --media.
+void declareInputs(Arguments& arguments, RenderRequest& request);
+/// --size, --fps.
+void declareFormat(Arguments& arguments, RenderRequest& request, Occurs occurs = Occurs::AtMostOnce);
+/// --music, --bitrate, --preset, -o.
+void declareVideo(Arguments& arguments, VideoRequest& request);
+/// --at, --every.
+void declareSelection(Arguments& arguments, FrameSelection& selection);
+
+}  // namespace multiscene::cli

@@ -1,0 +1,22 @@
+#include "app/Check/SceneFormatReference.h"
+#include "cli/Commands.h"
+
+namespace multiscene::cli {
+
+namespace {
+
+class SceneFormatCommand : public Command {
+  public:
+    void declare(Arguments&) override {}
+
+    int run(Console& console, std::stop_token) override {
+        console.write(sceneFormatReference());
+        return 0;
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeSceneFormatCommand() { return std::make_unique<SceneFormatCommand>(); }
+
+}  // namespace multiscene::cli

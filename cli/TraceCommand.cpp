@@ -1,0 +1,35 @@
+#include "app/Job/TraceJob.h"
+#include "cli/Commands.h"
+#include "cli/RenderOptions.h"
+
+namespace multiscene::cli {
+
+namespace {
+
+class TraceCommand : public Command {
+  public:
+    void declare(Arguments& arguments) override {
+        declareSource(arguments, request_, true);
+        declareInputs(arguments, request_);
+        declareFormat(arguments, request_);
+        declareSelection(arguments, request_.selection);
+        arguments.flag("--draw", "Draw the frames too, as for a video", request_.draws);
+        arguments.example("multiscene trace templates/minimal --at 0,30");
+    }
+
+    int run(Console& console, std::stop_token stop) override {
+        console.reserveOutput();
+        const auto writeLine = [&console](const std::string& line) { console.line(line); };
+        console.jobDone(traceFrames(request_, writeLine, console, std::move(stop)));
+        return 0;
+    }
+
+  private:
+    TraceRequest request_;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeTraceCommand() { return std::make_unique<TraceCommand>(); }
+
+}  // namespace multiscene::cli

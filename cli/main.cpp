@@ -1,0 +1,56 @@
+#include <csignal>
+#include <cstdio>
+#include <exception>
+#include <new>
+
+#include "cli/CommandLine.h"
+#include "cli/SignalWatch.h"
+#include "platform/base/Error.h"
+#include "platform/base/Log.h"
+#include "platform/base/Paths.h"
+
+namespace multiscene::cli {
+
+using platform::Error;
+using platform::ErrorKind;
+
+namespace {
+
+int runCommand(CommandLine& line, Console& console) {
+    if (line.home) platform::setDataHome(*line.home);
+    platform::log::setVerbose(line.isVerbose);
+    const SignalWatch signals;
+    return line.command->run(console, signals.stopToken());
+}
+
+int run(int count, const char* const* words, Console& console) {
+    CommandLine line = parseCommandLine(count, words);
+    if (line.command) return runCommand(line, console);
+    std::fputs(line.text.c_str(), stdout);
+    return 0;
+}
+
+int report(Console& console, const Error& error) {
+    console.error(error);
+    return error.exitCode();
+}
+
+}  // namespace
+}  // namespace multiscene::cli
+
+int main(int count, char** words) {
+    using namespace multiscene::cli;
+    // A closed pipe and a file that may grow no further are failed writes like any other.
+    std::signal(SIGPIPE, SIG_IGN);
+    std::signal(SIGXFSZ, SIG_IGN);
+    Console console(asksForJson(count, words));
+    try {
+        return run(count, words, console);
+    } catch (const Error& error) {
+        return report(console, error);
+    } catch (const std::bad_alloc&) {
+        return report(console, Error(ErrorKind::Transient, "out of memory"));
+    } catch (const std::exception& error) {
+        return report(console, Error(ErrorKind::Failed, error.what()));
+    }
+}
