@@ -3,8 +3,11 @@
 #include <glm/glm.hpp>
 
 #include "core/Material/QVMaterialBase.h"
+#include "other/KeyTable.h"
 
 namespace multiscene {
+
+extern const KeyTable signColorKeys;
 
 /// One colour, for meshes. Glossary: "sign" is single.
 class QVSignColorMaterial : public QVMaterialBase {

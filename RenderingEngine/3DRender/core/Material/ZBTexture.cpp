@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "core/GLESUtils/TextureUpload.h"
+#include "core/Material/BitmapStretch.h"
 #include "core/Material/TextPictureCopy.h"
 #include "core/Material/TextureInfoKeys.h"
 #include "dataMode/QVMultiScene2DTextDataModel.h"
@@ -72,6 +73,13 @@ platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path) {
 }
 
 void ZBTexture::loadloadTexture(const std::string& path) { upload(decodeOntoCanvas(path)); }
+
+void ZBTexture::loadTextureFromImage(const platform::Bitmap& image) {
+    textureContentSize_ = {static_cast<double>(image.width), static_cast<double>(image.height)};
+    if (image.isEmpty()) return;
+    const platform::ImageSize canvas{canvasSide(image.width), canvasSide(image.height)};
+    upload(image.size() == canvas ? image : stretched(image, canvas));
+}
 
 void ZBTexture::loadPicture(const std::string& path, ImageType imageType) {
     if (imageType == ImageType::Picture) loadloadTexture(path);

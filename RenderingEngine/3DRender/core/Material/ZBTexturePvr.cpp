@@ -1,8 +1,19 @@
+#include "core/GLESUtils/PvrUpload.h"
 #include "core/Material/ZBTexture.h"
+#include "platform/base/FileGate.h"
 
 namespace multiscene {
 
-// PVR files are not read yet: their textures stay 0 and are reported as unreadable.
-void ZBTexture::loadTextureFromPvr(const std::string&) {}
+void ZBTexture::loadTextureFromPvr(const std::string& path) {
+    const auto opened = platform::FileGate::shared().open(path);
+    if (!opened.file) return;
+    try {
+        const PvrFile file(platform::readFile(opened.file, path, PvrFile::maxBytes));
+        textureContentSize_ = {static_cast<double>(file.width()), static_cast<double>(file.height())};
+        uploadPvr(texture_, file);
+    } catch (const platform::Error&) {
+        // Unreadable: the texture stays 0.
+    }
+}
 
 }  // namespace multiscene

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "3DObject/MeshObject3D/QVMeshObject3D.h"
+
+namespace multiscene {
+
+/// A box with the same texture on each of its six sides, that takes light.
+class QVCubeObject3D : public QVMeshObject3D {
+  public:
+    const char* className() const override { return "QVCubeObject3D"; }
+
+  protected:
+    std::vector<MeshFace> facesOf(const Box& box) const override;
+};
+
+}  // namespace multiscene

@@ -1,0 +1,149 @@
+#include "3DObject/MeshObject3D/QVMeshObject3D.h"
+
+#include <epoxy/gl.h>
+
+#include "core/GLESUtils/DrawQuad.h"
+#include "core/Material/QVSignColorMaterial.h"
+#include "core/Material/QVTextureMaterial.h"
+#include "core/NodeTypes.h"
+#include "core/QVLightBase.h"
+#include "core/QVScene3D.h"
+#include "core/carmera/QVCamera3D.h"
+#include "opengl2.0/ShaderManager/ShaderManager.h"
+#include "opengl2.0/TexturedQuad.h"
+
+namespace multiscene {
+
+static constexpr Key meshInfoKeyList[] = {
+    {.name = "modelWidth",
+     .type = KeyType::Number,
+     .unit = "model units",
+     .fallback = "0",
+     .meaning = "size along x",
+     .required = true},
+    {.name = "modelHeight",
+     .type = KeyType::Number,
+     .unit = "model units",
+     .fallback = "0",
+     .meaning = "size along y",
+     .required = true},
+    {.name = "modelDepth",
+     .type = KeyType::Number,
+     .unit = "model units",
+     .fallback = "0",
+     .meaning = "size along z, of cubes"},
+    {.name = "anchorX",
+     .type = KeyType::Number,
+     .unit = "model units",
+     .fallback = "0",
+     .meaning = "centre, x"},
+    {.name = "anchorY",
+     .type = KeyType::Number,
+     .unit = "model units",
+     .fallback = "0",
+     .meaning = "centre, y"},
+    {.name = "anchorZ",
+     .type = KeyType::Number,
+     .unit = "model units",
+     .fallback = "0",
+     .meaning = "centre, z"},
+};
+constexpr KeyTable meshInfoKeys{"MeshInfo", "The size of a plane or cube.", nullptr, meshInfoKeyList};
+
+static constexpr Key meshKeyList[] = {
+    {.name = "MeshInfo", .type = KeyType::Dictionary, .meaning = "size and place", .children = &meshInfoKeys},
+    {.name = "ColorInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "one colour instead of a texture",
+     .children = &signColorKeys},
+};
+const KeyTable meshKeys{"QVMeshObject3D", "The base of planes and cubes; draws nothing itself.",
+                        &textureBaseKeys, meshKeyList};
+
+QV_REGISTER_NODE_TYPE(QVMeshObject3D, meshKeys);
+
+void QVMeshObject3D::rendInfoWithDic(const platform::Value& info) {
+    QVObject3DTextureBase::rendInfoWithDic(info);
+    const KeyReader reader(meshKeys, info);
+    const KeyReader mesh(meshInfoKeys, reader.value("MeshInfo"));
+    faces_ =
+        facesOf({.size = {mesh.number("modelWidth"), mesh.number("modelHeight"), mesh.number("modelDepth")},
+                 .centre = {mesh.number("anchorX"), mesh.number("anchorY"), mesh.number("anchorZ")}});
+    if (reader.has("ColorInfo"))
+        setMaterial(std::make_shared<QVSignColorMaterial>(reader.value("ColorInfo")));
+}
+
+MeshFace QVMeshObject3D::boxFace(const Box& box, int axis, float direction) {
+    // Right and up of the face as seen from outside.
+    glm::vec3 normal(0), up(0, 1, 0);
+    normal[axis] = direction;
+    if (axis == 1) up = {0, 0, -direction};
+    const glm::vec3 right = glm::cross(up, normal);
+    const glm::vec3 half = box.size / 2.0f;
+    MeshFace face{.corners = {}, .normal = normal};
+    const std::array<glm::vec2, 4> signs{{{-1, -1}, {1, -1}, {1, 1}, {-1, 1}}};
+    for (size_t corner = 0; corner < signs.size(); ++corner) {
+        const glm::vec3 place = box.centre + half * (normal + signs[corner].x * right + signs[corner].y * up);
+        for (int i = 0; i < 3; ++i) face.corners[corner * 3 + static_cast<size_t>(i)] = place[i];
+    }
+    return face;
+}
+
+void QVMeshObject3D::render(const platform::CMTime& time) {
+    if (!isNeedRenderWithCMTime(time) || faces_.empty()) return;
+    if (textureId() != 0)
+        drawLit();
+    else if (const auto* flat = dynamic_cast<const QVSignColorMaterial*>(material()))
+        drawInColor(flat->color());
+}
+
+void QVMeshObject3D::drawFaces(Shader& shader) const {
+    const unsigned int position = shader.attributeHandle("position");
+    const unsigned int coordinates = shader.attributeHandle("inputTextureCoordinate");
+    const unsigned int normal = shader.attributeHandle("normal");
+    // A convex shape is in order when what faces away is drawn first.
+    glEnable(GL_CULL_FACE);
+    for (const GLenum hidden : {GL_FRONT, GL_BACK}) {
+        glCullFace(hidden);
+        for (const MeshFace& face : faces_) {
+            if (normal != 0) glVertexAttrib3fv(normal, &face.normal[0]);
+            drawQuadFan(position, coordinates, {face.corners.data(), masterTextureCoordinates()});
+        }
+    }
+    glDisable(GL_CULL_FACE);
+}
+
+void QVMeshObject3D::drawInColor(const glm::vec4& color) {
+    const auto shader =
+        ShaderManager::sharedManager().createShader("color_renderShader", "color_renderShader.plist");
+    shader->useShader();
+    shader->setUniform("u_mvpMatrix", projTransform());
+    shader->setUniform("SourceColor", color);
+    drawFaces(*shader);
+}
+
+void QVMeshObject3D::drawLit() {
+    const auto shader =
+        ShaderManager::sharedManager().createShader("normal_lightShader", "normal_lightShader.plist");
+    shader->useShader();
+    bindTexture(*shader, "videoFrame", 0, textureId());
+    shader->setUniform("u_mvpMatrix", projTransform());
+    shader->setUniform("u_textureMatrix", textureMatrix());
+    shader->setUniform("isPreMultiplication", textureMaterial()->isPreMultiplication() ? 1 : 0);
+    setLightUniforms(*shader);
+    drawFaces(*shader);
+}
+
+void QVMeshObject3D::setLightUniforms(Shader& shader) {
+    const glm::mat4 model = sceneTransform();
+    const glm::mat4 normals(glm::transpose(glm::inverse(glm::mat3(model))));
+    const auto owner = scene();
+    const auto view = camera() ? camera() : owner ? owner->camera() : nullptr;
+    const glm::vec3 eye = view ? glm::vec3(glm::inverse(view->cameraLookAtTransform())[3]) : glm::vec3(0);
+    shader.setUniform("u_modelMatrix", model);
+    shader.setUniform("u_normalMatrix", normals);
+    shader.setUniform("u_eyePosition", eye);
+    QVLightBase::glslLightParamWithLightArray(ligthArray(), shader, isLightEnable());
+}
+
+}  // namespace multiscene

@@ -1,0 +1,11 @@
+#pragma once
+
+#include "platform/image/Image.h"
+
+namespace multiscene {
+
+/// The picture stretched to a size, bilinear between the centres of its pixels. For pictures in memory; files
+/// are decoded at the size that is wanted.
+platform::Bitmap stretched(const platform::Bitmap& picture, platform::ImageSize size);
+
+}  // namespace multiscene
