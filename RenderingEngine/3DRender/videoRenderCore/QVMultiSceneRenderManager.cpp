@@ -10,6 +10,7 @@
 #include "platform/base/FileGate.h"
 #include "platform/base/NotificationCenter.h"
 #include "tween/QVTween.h"
+#include "videoDecode/QVVideoDecodeBase.h"
 
 namespace multiscene {
 

@@ -23,9 +23,6 @@
 
 namespace multiscene {
 
-/// Posted by continueRun(): decoders that play at real speed re-base their start time.
-inline constexpr char kRefushMultiSceneRenderStartTime[] = "kRefushMultiSceneRenderStartTime";
-
 /// Samples of every multisampled buffer in the program.
 inline constexpr int samplingTotal = 2;
 
@@ -34,7 +31,7 @@ struct RenderDriverSettings {
     int32_t sceneTextureMaxWidth = 1000;             ///< pixels
     platform::GLContext::Driver glDriver = platform::GLContext::Driver::Automatic;
     /// Makes the context on the render queue instead of `glDriver`: for a window's.
-    std::function<std::shared_ptr<platform::GLContext>()> makeContext;
+    std::function<std::shared_ptr<platform::GLContext>()> makeContext = {};
     /// Waits for GL after each stage, so that FrameStatistics tells the stages apart.
     bool finishEachStage = false;
 };

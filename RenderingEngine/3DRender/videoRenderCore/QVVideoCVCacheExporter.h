@@ -37,7 +37,7 @@ struct VideoExportSettings {
     int audioBitRate = 128000;        ///< bits a second
     /// Where the mixed sound and the joined film are made, under names of their own. The exporter deletes
     /// neither; the job that owns the folder does.
-    std::filesystem::path temporaryFolder;
+    std::filesystem::path temporaryFolder = {};
 };
 
 /// One export, from the first frame to the finished file. The frame counter starts at 1, so the first frame

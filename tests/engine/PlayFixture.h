@@ -1,0 +1,136 @@
+// Plays small scene groups for tests: a catalogue of scenes written on the spot, a driver in software GL, and
+// a node that fills a part of the picture with one colour.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <filesystem>
+#include <map>
+
+#include "core/GLESUtils/GLObject.h"
+#include "core/QVScene3D.h"
+#include "other/RenderReport.h"
+#include "other/SceneCatalogue.h"
+#include "platform/base/Clock.h"
+#include "platform/base/FileGate.h"
+#include "platform/base/Paths.h"
+#include "platform/base/PropertyList.h"
+#include "videoRenderCore/QVMediaManage.h"
+
+namespace multiscene::testing {
+
+using platform::Value;
+using Dictionary = Value::Dictionary;
+
+/// Scenes by number; safe from any thread once filled.
+class TestCatalogue : public SceneCatalogue {
+  public:
+    std::optional<SceneConfigData> querySceneWithSid(int64_t sId) override {
+        const auto found = scenes.find(sId);
+        return found == scenes.end() ? std::nullopt : std::optional(found->second);
+    }
+    std::map<int64_t, SceneConfigData> scenes;
+};
+
+/// A node that fills its "rectangle" ("x,y,width,height" in pixels, from the lower left; none: everything)
+/// with its "color"; with "flickers" every frame is lit differently.
+Value patch(const std::string& color, const std::string& rectangle = {}, Dictionary more = {});
+
+/// A frame clock whose last frame has the number `lastFrame`.
+inline Value clock(int64_t lastFrame) {
+    return Value(Dictionary{{"type", "QVNullVideoTimeSource"},
+                            {"NullVideoInfo", Value(Dictionary{{"videoFps", 30}, {"fpsTotal", lastFrame}})},
+                            {"FpsInfo", Value(Dictionary{{"startFps", 0}, {"endFps", lastFrame}})}});
+}
+
+inline Value transition(int64_t sceneId, int64_t frames, int64_t type) {
+    return Value(
+        Dictionary{{"tansitionsSceneId", sceneId}, {"fpsTotal", frames}, {"sceneTansitionsType", type}});
+}
+
+class PlayFixture : public ::testing::Test {
+  protected:
+    PlayFixture() : folder_(std::filesystem::temp_directory_path() / platform::uniqueIdentifier()) {
+        std::filesystem::create_directories(folder_);
+        platform::FileGate::shared().reset();
+        platform::FileGate::shared().allowFolder(folder_);
+        RenderReport::shared().clear();
+        SceneCatalogue::setShared(catalogue_);
+    }
+    ~PlayFixture() override {
+        player_.reset();
+        driver_.reset();
+        SceneCatalogue::setShared(nullptr);
+        std::filesystem::remove_all(folder_);
+    }
+
+    /// Writes a scene file and gives it a number in the catalogue.
+    void addScene(int64_t sceneId, const Value& scene) {
+        const auto path = folder_ / ("scene" + std::to_string(sceneId) + ".plist");
+        platform::writePropertyList(path, scene);
+        SceneConfigData record;
+        record.sId = sceneId;
+        record.scenePlistPath = path;
+        record.sceneResourceFolderPath = folder_.string() + "/";
+        catalogue_->scenes[sceneId] = record;
+    }
+    void addScene(int64_t sceneId, int64_t lastFrame, Value::Array nodes = {}) {
+        addScene(sceneId, Value(Dictionary{{"TimeSource", clock(lastFrame)}, {"object3D", Value(nodes)}}));
+    }
+    /// Appends to the group.
+    void play(int64_t sceneId, const Value& transitionAtEnd = {}) {
+        Dictionary entry{{"mainSceneId", sceneId}};
+        if (transitionAtEnd) entry["sceneTansitionsInfo"] = transitionAtEnd;
+        scenes_.emplace_back(entry);
+    }
+
+    /// Driver and player; every end is counted.
+    void create(std::shared_ptr<FrameSink> frameSink, std::shared_ptr<SoundSink> soundSink = {},
+                bool isLooping = false) {
+        driver_ = QVMultiSceneRenderManager::initWithFrameSink(
+            std::move(frameSink), std::move(soundSink),
+            {.bufferWidth = 32, .bufferHeight = 32, .glDriver = platform::GLContext::Driver::Software});
+        driver_->setExportPauseSeconds(0);
+        driver_->setFrameRenderingCompleteBlock([this](int64_t count) { frames_ = count; });
+        player_ = QVMediaManage::initWithRenderManager(driver_, isLooping);
+        player_->setIsRec(true);
+        player_->setOnSceneGroupRenderingCompleteBlock([this] { ++completions_; });
+        player_->setOnSceneGroupRenderingFailedBlock([this](const platform::Error& error) {
+            error_ = error;
+            ++failures_;
+        });
+    }
+    void start() { player_->loadSceneGroupWithSceneArray(scenes_, Value(), 0); }
+
+    /// Pumps the main queue until `isDone` holds; fails after ten seconds.
+    static void pumpUntil(const std::function<bool()>& isDone) {
+        const double deadline = platform::monotonicSeconds() + 10;
+        platform::DispatchQueue::main().pumpUntil(
+            [&] { return isDone() || platform::monotonicSeconds() > deadline; },
+            std::chrono::milliseconds(2));
+        EXPECT_TRUE(isDone());
+    }
+    void run() {
+        start();
+        pumpUntil([&] { return completions_ + failures_ > 0; });
+        // What else is queued must not end the group a second time.
+        driver_->performOnRenderQueue([] {});
+    }
+
+    static int liveObjects() {
+        return liveGLObjects(GLObjectKind::Texture) + liveGLObjects(GLObjectKind::Framebuffer) +
+               liveGLObjects(GLObjectKind::Renderbuffer);
+    }
+
+    const std::filesystem::path folder_;
+    std::shared_ptr<TestCatalogue> catalogue_ = std::make_shared<TestCatalogue>();
+    Value::Array scenes_;
+    std::shared_ptr<QVMultiSceneRenderManager> driver_;
+    std::shared_ptr<QVMediaManage> player_;
+    std::atomic<int> completions_{0}, failures_{0};
+    std::atomic<int64_t> frames_{0};
+    std::optional<platform::Error> error_;
+};
+
+}  // namespace multiscene::testing

@@ -1,0 +1,49 @@
+#include <epoxy/gl.h>
+
+#include "core/NodeTypes.h"
+#include "core/QVObject3DFpsBase.h"
+#include "other/QVUtil.h"
+#include "tests/engine/PlayFixture.h"
+
+namespace multiscene {
+
+/// Draws without shaders: a cleared rectangle.
+class TestPatch : public QVObject3DFpsBase {
+  public:
+    const char* className() const override { return "TestPatch"; }
+
+    void rendInfoWithDic(const platform::Value& info) override {
+        QVObject3DFpsBase::rendInfoWithDic(info);
+        color_ = vector4(info["color"]);
+        flickers_ = info.boolean("flickers");
+        rectangle_ = info.has("rectangle") ? vector4(info["rectangle"]) : glm::vec4(0, 0, 16384, 16384);
+    }
+    void render(const platform::CMTime& time) override {
+        if (!isNeedRenderWithCMTime(time)) return;
+        glEnable(GL_SCISSOR_TEST);
+        glScissor(int(rectangle_.x), int(rectangle_.y), int(rectangle_.z), int(rectangle_.w));
+        const float light = flickers_ ? static_cast<float>(time.value % 7) / 6 : 1;
+        glClearColor(color_.r * light, color_.g * light, color_.b * light, color_.a);
+        glClear(GL_COLOR_BUFFER_BIT);
+        glDisable(GL_SCISSOR_TEST);
+    }
+
+  private:
+    glm::vec4 color_{0}, rectangle_{0};
+    bool flickers_ = false;
+};
+
+constexpr KeyTable testPatchKeys{"TestPatch", "A coloured rectangle.", &fpsBaseKeys, {}};
+QV_REGISTER_NODE_TYPE(TestPatch, testPatchKeys);
+
+namespace testing {
+
+Value patch(const std::string& color, const std::string& rectangle, Dictionary more) {
+    more["type"] = "TestPatch";
+    more["color"] = color;
+    if (!rectangle.empty()) more["rectangle"] = rectangle;
+    return Value(std::move(more));
+}
+
+}  // namespace testing
+}  // namespace multiscene
