@@ -17,12 +17,13 @@ enum class TextDrawingMode { Fill = 0, Stroke = 1, FillStroke = 2, Invisible = 3
 enum class TextDirection { Horizontal = 0, Vertical = 1 };
 /// Whether a word that is wider than the line is broken, or sticks out.
 enum class TextWrap { Words, WordsThenCharacters };
-/// Where the block of lines lies along one axis of its box: left or top, middle, right or bottom.
-enum class TextPlacement { Start = 0, Middle = 1, End = 2 };
+/// Where the block of lines lies along one axis of its box: left or top, middle, right or bottom. Fill: lines
+/// are aligned within the box and not within their block (along the lines; across them it is Start).
+enum class TextPlacement { Start = 0, Middle = 1, End = 2, Fill = 3 };
 
 struct TextShadow {
     float offsetX = 0, offsetY = 0;  ///< pixels to the right and down
-    float blurRadius = 0;            ///< pixels that the shadow's edge reaches out; 0: a sharp shadow
+    float blurRadius = 0;            ///< pixels over which the edge fades; 0: a sharp shadow
     Color color{0, 0, 0, 1.0f / 3};
 };
 
@@ -73,7 +74,7 @@ struct TextTextureDescription {
     /// The box of the lines, in the texture's pixels divided by drawScale; they are wrapped at its width.
     TextRect drawRect;
     double drawScale = 1;  ///< the whole text drawn larger or smaller
-    TextPlacement horizontalPlacement = TextPlacement::Start, verticalPlacement = TextPlacement::Start;
+    TextPlacement horizontalPlacement = TextPlacement::Fill, verticalPlacement = TextPlacement::Start;
 };
 
 struct TextMeasure {

@@ -19,8 +19,8 @@ class QVMultiScene2DTextDataModel {
   public:
     static QVMultiScene2DTextDataModel multiScene2DTextDataModelWithDic(const platform::Value& info);
 
-    /// Looks "textString" up in the user media map (key + identifier; where there is none, "textString" is the
-    /// text itself), finds the font, then computes textureSize, textDrawRect and textDrawScale.
+    /// Looks "textString" up in the user media map (key + identifier; where there is none, "textString" is
+    /// the text itself), finds the font, then computes textureSize, textDrawRect and textDrawScale.
     void setScene(const std::string& sceneIdentifier, const std::string& sceneResourceFolderPath);
 
     const std::string& textString() const { return description_.layout.text; }
@@ -41,6 +41,9 @@ class QVMultiScene2DTextDataModel {
   private:
     /// What decides about the size of a texture.
     enum class TextureSizeMode { Fixed = 0, GrowWithText = 1 };
+
+    void computeLayout();
+    platform::TextSize grownSize(platform::TextSize limits, platform::TextSize free) const;
 
     platform::TextTextureDescription description_;
     TextureSizeMode textureSizeMode_ = TextureSizeMode::Fixed;

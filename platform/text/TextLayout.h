@@ -1,0 +1,44 @@
+// The lines of a text. For the files of this folder.
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "platform/text/TextRasterizer.h"
+
+using PangoLayout = struct _PangoLayout;
+using PangoLayoutLine = struct _PangoLayoutLine;
+
+namespace platform {
+
+/// One line (or column): `length` along the writing direction, `breadth` across it, both in pixels.
+struct TextLine {
+    PangoLayoutLine* glyphs;  ///< owned by the layout
+    double length, breadth;
+    double ascent;  ///< from the line's upper (a column's right) edge to its baseline
+    bool rightToLeft;
+};
+
+/// A text broken into lines; no line is placed yet.
+class TextLayout {
+  public:
+    /// `wrapLength`: pixels of a line or column; 0 or less: only line feeds break.
+    TextLayout(const TextLayoutDescription& description, double wrapLength);
+
+    const std::vector<TextLine>& lines() const { return lines_; }
+    double length() const { return length_; }    ///< of the longest line
+    double breadth() const { return breadth_; }  ///< of all lines together
+    const char* text() const;
+
+  private:
+    void readLines(int maxLines);
+
+    struct LayoutDeleter {
+        void operator()(PangoLayout* layout) const;
+    };
+    std::unique_ptr<PangoLayout, LayoutDeleter> layout_;
+    std::vector<TextLine> lines_;
+    double length_ = 0, breadth_ = 0;
+};
+
+}  // namespace platform
