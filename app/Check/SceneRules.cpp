@@ -18,6 +18,9 @@ std::span<const SceneRule> sceneRules() {
         rules::overlappingMotionHasLength,
         rules::rotationsHaveBothEnds,
         rules::filesAreThere,
+        rules::texturesSayWhatTheyShow,
+        rules::sequencesHaveAllPictures,
+        rules::fontFilesAreThere,
         rules::videosAreReadable,
     };
     return table;

@@ -35,6 +35,11 @@ void rotationsHaveBothEnds(const SceneView&, Findings&);
 // FileRules.cpp
 void filesAreThere(const SceneView&, Findings&);
 
+// TextureRules.cpp
+void texturesSayWhatTheyShow(const SceneView&, Findings&);
+void sequencesHaveAllPictures(const SceneView&, Findings&);
+void fontFilesAreThere(const SceneView&, Findings&);
+
 // MediaRules.cpp
 void videosAreReadable(const SceneView&, Findings&);
 

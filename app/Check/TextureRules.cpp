@@ -1,0 +1,104 @@
+#include <cstdlib>
+#include <map>
+
+#include "app/Check/DictionaryWalk.h"
+#include "app/Check/SceneRules.h"
+#include "app/Check/UsedFiles.h"
+#include "core/Material/PictureSequence.h"
+#include "videoRenderCore/SceneFileKeys.h"
+
+namespace multiscene::rules {
+
+using platform::Value;
+
+namespace {
+
+/// The key without which a "textureType" shows nothing.
+const std::map<std::string, const char*, std::less<>>& indispensableKeys() {
+    static const std::map<std::string, const char*, std::less<>> keys{
+        {"image", "texture"},     {"filterImage", "texture"},         {"mp4Video", "texture"},
+        {"text2d", "textString"}, {"textureSerial", "animationName"}, {"RTTTexture", "textureMapKey"},
+    };
+    return keys;
+}
+
+class Textures : public DictionaryVisitor {
+  public:
+    Textures(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
+
+    void dictionary(const KeyTable&, const Value& content, const std::string& keyPath) override {
+        const std::string type = content.string("textureType");
+        const auto needed = indispensableKeys().find(type);
+        if (needed == indispensableKeys().end() || content.has(needed->second)) return;
+        if (content.has("maskTextureName")) return;  // a mask's own word for "texture"
+        findings_.push_back(
+            {Severity::Error, scene_.file, keyPath,
+             "\"" + std::string(needed->second) + "\" is missing, so \"" + type + "\" shows nothing",
+             "add it"});
+    }
+
+  private:
+    const SceneView& scene_;
+    Findings& findings_;
+};
+
+class Sequences : public DictionaryVisitor {
+  public:
+    Sequences(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
+
+    void dictionary(const KeyTable&, const Value& content, const std::string& keyPath) override {
+        if (!content.has("animationName")) return;
+        // One frame a picture, so that the first pass meets each of them.
+        const PictureSequence sequence(content.with("animationFps", 1));
+        const int64_t last = std::abs(content.integer("animationEnd") - content.integer("animationStart"));
+        for (int64_t frame = 0; frame <= std::min(last, kMostPictures); ++frame)
+            if (!judge(*sequence.animationWithCurrentFps(frame, 0, last), keyPath + ".animationName")) return;
+    }
+
+  private:
+    static constexpr int64_t kMostPictures = 10'000;
+
+    bool judge(const std::string& picture, const std::string& keyPath) {
+        const auto finding =
+            judgeFileName(picture, scene_.folder, {Severity::Error, scene_.file, keyPath, {}, {}});
+        if (finding) findings_.push_back(*finding);
+        return !finding;
+    }
+
+    const SceneView& scene_;
+    Findings& findings_;
+};
+
+class FontFiles : public DictionaryVisitor {
+  public:
+    FontFiles(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
+
+    void known(const Key& key, const Value& value, const std::string& keyPath) override {
+        if (key.name != "fontName" || !value.stringValue().starts_with("$(")) return;
+        if (const auto finding = judgeFileName(value.stringValue(), scene_.folder,
+                                               {Severity::Error, scene_.file, keyPath, {}, {}}))
+            findings_.push_back(*finding);
+    }
+
+  private:
+    const SceneView& scene_;
+    Findings& findings_;
+};
+
+template <typename Visitor>
+void walk(const SceneView& scene, Findings& findings) {
+    Visitor visitor(scene, findings);
+    walkDictionary(sceneFileKeys, scene.content, "", visitor);
+}
+
+}  // namespace
+
+void texturesSayWhatTheyShow(const SceneView& scene, Findings& findings) { walk<Textures>(scene, findings); }
+
+void sequencesHaveAllPictures(const SceneView& scene, Findings& findings) {
+    walk<Sequences>(scene, findings);
+}
+
+void fontFilesAreThere(const SceneView& scene, Findings& findings) { walk<FontFiles>(scene, findings); }
+
+}  // namespace multiscene::rules
