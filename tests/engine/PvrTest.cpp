@@ -1,0 +1,232 @@
+// PVR texture files: what is taken, what is refused, and the pixels that come out.
+#include <epoxy/gl.h>
+#include <gmock/gmock.h>
+#include <zlib.h>
+
+#include <random>
+
+#include "GlFixture.h"
+#include "core/GLESUtils/PvrFile.h"
+#include "core/GLESUtils/PvrUpload.h"
+#include "core/GLESUtils/PvrtcDecoder.h"
+#include "platform/archive/Gzip.h"
+#include "platform/base/Error.h"
+
+namespace multiscene {
+namespace {
+
+using ::testing::HasSubstr;
+using testing::isNear;
+using testing::Pixel;
+using Bytes = std::vector<uint8_t>;
+
+struct Header {
+    uint32_t width = 2, height = 2, mipMaps = 0, flags = 18, bitsPerPixel = 32, alphaMask = 0,
+             tag = 0x21525650, surfaces = 1, length = 52;
+};
+
+Bytes pvr(const Header& header, const Bytes& data) {
+    const std::array<uint32_t, 13> fields{header.length,
+                                          header.height,
+                                          header.width,
+                                          header.mipMaps,
+                                          header.flags,
+                                          0,
+                                          header.bitsPerPixel,
+                                          0,
+                                          0,
+                                          0,
+                                          header.alphaMask,
+                                          header.tag,
+                                          header.surfaces};
+    Bytes file;
+    for (const uint32_t field : fields)
+        for (int shift = 0; shift < 32; shift += 8) file.push_back(uint8_t(field >> shift));
+    file.insert(file.end(), data.begin(), data.end());
+    return file;
+}
+
+Bytes gzipped(const Bytes& bytes) {
+    z_stream stream{};
+    deflateInit2(&stream, 9, Z_DEFLATED, 16 + MAX_WBITS, 8, Z_DEFAULT_STRATEGY);
+    Bytes packed(deflateBound(&stream, bytes.size()));
+    stream.next_in = const_cast<Bytef*>(bytes.data());
+    stream.avail_in = uInt(bytes.size());
+    stream.next_out = packed.data();
+    stream.avail_out = uInt(packed.size());
+    deflate(&stream, Z_FINISH);
+    packed.resize(stream.total_out);
+    deflateEnd(&stream);
+    return packed;
+}
+
+/// The same bytes everywhere.
+Bytes noise(size_t count) {
+    Bytes bytes;
+    for (uint32_t state = 1; bytes.size() < count;) {
+        state = state * 1103515245u + 12345u;
+        bytes.push_back(uint8_t(state >> 16));
+    }
+    return bytes;
+}
+
+uint32_t checkSum(const Bytes& bytes) {
+    uint32_t sum = 0x811c9dc5;
+    for (const uint8_t byte : bytes) sum = (sum ^ byte) * 16777619u;
+    return sum;
+}
+
+TEST(PvrFile, RefusesWhatItCannotRead) {
+    const auto problem = [](const Header& header, size_t bytes = 16) {
+        const PvrFile file(pvr(header, Bytes(bytes)));
+        EXPECT_EQ(file.levels().empty(), !file.problem().empty());
+        return file.problem();
+    };
+    EXPECT_EQ(problem({}), "");
+    EXPECT_EQ(problem({.surfaces = 0}), "");
+    EXPECT_THAT(problem({.tag = 0x03525650}), HasSubstr("not a PVR"));
+    EXPECT_THAT(problem({.flags = 20}), HasSubstr("20"));
+    EXPECT_THAT(problem({.flags = 97}), HasSubstr("97"));
+    EXPECT_THAT(problem({.surfaces = 2}), HasSubstr("surface"));
+    EXPECT_THAT(problem({.mipMaps = ~0u}), HasSubstr("mip"));
+    EXPECT_THAT(problem({.width = 0}), HasSubstr("0 x 2"));
+    EXPECT_THAT(problem({.width = 1u << 30, .height = 1u << 30}), HasSubstr("large"));
+    EXPECT_THAT(problem({}, 15), HasSubstr("cut off"));
+    EXPECT_THAT(problem({.mipMaps = 1}, 19), HasSubstr("cut off"));
+    EXPECT_THAT(problem({.length = ~0u}), HasSubstr("cut off"));
+    EXPECT_THAT(problem({.bitsPerPixel = 8}), HasSubstr("too few bits"));
+    EXPECT_THAT(problem({.width = 12, .height = 8, .flags = 25, .bitsPerPixel = 4}, 64),
+                HasSubstr("powers of two"));
+    const PvrFile unknown(pvr({.width = 7, .height = 5, .flags = 20}, {}));
+    EXPECT_EQ(unknown.width(), 7u) << "the size is known although the format is not taken";
+    EXPECT_EQ(PvrFile(Bytes(51)).width(), 0u);
+}
+
+TEST(PvrFile, FindsItsLevelsAlsoWhenCompressed) {
+    Bytes data(4 * 8 * 2 + 2 * 4 * 2 + 1 * 2 * 2 + 1 * 1 * 2);
+    data[64] = 7;
+    const Bytes bytes =
+        pvr({.width = 4, .height = 8, .mipMaps = 3, .flags = 0x8110, .bitsPerPixel = 16}, data);
+    for (const Bytes& form : {bytes, gzipped(bytes)}) {
+        const PvrFile file(form);
+        ASSERT_EQ(file.problem(), "");
+        ASSERT_EQ(file.levels().size(), 4u);
+        EXPECT_EQ(file.levels()[1].data[0], 7);
+        EXPECT_EQ(file.levels()[3].width, 1);
+        EXPECT_EQ(file.levels()[3].height, 1);
+    }
+    Bytes damaged = gzipped(bytes);
+    damaged.resize(damaged.size() - 9);
+    EXPECT_THAT(PvrFile(damaged).problem(), HasSubstr("damaged"));
+    EXPECT_THROW(platform::inflateGzip(gzipped(Bytes(1 << 20)), "bomb.gz", 1000), platform::Error);
+}
+
+TEST(PvrtcDecoder, GivesTheBitsOfAnIndependentDecoder) {
+    struct Case {
+        PvrtcBits bits;
+        int width, height;
+        uint32_t sum;
+        Pixel last;
+    };
+    // The sums and pixels are those of the format's reference tool for the same blocks.
+    const Case cases[] = {{PvrtcBits::Four, 32, 32, 0xa354aad8, {117, 221, 178, 204}},
+                          {PvrtcBits::Two, 32, 32, 0xbbde3308, {147, 180, 90, 157}},
+                          {PvrtcBits::Four, 8, 32, 0xef5627b3, {103, 113, 125, 0}},
+                          {PvrtcBits::Two, 64, 8, 0x40f20365, {100, 164, 130, 155}},
+                          {PvrtcBits::Four, 4, 4, 0xcebb50cc, {178, 176, 92, 218}}};
+    for (const Case& it : cases) {
+        const Bytes blocks = noise(pvrtcLevelBytes(it.width, it.height, it.bits));
+        Bytes pixels = decodePvrtc(blocks, it.width, it.height, it.bits, true);
+        EXPECT_EQ(checkSum(pixels), it.sum) << it.width << " x " << it.height;
+        const Bytes last(pixels.end() - 4, pixels.end());
+        EXPECT_TRUE(std::equal(last.begin(), last.end(), it.last.begin())) << ::testing::PrintToString(last);
+        const Bytes opaque = decodePvrtc(blocks, it.width, it.height, it.bits, false);
+        for (size_t i = 3; i < pixels.size(); i += 4) pixels[i] = 255;
+        EXPECT_EQ(opaque, pixels) << "the RGB variant has no alpha";
+    }
+}
+
+TEST(PvrtcDecoder, TakesNoImpossibleSizes) {
+    const Bytes blocks = noise(32);
+    EXPECT_FALSE(decodePvrtc(blocks, 8, 8, PvrtcBits::Four, true).empty());
+    for (const auto& [width, height] : {std::pair{0, 8}, {8, -8}, {12, 8}, {16, 8}, {1 << 30, 1 << 30}})
+        EXPECT_TRUE(decodePvrtc(blocks, width, height, PvrtcBits::Four, true).empty()) << width;
+    EXPECT_TRUE(decodePvrtc(std::span(blocks).first(31), 1, 1, PvrtcBits::Two, true).empty());
+}
+
+TEST(PvrFile, StaysInsideAnyBytes) {
+    std::mt19937 random(5);
+    for (int round = 0; round < 3000; ++round) {
+        const uint32_t flags = 16 + random() % 12, side = 1u << random() % 6;
+        Bytes file = pvr({.width = side,
+                          .height = side,
+                          .mipMaps = uint32_t(random() % 6),
+                          .flags = flags,
+                          .bitsPerPixel = flags == 24   ? 2
+                                          : flags == 25 ? 4
+                                                        : uint32_t(8 * (random() % 5))},
+                         noise(random() % 6000));
+        for (int i = 0; i < 2; ++i) file[random() % 52] = uint8_t(random());
+        const PvrFile parsed(file);
+        for (const PvrLevel& level : parsed.levels()) {
+            unsigned sum = 0;
+            for (const uint8_t byte : level.data) sum += byte;
+            const PvrtcBits bits = parsed.format() == PvrFormat::Pvrtc2 ? PvrtcBits::Two : PvrtcBits::Four;
+            EXPECT_LE(decodePvrtc(level.data, level.width, level.height, bits, sum % 2).size(),
+                      size_t(level.width) * size_t(level.height) * 4);
+        }
+    }
+}
+
+class PvrUploadTest : public testing::GlFixture {
+  protected:
+    /// Pixels of a texture, as far as it can be drawn into.
+    static std::vector<Pixel> texels(const GLTexture& texture, int width, int height) {
+        GLFramebuffer framebuffer;
+        framebuffer.create();
+        glBindFramebuffer(GL_FRAMEBUFFER, framebuffer.name());
+        glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture.name(), 0);
+        return read(framebuffer.name(), width, height);
+    }
+};
+
+TEST_F(PvrUploadTest, ColoursComeOutOfEveryFormatThatCanBeDrawnInto) {
+    struct Case {
+        uint32_t flags, bitsPerPixel;
+        Bytes pixel;
+        Pixel expected;
+    };
+    const Case cases[] = {{16, 16, {0x34, 0x12}, {17, 34, 51, 68}},  {17, 16, {0x01, 0xf8}, {255, 0, 0, 255}},
+                          {18, 32, {1, 2, 3, 4}, {1, 2, 3, 4}},      {19, 16, {0xe0, 0x07}, {0, 255, 0, 255}},
+                          {21, 24, {10, 20, 30}, {10, 20, 30, 255}}, {26, 32, {1, 2, 3, 4}, {3, 2, 1, 4}}};
+    for (const Case& it : cases) {
+        Bytes data;
+        for (int i = 0; i < 9; ++i) data.insert(data.end(), it.pixel.begin(), it.pixel.end());
+        GLTexture texture;
+        ASSERT_TRUE(uploadPvr(
+            texture,
+            PvrFile(
+                pvr({.width = 3, .height = 3, .flags = it.flags, .bitsPerPixel = it.bitsPerPixel}, data))));
+        EXPECT_TRUE(isNear(texels(texture, 3, 3)[8], it.expected)) << it.flags;
+    }
+    EXPECT_EQ(glGetError(), unsigned(GL_NO_ERROR));
+}
+
+TEST_F(PvrUploadTest, CompressedLevelsAreDecodedAndBadFilesMakeNothing) {
+    const Bytes blocks = noise(32 * 32 / 2 + 16 * 16 / 2);
+    GLTexture texture;
+    ASSERT_TRUE(uploadPvr(
+        texture,
+        PvrFile(pvr({.width = 32, .height = 32, .mipMaps = 1, .flags = 25, .bitsPerPixel = 4, .alphaMask = 1},
+                    blocks))));
+    EXPECT_EQ(texels(texture, 32, 32)[1023], (Pixel{117, 221, 178, 204}));
+    GLint filter = 0;
+    glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, &filter);
+    EXPECT_EQ(filter, GL_LINEAR_MIPMAP_LINEAR);
+    GLTexture none;
+    EXPECT_FALSE(uploadPvr(none, PvrFile(pvr({.flags = 20}, {}))));
+    EXPECT_EQ(none.name(), 0u);
+}
+
+}  // namespace
+}  // namespace multiscene
