@@ -66,13 +66,15 @@ Header readHeader(const FileHandle& file, const ImageSource& source) {
 }
 
 /// The upright picture in sRGB with 8 bits a channel, 3 or 4 channels, stretched to `size`; not yet decoded.
-VImage loadAtSize(const FileHandle& file, ImageSize size) {
-    VImage image = VImage::thumbnail(file.path().c_str(), size.width,
-                                     VImage::option()
-                                         ->set("height", size.height)
-                                         ->set("size", VIPS_SIZE_FORCE)
-                                         ->set("export_profile", "srgb")
-                                         ->set("fail_on", VIPS_FAIL_ON_TRUNCATED));
+VImage loadAtSize(const FileHandle& file, const VImage& header, ImageSize size) {
+    auto* options = VImage::option()
+                        ->set("height", size.height)
+                        ->set("size", VIPS_SIZE_FORCE)
+                        ->set("fail_on", VIPS_FAIL_ON_TRUNCATED);
+    // Asked for a profile, the library shifts the colours of a picture that brings none, which is sRGB
+    // already.
+    if (header.get_typeof(VIPS_META_ICC_NAME) != 0) options->set("export_profile", "srgb");
+    VImage image = VImage::thumbnail(file.path().c_str(), size.width, options);
     if (image.interpretation() != VIPS_INTERPRETATION_sRGB)
         image = image.colourspace(VIPS_INTERPRETATION_sRGB);
     return image.format() == VIPS_FORMAT_UCHAR ? image : image.cast(VIPS_FORMAT_UCHAR);
@@ -154,9 +156,10 @@ ImageSize readImageSize(const FileHandle& file, const ImageSource& source) {
 }
 
 Bitmap decodeImage(const FileHandle& file, const DecodeOptions& options) {
-    const ImageSize size = resultSize(readHeader(file, options.source), options);
+    const Header header = readHeader(file, options.source);
+    const ImageSize size = resultSize(header, options);
     try {
-        return toBitmap(loadAtSize(file, size));
+        return toBitmap(loadAtSize(file, header.image, size));
     } catch (const VError& error) {
         throw pictureError(options.source, error.what());
     }
@@ -172,7 +175,7 @@ ImageSize prepareUserPhoto(const FileHandle& photo, const std::filesystem::path&
     const ImageSize size = scaled(crop, factor);
     try {
         const ImageSize whole = scaled(header.upright, factor);
-        const VImage image = loadAtSize(photo, whole)
+        const VImage image = loadAtSize(photo, header.image, whole)
                                  .extract_area((whole.width - size.width) / 2,
                                                (whole.height - size.height) / 2, size.width, size.height);
         save(image, isLossy(header.loader) && !image.has_alpha(), out);
