@@ -1,0 +1,137 @@
+// A small scene with an orthographic camera of one unit a pixel, drawn into a texture and read back; files
+// that it may open lie in a folder of the test's own.
+#pragma once
+
+#include <cmath>
+#include <filesystem>
+#include <string>
+
+#include "FakeDriver.h"
+#include "GlFixture.h"
+#include "core/GLESUtils/GLState.h"
+#include "core/SceneNodes.h"
+#include "other/QVMultiSceneRenderShareSettings.h"
+#include "other/RenderReport.h"
+#include "platform/base/FileGate.h"
+#include "platform/base/Paths.h"
+#include "platform/image/ImageWriter.h"
+#include "platform/media/VideoWriter.h"
+
+namespace multiscene::testing {
+
+using platform::Value;
+using Dictionary = Value::Dictionary;
+
+inline constexpr Pixel kRed{255, 0, 0, 255}, kGreen{0, 255, 0, 255}, kBlue{0, 0, 255, 255},
+    kWhite{255, 255, 255, 255}, kBlack{0, 0, 0, 255}, kNothing{0, 0, 0, 0};
+
+class DrawableFixture : public GlFixture {
+  protected:
+    static constexpr int side = 64;  ///< pixels of the picture
+
+    DrawableFixture() : folder(std::filesystem::temp_directory_path() / platform::uniqueIdentifier()) {
+        std::filesystem::create_directories(folder);
+        platform::FileGate::shared().reset();
+        platform::FileGate::shared().allowFolder(folder);
+        RenderReport::shared().clear();
+        driver.width = driver.height = side;
+        newScene();
+    }
+    ~DrawableFixture() override {
+        scene.reset();
+        driver.current.reset();
+        QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic({});
+        std::filesystem::remove_all(folder);
+    }
+
+    void newScene() {
+        scene = QVScene3D::initRenderManager(driver);
+        driver.current = scene;
+        SceneConfigData data;
+        data.scenePlistPath = folder / "scene.plist";
+        data.sceneResourceFolderPath = folder.string() + "/";
+        scene->setSceneConfigData(data);
+        scene->setCamera(QVCamera3D::cameraWithInfo(
+            dictionary({{"type", "QVOrthCamera"}, {"OrthWidth", side}, {"aspect", 1}}), scene));
+        target.createFrameBufferObject();
+    }
+
+    std::string path(const std::string& name) const { return (folder / name).string(); }
+
+    /// Writes a PNG of `colors` in rows of `width`, top row first.
+    std::string picture(const std::string& name, const std::vector<Pixel>& colors, int width = 1) const {
+        platform::writePng(path(name), {width, int(colors.size()) / width, colors[0].data(), width * 4});
+        return path(name);
+    }
+
+    /// A film of one grey level a picture: picture i has the level levelOf(i).
+    std::string film(const std::string& name, int frames, int framesPerSecond = 30) const {
+        platform::VideoWriter writer({.path = path(name),
+                                      .width = 32,
+                                      .height = 32,
+                                      .framesPerSecond = framesPerSecond,
+                                      .bitRate = 2000000,
+                                      .preset = "ultrafast"});
+        for (int i = 0; i < frames; ++i) {
+            auto shown = writer.takeBuffer();
+            for (size_t byte = 0; byte < shown->size(); ++byte)
+                shown->data()[byte] = static_cast<uint8_t>(byte % 4 == 3 ? 255 : levelOf(i));
+            EXPECT_TRUE(writer.append(std::move(shown), i + 1));
+        }
+        EXPECT_EQ(writer.finish(), platform::VideoWriter::State::Completed);
+        return path(name);
+    }
+    static int levelOf(int picture) { return 40 + picture * 20; }
+
+    /// A node from its dictionary, added to the scene.
+    template <typename Node = QVObject3DFpsBase>
+    std::shared_ptr<Node> add(const Value& info) {
+        const auto node = std::dynamic_pointer_cast<Node>(SceneNodes::object3DWithInfo(info, scene));
+        scene->addChild(node);
+        return node;
+    }
+
+    /// The dictionary of a quad over the whole picture, or of the given size.
+    static Dictionary quad(const std::string& type, const std::string& file, float width = side,
+                           float height = side) {
+        return {{"type", Value(type)},
+                {"TextureInfo", dictionary({{"textureType", "image"}, {"texture", Value(file)}})},
+                {"QuadInfo", dictionary({{"modelWidth", double(width)}, {"modelHeight", double(height)}})}};
+    }
+    static Value frames(int64_t first, int64_t last) {
+        return dictionary({{"startFps", Value(first)}, {"endFps", Value(last)}});
+    }
+    /// One key frame over frames 0 to 10 from `start` to `end`.
+    static Value keys(const std::string& startKey, const Value& start, const std::string& endKey,
+                      const Value& end) {
+        return array(
+            {dictionary({{"sartFps", 0}, {"endFps", 10}, {"ease", 0}, {startKey, start}, {endKey, end}})});
+    }
+
+    /// Updates the scene for a frame and draws it over `background`.
+    void draw(int64_t number, const Pixel& background = kNothing) {
+        scene->setCurrentRenderTime(frame(number));
+        scene->updateData();
+        scene->updateMatrix();
+        drawAgain(background);
+    }
+    void drawAgain(const Pixel& background = kNothing) {
+        GLState::setDefaults();
+        GLState::bindTarget(target.frameBuffer(), side, side);
+        clear(background);
+        scene->render();
+        pixels = read(target.frameBuffer(), side, side);
+    }
+    static void clear(const Pixel& color);
+
+    /// A pixel of the last picture, from the upper left.
+    const Pixel& at(int x, int y) const { return pixels[size_t((side - 1 - y) * side + x)]; }
+
+    const std::filesystem::path folder;
+    FakeDriver driver;
+    std::shared_ptr<QVScene3D> scene;
+    QVFrameBufferToTexture target{side, side};
+    std::vector<Pixel> pixels;
+};
+
+}  // namespace multiscene::testing

@@ -1,0 +1,240 @@
+#include <epoxy/gl.h>
+
+#include "3DObject/MeshObject3D/QVMeshObject3D.h"
+#include "3DObject/QuadObject3D/QVQuadMaskObject3D.h"
+#include "DrawableFixture.h"
+
+namespace multiscene::testing {
+
+void DrawableFixture::clear(const Pixel& color) {
+    glClearColor(color[0] / 255.0f, color[1] / 255.0f, color[2] / 255.0f, color[3] / 255.0f);
+    glClear(GL_COLOR_BUFFER_BIT);
+}
+
+class QuadTest : public DrawableFixture {
+  protected:
+    /// Two colours above each other and two below.
+    std::string fourColors() { return picture("four.png", {kRed, kGreen, kBlue, kWhite}, 2); }
+
+    std::array<float, 2> sizeWith(int32_t mode, int width, int height) {
+        newScene();
+        const std::string file = picture("fit.png", std::vector<Pixel>(size_t(width * height), kRed), width);
+        Dictionary info = quad("QVQuadObject3D", file);
+        info["QuadInfo"] = dictionary(
+            {{"modelWidth", 10}, {"modelHeight", 10}, {"anchorX", 3}, {"quadObject3DContentMode", mode}});
+        const auto node = add<QVQuadObject3D>(info);
+        draw(0);
+        const auto& corners = node->squareVertices();
+        EXPECT_FLOAT_EQ(corners[0] + corners[3], 6) << "the anchor stays the centre";
+        return {corners[3] - corners[0], corners[7] - corners[1]};
+    }
+};
+
+TEST_F(QuadTest, ContentModesKeepTheProportionsOfThePicture) {
+    const auto near = [](const std::array<float, 2>& size, float width, float height) {
+        EXPECT_NEAR(size[0], width, 0.001);
+        EXPECT_NEAR(size[1], height, 0.001);
+    };
+    near(sizeWith(0, 192, 108), 10, 10);
+    near(sizeWith(1, 192, 108), 10, 5.625);
+    near(sizeWith(2, 192, 108), 17.7778f, 10);
+    near(sizeWith(1, 108, 192), 5.625, 10);
+    near(sizeWith(2, 108, 192), 10, 17.7778f);
+    near(sizeWith(7, 192, 108), 10, 10);
+}
+
+TEST_F(QuadTest, PicturesStandUpright) {
+    add(quad("QVQuadObject3D", fourColors()));
+    draw(0);
+    EXPECT_TRUE(isNear(at(8, 8), kRed));
+    EXPECT_TRUE(isNear(at(56, 8), kGreen));
+    EXPECT_TRUE(isNear(at(8, 56), kBlue));
+    EXPECT_TRUE(isNear(at(56, 56), kWhite));
+}
+
+TEST_F(QuadTest, TransparentPicturesKeepTheirColourAtTheEdge) {
+    // Half transparent red as files hold it, and as decoding multiplies it.
+    add(quad("QVQuadObject3D", picture("half.png", {{255, 0, 0, 128}})));
+    draw(0, kWhite);
+    EXPECT_TRUE(isNear(at(30, 30), {255, 127, 127, 255}, 2));
+}
+
+TEST_F(QuadTest, ExistsInItsFramesOnly) {
+    Dictionary info = quad("QVQuadObject3D", fourColors());
+    info["FpsInfo"] = frames(2, 3);
+    add(info);
+    for (int64_t number = 0; number < 5; ++number) {
+        draw(number);
+        EXPECT_EQ(at(8, 8) == kRed, number == 2 || number == 3) << number;
+        scene->renderComplete();
+    }
+}
+
+TEST_F(QuadTest, StartedLateItNeverLoadsItsPicture) {
+    Dictionary info = quad("QVQuadObject3D", fourColors());
+    info["FpsInfo"] = frames(2, 9);
+    const auto node = add<QVQuadObject3D>(info);
+    draw(3);
+    EXPECT_EQ(node->textureId(), 0u);
+    EXPECT_EQ(at(8, 8), kNothing);
+}
+
+TEST_F(QuadTest, OpacityFollowsItsKeyFramesAndStartsAtOne) {
+    Dictionary info = quad("QVQuadDiaphaneityObject3D", picture("red.png", {kRed}));
+    add(info);
+    draw(0, kBlack);
+    EXPECT_TRUE(isNear(at(30, 30), kRed));
+    newScene();
+    info["AnimationInfo"] = keys("startRenderAlpha", 1, "endRenderAlpha", 0);
+    add(info);
+    draw(5, kBlack);
+    EXPECT_EQ(at(30, 30), kBlack) << "no picture yet: frame 0 was left out";
+    newScene();
+    add(info);
+    draw(0, kBlack);
+    draw(5, kBlack);
+    EXPECT_TRUE(isNear(at(30, 30), {128, 0, 0, 255}, 2));
+    draw(10, kBlack);
+    EXPECT_TRUE(isNear(at(30, 30), kBlack));
+}
+
+TEST_F(QuadTest, BlendFunctionOfItsOwnEndsWithTheNode) {
+    Dictionary info = quad("QVQuadBlendObject3D", picture("grey.png", {{100, 100, 100, 255}}));
+    info["BlendInfo"] = dictionary({{"srcBlend", GL_ONE}, {"decBlend", GL_ONE}});
+    add(info);
+    draw(0, {50, 0, 0, 255});
+    EXPECT_TRUE(isNear(at(30, 30), {150, 100, 100, 255}));
+    GLint colorFactor = 0;
+    glGetIntegerv(GL_BLEND_SRC_RGB, &colorFactor);
+    EXPECT_EQ(colorFactor, GL_SRC_ALPHA);
+}
+
+TEST_F(QuadTest, MaskShowsWhereItIsBrightWhateverLiesBehindIt) {
+    const std::string mask = picture("mask.png", {kWhite, kBlack}, 1);  // shows the upper half
+    Dictionary info = quad("QVQuadMaskObject3D", picture("red.png", {kRed}));
+    info["MaskInfo"] = dictionary({{"textureType", "image"}, {"maskTextureName", Value(mask)}});
+    add(info);
+    draw(0, kBlue);
+    EXPECT_TRUE(isNear(at(30, 8), kRed));
+    EXPECT_TRUE(isNear(at(30, 56), kBlue));
+
+    // The same over a node's own picture, whose rows lie the other way round.
+    newScene();
+    auto drawn = std::make_shared<QVFrameBufferToTexture>(8, 8);
+    drawn->createFrameBufferObject();
+    drawn->bindRenderToTextureFramebuffer();
+    clear(kGreen);
+    drawn->unBindRenderToTextureFramebuffer();
+    scene->setRenderToTexture("drawn", drawn);
+    info["TextureInfo"] = dictionary({{"textureType", "RTTTexture"}, {"textureMapKey", "drawn"}});
+    add(info);
+    draw(0, kBlue);
+    EXPECT_TRUE(isNear(at(30, 8), kGreen));
+    EXPECT_TRUE(isNear(at(30, 56), kBlue));
+}
+
+TEST_F(QuadTest, MissingMaskDrawsNothingAndIsReported) {
+    Dictionary info = quad("QVQuadMaskObject3D", picture("red.png", {kRed}));
+    info["MaskInfo"] = dictionary({{"textureType", "image"}, {"texture", Value(path("none.png"))}});
+    info["name"] = "veil";
+    add(info);
+    draw(0, kBlue);
+    EXPECT_TRUE(isNear(at(30, 8), kBlue));
+    const auto entries = RenderReport::shared().entries();
+    ASSERT_EQ(entries.size(), 1u);
+    EXPECT_EQ(entries[0].node, "veil");
+    EXPECT_EQ(entries[0].name, path("none.png"));
+}
+
+TEST_F(QuadTest, GradientRunsAcrossTheQuadAndItsFirstEndMoves) {
+    Dictionary info = quad("QVQuadTextureRenderSelectShaderObject3D", picture("red.png", {kRed}));
+    info["RenderInfo"] =
+        dictionary({{"renderType", "QVAlphaGradualNoLight"},
+                    {"startAlpha", "0,0"},
+                    {"endAlpha", "1,1"},
+                    {"interpolation", 0},
+                    {"AnimationInfo", keys("startStartAlpha", "0,0", "endStartAlpha", "0,1")}});
+    add(info);
+    draw(0, kBlack);
+    EXPECT_LT(at(2, 30)[0], 20);
+    EXPECT_NEAR(at(32, 30)[0], 128, 6);
+    EXPECT_GT(at(61, 30)[0], 235);
+    draw(10, kBlack);
+    EXPECT_TRUE(isNear(at(2, 30), kRed, 2));
+
+    newScene();
+    info["RenderInfo"] = dictionary({{"renderType", "Another"}});
+    add(info);
+    draw(0, kBlack);
+    EXPECT_EQ(at(61, 30), kBlack);
+}
+
+TEST_F(QuadTest, CustomShaderTakesTheOneVariable) {
+    const auto write = [&](const std::string& name, const std::string& text) {
+        platform::writeFileAtomically(path(name), text);
+    };
+    write("tint.vsh",
+          "attribute vec4 position; attribute vec4 inputTextureCoordinate; uniform mat4 u_mvpMatrix;"
+          "varying vec2 at; void main() { gl_Position = u_mvpMatrix * position; at = "
+          "inputTextureCoordinate.xy; }");
+    write("tint.fsh",
+          "precision mediump float; uniform sampler2D videoFrame; uniform float aplae; varying vec2 at;"
+          "void main() { gl_FragColor = vec4(texture2D(videoFrame, at).r, aplae, 0.0, 1.0); }");
+    write(
+        "tint.plist",
+        "<plist><dict><key>Files</key><array><string>tint.vsh</string><string>tint.fsh</string></array>"
+        "<key>Attributes</key><array><string>position</string><string>inputTextureCoordinate</string></array>"
+        "<key>Uniforms</key><array><string>u_mvpMatrix</string><string>videoFrame</string>"
+        "<string>aplae</string></array></dict></plist>");
+    Dictionary info = quad("QVQuadCustomShaderOneVariable", picture("red.png", {kRed}));
+    info["CustomShaderInfo"] = dictionary({{"startOneVariable", 0.5}});
+    add(info);
+    draw(0, kBlack);
+    EXPECT_EQ(at(30, 30), kBlack) << "drawn without a shader";
+    newScene();
+    info["FpsInfo"] = dictionary({{"customShaderPath", Value(path("tint.plist"))}});
+    add(info);
+    draw(0, kBlack);
+    EXPECT_TRUE(isNear(at(30, 30), {255, 128, 0, 255}));
+}
+
+TEST_F(QuadTest, BlurredCopyFillsTheBoxBehindAFittedQuadOnly) {
+    const std::string wide = picture("wide.png", std::vector<Pixel>(128 * 64, kRed), 128);
+    for (const int mode : {1, 2}) {
+        newScene();
+        Dictionary info = quad("QVQuadObject3D", wide);
+        info["QuadInfo"] = dictionary({{"modelWidth", 32},
+                                       {"modelHeight", 64},
+                                       {"quadObject3DContentMode", mode},
+                                       {"backgroundRenderMode", 1}});
+        add(info);
+        draw(0, kBlack);
+        EXPECT_TRUE(isNear(at(32, 32), kRed, 3));
+        // Above the fitted quad there is the blur; a filling quad overhangs its box on both sides instead.
+        EXPECT_TRUE(isNear(at(32, 4), kRed, 3)) << mode;
+        EXPECT_TRUE(isNear(at(4, 4), mode == 1 ? kBlack : kRed, 3)) << mode;
+    }
+}
+
+TEST_F(QuadTest, CubesHideTheirFarSideAndTakeLight) {
+    Dictionary info = quad("QVCubeObject3D", picture("grey.png", {{200, 200, 200, 255}}));
+    info["MeshInfo"] = dictionary({{"modelWidth", 32}, {"modelHeight", 32}, {"modelDepth", 32}});
+    info["FpsInfo"] = dictionary({{"isLightEnable", true}});
+    info["LightSourceArray"] = array({dictionary(
+        {{"lightSourceType", 2}, {"lightSourcePosition", "0,0,1"}, {"diffuseMaterialColor", "0.5,0.25,0"}})});
+    info.erase("QuadInfo");
+    const auto cube = add<QVMeshObject3D>(info);
+    EXPECT_EQ(cube->faces().size(), 6u);
+    draw(0, kBlack);
+    EXPECT_TRUE(isNear(at(32, 32), {100, 50, 0, 255}, 2)) << "the near side faces the light";
+    EXPECT_EQ(at(8, 8), kBlack);
+
+    newScene();
+    add(dictionary({{"type", "QVPlaneObject3D"},
+                    {"MeshInfo", dictionary({{"modelWidth", 32}, {"modelHeight", 32}})},
+                    {"ColorInfo", dictionary({{"r", 0}, {"g", 1}, {"b", 0}, {"a", 0.5}})}}));
+    draw(0, kBlack);
+    EXPECT_TRUE(isNear(at(32, 32), {0, 128, 0, 255}, 2));
+}
+
+}  // namespace multiscene::testing
