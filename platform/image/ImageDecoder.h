@@ -35,10 +35,10 @@ ImageSize readImageSize(const FileHandle& file, const ImageSource& source = {});
 struct DecodeOptions {
     /// The exact size of the result; the picture is stretched to it, averaging over all of its pixels where
     /// it shrinks, with bicubic interpolation where it grows. Empty: the picture's own size.
-    ImageSize canvas;
+    ImageSize canvas = {};
     /// With an empty canvas: shrink, keeping the proportions, until neither side is longer. 0: no limit.
     int maxLongSide = 0;
-    ImageSource source;
+    ImageSource source = {};
 };
 
 /// The decoded picture. Files are decoded no larger than needed. A file that is cut short or damaged is an

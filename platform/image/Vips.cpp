@@ -37,7 +37,8 @@ Error pictureError(const ImageSource& source, const char* message) {
     vips_error_clear();
     // The library names the descriptor that it was given, which means nothing to the user.
     if (line.find("/proc/self/fd/") != std::string::npos) line.clear();
-    const bool foreign = line.empty() || line.find("not in a known format") != std::string::npos;
+    const bool foreign = line.empty() || line.find("not in a known format") != std::string::npos ||
+                         line.find("operation is blocked") != std::string::npos;
     return Error(source.kind,
                  foreign ? "is not a picture that can be read" : "cannot be read as a picture: " + line,
                  source.name);

@@ -120,6 +120,14 @@ void TextPainter::forEachLine(Visit visit) const {
     }
 }
 
+/// In columns letters of all fonts are centred on a common line instead of standing on one.
+double baselineShift(const PangoLayoutRun* run) {
+    if (!(run->item->analysis.flags & PANGO_ANALYSIS_FLAG_CENTERED_BASELINE)) return 0;
+    PangoRectangle logical;
+    pango_glyph_string_extents(run->glyphs, run->item->analysis.font, nullptr, &logical);
+    return -pango_units_to_double(logical.y + logical.height / 2);
+}
+
 /// Visits each piece of one font with the place of its first glyph on the baseline.
 template <typename Visit>
 void TextPainter::forEachRun(Visit visit) const {
@@ -127,7 +135,8 @@ void TextPainter::forEachRun(Visit visit) const {
         double x = corner.x;
         for (GSList* item = line.glyphs->runs; item; item = item->next) {
             const auto* run = static_cast<PangoLayoutRun*>(item->data);
-            visit(run->item->analysis.font, run->glyphs, Point{x, corner.y + line.ascent});
+            visit(run->item->analysis.font, run->glyphs,
+                  Point{x, corner.y + line.ascent + baselineShift(run)});
             x += pango_units_to_double(pango_glyph_string_get_width(run->glyphs));
         }
     });

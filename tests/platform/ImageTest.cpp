@@ -1,0 +1,309 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+
+#include <array>
+#include <chrono>
+#include <filesystem>
+#include <fstream>
+#include <vips/vips8>
+
+#include "platform/base/Paths.h"
+#include "platform/image/ImageDecoder.h"
+#include "platform/image/ImageWriter.h"
+#include "platform/image/PhotoFilter.h"
+
+namespace platform {
+
+using vips::VImage;
+
+namespace {
+
+using Pixel = std::array<int, 4>;
+
+Pixel at(const Bitmap& bitmap, int x, int y) {
+    const uint8_t* pixel = bitmap.pixel(x, y);
+    return {pixel[0], pixel[1], pixel[2], pixel[3]};
+}
+
+testing::AssertionResult isNear(Pixel actual, Pixel expected, int tolerance) {
+    for (size_t i = 0; i < 4; ++i)
+        if (std::abs(actual[i] - expected[i]) > tolerance)
+            return testing::AssertionFailure() << testing::PrintToString(actual) << " is not "
+                                               << testing::PrintToString(expected) << " +- " << tolerance;
+    return testing::AssertionSuccess();
+}
+
+class ImageTest : public testing::Test {
+  protected:
+    ImageTest() : folder_(std::filesystem::temp_directory_path() / ("image-test-" + uniqueIdentifier())) {
+        createFolders(folder_);
+        vips_init("test");
+    }
+    ~ImageTest() override {
+        std::error_code ignored;
+        std::filesystem::remove_all(folder_, ignored);
+    }
+
+    std::string path(const std::string& name) const { return (folder_ / name).string(); }
+    FileHandle open(const std::string& name) const {
+        return FileHandle(::open(path(name).c_str(), O_RDONLY));
+    }
+    Bitmap decode(const std::string& name, const DecodeOptions& options = {}) const {
+        return decodeImage(open(name), options);
+    }
+    std::string bytes(const std::string& name) const {
+        std::ifstream stream(path(name), std::ios::binary);
+        return {std::istreambuf_iterator<char>(stream), {}};
+    }
+    void write(const std::string& name, std::string_view content) const {
+        writeFileAtomically(path(name), content);
+    }
+    /// The error of reading a file, both its size and its pixels; fails when there is none.
+    Error errorOf(const std::string& name) const {
+        try {
+            decode(name, {.canvas = {64, 64}, .source = {"holiday.jpg", ErrorKind::Input}});
+        } catch (const Error& error) {
+            return error;
+        }
+        ADD_FAILURE() << name << " was read";
+        return Error(ErrorKind::Failed, "");
+    }
+
+    std::filesystem::path folder_;
+};
+
+const Pixel red{255, 0, 0, 255}, green{0, 255, 0, 255}, blue{0, 0, 255, 255}, white{255, 255, 255, 255};
+
+VImage flat(int width, int height, const std::vector<double>& color, VipsInterpretation interpretation,
+            VipsBandFormat format = VIPS_FORMAT_UCHAR) {
+    return VImage::black(width, height)
+        .cast(format)
+        .new_from_image(color)
+        .copy(VImage::option()->set("interpretation", interpretation));
+}
+
+/// Red, green over blue, white; each quarter 48 x 32.
+VImage quarters() {
+    const auto part = [](double r, double g, double b) {
+        return flat(48, 32, {r, g, b}, VIPS_INTERPRETATION_sRGB);
+    };
+    return part(255, 0, 0)
+        .join(part(0, 255, 0), VIPS_DIRECTION_HORIZONTAL)
+        .join(part(0, 0, 255).join(part(255, 255, 255), VIPS_DIRECTION_HORIZONTAL), VIPS_DIRECTION_VERTICAL);
+}
+
+uint32_t crc32(std::string_view data) {
+    uint32_t crc = 0xffffffff;
+    for (const char byte : data) {
+        crc ^= uint8_t(byte);
+        for (int bit = 0; bit < 8; ++bit) crc = (crc >> 1) ^ (crc & 1 ? 0xedb88320 : 0);
+    }
+    return ~crc;
+}
+
+void putBigEndian(std::string& bytes, size_t offset, uint32_t value, int length) {
+    for (int i = 0; i < length; ++i) bytes[offset + size_t(i)] = char(value >> (8 * (length - 1 - i)));
+}
+
+/// A PNG that claims another size than it has.
+std::string withPngSize(std::string png, uint32_t width, uint32_t height) {
+    putBigEndian(png, 16, width, 4);
+    putBigEndian(png, 20, height, 4);
+    putBigEndian(png, 29, crc32(std::string_view(png).substr(12, 17)), 4);
+    return png;
+}
+
+/// A JPEG that claims another size than it has; `marker` is that of its frame header.
+std::string withJpegSize(std::string jpeg, char marker, uint32_t width, uint32_t height) {
+    const size_t frame = jpeg.find(std::string("\xff", 1) + marker);
+    putBigEndian(jpeg, frame + 5, height, 2);
+    putBigEndian(jpeg, frame + 7, width, 2);
+    return jpeg;
+}
+
+TEST_F(ImageTest, EveryOrientationIsTurnedUpright) {
+    // What stands in the corners of the upright picture: top left, top right, bottom left, bottom right.
+    const std::array<std::array<Pixel, 4>, 8> upright{{{red, green, blue, white},
+                                                       {green, red, white, blue},
+                                                       {white, blue, green, red},
+                                                       {blue, white, red, green},
+                                                       {red, blue, green, white},
+                                                       {blue, red, white, green},
+                                                       {white, green, blue, red},
+                                                       {green, white, red, blue}}};
+    for (int orientation = 1; orientation <= 8; ++orientation) {
+        SCOPED_TRACE(orientation);
+        VImage image = quarters().copy();
+        image.set("orientation", orientation);
+        image.jpegsave(path("turned").c_str(),
+                       VImage::option()->set("Q", 100)->set("subsample_mode", VIPS_FOREIGN_SUBSAMPLE_OFF));
+        const ImageSize size = orientation < 5 ? ImageSize{96, 64} : ImageSize{64, 96};
+        EXPECT_EQ(readImageSize(open("turned")), size);
+        prepareUserPhoto(open("turned"), path("prepared"), {}, 0);
+        for (const char* name : {"turned", "prepared"}) {
+            const Bitmap bitmap = decode(name);
+            ASSERT_EQ(bitmap.size(), size) << name;
+            const auto& corners = upright[size_t(orientation) - 1];
+            const int right = size.width - 8, bottom = size.height - 8;
+            EXPECT_TRUE(isNear(at(bitmap, 7, 7), corners[0], 6)) << name;
+            EXPECT_TRUE(isNear(at(bitmap, right, 7), corners[1], 6)) << name;
+            EXPECT_TRUE(isNear(at(bitmap, 7, bottom), corners[2], 6)) << name;
+            EXPECT_TRUE(isNear(at(bitmap, right, bottom), corners[3], 6)) << name;
+        }
+    }
+}
+
+TEST_F(ImageTest, EveryKindOfFileBecomesPremultipliedRgba) {
+    const VImage orange = flat(40, 30, {255, 128, 0}, VIPS_INTERPRETATION_sRGB);
+    const Pixel expected{255, 128, 0, 255};
+    for (const char* suffix : {".png", ".jpg[Q=100]", ".webp[lossless]", ".gif", ".tif", ".avif[lossless]"}) {
+        orange.write_to_file(path(std::string("orange") + suffix).c_str());
+        const std::string name = "orange" + std::string(suffix).substr(0, std::string(suffix).find('['));
+        EXPECT_TRUE(isNear(at(decode(name), 20, 15), expected, 4)) << name;
+    }
+    flat(40, 30, {65535, 32896, 0, 32896}, VIPS_INTERPRETATION_RGB16, VIPS_FORMAT_USHORT)
+        .pngsave(path("deep.png").c_str());
+    EXPECT_TRUE(isNear(at(decode("deep.png"), 20, 15), {128, 64, 0, 128}, 1));
+    flat(40, 30, {100}, VIPS_INTERPRETATION_B_W).pngsave(path("grey.png").c_str());
+    EXPECT_TRUE(isNear(at(decode("grey.png"), 20, 15), {100, 100, 100, 255}, 1));
+    flat(40, 30, {200, 51}, VIPS_INTERPRETATION_B_W).pngsave(path("greyAlpha.png").c_str());
+    EXPECT_TRUE(isNear(at(decode("greyAlpha.png"), 20, 15), {40, 40, 40, 51}, 1));
+    flat(40, 30, {0, 255, 255, 0}, VIPS_INTERPRETATION_CMYK).jpegsave(path("cmyk.jpg").c_str());
+    const Pixel cmyk = at(decode("cmyk.jpg"), 20, 15);
+    EXPECT_GT(cmyk[0], 190);
+    EXPECT_LT(cmyk[1], 70);
+    EXPECT_LT(cmyk[2], 70);
+}
+
+TEST_F(ImageTest, DamagedAndForeignFilesAreErrorsThatNameThePhoto) {
+    const VImage noise = VImage::gaussnoise(200, 200).cast(VIPS_FORMAT_UCHAR);
+    for (const char* name : {"whole.jpg", "whole.png", "whole.webp"}) {
+        noise.write_to_file(path(name).c_str());
+        write("cut", bytes(name).substr(0, bytes(name).size() * 2 / 3));
+        const Error error = errorOf("cut");
+        EXPECT_EQ(error.kind(), ErrorKind::Input) << name;
+        EXPECT_EQ(error.file(), "holiday.jpg") << name;
+        EXPECT_FALSE(error.message().empty());
+        EXPECT_THROW(prepareUserPhoto(open("cut"), path("prepared"), {1, 1}, 100), Error) << name;
+        EXPECT_FALSE(std::filesystem::exists(path("prepared"))) << name;
+    }
+    for (const std::string_view content :
+         {"", "no picture at all", "<svg xmlns='http://www.w3.org/2000/svg'/>"}) {
+        write("foreign", content);
+        EXPECT_EQ(errorOf("foreign").message(), "is not a picture that can be read");
+    }
+}
+
+TEST_F(ImageTest, PicturesBeyondTheLimitsAreRefusedFromTheirHeader) {
+    const VImage small = quarters();
+    small.pngsave(path("small.png").c_str());
+    small.pngsave(path("interlaced.png").c_str(), VImage::option()->set("interlace", true));
+    small.jpegsave(path("small.jpg").c_str());
+    small.jpegsave(path("progressive.jpg").c_str(), VImage::option()->set("interlace", true));
+    write("bomb1", withPngSize(bytes("small.png"), 50000, 50000));
+    write("bomb2", withPngSize(bytes("interlaced.png"), 19000, 19000));
+    write("bomb3", withJpegSize(bytes("small.jpg"), '\xc0', 65000, 65000));
+    write("bomb4", withJpegSize(bytes("progressive.jpg"), '\xc2', 19000, 19000));
+    const auto start = std::chrono::steady_clock::now();
+    for (const char* name : {"bomb1", "bomb2", "bomb3", "bomb4"}) {
+        EXPECT_NE(errorOf(name).message().find("too large"), std::string::npos) << name;
+        EXPECT_THROW(readImageSize(open(name)), Error) << name;
+    }
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+    EXPECT_THROW(decode("small.png", {.canvas = {40000, 40000}}), Error);
+}
+
+TEST_F(ImageTest, ShrinkingAveragesAndKeepsTheProportions) {
+    std::vector<uint8_t> checks(640 * 360);
+    for (size_t i = 0; i < checks.size(); ++i) checks[i] = (i % 640 + i / 640) % 2 ? 255 : 0;
+    VImage::new_from_memory(checks.data(), checks.size(), 640, 360, 1, VIPS_FORMAT_UCHAR)
+        .pngsave(path("checks.png").c_str());
+    const Bitmap stretched = decode("checks.png", {.canvas = {64, 64}});
+    EXPECT_EQ(stretched.size(), (ImageSize{64, 64}));
+    for (int i = 4; i < 60; ++i) EXPECT_TRUE(isNear(at(stretched, i, i), {128, 128, 128, 255}, 3));
+    EXPECT_EQ(decode("checks.png", {.canvas = {1024, 512}}).size(), (ImageSize{1024, 512}));
+    EXPECT_EQ(decode("checks.png", {.maxLongSide = 320}).size(), (ImageSize{320, 180}));
+    EXPECT_EQ(decode("checks.png", {.maxLongSide = 1000}).size(), (ImageSize{640, 360}));
+}
+
+TEST_F(ImageTest, PhotosAreCutFromTheMiddleAndKeepTheirAlpha) {
+    quarters().pngsave(path("quarters.png").c_str());
+    EXPECT_EQ(prepareUserPhoto(open("quarters.png"), path("square"), {1, 1}, 0), (ImageSize{64, 64}));
+    const Bitmap square = decode("square");
+    EXPECT_TRUE(isNear(at(square, 31, 31), red, 0));
+    EXPECT_TRUE(isNear(at(square, 32, 32), white, 0));
+    EXPECT_EQ(prepareUserPhoto(open("quarters.png"), path("banner"), {3, 1}, 48), (ImageSize{48, 16}));
+    EXPECT_TRUE(isNear(at(decode("banner"), 23 - 4, 4), red, 4));
+    EXPECT_EQ(prepareUserPhoto(open("quarters.png"), path("same"), {0, 5}, 4000), (ImageSize{96, 64}));
+
+    flat(40, 40, {255, 0, 0, 51}, VIPS_INTERPRETATION_sRGB).webpsave(path("glass.webp").c_str());
+    prepareUserPhoto(open("glass.webp"), path("glass"), {1, 1}, 0);
+    EXPECT_TRUE(isNear(at(decode("glass"), 20, 20), {51, 0, 0, 51}, 2));
+}
+
+TEST_F(ImageTest, PngFilesHoldTheBytesAsTheyAre) {
+    // The first colour is brighter than its alpha allows: resolved frames may hold such pixels.
+    const std::vector<uint8_t> pixels{200, 10, 20, 100, 1, 2, 3, 4,  //
+                                      5,   6,  7,  8,   9, 0, 0, 0};
+    writePng(path("down.png"), ImageView(2, 2, pixels.data(), 8));
+    writePng(path("up.png"), ImageView(2, 2, pixels.data() + 8, -8));
+    size_t size = 0;
+    const auto read = [&](const char* name) {
+        void* memory = VImage::pngload(path(name).c_str()).write_to_memory(&size);
+        const std::vector<uint8_t> result(static_cast<uint8_t*>(memory),
+                                          static_cast<uint8_t*>(memory) + size);
+        g_free(memory);
+        return result;
+    };
+    EXPECT_EQ(read("down.png"), pixels);
+    EXPECT_EQ(read("up.png"), (std::vector<uint8_t>{5, 6, 7, 8, 9, 0, 0, 0, 200, 10, 20, 100, 1, 2, 3, 4}));
+    const std::string first = bytes("down.png");
+    writePng(path("down.png"), ImageView(2, 2, pixels.data(), 8));
+    EXPECT_EQ(bytes("down.png"), first);
+    EXPECT_THROW(writePng(path("none/down.png"), ImageView(2, 2, pixels.data(), 8)), Error);
+
+    Bitmap half(16, 16);
+    for (size_t i = 0; i < half.rgba.size(); i += 4) half.rgba[i] = half.rgba[i + 3] = 128;
+    writeJpeg(path("half.jpg"), half, 95);
+    EXPECT_TRUE(isNear(at(decode("half.jpg"), 8, 8), {255, 127, 127, 255}, 3));
+}
+
+Bitmap filled(int width, int height, Pixel color) {
+    Bitmap bitmap(width, height);
+    for (size_t i = 0; i < bitmap.rgba.size(); ++i) bitmap.rgba[i] = uint8_t(color[i % 4]);
+    return bitmap;
+}
+
+TEST(PhotoFilterTest, RoundedCornersAreCutAndTheInnerHalfOfTheStrokeShows) {
+    const Bitmap photo = filled(128, 64, blue);
+    const Bitmap cut = drawPhotoFilter({"roundRect", 20, 0, {}}, photo);
+    EXPECT_EQ(at(cut, 0, 0)[3], 0);
+    EXPECT_EQ(at(cut, 127, 63)[3], 0);
+    EXPECT_EQ(at(cut, 4, 4)[3], 0) << "distance from the arc's middle at (20, 20) is 22";
+    EXPECT_EQ(at(cut, 8, 8), blue) << "and here 17";
+    EXPECT_EQ(at(cut, 64, 0), blue);
+    EXPECT_EQ(at(cut, 0, 32), blue);
+
+    const Bitmap stroked = drawPhotoFilter({"circularAndStroke", 20, 8, {1, 0, 0, 1}}, photo);
+    EXPECT_EQ(at(stroked, 0, 0)[3], 0);
+    EXPECT_EQ(at(stroked, 64, 0), red);
+    EXPECT_EQ(at(stroked, 64, 3), red);
+    EXPECT_EQ(at(stroked, 64, 4), blue);
+    EXPECT_EQ(at(stroked, 124, 32), red);
+    EXPECT_EQ(at(stroked, 123, 32), blue);
+}
+
+TEST(PhotoFilterTest, WithoutARadiusThePhotoIsWholeAndUnknownFiltersDrawNothing) {
+    const Bitmap photo = filled(64, 64, blue);
+    EXPECT_EQ(drawPhotoFilter({"circularAndStroke", 0, 8, {1, 0, 0, 1}}, photo).rgba, photo.rgba);
+    EXPECT_EQ(drawPhotoFilter({"roundRect", 0, 0, {}}, photo).rgba, photo.rgba);
+    EXPECT_EQ(drawPhotoFilter({"sepia", 9, 9, {}}, photo).rgba, Bitmap(64, 64).rgba);
+
+    const Bitmap overlay = filled(64, 64, {64, 0, 0, 128});
+    const Bitmap both = drawPhotoFilter({"imageSynthesis", 0, 0, {}}, photo, &overlay);
+    EXPECT_TRUE(isNear(at(both, 10, 10), {64, 0, 127, 255}, 1));
+    EXPECT_EQ(drawPhotoFilter({"imageSynthesis", 0, 0, {}}, photo).rgba, photo.rgba);
+}
+
+}  // namespace
+}  // namespace platform

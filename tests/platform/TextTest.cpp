@@ -1,0 +1,267 @@
+#include <gtest/gtest.h>
+
+#include <fontconfig/fontconfig.h>
+#include <algorithm>
+#include <filesystem>
+#include <numeric>
+
+#include "platform/base/FileGate.h"
+#include "platform/base/Paths.h"
+#include "platform/text/Blur.h"
+#include "platform/text/TextRasterizer.h"
+
+namespace platform {
+namespace {
+
+constexpr int width = 400, height = 200;
+
+TextTextureDescription describe(const std::string& text, float size = 40) {
+    TextTextureDescription description;
+    description.layout.text = text;
+    description.layout.font = {"DejaVu Sans", "", size};
+    description.textColor = {1, 0, 0, 1};
+    description.textureSize = {width, height};
+    description.drawRect = {0, 0, width, height};
+    return description;
+}
+
+Bitmap draw(const TextTextureDescription& description) { return drawText(description, width, height, 1); }
+
+/// The smallest rectangle around all that is not transparent; right and bottom are beyond it.
+struct Bounds {
+    int left = width, top = height, right = 0, bottom = 0;
+
+    explicit Bounds(const Bitmap& bitmap, int threshold = 32) {
+        for (int y = 0; y < bitmap.height; ++y)
+            for (int x = 0; x < bitmap.width; ++x)
+                if (bitmap.pixel(x, y)[3] > threshold) add(x, y);
+    }
+    void add(int x, int y) {
+        left = std::min(left, x);
+        right = std::max(right, x + 1);
+        top = std::min(top, y);
+        bottom = std::max(bottom, y + 1);
+    }
+    bool isEmpty() const { return right <= left; }
+};
+
+template <typename Condition>
+int count(const Bitmap& bitmap, Condition condition) {
+    int number = 0;
+    for (size_t i = 0; i < bitmap.rgba.size(); i += 4) number += condition(&bitmap.rgba[i]);
+    return number;
+}
+
+bool isRed(const uint8_t* p) { return p[0] > 200 && p[1] < 40 && p[2] < 40 && p[3] > 200; }
+bool isBlue(const uint8_t* p) { return p[2] > 200 && p[1] < 40 && p[0] < 40 && p[3] > 200; }
+/// Anything but a shade of the letters' red.
+bool hasOtherColor(const uint8_t* p) { return p[1] > 60 || p[2] > 60; }
+
+TEST(TextTest, LinesBreakBetweenWordsAndInsideThoseThatAreTooLong) {
+    TextLayoutDescription layout = describe("one two three four").layout;
+    EXPECT_EQ(measureText(layout, 0).lineCount, 1);
+    const TextMeasure oneWord = measureText(describe("three").layout, 0);
+    const TextMeasure wrapped = measureText(layout, oneWord.size.width + 1);
+    EXPECT_EQ(wrapped.lineCount, 4);
+    EXPECT_LE(wrapped.size.width, oneWord.size.width + 1);
+    EXPECT_NEAR(wrapped.size.height, 4 * oneWord.size.height, 0.5);
+
+    layout.text = "Donaudampfschifffahrt";
+    layout.wrap = TextWrap::Words;
+    EXPECT_EQ(measureText(layout, 100).lineCount, 1);
+    EXPECT_GT(measureText(layout, 100).size.width, 100);
+    layout.wrap = TextWrap::WordsThenCharacters;
+    EXPECT_GT(measureText(layout, 100).lineCount, 3);
+    EXPECT_LE(measureText(layout, 100).size.width, 100);
+    layout.text = "你好世界你好世界";
+    EXPECT_EQ(measureText(layout, 90).lineCount, 4) << "Chinese breaks between any two characters";
+    layout.text = "a\nb\r\nc";
+    EXPECT_EQ(measureText(layout, 0).lineCount, 3);
+    layout.maxLines = 2;
+    EXPECT_EQ(measureText(layout, 0).lineCount, 2);
+}
+
+TEST(TextTest, AlignmentAndPlacementSayWhereTheLinesLie) {
+    TextTextureDescription description = describe("Hi");
+    const Bounds left(draw(description));
+    EXPECT_LT(left.left, 10);
+    EXPECT_LT(left.bottom, 60);
+    description.layout.alignment = TextAlignment::Center;
+    const Bounds center(draw(description));
+    EXPECT_NEAR((center.left + center.right) / 2, width / 2, 3);
+    description.layout.alignment = TextAlignment::Right;
+    EXPECT_GT(Bounds(draw(description)).right, width - 10);
+    description.verticalPlacement = TextPlacement::End;
+    EXPECT_GT(Bounds(draw(description)).top, height - 60);
+    // A block on the right whose lines begin at the same place.
+    description = describe("I\nIIIIIIII");
+    description.horizontalPlacement = TextPlacement::End;
+    const Bitmap block = draw(description);
+    const Bounds bounds(block);
+    EXPECT_GT(bounds.right, width - 10);
+    EXPECT_GT(block.pixel(bounds.left + 1, bounds.top + 10)[3], 200) << "the short line's letter";
+}
+
+TEST(TextTest, RightToLeftFollowsTheScriptOnlyWhenAsked) {
+    TextTextureDescription description = describe("שלום");
+    EXPECT_LT(Bounds(draw(description)).left, 10) << "left is left for every script";
+    description.layout.alignment = TextAlignment::Natural;
+    EXPECT_GT(Bounds(draw(description)).right, width - 10);
+    description.layout.text = "abc";
+    EXPECT_LT(Bounds(draw(description)).left, 10);
+    description.layout.text = "مرحبا";
+    EXPECT_GT(count(draw(description), isRed), 100);
+}
+
+TEST(TextTest, ModesFillStrokeAndHide) {
+    TextTextureDescription description = describe("O", 120);
+    description.drawRect = {20, 20, width - 40, height - 40};
+    description.strokeColor = {0, 0, 1, 1};
+    description.strokeWidth = 12;
+    const Bounds filled(draw(description));
+    const int filledArea = count(draw(description), isRed);
+    EXPECT_EQ(count(draw(description), isBlue), 0);
+
+    description.drawingMode = TextDrawingMode::FillStroke;
+    const Bitmap both = draw(description);
+    const Bounds around(both);
+    EXPECT_NEAR(filled.left - around.left, 6, 1.5);
+    EXPECT_NEAR(around.right - filled.right, 6, 1.5);
+    EXPECT_NEAR(around.bottom - filled.bottom, 6, 1.5);
+    EXPECT_NEAR(count(both, isRed), filledArea, filledArea * 0.05) << "the letter lies over its outline";
+    EXPECT_GT(count(both, isBlue), 500);
+
+    description.drawingMode = TextDrawingMode::Stroke;
+    description.strokeWidth = 2;
+    EXPECT_EQ(count(draw(description), isRed), 0);
+    EXPECT_GT(count(draw(description), isBlue), 200);
+    description.drawingMode = TextDrawingMode::Invisible;
+    EXPECT_TRUE(Bounds(draw(description), 0).isEmpty());
+}
+
+TEST(TextTest, ShadowsLieBesideTheTextAndFadeWithTheirRadius) {
+    TextTextureDescription description = describe("I", 100);
+    description.drawRect = {150, 20, 200, 150};
+    const Bounds text(draw(description));
+    description.shadow = TextShadow{40, 10, 0, {0, 0, 1, 1}};
+    const Bitmap sharp = draw(description);
+    EXPECT_EQ(Bounds(sharp).right, text.right + 40);
+    EXPECT_EQ(Bounds(sharp).bottom, text.bottom + 10);
+    EXPECT_GT(count(sharp, isBlue), 300);
+    EXPECT_GT(count(sharp, isRed), 300);
+    description.shadow->blurRadius = 12;
+    const Bitmap soft = draw(description);
+    EXPECT_GT(Bounds(soft, 8).right, text.right + 40 + 5);
+    EXPECT_LT(Bounds(soft, 8).right, text.right + 40 + 24);
+    EXPECT_LT(count(soft, isBlue), count(sharp, isBlue) / 2);
+    description.background = Color{0, 1, 0, 1};
+    EXPECT_GT(count(draw(description), [](const uint8_t* p) { return p[1] > 200 && p[0] < 40; }), 1000);
+}
+
+TEST(TextTest, BlurSpreadsWithoutLosingLight) {
+    std::vector<uint8_t> pixels(101 * 61);
+    for (int y = 25; y < 36; ++y)
+        for (int x = 40; x < 61; ++x) pixels[size_t(y * 101 + x)] = 255;
+    const double before = std::accumulate(pixels.begin(), pixels.end(), 0.0);
+    blurChannel(pixels.data(), 101, 61, 101, 8);
+    EXPECT_NEAR(std::accumulate(pixels.begin(), pixels.end(), 0.0), before, before * 0.02);
+    for (int i = 1; i < 30; ++i) {
+        EXPECT_EQ(pixels[size_t(30 * 101 + 50 - i)], pixels[size_t(30 * 101 + 50 + i)]);
+        EXPECT_LE(pixels[size_t(30 * 101 + 50 + i)], pixels[size_t(30 * 101 + 49 + i)]);
+    }
+    EXPECT_GT(pixels[30 * 101 + 64], 20);
+    EXPECT_EQ(pixels[30 * 101 + 80], 0);
+}
+
+TEST(TextTest, EmojiKeepTheirColoursAndHaveNoOutline) {
+    TextTextureDescription description = describe("🌈🎉", 80);
+    const Bitmap colourful = draw(description);
+    EXPECT_GT(count(colourful, hasOtherColor), 1000);
+    description.textColor.alpha = 0.5f;
+    EXPECT_EQ(count(draw(description), [](const uint8_t* p) { return p[3] > 130; }), 0);
+    description.drawingMode = TextDrawingMode::Stroke;
+    description.strokeWidth = 4;
+    EXPECT_TRUE(Bounds(draw(description), 0).isEmpty());
+}
+
+TEST(TextTest, ColumnsRunDownAndFromRightToLeft) {
+    TextTextureDescription description = describe("新年\n快", 60);
+    description.layout.direction = TextDirection::Vertical;
+    description.verticalPlacement = TextPlacement::Fill;
+    description.horizontalPlacement = TextPlacement::End;
+    const Bitmap columns = draw(description);
+    const Bounds bounds(columns);
+    EXPECT_GT(bounds.right, width - 30);
+    EXPECT_GT(bounds.bottom, 100) << "two characters below each other";
+    EXPECT_LT(bounds.bottom, 130);
+    EXPECT_GT(bounds.right - bounds.left, 100) << "two columns";
+    const TextSize size = measureText(description.layout, 0).size;
+    EXPECT_NEAR(size.height, 120, 2);
+    EXPECT_GT(size.width, 100);
+}
+
+TEST(TextTest, OneTextGivesOnePictureAtEveryScale) {
+    TextTextureDescription description = describe("Scale me\nplease");
+    EXPECT_EQ(draw(description).rgba, draw(description).rgba);
+    const Bounds whole(draw(description));
+    const Bounds half(drawText(description, width / 2, height / 2, 0.5));
+    EXPECT_NEAR(half.right, whole.right / 2.0, 1.5);
+    EXPECT_NEAR(half.bottom, whole.bottom / 2.0, 1.5);
+    description.drawScale = 2;
+    description.drawRect = {0, 0, width / 2, height / 2};
+    EXPECT_NEAR(Bounds(draw(description)).right, whole.right * 2.0, 3);
+    EXPECT_TRUE(drawText(description, 0, 10, 1).isEmpty());
+}
+
+TEST(TextTest, CharactersAreCountedAsReadersDo) {
+    EXPECT_EQ(truncateText("abcdef", 3), "abc");
+    EXPECT_EQ(truncateText("abc", 0), "abc");
+    EXPECT_EQ(truncateText("👩‍👩‍👧x你好", 2), "👩‍👩‍👧x");
+    EXPECT_EQ(truncateText("e\u0301e", 1), "e\u0301");
+    EXPECT_EQ(truncateText("a\xff\xfe\x80z", 0), "a\ufffd\ufffd\ufffdz");
+    EXPECT_FALSE(Bounds(draw(describe("\xc3"))).isEmpty()) << "cut in the middle of a character";
+    EXPECT_TRUE(Bounds(draw(describe("")), 0).isEmpty());
+}
+
+std::string installedFontFile(const char* family) {
+    FcPattern* wanted = FcPatternBuild(nullptr, FC_FAMILY, FcTypeString, family, FC_WEIGHT, FcTypeInteger,
+                                       FC_WEIGHT_BOLD, nullptr);
+    FcConfigSubstitute(nullptr, wanted, FcMatchPattern);
+    FcDefaultSubstitute(wanted);
+    FcResult result;
+    FcPattern* found = FcFontMatch(nullptr, wanted, &result);
+    FcChar8* file = nullptr;
+    FcPatternGetString(found, FC_FILE, 0, &file);
+    const std::string path(reinterpret_cast<char*>(file));
+    FcPatternDestroy(wanted);
+    FcPatternDestroy(found);
+    return path;
+}
+
+TEST(TextTest, FontsComeByNameOrFromAFileInsideTheFence) {
+    EXPECT_TRUE(isFontInstalled("DejaVu Sans"));
+    EXPECT_TRUE(isFontInstalled("DejaVu Sans Bold"));
+    EXPECT_TRUE(isFontInstalled("DejaVuSans-Bold"));
+    EXPECT_FALSE(isFontInstalled("No Such Letters"));
+
+    const auto folder = std::filesystem::temp_directory_path() / ("text-test-" + uniqueIdentifier());
+    createFolders(folder);
+    std::filesystem::copy_file(installedFontFile("DejaVu Sans"), folder / "mine.ttf");
+    writeFileAtomically(folder / "bad.ttf", "not a font");
+    const auto widthWith = [](const TextFont& font) {
+        return measureText({.text = "Width 你 🎉", .font = font}, 0).size.width;
+    };
+    const double standard = widthWith({"", "", 40}), bold = widthWith({"DejaVu Sans Bold", "", 40});
+    ASSERT_GT(std::abs(standard - bold), 2);
+    EXPECT_EQ(widthWith({"", (folder / "mine.ttf").string(), 40}), standard) << "the gate is closed";
+    FileGate::shared().allowFolder(folder);
+    EXPECT_EQ(widthWith({"", (folder / "mine.ttf").string(), 40}), bold);
+    EXPECT_EQ(widthWith({"", (folder / "bad.ttf").string(), 40}), standard);
+    EXPECT_EQ(widthWith({"", (folder / "none.ttf").string(), 40}), standard);
+    EXPECT_EQ(widthWith({"No Such Letters", "", 40}), standard);
+    FileGate::shared().reset();
+    std::filesystem::remove_all(folder);
+}
+
+}  // namespace
+}  // namespace platform
