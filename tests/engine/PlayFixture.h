@@ -34,7 +34,7 @@ class TestCatalogue : public SceneCatalogue {
 };
 
 /// A node that fills its "rectangle" ("x,y,width,height" in pixels, from the lower left; none: everything)
-/// with its "color"; with "flickers" every frame is lit differently.
+/// with its "color"; "flickers" fills the picture with tiles that change all the time.
 Value patch(const std::string& color, const std::string& rectangle = {}, Dictionary more = {});
 
 /// A frame clock whose last frame has the number `lastFrame`.

@@ -21,14 +21,21 @@ class TestPatch : public QVObject3DFpsBase {
     void render(const platform::CMTime& time) override {
         if (!isNeedRenderWithCMTime(time)) return;
         glEnable(GL_SCISSOR_TEST);
-        glScissor(int(rectangle_.x), int(rectangle_.y), int(rectangle_.z), int(rectangle_.w));
-        const float light = flickers_ ? static_cast<float>(time.value % 7) / 6 : 1;
-        glClearColor(color_.r * light, color_.g * light, color_.b * light, color_.a);
-        glClear(GL_COLOR_BUFFER_BIT);
+        fill(rectangle_, 1);
+        for (int64_t tile = 0; flickers_ && tile < 64; ++tile) {
+            const auto x = static_cast<float>(tile % 8 * 8), y = static_cast<float>(tile / 8 * 8);
+            fill({x, y, 8, 8}, static_cast<float>((time.value * 31 + tile * 17) % 11) / 10);
+        }
         glDisable(GL_SCISSOR_TEST);
     }
 
   private:
+    void fill(const glm::vec4& rectangle, float light) const {
+        glScissor(int(rectangle.x), int(rectangle.y), int(rectangle.z), int(rectangle.w));
+        glClearColor(color_.r * light, color_.g * light, color_.b * light, color_.a);
+        glClear(GL_COLOR_BUFFER_BIT);
+    }
+
     glm::vec4 color_{0}, rectangle_{0};
     bool flickers_ = false;
 };
