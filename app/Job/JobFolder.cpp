@@ -52,7 +52,7 @@ void sweep(const fs::path& jobs) {
 JobFolder::JobFolder() : path_(jobsFolder() / platform::uniqueIdentifier()) {
     platform::createFolders(jobsFolder());
     // A folder without its lock looks abandoned, so making and sweeping exclude each other.
-    const auto turn = FileLock::acquire(jobsFolder() / kLockName, FileLock::Mode::Exclusive, kPatience);
+    const auto turn = FileLock::acquire(jobsFolder() / kLockName, kPatience);
     if (!turn)
         throw platform::Error(platform::ErrorKind::Transient, "another program keeps the jobs locked",
                               jobsFolder().string());

@@ -33,7 +33,7 @@ std::optional<FileLock> tryLock(const std::string& name, std::chrono::millisecon
     QVUtil::createMultiSceneLocalPaths();
     const fs::path folder = fs::path(QVUtil::dataPath()) / "locks";
     platform::createFolders(folder);
-    return FileLock::acquire(folder / (name + ".lock"), FileLock::Mode::Exclusive, patience);
+    return FileLock::acquire(folder / (name + ".lock"), patience);
 }
 
 FileLock lockOrFail(const std::string& name) {

@@ -60,8 +60,7 @@ class Publication {
   private:
     static platform::FileLock locked(const fs::path& serverFolder) {
         platform::createFolders(serverFolder);
-        auto lock = platform::FileLock::acquire(serverFolder / ".publish.lock",
-                                                platform::FileLock::Mode::Exclusive, kPatience);
+        auto lock = platform::FileLock::acquire(serverFolder / ".publish.lock", kPatience);
         if (!lock)
             throw Error(ErrorKind::Transient, "another program is publishing here", serverFolder.string());
         return std::move(*lock);

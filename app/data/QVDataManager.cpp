@@ -113,7 +113,7 @@ Result QVDataManager::logged(const char* action, Result onFailure, const std::fu
 
 void QVDataManager::checkUsable() {
     const std::lock_guard lock(mutex_);
-    database();
+    database().checkIntegrity();
 }
 
 bool QVDataManager::isSignSceneHasWithSid(int64_t sId) {

@@ -30,7 +30,7 @@ class QVDataManager : public SceneCatalogue {
     /// Where the data home keeps its catalogue.
     static std::string databasePath();
 
-    /// Opens the database and makes the table where they are missing. Throws platform::Error.
+    /// Opens the database, makes what is missing, and looks for damage. Throws platform::Error.
     void checkUsable();
 
     bool isSignSceneHasWithSid(int64_t sId);

@@ -126,9 +126,7 @@ Database::Database(const std::string& file, int busyTimeoutMs) {
 
 Database::~Database() = default;
 
-const std::string& Database::file() const {
-    return core_->file;
-}
+const std::string& Database::file() const { return core_->file; }
 
 void Database::execute(const std::string& sql) {
     guarded(core_->file, [&] { core_->connection.exec(sql); });
@@ -142,10 +140,6 @@ Statement Database::prepare(const std::string& sql) {
 
 bool Database::tableExists(const std::string& name) const {
     return guarded(core_->file, [&] { return core_->connection.tableExists(name); });
-}
-
-int64_t Database::changes() const {
-    return core_->connection.getChanges();
 }
 
 void Database::transaction(const std::function<void()>& work) {

@@ -52,8 +52,6 @@ class Database {
     void execute(const std::string& sql);
     Statement prepare(const std::string& sql);
     bool tableExists(const std::string& name) const;
-    /// Rows changed by the last INSERT, UPDATE or DELETE.
-    int64_t changes() const;
 
     /// Runs `work` in one transaction that takes the write lock at its start, so that what it reads cannot
     /// change under it. Any exception rolls everything back and is passed on. A transaction inside a

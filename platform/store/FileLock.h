@@ -12,10 +12,8 @@ namespace platform {
 /// Held while the object lives. Two holders in one process exclude each other too. The file itself stays.
 class FileLock {
   public:
-    enum class Mode { Shared, Exclusive };
-
     /// Nothing when somebody else still holds it after `patience`. Throws Error when the file cannot be made.
-    static std::optional<FileLock> acquire(const std::filesystem::path& file, Mode mode = Mode::Exclusive,
+    static std::optional<FileLock> acquire(const std::filesystem::path& file,
                                            std::chrono::milliseconds patience = std::chrono::milliseconds(0));
 
   private:

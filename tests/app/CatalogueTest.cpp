@@ -142,6 +142,7 @@ TEST_F(CatalogueTest, FailuresAnswerWithNothingAndAreTold) {
     });
     EXPECT_TRUE(manager.queryCSignSceneDataWithSid(1).front().userInputInfo().empty());
 
+    EXPECT_NO_THROW(manager.checkUsable());
     const auto damaged = home.outside() / "damaged.db";
     test::writeText(damaged, std::string(4096, 'x'));
     QVDataManager broken(damaged.string());
