@@ -175,6 +175,22 @@ TEST_F(ImageTest, EveryKindOfFileBecomesPremultipliedRgba) {
     EXPECT_LT(cmyk[2], 70);
 }
 
+TEST_F(ImageTest, SrgbColoursStayAsTheyAreWithAndWithoutAProfile) {
+    for (const Pixel color : {Pixel{120, 72, 20, 255}, Pixel{20, 90, 200, 255}, Pixel{240, 240, 230, 255}}) {
+        const VImage image =
+            flat(40, 30, {double(color[0]), double(color[1]), double(color[2])}, VIPS_INTERPRETATION_sRGB);
+        image.pngsave(path("bare.png").c_str());
+        image.pngsave(path("profiled.png").c_str(), VImage::option()->set("profile", "srgb"));
+        EXPECT_TRUE(isNear(at(decode("bare.png"), 20, 15), color, 0));
+        EXPECT_TRUE(isNear(at(decode("profiled.png"), 20, 15), color, 2));
+        EXPECT_TRUE(isNear(at(decode("profiled.png", {.canvas = {64, 64}}), 20, 15), color, 2));
+    }
+    // Pure red of another profile is another red here.
+    flat(40, 30, {200, 60, 60}, VIPS_INTERPRETATION_sRGB)
+        .pngsave(path("wide.png").c_str(), VImage::option()->set("profile", "p3"));
+    EXPECT_GT(at(decode("wide.png"), 20, 15)[0], 206);
+}
+
 TEST_F(ImageTest, DamagedAndForeignFilesAreErrorsThatNameThePhoto) {
     const VImage noise = VImage::gaussnoise(200, 200).cast(VIPS_FORMAT_UCHAR);
     for (const char* name : {"whole.jpg", "whole.png", "whole.webp"}) {
