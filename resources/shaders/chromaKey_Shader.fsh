@@ -23,9 +23,9 @@ vec2 chroma(vec3 color)
     return vec2(dot(color, vec3(-0.168736, -0.331264, 0.5)), dot(color, vec3(0.5, -0.418688, -0.081312)));
 }
 
-// The share of the key colour, 0 to 1. Only colours within 45 degrees of the key's hue hold any: yellow and cyan
-// keep theirs before a green backdrop.
-float keyShare(vec3 color)
+// The share of the key colour, 0 to 1: how far the pixel's hue reaches along the key's, less what it has of other
+// hues, weighed by `narrowness`. At 1 only colours within 45 degrees of the key's hue hold any share.
+float keyShare(vec3 color, float narrowness)
 {
     vec2 key = chroma(chromaKeyColor.rgb);
     float keyLength = length(key);
@@ -35,15 +35,17 @@ float keyShare(vec3 color)
     vec2 point = chroma(color);
     float along = dot(point, axis);
     float aside = abs(point.x * axis.y - point.y * axis.x);
-    return clamp((along - aside) / keyLength, 0.0, 1.0);
+    return clamp((along - narrowness * aside) / keyLength, 0.0, 1.0);
 }
 
 void main()
 {
     vec4 color = texture2D(videoFrame, textureCoordinate);
-    float share = keyShare(color.rgb);
     float edge = clamp(maxEclosion, 0.001, fullShare);
-    float alpha = clamp((fullShare - share) / edge, 0.0, 1.0);
-    vec3 front = (color.rgb - share * chromaKeyColor.rgb) / max(1.0 - share, 1.0 - fullShare);
+    float alpha = clamp((fullShare - keyShare(color.rgb, 1.0)) / edge, 0.0, 1.0);
+    // The colour is freed over a wider range of hues than is cut: yellow and cyan stay, but the mixture of red
+    // clothes or skin with the backdrop does not stay green.
+    float spill = keyShare(color.rgb, 0.3);
+    vec3 front = (color.rgb - spill * chromaKeyColor.rgb) / max(1.0 - spill, 1.0 - fullShare);
     gl_FragColor = vec4(clamp(front, 0.0, 1.0), color.a * alpha);
 }
