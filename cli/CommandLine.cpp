@@ -106,13 +106,23 @@ std::string oneLine(std::string text) {
     return text;
 }
 
+/// The first word that is neither an option nor the value of --home.
+std::string_view commandWord(int count, const char* const* words) {
+    for (int at = 1; at < count; ++at) {
+        const std::string_view word = words[at];
+        if (word == "--home")
+            ++at;
+        else if (!word.starts_with('-'))
+            return word;
+    }
+    return {};
+}
+
 /// What stands where a command should, when it is none.
-std::string unknownCommand(int count, const char* const* words) {
-    if (count < 2 || words[1][0] == '-') return {};
-    const std::string_view word = words[1];
+std::string unknownCommand(std::string_view word) {
     std::vector<std::string_view> names;
     for (const CommandEntry& entry : commands()) names.push_back(entry.name);
-    if (std::find(names.begin(), names.end(), word) != names.end()) return {};
+    if (word.empty() || std::find(names.begin(), names.end(), word) != names.end()) return {};
     const std::string remedy = didYouMean(word, names);
     return "unknown command \"" + std::string(word) + "\"" + (remedy.empty() ? "" : "; " + remedy);
 }
@@ -129,7 +139,7 @@ CommandLine parseCommandLine(int count, const char* const* words) {
         parser.result.text = text.str();
         return std::move(parser.result);
     } catch (const CLI::ParseError& error) {
-        const std::string unknown = unknownCommand(count, words);
+        const std::string unknown = unknownCommand(commandWord(count, words));
         throw Error(ErrorKind::Usage,
                     (unknown.empty() ? oneLine(error.what()) : unknown) + " (see multiscene --help)");
     }

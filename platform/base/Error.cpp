@@ -18,8 +18,8 @@ std::string oneLine(const std::string& file, const std::string& key, const std::
 }
 
 bool isPassing(int errnoValue) {
-    return errnoValue == ENOSPC || errnoValue == EDQUOT || errnoValue == ENOMEM || errnoValue == EMFILE ||
-           errnoValue == ENFILE || errnoValue == EAGAIN;
+    return errnoValue == ENOSPC || errnoValue == EDQUOT || errnoValue == EFBIG || errnoValue == ENOMEM ||
+           errnoValue == EMFILE || errnoValue == ENFILE || errnoValue == EAGAIN;
 }
 
 }  // namespace

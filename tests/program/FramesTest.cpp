@@ -1,0 +1,67 @@
+#include "tests/program/ProgramTest.h"
+
+namespace multiscene::test {
+
+namespace fs = std::filesystem;
+using platform::Value;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+namespace {
+
+class FramesTest : public ProgramTest {
+  protected:
+    std::map<std::string, std::string> frames(const std::string& name, std::vector<std::string> options) {
+        std::vector<std::string> words{"frames", path, "-o", folder.file(name), "--text", "title=Hi"};
+        words.insert(words.end(), options.begin(), options.end());
+        const Result result = multiscene(words);
+        EXPECT_EQ(result.exitCode, 0) << result.errors;
+        std::map<std::string, std::string> files;
+        for (const auto& entry : fs::directory_iterator(folder.path() / name))
+            files[entry.path().filename()] = contentOf(entry.path());
+        return files;
+    }
+
+    fs::path path = SmallTemplate().write(folder.path());
+};
+
+}  // namespace
+
+TEST_F(FramesTest, AreTheSameBytesHoweverTheyAreChosen) {
+    const auto all = frames("all", {});
+    ASSERT_EQ(all.size(), static_cast<size_t>(SmallTemplate::frames));
+    EXPECT_EQ(all.begin()->first, "frame-000000.png");
+    EXPECT_EQ(all, frames("again", {}));
+    const auto some = frames("some", {"--at", "5,0"});
+    ASSERT_EQ(some.size(), 2u);
+    EXPECT_EQ(some.at("frame-000005.png"), all.at("frame-000005.png"));
+    EXPECT_EQ(frames("third", {"--every", "3"}).size(), 2u);
+}
+
+TEST_F(FramesTest, BeyondTheEndNameTheLastFrameAndLeaveNone) {
+    for (const char* command : {"frames", "trace"}) {
+        std::vector<std::string> words{command, path, "--at", "2,6"};
+        if (command == std::string("frames")) words.insert(words.end(), {"-o", folder.file("none")});
+        const Result result = multiscene(words);
+        EXPECT_EQ(result.exitCode, 2);
+        EXPECT_THAT(result.errors, HasSubstr("the last frame is 5"));
+    }
+    EXPECT_TRUE(fs::is_empty(folder.path() / "none"));
+}
+
+TEST_F(FramesTest, AreTracedTheSameDrawnOrNot) {
+    const Result plain = multiscene({"trace", path});
+    const Result drawn = multiscene({"trace", path, "--draw"});
+    ASSERT_EQ(plain.exitCode, 0) << plain.errors;
+    EXPECT_EQ(plain.output, drawn.output);
+    const auto lines = plain.jsonLines();
+    ASSERT_EQ(lines.size(), static_cast<size_t>(SmallTemplate::frames));
+    for (size_t frame = 0; frame < lines.size(); ++frame)
+        EXPECT_EQ(lines[frame].integer("frame"), static_cast<int64_t>(frame));
+    const Value& scene = lines[3].array("scenes")[0];
+    EXPECT_EQ(scene.integer("sceneId"), SmallTemplate::sId);
+    EXPECT_EQ(scene.integer("time"), 3);
+    EXPECT_EQ(scene["camera"].array("projection").size(), 16u);
+}
+
+}  // namespace multiscene::test

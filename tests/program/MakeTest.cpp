@@ -1,0 +1,164 @@
+#include <gtest/gtest.h>
+
+#include <fstream>
+
+#include "platform/base/Json.h"
+#include "platform/base/PropertyList.h"
+#include "tests/program/ProgramTest.h"
+
+namespace multiscene::test {
+
+using platform::Value;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+namespace {
+
+/// ffprobe's view of a file.
+Value probe(const std::string& file) {
+    const Result result = run(
+        {"ffprobe", "-v", "error", "-count_packets", "-show_streams", "-show_format", "-of", "json", file});
+    return platform::parseJson(result.output, "ffprobe");
+}
+
+const Value& stream(const Value& probed, const std::string& type) {
+    static const Value none;
+    for (const Value& candidate : probed.array("streams"))
+        if (candidate.string("codec_type") == type) return candidate;
+    return none;
+}
+
+/// Width of the picture that a node of the current scene shows in a traced frame.
+int64_t widthShownBy(const Value& frame, const std::string& name) {
+    for (const Value& node : frame.array("scenes")[0].array("nodes"))
+        if (node.string("name") == name) return node["texture"].integer("width");
+    return -1;
+}
+
+class MakeTest : public ProgramTest {
+  protected:
+    std::string output(const std::string& name = "out.mp4") const { return folder.file(name); }
+
+    /// A file of the user's.
+    std::string photo(const std::string& name, int width = 40, int height = 20) const {
+        writePicture(folder.path() / name, 0x00ff00, width, height);
+        return folder.file(name);
+    }
+};
+
+}  // namespace
+
+TEST_F(MakeTest, WritesAFilmWithItsSound) {
+    SmallTemplate small;
+    const auto path = small.write(folder.path());
+    writeSound(path / "bg-audio.mp3", 0.3);
+    const Result result = multiscene(
+        {"make", path, "--text", "title=Hi", "--photo", "photo=" + photo("me.png"), "-o", output()});
+    ASSERT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_THAT(result.output, HasSubstr("6 frames"));
+    EXPECT_THAT(result.errors, IsEmpty());
+    EXPECT_THAT(leftBehind(), IsEmpty());
+
+    const Value probed = probe(output());
+    const Value& video = stream(probed, "video");
+    EXPECT_EQ(video.string("codec_name"), "h264");
+    EXPECT_EQ(video.string("pix_fmt"), "yuv420p");
+    EXPECT_EQ(video.integer("width"), 64);
+    EXPECT_EQ(video.integer("height"), 96);
+    EXPECT_EQ(video.string("r_frame_rate"), "10/1");
+    EXPECT_EQ(video.integer("nb_read_packets"), SmallTemplate::frames);
+    EXPECT_NEAR(video["start_time"].doubleValue(), 0.1, 1e-6);
+    EXPECT_EQ(video.string("color_space"), "smpte170m");
+    EXPECT_EQ(stream(probed, "audio").string("codec_name"), "aac");
+}
+
+TEST_F(MakeTest, GivesTheSameFileEveryTimeAndOnOneCore) {
+    const auto path = SmallTemplate().write(folder.path());
+    writeSound(path / "bg-audio.mp3", 2);
+    const std::vector<std::string> inputs{"--text", "title=Hello", "--photo", "photo=" + photo("me.png")};
+    const auto make = [&](std::vector<std::string> before, const std::string& name) {
+        std::vector<std::string> words = command({"make", path, "-o", output(name)});
+        words.insert(words.end(), inputs.begin(), inputs.end());
+        before.insert(before.end(), words.begin(), words.end());
+        const Result result = run(before);
+        EXPECT_EQ(result.exitCode, 0) << result.errors;
+        return contentOf(output(name));
+    };
+    const std::string first = make({}, "first.mp4");
+    ASSERT_FALSE(first.empty());
+    EXPECT_EQ(first, make({}, "second.mp4"));
+    EXPECT_EQ(first, make({"taskset", "-c", "0"}, "third.mp4"));
+}
+
+TEST_F(MakeTest, NamesWhatItLeftOutOnceAndCarriesOn) {
+    SmallTemplate small;
+    small.nodes.push_back(quad("gone", "$(currentScenePlistROOT)/gone.png"));
+    const Result result =
+        multiscene({"make", small.write(folder.path()), "--text", "title=Hi", "-o", output(), "--json"});
+    ASSERT_EQ(result.exitCode, 0) << result.errors;
+    const Value done = result.jsonLines().back();
+    ASSERT_EQ(done.string("event"), "done");
+    ASSERT_EQ(done.array("skipped").size(), 1u) << result.output;
+    EXPECT_THAT(done.array("skipped")[0].string("name"), HasSubstr("gone.png"));
+    EXPECT_EQ(done.array("skipped")[0].string("node"), "gone");
+    EXPECT_EQ(done["missingInputs"], Value(Value::Array{"photo"}));
+}
+
+TEST_F(MakeTest, TakesInputsFromAFileAndLetsTheCommandLineWin) {
+    const auto path = SmallTemplate().write(folder.path());
+    photo("me.png");
+    std::ofstream(folder.path() / "inputs.json") << R"({"title": "far too long", "photo": "me.png"})";
+    const std::vector<std::string> words{"make", path, "--media", folder.file("inputs.json"), "-o", output()};
+    EXPECT_EQ(multiscene(words).exitCode, 4);
+    std::vector<std::string> better = words;
+    better.insert(better.end(), {"--text", "title=Hello"});
+    EXPECT_EQ(multiscene(better).exitCode, 0);
+}
+
+TEST_F(MakeTest, GivesEachSceneItsValuesWhetherItHasAnIdentifierOrNot) {
+    SmallTemplate small;
+    const Value::Dictionary transition{{"tansitionsSceneId", 9}, {"fpsTotal", 2}, {"sceneTansitionsType", 1}};
+    small.description["sceneGroup"] =
+        Value::Array{Value::Dictionary{{"mainSceneId", 7}, {"sceneTansitionsInfo", transition}},
+                     Value::Dictionary{{"mainSceneId", 8}, {"sceneIdentifier", "b"}}};
+    small.moreRecords = {recordOf(8, "small", "scene.plist", SmallTemplate::frames),
+                         recordOf(9, "small", "overlay.plist", 2)};
+    const auto path = small.write(folder.path());
+    SmallTemplate overlay;
+    overlay.nodes = {};
+    overlay.clock = clockOf(2);
+    platform::writePropertyList(path / "overlay.plist", overlay.scene());
+    const Result result =
+        multiscene({"trace", path, "--photo", "photo=" + photo("me.png", 30, 10), "--at", "0,11"});
+    ASSERT_EQ(result.exitCode, 0) << result.errors;
+    const auto lines = result.jsonLines();
+    ASSERT_EQ(lines.size(), 2u);
+    for (const Value& line : lines)
+        EXPECT_EQ(widthShownBy(line, "photo"), 10) << "cropped to a square: " << result.output;
+    EXPECT_EQ(lines[1].array("scenes")[0].string("identifier"), "b");
+}
+
+TEST_F(MakeTest, PlaysASceneGroupFileAgainstTheCatalogueOfTheHome) {
+    platform::writePropertyList(
+        folder.path() / "group.plist",
+        Value::Dictionary{{"scene", Value::Array{Value::Dictionary{{"mainSceneId", 7}}}},
+                          {"userMediaMap", Value::Dictionary{}},
+                          {"sceneGroupFpsTotal", 6}});
+    const std::vector<std::string> words{
+        "render", folder.file("group.plist"), "--size", "64x96", "--fps", "10", "-o", output()};
+    const Result result = multiscene(words);
+    EXPECT_EQ(result.exitCode, 3) << "an empty catalogue has no such scene";
+    EXPECT_THAT(result.errors, HasSubstr("scene[0].mainSceneId"));
+    EXPECT_EQ(multiscene({"render", folder.file("group.plist"), "-o", output()}).exitCode, 2);
+}
+
+TEST_F(MakeTest, WarnsThatAnotherRateChangesTheSpeed) {
+    const Result result =
+        multiscene({"make", SmallTemplate().write(folder.path()), "--fps", "20", "-o", output()});
+    ASSERT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_THAT(result.output, HasSubstr("0.30 s instead of 0.60 s"));
+    EXPECT_EQ(stream(probe(output()), "video").string("r_frame_rate"), "20/1");
+}
+
+}  // namespace multiscene::test

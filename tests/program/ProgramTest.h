@@ -1,0 +1,44 @@
+#pragma once
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include "tests/program/Program.h"
+#include "tests/program/SmallTemplate.h"
+
+namespace multiscene::test {
+
+/// A home and a folder for each test.
+class ProgramTest : public ::testing::Test {
+  protected:
+    /// The program with this test's home.
+    std::vector<std::string> command(std::vector<std::string> words) const {
+        std::vector<std::string> all{program(), "--home", folder.file("home")};
+        all.insert(all.end(), words.begin(), words.end());
+        return all;
+    }
+    Result multiscene(std::vector<std::string> words) const { return run(command(std::move(words))); }
+
+    /// What jobs have left behind.
+    std::vector<std::string> leftBehind() const {
+        std::vector<std::string> names;
+        const std::filesystem::path jobs = folder.path() / "home" / "jobs";
+        if (!std::filesystem::exists(jobs)) return names;
+        for (const auto& entry : std::filesystem::directory_iterator(jobs))
+            if (entry.is_directory()) names.push_back(entry.path().filename());
+        return names;
+    }
+
+    /// Files in the test's folder whose name starts with `prefix`, hidden ones of that name included.
+    std::vector<std::string> filesNamed(const std::string& prefix) const {
+        std::vector<std::string> names;
+        for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
+            if (entry.path().filename().string().find(prefix) != std::string::npos)
+                names.push_back(entry.path().filename());
+        return names;
+    }
+
+    TemporaryFolder folder;
+};
+
+}  // namespace multiscene::test
