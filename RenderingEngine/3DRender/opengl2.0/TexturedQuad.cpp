@@ -13,6 +13,7 @@ void bindTexture(Shader& shader, const char* sampler, int unit, unsigned int tex
 
 bool drawTexturedQuad(Shader& shader, const TexturedQuad& quad) {
     if (quad.texture == 0 || shader.programHandle() == 0) return false;
+    if (!FrameEdges::shared().admits(quad.mvpMatrix, quad.corners.positions, quad.clearMargin)) return false;
     shader.useShader();
     bindTexture(shader, "videoFrame", 0, quad.texture);
     shader.setUniform("u_mvpMatrix", quad.mvpMatrix);

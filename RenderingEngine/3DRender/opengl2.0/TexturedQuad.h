@@ -4,6 +4,7 @@
 #include <glm/glm.hpp>
 
 #include "core/GLESUtils/DrawQuad.h"
+#include "core/GLESUtils/FrameEdges.h"
 #include "opengl2.0/Shader.h"
 
 namespace multiscene {
@@ -17,6 +18,8 @@ struct TexturedQuad {
     /// The texture's colours are multiplied by its alpha: pictures, texts and render targets are, videos and
     /// PVR textures are not. "isPreMultiplication" of the shaders that list it.
     bool premultiplied = false;
+    /// Hides the outline; only where all of the picture is shown, its edges on the edges of the quad.
+    ClearMargin clearMargin = {};
 };
 
 /// Binds a second texture for the next quad: `texture` on `unit`, whose number goes into `sampler`. Unit 0 is
@@ -24,7 +27,8 @@ struct TexturedQuad {
 void bindTexture(Shader& shader, const char* sampler, int unit, unsigned int texture);
 
 /// Makes the shader current, sets the shared uniforms and draws. Uniforms of a variant are set before, after
-/// shader.useShader(). Draws nothing, and returns false, when the texture or the program is 0.
+/// shader.useShader(). Draws nothing, and returns false, when the texture or the program is 0, or when the quad
+/// lies outside the part of the frame that is being drawn.
 bool drawTexturedQuad(Shader& shader, const TexturedQuad& quad);
 
 }  // namespace multiscene

@@ -124,14 +124,57 @@ bool QVMultiSceneRenderManager::mustDraw(Scenes scenes) const {
 }
 
 void QVMultiSceneRenderManager::drawFrame(const std::function<void()>& draw) {
-    {
-        const StageTimer timer(statistics_.draw);
+    const bool triesRegions = settings_.multisamplesRegions && msaaTarget_.samples() > 1;
+    const bool isDrawn = triesRegions && !isWholeFrameMultisampled_ && drawInRegions(draw);
+    if (!isDrawn) drawMultisampled(draw);
+    handOver();
+    ++statistics_.drawnFrames;
+}
+
+/// One sample everywhere, then several along the outlines. False when the frame turned out to need several
+/// everywhere; it is then not drawn.
+bool QVMultiSceneRenderManager::drawInRegions(const std::function<void()>& draw) {
+    const StageTimer timer(statistics_.draw);
+    FrameEdges& edges = FrameEdges::shared();
+    edges.beginRecording(bufferWidth(), bufferHeight());
+    GLState::bindTarget(frameSink_->renderToTextureFrameBufferID(), bufferWidth(), bufferHeight());
+    GLState::clearColor();
+    draw();
+    const auto regions = edges.endRecording();
+    isWholeFrameMultisampled_ = !regions;
+    if (!regions) return false;
+    drawRegions(*regions, draw);
+    finishStage();
+    return true;
+}
+
+void QVMultiSceneRenderManager::drawRegions(const std::vector<PixelRect>& regions,
+                                            const std::function<void()>& draw) {
+    if (regions.empty()) return;
+    FrameEdges& edges = FrameEdges::shared();
+    for (const PixelRect& region : regions) {
+        GLState::setScissor(region);
+        edges.clipTo(region);
         renderingBeforeConfig();
         draw();
+    }
+    edges.endClipping();
+    GLState::resetScissor();
+    for (const PixelRect& region : regions)
+        msaaTarget_.resolveInto(frameSink_->renderToTextureFrameBufferID(), region);
+}
+
+/// Records the outlines all the same, to know whether the next frame can be drawn in regions.
+void QVMultiSceneRenderManager::drawMultisampled(const std::function<void()>& draw) {
+    {
+        const StageTimer timer(statistics_.draw);
+        FrameEdges::shared().beginRecording(bufferWidth(), bufferHeight());
+        renderingBeforeConfig();
+        draw();
+        isWholeFrameMultisampled_ = !FrameEdges::shared().endRecording();
         finishStage();
     }
     renderingAfterConfig();
-    ++statistics_.drawnFrames;
 }
 
 /// The sink's own framebuffer needs no clearing: the resolve covers all of it.
@@ -146,6 +189,9 @@ void QVMultiSceneRenderManager::renderingAfterConfig() {
         msaaTarget_.resolveInto(frameSink_->renderToTextureFrameBufferID());
         finishStage();
     }
+}
+
+void QVMultiSceneRenderManager::handOver() {
     const StageTimer timer(statistics_.readBack);
     frameSink_->renderFrameToVideo();
     msaaTarget_.discard();

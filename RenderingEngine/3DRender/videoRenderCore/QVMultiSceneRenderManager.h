@@ -34,6 +34,8 @@ struct RenderDriverSettings {
     std::function<std::shared_ptr<platform::GLContext>()> makeContext = {};
     /// Waits for GL after each stage, so that FrameStatistics tells the stages apart.
     bool finishEachStage = false;
+    /// Multisample only what outlines cross: the same picture for less work. Off: all of every frame.
+    bool multisamplesRegions = true;
 };
 
 /// Holds up to three scenes and renders one frame a loop turn in one of three modes. States: created →
@@ -161,8 +163,12 @@ class QVMultiSceneRenderManager : public RenderDriver {
     void closeFrame(Scenes scenes, Slots slots);
     bool mustDraw(Scenes scenes) const;
     void drawFrame(const std::function<void()>& draw);
+    bool drawInRegions(const std::function<void()>& draw);
+    void drawMultisampled(const std::function<void()>& draw);
+    void drawRegions(const std::vector<PixelRect>& regions, const std::function<void()>& draw);
     void renderingBeforeConfig();
     void renderingAfterConfig();
+    void handOver();
     void finishStage() const;
     static void checkGLError();
 
@@ -171,6 +177,8 @@ class QVMultiSceneRenderManager : public RenderDriver {
     std::shared_ptr<SoundSink> soundSink_;
     std::shared_ptr<platform::GLContext> context_;
     MultisampleTarget msaaTarget_;
+    /// The last frame could not be drawn in regions, so the next is not tried either.
+    bool isWholeFrameMultisampled_ = false;
 
     std::shared_ptr<QVScene3D> currentScene_, nextScene_, transitionsScene_;
     SceneRenderType sceneRenderType_ = SceneRenderType::Single;

@@ -101,6 +101,7 @@ void QVMeshObject3D::drawFaces(Shader& shader) const {
     const unsigned int position = shader.attributeHandle("position");
     const unsigned int coordinates = shader.attributeHandle("inputTextureCoordinate");
     const unsigned int normal = shader.attributeHandle("normal");
+    FrameEdges::shared().requireMultisampling();
     // A convex shape is in order when what faces away is drawn first.
     glEnable(GL_CULL_FACE);
     for (const GLenum hidden : {GL_FRONT, GL_BACK}) {

@@ -46,6 +46,7 @@ void QVQuadCustomShaderOneVariable::rendInfoWithDic(const platform::Value& info)
 void QVQuadCustomShaderOneVariable::render(const platform::CMTime& time) {
     const auto shader = customShader() ? customShader()->shader() : nullptr;
     if (!isNeedRenderWithCMTime(time) || !shader) return;
+    FrameEdges::shared().requireMultisampling();  // the shader may draw edges of its own
     shader->useShader();
     shader->setUniform("aplae", oneVariable_);
     drawWith(*shader);

@@ -155,6 +155,8 @@ void QVQuadObject3D::drawByPlaceWith(Shader& shader) {
 
 void QVQuadObject3D::drawCorners(Shader& shader, const QuadCorners& corners, const glm::mat4& textureMatrix) {
     const DrawnTexture drawn = drawnTexture();
+    // The blurred copy spreads the picture over its edges.
+    const bool showsAll = textureMatrix == glm::mat4(1) && corners.positions == squareVertices_.data();
     shader.useShader();
     if (shader.hasUniform("lightEnable"))
         QVLightBase::glslLightParamWithLightArray(ligthArray(), shader, isLightEnable());
@@ -162,12 +164,14 @@ void QVQuadObject3D::drawCorners(Shader& shader, const QuadCorners& corners, con
                               .mvpMatrix = projTransform(),
                               .textureMatrix = textureMatrix,
                               .corners = corners,
-                              .premultiplied = drawn.isPremultiplied});
+                              .premultiplied = drawn.isPremultiplied,
+                              .clearMargin = showsAll ? drawn.clearMargin : ClearMargin{}});
 }
 
 QVQuadObject3D::DrawnTexture QVQuadObject3D::drawnTexture() const {
     const QVTextureMaterial* shown = textureMaterial();
-    return shown ? DrawnTexture{shown->textureId(), shown->isPreMultiplication()} : DrawnTexture{};
+    return shown ? DrawnTexture{shown->textureId(), shown->isPreMultiplication(), shown->clearMargin()}
+                 : DrawnTexture{};
 }
 
 float QVQuadObject3D::interpolated(const KeyReader& keyFrame, const char* startKey, const char* endKey,

@@ -3,6 +3,7 @@
 #include <array>
 
 #include "core/GLESUtils/DrawQuad.h"
+#include "core/GLESUtils/FrameEdges.h"
 #include "core/QVObject3DTextureBase.h"
 #include "opengl2.0/Shader.h"
 
@@ -63,6 +64,7 @@ class QVQuadObject3D : public QVObject3DTextureBase {
     struct DrawnTexture {
         uint32_t texture = 0;
         bool isPremultiplied = false;
+        ClearMargin clearMargin = {};
     };
 
     /// What is drawn: the material's texture, unless a subclass brings its own.

@@ -5,6 +5,7 @@
 namespace multiscene {
 
 void GLState::setDepthTest(bool enabled) {
+    if (enabled) FrameEdges::shared().requireMultisampling();  // surfaces may cut each other anywhere
     if (enabled)
         glEnable(GL_DEPTH_TEST);
     else
@@ -12,6 +13,7 @@ void GLState::setDepthTest(bool enabled) {
 }
 
 void GLState::setBlendFunction(uint32_t srcFactor, uint32_t dstFactor) {
+    FrameEdges::shared().setBlendsByAlpha(srcFactor == GL_SRC_ALPHA && dstFactor == GL_ONE_MINUS_SRC_ALPHA);
     glBlendFuncSeparate(srcFactor, dstFactor, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
 }
 
@@ -29,6 +31,13 @@ void GLState::bindTarget(uint32_t framebuffer, int32_t width, int32_t height) {
     glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
     glViewport(0, 0, width, height);
 }
+
+void GLState::setScissor(const PixelRect& region) {
+    glEnable(GL_SCISSOR_TEST);
+    glScissor(region.x, region.y, region.width, region.height);
+}
+
+void GLState::resetScissor() { glDisable(GL_SCISSOR_TEST); }
 
 void GLState::clearColor() {
     glClearColor(0, 0, 0, 0);

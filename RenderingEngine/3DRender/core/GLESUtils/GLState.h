@@ -2,6 +2,8 @@
 
 #include <cstdint>
 
+#include "core/GLESUtils/FrameEdges.h"
+
 namespace multiscene {
 
 /// The fixed-function state that nodes change around their drawing. GL context current.
@@ -19,6 +21,9 @@ class GLState {
 
     /// Draws go to this framebuffer, over its whole size in pixels.
     static void bindTarget(uint32_t framebuffer, int32_t width, int32_t height);
+    /// Draws, clears and resolves touch only this region of the bound target.
+    static void setScissor(const PixelRect& region);
+    static void resetScissor();
     /// Clears the bound target's colour to transparent.
     static void clearColor();
     static void bindTexture(int unit, uint32_t texture);

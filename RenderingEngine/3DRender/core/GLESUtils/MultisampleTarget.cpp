@@ -11,9 +11,7 @@ namespace multiscene {
 
 namespace {
 
-const platform::GLCaps& caps() {
-    return platform::GLContext::current()->caps();
-}
+const platform::GLCaps& caps() { return platform::GLContext::current()->caps(); }
 
 void storage(GLenum format, int samples, int width, int height) {
     if (samples > 1)
@@ -74,9 +72,15 @@ void MultisampleTarget::bindAndClear() {
 
 void MultisampleTarget::resolveInto(unsigned int framebuffer) {
     if (!caps().blit) return copyIntoAttachedTexture(framebuffer_.name(), framebuffer, width_, height_);
+    resolveInto(framebuffer, {0, 0, width_, height_});
+}
+
+void MultisampleTarget::resolveInto(unsigned int framebuffer, const PixelRect& region) {
+    const int right = region.x + region.width, top = region.y + region.height;
     glBindFramebuffer(GL_READ_FRAMEBUFFER, framebuffer_.name());
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, framebuffer);
-    glBlitFramebuffer(0, 0, width_, height_, 0, 0, width_, height_, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+    glBlitFramebuffer(region.x, region.y, right, top, region.x, region.y, right, top, GL_COLOR_BUFFER_BIT,
+                      GL_NEAREST);
     glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
 }
 

@@ -1,6 +1,7 @@
 // The multisampled framebuffer that frames are drawn into, and its resolve.
 #pragma once
 
+#include "core/GLESUtils/FrameEdges.h"
 #include "core/GLESUtils/GLObject.h"
 
 namespace multiscene {
@@ -23,6 +24,8 @@ class MultisampleTarget {
     /// Copies the colour, averaged over the samples, into another framebuffer of the same size. That
     /// framebuffer stays bound.
     void resolveInto(unsigned int framebuffer);
+    /// The same for one region. Needs caps().blit.
+    void resolveInto(unsigned int framebuffer, const PixelRect& region);
     /// Tells the driver that colour and depth are no longer needed; this framebuffer stays bound for drawing.
     void discard();
 

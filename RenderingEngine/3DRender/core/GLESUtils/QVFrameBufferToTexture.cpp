@@ -2,6 +2,7 @@
 
 #include <epoxy/gl.h>
 
+#include "core/GLESUtils/FrameEdges.h"
 #include "core/GLESUtils/QVGlContextManager.h"
 #include "core/GLESUtils/TextureTarget.h"
 
@@ -16,6 +17,8 @@ void QVFrameBufferToTexture::createFrameBufferObject() {
 }
 
 void QVFrameBufferToTexture::bindRenderToTextureFramebuffer() {
+    // What a texture shows of a frame drawn in parts is drawn once, with the whole frame.
+    FrameEdges::shared().requireMultisampling();
     glGetIntegerv(GL_VIEWPORT, t_viewport_.data());
     GLint bound = 0;
     glGetIntegerv(GL_FRAMEBUFFER_BINDING, &bound);

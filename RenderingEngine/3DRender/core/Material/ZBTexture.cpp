@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "core/GLESUtils/TextureUpload.h"
+#include "core/Material/BitmapMargin.h"
 #include "core/Material/BitmapStretch.h"
 #include "core/Material/TextPictureCopy.h"
 #include "core/Material/TextureInfoKeys.h"
@@ -46,8 +47,9 @@ int ZBTexture::minimumSizedTextureSize(float side) {
     return static_cast<int>(std::exp2(std::floor(std::log2(side - 1)) + 1));
 }
 
-void ZBTexture::upload(const platform::Bitmap& bitmap) {
+void ZBTexture::upload(const platform::Bitmap& bitmap, platform::ImageSize shown) {
     if (bitmap.isEmpty()) return;
+    clearMargin_ = clearMarginOf(bitmap, shown);
     texture_.create();
     uploadTexture(texture_.name(), {.pixels = bitmap.rgba.data(),
                                     .width = bitmap.width,
@@ -72,13 +74,16 @@ platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path) {
     }
 }
 
-void ZBTexture::loadloadTexture(const std::string& path) { upload(decodeOntoCanvas(path)); }
+void ZBTexture::loadloadTexture(const std::string& path) {
+    const platform::Bitmap canvas = decodeOntoCanvas(path);
+    upload(canvas, canvas.size());
+}
 
 void ZBTexture::loadTextureFromImage(const platform::Bitmap& image) {
     textureContentSize_ = {static_cast<double>(image.width), static_cast<double>(image.height)};
     if (image.isEmpty()) return;
     const platform::ImageSize canvas{canvasSide(image.width), canvasSide(image.height)};
-    upload(image.size() == canvas ? image : stretched(image, canvas));
+    upload(image.size() == canvas ? image : stretched(image, canvas), canvas);
 }
 
 void ZBTexture::loadPicture(const std::string& path, ImageType imageType) {
@@ -110,7 +115,7 @@ platform::Bitmap ZBTexture::filterWithOriginalImage(const platform::Bitmap& orig
 void ZBTexture::loadTextureFilter(const std::string& path, const std::string& sceneRootPath,
                                   const platform::Value& filterInfo) {
     const platform::Bitmap photo = decodeOntoCanvas(path);
-    if (!photo.isEmpty()) upload(filterWithOriginalImage(photo, sceneRootPath, filterInfo));
+    if (!photo.isEmpty()) upload(filterWithOriginalImage(photo, sceneRootPath, filterInfo), photo.size());
 }
 
 // Texts
@@ -125,7 +130,7 @@ QVTextureMaterial::TextureCoordinates ZBTexture::loadTextureFrom2DTextDadaModel(
     textureContentSize_ = {size.width, size.height};
     platform::Bitmap bitmap =
         model.drawText(static_cast<int>(width * scale), static_cast<int>(height * scale), scale);
-    upload(bitmap);
+    upload(bitmap, {static_cast<int>(size.width * scale), static_cast<int>(size.height * scale)});
     TextPictureCopy::shared().write(std::move(bitmap));
     const auto right = static_cast<float>(size.width / width);
     const auto bottom = static_cast<float>(size.height / height);

@@ -29,6 +29,8 @@ class ZBTexture {
     /// Pixels of the source picture, before any rounding: what a quad is fitted to.
     const TextureSize& textureContentSize() const { return textureContentSize_; }
 
+    /// How far the picture, or the text, is transparent inside its edges.
+    const ClearMargin& clearMargin() const { return clearMargin_; }
     /// A picture file. Glossary: "loadload" is load.
     void loadloadTexture(const std::string& path);
     void loadTextureFromImage(const platform::Bitmap& image);
@@ -55,10 +57,12 @@ class ZBTexture {
   private:
     /// The picture on its canvas; empty when it cannot be read.
     platform::Bitmap decodeOntoCanvas(const std::string& path);
-    void upload(const platform::Bitmap& bitmap);
+    /// `shown`: the upper left part of the bitmap that is looked at.
+    void upload(const platform::Bitmap& bitmap, platform::ImageSize shown);
 
     GLTexture texture_;
     TextureSize textureContentSize_;
+    ClearMargin clearMargin_;
 };
 
 }  // namespace multiscene
