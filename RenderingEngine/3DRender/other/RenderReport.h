@@ -6,8 +6,8 @@
 
 namespace multiscene {
 
-/// What the engine skipped while it rendered: the render path reports nothing and draws nothing, and this list is
-/// shown once, in the summary of a job. All operations are safe from any thread.
+/// What the engine skipped while it rendered: the render path reports nothing and draws nothing, and this
+/// list is shown once, in the summary of a job. All operations are safe from any thread.
 class RenderReport {
   public:
     struct Entry {
