@@ -53,6 +53,14 @@ std::string describe(const RenderReport::Entry& entry) {
     return text;
 }
 
+std::string contentText(const JobSummary& summary) {
+    if (summary.pictures > 0)
+        return format("%lld %s", static_cast<long long>(summary.pictures),
+                      summary.pictures == 1 ? "picture" : "pictures");
+    return format("%lld frames, %.2f s at %d frames a second", static_cast<long long>(summary.frames),
+                  summary.videoSeconds(), summary.format.framesPerSecond);
+}
+
 Value skippedValue(const JobSummary& summary) {
     Value::Array list;
     for (const RenderReport::Entry& entry : summary.skipped)
@@ -66,15 +74,11 @@ Value missingValue(const JobSummary& summary) {
 }
 
 Value::Dictionary summaryFields(const JobSummary& summary) {
-    return {{"output", summary.output.string()},
-            {"frames", summary.frames},
-            {"width", summary.format.width},
-            {"height", summary.format.height},
-            {"framesPerSecond", summary.format.framesPerSecond},
-            {"videoSeconds", summary.videoSeconds()},
-            {"seconds", summary.wallSeconds},
-            {"skipped", skippedValue(summary)},
-            {"missingInputs", missingValue(summary)}};
+    return {{"output", summary.output.string()},      {"frames", summary.frames},
+            {"pictures", summary.pictures},           {"width", summary.format.width},
+            {"height", summary.format.height},        {"framesPerSecond", summary.format.framesPerSecond},
+            {"videoSeconds", summary.videoSeconds()}, {"seconds", summary.wallSeconds},
+            {"skipped", skippedValue(summary)},       {"missingInputs", missingValue(summary)}};
 }
 
 void logStage(const char* name, const StageTime& time) {
@@ -175,11 +179,8 @@ void Console::jobDone(const JobSummary& summary) {
 }
 
 void Console::printSummary(const JobSummary& summary) {
-    line("made " + summary.output.string() +
-         format(": %lld frames, %.2f s at %d frames a second, %dx%d, in %.1f s",
-                static_cast<long long>(summary.frames), summary.videoSeconds(),
-                summary.format.framesPerSecond, summary.format.width, summary.format.height,
-                summary.wallSeconds));
+    line("made " + summary.output.string() + ": " + contentText(summary) +
+         format(", %dx%d, in %.1f s", summary.format.width, summary.format.height, summary.wallSeconds));
     for (const RenderReport::Entry& entry : summary.skipped) line("left out " + describe(entry));
     for (const std::string& key : summary.missingInputs) line("not given: " + key);
 }

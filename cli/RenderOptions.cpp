@@ -90,9 +90,13 @@ void declareInputs(Arguments& arguments, RenderRequest& request) {
         "--photo", "KEY=FILE", "A photo; it is turned upright and cropped to the shape the template wants",
         [&](const std::string& value) { request.inputs.photos.push_back(keyAndValue(value, "KEY=FILE")); },
         Occurs::AnyNumber);
+    arguments.option(
+        "--video", "KEY=FILE", "A video; it is brought to the template's rate",
+        [&](const std::string& value) { request.inputs.videos.push_back(keyAndValue(value, "KEY=FILE")); },
+        Occurs::AnyNumber);
     arguments.option("--media", "FILE.json",
-                     "An object from keys to texts, numbers and paths (relative to the file); --text and "
-                     "--photo win",
+                     "An object from keys to texts, numbers and paths (relative to the file); the "
+                     "other options win",
                      [&](const std::string& value) { request.inputs.mediaFile = value; });
 }
 

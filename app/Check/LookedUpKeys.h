@@ -4,14 +4,15 @@
 #include <set>
 #include <string>
 
-#include "other/KeyTable.h"
 #include "platform/base/Value.h"
 
 namespace multiscene {
 
-/// Texts of scene files that are looked up among the user's values, and as what: UserPath wants a file,
-/// UserMap a text or a number.
-using LookedUpKeys = std::map<std::string, KeyLookup>;
+/// What a look-up does with the user's value: a text or number, a file, or a video that it plays.
+enum class LookUpKind { Text, File, Video };
+
+/// Texts of scene files that are looked up among the user's values.
+using LookedUpKeys = std::map<std::string, LookUpKind>;
 
 /// The look-ups of one scene file.
 LookedUpKeys lookedUpKeys(const platform::Value& sceneFile);

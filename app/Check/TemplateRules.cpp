@@ -3,6 +3,7 @@
 #include <array>
 
 #include "app/Check/LookedUpKeys.h"
+#include "app/Check/OwnIdentifier.h"
 #include "app/Check/UsedFiles.h"
 #include "app/Model/MediaFormat.h"
 
@@ -12,8 +13,8 @@ using platform::Value;
 
 std::span<const TemplateRule> templateRules() {
     static constexpr std::array table{
-        rules::lengthsAreTheClocks, rules::numbersAreUnique,   rules::pictureSizeIsEven,
-        rules::musicIsThere,        rules::inputKeysAreUnique, rules::inputsAreUsed,
+        rules::lengthsAreTheClocks, rules::numbersAreUnique, rules::pictureSizeIsEven, rules::musicIsThere,
+        rules::inputKeysAreUnique,  rules::inputKeysAreFree, rules::inputsAreUsed,
     };
     return table;
 }
@@ -82,6 +83,17 @@ void inputKeysAreUnique(const TemplateView& view, Findings& findings) {
                 {Severity::Error, view.file, inputPath(index),
                  "an earlier input has the key \"" + inputs[index].string("renderMapKey") + "\" too",
                  "give each input its own"});
+}
+
+void inputKeysAreFree(const TemplateView& view, Findings& findings) {
+    const Value::Array& inputs = view.inputs().array("userInputArray");
+    for (size_t index = 0; index < inputs.size(); ++index) {
+        const std::string key = inputs[index].string("renderMapKey");
+        if (key.find(kOwnIdentifierMark) == std::string::npos && key.find('=') == std::string::npos) continue;
+        findings.push_back({Severity::Error, view.file, inputPath(index),
+                            "\"" + key + "\" holds a character that the program keeps for itself",
+                            "use neither # nor ="});
+    }
 }
 
 void inputsAreUsed(const TemplateView& view, Findings& findings) {

@@ -22,6 +22,7 @@ void numbersAreUnique(const TemplateView&, Findings&);
 void pictureSizeIsEven(const TemplateView&, Findings&);
 void musicIsThere(const TemplateView&, Findings&);
 void inputKeysAreUnique(const TemplateView&, Findings&);
+void inputKeysAreFree(const TemplateView&, Findings&);
 void inputsAreUsed(const TemplateView&, Findings&);
 
 // GroupRules.cpp

@@ -10,22 +10,23 @@ using platform::Value;
 
 namespace {
 
-/// How many frames the user's video has: read by groups whose length comes from it.
-constexpr const char* kUserVideoFrames = "userVideo_totalFps";
+InputKind kindOf(LookUpKind lookUp) {
+    if (lookUp == LookUpKind::Text) return InputKind::Text;
+    return lookUp == LookUpKind::Video ? InputKind::Video : InputKind::File;
+}
 
 AskedKeys lookUpsOf(const Playable& playable) {
     AskedKeys asked;
-    for (const SceneConfigData& scene : playable.scenes()) {
-        for (const auto& [key, lookup] : lookedUpKeys(readSceneFile(scene.scenePlistPath)))
-            asked[key].kind = lookup == KeyLookup::UserPath ? InputKind::File : InputKind::Text;
-    }
+    for (const SceneConfigData& scene : playable.scenes())
+        for (const auto& [key, lookUp] : lookedUpKeys(readSceneFile(scene.scenePlistPath)))
+            asked[key].kind = kindOf(lookUp);
     return asked;
 }
 
 }  // namespace
 
 const char* inputKindName(InputKind kind) {
-    static constexpr const char* names[] = {"a text", "a photo", "a file"};
+    static constexpr const char* names[] = {"a text", "a photo", "a file", "a video"};
     return names[static_cast<int>(kind)];
 }
 

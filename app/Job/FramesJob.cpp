@@ -32,7 +32,12 @@ class PictureFiles {
         written_.push_back(folder_ / name);
     }
 
-    void keep() { written_.clear(); }
+    /// The pictures stay; returns how many there are.
+    int64_t keep() {
+        const auto count = static_cast<int64_t>(written_.size());
+        written_.clear();
+        return count;
+    }
 
   private:
     fs::path folder_;
@@ -45,7 +50,7 @@ JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std:
     const double start = platform::monotonicSeconds();
     const fs::path folder = outputFolder(request.output);
     const JobFolder job;
-    const PreparedGroup group = prepareGroup(request, job);
+    const PreparedGroup group = prepareGroup(request, job, stop);
     for (const std::string& note : group.notes) observer.jobNote(note);
 
     const FrameSelection& wanted = request.selection;
@@ -58,9 +63,8 @@ JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std:
     run.setFrameLimit(wanted.framesNeeded());
     const int64_t frames = run.play();
     wanted.requireWithin(frames);
-    files.keep();
-
     JobSummary summary = summaryOf(group, frames, run.statistics());
+    summary.pictures = files.keep();
     summary.output = folder;
     summary.wallSeconds = platform::monotonicSeconds() - start;
     return summary;

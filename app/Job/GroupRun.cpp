@@ -27,6 +27,10 @@ RenderDriverSettings driverSettings(const MediaFormat& format) {
 
 }  // namespace
 
+void GroupRun::Shared::countFrame() {
+    if (++frames == frameLimit) wakeMainThread();
+}
+
 void GroupRun::Shared::fail(const Error& failure) {
     {
         const std::lock_guard lock(mutex);
@@ -47,7 +51,7 @@ GroupRun::GroupRun(const PreparedGroup& group, std::shared_ptr<FrameSink> frameS
     manager_ = QVMultiSceneRenderManager::initWithFrameSink(std::move(frameSink), std::move(soundSink),
                                                             driverSettings(group.format));
     manager_->setExportPauseSeconds(0);
-    manager_->setFrameRenderingCompleteBlock([shared = shared_](int64_t) { ++shared->frames; });
+    manager_->setFrameRenderingCompleteBlock([shared = shared_](int64_t) { shared->countFrame(); });
     player_ = QVMediaManage::initWithRenderManager(manager_, false);
     player_->setIsRec(true);
     player_->setOnSceneGroupRenderingCompleteBlock([shared = shared_] {
@@ -83,7 +87,7 @@ int64_t GroupRun::play() {
 }
 
 bool GroupRun::isOver() {
-    return shared_->isComplete || shared_->frames >= frameLimit_ || shared_->failure();
+    return shared_->isComplete || shared_->frames >= shared_->frameLimit || shared_->failure();
 }
 
 void GroupRun::waitFor(const std::function<bool()>& isDone) {

@@ -27,7 +27,7 @@ class GroupRun {
     /// Called on the render queue in each frame with its number, before it is drawn. Before play().
     void setSampler(std::function<void(int64_t frame, const RenderDriver&)> sampler);
     /// Ends the run after this many frames instead of at the group's end. Before play().
-    void setFrameLimit(int64_t frames) { frameLimit_ = frames; }
+    void setFrameLimit(int64_t frames) { shared_->frameLimit = frames; }
 
     /// Plays the group and returns the number of frames rendered. Throws platform::Error: what ended the run,
     /// or Cancelled when a stop was requested.
@@ -44,10 +44,12 @@ class GroupRun {
     /// What the render queue tells; callbacks may outlive the run.
     struct Shared {
         std::atomic<int64_t> frames{0};
+        int64_t frameLimit = INT64_MAX;
         std::atomic<bool> isComplete{false};
         std::mutex mutex;
         std::optional<platform::Error> error;
 
+        void countFrame();
         void fail(const platform::Error& failure);
         std::optional<platform::Error> failure();
     };
@@ -63,7 +65,6 @@ class GroupRun {
     std::shared_ptr<Shared> shared_;
     std::shared_ptr<QVMultiSceneRenderManager> manager_;
     std::shared_ptr<QVMediaManage> player_;
-    int64_t frameLimit_ = INT64_MAX;
     double startSeconds_ = 0, reportedSeconds_ = 0;
 };
 

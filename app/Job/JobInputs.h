@@ -14,6 +14,7 @@ struct JobInputs {
 
     std::vector<Given> texts;         ///< value: the text itself
     std::vector<Given> photos;        ///< value: a file
+    std::vector<Given> videos;        ///< value: a file
     std::filesystem::path mediaFile;  ///< a JSON object from key to text, number or path; empty: none
 };
 

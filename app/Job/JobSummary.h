@@ -19,6 +19,7 @@ struct JobSummary {
     std::filesystem::path output;
     MediaFormat format;
     int64_t frames = 0;      ///< rendered
+    int64_t pictures = 0;    ///< written as picture files; 0 for a video
     double wallSeconds = 0;  ///< of the whole job
     /// What was left out, each once: missing files, shaders that do not build.
     std::vector<RenderReport::Entry> skipped;

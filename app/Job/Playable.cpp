@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "app/Check/OwnIdentifier.h"
 #include "app/Job/JobFolder.h"
 #include "app/Model/TemplateFolder.h"
 #include "app/data/QVDataManager.h"
@@ -24,8 +25,7 @@ using platform::Value;
 
 namespace {
 
-/// No "renderMapKey" starts a key with it, so key + identifier never is the key of another value.
-constexpr const char* kOwnIdentifier = "#1";
+const std::string kOwnIdentifier = std::string(1, kOwnIdentifierMark) + "1";
 constexpr const char* kMusicName = "bg-audio.mp3";
 
 Value::Array ownScene(int64_t sceneId) {

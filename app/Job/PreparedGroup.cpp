@@ -24,7 +24,6 @@ using platform::Value;
 namespace {
 
 constexpr const char* kGroupName = "sceneGroup.plist";
-constexpr int kLeastPhotoSide = 2048;  // pixels
 
 Playable open(const RenderRequest& request, const JobFolder& job) {
     FileGate& gate = FileGate::shared();
@@ -32,11 +31,6 @@ Playable open(const RenderRequest& request, const JobFolder& job) {
     gate.allowFolder(platform::resourcesFolder());
     gate.allowFolder(job.path());
     return request.isSceneGroupFile ? openSceneGroupFile(request.source) : openPlayable(request.source, job);
-}
-
-/// Photos may be shown enlarged, so they keep twice the picture's size.
-int photoSide(const MediaFormat& format) {
-    return std::max(2 * std::max(format.width, format.height), kLeastPhotoSide);
 }
 
 Value groupOf(const Playable& playable, const Value::Dictionary& userMediaMap) {
@@ -103,12 +97,12 @@ void addNotes(PreparedGroup& prepared) {
 
 }  // namespace
 
-PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job) {
+PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, const std::stop_token& stop) {
     PreparedGroup prepared;
     prepared.playable = open(request, job);
     SceneCatalogue::setShared(prepared.playable.catalogue);
     prepared.format = formatOf(request, prepared.playable);
-    UserValues values = collectUserValues(request.inputs, prepared.playable, job, photoSide(prepared.format));
+    UserValues values = collectUserValues(request.inputs, prepared.playable, job, prepared.format, stop);
     prepared.missingInputs = std::move(values.missing);
     prepared.group = groupOf(prepared.playable, values.map);
     prepared.totalFrames = prepared.group.integer("sceneGroupFpsTotal");

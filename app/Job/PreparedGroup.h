@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,6 @@ struct PreparedGroup {
 
 /// Opens the source, takes in the user's values, writes the scene-group file and validates all of it. Sets
 /// the process up for this one group: gate, scene folder, catalogue, group folders. Throws platform::Error.
-PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job);
+PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, const std::stop_token& stop);
 
 }  // namespace multiscene

@@ -11,7 +11,7 @@ JobSummary traceFrames(const TraceRequest& request, const std::function<void(con
                        JobObserver& observer, std::stop_token stop) {
     const double start = platform::monotonicSeconds();
     const JobFolder job;
-    const PreparedGroup group = prepareGroup(request, job);
+    const PreparedGroup group = prepareGroup(request, job, stop);
     for (const std::string& note : group.notes) observer.jobNote(note);
 
     std::shared_ptr<FrameSink> sink;

@@ -8,6 +8,7 @@
 #include "app/Job/AskedKeys.h"
 #include "app/Job/JobFolder.h"
 #include "app/Job/UserText.h"
+#include "app/Job/UserVideo.h"
 #include "app/Model/QVUserPhotoInputModel.h"
 #include "app/Model/QVUserTextInputModel.h"
 #include "platform/base/FileGate.h"
@@ -25,14 +26,22 @@ using platform::Value;
 namespace {
 
 constexpr uint64_t kMaxMediaFileBytes = 4u << 20;
+constexpr int kLeastPhotoSide = 2048;  // pixels
+
+/// Photos may be shown enlarged, so they keep twice the picture's size.
+int photoSide(const MediaFormat& format) {
+    return std::max(2 * std::max(format.width, format.height), kLeastPhotoSide);
+}
 
 class Collector {
   public:
-    Collector(const Playable& playable, const JobFolder& job, int maxPhotoSide)
+    Collector(const Playable& playable, const JobFolder& job, const MediaFormat& format,
+              const std::stop_token& stop)
         : asked_(askedKeysOf(playable)),
           identifiers_(playable.identifiers()),
           job_(job),
-          maxPhotoSide_(maxPhotoSide) {}
+          format_(format),
+          stop_(stop) {}
 
     void addText(const std::string& key, const std::string& text) {
         const AskedFor& asked = require(key, InputKind::Text);
@@ -45,9 +54,19 @@ class Collector {
         const FileGate::Opened opened = openInput(key, photo);
         const fs::path prepared = job_.file("photo-" + std::to_string(stored_.size()));
         const auto* shape = dynamic_cast<const QVUserPhotoInputModel*>(asked.input.get());
-        platform::prepareUserPhoto(opened.file, prepared, aspectOf(shape), maxPhotoSide_,
+        platform::prepareUserPhoto(opened.file, prepared, aspectOf(shape), photoSide(format_),
                                    {photo.string(), ErrorKind::Input});
         store(key, prepared.string());
+    }
+
+    void addVideo(const std::string& key, const fs::path& video) {
+        require(key, InputKind::Video);
+        openInput(key, video);
+        const UserVideo prepared =
+            userVideoAtRate(fs::absolute(video).lexically_normal(), format_.framesPerSecond,
+                            job_.file("video-" + std::to_string(stored_.size()) + ".mp4"), stop_);
+        store(key, prepared.file.string());
+        videoFrames_ = videoFrames_.value_or(prepared.frames);
     }
 
     void addMediaFile(const fs::path& file) {
@@ -63,6 +82,7 @@ class Collector {
 
     UserValues result(const Playable& playable) {
         UserValues values;
+        if (videoFrames_) stored_.try_emplace(kUserVideoFrames, *videoFrames_);
         for (const auto& input : playable.inputs) {
             if (stored_.contains(input->renderMapKey())) continue;
             values.missing.push_back(input->renderMapKey());
@@ -96,6 +116,8 @@ class Collector {
         const fs::path path = fs::absolute(file).parent_path() / value.stringValue();
         if (asked.kind == InputKind::Photo)
             addPhoto(key, path);
+        else if (asked.kind == InputKind::Video)
+            addVideo(key, path);
         else if (asked.kind == InputKind::File)
             addFile(key, path);
         else if (value.isString())
@@ -129,11 +151,15 @@ class Collector {
 
     const AskedFor& require(const std::string& key, InputKind given) {
         const AskedFor& asked = requireKnown(key);
-        const bool fits = (given == InputKind::Text) == (asked.kind == InputKind::Text);
-        if (!fits)
+        if (!fits(given, asked.kind))
             throw Error(ErrorKind::Input,
                         std::string("the template asks for ") + inputKindName(asked.kind) + " here", "", key);
         return asked;
+    }
+
+    /// A file that a scene looks up may be a photo or a video.
+    static bool fits(InputKind given, InputKind asked) {
+        return given == asked || (given != InputKind::Text && asked == InputKind::File);
     }
 
     Error unknownKey(const std::string& key) const {
@@ -162,17 +188,20 @@ class Collector {
     AskedKeys asked_;
     std::set<std::string> identifiers_;
     const JobFolder& job_;
-    int maxPhotoSide_;
+    const MediaFormat& format_;
+    const std::stop_token& stop_;
     Value::Dictionary stored_;
+    std::optional<int64_t> videoFrames_;
 };
 
 }  // namespace
 
 UserValues collectUserValues(const JobInputs& given, const Playable& playable, const JobFolder& job,
-                             int maxPhotoSide) {
-    Collector collector(playable, job, maxPhotoSide);
+                             const MediaFormat& format, const std::stop_token& stop) {
+    Collector collector(playable, job, format, stop);
     for (const JobInputs::Given& text : given.texts) collector.addText(text.key, text.value);
     for (const JobInputs::Given& photo : given.photos) collector.addPhoto(photo.key, photo.value);
+    for (const JobInputs::Given& video : given.videos) collector.addVideo(video.key, video.value);
     if (!given.mediaFile.empty()) collector.addMediaFile(given.mediaFile);
     return collector.result(playable);
 }

@@ -1,6 +1,7 @@
 // From what the user gave to the user media map of a scene group.
 #pragma once
 
+#include <stop_token>
 #include <string>
 #include <vector>
 
@@ -20,10 +21,12 @@ struct UserValues {
 };
 
 /// Judges and collects the user's values. Photos are turned upright, cropped to the shape that the template
-/// asks for and written into the job's folder, no side longer than `maxPhotoSide` pixels; the gate is opened
-/// for every file given. Throws platform::Error(Input): a key that the template does not ask for, a missing
-/// or unreadable file, a text over its limits; Error(Usage) for a key given twice.
+/// asks for and written into the job's folder, no side longer than twice the picture's. A video is brought to
+/// the rate of the picture; the first one's number of frames goes into the map as "userVideo_totalFps". The
+/// gate is opened for every file given. Throws platform::Error(Input): a key that the template does not ask
+/// for, a missing or unreadable file, a text over its limits; Error(Usage) for a key given twice;
+/// Error(Cancelled).
 UserValues collectUserValues(const JobInputs& given, const Playable& playable, const JobFolder& job,
-                             int maxPhotoSide);
+                             const MediaFormat& format, const std::stop_token& stop);
 
 }  // namespace multiscene

@@ -58,7 +58,7 @@ JobSummary makeVideo(const VideoRequest& request, JobObserver& observer, std::st
     const double start = platform::monotonicSeconds();
     const OutputFile output(request.output);
     const JobFolder job;
-    const PreparedGroup group = prepareGroup(request, job);
+    const PreparedGroup group = prepareGroup(request, job, stop);
     for (const std::string& note : group.notes) observer.jobNote(note);
 
     const auto exporter = makeExporter(request, group, job);
