@@ -17,7 +17,7 @@ using platform::Value;
 
 namespace {
 
-constexpr double kPlainInterval = 1;  // seconds between lines of progress that nobody watches
+constexpr double kPlainInterval = 2;  // seconds between lines of progress that nobody watches
 
 template <typename... Arguments>
 std::string format(const char* pattern, Arguments... arguments) {
@@ -143,7 +143,9 @@ void Console::drawBar(const JobProgress& progress) {
 void Console::printProgress(const JobProgress& progress) {
     const double now = platform::monotonicSeconds();
     const bool isLast = progress.frame == progress.totalFrames;
-    if (progress.frame == printedFrame_ || (!isLast && now - printedSeconds_ < kPlainInterval)) return;
+    if (progress.frame == 0 || progress.frame == printedFrame_ ||
+        (!isLast && now - printedSeconds_ < kPlainInterval))
+        return;
     printedSeconds_ = now;
     printedFrame_ = progress.frame;
     line(progressText(progress));

@@ -2,6 +2,7 @@
 
 #include <fstream>
 
+#include "platform/archive/ZipWriter.h"
 #include "platform/base/Json.h"
 #include "platform/base/PropertyList.h"
 #include "tests/program/ProgramTest.h"
@@ -151,6 +152,43 @@ TEST_F(MakeTest, PlaysASceneGroupFileAgainstTheCatalogueOfTheHome) {
     EXPECT_EQ(result.exitCode, 3) << "an empty catalogue has no such scene";
     EXPECT_THAT(result.errors, HasSubstr("scene[0].mainSceneId"));
     EXPECT_EQ(multiscene({"render", folder.file("group.plist"), "-o", output()}).exitCode, 2);
+}
+
+TEST_F(MakeTest, BringsAVideoOfTheUserToTheRateOfTheTemplate) {
+    SmallTemplate small;
+    Value::Dictionary film = quad("film", "clip");
+    film["TextureInfo"] =
+        Value::Dictionary{{"textureType", "mp4Video"}, {"texture", "clip"}, {"videoFps", 10}};
+    small.nodes = {film};
+    small.clock["FpsInfo"] = Value::Dictionary{{"startFps", 0}, {"endFps", "userVideo_totalFps"}};
+    small.record["fpsLength"] = 0;
+    small.record["sourceType"] = 7;
+    const auto path = small.write(folder.path());
+    writeVideo(folder.path() / "slow.mp4", 4, 5);
+    const Result result =
+        multiscene({"make", path, "--video", "clip=" + folder.file("slow.mp4"), "-o", output(), "--json"});
+    ASSERT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_THAT(result.jsonLines().back().array("skipped"), IsEmpty()) << result.output;
+    EXPECT_EQ(result.jsonLines()[0].integer("total"), 8) << "4 pictures at 5 are 8 frames at 10 a second";
+
+    EXPECT_EQ(multiscene({"make", path, "--video", "clip=" + photo("no.png"), "-o", output()}).exitCode, 4);
+    EXPECT_EQ(multiscene({"make", path, "--photo", "clip=" + photo("no.png"), "-o", output()}).exitCode, 4);
+}
+
+TEST_F(MakeTest, PlaysAZipLikeItsFolder) {
+    const auto path = SmallTemplate().write(folder.path());
+    platform::writeZip(folder.path() / "packed.zip", {{"small/small.plist", path / "small.plist"},
+                                                      {"small/scene.plist", path / "scene.plist"},
+                                                      {"small/red.png", path / "red.png"}});
+    const auto frame = [&](const std::string& source, const std::string& name) {
+        const Result result = multiscene(
+            {"frames", folder.file(source), "--at", "2", "--text", "title=Hi", "-o", folder.file(name)});
+        EXPECT_EQ(result.exitCode, 0) << result.errors;
+        return contentOf(folder.path() / name / "frame-000002.png");
+    };
+    EXPECT_EQ(frame("small", "a"), frame("packed.zip", "b"));
+    EXPECT_EQ(multiscene({"check", folder.file("packed.zip")}).exitCode, 0);
+    EXPECT_THAT(leftBehind(), IsEmpty());
 }
 
 TEST_F(MakeTest, WarnsThatAnotherRateChangesTheSpeed) {
