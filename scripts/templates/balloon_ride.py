@@ -21,7 +21,7 @@ def build(root):
                        photo_input("photo", 4, 3, ("A photo", "照片", "写真"))]
     dusk_video(template.file("res/dusk.mp4"))
     places = [banner_corners(frame / FRAMES) for frame in range(FRAMES)]
-    template.file("track/banner.xml").write_text(track.xml(places, WIDTH, HEIGHT))
+    track.write(template.file("res/banner.track"), track.xml(places, WIDTH, HEIGHT))
     paint.save_png(cloth(), template.file("res/cloth.png"))
     paint.save_png(glimmer(), template.file("res/star.png"))
     template.scene("scene.plist", FRAMES, scene_file())
@@ -250,7 +250,7 @@ def glimmer():
 def pinned(texture, depth, name):
     """A quad on the track; the track's unit square is scaled to the frame."""
     return scene.node("QVQuadTrackObject3D", scene.span(0, LAST, depth), name, TextureInfo=texture, QuadInfo=scene.box(1, 1),
-                      TrackInfo={"trackFliePath": scene.ROOT + "track/banner.track"},
+                      TrackInfo={"trackFliePath": scene.ROOT + "res/banner.track"},
                       TransformArray=scene.still(0, scale=(WIDTH, HEIGHT, 1)))
 
 
@@ -266,7 +266,8 @@ def stars():
 
 
 def star(random, first):
-    spot = (random.uniform(-330, 330), random.uniform(330, 610), 0)
+    # Beside the balloon, on either side.
+    spot = (random.choice((-1, 1)) * random.uniform(235, 345), random.uniform(250, 500), 0)
     size = random.uniform(26, 54)
     twinkle = scene.swing("scale", first, LAST, random.randint(12, 20), (0.25, 0.25, 1), (1, 1, 1))
     inner = scene.quad(scene.image("res/star.png"), scene.box(size, size), scene.span(first, LAST), "star",

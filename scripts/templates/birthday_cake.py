@@ -35,7 +35,8 @@ def pictures(template):
     pvr.write(template.file("res/wall0.pvr.gz"), wall(), "rgb565")
     pvr.write(template.file("res/table0.pvr.gz"), table(), "rgb888", levels=4)
     pvr.write(template.file("res/shade0.pvr"), shade(), "a8")
-    pvr.write(template.file("res/glow0.pvr.gz"), glow(), "l8")
+    pvr.write(template.file("res/glow0.pvr.gz"), glow("#ffb469"), "rgb888")
+    pvr.write(template.file("res/haze0.pvr.gz"), glow("#ffffff"), "l8")
     pvr.write(template.file("res/star0.pvr"), star(), "la88")
 
 
@@ -67,10 +68,10 @@ def shade():
     return surface
 
 
-def glow():
+def glow(tint):
     """Light on black, to be added to what is there."""
     surface, pen = paint.canvas(256, 256, "#000000")
-    samples.glow(pen, 128, 128, 128, "#ffffff", 1.0)
+    samples.glow(pen, 128, 128, 128, tint, 1.0)
     return surface
 
 
@@ -288,7 +289,7 @@ def still_pvr(name, extension="pvr.gz"):
 
 
 CANDLES = ((-92, 0), (-46, 10), (0, 14), (46, 10), (92, 0))
-CAKE = (0, -300)
+CAKE = (0, -330)
 
 
 def scene_file():
@@ -302,30 +303,33 @@ def room():
     board = scene.quad(still_pvr("table"), scene.box(WIDTH, 190, at=(0, -545, 0)), fps(290), "table")
     lights = scene.quad(scene.image("res/garland.png"), scene.box(760, 150), fps(200), "garland",
                         TransformArray=scene.Motion(0, (0, 720, 0)).to(34, at=(0, 570, 0), ease=scene.BACK_OUT).items())
+    haze = scene.node("QVQuadBlendObject3D", fps(285), "haze", TextureInfo=still_pvr("haze"),
+                      QuadInfo=scene.box(1000, 1000, at=(0, 160, 0)), BlendInfo={"srcBlend": 770, "decBlend": 1},
+                      AnimationInfo=[scene.fade(0, 40, 0, 0.14)])
     warm = scene.node("QVQuadBlendObject3D", scene.span(30, LAST, 280), "warm light", TextureInfo=still_pvr("glow"),
                       QuadInfo=scene.box(1100, 1100, at=(0, -140, 0)), BlendInfo={"srcBlend": 770, "decBlend": 1},
                       AnimationInfo=[scene.fade(30, 60, 0, 0.3), scene.fade(61, OUT - 1, 0.3, 0.34), scene.fade(OUT, OUT + 14, 0.34, 0.08)])
-    return [back, board, lights, warm]
+    return [back, board, lights, haze, warm]
 
 
 def photo():
-    motion = scene.Motion(6, (0, 236, 0), 0.4).to(44, scale=1.0, ease=scene.BACK_OUT)
+    motion = scene.Motion(6, (0, 148, 0), 0.4).to(44, scale=1.0, ease=scene.BACK_OUT)
     fps = scene.span(6, LAST)
-    parts = [scene.faded(scene.image("res/empty.png"), scene.box(420, 420), fps, "empty", [scene.fade(6, 20, 0, 1)]),
-             scene.node("QVQuadMaskObject3D", fps, "photo", TextureInfo=scene.user_image("photo"), QuadInfo=scene.box(366, 366),
+    parts = [scene.faded(scene.image("res/empty.png"), scene.box(400, 400), fps, "empty", [scene.fade(6, 20, 0, 1)]),
+             scene.node("QVQuadMaskObject3D", fps, "photo", TextureInfo=scene.user_image("photo"), QuadInfo=scene.box(349, 349),
                         MaskInfo=scene.image("res/disc.png"), AnimationInfo=[
                             {"sartFps": 6, "endFps": 26, "ease": scene.SINE_OUT, "startMaskAlpha": 0.0, "endMaskAlpha": 1.0}]),
-             scene.faded(scene.image("res/rim.png"), scene.box(420, 420), fps, "rim", [scene.fade(6, 20, 0, 1)])]
+             scene.faded(scene.image("res/rim.png"), scene.box(400, 400), fps, "rim", [scene.fade(6, 20, 0, 1)])]
     return scene.group(scene.span(6, LAST, 150), parts, "photo frame", TransformArray=motion.items(),
                        MutableTransformArray=scene.swing("translate", 45, LAST, 44, (0, 0, 0), (0, 12, 0)))
 
 
 def captions():
-    top = scene.faded(scene.words("title", 74, 700, 210, "#ffe2a6"), scene.box(700, 150, 1), scene.span(40, LAST, 20), "title",
-                      [scene.fade(40, 56, 0, 1)], TransformArray=scene.Motion(40, (0, 486, 0), 0.7).to(
+    top = scene.faded(scene.words("title", 76, 700, 200, "#ffe2a6"), scene.box(560, 160, 1), scene.span(40, LAST, 20), "title",
+                      [scene.fade(40, 56, 0, 1)], TransformArray=scene.Motion(40, (0, 444, 0), 0.7).to(
                           66, scale=1.0, ease=scene.BACK_OUT).items())
     name = scene.faded(scene.words("name", 64, 420, 96, "#ffffff"), scene.box(420, 96, 1), scene.span(60, LAST, 20), "name",
-                       [scene.fade(60, 78, 0, 1)], TransformArray=scene.Motion(60, (0, -40, 0)).to(84, at=(0, -14, 0)).items())
+                       [scene.fade(60, 78, 0, 1)], TransformArray=scene.Motion(60, (0, -630, 0)).to(84, at=(0, -594, 0), ease=scene.BACK_OUT).items())
     return [top, name]
 
 
@@ -354,7 +358,7 @@ def flames(i, x, y):
                        scene.span(out + 1, min(LAST, out + 41)), "smoke")
     halo = scene.node("QVQuadBlendObject3D", scene.span(lit, out), "halo", TextureInfo=still_pvr("glow"),
                       QuadInfo=scene.box(190, 190, at=(x, y + 24, 0)), BlendInfo={"srcBlend": 770, "decBlend": 1},
-                      AnimationInfo=[scene.fade(lit, lit + 8, 0, 0.5), scene.fade(lit + 9, out, 0.5, 0.36)])
+                      AnimationInfo=[scene.fade(lit, lit + 8, 0, 0.4), scene.fade(lit + 9, out, 0.4, 0.3)])
     return [halo, flame_node, trail]
 
 
@@ -364,10 +368,10 @@ def gifts():
     for side, first in ((-1, 56), (1, 66)):
         box_ = scene.quad(series("res/present/present", 0, 7, "pvr.gz", 4, kind=2, to_and_fro=True), scene.box(150, 180),
                           scene.span(first, LAST, 90), "present",
-                          TransformArray=scene.Motion(first, (side * 470, -500, 0)).to(first + 30, at=(side * 282, -500, 0),
+                          TransformArray=scene.Motion(first, (side * 470, -500, 0)).to(first + 30, at=(side * 282, -510, 0),
                                                                                        ease=scene.BACK_OUT).items())
         spark = scene.quad(series("res/spark/spark", 1, 10, "png", 2, to_and_fro=True), scene.box(240, 320),
-                           scene.span(first + 20, LAST, 95), "sparks", TransformArray=scene.still(first + 20, (side * 262, -300, 0)))
+                           scene.span(first + 20, LAST, 95), "sparks", TransformArray=scene.still(first + 20, (side * 262, -310, 0)))
         out += [spark, box_]
     return out
 

@@ -10,7 +10,9 @@ from kit.package import Template, photo_input, text_input
 
 WIDTH, HEIGHT, FRAMES = 720, 1280, 180
 LAST = FRAMES - 1
-GREEN, VIOLET, PINK, YELLOW = "#00c832", "#5b2a86", "#ff5d8f", "#ffd166"
+GREEN, PINK, YELLOW = "#00c832", "#ff5d8f", "#ffd166"
+# Grey keys cleanly: a hair that the backdrop shines through holds no hue but the backdrop's.
+SILVER = {"light": "#e4e6ec", "fur": "#c3c7d1", "dark": "#b4b8c4", "stripe": "#80859a", "eye": "#ffcf5c", "rim": "#c9741c"}
 CW, CH = 540, 720
 
 
@@ -60,7 +62,7 @@ def fur_ring(seed):
     """Hairs around a circle: angle, length, width, tint, opacity."""
     random = paint.scattered(seed)
     return [(2 * math.pi * i / 420 + random.uniform(-0.01, 0.01), random.uniform(14, 38), random.uniform(1.0, 2.6),
-             random.choice(("#f0a052", "#e88f45", "#f8b368", "#d9803a")), random.uniform(0.55, 1.0)) for i in range(420)]
+             random.choice(("#c9ccd6", "#b4b8c4", "#e4e6ec", "#a3a8b6")), random.uniform(0.55, 1.0)) for i in range(420)]
 
 
 def hairs(pen, ring, x, y, width, height, sway):
@@ -80,20 +82,20 @@ def hairs(pen, ring, x, y, width, height, sway):
 def tail(pen, lean):
     pen.move_to(110, -60)
     pen.curve_to(230, -70, 220 + 40 * lean, -210, 190 + 70 * lean, -290)
-    paint.stroke(pen, "#e08a40", 44)
+    paint.stroke(pen, "#aeb3c0", 44)
     paint.circle(pen, 190 + 70 * lean, -290, 22)
-    paint.fill(pen, "#fff3e2")
+    paint.fill(pen, "#fbfbfd")
 
 
 def body(pen, ring, bounce):
     hairs(pen, ring, 0, -130, 148, 150 + 8 * bounce, 0)
     paint.ellipse(pen, 0, -130, 150, 152 + 8 * bounce)
-    paint.fill(pen, paint.radial((-30, -180), 240, ((0, "#f5ab5e"), (1, "#e08a40"))))
+    paint.fill(pen, paint.radial((-30, -180), 240, ((0, "#d9dbe3"), (1, "#aeb3c0"))))
     paint.ellipse(pen, 0, -110, 88, 108)
-    paint.fill(pen, "#fff3e2")
+    paint.fill(pen, "#fbfbfd")
     for side in (-1, 1):
         paint.ellipse(pen, side * 82, -20, 62, 32)
-        paint.fill(pen, "#f0a052")
+        paint.fill(pen, "#c9ccd6")
 
 
 def arm(pen, side, lift):
@@ -103,9 +105,9 @@ def arm(pen, side, lift):
     pen.rotate(-side * lift)
     pen.move_to(0, 0)
     pen.line_to(0, 118)
-    paint.stroke(pen, "#e88f45", 58)
+    paint.stroke(pen, "#b9bdc8", 58)
     paint.circle(pen, 0, 126, 34)
-    paint.fill(pen, "#fff3e2")
+    paint.fill(pen, "#fbfbfd")
     for x in (-14, 0, 14):
         paint.ellipse(pen, x, 148, 6, 8)
         paint.fill(pen, "#f3a6a0")
@@ -119,7 +121,7 @@ def head(pen, ring, lean, bounce):
     hairs(pen, ring, 0, 6, 180, 152, 0.05 * lean)
     pen.scale(0.68, 0.68)
     pen.translate(-450, -430)
-    samples.cat_head(pen, "#ffcf5c", "#c9741c")
+    samples.cat_head(pen, SILVER)
     hat(pen)
     pen.restore()
 
@@ -283,8 +285,8 @@ def scene_file():
     clock = {"type": "QVChromaKeyVideoBgObject",
              "VideoInfo": {"msaterVideoPath": scene.ROOT + "res/cat.mp4", "videoFps": 30}, "name": "cat",
              "ChromaKeyInfo": {"ChromaKeyColor": scene.vector(*paint.colour(GREEN)), "maxEclosion": 0.55},
-             "FpsInfo": scene.span(0, LAST, 40), "QuadInfo": scene.box(648, 864),
-             "TransformArray": scene.Motion(0, (0, -1120, 0)).hold(15).to(48, at=(0, -196, 0), ease=scene.BACK_OUT).items()}
+             "FpsInfo": scene.span(0, LAST, 40), "QuadInfo": scene.box(600, 800),
+             "TransformArray": scene.Motion(0, (0, -1120, 0)).hold(15).to(48, at=(0, -232, 0), ease=scene.BACK_OUT).items()}
     return {"Camera": scene.orthographic(WIDTH, HEIGHT), "TimeSource": clock,
             "object3D": [*stage(), photo(), *balloons(), *captions(), *burst()]}
 
@@ -294,11 +296,11 @@ def stage():
     back = scene.quad(scene.image("res/wall.png"), scene.box(WIDTH, HEIGHT), fps(300), "wall")
     shine = scene.node("QVQuadBlendObject3D", fps(290), "rays", TextureInfo=scene.image("res/rays.png"),
                        QuadInfo=scene.box(1700, 1700), BlendInfo={"srcBlend": 770, "decBlend": 1},
-                       AnimationInfo=[scene.fade(0, 40, 0, 0.4)],
-                       MutableTransformArray=[scene.glide("translate", 0, LAST, (0, 180, 0), (0, 180, 0)),
+                       AnimationInfo=[scene.fade(0, 40, 0, 0.32)],
+                       MutableTransformArray=[scene.glide("translate", 0, LAST, (0, 164, 0), (0, 164, 0)),
                                               scene.glide("rotate", 0, LAST, (0, 0, 0), (0, 0, 60))])
     flags = scene.quad(scene.image("res/bunting.png"), scene.box(760, 190), fps(100), "bunting",
-                       TransformArray=scene.Motion(0, (0, 760, 0)).to(30, at=(0, 566, 0), ease=scene.BOUNCE_OUT).items())
+                       TransformArray=scene.Motion(0, (0, 760, 0)).to(30, at=(0, 586, 0), ease=scene.BOUNCE_OUT).items())
     ground = scene.faded(scene.image("res/floor.png"), scene.box(560, 110), scene.span(24, LAST, 60), "shadow",
                          [scene.fade(24, 48, 0, 1)], TransformArray=scene.still(24, (0, -604, 0)))
     return [back, shine, *(spot(side) for side in (-1, 1)), flags, ground]
@@ -308,18 +310,18 @@ def spot(side):
     """A beam that swings about its upper end."""
     beam = scene.node("QVQuadBlendObject3D", scene.span(0, LAST), "beam", TextureInfo=scene.image("res/light.png"),
                       QuadInfo=scene.box(420, 1300, at=(0, -650, 0)), BlendInfo={"srcBlend": 770, "decBlend": 1},
-                      AnimationInfo=[scene.fade(0, 30, 0, 0.45)],
+                      AnimationInfo=[scene.fade(0, 30, 0, 0.3)],
                       MutableTransformArray=scene.swing("rotate", 0, LAST, 44, (0, 0, side * 8), (0, 0, side * 40)))
     return scene.group(scene.span(0, LAST, 200), [beam], TransformArray=scene.still(0, (side * 300, 690, 0)))
 
 
 def photo():
-    motion = scene.Motion(8, (0, 250, 0), 0.001, 90).to(48, scale=1.0, rotate=0, ease=scene.ELASTIC_OUT)
-    fps, size = scene.span(8, LAST), scene.box(510, 510)
+    motion = scene.Motion(8, (0, 164, 0), 0.001, 90).to(48, scale=1.0, rotate=0, ease=scene.ELASTIC_OUT)
+    fps, size = scene.span(8, LAST), scene.box(430, 430)
     blank = scene.quad(scene.image("res/empty.png"), size, fps, "empty")
     picture = scene.node("QVQuadMaskObject3D", fps, "photo", TextureInfo=scene.user_image("photo"), QuadInfo=size,
                          MaskInfo=scene.image("res/disc.png"))
-    rim = scene.quad(scene.image("res/ring.png"), scene.box(640, 640), fps, "ring",
+    rim = scene.quad(scene.image("res/ring.png"), scene.box(540, 540), fps, "ring",
                      MutableTransformArray=[scene.glide("rotate", 8, LAST, (0, 0, 0), (0, 0, -70))])
     return scene.group(scene.span(8, LAST, 120), [blank, picture, rim], "photo frame", TransformArray=motion.items(),
                        ComponentsInfo=[scene.sound("res/pop.mp3", 10, 30, "pop", 0.6)])
@@ -341,14 +343,14 @@ def rising(x, kind, first):
 
 def captions():
     title = scene.faded(scene.words("title", 92, 690, 130, "#ffffff"), scene.box(690, 130, 1), scene.span(52, LAST, 20), "title",
-                        [scene.fade(52, 60, 0, 1)], TransformArray=scene.Motion(52, (0, 520, 0), 2.2, -6).to(
+                        [scene.fade(52, 60, 0, 1)], TransformArray=scene.Motion(52, (0, 456, 0), 2.2, -6).to(
                             74, scale=1.0, rotate=-3, ease=scene.BACK_OUT).items(),
                         ComponentsInfo=[scene.sound("res/horn.mp3", 54, 110, "horn", 0.5)])
     rise = lambda first, y: scene.Motion(first, (0, y - 200, 0)).to(first + 28, at=(0, y, 0), ease=scene.BACK_OUT).items()
     label = scene.quad(scene.image("res/plate.png"), scene.box(660, 110), scene.span(72, LAST, 30), "plate",
                        TransformArray=rise(72, -566))
     message = scene.faded(scene.words("message", 38, 600, 70, "#ffffff", "Noto Sans"), scene.box(600, 70, 1),
-                          scene.span(76, LAST, 20), "message", TransformArray=rise(76, -563))
+                          scene.span(72, LAST, 20), "message", TransformArray=rise(72, -563))
     return [title, label, message]
 
 

@@ -45,7 +45,7 @@ def scenes(template):
 
 def sample_inputs(template):
     for name, picture in (("cover", samples.mountains(1200, 800)), ("first", samples.beach()), ("second", samples.cat()),
-                          ("last", samples.city(720, 1280))):
+                          ("last", samples.city())):
         paint.save_jpeg(picture, template.file(f"sample/{name}.jpg"))
     template.samples({"title": "Wanderlust", "place": "Somewhere, in June", "caption": "Salt on our skin,\na friend on the way",
                       "closing": "Until\nthe next one", "cover": "cover.jpg", "first": "first.jpg", "second": "second.jpg",
@@ -169,7 +169,7 @@ def line(key, size, width, height, tint, at, first, font=SERIF, rise=36, **more)
 
 
 def cover_scene():
-    zoom = [scene.glide("scale", 0, LAST, (1, 1, 1), (1.07, 1.07, 1))]
+    zoom = [scene.glide("scale", 0, LAST, (1.03, 1.03, 1), (1.09, 1.09, 1))]
     photo = scene.quad(scene.user_image("cover"), scene.box(WIDTH, HEIGHT, 1, blurred=True), scene.span(0, LAST, 150), "cover",
                        MutableTransformArray=zoom)
     rule = scene.quad(scene.image("res/line.png"), scene.box(440, 4), scene.span(22, LAST, 20), "rule",
@@ -229,9 +229,9 @@ void main()
     float grain = cloud(textureCoordinate * vec2(4.0, 7.0)) * 0.75 + 0.25 * (1.0 - textureCoordinate.y);
     float front = aplae * 1.3 - 0.15;
     float edge = smoothstep(front - 0.012, front + 0.012, grain);
-    float glow = 1.0 - smoothstep(0.0, 0.11, grain - front);
-    vec3 warm = mix(colour.rgb, vec3(1.0, 0.72, 0.36), 0.85 * glow);
-    gl_FragColor = vec4(warm + vec3(0.35) * pow(glow, 6.0), edge);
+    float glow = 1.0 - smoothstep(0.0, 0.06, grain - front);
+    vec3 warm = mix(colour.rgb, vec3(1.0, 0.66, 0.3), 0.9 * glow * glow);
+    gl_FragColor = vec4(warm + vec3(0.3) * pow(glow, 8.0), edge);
 }
 """
 

@@ -179,9 +179,12 @@ def card_texture():
     fps = scene.span(0, LAST, 0)
     photo = {"textureType": "filterImage", "texture": "product", "filterType": "imageSynthesis",
              "maskPhotoName": scene.ROOT + "res/gloss.png"}
-    parts = [scene.quad(scene.image("res/card.png"), scene.box(512, 512), fps, "card"),
-             scene.quad(photo, scene.box(512, 512, 2), fps, "product",
-                        MutableTransformArray=[scene.glide("scale", 0, LAST, (1.16, 1.16, 1), (1, 1, 1), scene.SINE_OUT)])]
+    # The picture slides back behind its mask, which stays.
+    zoom = {"sartFps": 0, "endFps": LAST, "startRotate": "0,0,0", "endRotate": "0,0,0", "rotateEase": scene.SINE_OUT,
+            "startTextureOrigin": "0.08,0.08", "endTextureOrigin": "0,0", "startTextureSize": "0.84,0.84", "endTextureSize": "1,1"}
+    masked = lambda texture, name, **parts: scene.node("QVQuadMaskObject3D", fps, name, TextureInfo=texture, QuadInfo=scene.box(512, 512),
+                                                       MaskInfo=scene.image("res/mask.png"), **parts)
+    parts = [masked(scene.image("res/card.png"), "card"), masked(photo, "product", TransformArray=[zoom])]
     return scene.group(scene.span(0, LAST, 1000, isRenderToTexture=True, textureSize="512,512", textureMapKey="card"), parts,
                        "card texture", CameraInfo=scene.orthographic(512, 512))
 
@@ -201,12 +204,10 @@ def card_and_reflection():
     """The card turns in; its mirror image below turns with it and fades downwards."""
     fps = scene.span(0, LAST)
     picture = {"textureType": "RTTTexture", "textureMapKey": "card"}
-    front = scene.node("QVQuadMaskObject3D", fps, "card", TextureInfo=picture, QuadInfo=scene.box(CARD, CARD),
-                       MaskInfo=scene.image("res/mask.png"), AnimationInfo=[
-                           {"sartFps": 0, "endFps": 20, "ease": 0, "startMaskAlpha": 0.0, "endMaskAlpha": 1.0}])
+    front = scene.faded(picture, scene.box(CARD, CARD), fps, "card", [scene.fade(0, 20, 0, 1)])
     mirror = scene.node("QVQuadTextureRenderSelectShaderObject3D", fps, "reflection", TextureInfo=picture,
                         QuadInfo=scene.box(CARD, CARD), TransformArray=scene.still(0, (0, -CARD - 14, 0), (1, -1, 1)),
-                        RenderInfo={"renderType": "QVAlphaGradualNoLight", "startAlpha": "0,0.34", "endAlpha": "0.42,0",
+                        RenderInfo={"renderType": "QVAlphaGradualNoLight", "startAlpha": "0.6,0", "endAlpha": "1,0.36",
                                     "interpolation": 3})
     light = scene.node("QVQuadCustomShaderOneVariable", scene.span(56, 92, 0, customShaderPath=shader.path("sweep"),
                                                                    isChangeBlend=True, srcBlend="SRC_ALPHA", dstBlend="ONE"),
@@ -252,13 +253,13 @@ def offer():
         scene.quad(scene.image("res/button.png"), scene.box(340, 97), scene.span(96, LAST), "button"),
         scene.quad(scene.words("call", 40, 330, 60, "#ffffff", "Noto Sans"), scene.box(280, 51, 1, at=(0, 6, 0)), scene.span(96, LAST),
                    "call")],
-        "call to action", TransformArray=scene.Motion(96, (270, -330, -FAR)).to(124, at=(270, -150, -FAR), ease=scene.BACK_OUT).items())
+        "call to action", TransformArray=scene.Motion(96, (270, -340, -FAR)).to(124, at=(270, -148, -FAR), ease=scene.QUINT_OUT).items())
     return [price, press, ticker()]
 
 
 def ticker():
     """A band whose texture runs along while the quad stands still."""
-    item = {"sartFps": 0, "endFps": LAST, "startTranslate": scene.vector(0, -376, -FAR + 10), "startScale": "1,1,1",
+    item = {"sartFps": 0, "endFps": LAST, "startTranslate": scene.vector(0, -338, -FAR), "startScale": "1,1,1",
             "startTextureOrigin": "0,0", "endTextureOrigin": "-6,0", "startTextureSize": "46,1", "endTextureSize": "46,1",
             "startRotate": "0,0,0", "endRotate": "0,0,0", "rotateEase": scene.LINEAR}
     return scene.faded(scene.image("res/tape.png"), scene.box(1900, 42), scene.span(0, LAST, 50), "ticker",

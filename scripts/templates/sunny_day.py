@@ -426,7 +426,7 @@ def title():
     motion = scene.Motion(52, (0, 430, 0), 0.8).to(80, at=(0, 490, 0), scale=1.0, ease=scene.BACK_OUT)
     words = scene.faded(scene.words("title", 88, 680, 130, INK), scene.box(680, 130, 1), scene.span(52, LAST, 60), "title",
                         [scene.fade(52, 68, 0, 1, scene.SINE_OUT)], TransformArray=motion.items(),
-                        ComponentsInfo=[scene.sound("res/chime.mp3", 56, 120, "chime", 0.45)])
+                        ComponentsInfo=[scene.sound("res/chime.mp3", 56, 136, "chime", 0.45)])
     line = scene.faded(scene.image("res/flourish.png"), scene.box(420, 56), scene.span(70, LAST, 60), "flourish",
                        [scene.fade(70, 80, 0, 1)],
                        TransformArray=scene.Motion(70, (0, 412, 0), (0.05, 1, 1)).to(100, scale=1.0).items())

@@ -230,10 +230,13 @@ def cat(width=900, height=900):
     return surface
 
 
-def cat_head(pen, eye_light="#b6d96a", eye_dark="#5f9440"):
+GINGER = {"light": "#f8b368", "fur": "#ee9a4f", "dark": "#e88f45", "stripe": "#c76f2e", "eye": "#b6d96a", "rim": "#5f9440"}
+
+
+def cat_head(pen, look=GINGER):
     """A head 540 wide around (450, 430)."""
     for side in (-1, 1):
-        for points, tint in ((((-70, -150), (-232, -330), (-250, -60)), "#ee9a4f"),
+        for points, tint in ((((-70, -150), (-232, -330), (-250, -60)), look["fur"]),
                              (((-110, -170), (-208, -278), (-222, -100)), "#f6bda0")):
             pen.new_path()
             for px, py in points:
@@ -241,23 +244,23 @@ def cat_head(pen, eye_light="#b6d96a", eye_dark="#5f9440"):
             pen.close_path()
             paint.fill(pen, tint)
     paint.ellipse(pen, 450, 440, 268, 228)
-    paint.fill(pen, paint.radial((420, 360), 340, ((0, "#f8b368"), (1, "#e88f45"))))
+    paint.fill(pen, paint.radial((420, 360), 340, ((0, look["light"]), (1, look["dark"]))))
     for x in (-60, 0, 60):
         paint.ellipse(pen, 450 + x, 262 + abs(x) * 0.15, 15, 52)
-        paint.fill(pen, "#c76f2e")
+        paint.fill(pen, look["stripe"])
     for side in (-1, 1):
-        cat_side(pen, side, eye_light, eye_dark)
+        cat_side(pen, side, look)
     paint.ellipse(pen, 450, 520, 24, 16)
     paint.fill(pen, "#d9606a")
 
 
-def cat_side(pen, side, eye_light, eye_dark):
+def cat_side(pen, side, look):
     paint.ellipse(pen, 450 + side * 46, 556, 66, 52)
     paint.fill(pen, "#fff3e2")
     paint.ellipse(pen, 450 + side * 108, 420, 54, 60)
     paint.fill(pen, "#ffffff")
     paint.ellipse(pen, 450 + side * 102, 424, 42, 50)
-    paint.fill(pen, paint.radial((450 + side * 102, 436), 54, ((0, eye_light), (1, eye_dark))))
+    paint.fill(pen, paint.radial((450 + side * 102, 436), 54, ((0, look["eye"]), (1, look["rim"]))))
     paint.ellipse(pen, 450 + side * 100, 424, 17, 42)
     paint.fill(pen, "#1d1a16")
     paint.circle(pen, 450 + side * 100 - 14, 402, 12)

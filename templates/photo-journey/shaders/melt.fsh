@@ -34,7 +34,7 @@ void main()
     float grain = cloud(textureCoordinate * vec2(4.0, 7.0)) * 0.75 + 0.25 * (1.0 - textureCoordinate.y);
     float front = aplae * 1.3 - 0.15;
     float edge = smoothstep(front - 0.012, front + 0.012, grain);
-    float glow = 1.0 - smoothstep(0.0, 0.11, grain - front);
-    vec3 warm = mix(colour.rgb, vec3(1.0, 0.72, 0.36), 0.85 * glow);
-    gl_FragColor = vec4(warm + vec3(0.35) * pow(glow, 6.0), edge);
+    float glow = 1.0 - smoothstep(0.0, 0.06, grain - front);
+    vec3 warm = mix(colour.rgb, vec3(1.0, 0.66, 0.3), 0.9 * glow * glow);
+    gl_FragColor = vec4(warm + vec3(0.3) * pow(glow, 8.0), edge);
 }
