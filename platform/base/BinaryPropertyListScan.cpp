@@ -70,9 +70,11 @@ class Scanner {
         const uint64_t at = bigEndian(tableOffset_ + object * offsetSize_, offsetSize_);
         if (at < headerSize || at >= tableOffset_) return false;
         const int kind = bytes_[at] >> 4;
-        if (kind != 0xA && kind != 0xD) return true;
+        const bool isText = kind == 0x5 || kind == 0x6, isContainer = kind == 0xA || kind == 0xD;
+        if (!isText && !isContainer) return true;
         uint64_t count = bytes_[at] & 0xF, first = at + 1;
         if (count == 0xF && !readCount(first, count)) return false;
+        if (isText) return textIsWhole(first, count, kind == 0x6 ? 2 : 1);
         if (kind == 0xD) count *= 2;
         if (count > (tableOffset_ - first) / referenceSize_) return false;
         for (uint64_t i = 0; i < count; ++i) {
@@ -82,6 +84,14 @@ class Scanner {
             total.values = std::min(total.values + child->values, saturation);
         }
         total.depth += 1;
+        return true;
+    }
+
+    /// The parser ends the program at a text with a zero in it.
+    bool textIsWhole(uint64_t at, uint64_t count, size_t unitSize) const {
+        if (count > (tableOffset_ - at) / unitSize) return false;
+        for (uint64_t i = 0; i < count; ++i)
+            if (bigEndian(at + i * unitSize, unitSize) == 0) return false;
         return true;
     }
 

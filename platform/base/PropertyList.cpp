@@ -182,6 +182,9 @@ Node parseBinary(std::span<const uint8_t> bytes, const std::string& name, ErrorK
 
 Node parseXml(std::string_view text, const std::string& name, ErrorKind kind,
               const PropertyListLimits& limits) {
+    // The parser ends the program at a text with a zero in it.
+    if (text.find('\0') != std::string_view::npos)
+        throw Error(kind, "not a valid property list: holds a zero byte", name);
     if (xmlDepth(text) > limits.maxDepth)
         throw Error(kind, "nested deeper than " + std::to_string(limits.maxDepth) + " levels", name);
     plist_t root = nullptr;
