@@ -21,6 +21,7 @@ std::span<const SceneRule> sceneRules() {
         rules::texturesSayWhatTheyShow,
         rules::sequencesHaveAllPictures,
         rules::fontFilesAreThere,
+        rules::shadersBuild,
         rules::videosAreReadable,
     };
     return table;

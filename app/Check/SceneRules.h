@@ -40,6 +40,9 @@ void texturesSayWhatTheyShow(const SceneView&, Findings&);
 void sequencesHaveAllPictures(const SceneView&, Findings&);
 void fontFilesAreThere(const SceneView&, Findings&);
 
+// ShaderRules.cpp
+void shadersBuild(const SceneView&, Findings&);
+
 // MediaRules.cpp
 void videosAreReadable(const SceneView&, Findings&);
 

@@ -1,5 +1,6 @@
 #include "app/Job/GroupRun.h"
 
+#include "opengl2.0/ShaderManager/ShaderManager.h"
 #include "other/RenderReport.h"
 #include "platform/base/DispatchQueue.h"
 
@@ -52,6 +53,7 @@ GroupRun::GroupRun(const PreparedGroup& group, std::shared_ptr<FrameSink> frameS
                                                             driverSettings(group.format));
     manager_->setExportPauseSeconds(0);
     manager_->setFrameRenderingCompleteBlock([shared = shared_](int64_t) { shared->countFrame(); });
+    startShaderReport();
     player_ = QVMediaManage::initWithRenderManager(manager_, false);
     player_->setIsRec(true);
     player_->setOnSceneGroupRenderingCompleteBlock([shared = shared_] {
@@ -63,6 +65,20 @@ GroupRun::GroupRun(const PreparedGroup& group, std::shared_ptr<FrameSink> frameS
 }
 
 GroupRun::~GroupRun() = default;
+
+void GroupRun::startShaderReport() {
+    manager_->performOnRenderQueue([] { ShaderManager::sharedManager().clearFailures(); });
+}
+
+/// A template's own shaders, whose names are paths, are reported by their nodes; the program's own are not.
+void GroupRun::finishShaderReport() {
+    manager_->performOnRenderQueue([] {
+        for (const ShaderFailure& failure : ShaderManager::sharedManager().failures())
+            if (!failure.shader.starts_with('/'))
+                RenderReport::shared().add(
+                    {.what = "shader failed", .name = failure.shader, .scene = {}, .node = {}});
+    });
+}
 
 void GroupRun::setSampler(std::function<void(int64_t, const RenderDriver&)> sampler) {
     manager_->setFrameSampleBlock(
@@ -82,6 +98,7 @@ int64_t GroupRun::play() {
     waitFor([this] { return isOver(); });
     if (const auto error = shared_->failure()) throw Error(*error);
     if (!shared_->isComplete) cancel();
+    finishShaderReport();
     reportProgress();
     return shared_->frames;
 }

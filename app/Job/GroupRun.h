@@ -58,6 +58,8 @@ class GroupRun {
     bool isOver();
     void cancel();
     void reportProgress();
+    void startShaderReport();
+    void finishShaderReport();
 
     const PreparedGroup& group_;
     JobObserver& observer_;

@@ -5,6 +5,8 @@
 #include "app/Check/OwnIdentifier.h"
 #include "app/Job/JobFolder.h"
 #include "app/Model/TemplateFolder.h"
+#include "app/Other/InstalledTemplates.h"
+#include "app/Other/TemplateInstallation.h"
 #include "app/data/QVDataManager.h"
 #include "other/QVMultiSceneGropPlistFileManager.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
@@ -91,26 +93,17 @@ void allowHome() {
         FileGate::shared().allowFolder(folder);
 }
 
-bool isNumber(const std::string& text) {
-    return !text.empty() && text.size() < 19 && text.find_first_not_of("0123456789") == std::string::npos;
-}
-
 fs::path resourceFolder(const QVTempletDataModel& record) {
     return (fs::path(record.sceneResourceFolderPath()) / "").lexically_normal().parent_path();
 }
 
-std::optional<QVTempletDataModel> installedTemplate(const std::string& argument) {
+std::optional<InstalledTemplate> installedTemplate(const std::string& numberOrName) {
     const auto& catalogue = QVDataManager::sharedDataManager();
     std::error_code failure;
     if (!fs::exists(QVDataManager::databasePath(), failure)) return std::nullopt;
     catalogue->checkUsable();
-    if (isNumber(argument)) {
-        const auto rows = catalogue->queryCSignSceneDataWithSid(std::stoll(argument));
-        if (!rows.empty()) return rows.front();
-    }
-    for (QVTempletDataModel& record : catalogue->allSignSceneData())
-        if (record.sceneName() == argument || resourceFolder(record).filename() == argument) return record;
-    return std::nullopt;
+    TemplateInstallation::recover(*catalogue);
+    return findInstalledTemplate(*catalogue, numberOrName);
 }
 
 Playable openInstalled(const QVTempletDataModel& record) {
@@ -173,7 +166,7 @@ Playable openPlayable(const std::string& argument, const JobFolder& job) {
     if (fs::is_directory(path, failure) && (isPath || isTemplateFolder(path))) return openFolder(path);
     if (fs::is_regular_file(path, failure)) return openFile(path, job);
     if (!isPath)
-        if (const auto installed = installedTemplate(argument)) return openInstalled(*installed);
+        if (const auto installed = installedTemplate(argument)) return openInstalled(installed->main());
     if (fs::is_directory(path, failure)) return openFolder(path);
     throw notFound(argument);
 }

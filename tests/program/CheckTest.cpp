@@ -67,6 +67,13 @@ Value childStartingAt(int start) {
     return child;
 }
 
+void useBrokenShader(SmallTemplate& small) {
+    Value::Dictionary node = small.nodes[1].dictionary();
+    node["FpsInfo"] = Value::Dictionary{{"customShaderPath", "$(currentScenePlistROOT)/own.plist"}};
+    small.nodes[1] = node;
+    small.shaderSource = "void main() { gl_FragColour = vec4(1.0); }";
+}
+
 std::vector<Fault> faults() {
     const Value turned = Value::Dictionary{{"sartFps", 0}, {"endFps", 2}, {"startRotate", "0,0,90"}};
     return {
@@ -122,6 +129,7 @@ std::vector<Fault> faults() {
          nodeWith("TextureInfo", Value::Dictionary{{"textureType", "image"}, {"texture", "/etc/passwd"}})},
         {"TextureWithoutSource", "object3D[1].TextureInfo", "shows nothing",
          nodeWith("TextureInfo", Value::Dictionary{{"textureType", "text2d"}})},
+        {"BrokenShader", "object3D[1].FpsInfo.customShaderPath", "gl_FragColour", useBrokenShader},
         {"UnusedInput", "installScenes[0].wechartTempletInfo.userInputArray[1].renderMapKey",
          "no scene looks", [](SmallTemplate& small) { small.nodes.erase(small.nodes.begin() + 1); }},
         {"UnknownSceneOfGroup", "installScenes[0].wechartTempletInfo.sceneGroup[0].mainSceneId", "99",

@@ -31,10 +31,10 @@ TEST_F(FramesTest, AreTheSameBytesHoweverTheyAreChosen) {
     const auto all = frames("all", {});
     ASSERT_EQ(all.size(), static_cast<size_t>(SmallTemplate::frames));
     EXPECT_EQ(all.begin()->first, "frame-000000.png");
-    EXPECT_EQ(all, frames("again", {}));
+    EXPECT_TRUE(all == frames("again", {}));
     const auto some = frames("some", {"--at", "5,0"});
     ASSERT_EQ(some.size(), 2u);
-    EXPECT_EQ(some.at("frame-000005.png"), all.at("frame-000005.png"));
+    EXPECT_TRUE(some.at("frame-000005.png") == all.at("frame-000005.png"));
     EXPECT_EQ(frames("third", {"--every", "3"}).size(), 2u);
 }
 

@@ -29,6 +29,15 @@ Value::Dictionary textNode() {
     return node;
 }
 
+void writeShader(const fs::path& folder, const std::string& fragmentSource) {
+    std::ofstream(folder / "own.fsh") << fragmentSource;
+    std::ofstream(folder / "own.vsh") << "attribute vec4 position; void main() { gl_Position = position; }";
+    platform::writePropertyList(folder / "own.plist",
+                                Value::Dictionary{{"Files", Value::Array{"own.vsh", "own.fsh"}},
+                                                  {"Attributes", Value::Array{"position"}},
+                                                  {"Uniforms", Value::Array{}}});
+}
+
 }  // namespace
 
 Value::Dictionary quad(const std::string& name, const std::string& texture) {
@@ -85,6 +94,7 @@ fs::path SmallTemplate::write(const fs::path& parent) const {
     platform::writePropertyList(folder / (name + ".plist"), Value::Dictionary{{"installScenes", records}});
     platform::writePropertyList(folder / "scene.plist", scene());
     writePicture(folder / "red.png", 0xff0000);
+    if (!shaderSource.empty()) writeShader(folder, shaderSource);
     return folder;
 }
 

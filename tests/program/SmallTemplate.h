@@ -18,6 +18,7 @@ struct SmallTemplate {
     platform::Value::Dictionary clock;        ///< "TimeSource"; empty: none
     platform::Value::Array nodes;             ///< "object3D"
     platform::Value::Array moreRecords;
+    std::string shaderSource;  ///< of the fragment shader of "own.plist"; empty: there is none
 
     /// A red picture behind a photo ("photo", 1:1) and a text ("title", 5 characters in a line).
     SmallTemplate();

@@ -1,10 +1,13 @@
 #include "core/QVObject3DFpsBase.h"
 
+#include <algorithm>
 #include <array>
 #include <utility>
 
 #include "core/GLESUtils/GLState.h"
 #include "core/QVScene3D.h"
+#include "core/SkippedMedia.h"
+#include "opengl2.0/Shader.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
 
 namespace multiscene {
@@ -36,6 +39,15 @@ constexpr std::string_view blendNames[] = {"ZERO",
                                            "DST_COLOR",
                                            "ONE_MINUS_DST_COLOR",
                                            "SRC_ALPHA_SATURATE"};
+
+/// The file and the compiler's words on one line.
+std::string shaderProblem(const Shader& shader, const std::string& description) {
+    if (shader.failures().empty()) return description;
+    const ShaderFailure& failure = shader.failures().front();
+    std::string text = (failure.file.empty() ? description : failure.file) + ": " + failure.message;
+    std::replace(text.begin(), text.end(), '\n', ' ');
+    return text;
+}
 
 constexpr int maxTargetSize = 4096;  // pixels a side, within what every GL offers
 
@@ -140,6 +152,9 @@ void QVObject3DFpsBase::readCustomShader(const KeyReader& fpsInfo) {
     if (!path.isString()) return;
     const std::string resolved = resolvedPath(path.stringValue());
     customShader_ = std::make_unique<QVMultiSceneRenderShader>(resolved, resolved);
+    const auto shader = customShader_->shader();
+    if (shader && shader->programHandle() == 0)
+        reportSkipped(*this, "shader failed", shaderProblem(*shader, resolved));
 }
 
 void QVObject3DFpsBase::readRenderToTexture(const KeyReader& fpsInfo) {
