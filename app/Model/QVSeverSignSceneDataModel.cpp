@@ -21,6 +21,8 @@ void QVSeverSignSceneDataModel::copyDataModelFormDic(const platform::Value& info
     youtubePreviewUrl_ = info.string("youtubePreviewUrl");
     templateSize_ = info.real("templateSize");
     isNew_ = info.boolean("isNew");
+    fpsLength_ = info.integer("fpsLength");
+    photoTotal_ = info.integer("photoTotal");
 }
 
 std::string QVSeverSignSceneDataModel::sceneName() const { return nameInUserLanguage(muName_); }

@@ -30,9 +30,12 @@ class QVSeverSignSceneDataModel {
     /// Size of the archive as shown to the user, in megabytes.
     float templateSize() const { return templateSize_; }
     bool isNew() const { return isNew_; }
+    /// Frames of its video and photos that it asks for; 0 where the server does not say.
+    int64_t fpsLength() const { return fpsLength_; }
+    int64_t photoTotal() const { return photoTotal_; }
 
   private:
-    int64_t sId_ = 0;
+    int64_t sId_ = 0, fpsLength_ = 0, photoTotal_ = 0;
     platform::Value muName_;
     float minVersion_ = 0, templateSize_ = 0;
     std::string templateUrl_, thumbUrl_, videoPreviewUrl_, youtubePreviewUrl_;

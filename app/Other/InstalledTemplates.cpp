@@ -2,7 +2,11 @@
 
 #include <algorithm>
 
+#include "app/Model/LocalizedName.h"
 #include "app/Model/TemplateFolder.h"
+#include "other/QVUtil.h"
+#include "platform/base/Error.h"
+#include "platform/base/PropertyList.h"
 
 namespace multiscene {
 
@@ -35,6 +39,18 @@ std::vector<InstalledTemplate> installedTemplates(QVDataManager& catalogue) {
     return templates;
 }
 
+std::string displayName(const InstalledTemplate& installed) {
+    const std::string file = QVUtil::scenePath() + installed.name + "/" + installed.name + ".plist";
+    try {
+        const platform::Value content = platform::readPropertyList(file, platform::ErrorKind::Template);
+        const auto& records = content.array("installScenes");
+        const std::string name = records.empty() ? "" : nameInUserLanguage(namesOf(records.front()));
+        if (!name.empty()) return name;
+    } catch (const platform::Error&) {  // what the catalogue keeps is good enough
+    }
+    return installed.main().sceneName();
+}
+
 std::optional<InstalledTemplate> findInstalledTemplate(QVDataManager& catalogue,
                                                        const std::string& numberOrName) {
     const std::vector<InstalledTemplate> all = installedTemplates(catalogue);
@@ -43,8 +59,9 @@ std::optional<InstalledTemplate> findInstalledTemplate(QVDataManager& catalogue,
     if (auto found =
             onlyOne(all, [&](const InstalledTemplate& each) { return hasNumber(each, numberOrName); }))
         return found;
-    return onlyOne(all,
-                   [&](const InstalledTemplate& each) { return each.main().sceneName() == numberOrName; });
+    return onlyOne(all, [&](const InstalledTemplate& each) {
+        return each.main().sceneName() == numberOrName || displayName(each) == numberOrName;
+    });
 }
 
 }  // namespace multiscene

@@ -20,6 +20,10 @@ struct InstalledTemplate {
 /// Every template in the order of installation. Throws platform::Error.
 std::vector<InstalledTemplate> installedTemplates(QVDataManager& catalogue);
 
+/// Its name in the user's language as its own file says now; the catalogue keeps the language of the day of
+/// installation.
+std::string displayName(const InstalledTemplate& installed);
+
 /// By the number of any of its scenes, by its folder's name, or by its display name when only one template
 /// has it.
 std::optional<InstalledTemplate> findInstalledTemplate(QVDataManager& catalogue,

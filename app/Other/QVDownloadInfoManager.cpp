@@ -4,6 +4,7 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "app/Other/Settings.h"
 #include "app/Other/UrlText.h"
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
@@ -38,6 +39,7 @@ QVDownloadInfoManager& QVDownloadInfoManager::sharedInstance() {
 std::string QVDownloadInfoManager::serverAddress() const {
     const char* environment = std::getenv("MULTISCENE_SERVER");
     std::string address = serverAddress_.empty() && environment ? environment : serverAddress_;
+    if (address.empty()) address = settingWithKey(kServerSetting);
     if (!address.empty() && address.back() != '/') address += '/';
     return address;
 }

@@ -16,7 +16,8 @@ class QVDownloadInfoManager {
   public:
     static QVDownloadInfoManager& sharedInstance();
 
-    /// The server's base address, without the path of the configuration. Unless set: MULTISCENE_SERVER.
+    /// The server's base address, without the path of the configuration. Unless set: MULTISCENE_SERVER, else
+    /// the setting of the data home.
     void setServerAddress(const std::string& address) { serverAddress_ = address; }
     std::string serverAddress() const;
 

@@ -82,6 +82,7 @@ void QVSceneInstallManager::download(TemplateInstallation& installation, const s
     transfer.isCancelled = options.isCancelled;
     transfer.progress = [&](uint64_t received, uint64_t total) {
         if (options.onStep) options.onStep("downloading");
+        if (options.onReceived) options.onReceived(received, total);
         if (total > 0) tellProgress(static_cast<double>(received) / static_cast<double>(total));
     };
     platform::downloadToFile(url, installation.partialDownloadPath(), transfer);

@@ -29,6 +29,8 @@ struct InstallOptions {
     std::function<bool()> isCancelled = {};
     /// A further judgement of the unpacked folder before it moves in; throws platform::Error to refuse it.
     std::function<void(const TemplateFolder&)> judge = {};
+    /// Bytes of a download so far, and in all or 0 when the server does not say. On the background queue.
+    std::function<void(uint64_t received, uint64_t total)> onReceived = {};
     /// Told the name of each step when it is done; for tests that end the program there.
     std::function<void(const char* step)> onStep = {};
 };

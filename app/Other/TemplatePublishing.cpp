@@ -2,8 +2,9 @@
 
 #include <algorithm>
 
+#include "app/Other/SceneJudge.h"
+#include "app/Other/TemplateLength.h"
 #include "app/Other/UrlText.h"
-#include "other/QVUtil.h"
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
 #include "platform/base/FileGate.h"
@@ -25,9 +26,8 @@ constexpr uint64_t kMaxThumbnailBytes = 32u << 20;
 
 /// The thumbnail that the template brings; empty when it has none, or names one outside its folder.
 fs::path thumbnailOf(const TemplateFolder& folder) {
-    const fs::path named = QVUtil::multiScenePathWithString(folder.records.front().sceneThumbnailPath());
-    const fs::path own = fs::path(QVUtil::scenePath()).lexically_normal() / folder.name;
-    const fs::path file = folder.folder / named.lexically_normal().lexically_relative(own);
+    const std::string named = folder.records.front().sceneThumbnailPath();
+    const fs::path file = fileInFolder(folder, named);
     platform::FileGate fence;
     fence.allowFolder(folder.folder);
     return !named.empty() && fence.exists(file) ? file : fs::path();
@@ -114,6 +114,8 @@ class Publication {
         entry["sId"] = number();
         entry["minVersion"] = static_cast<double>(options_.minVersion);
         entry["isNew"] = options_.isNew;
+        entry["fpsLength"] = lengthInFrames(folder_.records);
+        entry["photoTotal"] = photosWanted(folder_.records.front());
 
         Value::Array offered = configuration_.array("severTempletData");
         const auto known = std::find_if(offered.begin(), offered.end(), [&](const Value& each) {

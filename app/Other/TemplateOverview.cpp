@@ -1,0 +1,103 @@
+#include "app/Other/TemplateOverview.h"
+
+#include <algorithm>
+#include <filesystem>
+
+#include "app/Other/InstalledTemplates.h"
+#include "app/Other/QVDownloadInfoManager.h"
+#include "app/Other/TemplateLength.h"
+#include "app/Other/UrlText.h"
+#include "other/QVUtil.h"
+
+namespace multiscene {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr double kBytesPerMegabyte = 1024.0 * 1024.0;
+
+double megabytesIn(const fs::path& folder) {
+    uintmax_t bytes = 0;
+    std::error_code failure;
+    for (const auto& entry : fs::recursive_directory_iterator(folder, failure))
+        if (entry.is_regular_file(failure)) bytes += entry.file_size(failure);
+    return static_cast<double>(bytes) / kBytesPerMegabyte;
+}
+
+TemplateOverview overviewOf(const InstalledTemplate& installed) {
+    const QVTempletDataModel& main = installed.main();
+    TemplateOverview overview;
+    overview.sId = main.sId();
+    overview.name = installed.name;
+    overview.title = displayName(installed);
+    overview.isInstalled = true;
+    overview.frames = lengthInFrames(installed.records);
+    overview.photos = photosWanted(main);
+    overview.format = main.mediaFormat();
+    overview.inputs = main.userInputInfo();
+    overview.folder = QVUtil::scenePath() + installed.name;
+    overview.megabytes = megabytesIn(overview.folder);
+    overview.videoPreviewUrl = main.videoPreviewUrl();
+    overview.youtubePreviewUrl = main.youtubePreviewUrl();
+    return overview;
+}
+
+/// What only the server knows, on top of what is installed.
+void addOffer(TemplateOverview& overview, const QVSeverTempletDataModel& offered) {
+    const auto complete = [](const std::string& location) {
+        return location.empty() ? location : QVDownloadInfoManager::sharedInstance().completeUrl(location);
+    };
+    overview.isOffered = true;
+    overview.isNew = offered.isNew();
+    overview.minVersion = offered.minVersion();
+    overview.needsNewerVersion = !offered.isVersionSupported();
+    overview.megabytes = offered.templateSize();
+    overview.templateUrl = complete(offered.templateUrl());
+    overview.thumbUrl = complete(offered.thumbUrl());
+    if (!offered.videoPreviewUrl().empty()) overview.videoPreviewUrl = complete(offered.videoPreviewUrl());
+    if (!offered.youtubePreviewUrl().empty())
+        overview.youtubePreviewUrl = complete(offered.youtubePreviewUrl());
+}
+
+TemplateOverview overviewOf(const QVSeverTempletDataModel& offered) {
+    TemplateOverview overview;
+    overview.sId = offered.sId();
+    overview.name = templateNameOfUrl(offered.templateUrl());
+    overview.title = offered.sceneName();
+    overview.frames = offered.fpsLength();
+    overview.photos = std::max(offered.photoTotal(), photosWanted(offered.userInputInfo()));
+    overview.format = offered.mediaFormat();
+    overview.inputs = offered.userInputInfo();
+    return overview;
+}
+
+}  // namespace
+
+std::vector<TemplateOverview> templateOverviews(QVDataManager& catalogue) {
+    std::vector<TemplateOverview> overviews;
+    for (const InstalledTemplate& installed : installedTemplates(catalogue))
+        overviews.push_back(overviewOf(installed));
+    for (const QVSeverTempletDataModel& offered : QVDownloadInfoManager::sharedInstance().severTemplets()) {
+        TemplateOverview overview = overviewOf(offered);
+        const auto known = std::find_if(overviews.begin(), overviews.end(), [&](const auto& each) {
+            return each.name == overview.name && each.sId == overview.sId;
+        });
+        addOffer(known == overviews.end() ? overviews.emplace_back(std::move(overview)) : *known, offered);
+    }
+    return overviews;
+}
+
+std::optional<TemplateOverview> findTemplateOverview(QVDataManager& catalogue,
+                                                     const std::string& numberOrName) {
+    const auto installed = findInstalledTemplate(catalogue, numberOrName);
+    for (TemplateOverview& overview : templateOverviews(catalogue)) {
+        const bool isWanted = installed ? overview.isInstalled && overview.name == installed->name
+                                        : std::to_string(overview.sId) == numberOrName ||
+                                              overview.name == numberOrName || overview.title == numberOrName;
+        if (isWanted) return std::move(overview);
+    }
+    return std::nullopt;
+}
+
+}  // namespace multiscene
