@@ -1,10 +1,9 @@
 #include <csignal>
 #include <cstdio>
-#include <exception>
-#include <new>
 
 #include "cli/CommandLine.h"
 #include "cli/SignalWatch.h"
+#include "platform/base/CurrentError.h"
 #include "platform/base/Error.h"
 #include "platform/base/Log.h"
 #include "platform/base/Paths.h"
@@ -12,7 +11,6 @@
 namespace multiscene::cli {
 
 using platform::Error;
-using platform::ErrorKind;
 
 namespace {
 
@@ -46,11 +44,7 @@ int main(int count, char** words) {
     Console console(asksForJson(count, words));
     try {
         return run(count, words, console);
-    } catch (const Error& error) {
-        return report(console, error);
-    } catch (const std::bad_alloc&) {
-        return report(console, Error(ErrorKind::Transient, "out of memory"));
-    } catch (const std::exception& error) {
-        return report(console, Error(ErrorKind::Failed, error.what()));
+    } catch (...) {
+        return report(console, platform::currentError());
     }
 }

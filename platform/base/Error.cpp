@@ -1,7 +1,10 @@
 #include "platform/base/Error.h"
 
 #include <cerrno>
+#include <new>
 #include <system_error>
+
+#include "platform/base/CurrentError.h"
 
 namespace platform {
 
@@ -34,6 +37,21 @@ Error::Error(ErrorKind kind, const std::string& message, const std::string& file
 Error errnoError(int errnoValue, const std::string& action, const std::string& file, ErrorKind kind) {
     const std::string reason = std::generic_category().message(errnoValue);
     return Error(isPassing(errnoValue) ? ErrorKind::Transient : kind, action + ": " + reason, file);
+}
+
+Error currentError() {
+    try {
+        throw;
+    } catch (const Error& error) {
+        return error;
+    } catch (const std::bad_alloc&) {
+        return Error(ErrorKind::Transient, "out of memory");
+    } catch (const std::system_error& error) {
+        return Error(isPassing(error.code().value()) ? ErrorKind::Transient : ErrorKind::Failed,
+                     error.what());
+    } catch (const std::exception& error) {
+        return Error(ErrorKind::Failed, error.what());
+    }
 }
 
 }  // namespace platform

@@ -71,6 +71,9 @@ void prepareLog() {
 Error error(int code, const std::string& action, const std::string& file, ErrorKind kind) {
     const int errnoValue = AVUNERROR(code);
     if (errnoValue > 0 && errnoValue < 4096) return errnoError(errnoValue, action, file, kind);
+    // The settings of our own encoders are judged beforehand: what fails inside them is for want of memory.
+    if (code == AVERROR_EXTERNAL && kind == ErrorKind::Failed)
+        return Error(ErrorKind::Transient, action + ": out of memory", file);
     char text[AV_ERROR_MAX_STRING_SIZE] = {};
     av_strerror(code, text, sizeof text);
     return Error(kind, action + ": " + text, file);

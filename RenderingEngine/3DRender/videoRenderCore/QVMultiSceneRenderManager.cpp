@@ -1,12 +1,12 @@
 #include "videoRenderCore/QVMultiSceneRenderManager.h"
 
 #include <chrono>
-#include <new>
 
 #include "core/GLESUtils/GLState.h"
 #include "core/GLESUtils/QVGlContextManager.h"
 #include "core/VideoTimeSource.h"
 #include "opengl2.0/ShaderManager/ShaderManager.h"
+#include "platform/base/CurrentError.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/NotificationCenter.h"
 #include "tween/QVTween.h"
@@ -26,12 +26,8 @@ std::optional<platform::Error> errorOf(const std::function<void()>& task) {
     try {
         task();
         return std::nullopt;
-    } catch (const platform::Error& error) {
-        return error;
-    } catch (const std::bad_alloc&) {
-        return platform::Error(platform::ErrorKind::Transient, "out of memory");
-    } catch (const std::exception& error) {
-        return platform::Error(platform::ErrorKind::Failed, error.what());
+    } catch (...) {
+        return platform::currentError();
     }
 }
 
