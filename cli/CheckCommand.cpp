@@ -29,7 +29,7 @@ class CheckCommand : public Command {
         if (!std::filesystem::exists(path_)) throw Error(ErrorKind::Template, "does not exist", path_);
         SceneCatalogue::setShared(QVDataManager::sharedDataManager());
         const Findings findings = findingsOf(path_);
-        for (const Finding& finding : findings) print(console, finding);
+        for (const Finding& finding : findings) console.finding(finding);
         printTotal(console, findings);
         return findings.empty() ? 0 : kFound;
     }
@@ -40,15 +40,6 @@ class CheckCommand : public Command {
         if (std::filesystem::is_directory(path) || path.extension() == ".plist") return checkPath(path);
         const JobFolder job;
         return checkPath(unpackTemplate(path, job));
-    }
-
-    static void print(Console& console, const Finding& finding) {
-        if (!console.isJson()) return console.line(describe(finding));
-        console.event("finding", {{"severity", word(finding.severity)},
-                                  {"file", finding.file},
-                                  {"key", finding.keyPath},
-                                  {"message", finding.message},
-                                  {"remedy", finding.remedy}});
     }
 
     void printTotal(Console& console, const Findings& findings) const {

@@ -3,6 +3,7 @@
 #include <memory>
 #include <span>
 #include <stop_token>
+#include <string_view>
 
 #include "cli/Arguments.h"
 #include "cli/Console.h"
@@ -20,7 +21,7 @@ class Command {
 };
 
 struct CommandEntry {
-    const char* name;
+    const char* name;     ///< one word, or two: those that share the first form a group
     const char* summary;  ///< empty: left out of the help text
     std::unique_ptr<Command> (*make)();
 };
@@ -28,5 +29,8 @@ struct CommandEntry {
 /// Every subcommand in the order of the help text. To add one: a file with its maker and a line in
 /// Commands.cpp.
 std::span<const CommandEntry> commands();
+
+/// What the help text says of a group.
+std::string_view summaryOfGroup(std::string_view group);
 
 }  // namespace multiscene::cli

@@ -8,7 +8,10 @@
 
 #include "app/Check/Suggestion.h"
 #include "app/Other/ProgramVersion.h"
+#include "cli/Table.h"
+#include "platform/archive/ZipLimits.h"
 #include "platform/base/Error.h"
+#include "platform/base/Json.h"
 
 namespace multiscene::cli {
 
@@ -72,11 +75,43 @@ class ParserArguments : public Arguments {
     CLI::App& app_;
 };
 
+/// A command's name taken apart: "templates list", or "make" without a group.
+struct CommandWords {
+    std::string_view group, name;
+};
+
+CommandWords wordsOf(std::string_view name) {
+    const size_t space = name.find(' ');
+    if (space == std::string_view::npos) return {{}, name};
+    return {name.substr(0, space), name.substr(space + 1)};
+}
+
+/// The answer to --limits.
+class LimitsCall : public CLI::Success {
+  public:
+    LimitsCall() : CLI::Success("LimitsCall", "limits", CLI::ExitCodes::Success) {}
+};
+
+std::string limitsText(bool isJson) {
+    std::string text;
+    Table table({"LIMIT", "VALUE", "MEANING"});
+    for (const platform::ZipLimitRow& row : platform::zipLimitRows()) {
+        table.add({row.name, std::to_string(row.value), row.meaning});
+        text += platform::jsonText(platform::Value::Dictionary{{"event", "limit"},
+                                                               {"name", row.name},
+                                                               {"value", static_cast<int64_t>(row.value)},
+                                                               {"meaning", row.meaning}}) +
+                "\n";
+    }
+    return isJson ? text : "What an archive of a template may hold:\n" + table.text();
+}
+
 /// Parser and commands, alive while the words are parsed.
 struct Parser {
     CLI::App app{"Turns video templates, texts and photos into short finished videos.", "multiscene"};
     CommandLine result;
     std::map<CLI::App*, std::unique_ptr<Command>> byApp;
+    std::map<std::string_view, CLI::App*> groups;
 
     Parser() {
         app.set_version_flag("--version", "multiscene " + programVersion());
@@ -86,17 +121,39 @@ struct Parser {
             ->type_name("DIR");
         app.add_flag("-v,--verbose", result.isVerbose, "Say more on standard error");
         app.add_flag("--json", result.isJson, "Progress and result as JSON lines on standard output");
+        app.add_flag_callback(
+            "--limits", [] { throw LimitsCall(); }, "Show the limits for archives of templates");
         for (const CommandEntry& entry : commands()) add(entry);
     }
 
+    /// The place of a command's last word: the program itself, or the group of its first word.
+    CLI::App& parentOf(const CommandWords& words) {
+        if (words.group.empty()) return app;
+        const auto known = groups.find(words.group);
+        if (known != groups.end()) return *known->second;
+        CLI::App* made =
+            app.add_subcommand(std::string(words.group), std::string(summaryOfGroup(words.group)));
+        groups.emplace(words.group, made);
+        made->require_subcommand(1);
+        made->fallthrough();
+        return *made;
+    }
+
     void add(const CommandEntry& entry) {
-        CLI::App* sub = app.add_subcommand(entry.name, entry.summary);
+        const CommandWords words = wordsOf(entry.name);
+        CLI::App* sub = parentOf(words).add_subcommand(std::string(words.name), entry.summary);
         sub->fallthrough();
         if (!*entry.summary) sub->group("");
         auto command = entry.make();
         ParserArguments arguments(*sub);
         command->declare(arguments);
         byApp.emplace(sub, std::move(command));
+    }
+
+    std::unique_ptr<Command> chosen() {
+        CLI::App* sub = app.get_subcommands().front();
+        while (!byApp.contains(sub)) sub = sub->get_subcommands().front();
+        return std::move(byApp.at(sub));
     }
 };
 
@@ -106,25 +163,36 @@ std::string oneLine(std::string text) {
     return text;
 }
 
-/// The first word that is neither an option nor the value of --home.
-std::string_view commandWord(int count, const char* const* words) {
-    for (int at = 1; at < count; ++at) {
+/// The first two words that are neither an option nor the value of --home.
+CommandWords commandWords(int count, const char* const* words) {
+    std::vector<std::string_view> found(2);
+    auto next = found.begin();
+    for (int at = 1; at < count && next != found.end(); ++at) {
         const std::string_view word = words[at];
         if (word == "--home")
             ++at;
         else if (!word.starts_with('-'))
-            return word;
+            *next++ = word;
     }
-    return {};
+    return {found[0], found[1]};
 }
 
-/// What stands where a command should, when it is none.
-std::string unknownCommand(std::string_view word) {
-    std::vector<std::string_view> names;
-    for (const CommandEntry& entry : commands()) names.push_back(entry.name);
+std::string unlessKnown(std::string_view word, const std::vector<std::string_view>& names) {
     if (word.empty() || std::find(names.begin(), names.end(), word) != names.end()) return {};
     const std::string remedy = didYouMean(word, names);
     return "unknown command \"" + std::string(word) + "\"" + (remedy.empty() ? "" : "; " + remedy);
+}
+
+/// What stands where a command should, when it is none.
+std::string unknownCommand(const CommandWords& given) {
+    std::vector<std::string_view> firsts, seconds;
+    for (const CommandEntry& entry : commands()) {
+        const CommandWords words = wordsOf(entry.name);
+        firsts.push_back(words.group.empty() ? words.name : words.group);
+        if (!words.group.empty() && words.group == given.group) seconds.push_back(words.name);
+    }
+    const std::string unknown = unlessKnown(given.group, firsts);
+    return unknown.empty() && !seconds.empty() ? unlessKnown(given.name, seconds) : unknown;
 }
 
 }  // namespace
@@ -133,17 +201,20 @@ CommandLine parseCommandLine(int count, const char* const* words) {
     Parser parser;
     try {
         parser.app.parse(count, words);
+    } catch (const LimitsCall&) {
+        parser.result.text = limitsText(asksForJson(count, words));
+        return std::move(parser.result);
     } catch (const CLI::Success& call) {  // --help, --version
         std::ostringstream text;
         parser.app.exit(call, text, text);
         parser.result.text = text.str();
         return std::move(parser.result);
     } catch (const CLI::ParseError& error) {
-        const std::string unknown = unknownCommand(commandWord(count, words));
+        const std::string unknown = unknownCommand(commandWords(count, words));
         throw Error(ErrorKind::Usage,
                     (unknown.empty() ? oneLine(error.what()) : unknown) + " (see multiscene --help)");
     }
-    parser.result.command = std::move(parser.byApp.at(parser.app.get_subcommands().front()));
+    parser.result.command = parser.chosen();
     return std::move(parser.result);
 }
 

@@ -11,5 +11,14 @@ std::unique_ptr<Command> makeFramesCommand();
 std::unique_ptr<Command> makeTraceCommand();
 std::unique_ptr<Command> makeCheckCommand();
 std::unique_ptr<Command> makeSceneFormatCommand();
+std::unique_ptr<Command> makeTemplatesUpdateCommand();
+std::unique_ptr<Command> makeTemplatesListCommand();
+std::unique_ptr<Command> makeTemplatesShowCommand();
+std::unique_ptr<Command> makeTemplatesInstallCommand();
+std::unique_ptr<Command> makeTemplatesRemoveCommand();
+std::unique_ptr<Command> makeTemplateNewCommand();
+std::unique_ptr<Command> makeTemplatePackCommand();
+std::unique_ptr<Command> makeTemplatePublishCommand();
+std::unique_ptr<Command> makeTemplateEncryptTrackCommand();
 
 }  // namespace multiscene::cli

@@ -17,7 +17,8 @@ using platform::Value;
 
 namespace {
 
-constexpr double kPlainInterval = 2;  // seconds between lines of progress that nobody watches
+constexpr double kPlainInterval = 2;      // seconds between lines of progress that nobody watches
+constexpr double kWatchedInterval = 0.1;  // between redraws of the bar of a download
 
 template <typename... Arguments>
 std::string format(const char* pattern, Arguments... arguments) {
@@ -44,6 +45,26 @@ std::string progressText(const JobProgress& progress) {
     return format("frame %lld", static_cast<long long>(progress.frame)) + total +
            format(", %.1f frames a second", progress.framesPerSecond) +
            remainingText(progress.secondsRemaining);
+}
+
+std::string byteText(double bytes) {
+    constexpr double kilo = 1024, mega = kilo * kilo;
+    return bytes < mega ? format("%.0f kB", bytes / kilo) : format("%.1f MB", bytes / mega);
+}
+
+/// Below 0 when nobody can tell.
+double secondsLeft(uint64_t received, uint64_t total, double rate) {
+    return total > received && rate > 0 ? static_cast<double>(total - received) / rate : -1;
+}
+
+std::string downloadText(uint64_t received, uint64_t total, double rate) {
+    const std::string ofAll = total > 0 ? " of " + byteText(static_cast<double>(total)) : "";
+    return byteText(static_cast<double>(received)) + ofAll + ", " + byteText(rate) + "/s" +
+           remainingText(secondsLeft(received, total, rate));
+}
+
+double share(int64_t done, int64_t total) {
+    return total > 0 ? static_cast<double>(done) / static_cast<double>(total) : 0;
 }
 
 std::string describe(const RenderReport::Entry& entry) {
@@ -123,17 +144,49 @@ void Console::jobProgress(const JobProgress& progress) {
                            {"secondsRemaining",
                             progress.secondsRemaining < 0 ? Value() : Value(progress.secondsRemaining)}});
     else if (isTerminal_)
-        drawBar(progress);
+        drawBar(share(progress.frame, progress.totalFrames), progressText(progress));
     else
         printProgress(progress);
 }
 
-void Console::drawBar(const JobProgress& progress) {
-    const std::string text = " " + progressText(progress);
+void Console::finding(const Finding& finding) {
+    if (!isJson_) return line(multiscene::describe(finding));
+    event("finding", {{"severity", word(finding.severity)},
+                      {"file", finding.file},
+                      {"key", finding.keyPath},
+                      {"message", finding.message},
+                      {"remedy", finding.remedy}});
+}
+
+void Console::status(const std::string& text) {
+    if (isJson_) return event("status", {{"message", text}});
+    clearBar();
+    line(text);
+}
+
+void Console::downloadProgress(uint64_t received, uint64_t total, double seconds) {
+    const double now = platform::monotonicSeconds();
+    const double interval = isJson_ || isTerminal_ ? kWatchedInterval : kPlainInterval;
+    if (received != total && now - printedSeconds_ < interval) return;
+    printedSeconds_ = now;
+    const double rate = seconds > 0 ? static_cast<double>(received) / seconds : 0;
+    const double left = secondsLeft(received, total, rate);
+    const std::string text = downloadText(received, total, rate);
+    if (isJson_)
+        event("download", {{"bytes", static_cast<int64_t>(received)},
+                           {"totalBytes", static_cast<int64_t>(total)},
+                           {"bytesPerSecond", rate},
+                           {"secondsRemaining", left < 0 ? Value() : Value(left)}});
+    else if (isTerminal_)
+        drawBar(share(static_cast<int64_t>(received), static_cast<int64_t>(total)), text);
+    else
+        line(text);
+}
+
+void Console::drawBar(double done, const std::string& progress) {
+    const std::string text = " " + progress;
     const int room = std::clamp(terminalWidth() - static_cast<int>(text.size()) - 3, 0, 40);
-    const double share =
-        progress.totalFrames > 0 ? static_cast<double>(progress.frame) / progress.totalFrames : 0;
-    const int full = std::clamp(static_cast<int>(share * room), 0, room);
+    const int full = std::clamp(static_cast<int>(done * room), 0, room);
     std::printf("\r[%s%s]%s\033[K", std::string(full, '#').c_str(), std::string(room - full, '.').c_str(),
                 text.c_str());
     std::fflush(stdout);

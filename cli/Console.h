@@ -26,6 +26,13 @@ class Console : public JobObserver {
     /// {"event": name, …}, with --json only.
     void event(const std::string& name, platform::Value::Dictionary fields);
 
+    /// What is wrong with a template, a line each.
+    void finding(const Finding& finding);
+    /// What the program is doing now, a line of its own.
+    void status(const std::string& text);
+    /// Bytes of a download, `total` is 0 when the server does not say; `seconds` since it began.
+    void downloadProgress(uint64_t received, uint64_t total, double seconds);
+
     void jobProgress(const JobProgress& progress) override;
     void jobNote(const std::string& text) override;
     /// The result of a job: "made FILE: …" and what was left out.
@@ -34,7 +41,7 @@ class Console : public JobObserver {
     void error(const platform::Error& error);
 
   private:
-    void drawBar(const JobProgress& progress);
+    void drawBar(double done, const std::string& text);
     void printProgress(const JobProgress& progress);
     void clearBar();
     void printSummary(const JobSummary& summary);

@@ -1,0 +1,57 @@
+#include "app/Job/SamplePreview.h"
+
+#include <algorithm>
+
+#include "app/Job/FramesJob.h"
+#include "app/Job/JobFolder.h"
+#include "app/Job/VideoJob.h"
+#include "app/Other/TemplateLength.h"
+#include "other/QVUtil.h"
+#include "platform/base/File.h"
+
+namespace multiscene {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kInputs = "sample/inputs.json";
+
+/// A template that is played from its folder takes the scene folder's place until this ends.
+struct PlayedFromItsFolder {
+    PlayedFromItsFolder() = default;
+    ~PlayedFromItsFolder() { QVUtil::setSceneRoot(""); }
+    PlayedFromItsFolder(const PlayedFromItsFolder&) = delete;
+    PlayedFromItsFolder& operator=(const PlayedFromItsFolder&) = delete;
+};
+
+void playSample(RenderRequest& request, const TemplateFolder& folder) {
+    request.source = folder.folder.string();
+    std::error_code ignored;
+    if (fs::exists(folder.folder / kInputs, ignored)) request.inputs.mediaFile = folder.folder / kInputs;
+}
+
+}  // namespace
+
+void renderSampleVideo(const TemplateFolder& folder, const fs::path& video, JobObserver& observer,
+                       const std::stop_token& stop) {
+    const PlayedFromItsFolder played;
+    VideoRequest request;
+    playSample(request, folder);
+    request.output = video;
+    makeVideo(request, observer, stop);
+}
+
+void renderSamplePicture(const TemplateFolder& folder, const fs::path& picture, JobObserver& observer,
+                         const std::stop_token& stop) {
+    const PlayedFromItsFolder played;
+    const JobFolder job;
+    FramesRequest request;
+    playSample(request, folder);
+    request.selection.at = {std::max<int64_t>(lengthInFrames(folder.records), 1) / 2};
+    request.output = job.file("pictures");
+    writeFrames(request, observer, stop);
+    platform::moveFile(fs::directory_iterator(request.output)->path(), picture);
+}
+
+}  // namespace multiscene

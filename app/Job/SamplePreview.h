@@ -1,0 +1,21 @@
+// What a template looks like with the inputs that it brings along in sample/inputs.json.
+#pragma once
+
+#include <filesystem>
+#include <stop_token>
+
+#include "app/Job/JobObserver.h"
+#include "app/Model/TemplateFolder.h"
+
+namespace multiscene {
+
+/// Renders the whole video into a file. A template without sample inputs is played without any. Main thread;
+/// pumps the main queue. Throws platform::Error, Cancelled when a stop was requested.
+void renderSampleVideo(const TemplateFolder& folder, const std::filesystem::path& video,
+                       JobObserver& observer, const std::stop_token& stop);
+
+/// Renders the frame in the middle as a PNG picture.
+void renderSamplePicture(const TemplateFolder& folder, const std::filesystem::path& picture,
+                         JobObserver& observer, const std::stop_token& stop);
+
+}  // namespace multiscene

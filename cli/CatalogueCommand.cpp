@@ -1,0 +1,62 @@
+#include "cli/CatalogueCommand.h"
+
+#include <sstream>
+
+#include "app/Other/QVDownloadInfoManager.h"
+#include "app/Other/TemplateInstallation.h"
+#include "cli/Table.h"
+#include "platform/base/Error.h"
+#include "platform/net/HttpDownload.h"
+
+namespace multiscene::cli {
+
+using platform::Error;
+using platform::ErrorKind;
+
+QVDataManager& openCatalogue() {
+    const auto& catalogue = QVDataManager::sharedDataManager();
+    catalogue->checkUsable();
+    TemplateInstallation::recover(*catalogue);
+    SceneCatalogue::setShared(catalogue);
+    return *catalogue;
+}
+
+void declareServer(Arguments& arguments) {
+    arguments.option(
+        "--server", "URL",
+        "Address of the template server; else MULTISCENE_SERVER, else the one of the last update",
+        [](const std::string& value) {
+            if (!platform::isHttpUrl(value))
+                throw Error(ErrorKind::Usage, "\"" + value + "\" is no http or https address");
+            QVDownloadInfoManager::sharedInstance().setServerAddress(value);
+        });
+}
+
+platform::Value::Dictionary overviewFields(const TemplateOverview& overview) {
+    return {{"id", overview.sId},
+            {"name", overview.name},
+            {"title", overview.title},
+            {"installed", overview.isInstalled},
+            {"offered", overview.isOffered},
+            {"new", overview.isNew},
+            {"needsNewerVersion", overview.needsNewerVersion},
+            {"minVersion", overview.minVersion},
+            {"megabytes", overview.megabytes},
+            {"frames", overview.frames},
+            {"seconds", overview.seconds()},
+            {"photos", overview.photos}};
+}
+
+std::string lengthText(const TemplateOverview& overview) {
+    return overview.frames > 0 ? secondsText(overview.seconds()) : "-";
+}
+
+std::string stateText(const TemplateOverview& overview) {
+    std::ostringstream text;
+    text << (overview.isInstalled ? "installed" : "offered");
+    if (overview.isNew) text << ", new";
+    if (overview.needsNewerVersion) text << ", needs version " << overview.minVersion;
+    return text.str();
+}
+
+}  // namespace multiscene::cli

@@ -1,0 +1,26 @@
+// What the commands on the catalogue share.
+#pragma once
+
+#include "app/Other/TemplateOverview.h"
+#include "app/data/QVDataManager.h"
+#include "cli/Arguments.h"
+#include "platform/base/Value.h"
+
+namespace multiscene::cli {
+
+/// The catalogue of the data home, judged usable, with what killed installations left put right. Throws
+/// platform::Error.
+QVDataManager& openCatalogue();
+
+/// --server.
+void declareServer(Arguments& arguments);
+
+/// Fields of a template in JSON lines, inputs not included.
+platform::Value::Dictionary overviewFields(const TemplateOverview& overview);
+
+/// "12.3 s" or "-".
+std::string lengthText(const TemplateOverview& overview);
+/// "installed, new, needs version 2.5".
+std::string stateText(const TemplateOverview& overview);
+
+}  // namespace multiscene::cli

@@ -1,0 +1,79 @@
+#include <charconv>
+#include <filesystem>
+
+#include "app/Job/SamplePreview.h"
+#include "app/Other/TemplatePublishing.h"
+#include "cli/AuthorCommand.h"
+#include "cli/Commands.h"
+#include "platform/base/Error.h"
+#include "platform/net/HttpDownload.h"
+
+namespace multiscene::cli {
+
+using platform::Error;
+using platform::ErrorKind;
+namespace fs = std::filesystem;
+
+namespace {
+
+float versionOf(const std::string& text) {
+    float version = 0;
+    const auto end = std::from_chars(text.data(), text.data() + text.size(), version);
+    if (end.ec != std::errc() || end.ptr != text.data() + text.size() || !(version >= 0 && version < 1e6F))
+        throw Error(ErrorKind::Usage, "\"" + text + "\" is not a version such as 1.2");
+    return version;
+}
+
+std::string baseUrlOf(const std::string& text) {
+    if (!platform::isHttpUrl(text))
+        throw Error(ErrorKind::Usage, "\"" + text + "\" is no http or https address");
+    return text.ends_with('/') ? text : text + "/";
+}
+
+class TemplatePublishCommand : public Command {
+  public:
+    void declare(Arguments& arguments) override {
+        arguments.word("DIR", "The template's folder", [this](const std::string& value) { folder_ = value; });
+        arguments.option(
+            "--to", "FOLDER", "A folder that an HTTP server offers; made when it is missing",
+            [this](const std::string& value) { server_ = value; }, Occurs::Once);
+        arguments.option("--base-url", "URL",
+                         "Write complete addresses; else they are relative to the server",
+                         [this](const std::string& value) { options_.baseUrl = baseUrlOf(value); });
+        arguments.option("--min-version", "V",
+                         "Lowest version of the program that can play it, 1 unless given",
+                         [this](const std::string& value) { options_.minVersion = versionOf(value); });
+        arguments.flag("--not-new", "Do not mark it as new", isOld_);
+        arguments.example("multiscene template publish templates/minimal --to /var/www/templates");
+    }
+
+    int run(Console& console, std::stop_token stop) override {
+        options_.isNew = !isOld_;
+        options_.judge = judgeAloud(console, "nothing was published");
+        options_.renderPreview = [&](const TemplateFolder& folder, const fs::path& video) {
+            console.status("rendering the preview of " + folder.name);
+            renderSampleVideo(folder, video, console, stop);
+        };
+        options_.renderThumbnail = [&](const TemplateFolder& folder, const fs::path& picture) {
+            console.status("rendering the thumbnail of " + folder.name);
+            renderSamplePicture(folder, picture, console, stop);
+        };
+        publishTemplate(folder_, server_, options_);
+        if (console.isJson())
+            console.event("done", {{"template", folder_.string()}, {"folder", server_.string()}});
+        else
+            console.status("published " + folder_.string() + " in " + server_.string());
+        return 0;
+    }
+
+  private:
+    fs::path folder_, server_;
+    PublishOptions options_;
+    bool isOld_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeTemplatePublishCommand() { return std::make_unique<TemplatePublishCommand>(); }
+
+}  // namespace multiscene::cli

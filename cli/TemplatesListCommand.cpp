@@ -1,0 +1,45 @@
+#include "cli/CatalogueCommand.h"
+#include "cli/Commands.h"
+#include "cli/Table.h"
+
+namespace multiscene::cli {
+
+namespace {
+
+class TemplatesListCommand : public Command {
+  public:
+    void declare(Arguments& arguments) override {
+        arguments.example("multiscene templates list");
+        arguments.example("LC_ALL=ja_JP.UTF-8 multiscene templates list --json");
+    }
+
+    int run(Console& console, std::stop_token) override {
+        const std::vector<TemplateOverview> overviews = templateOverviews(openCatalogue());
+        console.isJson() ? printEvents(console, overviews) : printTable(console, overviews);
+        return 0;
+    }
+
+  private:
+    static void printEvents(Console& console, const std::vector<TemplateOverview>& overviews) {
+        for (const TemplateOverview& each : overviews) console.event("template", overviewFields(each));
+        console.event("done", {{"templates", static_cast<int64_t>(overviews.size())}});
+    }
+
+    static void printTable(Console& console, const std::vector<TemplateOverview>& overviews) {
+        if (overviews.empty())
+            return console.line(
+                "no template is installed, and none is offered: multiscene templates update "
+                "fetches what a server offers");
+        Table table({"ID", "NAME", "TITLE", "SIZE", "LENGTH", "PHOTOS", "STATE"});
+        for (const TemplateOverview& each : overviews)
+            table.add({std::to_string(each.sId), each.name, each.title, megabyteText(each.megabytes),
+                       lengthText(each), std::to_string(each.photos), stateText(each)});
+        console.write(table.text());
+    }
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeTemplatesListCommand() { return std::make_unique<TemplatesListCommand>(); }
+
+}  // namespace multiscene::cli

@@ -1,0 +1,118 @@
+#include "app/Model/QVUserPhotoInputModel.h"
+#include "app/Model/QVUserTextInputModel.h"
+#include "cli/CatalogueCommand.h"
+#include "cli/Commands.h"
+#include "cli/Table.h"
+#include "platform/base/Error.h"
+
+namespace multiscene::cli {
+
+using platform::Error;
+using platform::ErrorKind;
+using platform::Value;
+
+namespace {
+
+Value::Dictionary inputFields(const QVUserInputModelBase& input) {
+    Value::Dictionary fields{{"key", input.renderMapKey()}, {"placeholder", input.placeholder()}};
+    if (const auto* text = dynamic_cast<const QVUserTextInputModel*>(&input)) {
+        fields["kind"] = "text";
+        fields["maxCharacters"] = text->maxLenght();
+        fields["maxLines"] = text->maxLine();
+        fields["threeDimensional"] = text->is3DText();
+    } else if (const auto* photo = dynamic_cast<const QVUserPhotoInputModel*>(&input)) {
+        fields["kind"] = "photo";
+        fields["aspectWidth"] = photo->aspectWidth();
+        fields["aspectHeight"] = photo->aspectHeight();
+    }
+    return fields;
+}
+
+std::string limitsText(const QVUserTextInputModel& text) {
+    std::string limits;
+    if (text.maxLenght() > 0) limits += ", at most " + std::to_string(text.maxLenght()) + " characters";
+    if (text.maxLine() > 0)
+        limits += " in " + std::to_string(text.maxLine()) + (text.maxLine() == 1 ? " line" : " lines");
+    return limits;
+}
+
+/// "--photo me=FILE, cropped to 1:1: Your photo".
+std::string inputLine(const QVUserInputModelBase& input) {
+    std::string line;
+    if (const auto* photo = dynamic_cast<const QVUserPhotoInputModel*>(&input)) {
+        line = "--photo " + input.renderMapKey() + "=FILE";
+        if (photo->aspectWidth() > 0 && photo->aspectHeight() > 0)
+            line += ", cropped to " + std::to_string(photo->aspectWidth()) + ":" +
+                    std::to_string(photo->aspectHeight());
+    } else if (const auto* text = dynamic_cast<const QVUserTextInputModel*>(&input)) {
+        line = "--text " + input.renderMapKey() + "=TEXT" + limitsText(*text);
+    }
+    return input.placeholder().empty() ? line : line + " (" + input.placeholder() + ")";
+}
+
+class TemplatesShowCommand : public Command {
+  public:
+    void declare(Arguments& arguments) override {
+        arguments.word("TEMPLATE", "Id or name of a template that is installed or offered",
+                       [this](const std::string& value) { wanted_ = value; });
+        declareServer(arguments);
+        arguments.example("multiscene templates show 1000");
+    }
+
+    int run(Console& console, std::stop_token) override {
+        const auto found = findTemplateOverview(openCatalogue(), wanted_);
+        if (!found)
+            throw Error(ErrorKind::Usage, "no template of this id or name is installed or offered", wanted_);
+        console.isJson() ? printEvent(console, *found) : printLines(console, *found);
+        return 0;
+    }
+
+  private:
+    static void printEvent(Console& console, const TemplateOverview& found) {
+        Value::Dictionary fields = overviewFields(found);
+        Value::Array inputs;
+        for (const auto& input : found.inputs) inputs.emplace_back(inputFields(*input));
+        fields["inputs"] = Value(std::move(inputs));
+        fields["width"] = found.format.width;
+        fields["height"] = found.format.height;
+        fields["framesPerSecond"] = found.format.framesPerSecond;
+        fields["folder"] = found.folder;
+        fields["templateUrl"] = found.templateUrl;
+        fields["thumbUrl"] = found.thumbUrl;
+        fields["videoPreviewUrl"] = found.videoPreviewUrl;
+        fields["youtubePreviewUrl"] = found.youtubePreviewUrl;
+        console.event("template", std::move(fields));
+    }
+
+    static void printLines(Console& console, const TemplateOverview& found) {
+        const MediaFormat& format = found.format;
+        const auto row = [&](const std::string& name, const std::string& value) {
+            constexpr size_t column = 10;
+            if (!value.empty())
+                console.line(printable(name + std::string(column - name.size(), ' ') + value));
+        };
+        row("id", std::to_string(found.sId));
+        row("name", found.name);
+        row("title", found.title);
+        row("state", stateText(found));
+        row("size", megabyteText(found.megabytes));
+        row("length", lengthText(found));
+        row("picture", std::to_string(format.width) + "x" + std::to_string(format.height) + ", " +
+                           std::to_string(format.framesPerSecond) + " frames a second");
+        row("photos", std::to_string(found.photos));
+        for (const auto& input : found.inputs) row("input", inputLine(*input));
+        row("folder", found.folder);
+        row("archive", found.templateUrl);
+        row("thumbnail", found.thumbUrl);
+        row("preview", found.videoPreviewUrl);
+        row("preview", found.youtubePreviewUrl);
+    }
+
+    std::string wanted_;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeTemplatesShowCommand() { return std::make_unique<TemplatesShowCommand>(); }
+
+}  // namespace multiscene::cli
