@@ -10,6 +10,8 @@ WIDTH, HEIGHT, FRAMES, FOV = 1280, 720, 180, 60
 LAST = FRAMES - 1
 FAR = scene.distance_for(WIDTH, FOV)  # here a unit is a pixel
 STAGE = (0, -14, -1330)
+# Everything lies in one group of this scale: the 16 bits of the depth buffer tell near things apart much better.
+WORLD = 0.1
 PINK, CYAN, AMBER = "#ff3d8b", "#2fd6ff", "#ffb347"
 
 
@@ -102,6 +104,11 @@ TINTS = {"pink": PINK, "cyan": CYAN, "amber": AMBER}
 LEGS = ((0, 89), (90, LAST))
 
 
+def world(place):
+    """A place for lights and camera, which lie outside the group."""
+    return scene.vector(*(round(WORLD * part, 3) for part in place))
+
+
 def lights():
     soft = {"lightSourceType": 2, "lightSourcePosition": "0.2,0.8,1", "ambientMaterialColor": "0.1,0.1,0.16",
             "diffuseMaterialColor": "0.16,0.16,0.22", "specularMaterialColor": "0,0,0", "specularShininess": 1.0}
@@ -111,12 +118,12 @@ def lights():
 def lamp(name, strength=0.95):
     stops, tint = PLACES[name], paint.colour(TINTS[name])[:3]
     strength *= 0.6 if name == "amber" else 1
-    light = {"lightSourceType": 1 if name == "amber" else 3, "lightSourcePosition": scene.vector(*stops[0]),
+    light = {"lightSourceType": 1 if name == "amber" else 3, "lightSourcePosition": world(stops[0]),
              "lightSourceColor": scene.vector(*tint), "ambientMaterialColor": "0,0,0",
              "diffuseMaterialColor": scene.vector(*(round(strength * part, 3) for part in tint)),
              "specularMaterialColor": scene.vector(*(round(0.4 * part, 3) for part in tint)), "specularShininess": 24.0,
-             "AnimationInfo": [{"sartFps": first, "endFps": last, "startLightSourcePosition": scene.vector(*stops[i]),
-                                "endLightSourcePosition": scene.vector(*stops[i + 1]), "positionEase": scene.SINE_IN_OUT}
+             "AnimationInfo": [{"sartFps": first, "endFps": last, "startLightSourcePosition": world(stops[i]),
+                                "endLightSourcePosition": world(stops[i + 1]), "positionEase": scene.SINE_IN_OUT}
                                for i, (first, last) in enumerate(LEGS)]}
     if light["lightSourceType"] == 3:
         light.update(spotLightDirection=scene.vector(0.25 if name == "pink" else -0.2, -1, -0.15), spotLightExponent=5.0,
@@ -144,19 +151,20 @@ def added(picture, size, fps, name, fades, **parts):
 
 def scene_file():
     nodes = [*room(), *equalizer(), cube(), *comets(), *flares(), *texts()]
-    return {"Camera": camera(), "TimeSource": scene.null_clock(FRAMES), "LightSourceArray": lights(), "object3D": nodes}
+    return {"Camera": camera(), "TimeSource": scene.null_clock(FRAMES), "LightSourceArray": lights(), 
+            "object3D": [scene.group(scene.span(0, LAST), nodes, "world", TransformArray=scene.still(0, scale=WORLD))]}
 
 
 def camera():
     """Comes down from the ceiling, then goes past the stage with its eyes on it."""
-    goal = scene.vector(0, 0, STAGE[2])
+    goal = world((0, 0, STAGE[2]))
     down = {"sartFps": 0, "endFps": 54, "ease": 0, "isRotateFromRightVector": True, "rotateFromRightVectorEase": scene.CUBIC_OUT,
             "startRotateFromRightVector": 20.0, "endRotateFromRightVector": 0.0}
 
     def ride(first, last, start, end):
         return {"sartFps": first, "endFps": last, "ease": 0, "isMoveCameraPosition": True,
-                "moveCameraPositionEase": scene.SINE_IN_OUT, "startMoveCameraPosition": scene.vector(*start),
-                "endMoveCameraPosition": scene.vector(*end), "isMoveTargetPoint": True, "moveTargetPointEase": 0,
+                "moveCameraPositionEase": scene.SINE_IN_OUT, "startMoveCameraPosition": world(start),
+                "endMoveCameraPosition": world(end), "isMoveTargetPoint": True, "moveTargetPointEase": 0,
                 "startTargetPoint": goal, "endTargetPoint": goal}
     return scene.perspective(FOV, WIDTH, HEIGHT, [down, ride(55, 112, (0, 0, 0), (-240, 50, -60)),
                                                   ride(113, LAST, (-240, 50, -60), (210, 20, -20))])
@@ -213,14 +221,11 @@ def pumped(random):
 
 
 def cube():
-    """The photo on every side, in lights of its own; inside it the cube that shows while there is none.
-
-    Depth has 16 bits: this far away, surfaces less than some thirty units apart would mix.
-    """
+    """The photo on every side, in lights of its own; inside it the cube that shows while there is none."""
     bright = {"lightSourceType": 2, "lightSourcePosition": "0.1,0.5,1", "ambientMaterialColor": "0.42,0.42,0.46",
               "diffuseMaterialColor": "0.5,0.5,0.5", "specularMaterialColor": "0.2,0.2,0.2", "specularShininess": 30.0}
     own = [bright, lamp("pink", 0.5), lamp("cyan", 0.5)]
-    parts = [mesh("QVCubeObject3D", scene.image("res/box.png"), (260, 260, 260), lit(0), "box", LightSourceArray=own),
+    parts = [mesh("QVCubeObject3D", scene.image("res/box.png"), (330, 330, 330), lit(0), "box", LightSourceArray=own),
              mesh("QVCubeObject3D", scene.user_image("photo"), (350, 350, 350), lit(0), "photo", LightSourceArray=own)]
     turn = [scene.glide("rotate", 0, LAST, (8, -30, 0), (14, 330, 0), scene.SINE_OUT)]
     rise = scene.Motion(0, (STAGE[0], -900, STAGE[2])).hold(9).to(60, at=STAGE, ease=30006)

@@ -419,14 +419,14 @@ def card():
         scene.span(0, LAST, 80), [frame("card", "res/card.png"), photo, frame("card front", "res/card-front.png"), strip],
         "card", TransformArray=motion.items(),
         MutableTransformArray=scene.swing("rotate", 51, LAST, 70, (0, 0, 0), (0, 0, 1.6)),
-        ComponentsInfo=[scene.sound("res/whoosh.mp3", 14, 44, "whoosh", 0.5)])
+        ComponentsInfo=[scene.sound("res/whoosh.mp3", 14, 44, "whoosh", 0.35)])
 
 
 def title():
     motion = scene.Motion(52, (0, 430, 0), 0.8).to(80, at=(0, 490, 0), scale=1.0, ease=scene.BACK_OUT)
     words = scene.faded(scene.words("title", 88, 680, 130, INK), scene.box(680, 130, 1), scene.span(52, LAST, 60), "title",
                         [scene.fade(52, 68, 0, 1, scene.SINE_OUT)], TransformArray=motion.items(),
-                        ComponentsInfo=[scene.sound("res/chime.mp3", 56, 136, "chime", 0.45)])
+                        ComponentsInfo=[scene.sound("res/chime.mp3", 56, 136, "chime", 0.28)])
     line = scene.faded(scene.image("res/flourish.png"), scene.box(420, 56), scene.span(70, LAST, 60), "flourish",
                        [scene.fade(70, 80, 0, 1)],
                        TransformArray=scene.Motion(70, (0, 412, 0), (0.05, 1, 1)).to(100, scale=1.0).items())
@@ -464,7 +464,7 @@ def sticker(picture, size, first, place, speed):
         MutableTransformArray=[scene.glide("rotate", first, LAST, (0, 0, 0), (0, 0, speed * (LAST - first) / 30))]
         if speed else scene.swing("scale", first + 36, LAST, 14, (1, 1, 1), (1.12, 1.12, 1)))
     return scene.group(scene.span(first, LAST, 30), [inner], picture, TransformArray=motion.items(),
-                       ComponentsInfo=[scene.sound("res/pop.mp3", first, first + 12, f"pop{first}", 0.3)])
+                       ComponentsInfo=[scene.sound("res/pop.mp3", first, first + 12, f"pop{first}", 0.2)])
 
 
 def butterfly():
