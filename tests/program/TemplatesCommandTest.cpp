@@ -1,0 +1,285 @@
+#include <fstream>
+#include <memory>
+
+#include "platform/base/PropertyList.h"
+#include "tests/app/StaticServer.h"
+#include "tests/program/ProgramTest.h"
+
+namespace multiscene::test {
+
+namespace fs = std::filesystem;
+using platform::Value;
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+namespace {
+
+struct Language {
+    const char* locale;
+    const char* title;
+    const char* installing;
+};
+
+constexpr Language kLanguages[] = {{"en_US.UTF-8", "Small party", "Installing the template"},
+                                   {"zh_CN.UTF-8", "小派对", "正在安装"},
+                                   {"ja_JP.UTF-8", "小さなパーティー", "インストール"}};
+
+SmallTemplate namedTemplate(const std::string& name, int sId) {
+    SmallTemplate small;
+    small.name = name;
+    small.record = recordOf(sId, name, "scene.plist", SmallTemplate::frames);
+    small.record["eName"] = kLanguages[0].title;
+    small.record["cName"] = kLanguages[1].title;
+    small.record["jName"] = kLanguages[2].title;
+    return small;
+}
+
+class TemplatesTest : public ProgramTest {
+  protected:
+    /// The program in a language, without a proxy.
+    Result in(const std::string& locale, const std::vector<std::string>& words) const {
+        std::vector<std::string> all{"env", "-u", "MULTISCENE_SERVER", "LC_ALL=" + locale, "no_proxy=*"};
+        const std::vector<std::string> rest = command(words);
+        all.insert(all.end(), rest.begin(), rest.end());
+        return run(all);
+    }
+
+    std::string author(const SmallTemplate& small) const { return small.write(folder.path() / "author"); }
+
+    /// An author's template with sample inputs.
+    std::string authorWithSample(const SmallTemplate& small) const {
+        const fs::path made = author(small);
+        fs::create_directories(made / "sample");
+        writePicture(made / "sample/me.png", 0x00ff00);
+        std::ofstream(made / "sample/inputs.json") << R"({"title": "Hi", "photo": "me.png"})";
+        return made;
+    }
+
+    Result publish(const std::string& made) const {
+        return multiscene({"template", "publish", made, "--to", folder.file("www")});
+    }
+
+    std::string pack(const std::string& made, const std::string& name) const {
+        const Result result = multiscene({"template", "pack", made, "-o", folder.file(name)});
+        EXPECT_EQ(result.exitCode, 0) << result.output << result.errors;
+        return folder.file(name);
+    }
+
+    /// What a template's event in a list says.
+    Value listed(const std::string& locale, const std::string& name) const {
+        for (const Value& line : in(locale, {"templates", "list", "--json"}).jsonLines())
+            if (line.string("name") == name) return line;
+        return {};
+    }
+
+    fs::path scenes() const { return folder.path() / "home/qvMultiSceneRender/scene"; }
+
+    /// Everything in the folder of scenes, hidden files too.
+    std::vector<std::string> installedFolders() const {
+        std::vector<std::string> names;
+        if (!fs::exists(scenes())) return names;
+        for (const auto& entry : fs::directory_iterator(scenes())) names.push_back(entry.path().filename());
+        return names;
+    }
+};
+
+}  // namespace
+
+TEST_F(TemplatesTest, GoFromAuthorToVideoThroughAServerInThreeLanguages) {
+    const std::string made = authorWithSample(namedTemplate("small", 7));
+    ASSERT_EQ(publish(made).exitCode, 0);
+    ASSERT_EQ(publish(author(namedTemplate("second one", 8))).exitCode, 0);
+    for (const char* file : {"templates/small.zip", "thumbnails/small.png", "previews/small.mp4"})
+        EXPECT_GT(fs::file_size(folder.path() / "www" / file), 100u) << file;
+    const StaticServer server(folder.path() / "www", folder.path() / "nginx");
+    const Result fetched =
+        in(kLanguages[0].locale, {"templates", "update", "--server", server.address(), "--json"});
+    ASSERT_EQ(fetched.exitCode, 0) << fetched.errors;
+    EXPECT_EQ(fetched.jsonLines().back().integer("offered"), 2);
+    writePicture(folder.path() / "me.png", 0x0000ff);
+
+    for (const Language& language : kLanguages) {
+        SCOPED_TRACE(language.locale);
+        ASSERT_EQ(in(language.locale, {"templates", "update"}).exitCode, 0) << "the address was forgotten";
+        const Value offered = listed(language.locale, "small");
+        EXPECT_EQ(offered.string("title"), language.title);
+        EXPECT_TRUE(offered.boolean("new") && offered.boolean("offered") && !offered.boolean("installed"));
+        EXPECT_FALSE(offered.boolean("needsNewerVersion"));
+        EXPECT_EQ(offered.integer("photos"), 1);
+        EXPECT_DOUBLE_EQ(offered["seconds"].doubleValue(), 0.6);
+        EXPECT_GT(offered["megabytes"].doubleValue(), 0);
+        const Result list = in(language.locale, {"templates", "list"});
+        EXPECT_THAT(list.output, AllOf(HasSubstr(language.title), HasSubstr("offered, new")));
+        const Result shown = in(language.locale, {"templates", "show", language.title});
+        EXPECT_THAT(shown.output, AllOf(HasSubstr("--photo photo=FILE, cropped to 1:1"),
+                                        HasSubstr("--text title=TEXT, at most 5 characters in 1 line"),
+                                        HasSubstr(server.address() + "previews/small.mp4")));
+
+        const Result installed = in(language.locale, {"templates", "install", "7"});
+        ASSERT_EQ(installed.exitCode, 0) << installed.errors;
+        EXPECT_THAT(installed.output, AllOf(HasSubstr(language.installing), HasSubstr("installed small (7)"),
+                                            HasSubstr(" kB/s")));
+        EXPECT_TRUE(listed(language.locale, "small").boolean("installed"));
+        EXPECT_EQ(listed("en_GB.UTF-8", "small").string("title"), kLanguages[0].title);
+
+        const std::string video = folder.file("out.mp4");
+        for (const std::string name : {"7", "small", language.title}) {
+            const Result result = in(language.locale, {"make", name, "--text", "title=Hi", "--photo",
+                                                       "photo=" + folder.file("me.png"), "-o", video});
+            ASSERT_EQ(result.exitCode, 0) << result.errors;
+            EXPECT_GT(fs::file_size(video), 500u);
+            fs::remove(video);
+        }
+        EXPECT_EQ(in(language.locale, {"templates", "remove", language.title}).exitCode, 0);
+        EXPECT_THAT(installedFolders(), IsEmpty());
+        EXPECT_FALSE(listed(language.locale, "small").boolean("installed"));
+        EXPECT_EQ(in(language.locale, {"make", "7", "-o", video}).exitCode, 3);
+    }
+
+    const Result spaced = in("C", {"templates", "install", server.address() + "templates/second%20one.zip"});
+    EXPECT_EQ(spaced.exitCode, 0) << spaced.errors;
+    EXPECT_THAT(installedFolders(), ::testing::ElementsAre("second one"));
+    const Result missing = in("C", {"templates", "install", server.address() + "templates/none.zip"});
+    EXPECT_EQ(missing.exitCode, 1);
+    EXPECT_THAT(missing.errors, AllOf(HasSubstr("404"), HasSubstr("nothing was installed")));
+}
+
+TEST_F(TemplatesTest, PublishedAndInstalledGivesTheFramesOfTheFolder) {
+    const std::string made = authorWithSample(namedTemplate("small", 7));
+    const std::string inputs = made + "/sample/inputs.json";
+    ASSERT_EQ(multiscene({"templates", "install", pack(made, "small.zip")}).exitCode, 0);
+    for (const std::string& source : {made, std::string("7")})
+        ASSERT_EQ(
+            multiscene({"frames", source, "--media", inputs, "-o", folder.file(source == "7" ? "b" : "a")})
+                .exitCode,
+            0);
+    for (const auto& entry : fs::directory_iterator(folder.path() / "a"))
+        EXPECT_EQ(contentOf(entry.path()), contentOf(folder.path() / "b" / entry.path().filename()));
+}
+
+TEST_F(TemplatesTest, SayWhetherAnythingWasInstalled) {
+    SmallTemplate small = namedTemplate("small", 7);
+    const std::string zip = pack(author(small), "small.zip");
+    const auto install = [&](const std::vector<std::string>& more) {
+        std::vector<std::string> words{"templates", "install", "--json"};
+        words.insert(words.end(), more.begin(), more.end());
+        return multiscene(words);
+    };
+    EXPECT_EQ(install({zip}).jsonLines().back().string("outcome"), "installed");
+    const Value again = install({zip}).jsonLines().back();
+    EXPECT_EQ(again.string("outcome"), "alreadyInstalled");
+    EXPECT_FALSE(again.boolean("installed"));
+    EXPECT_THAT(multiscene({"templates", "install", zip}).output, HasSubstr("nothing was installed"));
+    EXPECT_EQ(install({zip, "--replace"}).jsonLines().back().string("outcome"), "replaced");
+
+    const std::string foreign = pack(author(namedTemplate("other", 7)), "other.zip");
+    fs::copy_file(zip, folder.file("renamed.zip"));
+    std::ofstream(folder.file("broken.zip")) << "no archive";
+    for (const auto& [file, reason] : {std::pair{foreign, "belongs to the template \"small\""},
+                                       {folder.file("renamed.zip"), "it holds small"},
+                                       {folder.file("broken.zip"), "broken.zip"}}) {
+        const Result result = install({file});
+        EXPECT_EQ(result.exitCode, 3) << result.output;
+        EXPECT_EQ(result.errorLines().size(), 1u);
+        EXPECT_THAT(result.errors, AllOf(HasSubstr("nothing was installed"), HasSubstr(reason)));
+        EXPECT_TRUE(fs::exists(file)) << "the user's own archive was deleted";
+    }
+    EXPECT_THAT(installedFolders(), ::testing::ElementsAre("small"));
+    EXPECT_EQ(install({"nothing-like-it"}).exitCode, 2);
+    EXPECT_EQ(multiscene({"templates", "remove", "8"}).exitCode, 2);
+}
+
+TEST_F(TemplatesTest, ThatCannotBePlayedAreNeitherPackedNorInstalled) {
+    SmallTemplate small = namedTemplate("small", 7);
+    const std::string made = author(small);
+    const std::string zip = pack(made, "small.zip");
+    small.clock.clear();
+    author(small);
+    const Result packed = multiscene({"template", "pack", made, "-o", zip});
+    EXPECT_EQ(packed.exitCode, 3);
+    EXPECT_THAT(packed.errors, HasSubstr("nothing was packed"));
+    EXPECT_EQ(publish(made).exitCode, 3);
+    EXPECT_FALSE(fs::exists(folder.path() / "www/severConfig"));
+    ASSERT_EQ(run({"python3", "-m", "zipfile", "-c", zip, made}).exitCode, 0);
+    const Result refused = multiscene({"templates", "install", zip});
+    EXPECT_EQ(refused.exitCode, 3);
+    EXPECT_THAT(refused.errors, AllOf(HasSubstr("small/scene.plist: TimeSource"), Not(HasSubstr("staging"))));
+    EXPECT_THAT(installedFolders(), IsEmpty());
+}
+
+TEST_F(TemplatesTest, NeedingANewerVersionAreListedAsSuchAndNotInstalled) {
+    const std::string made = author(namedTemplate("small", 7));
+    ASSERT_EQ(multiscene({"template", "publish", made, "--to", folder.file("www"), "--min-version", "99.5",
+                          "--not-new"})
+                  .exitCode,
+              0);
+    const StaticServer server(folder.path() / "www", folder.path() / "nginx");
+    ASSERT_EQ(in("C", {"templates", "update", "--server", server.address()}).exitCode, 0);
+    EXPECT_THAT(in("C", {"templates", "list"}).output, HasSubstr("offered, needs version 99.5"));
+    const Result refused = in("C", {"templates", "install", "small"});
+    EXPECT_EQ(refused.exitCode, 1);
+    EXPECT_THAT(refused.errors, HasSubstr("newer version"));
+    EXPECT_THAT(installedFolders(), IsEmpty());
+}
+
+TEST_F(TemplatesTest, ManyProcessesShareOneHome) {
+    constexpr int kTemplates = 3, kEach = 3;
+    std::vector<std::unique_ptr<Process>> running;
+    std::vector<std::string> zips;
+    for (int index = 0; index < kTemplates; ++index) {
+        const std::string name = "t" + std::to_string(index);
+        zips.push_back(pack(author(namedTemplate(name, 100 + index)), name + ".zip"));
+    }
+    for (int round = 0; round < kEach; ++round)
+        for (const std::string& zip : zips)
+            running.push_back(
+                std::make_unique<Process>(command({"templates", "install", zip, "--replace", "--json"})));
+    running.push_back(std::make_unique<Process>(command({"templates", "list", "--json"})));
+    for (const auto& process : running) {
+        const Result result = process->finish();
+        EXPECT_EQ(result.exitCode, 0) << result.errors;
+    }
+    EXPECT_THAT(installedFolders(), ::testing::UnorderedElementsAre("t0", "t1", "t2"));
+    EXPECT_EQ(multiscene({"templates", "list", "--json"}).jsonLines().size(), kTemplates + 1u);
+}
+
+TEST_F(TemplatesTest, StartFromANewOneThatPlaysAtOnce) {
+    const std::string made = folder.file("new/my first");
+    const Result result = multiscene({"template", "new", made, "--json"});
+    ASSERT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_EQ(multiscene({"template", "new", made}).exitCode, 2) << "it was overwritten";
+    EXPECT_EQ(multiscene({"check", made}).exitCode, 0);
+    const Value shown = [&] {
+        EXPECT_EQ(multiscene({"templates", "install", pack(made, "my first.zip")}).exitCode, 0);
+        return multiscene({"templates", "show", "my first", "--json"}).jsonLines().back();
+    }();
+    EXPECT_EQ(shown.integer("id"), result.jsonLines().back().integer("id"));
+    EXPECT_EQ(shown.array("inputs").size(), 2u);
+}
+
+TEST_F(TemplatesTest, KeepTracksEncrypted) {
+    const std::string plain = folder.file("plain.xml"), stored = folder.file("stored.xml");
+    std::ofstream(plain) << "<CornerPinInfoDoc><Object><Frame/><Frame/></Object></CornerPinInfoDoc>";
+    const Result result = multiscene({"template", "encrypt-track", plain, "-o", stored, "--json"});
+    ASSERT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_EQ(result.jsonLines().back().integer("frames"), 2);
+    EXPECT_THAT(contentOf(stored), AllOf(Not(IsEmpty()), Not(HasSubstr("Frame"))));
+    EXPECT_EQ(multiscene({"template", "encrypt-track", stored, "-o", plain}).exitCode, 3);
+    EXPECT_THAT(contentOf(plain), HasSubstr("Frame"));
+}
+
+TEST_F(TemplatesTest, LimitsAndUnknownWordsAreAnsweredWithoutAHome) {
+    EXPECT_THAT(multiscene({"--limits"}).output, AllOf(HasSubstr("maxEntries"), HasSubstr("10000")));
+    EXPECT_EQ(multiscene({"templates", "install", "--limits", "--json"}).jsonLines()[1].string("name"),
+              "maxEntries");
+    const Result unknown = multiscene({"templates", "instal", "7"});
+    EXPECT_EQ(unknown.exitCode, 2);
+    EXPECT_THAT(unknown.errors, HasSubstr("install"));
+    EXPECT_EQ(multiscene({"templates"}).exitCode, 2);
+    EXPECT_EQ(multiscene({"templates", "update"}).exitCode, 2) << "no server is set";
+    EXPECT_EQ(multiscene({"templates", "update", "--server", "ftp://h/"}).exitCode, 2);
+}
+
+}  // namespace multiscene::test
