@@ -1,9 +1,13 @@
 #include <cmath>
 
+#include "app/Check/DictionaryWalk.h"
 #include "app/Check/SceneRules.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
+#include "platform/audio/AudioFile.h"
 #include "platform/base/FileGate.h"
+#include "platform/image/ImageDecoder.h"
 #include "platform/media/VideoInfo.h"
+#include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::rules {
 
@@ -43,7 +47,55 @@ void judgeVideo(const std::string& path, double rate, const std::string& folder,
     }
 }
 
+/// Opens a file of the template as what its key wants it to be; a missing file is another rule's.
+class MediaFiles : public DictionaryVisitor {
+  public:
+    MediaFiles(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
+
+    void dictionary(const KeyTable&, const Value& content, const std::string& keyPath) override {
+        const std::string type = content.string("textureType");
+        if (type == "image" || type == "filterImage") pictureKey_ = keyPath + ".texture";
+    }
+
+    void known(const Key& key, const Value& value, const std::string& keyPath) override {
+        if (!value.isString()) return;
+        if (keyPath == pictureKey_) judge(value.stringValue(), keyPath, requirePicture);
+        if (key.name == "audioFilePath") judge(value.stringValue(), keyPath, requireSound);
+    }
+
+  private:
+    using Require = void (*)(platform::FileHandle, const std::string& name);
+
+    static void requirePicture(platform::FileHandle file, const std::string& name) {
+        platform::readImageSize(file, {name, platform::ErrorKind::Template});
+    }
+    static void requireSound(platform::FileHandle file, const std::string& name) {
+        const platform::AudioFile sound(std::move(file), name);
+    }
+
+    void judge(const std::string& path, const std::string& keyPath, Require require) {
+        FileGate::Opened opened = FileGate::shared().open(
+            QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(path, scene_.folder));
+        if (opened.verdict != FileGate::Verdict::Allowed) return;
+        try {
+            require(std::move(opened.file), path);
+        } catch (const platform::Error& error) {
+            findings_.push_back({Severity::Error, scene_.file, keyPath,
+                                 "\"" + path + "\": " + error.message(), "replace the file"});
+        }
+    }
+
+    const SceneView& scene_;
+    Findings& findings_;
+    std::string pictureKey_;
+};
+
 }  // namespace
+
+void picturesAndSoundsAreReadable(const SceneView& scene, Findings& findings) {
+    MediaFiles visitor(scene, findings);
+    walkDictionary(sceneFileKeys, scene.content, "", visitor);
+}
 
 void videosAreReadable(const SceneView& scene, Findings& findings) {
     const Value& info = scene.clock()["VideoInfo"];

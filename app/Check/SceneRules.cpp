@@ -22,6 +22,7 @@ std::span<const SceneRule> sceneRules() {
         rules::sequencesHaveAllPictures,
         rules::fontFilesAreThere,
         rules::shadersBuild,
+        rules::picturesAndSoundsAreReadable,
         rules::videosAreReadable,
     };
     return table;

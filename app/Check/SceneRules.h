@@ -44,6 +44,7 @@ void fontFilesAreThere(const SceneView&, Findings&);
 void shadersBuild(const SceneView&, Findings&);
 
 // MediaRules.cpp
+void picturesAndSoundsAreReadable(const SceneView&, Findings&);
 void videosAreReadable(const SceneView&, Findings&);
 
 }  // namespace rules
