@@ -85,7 +85,11 @@ std::string Table::text() const {
     return text;
 }
 
-std::string megabyteText(double megabytes) { return formatted("%.1f MB", megabytes); }
+std::string megabyteText(double megabytes) {
+    constexpr double kilobytesPerMegabyte = 1024, smallest = 0.1;
+    return megabytes < smallest ? formatted("%.0f kB", megabytes * kilobytesPerMegabyte)
+                                : formatted("%.1f MB", megabytes);
+}
 std::string secondsText(double seconds) { return formatted("%.1f s", seconds); }
 
 }  // namespace multiscene::cli

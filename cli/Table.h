@@ -21,7 +21,7 @@ class Table {
     std::vector<std::vector<std::string>> rows_;
 };
 
-/// "1.4 MB", "12.3 s".
+/// "1.4 MB", "38 kB"; "12.3 s".
 std::string megabyteText(double megabytes);
 std::string secondsText(double seconds);
 
