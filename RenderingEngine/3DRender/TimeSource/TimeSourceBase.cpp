@@ -1,7 +1,7 @@
 #include "TimeSource/TimeSourceBase.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstdio>
 #include <limits>
 
 #include "core/QVScene3D.h"
@@ -106,11 +106,10 @@ void TimeSourceBase::report(const QVVideoReader& reader) {
     if (!reader.isReadable()) {
         reportSkipped(self(), "missing or unreadable video", reader.url());
     } else if (reader.hasOtherFrameRate()) {
-        const int64_t hundredths = std::lround(reader.sourceFrameRate() * 100);
-        reportSkipped(self(), "video of another frame rate than its \"videoFps\"",
-                      reader.url() + ": " + std::to_string(hundredths / 100) + "." +
-                          std::to_string(hundredths % 100) + " instead of " +
-                          std::to_string(reader.videoFps()));
+        char rates[80];
+        std::snprintf(rates, sizeof rates, ": %.2f instead of %d", reader.sourceFrameRate(),
+                      reader.videoFps());
+        reportSkipped(self(), "video of another frame rate than its \"videoFps\"", reader.url() + rates);
     }
 }
 

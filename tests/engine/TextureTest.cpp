@@ -1,0 +1,242 @@
+#include <gmock/gmock.h>
+
+#include <fstream>
+
+#include "3DObject/QuadObject3D/QVQuadObject3D.h"
+#include "DrawableFixture.h"
+#include "core/Material/PictureSequence.h"
+#include "core/Material/QVTexture2dMaterial.h"
+#include "core/Material/TextPictureCopy.h"
+#include "core/Material/TextureInfoKeys.h"
+#include "core/Material/ZBTextureCache.h"
+#include "core/PhotoSlot.h"
+#include "core/component/QVObject3DSoundSourceComponent.h"
+
+namespace multiscene::testing {
+
+TEST(CanvasSize, IsThePowerOfTwoThatHoldsThePicture) {
+    for (const auto& [side, canvas] : {std::pair{1.0f, 64},
+                                       {64.0f, 64},
+                                       {65.0f, 128},
+                                       {360.0f, 512},
+                                       {640.0f, 1024},
+                                       {1024.0f, 1024},
+                                       {1025.0f, 2048},
+                                       {0.0f, 64}})
+        EXPECT_EQ(ZBTexture::minimumSizedTextureSize(side), canvas) << side;
+}
+
+TEST(TextureTypes, AllThatTheKeysNameCanBeMade) {
+    const Key* type = textureInfoKeys.find("textureType");
+    EXPECT_EQ(type->choices.size(), MaterialTypes::all().size());
+    for (const std::string_view name : type->choices) EXPECT_TRUE(MaterialTypes::find(name)) << name;
+}
+
+class SequenceTest : public ::testing::Test {
+  protected:
+    static PictureSequence sequence(int start, int end, bool pingPong = false, double fps = 2,
+                                    bool padded = true) {
+        return PictureSequence(dictionary({{"animationFps", fps},
+                                           {"animationStart", start},
+                                           {"animationEnd", end},
+                                           {"animationName", "pic"},
+                                           {"animationExtension", "png"},
+                                           {"isFristZero", padded},
+                                           {"isLastLoop", pingPong}}));
+    }
+    static std::string at(const PictureSequence& shown, int64_t number) {
+        return shown.animationWithCurrentFps(number, 100, 200).value_or("none");
+    }
+};
+
+TEST_F(SequenceTest, NumbersFollowTheFrames) {
+    EXPECT_EQ(at(sequence(1, 10), 100), "pic01.png");
+    EXPECT_EQ(at(sequence(1, 10), 105), "pic03.png");
+    EXPECT_EQ(at(sequence(1, 10), 118), "pic10.png") << "the first pass ends with the last picture";
+    EXPECT_EQ(at(sequence(1, 10), 120), "pic02.png") << "and leaves the first one out when it goes round";
+    EXPECT_EQ(at(sequence(1, 10, true), 120), "pic09.png");
+    EXPECT_EQ(at(sequence(10, 1), 105), "pic08.png");
+    EXPECT_EQ(at(sequence(10, 1, true), 120), "pic02.png");
+    EXPECT_EQ(at(sequence(4, 4), 150), "pic29.png") << "one picture alone never goes round";
+    EXPECT_EQ(at(sequence(1, 100), 100), "pic001.png");
+    EXPECT_EQ(at(sequence(1, 1000), 100), "pic0001.png");
+    EXPECT_EQ(at(sequence(1, 1000, false, 2, false), 100), "pic1.png");
+    EXPECT_EQ(at(sequence(1, 10, false, 0), 150), "pic01.png") << "no rate: the first picture is held";
+    EXPECT_EQ(at(sequence(1, 10), 99), "none");
+    EXPECT_EQ(at(sequence(1, 10), 201), "none");
+}
+
+class TextureTest : public DrawableFixture {
+  protected:
+    static Value values(Dictionary map) { return Value(std::move(map)); }
+    std::string pathOf(const std::string& texture) {
+        Dictionary info = quad("QVQuadObject3D", texture);
+        return add<QVQuadObject3D>(info)->computeTexturePath();
+    }
+};
+
+TEST_F(TextureTest, PicturesAreStretchedOverTheirCanvas) {
+    ZBTexture loaded;
+    loaded.loadloadTexture(picture("wide.png", std::vector<Pixel>(100 * 20, kRed), 100));
+    EXPECT_NE(loaded.textureId(), 0u);
+    EXPECT_EQ(loaded.textureContentSize().width, 100);
+    EXPECT_EQ(loaded.textureContentSize().height, 20);
+    ZBTexture missing;
+    missing.loadloadTexture(path("none.png"));
+    platform::writeFileAtomically(path("text.png"), "no picture");
+    missing.loadloadTexture(path("text.png"));
+    EXPECT_EQ(missing.textureId(), 0u);
+    EXPECT_EQ(missing.textureContentSize().width, 0);
+}
+
+TEST_F(TextureTest, ThePathIsTheUsersOrTheTemplates) {
+    const std::string own = picture("own.png", {kRed}), users = picture("users.png", {kBlue});
+    EXPECT_EQ(pathOf(own), own);
+    EXPECT_EQ(pathOf("$(currentScenePlistROOT)/own.png"), folder.string() + "/own.png");
+    EXPECT_EQ(pathOf("photo"), "") << "a bare name is never looked up in the working directory";
+    QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic(values({{"photo", Value(users)}}));
+    EXPECT_EQ(pathOf("photo"), users);
+    scene->setSceneIdentifier("one");
+    EXPECT_EQ(pathOf("photo"), "") << "with an identifier the key alone is not looked up";
+    QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic(values({{"photoone", Value(users)}}));
+    EXPECT_EQ(pathOf("photo"), users);
+    EXPECT_EQ(pathOf("/etc/hostname"), "") << "outside the fence";
+}
+
+TEST_F(TextureTest, PhotoSlotsBeyondThePhotosShowThemAgain) {
+    for (const char* name : {"fy1.jpg", "fy2.jpg", "fy3.jpg", "fy100.jpg"}) std::ofstream(path(name)) << "x";
+    EXPECT_EQ(suppliedPhotoForSlot(path("fy7.jpg")), path("fy2.jpg"));
+    EXPECT_EQ(suppliedPhotoForSlot(path("fy9.jpg")), path("fy1.jpg"));
+    EXPECT_EQ(suppliedPhotoForSlot(path("photo7.jpg")), path("photo7.jpg"));
+    EXPECT_EQ(suppliedPhotoForSlot(path("none/fy7.jpg")), path("none/fy7.jpg"));
+    // Only for slots that come from the user, and only where the named file is missing.
+    EXPECT_EQ(pathOf(path("fy7.jpg")), "");
+    QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic(
+        values({{"slot", Value(path("fy7.jpg"))}, {"first", Value(path("fy3.jpg"))}}));
+    EXPECT_EQ(pathOf("slot"), path("fy2.jpg"));
+    EXPECT_EQ(pathOf("first"), path("fy3.jpg"));
+}
+
+TEST_F(TextureTest, LargeTextsAreDrawnSmallerButKeepTheirCoordinates) {
+    const Value info = dictionary({{"textureType", "text2d"},
+                                   {"textString", "wide"},
+                                   {"fontSize", 40},
+                                   {"textColor", "1,1,1,1"},
+                                   {"textFixedResolution", "2000,500"}});
+    QVTexture2dMaterial text({}, info);
+    text.loadMaterial();
+    ASSERT_NE(text.textureId(), 0u);
+    EXPECT_EQ(text.textureSize().width, 2000);
+    const float right = 2000 / 2048.0f, bottom = 500 / 512.0f;
+    EXPECT_THAT(text.textureCoordinates(), ::testing::ElementsAre(0, bottom, right, bottom, right, 0, 0, 0));
+}
+
+TEST_F(TextureTest, TheCopyOfATextGoesWhereTheJobWantsIt) {
+    TextPictureCopy& copy = TextPictureCopy::shared();
+    copy.write(platform::Bitmap(8, 8));
+    copy.setFolder(folder.string());
+    copy.write(platform::Bitmap(8, 8));
+    copy.setFolder({});
+    EXPECT_TRUE(std::filesystem::exists(path("text.jpg")));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1);
+}
+
+TEST_F(TextureTest, FiltersShapeThePhotoOnly) {
+    const std::string photo = picture("photo.png", std::vector<Pixel>(64 * 64, kRed), 64);
+    picture("veil.png", {{0, 0, 255, 255}, {0, 0, 0, 0}}, 1);  // over the upper half
+    const auto drawn = [&](Dictionary filter, const std::string& file) {
+        newScene();
+        Dictionary info = quad("QVQuadObject3D", file);
+        filter.insert({{"textureType", "filterImage"}, {"texture", Value(file)}});
+        info["TextureInfo"] = Value(filter);
+        add(info);
+        draw(0, kWhite);
+    };
+    drawn({{"filterType", "imageSynthesis"}, {"maskPhotoName", "$(currentScenePlistROOT)/veil.png"}}, photo);
+    EXPECT_TRUE(isNear(at(32, 4), kBlue, 2));
+    EXPECT_TRUE(isNear(at(32, 60), kRed, 2));
+    drawn({{"filterType", "imageSynthesis"}, {"maskPhotoName", "$(currentScenePlistROOT)/none.png"}}, photo);
+    EXPECT_TRUE(isNear(at(32, 4), kRed, 2));
+    drawn({{"filterType", "roundRect"}, {"circularR", 20}}, photo);
+    EXPECT_TRUE(isNear(at(1, 1), kWhite, 2));
+    EXPECT_TRUE(isNear(at(32, 32), kRed, 2));
+    drawn({{"filterType", "unknown"}}, photo);
+    EXPECT_TRUE(isNear(at(32, 32), kWhite));
+}
+
+TEST_F(TextureTest, SequencesHoldTheLastPictureOverAGap) {
+    picture("pic1.png", {kRed});
+    picture("pic3.png", {kBlue});
+    Dictionary info = quad("QVQuadObject3D", "");
+    info["TextureInfo"] = dictionary({{"textureType", "textureSerial"},
+                                      {"animationFps", 1},
+                                      {"animationStart", 1},
+                                      {"animationEnd", 3},
+                                      {"animationName", "$(currentScenePlistROOT)/pic"},
+                                      {"animationExtension", "png"}});
+    add(info);
+    for (const auto& [number, color] : {std::pair{0, kRed}, {1, kRed}, {2, kBlue}}) {
+        draw(number);
+        EXPECT_TRUE(isNear(at(30, 30), color)) << number;
+    }
+}
+
+TEST_F(TextureTest, TheTextureLastsFromTheFirstFrameToTheLast) {
+    const int before = liveGLObjects(GLObjectKind::Texture);
+    Dictionary info = quad("QVQuadObject3D", picture("red.png", {kRed}));
+    info["FpsInfo"] = frames(1, 3);
+    const auto node = add<QVQuadObject3D>(info);
+    const std::vector<int> expected{0, 1, 1, 0, 0};
+    for (int64_t number = 0; number < 5; ++number) {
+        draw(number);
+        scene->renderComplete();
+        EXPECT_EQ(liveGLObjects(GLObjectKind::Texture) - before, expected[size_t(number)]) << number;
+    }
+    EXPECT_EQ(scene->numChildren(), 1u) << "the node went with its last frame, the camera stays";
+}
+
+TEST_F(TextureTest, TheCacheKeepsOneTextureAKey) {
+    ZBTextureCache& cache = ZBTextureCache::sharedManager();
+    const std::string file = picture("red.png", {kRed});
+    const auto first = cache.addTextureFromFile(file);
+    EXPECT_EQ(cache.addTextureFromFile(file), first);
+    EXPECT_NE(cache.addTextureFromFile(file, "other"), first);
+    EXPECT_EQ(cache.getTextureWithKey(file), first);
+    cache.removeTextureWithKey(file);
+    EXPECT_EQ(cache.getTextureWithKey(file), nullptr);
+    cache.removeAllTextrue();
+    EXPECT_TRUE(ZBTextureCache::isPvrTexture("a.pvr"));
+    EXPECT_TRUE(ZBTextureCache::isPvrTexture("a.pvr.gz"));
+    EXPECT_FALSE(ZBTextureCache::isPvrTexture("a.PVR"));
+}
+
+// Sounds
+
+TEST_F(TextureTest, SoundsAreRegisteredOnTheirFirstFrameOnce) {
+    std::ofstream(path("pop.wav")) << "sound";
+    QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic(values({{"loudnessa", "0.25"}}));
+    scene->setSceneIdentifier("a");
+    const auto sound = [&](const std::string& file) {
+        return dictionary({{"type", "QVObject3DSoundSourceComponent"},
+                           {"startFps", 10},
+                           {"endFps", 40},
+                           {"audioFilePath", Value(file)},
+                           {"audioVolume", "loudness"},
+                           {"audioKey", "pop"},
+                           {"isLoop", true}});
+    };
+    add(dictionary({{"type", "QVObject3DTransformBase"},
+                    {"ComponentsInfo", array({sound(path("pop.wav")), sound(path("none.wav"))})}}));
+    for (const int64_t number : {9, 10, 10, 11}) draw(number);
+    ASSERT_EQ(driver.sounds.size(), 1u);
+    EXPECT_EQ(driver.sounds[0], dictionary({{"type", "audio"},
+                                            {"audioPath", Value(path("pop.wav"))},
+                                            {"audioName", "popa"},
+                                            {"volume", 0.25},
+                                            {"isLoop", true},
+                                            {"fpsStart", 10},
+                                            {"fpsEnd", 40}}));
+    EXPECT_EQ(RenderReport::shared().entries().size(), 1u);
+}
+
+}  // namespace multiscene::testing

@@ -1,0 +1,93 @@
+#include "3DObject/QuadObject3D/QVQuadTrackObject3D.h"
+#include "3DObject/QuadObject3D/TrackFile.h"
+#include "DrawableFixture.h"
+
+namespace multiscene::testing {
+
+class TrackTest : public DrawableFixture {
+  protected:
+    /// A track whose frame i has all corners at (i / 10, 1 - i / 10), as text.
+    static std::vector<uint8_t> track(int count) {
+        std::string xml = "<CornerPinInfoDoc><Object>";
+        for (int i = 0; i < count; ++i) {
+            xml += "<Frame>";
+            for (const char* corner : {"bottomleft", "bottomright", "topright", "topleft"}) {
+                const std::string name = corner;
+                xml += "<" + name + "x>" + std::to_string(i / 10.0) + "</" + name + "x>";
+                xml += "<" + name + "y>" + std::to_string(1 - i / 10.0) + "</" + name + "y>";
+            }
+            xml += "</Frame>";
+        }
+        xml += "</Object></CornerPinInfoDoc>";
+        return {xml.begin(), xml.end()};
+    }
+    void write(const std::string& name, const std::vector<uint8_t>& bytes) const {
+        platform::writeFileAtomically(path(name),
+                                      {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+    }
+    std::shared_ptr<QVQuadTrackObject3D> tracked(const std::string& file) {
+        Dictionary info = quad("QVQuadTrackObject3D", picture("red.png", {kRed}), 40, 20);
+        info["TrackInfo"] = dictionary({{"trackFliePath", Value(file)}});
+        info["FpsInfo"] = frames(2, 100);
+        return add<QVQuadTrackObject3D>(info);
+    }
+};
+
+TEST_F(TrackTest, CornersFollowTheFramesDrawnAndTheLastIsHeld) {
+    write("track", TrackFile::encryptedAES256DataUsingDefaultKey(track(5), "track"));
+    const auto node = tracked("$(currentScenePlistROOT)/track");
+    // Not the frame's number counts but how many frames the quad was drawn, a pause included.
+    float expected = 0;
+    for (const int64_t number : {0, 2, 3, 10, 11, 12, 13, 14}) {
+        draw(number);
+        if (number < 2) continue;
+        EXPECT_NEAR(node->squareVertices()[0], expected - 0.5, 1e-5) << number;
+        EXPECT_NEAR(node->squareVertices()[10], 0.5 - expected, 1e-5) << number;
+        EXPECT_EQ(node->squareVertices()[11], 0);
+        expected = std::min(expected + 0.1f, 0.4f);
+    }
+}
+
+TEST_F(TrackTest, CornersOfTheFrameAreThoseOfTheUnitSquare) {
+    const auto node = tracked("none");
+    node->computeQuadVerticesWithTrackInfo(dictionary({{"bottomleftx", "0"},
+                                                       {"bottomlefty", "0"},
+                                                       {"bottomrightx", 1},
+                                                       {"bottomrighty", 0.25},
+                                                       {"toprightx", "1"},
+                                                       {"toprighty", "1"},
+                                                       {"topleftx", 0.5},
+                                                       {"toplefty", 1}}));
+    const QVQuadObject3D::Corners expected{-0.5, -0.5, 0, 0.5, -0.25, 0, 0.5, 0.5, 0, 0, 0.5, 0};
+    EXPECT_EQ(node->squareVertices(), expected);
+}
+
+TEST_F(TrackTest, UnreadableTracksKeepTheBoxAndAreNotTriedAgain) {
+    write("plain", track(3));
+    auto damaged = TrackFile::encryptedAES256DataUsingDefaultKey(track(3), "track");
+    damaged.pop_back();
+    write("damaged", damaged);
+    for (const char* name : {"plain", "damaged", "missing"}) {
+        newScene();
+        RenderReport::shared().clear();
+        std::filesystem::remove(path("missing"));
+        const auto node = tracked(path(name));
+        draw(2);
+        write("missing", TrackFile::encryptedAES256DataUsingDefaultKey(track(3), "track"));
+        draw(3);
+        EXPECT_EQ(node->squareVertices()[0], -20) << name;
+        EXPECT_EQ(RenderReport::shared().entries().size(), 1u) << name;
+    }
+}
+
+TEST_F(TrackTest, EncryptingIsReproducibleAndRefusesWhatIsNoTrack) {
+    const auto stored = TrackFile::encryptedAES256DataUsingDefaultKey(track(2), "track");
+    EXPECT_EQ(stored, TrackFile::encryptedAES256DataUsingDefaultKey(track(2), "track"));
+    EXPECT_EQ(TrackFile::decryptedAES256DataUsingDefaultKey(stored), track(2));
+    EXPECT_EQ(TrackFile::frames(track(1)).size(), 1u) << "a track of one frame is a list too";
+    const std::string noTrack = "<CornerPinInfoDoc><Object/></CornerPinInfoDoc>";
+    EXPECT_THROW(TrackFile::encryptedAES256DataUsingDefaultKey({noTrack.begin(), noTrack.end()}, "x.xml"),
+                 platform::Error);
+}
+
+}  // namespace multiscene::testing

@@ -1,0 +1,196 @@
+#include <gmock/gmock.h>
+
+#include "DrawableFixture.h"
+#include "TimeSource/QVSingleVideoBgObject3D.h"
+#include "core/VideoTimeSource.h"
+#include "platform/base/Clock.h"
+#include "videoDecode/QVNullVideoDecode.h"
+#include "videoDecode/QVVideoReader.h"
+
+namespace multiscene::testing {
+
+TEST(FrameTime, IsTruncatedAtTheReadersRate) {
+    const auto frameOf = [](int64_t value, int32_t timescale, int32_t fps) {
+        return QVVideoReader::frameTimeOf(platform::CMTimeMake(value, timescale), fps).value;
+    };
+    EXPECT_EQ(frameOf(40, 1000, 25), 1);
+    EXPECT_EQ(frameOf(33, 1000, 25), 0);
+    EXPECT_EQ(frameOf(3000, 90000, 30), 1);
+    EXPECT_EQ(frameOf(33, 1000, 30), 0);
+    EXPECT_EQ(frameOf(33, 1000, 0), 0);
+}
+
+/// Writes down what a time source tells its player.
+class Listener : public VideoTimeSourceDelegate {
+  public:
+    void didStartRender(VideoTimeSource&, const std::shared_ptr<QVScene3D>&) override { note("start"); }
+    void didCompleteRender(VideoTimeSource& source, const std::shared_ptr<QVScene3D>&) override {
+        note("complete");
+        if (dropsSource) source.cancelDecode();
+    }
+    void didLoadNextScene(VideoTimeSource&, const std::shared_ptr<QVScene3D>&) override { note("load next"); }
+    void didSceneTransitions(VideoTimeSource&, int32_t type, int64_t sceneId) override {
+        note("transition " + std::to_string(type) + " to " + std::to_string(sceneId));
+    }
+    void note(const std::string& what) { events.push_back(std::to_string(turn) + " " + what); }
+
+    int turn = 0;
+    bool dropsSource = false;
+    std::vector<std::string> events;
+};
+
+class VideoSourceTest : public DrawableFixture {
+  protected:
+    /// The scene's clock, as the player makes it.
+    std::shared_ptr<VideoTimeSource> clock(const std::string& type, Dictionary info,
+                                           const Value& transition = {}, bool atActualSpeed = false) {
+        info["QuadInfo"] = dictionary({{"modelWidth", side}, {"modelHeight", side}});
+        source = TimeSourceTypes::find(type)->make(Value(info), {.renderManager = &driver,
+                                                                 .scene = scene,
+                                                                 .isPlayAtActualSpeed = atActualSpeed,
+                                                                 .sceneTansitionsInfo = transition});
+        source->node()->setScene(scene);
+        source->node()->rendInfoWithDic(Value(info));
+        source->setDelegate(listener);
+        source->computeTimeSourceFpsTotal();
+        scene->setTimeSource(source);
+        scene->addChild(source->node());
+        return source;
+    }
+    static Value lasting(int64_t lastFrame) { return frames(0, lastFrame); }
+    Dictionary video(const std::string& file, int64_t lastFrame, int fps = 30) {
+        return {{"VideoInfo", dictionary({{"msaterVideoPath", Value(file)}, {"videoFps", fps}})},
+                {"FpsInfo", lasting(lastFrame)}};
+    }
+    Dictionary noVideo(int64_t lastFrame) {
+        return {{"NullVideoInfo", dictionary({{"videoFps", 30}, {"fpsTotal", 7}})},
+                {"FpsInfo", lasting(lastFrame)}};
+    }
+
+    /// Turns of the driver until the source has ended; the frame time of each turn.
+    std::vector<int64_t> play(bool draws = false) {
+        std::vector<int64_t> times;
+        for (; source->isAlive() && times.size() < 40; ++listener->turn) {
+            source->decodeNextFpsWithGroupQueue();
+            times.push_back(scene->currentRenderTime().value);
+            scene->updateData();
+            scene->updateMatrix();
+            if (draws) {
+                drawAgain(kBlue);
+                levels.push_back(at(32, 32)[0]);
+            }
+            scene->renderComplete();
+            source->fpsRenderCompletedHandle();
+        }
+        return times;
+    }
+
+    std::shared_ptr<Listener> listener = std::make_shared<Listener>();
+    std::shared_ptr<VideoTimeSource> source;
+    std::vector<int> levels;
+};
+
+TEST_F(VideoSourceTest, AFrameClockDeliversItsLastFrameToo) {
+    clock("QVNullVideoTimeSource", noVideo(3),
+          dictionary({{"sceneTansitionsType", 1}, {"tansitionsSceneId", 42}, {"fpsTotal", 2}}));
+    EXPECT_THAT(play(), ::testing::ElementsAre(0, 1, 2, 3));
+    EXPECT_THAT(listener->events,
+                ::testing::ElementsAre("0 start", "0 load next", "1 transition 2 to 42", "3 complete"));
+}
+
+TEST_F(VideoSourceTest, AFrameClockWithoutAnEndKeepsItsOwnTotal) {
+    Dictionary info = noVideo(0);
+    info.erase("FpsInfo");
+    clock("QVNullVideoTimeSource", info);
+    EXPECT_EQ(play().size(), 8u);
+    newScene();
+    clock("QVNullVideoTimeSource", noVideo(0));
+    EXPECT_EQ(play().size(), 1u);
+}
+
+TEST_F(VideoSourceTest, AVideoIsDrawnPictureByPictureAndCutAtTheLastFrame) {
+    clock("QVSingleVideoTimeSource", video(film("film.mp4", 8), 4));
+    EXPECT_THAT(play(true), ::testing::ElementsAre(0, 1, 2, 3, 4));
+    ASSERT_EQ(levels.size(), 5u);
+    for (int i = 0; i < 5; ++i) EXPECT_NEAR(levels[size_t(i)], levelOf(i), 4) << i;
+    EXPECT_TRUE(RenderReport::shared().entries().empty());
+    EXPECT_EQ(std::dynamic_pointer_cast<QVSingleVideoBgObject3D>(source)->renderMasterTexture(), 0u)
+        << "its texture is gone";
+}
+
+TEST_F(VideoSourceTest, AVideoThatRunsDryHoldsItsLastPictureForOneTurn) {
+    clock("QVSingleVideoTimeSource", video(film("film.mp4", 4), 100),
+          dictionary({{"sceneTansitionsType", 0}, {"tansitionsSceneId", 9}, {"fpsTotal", 97}}));
+    EXPECT_THAT(play(true), ::testing::ElementsAre(0, 1, 2, 3, 3));
+    EXPECT_NEAR(levels[4], levelOf(3), 4);
+    EXPECT_THAT(listener->events,
+                ::testing::ElementsAre("0 start", "0 load next", "3 transition 1 to 9", "4 complete"));
+}
+
+TEST_F(VideoSourceTest, UnreadableAndOtherwiseTimedVideosAreReported) {
+    clock("QVSingleVideoTimeSource", video(path("none.mp4"), 10));
+    EXPECT_EQ(play(true).size(), 1u);
+    EXPECT_EQ(RenderReport::shared().entries().size(), 1u);
+    newScene();
+    RenderReport::shared().clear();
+    clock("QVSingleVideoTimeSource", video(film("film.mp4", 4, 25), 2));
+    play();
+    ASSERT_EQ(RenderReport::shared().entries().size(), 1u);
+    EXPECT_THAT(RenderReport::shared().entries()[0].name, ::testing::HasSubstr("25.00 instead of 30"));
+}
+
+TEST_F(VideoSourceTest, AMaskVideoGivesTheOpacityAndTheShorterOneEndsBoth) {
+    Dictionary info = video(film("master.mp4", 6), 100);
+    info["VideoInfo"] = info["VideoInfo"].with("maskVideoPath", Value(film("mask.mp4", 4)));
+    clock("QVMaskVideoTimeSource", info);
+    EXPECT_THAT(play(true), ::testing::ElementsAre(0, 1, 2, 3, 3));
+    for (int i = 0; i < 5; ++i) {
+        const int shown = std::min(i, 3);
+        EXPECT_NEAR(levels[size_t(i)], levelOf(shown) * levelOf(shown) / 255, 4) << i;
+    }
+}
+
+TEST_F(VideoSourceTest, AKeyedColourIsTransparent) {
+    Dictionary info = video(film("film.mp4", 2), 1);
+    info["ChromaKeyInfo"] = dictionary({{"ChromaKeyColor", "0,1,0,1"}, {"maxEclosion", 0.1}});
+    clock("QVChromaKeyVideoBgObject", info);
+    play(true);
+    EXPECT_NEAR(levels[0], levelOf(0), 4) << "grey holds no green";
+    newScene();
+    info["ChromaKeyInfo"] = dictionary({{"ChromaKeyColor", "0.157,0.157,0.157,1"}, {"maxEclosion", 0.1}});
+    clock("QVChromaKeyVideoBgObject", info);
+    levels.clear();
+    play(true);
+    EXPECT_EQ(levels[0], 0) << "the blue behind it";
+}
+
+TEST_F(VideoSourceTest, ThePlayerMayDropTheSourceFromWithinItsCallbacks) {
+    listener->dropsSource = true;
+    clock("QVSingleVideoTimeSource", video(film("film.mp4", 4), 1));
+    EXPECT_EQ(play().size(), 2u);
+    EXPECT_FALSE(source->isAlive());
+    const int textures = liveGLObjects(GLObjectKind::Texture);
+    source->cancelDecode();
+    EXPECT_EQ(liveGLObjects(GLObjectKind::Texture), textures);
+}
+
+TEST_F(VideoSourceTest, OnlyThePresentedSceneKeepsThePaceAndAPauseIsNotCaughtUp) {
+    constexpr double frameSeconds = 1 / 50.0;
+    QVNullVideoDecode decode(50, 100);
+    decode.setRenderManager(&driver);
+    decode.setCurrentScene(scene);
+    decode.setIsPlayAtActualSpeed(true);
+    const auto secondsFor = [&](int turns) {
+        const double start = platform::monotonicSeconds();
+        for (int i = 0; i < turns; ++i) decode.decodeNextFpsWithGroupQueue();
+        return platform::monotonicSeconds() - start;
+    };
+    EXPECT_GE(secondsFor(4), 3 * frameSeconds * 0.98);
+    platform::sleepSeconds(10 * frameSeconds);
+    platform::NotificationCenter::shared().post(kRefushMultiSceneRenderStartTime);
+    EXPECT_GE(secondsFor(4), 3 * frameSeconds * 0.98) << "counted from the frame that the pause reached";
+    driver.type = SceneRenderType::TextureTransition;
+    EXPECT_LT(secondsFor(20), 10 * frameSeconds) << "drawn only as a part of a transition";
+}
+
+}  // namespace multiscene::testing
