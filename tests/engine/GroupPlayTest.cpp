@@ -2,6 +2,7 @@
 #include <array>
 
 #include "platform/base/NotificationCenter.h"
+#include "platform/image/ImageWriter.h"
 #include "tests/engine/PlayFixture.h"
 #include "videoRenderCore/PictureSink.h"
 #include "videoRenderCore/SceneTrace.h"
@@ -281,6 +282,39 @@ TEST_F(GroupPlay, PicturesOfSelectedFramesOnlyTopRowFirst) {
     EXPECT_EQ(pictures[0], early);
     EXPECT_EQ(pictures[4], early);
     EXPECT_EQ(pictures[8], late);
+}
+
+TEST_F(GroupPlay, QuadsThatCutEachOtherAreHiddenByDepth) {
+    const auto turned = [&](const std::array<uint8_t, 4>& color, const char* rotation, bool depth) {
+        const std::string file = folder_ / (std::string("turned") + rotation + ".png");
+        platform::writePng(file, {1, 1, color.data(), 4});
+        return Value(
+            Dictionary{{"type", "QVQuadObject3D"},
+                       {"TextureInfo", Value(Dictionary{{"textureType", "image"}, {"texture", file}})},
+                       {"QuadInfo", Value(Dictionary{{"modelWidth", 32}, {"modelHeight", 32}})},
+                       {"FpsInfo", Value(Dictionary{{"isEnableDephTest", depth}})},
+                       // At rest, in radians.
+                       {"TransformArray", Value(Value::Array{Value(Dictionary{
+                                              {"sartFps", 0}, {"endFps", 1}, {"startRotate", rotation}})})}});
+    };
+    const Value camera(Dictionary{{"type", "QVOrthCamera"}, {"OrthWidth", 32}, {"aspect", 1}});
+    for (const bool depth : {true, false}) {
+        // The left half of the first and the right half of the second come forward.
+        addScene(1, Value(Dictionary{
+                        {"Camera", camera},
+                        {"TimeSource", clock(0)},
+                        {"object3D", Value(Value::Array{turned({255, 0, 0, 255}, "0,0.6,0", depth),
+                                                        turned({0, 0, 255, 255}, "0,-0.6,0", depth)})}}));
+        scenes_.clear();
+        play(1);
+        std::array<int, 2> red{};
+        create(std::make_shared<PictureSink>(32, 32, [&](const PictureSink::Picture& picture) {
+            for (size_t side = 0; side < 2; ++side) red[side] = picture.rgba[(16 * 32 + (side ? 22 : 9)) * 4];
+        }));
+        completions_ = 0;
+        run();
+        EXPECT_EQ(red, (depth ? std::array{255, 0} : std::array{0, 0})) << depth;
+    }
 }
 
 TEST_F(GroupPlay, TraceListsEveryChildInTreeOrder) {

@@ -6,6 +6,7 @@
 #include <random>
 
 #include "GlFixture.h"
+#include "PvrBytes.h"
 #include "core/GLESUtils/PvrFile.h"
 #include "core/GLESUtils/PvrUpload.h"
 #include "core/GLESUtils/PvrtcDecoder.h"
@@ -15,36 +16,12 @@
 namespace multiscene {
 namespace {
 
+using testing::Bytes;
 using ::testing::HasSubstr;
 using testing::isNear;
 using testing::Pixel;
-using Bytes = std::vector<uint8_t>;
-
-struct Header {
-    uint32_t width = 2, height = 2, mipMaps = 0, flags = 18, bitsPerPixel = 32, alphaMask = 0,
-             tag = 0x21525650, surfaces = 1, length = 52;
-};
-
-Bytes pvr(const Header& header, const Bytes& data) {
-    const std::array<uint32_t, 13> fields{header.length,
-                                          header.height,
-                                          header.width,
-                                          header.mipMaps,
-                                          header.flags,
-                                          0,
-                                          header.bitsPerPixel,
-                                          0,
-                                          0,
-                                          0,
-                                          header.alphaMask,
-                                          header.tag,
-                                          header.surfaces};
-    Bytes file;
-    for (const uint32_t field : fields)
-        for (int shift = 0; shift < 32; shift += 8) file.push_back(uint8_t(field >> shift));
-    file.insert(file.end(), data.begin(), data.end());
-    return file;
-}
+using testing::pvr;
+using Header = testing::PvrHeader;
 
 Bytes gzipped(const Bytes& bytes) {
     z_stream stream{};
@@ -97,6 +74,7 @@ TEST(PvrFile, RefusesWhatItCannotRead) {
     EXPECT_THAT(problem({.bitsPerPixel = 8}), HasSubstr("too few bits"));
     EXPECT_THAT(problem({.width = 12, .height = 8, .flags = 25, .bitsPerPixel = 4}, 64),
                 HasSubstr("powers of two"));
+    EXPECT_THAT(problem({.length = 0x03525650}), HasSubstr("version 3"));
     const PvrFile unknown(pvr({.width = 7, .height = 5, .flags = 20}, {}));
     EXPECT_EQ(unknown.width(), 7u) << "the size is known although the format is not taken";
     EXPECT_EQ(PvrFile(Bytes(51)).width(), 0u);

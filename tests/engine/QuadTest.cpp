@@ -99,14 +99,63 @@ TEST_F(QuadTest, OpacityFollowsItsKeyFramesAndStartsAtOne) {
 }
 
 TEST_F(QuadTest, BlendFunctionOfItsOwnEndsWithTheNode) {
-    Dictionary info = quad("QVQuadBlendObject3D", picture("grey.png", {{100, 100, 100, 255}}));
-    info["BlendInfo"] = dictionary({{"srcBlend", GL_ONE}, {"decBlend", GL_ONE}});
-    add(info);
-    draw(0, {50, 0, 0, 255});
-    EXPECT_TRUE(isNear(at(30, 30), {150, 100, 100, 255}));
-    GLint colorFactor = 0;
-    glGetIntegerv(GL_BLEND_SRC_RGB, &colorFactor);
-    EXPECT_EQ(colorFactor, GL_SRC_ALPHA);
+    struct Case {
+        const char *src, *dst;   // for every node
+        int srcBlend, decBlend;  // for the blend quad
+        Pixel expected;
+    };
+    const Case cases[] = {
+        {"ONE", "ONE", GL_ONE, GL_ONE, {150, 255, 100, 255}},
+        {"DST_COLOR", "ZERO", GL_DST_COLOR, GL_ZERO, {20, 78, 0, 255}},
+        {"ONE", "ONE_MINUS_SRC_COLOR", GL_ONE, GL_ONE_MINUS_SRC_COLOR, {130, 222, 100, 255}},
+        {"ZERO", "SRC_ALPHA", GL_ZERO, GL_SRC_ALPHA, {50, 200, 0, 255}}};
+    const std::string grey = picture("grey.png", {{100, 100, 100, 255}});
+    for (const Case& it : cases) {
+        Dictionary blended = quad("QVQuadBlendObject3D", grey);
+        blended["BlendInfo"] = dictionary({{"srcBlend", it.srcBlend}, {"decBlend", it.decBlend}});
+        Dictionary any = quad("QVQuadObject3D", grey);
+        any["FpsInfo"] = dictionary({{"isChangeBlend", true}, {"srcBlend", it.src}, {"dstBlend", it.dst}});
+        Dictionary after = quad("QVQuadObject3D", picture("half.png", {{0, 0, 255, 128}}), 20, 20);
+        for (const Dictionary& info : {blended, any}) {
+            newScene();
+            add(info);
+            add(after);
+            draw(0, {50, 200, 0, 255});
+            EXPECT_TRUE(isNear(at(4, 4), it.expected, 2)) << it.src << " " << it.dst;
+            const Pixel mixed{uint8_t(it.expected[0] / 2), uint8_t(it.expected[1] / 2),
+                              uint8_t((it.expected[2] + 255) / 2), 255};
+            EXPECT_TRUE(isNear(at(32, 32), mixed, 2)) << "the next node blends as ever";
+        }
+    }
+}
+
+TEST_F(QuadTest, TargetsInsideTargetsShowWhatWasDrawnIntoThem) {
+    const auto drawnInto = [](const char* key, Value::Array children, float depth) {
+        return dictionary({{"type", "QVObject3DTransformBase"},
+                           {"FpsInfo", dictionary({{"isRenderToTexture", true},
+                                                   {"textureSize", "32,32"},
+                                                   {"textureMapKey", key},
+                                                   {"RenderDepth", double(depth)}})},
+                           {"childNode", Value(std::move(children))}});
+    };
+    const auto showing = [](const char* key, float width) {
+        Dictionary info = quad("QVQuadObject3D", "", width);
+        info["TextureInfo"] = dictionary({{"textureType", "RTTTexture"}, {"textureMapKey", key}});
+        return Value(info);
+    };
+    // The inner target: four colours. The outer one: the inner in its middle over white, drawn after it.
+    const Value white = Value(quad("QVQuadObject3D", picture("white.png", {kWhite})));
+    add(drawnInto(
+        "outer",
+        {drawnInto("inner", {Value(quad("QVQuadObject3D", fourColors()))}, 2), white, showing("inner", 32)},
+        1));
+    add(showing("outer", 64));
+    draw(0, kBlack);
+    EXPECT_TRUE(isNear(at(4, 30), kWhite)) << "the outer target goes on after the inner one";
+    EXPECT_TRUE(isNear(at(22, 4), kRed));
+    EXPECT_TRUE(isNear(at(42, 4), kGreen));
+    EXPECT_TRUE(isNear(at(22, 60), kBlue));
+    EXPECT_TRUE(isNear(at(60, 30), kWhite));
 }
 
 TEST_F(QuadTest, MaskShowsWhereItIsBrightWhateverLiesBehindIt) {
@@ -214,6 +263,30 @@ TEST_F(QuadTest, BlurredCopyFillsTheBoxBehindAFittedQuadOnly) {
         EXPECT_TRUE(isNear(at(32, 4), kRed, 3)) << mode;
         EXPECT_TRUE(isNear(at(4, 4), mode == 1 ? kBlack : kRed, 3)) << mode;
     }
+}
+
+TEST_F(QuadTest, TheBlurRunsAlongTheDiagonalOnly) {
+    std::vector<Pixel> dot(64 * 64, kBlack);
+    for (int y = 8; y < 12; ++y)
+        for (int x = 30; x < 34; ++x) dot[size_t(y * 64 + x)] = kWhite;
+    Dictionary info = quad("QVQuadObject3D", picture("dot.png", dot, 64));
+    info["QuadInfo"] = dictionary({{"modelWidth", 32},
+                                   {"modelHeight", 64},
+                                   {"quadObject3DContentMode", 1},
+                                   {"backgroundRenderMode", 1}});
+    add(info);
+    draw(0);
+    // The whole picture fills 32 x 64 pixels: the dot lies at (32, 10), and steps of two texels to the right
+    // and down are one pixel and two.
+    const auto level = [&](int right, int down) { return int(at(32 + right, 10 + down)[0]); };
+    EXPECT_GT(level(0, 0), 15);
+    EXPECT_LT(level(0, 0), 120) << "the dot itself is spread";
+    EXPECT_GT(level(2, 4), 10);
+    EXPECT_GT(level(-2, -4), 10);
+    EXPECT_EQ(level(-2, 4), 0);
+    EXPECT_EQ(level(2, -4), 0);
+    EXPECT_EQ(level(0, 5), 0);
+    EXPECT_EQ(level(5, 0), 0);
 }
 
 TEST_F(QuadTest, CubesHideTheirFarSideAndTakeLight) {

@@ -162,6 +162,8 @@ TEST_F(ShaderTest, RemovingTheActiveShaderForgetsIt) {
 TEST_F(ShaderTest, AProgramIsDeletedInItsOwnContextOnly) {
     auto shader = fromTexts("a");
     const unsigned int program = shader->programHandle();
+    GLuint attached[2] = {};
+    glGetAttachedShaders(program, 2, nullptr, attached);
     manager_.removeAllShaders();
     const auto other = platform::GLContext::create(platform::GLContext::Driver::Software);
     other->makeCurrent();
@@ -172,6 +174,7 @@ TEST_F(ShaderTest, AProgramIsDeletedInItsOwnContextOnly) {
     EXPECT_TRUE(glIsProgram(program));
     context_->makeCurrent();
     EXPECT_FALSE(glIsProgram(program));
+    for (const GLuint source : attached) EXPECT_FALSE(glIsShader(source)) << "goes with its program";
     manager_.removeAllShaders();
 }
 

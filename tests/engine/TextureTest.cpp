@@ -4,6 +4,7 @@
 
 #include "3DObject/QuadObject3D/QVQuadObject3D.h"
 #include "DrawableFixture.h"
+#include "PvrBytes.h"
 #include "core/Material/PictureSequence.h"
 #include "core/Material/QVTexture2dMaterial.h"
 #include "core/Material/TextPictureCopy.h"
@@ -160,6 +161,21 @@ TEST_F(TextureTest, FiltersShapeThePhotoOnly) {
     drawn({{"filterType", "roundRect"}, {"circularR", 20}}, photo);
     EXPECT_TRUE(isNear(at(1, 1), kWhite, 2));
     EXPECT_TRUE(isNear(at(32, 32), kRed, 2));
+    const auto stroked = [&](double radius) {
+        drawn({{"filterType", "circularAndStroke"},
+               {"circularR", radius},
+               {"strokeW", 8},
+               {"strokeColor", "0,0,1,1"}},
+              photo);
+    };
+    stroked(20);
+    EXPECT_TRUE(isNear(at(1, 1), kWhite, 2));
+    EXPECT_TRUE(isNear(at(1, 32), kBlue, 2)) << "the inner half of the line";
+    EXPECT_TRUE(isNear(at(5, 32), kRed, 2));
+    EXPECT_TRUE(isNear(at(7, 7), kBlue, 2)) << "around the corner";
+    stroked(0);
+    EXPECT_TRUE(isNear(at(1, 1), kRed, 2)) << "without a radius neither corners nor a line";
+    EXPECT_TRUE(isNear(at(1, 32), kRed, 2));
     drawn({{"filterType", "unknown"}}, photo);
     EXPECT_TRUE(isNear(at(32, 32), kWhite));
 }
@@ -178,6 +194,53 @@ TEST_F(TextureTest, SequencesHoldTheLastPictureOverAGap) {
     for (const auto& [number, color] : {std::pair{0, kRed}, {1, kRed}, {2, kBlue}}) {
         draw(number);
         EXPECT_TRUE(isNear(at(30, 30), color)) << number;
+    }
+}
+
+TEST_F(TextureTest, SequencesGoRoundOrBackAndForth) {
+    const std::vector<Pixel> colors{kRed, kGreen, kBlue, kWhite};
+    const char* names[] = {"pic08.png", "pic09.png", "pic10.png", "pic11.png"};
+    for (size_t i = 0; i < 4; ++i) picture(names[i], {colors[i]});
+    for (const auto& [pingPong, shown] : {std::pair{false, "0123120120"}, {true, "0123210123"}}) {
+        newScene();
+        Dictionary info = quad("QVQuadObject3D", "");
+        info["TextureInfo"] = dictionary({{"textureType", "textureSerial"},
+                                          {"animationFps", 2},
+                                          {"animationStart", 8},
+                                          {"animationEnd", 11},
+                                          {"isFristZero", true},
+                                          {"isLastLoop", pingPong},
+                                          {"animationName", "$(currentScenePlistROOT)/pic"},
+                                          {"animationExtension", "png"}});
+        info["FpsInfo"] = frames(3, 100);
+        add(info);
+        for (int number = 0; number < 20; ++number) {
+            draw(3 + number);
+            EXPECT_TRUE(isNear(at(30, 30), colors[size_t(shown[number / 2] - '0')])) << pingPong << number;
+        }
+    }
+}
+
+TEST_F(TextureTest, PvrSequencesShowNothingInAGap) {
+    for (const auto& [number, color] : {std::pair{1, kRed}, {3, kBlue}}) {
+        const Bytes file = pvr({.width = 1, .height = 1}, {color.begin(), color.end()});
+        platform::writeFileAtomically(path("pic" + std::to_string(number) + ".pvr"),
+                                      {reinterpret_cast<const char*>(file.data()), file.size()});
+    }
+    Dictionary info = quad("QVPvrTextureSerialQuadObject3D", "");
+    info.erase("TextureInfo");
+    info["PvrTextureSerialInfo"] = dictionary({{"animationFps", 1},
+                                               {"animationStart", 1},
+                                               {"animationEnd", 3},
+                                               {"animationName", "$(currentScenePlistROOT)/pic"},
+                                               {"animationExtension", "pvr"}});
+    info["FpsInfo"] = frames(1, 3);
+    add(info);
+    const std::vector<Pixel> expected{kBlack, kRed, kBlack, kBlue, kBlack};
+    for (int number = 0; number < 5; ++number) {
+        draw(number, kBlack);
+        EXPECT_TRUE(isNear(at(30, 30), expected[size_t(number)])) << number;
+        scene->renderComplete();
     }
 }
 

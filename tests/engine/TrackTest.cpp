@@ -8,14 +8,23 @@ class TrackTest : public DrawableFixture {
   protected:
     /// A track whose frame i has all corners at (i / 10, 1 - i / 10), as text.
     static std::vector<uint8_t> track(int count) {
-        std::string xml = "<CornerPinInfoDoc><Object>";
+        std::vector<FrameCorners> list;
         for (int i = 0; i < count; ++i) {
+            const double x = i / 10.0, y = 1 - x;
+            list.push_back({x, y, x, y, x, y, x, y});
+        }
+        return xmlOf(list);
+    }
+    /// x, y of bottom left, bottom right, top right, top left.
+    using FrameCorners = std::array<double, 8>;
+    static std::vector<uint8_t> xmlOf(const std::vector<FrameCorners>& list) {
+        static constexpr const char* names[] = {"bottomleftx", "bottomlefty", "bottomrightx", "bottomrighty",
+                                                "toprightx",   "toprighty",   "topleftx",     "toplefty"};
+        std::string xml = "<CornerPinInfoDoc><Object>";
+        for (const FrameCorners& corners : list) {
             xml += "<Frame>";
-            for (const char* corner : {"bottomleft", "bottomright", "topright", "topleft"}) {
-                const std::string name = corner;
-                xml += "<" + name + "x>" + std::to_string(i / 10.0) + "</" + name + "x>";
-                xml += "<" + name + "y>" + std::to_string(1 - i / 10.0) + "</" + name + "y>";
-            }
+            for (size_t i = 0; i < corners.size(); ++i)
+                xml += std::string("<") + names[i] + ">" + std::to_string(corners[i]) + "</" + names[i] + ">";
             xml += "</Frame>";
         }
         xml += "</Object></CornerPinInfoDoc>";
@@ -45,6 +54,31 @@ TEST_F(TrackTest, CornersFollowTheFramesDrawnAndTheLastIsHeld) {
         EXPECT_NEAR(node->squareVertices()[10], 0.5 - expected, 1e-5) << number;
         EXPECT_EQ(node->squareVertices()[11], 0);
         expected = std::min(expected + 0.1f, 0.4f);
+    }
+}
+
+TEST_F(TrackTest, ThePictureIsPinnedToItsCorners) {
+    // The lower left quarter, a trapezium standing on the middle line, then a single wide strip at the top.
+    write("track",
+          TrackFile::encryptedAES256DataUsingDefaultKey(xmlOf({{0, 0, 0.5, 0, 0.5, 0.5, 0, 0.5},
+                                                               {0.25, 0.5, 0.75, 0.5, 0.625, 1, 0.375, 1},
+                                                               {0, 0.75, 1, 0.75, 1, 1, 0, 1}}),
+                                                        "track"));
+    Dictionary info = quad("QVQuadTrackObject3D", picture("red.png", {kRed}), 5, 5);
+    info["TrackInfo"] = dictionary({{"trackFliePath", "$(currentScenePlistROOT)/track"}});
+    info["TransformArray"] = array({dictionary({{"sartFps", 0}, {"endFps", 1}, {"startScale", "64,64,1"}})});
+    add(info);
+    const auto isRed = [&](int x, int y) { return at(x, y) == kRed; };
+    draw(0, kBlack);
+    EXPECT_TRUE(isRed(2, 61) && isRed(29, 34));
+    EXPECT_FALSE(isRed(34, 61) || isRed(2, 29));
+    draw(1, kBlack);
+    EXPECT_TRUE(isRed(18, 30) && isRed(45, 30) && isRed(26, 2) && isRed(37, 2));
+    EXPECT_FALSE(isRed(18, 2) || isRed(45, 2) || isRed(32, 34));
+    for (const int64_t number : {2, 3, 40}) {
+        draw(number, kBlack);
+        EXPECT_TRUE(isRed(1, 1) && isRed(62, 14)) << number;
+        EXPECT_FALSE(isRed(32, 18)) << number;
     }
 }
 

@@ -39,6 +39,16 @@ GLenum stageOf(const std::string& file) {
     return extension == ".fsh" ? GL_FRAGMENT_SHADER : 0;
 }
 
+/// With its shaders: attached ones would outlive it.
+void deleteProgram(GLuint program) {
+    GLint count = 0;
+    glGetProgramiv(program, GL_ATTACHED_SHADERS, &count);
+    std::vector<GLuint> shaders(static_cast<size_t>(count));
+    glGetAttachedShaders(program, count, nullptr, shaders.data());
+    glDeleteProgram(program);
+    for (const GLuint shader : shaders) glDeleteShader(shader);
+}
+
 }  // namespace
 
 Shader::Shader(const platform::Value& settings, const std::string& rootPath) {
@@ -66,7 +76,7 @@ Shader::~Shader() {
     const auto context = context_.lock();
     if (programHandle_ == 0 || !context) return;
     const platform::GLContextScope scope(*context);
-    if (scope.active()) glDeleteProgram(programHandle_);
+    if (scope.active()) deleteProgram(programHandle_);
 }
 
 void Shader::begin() {
@@ -81,10 +91,8 @@ void Shader::finish(const std::vector<unsigned int>& shaders, const std::vector<
     if (programHandle_ == 0) return;
     for (const unsigned int shader : shaders) glAttachShader(programHandle_, shader);
     bindAttributes(attributes);
-    if (linkProgram(programHandle_))
-        lookUpUniforms(uniforms);
-    else
-        giveUp(shaders);
+    if (!linkProgram(programHandle_)) return giveUp(shaders);
+    lookUpUniforms(uniforms);
 }
 
 void Shader::bindAttributes(const std::vector<std::string>& attributes) {
@@ -107,9 +115,7 @@ void Shader::giveUp(const std::vector<unsigned int>& shaders) {
     programHandle_ = 0;
 }
 
-void Shader::useShader() {
-    ShaderManager::sharedManager().useShaderObject(this);
-}
+void Shader::useShader() { ShaderManager::sharedManager().useShaderObject(this); }
 
 int Shader::uniformLocation(std::string_view name) const {
     const auto found = uniformHandles_.find(name);

@@ -11,7 +11,8 @@ namespace multiscene {
 namespace {
 
 constexpr size_t headerBytes = 52;
-constexpr uint32_t tag = 0x21525650;  // "PVR!"
+constexpr uint32_t tag = 0x21525650;            // "PVR!"
+constexpr uint32_t tagOfVersion3 = 0x03525650;  // at the start of the file
 
 uint32_t field(std::span<const uint8_t> bytes, size_t offset) {
     return uint32_t(bytes[offset]) | uint32_t(bytes[offset + 1]) << 8 | uint32_t(bytes[offset + 2]) << 16 |
@@ -67,6 +68,8 @@ PvrFile::PvrFile(std::vector<uint8_t> bytes) : bytes_(std::move(bytes)) {
 }
 
 std::string PvrFile::read() {
+    if (bytes_.size() >= 4 && field(bytes_, 0) == tagOfVersion3)
+        return "is a PVR file of version 3; only version 2 is taken";
     if (bytes_.size() < headerBytes || field(bytes_, 44) != tag) return "is not a PVR file of version 2";
     height_ = field(bytes_, 4);
     width_ = field(bytes_, 8);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 
 #include "core/GLESUtils/TextureUpload.h"
 #include "core/Material/BitmapMargin.h"
@@ -11,6 +12,7 @@
 #include "dataMode/QVMultiScene2DTextDataModel.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "platform/base/FileGate.h"
+#include "platform/base/Paths.h"
 #include "platform/gl/GLContext.h"
 #include "platform/image/ImageDecoder.h"
 #include "platform/image/PhotoFilter.h"
@@ -58,14 +60,22 @@ void ZBTexture::upload(const platform::Bitmap& bitmap, platform::ImageSize shown
                                     .order = PixelOrder::RGBA});
 }
 
+platform::FileHandle ZBTexture::openFile(const std::string& path) {
+    if (path.empty()) return {};
+    const std::filesystem::path file(path);
+    return platform::FileGate::shared()
+        .open(file.is_absolute() ? file : platform::resourcesFolder() / file)
+        .file;
+}
+
 platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path) {
     textureContentSize_ = {};
-    const auto opened = platform::FileGate::shared().open(path);
-    if (!opened.file) return {};
+    const platform::FileHandle file = openFile(path);
+    if (!file) return {};
     try {
-        const platform::ImageSize size = platform::readImageSize(opened.file, {.name = path});
+        const platform::ImageSize size = platform::readImageSize(file, {.name = path});
         platform::Bitmap canvas =
-            decodeStretched(opened.file, path, {canvasSide(size.width), canvasSide(size.height)});
+            decodeStretched(file, path, {canvasSide(size.width), canvasSide(size.height)});
         if (!canvas.isEmpty())
             textureContentSize_ = {static_cast<double>(size.width), static_cast<double>(size.height)};
         return canvas;
@@ -107,8 +117,8 @@ platform::Bitmap ZBTexture::filterWithOriginalImage(const platform::Bitmap& orig
                                        .strokeColor = colorOf(reader.vector4("strokeColor"))};
     platform::Bitmap overlay;
     const std::string overlayPath = filterResourcePath(reader.text("maskPhotoName"), sceneRootPath);
-    if (const auto opened = platform::FileGate::shared().open(overlayPath); opened.file)
-        overlay = decodeStretched(opened.file, overlayPath, originalImage.size());
+    if (const platform::FileHandle file = openFile(overlayPath))
+        overlay = decodeStretched(file, overlayPath, originalImage.size());
     return platform::drawPhotoFilter(filter, originalImage, overlay.isEmpty() ? nullptr : &overlay);
 }
 

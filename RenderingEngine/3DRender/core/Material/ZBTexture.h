@@ -5,6 +5,7 @@
 
 #include "core/GLESUtils/GLObject.h"
 #include "core/Material/QVTextureMaterial.h"
+#include "platform/base/File.h"
 #include "platform/base/Value.h"
 #include "platform/image/Image.h"
 
@@ -19,7 +20,8 @@ enum class ImageType : uint32_t { Picture = 0, Pvr = 2 };
 ///
 /// Pictures are drawn stretched over a canvas whose sides are powers of two of at least 64 pixels, so texture
 /// coordinates run from 0 to 1; a canvas is never larger than the GL takes nor than maxCanvasSide. Files are
-/// opened through the fence. Anything that cannot be loaded leaves the texture at 0.
+/// opened through the fence; a relative name lies in the program's resources. Anything that cannot be loaded
+/// leaves the texture at 0.
 class ZBTexture {
   public:
     static constexpr int maxCanvasSide = 4096;      ///< pixels
@@ -55,6 +57,7 @@ class ZBTexture {
                                                     const platform::Value& filterInfo);
 
   private:
+    static platform::FileHandle openFile(const std::string& path);
     /// The picture on its canvas; empty when it cannot be read.
     platform::Bitmap decodeOntoCanvas(const std::string& path);
     /// `shown`: the upper left part of the bitmap that is looked at.

@@ -1,14 +1,13 @@
 #include "core/GLESUtils/PvrUpload.h"
 #include "core/Material/ZBTexture.h"
-#include "platform/base/FileGate.h"
 
 namespace multiscene {
 
 void ZBTexture::loadTextureFromPvr(const std::string& path) {
-    const auto opened = platform::FileGate::shared().open(path);
-    if (!opened.file) return;
+    const platform::FileHandle opened = openFile(path);
+    if (!opened) return;
     try {
-        const PvrFile file(platform::readFile(opened.file, path, PvrFile::maxBytes));
+        const PvrFile file(platform::readFile(opened, path, PvrFile::maxBytes));
         textureContentSize_ = {static_cast<double>(file.width()), static_cast<double>(file.height())};
         uploadPvr(texture_, file);
     } catch (const platform::Error&) {
