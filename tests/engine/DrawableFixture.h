@@ -14,8 +14,6 @@
 #include "other/RenderReport.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
-#include "platform/image/ImageWriter.h"
-#include "platform/media/VideoWriter.h"
 
 namespace multiscene::testing {
 
@@ -58,30 +56,12 @@ class DrawableFixture : public GlFixture {
 
     std::string path(const std::string& name) const { return (folder / name).string(); }
 
-    /// Writes a PNG of `colors` in rows of `width`, top row first.
     std::string picture(const std::string& name, const std::vector<Pixel>& colors, int width = 1) const {
-        platform::writePng(path(name), {width, int(colors.size()) / width, colors[0].data(), width * 4});
-        return path(name);
+        return writePicture(path(name), colors, width);
     }
-
-    /// A film of one grey level a picture: picture i has the level levelOf(i).
     std::string film(const std::string& name, int frames, int framesPerSecond = 30) const {
-        platform::VideoWriter writer({.path = path(name),
-                                      .width = 32,
-                                      .height = 32,
-                                      .framesPerSecond = framesPerSecond,
-                                      .bitRate = 2000000,
-                                      .preset = "ultrafast"});
-        for (int i = 0; i < frames; ++i) {
-            auto shown = writer.takeBuffer();
-            for (size_t byte = 0; byte < shown->size(); ++byte)
-                shown->data()[byte] = static_cast<uint8_t>(byte % 4 == 3 ? 255 : levelOf(i));
-            EXPECT_TRUE(writer.append(std::move(shown), i + 1));
-        }
-        EXPECT_EQ(writer.finish(), platform::VideoWriter::State::Completed);
-        return path(name);
+        return writeFilm(path(name), frames, framesPerSecond);
     }
-    static int levelOf(int picture) { return 40 + picture * 20; }
 
     /// A node from its dictionary, added to the scene.
     template <typename Node = QVObject3DFpsBase>

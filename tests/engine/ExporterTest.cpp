@@ -56,11 +56,6 @@ class Export : public testing::PlayFixture {
                                 {"fpsStart", 0},
                                 {"fpsEnd", 100000}});
     }
-    /// Lets everything that is on its way arrive, then counts.
-    void settle() {
-        int turns = 0;
-        platform::DispatchQueue::main().pumpUntil([&] { return ++turns > 20; }, std::chrono::milliseconds(2));
-    }
 
     std::shared_ptr<Listener> listener_ = std::make_shared<Listener>();
 };

@@ -13,19 +13,9 @@
 #include "core/GLESUtils/TextureUpload.h"
 #include "opengl2.0/ShaderManager/ShaderManager.h"
 #include "platform/gl/GLContext.h"
+#include "tests/engine/MediaFiles.h"
 
 namespace multiscene::testing {
-
-using Pixel = std::array<uint8_t, 4>;  // red, green, blue, alpha
-
-/// Channels that differ by no more than `tolerance`.
-inline ::testing::AssertionResult isNear(const Pixel& actual, const Pixel& expected, int tolerance = 1) {
-    for (size_t i = 0; i < 4; ++i)
-        if (std::abs(int(actual[i]) - int(expected[i])) > tolerance)
-            return ::testing::AssertionFailure()
-                   << ::testing::PrintToString(actual) << " is not " << ::testing::PrintToString(expected);
-    return ::testing::AssertionSuccess();
-}
 
 class GlFixture : public ::testing::Test {
   protected:

@@ -5,43 +5,39 @@
 #include "platform/image/ImageWriter.h"
 #include "tests/engine/PlayFixture.h"
 #include "videoRenderCore/PictureSink.h"
-#include "videoRenderCore/SceneTrace.h"
 
 namespace multiscene {
 namespace {
 
 using testing::clock;
 using testing::Dictionary;
+using testing::isNear;
 using testing::patch;
+using testing::Pixel;
 using testing::transition;
 using testing::Value;
 
 class GroupPlay : public testing::PlayFixture {
   protected:
-    /// "mode:slot+slot" of each frame, such as "1:c1+n2+t9".
-    void recordFrames() {
-        driver_->setFrameSampleBlock([this](int64_t) {
-            const Value line = SceneTrace::frame(*driver_);
-            std::string text = line.string("mode") + ":";
-            for (const Value& scene : line.array("scenes"))
-                text += (text.back() == ':' ? "" : "+") + scene.string("slot").substr(0, 1) +
-                        scene.string("sceneId");
-            played_.push_back(text);
-        });
+    static constexpr int side = 32;  ///< pixels of the picture
+
+    struct Ends {
+        Pixel top, bottom;  // of the picture's first column
+    };
+    std::shared_ptr<PictureSink> pixelSink(PictureSink::Selection selection = {}) {
+        const auto receive = [this](const PictureSink::Picture& picture) {
+            Ends& ends = shown_[picture.frame];
+            std::copy_n(picture.rgba, 4, ends.top.begin());
+            std::copy_n(picture.rgba + (side - 1) * side * 4, 4, ends.bottom.begin());
+        };
+        return std::make_shared<PictureSink>(side, side, receive, std::move(selection));
     }
-    /// Runs of equal frames: "0:c1 x4, 1:c1+n2+t9 x2".
-    std::string summary() const {
-        std::string text;
-        for (size_t i = 0; i < played_.size();) {
-            size_t end = i;
-            while (end < played_.size() && played_[end] == played_[i]) ++end;
-            text += (text.empty() ? "" : ", ") + played_[i] + " x" + std::to_string(end - i);
-            i = end;
-        }
-        return text;
+    void expectShown(int64_t frame, const Pixel& top, const Pixel& bottom) {
+        EXPECT_TRUE(isNear(shown_[frame].top, top)) << "frame " << frame << ", top";
+        EXPECT_TRUE(isNear(shown_[frame].bottom, bottom)) << "frame " << frame << ", bottom";
     }
 
-    std::vector<std::string> played_;
+    std::map<int64_t, Ends> shown_;
 };
 
 TEST_F(GroupPlay, OneSceneEndsOnceAndLeavesNothingBehind) {
@@ -57,30 +53,69 @@ TEST_F(GroupPlay, OneSceneEndsOnceAndLeavesNothingBehind) {
     EXPECT_EQ(liveObjects(), 0);
 }
 
-TEST_F(GroupPlay, TextureTransitionShowsBothScenesThenTheNext) {
-    addScene(1, 5);
-    addScene(2, 6);
-    addScene(9, 3);
-    play(1, transition(9, 2, 0));
+TEST_F(GroupPlay, TextureTransitionFadesBothMovingScenesIntoEachOther) {
+    addScene(1, 6, {patch("1,0,0,1"), patch("0,1,0,1", "0,16,32,16")});
+    addScene(2, 6,
+             {patch("0,0,1,1"), patch("1,1,1,1", "0,0,32,16",
+                                      {{"FpsInfo", Value(Dictionary{{"startFps", 4}, {"endFps", 9}})}})});
+    addScene(9, testing::crossFade(side, side, 4));
+    play(1, transition(9, 5, 0));
     play(2);
-    create(nullptr);
+    create(pixelSink());
     recordFrames();
     run();
-    // Scene 2 advances with the transition, so four of its frames are left.
-    EXPECT_EQ(summary(), "0:c1 x4, 1:c1+n2+t9 x2, 0:c2 x5");
+    // Scene 2 advances with the transition, so two of its frames are left.
+    EXPECT_EQ(summary(), "0:c1 x2, 1:c1+n2+t9 x5, 0:c2 x2");
     EXPECT_EQ(completions_, 1);
+    const Pixel red{255, 0, 0, 255}, green{0, 255, 0, 255}, blue{0, 0, 255, 255}, white{255, 255, 255, 255};
+    expectShown(1, green, red);
+    expectShown(2, green, red);
+    expectShown(4, {0, 128, 128, 255}, {128, 0, 128, 255});
+    expectShown(6, blue, white);
+    expectShown(7, blue, white);
 }
 
-TEST_F(GroupPlay, OverlayOutlivesTheSceneThatItStartedIn) {
-    addScene(1, 5);
-    addScene(2, 6);
-    addScene(9, 4);
+TEST_F(GroupPlay, OverlayIsDrawnOverTheSceneAndOutlivesIt) {
+    const auto picture = testing::writePicture(folder_ / "veil.png", {{0, 255, 0, 128}});
+    const Value veil = testing::texturedQuad(
+        "QVQuadObject3D", {{"textureType", "image"}, {"texture", Value(picture)}}, side, side / 2, -8);
+    addScene(1, 5, {patch("1,0,0,1")});
+    addScene(2, 6, {patch("0,0,1,1")});
+    addScene(9, testing::flatScene(side, side, clock(4), {veil}));
     play(1, transition(9, 2, 1));
     play(2);
-    create(nullptr);
+    create(pixelSink());
     recordFrames();
     run();
     EXPECT_EQ(summary(), "0:c1 x4, 2:c1+t9 x2, 2:c2+t9 x3, 0:c2 x4");
+    const Pixel red{255, 0, 0, 255}, veiledRed{127, 128, 0, 255}, blue{0, 0, 255, 255},
+        veiledBlue{0, 128, 127, 255};
+    expectShown(3, red, red);
+    expectShown(4, red, veiledRed);
+    expectShown(6, blue, veiledBlue);
+    expectShown(8, blue, veiledBlue);
+    expectShown(9, blue, blue);
+}
+
+TEST_F(GroupPlay, FollowingSceneIsBuiltAfterTheFirstFrame) {
+    addScene(1, 5);
+    addScene(2, 5);
+    addScene(3, 2);
+    addScene(9, 1);
+    play(1, transition(9, 2, 0));
+    play(2);
+    play(3);
+    create(nullptr);
+    std::vector<std::string> slots;
+    driver_->setFrameSampleBlock([&](int64_t) {
+        const auto idOf = [](const std::shared_ptr<QVScene3D>& scene) {
+            return scene ? std::to_string(scene->sceneConfigData().sId) : "none";
+        };
+        slots.push_back(idOf(driver_->currentScene()) + ">" + idOf(driver_->nextScene()));
+    });
+    run();
+    // Scene 2 prepares its follower when it has become the current one; the last follower is an empty scene.
+    EXPECT_EQ(summaryOf(slots), "1>none x1, 1>2 x5, 2>none x1, 2>3 x3, 3>none x1, 3>-1 x2");
 }
 
 TEST_F(GroupPlay, TransitionOfAnotherTypeAndMissingTransitionAreHardCuts) {
@@ -205,6 +240,62 @@ TEST_F(GroupPlay, RestartPlaysAgainFromTheFirstScene) {
     EXPECT_EQ(restarts, 1);
 }
 
+TEST_F(GroupPlay, WhoEndsARunFirstEndsIt) {
+    addScene(1, 3, {patch("1,0,0,1")});
+    play(1);
+    std::atomic<int> calls = 0;
+    struct Case {
+        const char* name;
+        std::function<void()> end;
+        int completions;
+    };
+    const std::array cases{
+        Case{"restart", [&] { player_->reStartRender([&] { ++calls; }); }, 1},
+        Case{"cancel", [&] { player_->cancelRun([&] { ++calls; }); }, 0},
+        Case{"restart, then cancel",
+             [&] {
+                 player_->reStartRender();
+                 player_->cancelRun([&] { ++calls; });
+             },
+             0},
+    };
+    for (const Case& ending : cases) {
+        SCOPED_TRACE(ending.name);
+        calls = completions_ = 0;
+        shown_.clear();
+        create(pixelSink());
+        // Called in the turn that plays the group's last frame.
+        driver_->setFrameSampleBlock([&](int64_t frame) {
+            if (frame == 3 && calls == 0) ending.end();
+        });
+        start();
+        pumpUntil([&] { return calls == 1 && completions_ == ending.completions; });
+        settle();
+        driver_->performOnRenderQueue([] {});
+        EXPECT_EQ(calls, 1);
+        EXPECT_EQ(completions_, ending.completions);
+        EXPECT_EQ(failures_, 0) << error_->what();
+        EXPECT_EQ(shown_.size(), 4u) << "frames are counted anew";
+        EXPECT_EQ(liveObjects(), 0);
+    }
+}
+
+TEST_F(GroupPlay, RestartOfAGroupThatCannotBeBuiltFailsOnceAndLeavesNothingBehind) {
+    addScene(1, 1000000, {patch("1,0,0,1")});
+    addScene(2, 3, {Value(Dictionary{{"type", "QVNothing"}})});
+    play(1);
+    create(pixelSink());
+    start();
+    pumpUntil([&] { return frames_ > 3; });
+    player_->reStartRenderwithSceneArray({Value(Dictionary{{"mainSceneId", 2}})}, Value());
+    pumpUntil([&] { return failures_ > 0; });
+    settle();
+    driver_->performOnRenderQueue([] {});
+    EXPECT_EQ(failures_, 1);
+    EXPECT_EQ(completions_, 0);
+    EXPECT_EQ(liveObjects(), 0);
+}
+
 TEST_F(GroupPlay, RunsThatCannotEndFailOnceWithTheReason) {
     struct Case {
         const char* name;
@@ -262,26 +353,15 @@ TEST_F(GroupPlay, PicturesOfSelectedFramesOnlyTopRowFirst) {
              {patch("1,0,0,1", {}, {{"FpsInfo", Value(Dictionary{{"startFps", 0}, {"endFps", 4}})}}),
               patch("0,0,1,0.5", "0,16,32,16")});
     play(1);
-    std::map<int64_t, std::array<int, 8>> pictures;
-    const auto sink = std::make_shared<PictureSink>(
-        32, 32,
-        [&](const PictureSink::Picture& picture) {
-            const uint8_t* bottom = picture.rgba + 31 * 32 * 4;
-            for (size_t i = 0; i < 4; ++i) {
-                pictures[picture.frame][i] = picture.rgba[i];
-                pictures[picture.frame][i + 4] = bottom[i];
-            }
-        },
-        [](int64_t frame) { return frame % 4 == 0; });
-    create(sink);
+    create(pixelSink([](int64_t frame) { return frame % 4 == 0; }));
     run();
-    ASSERT_EQ(pictures.size(), 3u);
+    EXPECT_EQ(shown_.size(), 3u);
     EXPECT_EQ(driver_->statistics().drawnFrames, 3);
     EXPECT_EQ(driver_->statistics().frames, 10);
-    const std::array<int, 8> early{0, 0, 255, 128, 255, 0, 0, 255}, late{0, 0, 255, 128, 0, 0, 0, 0};
-    EXPECT_EQ(pictures[0], early);
-    EXPECT_EQ(pictures[4], early);
-    EXPECT_EQ(pictures[8], late);
+    const Pixel veil{0, 0, 255, 128};
+    expectShown(0, veil, {255, 0, 0, 255});
+    expectShown(4, veil, {255, 0, 0, 255});
+    expectShown(8, veil, {0, 0, 0, 0});
 }
 
 TEST_F(GroupPlay, QuadsThatCutEachOtherAreHiddenByDepth) {

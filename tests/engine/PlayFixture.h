@@ -16,7 +16,9 @@
 #include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
+#include "tests/engine/MediaFiles.h"
 #include "videoRenderCore/QVMediaManage.h"
+#include "videoRenderCore/SceneTrace.h"
 
 namespace multiscene::testing {
 
@@ -49,6 +51,42 @@ inline Value transition(int64_t sceneId, int64_t frames, int64_t type) {
         Dictionary{{"tansitionsSceneId", sceneId}, {"fpsTotal", frames}, {"sceneTansitionsType", type}});
 }
 
+/// A texture quad over the whole of a picture of `width` times `height`, or a part of it around `anchorY`.
+inline Dictionary texturedQuad(const std::string& type, Dictionary textureInfo, double width, double height,
+                               double anchorY = 0) {
+    return {{"type", Value(type)},
+            {"TextureInfo", Value(std::move(textureInfo))},
+            {"QuadInfo",
+             Value(Dictionary{{"modelWidth", width}, {"modelHeight", height}, {"anchorY", anchorY}})}};
+}
+
+/// A scene with one unit a pixel.
+inline Value flatScene(double width, double height, const Value& timeSource, Value::Array nodes) {
+    return Value(Dictionary{
+        {"Camera",
+         Value(Dictionary{{"type", "QVOrthCamera"}, {"OrthWidth", width}, {"aspect", width / height}})},
+        {"TimeSource", timeSource},
+        {"object3D", Value(std::move(nodes))}});
+}
+
+/// A transition scene that fades from the current scene into the next until its last frame.
+inline Value crossFade(double width, double height, int64_t lastFrame) {
+    Dictionary next =
+        texturedQuad("QVQuadDiaphaneityObject3D", {{"textureType", "nextSceneRenderTexture"}}, width, height);
+    next["AnimationInfo"] = Value(Value::Array{Value(Dictionary{{"sartFps", 0},
+                                                                {"endFps", lastFrame},
+                                                                {"ease", 0},
+                                                                {"startRenderAlpha", 0},
+                                                                {"endRenderAlpha", 1}})});
+    return flatScene(
+        width, height, clock(lastFrame),
+        {Value(texturedQuad("QVQuadObject3D", {{"textureType", "currentSceneRenderTexture"}}, width, height)),
+         Value(std::move(next))});
+}
+
+/// What GL itself holds in the current context, by kind; kinds without any are left out.
+std::map<std::string, int> glCensus();
+
 class PlayFixture : public ::testing::Test {
   protected:
     PlayFixture() : folder_(std::filesystem::temp_directory_path() / platform::uniqueIdentifier()) {
@@ -65,18 +103,20 @@ class PlayFixture : public ::testing::Test {
         std::filesystem::remove_all(folder_);
     }
 
-    /// Writes a scene file and gives it a number in the catalogue.
-    void addScene(int64_t sceneId, const Value& scene) {
+    /// Writes a scene file and gives it a number in the catalogue, which may know its number of frames.
+    void addScene(int64_t sceneId, const Value& scene, int64_t fpsLength = 0) {
         const auto path = folder_ / ("scene" + std::to_string(sceneId) + ".plist");
         platform::writePropertyList(path, scene);
         SceneConfigData record;
         record.sId = sceneId;
         record.scenePlistPath = path;
+        record.fpsLength = fpsLength;
         record.sceneResourceFolderPath = folder_.string() + "/";
         catalogue_->scenes[sceneId] = record;
     }
     void addScene(int64_t sceneId, int64_t lastFrame, Value::Array nodes = {}) {
-        addScene(sceneId, Value(Dictionary{{"TimeSource", clock(lastFrame)}, {"object3D", Value(nodes)}}));
+        addScene(sceneId, Value(Dictionary{{"TimeSource", clock(lastFrame)}, {"object3D", Value(nodes)}}),
+                 lastFrame + 1);
     }
     /// Appends to the group.
     void play(int64_t sceneId, const Value& transitionAtEnd = {}) {
@@ -111,12 +151,42 @@ class PlayFixture : public ::testing::Test {
             std::chrono::milliseconds(2));
         EXPECT_TRUE(isDone());
     }
+    /// Lets everything that is on its way arrive.
+    static void settle() {
+        int turns = 0;
+        platform::DispatchQueue::main().pumpUntil([&] { return ++turns > 20; }, std::chrono::milliseconds(2));
+    }
     void run() {
         start();
         pumpUntil([&] { return completions_ + failures_ > 0; });
         // What else is queued must not end the group a second time.
         driver_->performOnRenderQueue([] {});
     }
+
+    /// "mode:slot+slot" of each frame, such as "1:c1+n2+t9".
+    void recordFrame() {
+        const Value line = SceneTrace::frame(*driver_);
+        std::string text = line.string("mode") + ":";
+        for (const Value& scene : line.array("scenes"))
+            text +=
+                (text.back() == ':' ? "" : "+") + scene.string("slot").substr(0, 1) + scene.string("sceneId");
+        played_.push_back(text);
+    }
+    void recordFrames() {
+        driver_->setFrameSampleBlock([this](int64_t) { recordFrame(); });
+    }
+    /// Runs of equal frames: "0:c1 x4, 1:c1+n2+t9 x2".
+    static std::string summaryOf(const std::vector<std::string>& frames) {
+        std::string text;
+        for (size_t i = 0; i < frames.size();) {
+            size_t end = i;
+            while (end < frames.size() && frames[end] == frames[i]) ++end;
+            text += (text.empty() ? "" : ", ") + frames[i] + " x" + std::to_string(end - i);
+            i = end;
+        }
+        return text;
+    }
+    std::string summary() const { return summaryOf(played_); }
 
     static int liveObjects() {
         return liveGLObjects(GLObjectKind::Texture) + liveGLObjects(GLObjectKind::Framebuffer) +
@@ -131,6 +201,7 @@ class PlayFixture : public ::testing::Test {
     std::atomic<int> completions_{0}, failures_{0};
     std::atomic<int64_t> frames_{0};
     std::optional<platform::Error> error_;
+    std::vector<std::string> played_;
 };
 
 }  // namespace multiscene::testing

@@ -1,5 +1,7 @@
 #include <epoxy/gl.h>
 
+#include <array>
+
 #include "core/NodeTypes.h"
 #include "core/QVObject3DFpsBase.h"
 #include "other/QVUtil.h"
@@ -50,6 +52,23 @@ Value patch(const std::string& color, const std::string& rectangle, Dictionary m
     more["color"] = color;
     if (!rectangle.empty()) more["rectangle"] = rectangle;
     return Value(std::move(more));
+}
+
+std::map<std::string, int> glCensus() {
+    constexpr GLuint highestName = 2048;  // names are given from 1 on
+    const std::array<std::pair<const char*, GLboolean (*)(GLuint)>, 6> kinds{{
+        {"textures", [](GLuint name) { return glIsTexture(name); }},
+        {"buffers", [](GLuint name) { return glIsBuffer(name); }},
+        {"framebuffers", [](GLuint name) { return glIsFramebuffer(name); }},
+        {"renderbuffers", [](GLuint name) { return glIsRenderbuffer(name); }},
+        {"programs", [](GLuint name) { return glIsProgram(name); }},
+        {"shaders", [](GLuint name) { return glIsShader(name); }},
+    }};
+    std::map<std::string, int> census;
+    for (const auto& [kind, exists] : kinds)
+        for (GLuint name = 1; name <= highestName; ++name)
+            if (exists(name)) ++census[kind];
+    return census;
 }
 
 }  // namespace testing

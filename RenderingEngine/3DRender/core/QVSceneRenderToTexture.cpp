@@ -1,45 +1,39 @@
 #include "core/QVSceneRenderToTexture.h"
 
 #include "core/GLESUtils/GLState.h"
-#include "core/GLESUtils/TextureTarget.h"
 #include "core/QVScene3D.h"
 
 namespace multiscene {
 
-QVSceneRenderToTexture::QVSceneRenderToTexture(QVScene3D& renderScene) : renderScene_(renderScene) {
-    const RenderDriver& driver = renderScene.renderManager();
-    computeFboSizeWithSceneWidth(driver.bufferWidth(), driver.bufferHeight(), driver.sceneTextureMaxWidth());
-}
+QVSceneRenderToTexture::QVSceneRenderToTexture(QVScene3D& renderScene)
+    : QVSceneRenderToTexture(
+          renderScene, computeFboSizeWithSceneWidth(renderScene.renderManager().bufferWidth(),
+                                                    renderScene.renderManager().bufferHeight(),
+                                                    renderScene.renderManager().sceneTextureMaxWidth())) {}
 
-void QVSceneRenderToTexture::computeFboSizeWithSceneWidth(int32_t width, int32_t height, int32_t maxWidth) {
-    // The limit looks at the width only: a tall picture keeps its full height.
-    fboWidth_ = width <= maxWidth ? width : maxWidth;
-    fboHeight_ =
-        width <= maxWidth ? height : static_cast<int32_t>(static_cast<double>(height) * maxWidth / width);
-}
+QVSceneRenderToTexture::QVSceneRenderToTexture(QVScene3D& renderScene, Size size)
+    : renderScene_(renderScene), target_(size.width, size.height) {}
 
-void QVSceneRenderToTexture::setupRTT() {
-    if (!frameBuffer_) createTextureTarget(frameBuffer_, fboTexture_, fboWidth_, fboHeight_);
+/// The limit looks at the width only: a tall picture keeps its full height.
+QVSceneRenderToTexture::Size QVSceneRenderToTexture::computeFboSizeWithSceneWidth(double width, double height,
+                                                                                  double maxWidth) {
+    if (width <= maxWidth) return {width, height};
+    return {maxWidth, height * maxWidth / width};
 }
 
 void QVSceneRenderToTexture::renderSceneToTexture() {
     setupRTT();
-    GLState::bindTarget(frameBuffer_.name(), fboWidth_, fboHeight_);
+    GLState::bindTarget(frameBuffer(), fboWidth(), fboHeight());
     GLState::clearColor();
-    GLState::bindTexture(0, fboTexture_.name());
+    GLState::bindTexture(0, target_.CVTextureId());
     renderScene_.render();
     GLState::finish();
     GLState::bindTexture(0, 0);
 }
 
-void QVSceneRenderToTexture::destroyRTT() {
-    fboTexture_.destroy();
-    frameBuffer_.destroy();
-}
-
 uint32_t QVSceneRenderToTexture::CVTextureId() {
     setupRTT();
-    return fboTexture_.name();
+    return target_.CVTextureId();
 }
 
 }  // namespace multiscene

@@ -2,7 +2,7 @@
 
 #include <cstdint>
 
-#include "core/GLESUtils/GLObject.h"
+#include "core/GLESUtils/QVFrameBufferToTexture.h"
 
 namespace multiscene {
 
@@ -16,26 +16,30 @@ class QVSceneRenderToTexture {
     explicit QVSceneRenderToTexture(QVScene3D& renderScene);
 
     /// Makes framebuffer and texture once.
-    void setupRTT();
+    void setupRTT() { target_.createFrameBufferObject(); }
     /// Draws the scene, cleared to transparent first. Leaves the target bound as framebuffer.
     void renderSceneToTexture();
     /// Does nothing: the texture keeps its picture until the next frame is drawn.
     void clear() {}
-    void destroyRTT();
+    /// May run twice.
+    void destroyRTT() { target_.destroyFramebuffer(); }
 
-    int32_t fboWidth() const { return fboWidth_; }
-    int32_t fboHeight() const { return fboHeight_; }
+    int32_t fboWidth() const { return target_.fboWidth(); }
+    int32_t fboHeight() const { return target_.fboHeight(); }
+    uint32_t frameBuffer() const { return target_.frameBuffer(); }
     /// The texture to sample; made now if it is not there yet, so that materials may ask before the first
     /// frame.
     uint32_t CVTextureId();
 
   private:
-    void computeFboSizeWithSceneWidth(int32_t width, int32_t height, int32_t maxWidth);
+    struct Size {
+        double width, height;  // pixels, truncated when the target is made
+    };
+    static Size computeFboSizeWithSceneWidth(double width, double height, double maxWidth);
+    QVSceneRenderToTexture(QVScene3D& renderScene, Size size);
 
     QVScene3D& renderScene_;
-    int32_t fboWidth_ = 0, fboHeight_ = 0;
-    GLFramebuffer frameBuffer_;
-    GLTexture fboTexture_;
+    QVFrameBufferToTexture target_;
 };
 
 }  // namespace multiscene

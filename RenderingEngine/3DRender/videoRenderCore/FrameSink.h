@@ -23,7 +23,7 @@ class FrameSink {
     virtual void createFrameBufferObject() = 0;
     /// Deletes the GL objects; may run twice.
     virtual void destroyFramebuffer() = 0;
-    /// The framebuffer that each finished frame is resolved into. The driver clears it first.
+    /// The framebuffer that each finished frame is drawn or resolved into, all of it.
     virtual uint32_t renderToTextureFrameBufferID() const = 0;
 
     /// True when the next frame can be taken at once. Any thread.

@@ -21,6 +21,10 @@ void flipRows(std::vector<uint8_t>& pixels, size_t rowBytes) {
 PictureSink::PictureSink(int32_t width, int32_t height, Receiver receiver, Selection selection)
     : target_(width, height), receiver_(std::move(receiver)), selection_(std::move(selection)) {}
 
+std::shared_ptr<FrameSink> PictureSink::freshSink() {
+    return std::make_shared<PictureSink>(width(), height(), receiver_, selection_);
+}
+
 void PictureSink::renderFrameToVideo() {
     if (wantsNextFrame()) handOut();
     ++nextFrame_;

@@ -8,7 +8,8 @@
 
 namespace multiscene {
 
-/// Hands out selected frames as pictures. Frames are counted from 0 over the whole run.
+/// Hands out selected frames as pictures. Frames are counted from 0 over the whole run; a run that starts
+/// again counts anew.
 class PictureSink : public FrameSink {
   public:
     /// A frame as it was resolved: RGBA, eight bits a channel, not premultiplied, top row first, rows packed.
@@ -36,6 +37,7 @@ class PictureSink : public FrameSink {
     void renderFrameToVideo() override;
     void skipFrame() override { ++nextFrame_; }
     bool isExport() const override { return false; }
+    std::shared_ptr<FrameSink> freshSink() override;
 
   private:
     void handOut();

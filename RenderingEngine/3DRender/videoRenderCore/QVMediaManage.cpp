@@ -203,7 +203,7 @@ void QVMediaManage::completeOverlay(const std::shared_ptr<QVScene3D>& scene) {
 void QVMediaManage::finishGroup() {
     renderManager_->resetCurrentRenderFps();
     if (isLoopPlayer_ || !completeBlock_) return;
-    renderManager_->cancelRun([manager = renderManager_.get(), block = completeBlock_] {
+    renderManager_->finishRun([manager = renderManager_.get(), block = completeBlock_] {
         if (const auto& frameSink = manager->frameSink()) frameSink->finishExport();
         block();
     });
@@ -222,15 +222,15 @@ void QVMediaManage::reStartRenderwithSceneArray(const platform::Value::Array& sc
 }
 
 void QVMediaManage::restart(std::function<void()> prepare, CompletionBlock completion) {
-    renderManager_->reStartRender([weak = weak_from_this(), prepare, completion] {
+    renderManager_->reStartRender([weak = weak_from_this(), prepare, completion](uint64_t run) {
         const auto self = weak.lock();
         if (!self) return;
         self->renderManager_->renewFrameSink();
         prepare();
         self->loadFirstScene();
         if (completion) completion();
-        platform::DispatchQueue::main().async([weak] {
-            if (const auto player = weak.lock()) player->renderManager_->stratRun();
+        platform::DispatchQueue::main().async([weak, run] {
+            if (const auto player = weak.lock()) player->renderManager_->stratRun(run);
         });
     });
 }

@@ -42,7 +42,10 @@ std::shared_ptr<QVMultiSceneRenderManager> QVMultiSceneRenderManager::initWithFr
     const RenderDriverSettings& settings) {
     // A clock may hold the last reference for a moment, on the queue that the destructor joins.
     const auto release = [](QVMultiSceneRenderManager* manager) {
-        manager->interruptRuns();
+        {
+            const std::lock_guard lock(manager->wakeMutex_);
+            manager->interruptRuns();
+        }
         if (manager->glviewTimeSourceQueue_.isCurrent())
             platform::DispatchQueue::main().async([manager] { delete manager; });
         else
@@ -165,21 +168,24 @@ void QVMultiSceneRenderManager::renewFrameSink() {
 
 // --- control -------------------------------------------------------------------------------------------
 
-void QVMultiSceneRenderManager::stratRun() {
-    const uint64_t run = ++startedRuns_;
+void QVMultiSceneRenderManager::stratRun() { stratRun(++startedRuns_); }
+
+void QVMultiSceneRenderManager::stratRun(uint64_t run) {
     glviewTimeSourceQueue_.async([this, run] { loop(run); });
     const std::lock_guard lock(wakeMutex_);
     if (soundSink_) soundSink_->resumeAudio();
 }
 
+// Under wakeMutex_: what follows a run is queued under the lock that the run is ended under, so that no
+// tear-down hits a later one.
+
 void QVMultiSceneRenderManager::interruptRuns() {
     cancelledRuns_ = startedRuns_.load();
-    const std::lock_guard lock(wakeMutex_);
     wakeSignal_.notify_all();
     if (frameSink_) frameSink_->wake();
 }
 
-void QVMultiSceneRenderManager::cancelRun(CompletionBlock completion) {
+void QVMultiSceneRenderManager::endRuns(CompletionBlock completion) {
     interruptRuns();
     glviewTimeSourceQueue_.async([this, completion = std::move(completion)] {
         takeDown();
@@ -187,14 +193,25 @@ void QVMultiSceneRenderManager::cancelRun(CompletionBlock completion) {
     });
 }
 
-void QVMultiSceneRenderManager::reStartRender(CompletionBlock completion) {
+void QVMultiSceneRenderManager::cancelRun(CompletionBlock completion) {
+    const std::lock_guard lock(wakeMutex_);
+    endRuns(std::move(completion));
+}
+
+void QVMultiSceneRenderManager::finishRun(CompletionBlock completion) {
+    const std::lock_guard lock(wakeMutex_);
+    if (!isCancelled(currentRun_)) endRuns(std::move(completion));
+}
+
+void QVMultiSceneRenderManager::reStartRender(RestartBlock completion) {
+    const std::lock_guard lock(wakeMutex_);
     interruptRuns();
-    glviewTimeSourceQueue_.async([this, completion = std::move(completion)] {
+    glviewTimeSourceQueue_.async([this, run = ++startedRuns_, completion = std::move(completion)] {
         callBack([&] {
             useMultiSceneRenderContext();
             clearScenes();
             resetCurrentRenderFps();
-            if (completion) completion();
+            if (completion) completion(run);
         });
     });
 }
@@ -216,6 +233,7 @@ void QVMultiSceneRenderManager::continueRun() {
 // --- the loop ------------------------------------------------------------------------------------------
 
 void QVMultiSceneRenderManager::loop(uint64_t run) {
+    currentRun_ = run;
     const auto error = errorOf([&] {
         if (isCancelled(run)) return;
         useMultiSceneRenderContext();
@@ -272,7 +290,9 @@ void QVMultiSceneRenderManager::endFailedRun(uint64_t run, const platform::Error
 void QVMultiSceneRenderManager::callBack(const CompletionBlock& block) {
     if (!block) return;
     const auto error = errorOf(block);
-    if (error && runFailedBlock_) runFailedBlock_(*error);
+    if (!error) return;
+    takeDown();
+    if (runFailedBlock_) runFailedBlock_(*error);
 }
 
 }  // namespace multiscene

@@ -47,6 +47,7 @@ struct RenderDriverSettings {
 class QVMultiSceneRenderManager : public RenderDriver {
   public:
     using CompletionBlock = std::function<void()>;
+    using RestartBlock = std::function<void(uint64_t run)>;
     using FailureBlock = std::function<void(const platform::Error&)>;
     using FrameBlock = std::function<void(int64_t)>;
 
@@ -63,13 +64,19 @@ class QVMultiSceneRenderManager : public RenderDriver {
     // Control, any thread
     /// Starts the loop on the render queue.
     void stratRun();
+    /// Starts the run that reStartRender() announced, unless it was ended since.
+    void stratRun(uint64_t run);
     /// Ends the runs started so far after their current turn, takes the scenes down and then calls back,
     /// once, on the render queue. The GL objects of the driver and its sink are gone by then; a later
     /// stratRun() makes them again.
     void cancelRun(CompletionBlock completion);
-    /// The same, but keeps the GL set-up and starts counting frames from 0 again. The callback loads the
-    /// first scene and starts the next run.
-    void reStartRender(CompletionBlock completion);
+    /// The same, for a group that has played to its end: called within its last frame, on the render queue.
+    /// Nothing happens when that run was cancelled or started again before: who ends a run first, ends it.
+    void finishRun(CompletionBlock completion);
+    /// Ends the runs as cancelRun() does, but keeps the GL set-up and starts counting frames from 0 again.
+    /// The callback loads the first scene and sees to it that the run it is given is started; cancelling
+    /// reaches that run already.
+    void reStartRender(RestartBlock completion);
     void pauseRun();
     void continueRun();
     bool isPauseRun() const { return isPauseRun_; }
@@ -140,6 +147,7 @@ class QVMultiSceneRenderManager : public RenderDriver {
     void clearScenes();
     void takeDown();
     void interruptRuns();
+    void endRuns(CompletionBlock completion);
 
     // The loop
     bool isCancelled(uint64_t run) const { return cancelledRuns_ >= run; }
@@ -192,6 +200,7 @@ class QVMultiSceneRenderManager : public RenderDriver {
 
     // Runs are numbered from 1; cancelling reaches every run started before it and none started later.
     std::atomic<uint64_t> startedRuns_{0}, cancelledRuns_{0};
+    uint64_t currentRun_ = 0;  // render queue
     std::atomic<bool> isPauseRun_{false};
     std::mutex wakeMutex_;
     std::condition_variable wakeSignal_;
