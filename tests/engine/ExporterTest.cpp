@@ -2,11 +2,15 @@
 #include <sys/resource.h>
 
 #include <csignal>
+#include <semaphore>
+#include <thread>
 
+#include "other/QVMultiSceneGropPlistFileManager.h"
 #include "platform/audio/AudioFile.h"
 #include "platform/media/VideoReader.h"
 #include "tests/engine/PlayFixture.h"
 #include "tests/engine/SoundFixture.h"
+#include "tween/QVTween.h"
 #include "videoRenderCore/QVVideoCVCacheExporter.h"
 
 namespace multiscene {
@@ -225,6 +229,149 @@ TEST_F(Export, RestartTakesAFreshFilm) {
     ASSERT_EQ(listener_->finished, 1) << listener_->error;
     EXPECT_EQ(probe(listener_->path).frameCount, 41);
     EXPECT_TRUE(probe(listener_->path).hasAudio);  // the music goes on to the fresh film
+}
+
+/// Three scenes, the second with a film as its clock, and a transition of the parameter's type after each of
+/// the first two. Frames 5 to 7 are the first transition.
+class ThreeScenes : public Export, public ::testing::WithParamInterface<int64_t> {
+  protected:
+    static constexpr double width = 64, height = 48;  ///< pixels
+    static constexpr int64_t middleOfTransition = 6;
+    bool isOverlay() const { return GetParam() == 1; }
+
+    ThreeScenes() {
+        const std::string photo = testing::writePicture(folder_ / "photo.png", {{200, 100, 50, 128}});
+        const auto picture = [&](double part) {
+            return Value(testing::texturedQuad("QVQuadObject3D",
+                                               {{"textureType", "image"}, {"texture", Value(photo)}}, width,
+                                               height * part));
+        };
+        addScene(1, testing::flatScene(width, height, testing::clock(7), {picture(1)}), 8);
+        addScene(2, testing::flatScene(width, height, filmClock(9), {picture(0.5)}), 10);
+        addScene(3, testing::flatScene(width, height, testing::clock(7), {picture(0.3)}), 8);
+        addScene(9, isOverlay() ? testing::flatScene(width, height, testing::clock(4), {picture(0.2)})
+                                : testing::crossFade(width, height, 2));
+        play(1, testing::transition(9, 3, GetParam()));
+        play(2, testing::transition(9, 3, GetParam()));
+        play(3);
+    }
+
+    Value filmClock(int64_t lastFrame) const {
+        const std::string path = testing::writeFilm(folder_ / "clock.mp4", int(lastFrame) + 1);
+        Dictionary source = testing::texturedQuad("QVSingleVideoTimeSource", {}, width, height);
+        source["VideoInfo"] = Value(Dictionary{{"msaterVideoPath", Value(path)}, {"videoFps", 30}});
+        source["FpsInfo"] = Value(Dictionary{{"startFps", 0}, {"endFps", lastFrame}});
+        return Value(std::move(source));
+    }
+
+    /// What the group's file tells.
+    int announcedFrames() const { return totalFpsOfSceneGroup(scenes_, Value()); }
+    std::string wholeGroup() const {
+        return isOverlay() ? "0:c1 x5, 2:c1+t9 x3, 2:c2+t9 x2, 0:c2 x5, 2:c2+t9 x3, 2:c3+t9 x2, 0:c3 x6"
+                           : "0:c1 x5, 1:c1+n2+t9 x3, 0:c2 x4, 1:c2+n3+t9 x3, 0:c3 x5";
+    }
+
+    /// Starts an export and calls `interrupt` on this thread while the driver is in the first transition.
+    void playAndInterrupt(const std::function<void()>& interrupt) {
+        std::binary_semaphore isInTransition{0}, isInterrupted{0};
+        std::atomic<bool> isDone = false;
+        driver_->setFrameSampleBlock([&](int64_t frame) {
+            recordFrame();
+            censuses_[frame].push_back(testing::glCensus());
+            if (frame != middleOfTransition || isDone.exchange(true)) return;
+            isInTransition.release();
+            isInterrupted.acquire();
+        });
+        start();
+        isInTransition.acquire();
+        interrupt();
+        isInterrupted.release();
+        pumpUntil([&] { return completions_ + failures_ + cancelled_ > 0; });
+        if (!cancelled_) pumpUntil([&] { return listener_->ends() > 0; });
+        settle();
+        driver_->setFrameSampleBlock({});
+    }
+    std::map<std::string, int> censusNow() {
+        std::map<std::string, int> census;
+        driver_->performOnRenderQueue([&] { census = testing::glCensus(); });
+        return census;
+    }
+    void expectNothingLeft() {
+        EXPECT_TRUE(censusNow().empty()) << ::testing::PrintToString(censusNow());
+        EXPECT_EQ(liveObjects(), 0);
+        EXPECT_TRUE(QVTween::items().empty());
+    }
+    void expectWholeFilm() {
+        EXPECT_EQ(completions_, 1);
+        EXPECT_EQ(failures_, 0);
+        EXPECT_EQ(listener_->finished, 1) << listener_->error;
+        EXPECT_EQ(listener_->failed, 0);
+        EXPECT_EQ(probe(listener_->path).frameCount, announcedFrames());
+        expectNothingLeft();
+    }
+
+    std::map<int64_t, std::vector<std::map<std::string, int>>> censuses_;  ///< by frame, one a run
+    std::atomic<int> cancelled_{0}, restarted_{0};
+};
+INSTANTIATE_TEST_SUITE_P(BothModes, ThreeScenes, ::testing::Values(0, 1));
+
+TEST_P(ThreeScenes, PlayToTheEndAsAnnounced) {
+    EXPECT_EQ(announcedFrames(), isOverlay() ? 26 : 20);
+    createExport(exporter());
+    const auto before = censusNow();
+    EXPECT_EQ(before,
+              (std::map<std::string, int>{{"framebuffers", 2}, {"renderbuffers", 2}, {"textures", 1}}));
+    playAndInterrupt([] {});
+    EXPECT_EQ(summary(), wholeGroup());
+    expectWholeFilm();
+    // At the last frame all that is left is the last scene's: its photo, and its own texture that the fade
+    // took.
+    const auto last = censuses_[announcedFrames() - 1].at(0);
+    EXPECT_EQ(last.at("framebuffers"), isOverlay() ? 2 : 3);
+    EXPECT_EQ(last.at("textures"), isOverlay() ? 2 : 3);
+}
+
+TEST_P(ThreeScenes, RestartInATransitionStartsAFreshFilmWithoutLeftovers) {
+    createExport(exporter());
+    playAndInterrupt([&] { player_->reStartRender([&] { ++restarted_; }); });
+    EXPECT_EQ(restarted_, 1);
+    const auto startsAnew = played_.begin() + middleOfTransition + 1;
+    EXPECT_EQ(summaryOf({startsAnew, played_.end()}), wholeGroup());
+    for (int64_t frame = 0; frame <= middleOfTransition; ++frame) {
+        ASSERT_EQ(censuses_[frame].size(), 2u);
+        for (const char* kind : {"textures", "framebuffers", "renderbuffers"})
+            EXPECT_EQ(censuses_[frame][0][kind], censuses_[frame][1][kind]) << kind << " at frame " << frame;
+    }
+    EXPECT_EQ(censuses_[middleOfTransition][0], censuses_[middleOfTransition][1]) << "programs included";
+    expectWholeFilm();
+}
+
+TEST_P(ThreeScenes, CancelInATransitionEmptiesAllThreeScenes) {
+    createExport(exporter());
+    playAndInterrupt([&] { player_->cancelRun([&] { ++cancelled_; }); });
+    EXPECT_EQ(played_.size(), size_t(middleOfTransition) + 1) << "the frame under way is the last";
+    EXPECT_EQ(frames_, middleOfTransition + 1) << "and it is completed";
+    EXPECT_EQ(cancelled_, 1);
+    EXPECT_EQ(completions_ + failures_ + listener_->ends(), 0);
+    EXPECT_FALSE(driver_->currentScene() || driver_->nextScene() || driver_->transitionsScene());
+    EXPECT_FALSE(std::filesystem::exists(film()));
+    expectNothingLeft();
+}
+
+TEST_P(ThreeScenes, PauseInATransitionHoldsTheFilmAndGoesOn) {
+    createExport(exporter());
+    std::thread resume;
+    playAndInterrupt([&] {
+        player_->pauseRun();
+        resume = std::thread([&] {
+            platform::sleepSeconds(0.15);
+            EXPECT_EQ(frames_, middleOfTransition + 1);
+            player_->continueRun();
+        });
+    });
+    resume.join();
+    EXPECT_EQ(summary(), wholeGroup());
+    expectWholeFilm();
 }
 
 }  // namespace

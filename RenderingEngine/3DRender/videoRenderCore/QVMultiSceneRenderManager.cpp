@@ -118,6 +118,7 @@ void QVMultiSceneRenderManager::setupRenderBuffer() {
 void QVMultiSceneRenderManager::destroyFramebuffer() {
     msaaTarget_.destroy();
     if (frameSink_) frameSink_->destroyFramebuffer();
+    ShaderManager::sharedManager().useShaderObject(nullptr);  // GL keeps the program in use
     ShaderManager::sharedManager().removeAllShaders();
 }
 
