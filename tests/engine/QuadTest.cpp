@@ -289,6 +289,56 @@ TEST_F(QuadTest, TheBlurRunsAlongTheDiagonalOnly) {
     EXPECT_EQ(level(5, 0), 0);
 }
 
+TEST_F(QuadTest, FramesShowAPictureAFilteredPictureOrAColour) {
+    const auto drawFrame = [&](Dictionary frame, const std::vector<Pixel>& colors, int64_t number = 0) {
+        newScene();
+        const int width = colors.size() == 1 ? 1 : 64;
+        Dictionary info = quad("QVQuadFrameObject3D", picture("frame.png", colors, width));
+        if (!frame.empty()) info["FrameInfo"] = Value(std::move(frame));
+        info["FpsInfo"] = frames(0, 8);
+        add(info);
+        for (int64_t shown = 0; shown <= number; ++shown) draw(shown, kBlack);
+    };
+    const std::vector<Pixel> orange{{200, 100, 0, 255}};
+    drawFrame({}, orange);
+    EXPECT_TRUE(isNear(at(32, 32), orange[0]));
+    drawFrame({{"frameType", "color"}, {"frameColor", "0,1,0,0.5"}}, orange);
+    EXPECT_TRUE(isNear(at(32, 32), {0, 128, 0, 255}, 1));
+    const auto filtered = [&](const char* type, double range) {
+        drawFrame({{"frameType", "filter"}, {"filterType", type}, {"filterRange", range}}, orange);
+        return at(32, 32);
+    };
+    EXPECT_TRUE(isNear(filtered("none", 1), orange[0]));
+    EXPECT_TRUE(isNear(filtered("grey", 1), {119, 119, 119, 255}));
+    EXPECT_TRUE(isNear(filtered("sepia", 1), {142, 119, 95, 255}));
+    EXPECT_TRUE(isNear(filtered("negative", 1), {55, 155, 255, 255}));
+    EXPECT_TRUE(isNear(filtered("negative", 0.5), {128, 128, 128, 255}));
+    drawFrame({{"frameType", "filter"},
+               {"frameWidth", 0.25},
+               {"frameColor", "0,0,1,1"},
+               {"pictureColor", "0.5,1,1,1"}},
+              orange);
+    EXPECT_TRUE(isNear(at(14, 32), kBlue));
+    EXPECT_TRUE(isNear(at(32, 50), kBlue));
+    EXPECT_TRUE(isNear(at(18, 18), {100, 100, 0, 255}));
+
+    // A picture that grows brighter from left to right and is red in its upper half.
+    std::vector<Pixel> slope;
+    for (int y = 0; y < 64; ++y)
+        for (int x = 0; x < 64; ++x) slope.push_back({uint8_t(y < 32 ? 255 : 0), uint8_t(x * 4), 0, 255});
+    drawFrame({{"frameType", "filter"}, {"filterType", "mosaic"}, {"pixelSize", 16}}, slope);
+    EXPECT_EQ(at(17, 8), at(30, 8));
+    EXPECT_GT(at(33, 8)[1], at(30, 8)[1] + 40);
+    drawFrame({{"frameType", "filter"}, {"isReflection", true}}, slope);
+    EXPECT_EQ(at(32, 60)[0], 255);
+    const auto greenAt = [&](int64_t number) {
+        drawFrame({{"frameType", "filter"}, {"filterType", "wave"}}, slope, number);
+        return int(at(32, 0)[1]);
+    };
+    EXPECT_GT(greenAt(6), greenAt(2) + 10) << "the wave runs on";
+    EXPECT_NEAR(greenAt(0), 32 * 4, 6);
+}
+
 TEST_F(QuadTest, CubesHideTheirFarSideAndTakeLight) {
     Dictionary info = quad("QVCubeObject3D", picture("grey.png", {{200, 200, 200, 255}}));
     info["MeshInfo"] = dictionary({{"modelWidth", 32}, {"modelHeight", 32}, {"modelDepth", 32}});
@@ -304,7 +354,7 @@ TEST_F(QuadTest, CubesHideTheirFarSideAndTakeLight) {
 
     newScene();
     add(dictionary({{"type", "QVPlaneObject3D"},
-                    {"MeshInfo", dictionary({{"modelWidth", 32}, {"modelHeight", 32}})},
+                    {"PlaneObject3DInfo", dictionary({{"modelWidth", 32}, {"modelHeight", 32}})},
                     {"ColorInfo", dictionary({{"r", 0}, {"g", 1}, {"b", 0}, {"a", 0.5}})}}));
     draw(0, kBlack);
     EXPECT_TRUE(isNear(at(32, 32), {0, 128, 0, 255}, 2));

@@ -4,13 +4,10 @@
 #include <cmath>
 
 #include "dataMode/TextFit.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
-#include "other/RenderReport.h"
-#include "platform/base/FileGate.h"
+#include "dataMode/TextSettings.h"
 
 namespace multiscene {
 
-using platform::Color;
 using platform::TextDirection;
 using platform::TextDrawingMode;
 using platform::TextLimits;
@@ -28,14 +25,6 @@ template <typename Mode>
 Mode readMode(const KeyReader& reader, std::string_view key, int last) {
     const int number = reader.int32(key);
     return static_cast<Mode>(number >= 0 && number <= last ? number : 0);
-}
-
-/// "red,green,blue" without an alpha is opaque.
-Color readColor(const KeyReader& reader, std::string_view key) {
-    const std::string text = reader.text(key);
-    const glm::vec4 numbers = reader.vector4(key);
-    const bool hasAlpha = std::ranges::count(text, ',') >= 3;
-    return {numbers.x, numbers.y, numbers.z, hasAlpha ? numbers.w : 1.0f};
 }
 
 /// A length that is no number, or negative, is 0.
@@ -60,7 +49,7 @@ platform::TextLayoutDescription readLayout(const KeyReader& reader) {
 platform::TextShadow readShadow(const KeyReader& reader) {
     const glm::vec2 offset = reader.vector2("shadowOffset");
     const float blur = readLength(reader, "shadowBlurRadius", TextLimits::blurRadius);
-    return {offset.x, offset.y, blur, readColor(reader, "shadowColor")};
+    return {offset.x, offset.y, blur, readTextColor(reader, "shadowColor")};
 }
 
 /// Along the lines the alignment alone decides, across them the text stands in the middle.
@@ -84,23 +73,6 @@ TextSize margin(const platform::TextTextureDescription& description) {
     return {around + std::abs(shadow.offsetX), around + std::abs(shadow.offsetY)};
 }
 
-bool namesFile(const std::string& fontName) {
-    return !fontName.empty() && (fontName.front() == '$' || fontName.front() == '/');
-}
-
-platform::TextFont findFont(const std::string& name, float size, const std::string& sceneFolder) {
-    auto& report = RenderReport::shared();
-    if (!namesFile(name)) {
-        if (!platform::isFontInstalled(name)) report.add({"font not installed", name, sceneFolder, ""});
-        return {name, "", size};
-    }
-    const std::string file =
-        QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(name, sceneFolder);
-    if (file.empty() || !platform::FileGate::shared().exists(file))
-        report.add({"missing font file", name, sceneFolder, ""});
-    return {"", file, size};
-}
-
 /// The box inside a texture of the given size, in units of the scaled text.
 platform::TextRect insideMargin(TextSize texture, TextSize margin, double scale) {
     return {margin.width, margin.height, std::max(1.0, texture.width / scale - 2 * margin.width),
@@ -115,11 +87,11 @@ QVMultiScene2DTextDataModel QVMultiScene2DTextDataModel::multiScene2DTextDataMod
     auto& description = model.description_;
     description.layout = readLayout(reader);
     description.layout.text = reader.text("textString");
-    description.textColor = readColor(reader, "textColor");
-    description.strokeColor = readColor(reader, "strokeColor");
+    description.textColor = readTextColor(reader, "textColor");
+    description.strokeColor = readTextColor(reader, "strokeColor");
     description.strokeWidth = readLength(reader, "strokeWidth", TextLimits::strokeWidth);
     description.drawingMode = readMode<TextDrawingMode>(reader, "textDrawingMode", 3);
-    if (reader.boolean("isShowTextBgColor")) description.background = readColor(reader, "textBgColor");
+    if (reader.boolean("isShowTextBgColor")) description.background = readTextColor(reader, "textBgColor");
     if (reader.boolean("isShowTextShadow")) description.shadow = readShadow(reader);
     readPlacements(reader, description);
     model.fontName_ = reader.text("fontName");
@@ -133,8 +105,7 @@ QVMultiScene2DTextDataModel QVMultiScene2DTextDataModel::multiScene2DTextDataMod
 void QVMultiScene2DTextDataModel::setScene(const std::string& sceneIdentifier,
                                            const std::string& sceneResourceFolderPath) {
     auto& layout = description_.layout;
-    const Value found = QVMultiSceneRenderShareSettings::computeUserMap(layout.text, sceneIdentifier);
-    layout.text = platform::truncateText(found ? found.stringValue() : layout.text, textMaxLenght_);
+    layout.text = findText(layout.text, sceneIdentifier, textMaxLenght_);
     layout.font = findFont(fontName_, layout.font.size, sceneResourceFolderPath);
     computeLayout();
 }

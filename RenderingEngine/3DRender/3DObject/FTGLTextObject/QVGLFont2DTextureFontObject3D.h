@@ -1,13 +1,25 @@
 #pragma once
 
-#include "3DObject/FTGLTextObject/QVGLFontObject3D.h"
+#include "3DObject/FTGLTextObject/QVGLFontTextObjectBase.h"
+#include "3DObject/QuadObject3D/QVQuadObject3D.h"
+#include "core/GLESUtils/GLObject.h"
 
 namespace multiscene {
 
-/// Letters from a texture font; taken but not drawn.
-class QVGLFont2DTextureFontObject3D : public QVGLFontObject3D {
+/// Flat letters from a texture font. They stay as sharp as their atlas: about a hundred pixels a letter.
+class QVGLFont2DTextureFontObject3D : public QVGLFontTextObjectBase {
   public:
     const char* className() const override { return "QVGLFont2DTextureFontObject3D"; }
+
+  protected:
+    void makeLetters(const platform::LetterText& text) override;
+    void drawLetters() override;
+    void dropLetters() override { atlas_.destroy(); }
+
+  private:
+    std::vector<platform::LetterVertex> triangles_;
+    QVQuadObject3D::Corners bounds_{};
+    GLTexture atlas_;
 };
 
 }  // namespace multiscene

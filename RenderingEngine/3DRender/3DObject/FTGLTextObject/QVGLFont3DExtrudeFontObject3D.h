@@ -1,13 +1,35 @@
 #pragma once
 
-#include "3DObject/FTGLTextObject/QVGLFontObject3D.h"
+#include <optional>
+
+#include "3DObject/FTGLTextObject/QVGLFontTextObjectBase.h"
+#include "core/GLESUtils/GLObject.h"
 
 namespace multiscene {
 
-/// Extruded letters; taken but not drawn.
-class QVGLFont3DExtrudeFontObject3D : public QVGLFontObject3D {
+/// Letters with a depth, lit when the node is. Seen from nearly in front they need no depth test: their sides
+/// are drawn before their faces. Seen from the side only the depth test puts them in order.
+class QVGLFont3DExtrudeFontObject3D : public QVGLFontTextObjectBase {
   public:
     const char* className() const override { return "QVGLFont3DExtrudeFontObject3D"; }
+
+    void rendInfoWithDic(const platform::Value& info) override;
+
+    float textDepth() const { return textDepth_; }  ///< model units
+
+  protected:
+    void makeLetters(const platform::LetterText& text) override;
+    void drawLetters() override;
+    void dropLetters() override;
+
+  private:
+    glm::vec4 shownSideColor() const;
+    void uploadColors();
+
+    float textDepth_ = 0;
+    std::optional<platform::Color> sideColor_;
+    std::vector<platform::LetterVertex> triangles_;
+    GLTexture colors_;  ///< one texel for the faces, one for the sides
 };
 
 }  // namespace multiscene

@@ -2,13 +2,11 @@
 
 #include <epoxy/gl.h>
 
+#include "3DObject/MeshObject3D/SceneLight.h"
 #include "core/GLESUtils/DrawQuad.h"
 #include "core/Material/QVSignColorMaterial.h"
 #include "core/Material/QVTextureMaterial.h"
 #include "core/NodeTypes.h"
-#include "core/QVLightBase.h"
-#include "core/QVScene3D.h"
-#include "core/carmera/QVCamera3D.h"
 #include "opengl2.0/ShaderManager/ShaderManager.h"
 #include "opengl2.0/TexturedQuad.h"
 
@@ -48,7 +46,7 @@ static constexpr Key meshInfoKeyList[] = {
      .fallback = "0",
      .meaning = "centre, z"},
 };
-constexpr KeyTable meshInfoKeys{"MeshInfo", "The size of a plane or cube.", nullptr, meshInfoKeyList};
+const KeyTable meshInfoKeys{"MeshInfo", "The size of a plane or cube.", nullptr, meshInfoKeyList};
 
 static constexpr Key meshKeyList[] = {
     {.name = "MeshInfo", .type = KeyType::Dictionary, .meaning = "size and place", .children = &meshInfoKeys},
@@ -131,20 +129,8 @@ void QVMeshObject3D::drawLit() {
     shader->setUniform("u_mvpMatrix", projTransform());
     shader->setUniform("u_textureMatrix", textureMatrix());
     shader->setUniform("isPreMultiplication", textureMaterial()->isPreMultiplication() ? 1 : 0);
-    setLightUniforms(*shader);
+    setSceneLight(*shader, *this);
     drawFaces(*shader);
-}
-
-void QVMeshObject3D::setLightUniforms(Shader& shader) {
-    const glm::mat4 model = sceneTransform();
-    const glm::mat4 normals(glm::transpose(glm::inverse(glm::mat3(model))));
-    const auto owner = scene();
-    const auto view = camera() ? camera() : owner ? owner->camera() : nullptr;
-    const glm::vec3 eye = view ? glm::vec3(glm::inverse(view->cameraLookAtTransform())[3]) : glm::vec3(0);
-    shader.setUniform("u_modelMatrix", model);
-    shader.setUniform("u_normalMatrix", normals);
-    shader.setUniform("u_eyePosition", eye);
-    QVLightBase::glslLightParamWithLightArray(ligthArray(), shader, isLightEnable());
 }
 
 }  // namespace multiscene

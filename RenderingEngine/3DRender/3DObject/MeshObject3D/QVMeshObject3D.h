@@ -9,6 +9,8 @@
 namespace multiscene {
 
 extern const KeyTable meshKeys;
+/// The size and place of a mesh.
+extern const KeyTable meshInfoKeys;
 
 /// A flat piece of a mesh with the whole texture on it, seen from the side that its normal points to.
 struct MeshFace {
@@ -40,7 +42,6 @@ class QVMeshObject3D : public QVObject3DTextureBase {
     void drawFaces(Shader& shader) const;
     void drawInColor(const glm::vec4& color);
     void drawLit();
-    void setLightUniforms(Shader& shader);
 
     std::vector<MeshFace> faces_;
 };

@@ -19,8 +19,8 @@ static constexpr Key alphaAnimationKeyList[] = {
      .minimum = 0,
      .maximum = 1},
 };
-constexpr KeyTable alphaAnimationKeys{"AnimationInfo of a transparent quad", "A change of opacity.",
-                                      &animationKeys, alphaAnimationKeyList};
+const KeyTable alphaAnimationKeys{"AnimationInfo of an opacity", "A change of opacity.", &animationKeys,
+                                  alphaAnimationKeyList};
 
 static constexpr Key diaphaneityKeyList[] = {
     {.name = "AnimationInfo",

@@ -28,6 +28,8 @@ class QVQuadDiaphaneityObject3D : public QVQuadObject3D {
     bool isPreMultiplication_ = false;
 };
 
+/// The keys of one change of opacity.
+extern const KeyTable alphaAnimationKeys;
 /// The keys of a quad with an animated opacity.
 extern const KeyTable diaphaneityKeys;
 

@@ -1,0 +1,131 @@
+#include "3DObject/FTGLTextObject/QVGLFontTextObjectBase.h"
+
+#include <algorithm>
+
+#include "3DObject/QuadObject3D/QVQuadDiaphaneityObject3D.h"
+#include "core/GLESUtils/DrawTriangles.h"
+#include "dataMode/TextSettings.h"
+
+namespace multiscene {
+
+static constexpr Key fontInfoKeyList[] = {
+    {.name = "textString",
+     .type = KeyType::Text,
+     .meaning = "the \"renderMapKey\" of a text of the user; where there is none, the text itself",
+     .lookup = KeyLookup::UserMap,
+     .required = true},
+    {.name = "fontName",
+     .type = KeyType::Text,
+     .fallback = "Sans",
+     .meaning =
+         "an installed family with its style, a PostScript name, or the path of a font file with a macro"},
+    {.name = "fontSize",
+     .type = KeyType::Number,
+     .unit = "model units",
+     .fallback = "1",
+     .meaning = "height of the letters, from which all their sizes follow",
+     .minimum = 0},
+    {.name = "textColor", .type = KeyType::Color, .fallback = "0,0,0,1", .meaning = "colour of the letters"},
+    {.name = "textAlignment",
+     .type = KeyType::Integer,
+     .fallback = "0",
+     .meaning = "of the lines: 0 left, 1 middle, 2 right",
+     .minimum = 0,
+     .maximum = 2},
+    {.name = "textMaxLenght",
+     .type = KeyType::Integer,
+     .unit = "characters",
+     .fallback = "0",
+     .meaning = "the text is cut after so many; 0: not cut",
+     .minimum = 0,
+     .maximum = platform::TextLimits::characters},
+    {.name = "lineLength",
+     .type = KeyType::Number,
+     .unit = "model units",
+     .fallback = "0",
+     .meaning = "longer lines are broken; 0: only line feeds break",
+     .minimum = 0},
+};
+constexpr KeyTable fontInfoKeys{"TextureFontInfo", "A text whose letters stand in the scene.", nullptr,
+                                fontInfoKeyList};
+
+static constexpr Key fontObjectKeyList[] = {
+    {.name = "TextureFontInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "the text and its font",
+     .required = true,
+     .children = &fontInfoKeys},
+    {.name = "AnimationInfo",
+     .type = KeyType::Array,
+     .meaning = "changes of the opacity; without any it is 1",
+     .children = &alphaAnimationKeys},
+};
+const KeyTable fontObjectKeys{"QVGLFontTextObjectBase", "Letters that stand in the scene.", &transformKeys,
+                              fontObjectKeyList};
+
+void QVGLFontTextObjectBase::rendInfoWithDic(const platform::Value& info) {
+    QVObject3DTransformBase::rendInfoWithDic(info);
+    fontInfo_ = KeyReader(fontObjectKeys, info).value("TextureFontInfo");
+    textColor_ = readTextColor(KeyReader(fontInfoKeys, fontInfo_), "textColor");
+}
+
+platform::LetterText QVGLFontTextObjectBase::letterText() const {
+    const KeyReader reader(fontInfoKeys, fontInfo_);
+    return {
+        .text = findText(reader.text("textString"), sceneIdentifier(), reader.int32("textMaxLenght")),
+        .font = findFont(reader.text("fontName"), reader.number("fontSize"), sceneResourceFolderPath()),
+        .alignment = static_cast<platform::TextAlignment>(std::clamp(reader.int32("textAlignment"), 0, 2)),
+        .lineLength = reader.number("lineLength")};
+}
+
+void QVGLFontTextObjectBase::updateData(const platform::CMTime& time) {
+    if (!isNeedRenderWithCMTime(time)) return;
+    QVObject3DTransformBase::updateData(time);
+    if (!hasLetters_) makeLetters(letterText());
+    hasLetters_ = true;
+}
+
+void QVGLFontTextObjectBase::render(const platform::CMTime& time) {
+    if (isNeedRenderWithCMTime(time) && hasLetters_) drawLetters();
+}
+
+void QVGLFontTextObjectBase::renderComplete(const platform::CMTime& time) {
+    if (!isNeedRenderWithCMTime(time)) return;
+    QVObject3DTransformBase::renderComplete(time);
+    if (time.value == endFps()) dropLetters();
+}
+
+void QVGLFontTextObjectBase::didNewKeyFrameWithEaseValue(float easeValue, float,
+                                                         const platform::Value& animationInfo) {
+    const KeyReader reader(alphaAnimationKeys, animationInfo);
+    const float start = reader.number("startRenderAlpha");
+    renderAlpha_ = start + (reader.number("endRenderAlpha") - start) * easeValue;
+}
+
+glm::vec4 QVGLFontTextObjectBase::shownColor() const {
+    return {textColor_.red, textColor_.green, textColor_.blue, textColor_.alpha * renderAlpha_};
+}
+
+void QVGLFontTextObjectBase::drawTriangles(Shader& shader,
+                                           const std::vector<platform::LetterVertex>& triangles,
+                                           bool cullBack) {
+    if (triangles.empty()) return;
+    const platform::LetterVertex& first = triangles.front();
+    multiscene::drawTriangles({.position = shader.attributeHandle("position"),
+                               .textureCoordinate = shader.attributeHandle("inputTextureCoordinate"),
+                               .normal = shader.attributeHandle("normal")},
+                              {.positions = &first.x,
+                               .textureCoordinates = &first.u,
+                               .normals = &first.normalX,
+                               .stride = sizeof(platform::LetterVertex),
+                               .count = static_cast<int>(triangles.size())},
+                              cullBack);
+}
+
+void QVGLFontTextObjectBase::addTraceFields(platform::Value::Dictionary& fields) {
+    QVObject3DTransformBase::addTraceFields(fields);
+    fields["values"] = platform::Value(
+        platform::Value::Dictionary{{"renderAlpha", platform::Value(static_cast<double>(renderAlpha_))}});
+}
+
+}  // namespace multiscene

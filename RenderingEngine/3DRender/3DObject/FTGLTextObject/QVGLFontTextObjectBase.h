@@ -1,0 +1,49 @@
+#pragma once
+
+#include <vector>
+
+#include "core/QVObject3DTransformBase.h"
+#include "opengl2.0/Shader.h"
+#include "platform/font/Letters.h"
+
+namespace multiscene {
+
+extern const KeyTable fontObjectKeys;
+
+/// The base of texts whose letters stand in the scene, in its units, with the middle of their lines at the
+/// node's origin. The letters are made at the node's first frame and given up at its last. Letters that no
+/// installed font has are left out; texts with emoji, and scripts that join their letters, are for "text2d"
+/// textures.
+class QVGLFontTextObjectBase : public QVObject3DTransformBase {
+  public:
+    void rendInfoWithDic(const platform::Value& info) override;
+    void updateData(const platform::CMTime& time) override;
+    void render(const platform::CMTime& time) override;
+    void renderComplete(const platform::CMTime& time) override;
+    void didNewKeyFrameWithEaseValue(float easeValue, float progressValue,
+                                     const platform::Value& animationInfo) override;
+    void addTraceFields(platform::Value::Dictionary& fields) override;
+
+    float renderAlpha() const { return renderAlpha_; }  ///< 0 transparent to 1
+
+  protected:
+    virtual void makeLetters(const platform::LetterText& text) = 0;
+    virtual void drawLetters() = 0;
+    virtual void dropLetters() = 0;
+
+    /// Red, green, blue, and the alpha of the text and of the node.
+    glm::vec4 shownColor() const;
+    /// Draws with the shader in use.
+    static void drawTriangles(Shader& shader, const std::vector<platform::LetterVertex>& triangles,
+                              bool cullBack);
+
+  private:
+    platform::LetterText letterText() const;
+
+    platform::Value fontInfo_;
+    platform::Color textColor_;
+    float renderAlpha_ = 1;
+    bool hasLetters_ = false;
+};
+
+}  // namespace multiscene
