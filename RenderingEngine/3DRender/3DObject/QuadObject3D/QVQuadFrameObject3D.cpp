@@ -1,12 +1,159 @@
 #include "3DObject/QuadObject3D/QVQuadFrameObject3D.h"
 
+#include <algorithm>
+#include <cmath>
+
+#include "core/Material/QVTextureMaterial.h"
 #include "core/NodeTypes.h"
+#include "opengl2.0/ShaderManager/ShaderManager.h"
 
 namespace multiscene {
 
-constexpr KeyTable quadFrameKeys{
-    "QVQuadFrameObject3D", "A quad for picture frames, drawn as a plain quad.", &quadKeys, {}};
+static constexpr std::string_view frameTypes[] = {"image", "filter", "color"};
+/// In the order of the numbers that the shader knows.
+static constexpr std::string_view filterTypes[] = {"none", "grey", "sepia", "negative", "mosaic", "wave"};
+
+static constexpr Key frameInfoKeyList[] = {
+    {.name = "frameType",
+     .type = KeyType::Choice,
+     .fallback = "image",
+     .meaning = "the picture, the picture filtered and within a border, or one colour",
+     .choices = frameTypes},
+    {.name = "frameColor",
+     .type = KeyType::Color,
+     .fallback = "0,0,0,1",
+     .meaning = "color: the colour; filter: that of the border"},
+    {.name = "filterType",
+     .type = KeyType::Choice,
+     .fallback = "none",
+     .meaning = "filter: what is done to the picture",
+     .choices = filterTypes},
+    {.name = "filterRange",
+     .type = KeyType::Number,
+     .fallback = "1",
+     .meaning = "filter: how much of the filter shows",
+     .minimum = 0,
+     .maximum = 1},
+    {.name = "pixelSize",
+     .type = KeyType::Number,
+     .unit = "pixels",
+     .fallback = "16",
+     .meaning = "mosaic: side of a tile, in pixels of the picture",
+     .minimum = 1},
+    {.name = "frameWidth",
+     .type = KeyType::Number,
+     .fallback = "0",
+     .meaning = "filter: width of the border, as a part of the picture's shorter side",
+     .minimum = 0,
+     .maximum = 0.5},
+    {.name = "pictureColor",
+     .type = KeyType::Color,
+     .fallback = "1,1,1,1",
+     .meaning = "filter: multiplies the picture's colours"},
+    {.name = "isReflection",
+     .type = KeyType::Bool,
+     .fallback = "0",
+     .meaning = "filter: the lower half mirrors the upper one"},
+};
+constexpr KeyTable frameInfoKeys{"FrameInfo", "How a frame quad shows its picture.", nullptr,
+                                 frameInfoKeyList};
+
+static constexpr Key quadFrameKeyList[] = {
+    {.name = "FrameInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "what the frame shows; none: its picture",
+     .children = &frameInfoKeys},
+};
+constexpr KeyTable quadFrameKeys{"QVQuadFrameObject3D",
+                                 "A picture with a filter and a border, or one colour.", &diaphaneityKeys,
+                                 quadFrameKeyList};
 
 QV_REGISTER_NODE_TYPE(QVQuadFrameObject3D, quadFrameKeys);
+
+namespace {
+
+/// The place of a name in a list; the first for a name that is not there.
+template <size_t count>
+int placeIn(const std::string_view (&names)[count], const std::string& name) {
+    const auto found = std::ranges::find(names, name);
+    return found == std::end(names) ? 0 : static_cast<int>(found - std::begin(names));
+}
+
+constexpr float endlessFrames = 100;
+
+}  // namespace
+
+void QVQuadFrameObject3D::rendInfoWithDic(const platform::Value& info) {
+    QVQuadDiaphaneityObject3D::rendInfoWithDic(info);
+    const KeyReader reader(frameInfoKeys, KeyReader(quadFrameKeys, info).value("FrameInfo"));
+    frameType_ = static_cast<FrameType>(placeIn(frameTypes, reader.text("frameType")));
+    frameColor_ = reader.vector4("frameColor");
+    filter_ = {.type = placeIn(filterTypes, reader.text("filterType")),
+               .range = reader.number("filterRange"),
+               .pixelSize = reader.number("pixelSize"),
+               .borderWidth = reader.number("frameWidth"),
+               .pictureColor = reader.vector4("pictureColor"),
+               .isReflection = reader.boolean("isReflection")};
+}
+
+void QVQuadFrameObject3D::updateData(const platform::CMTime& time) {
+    QVQuadDiaphaneityObject3D::updateData(time);
+    filterNormalTime_ = normalTime(time.value);
+}
+
+float QVQuadFrameObject3D::normalTime(int64_t frame) const {
+    const auto shown = static_cast<float>(frame - sartFps());
+    if (endFps() == INT64_MAX) return std::fmod(shown / endlessFrames, 1.0f);
+    return endFps() > sartFps() ? shown / static_cast<float>(endFps() - sartFps()) : 0;
+}
+
+void QVQuadFrameObject3D::render(const platform::CMTime& time) {
+    if (frameType_ != FrameType::Color)
+        QVQuadDiaphaneityObject3D::render(time);
+    else if (isNeedRenderWithCMTime(time))
+        drawColor();
+}
+
+void QVQuadFrameObject3D::drawColor() {
+    const float* corners = squareVertices().data();
+    if (!FrameEdges::shared().admits(projTransform(), corners, {})) return;
+    const auto shader =
+        ShaderManager::sharedManager().createShader("color_renderShader", "color_renderShader.plist");
+    shader->useShader();
+    shader->setUniform("u_mvpMatrix", projTransform());
+    shader->setUniform("SourceColor", glm::vec4(glm::vec3(frameColor_), frameColor_.a * renderAlpha()));
+    drawQuadFan(shader->attributeHandle("position"), 0, {corners, nullptr});
+}
+
+const char* QVQuadFrameObject3D::shaderName() const {
+    return frameType_ == FrameType::Filter ? "frame_Shader" : QVQuadDiaphaneityObject3D::shaderName();
+}
+
+glm::vec2 QVQuadFrameObject3D::pictureSize() const {
+    const TextureSize size = textureMaterial() ? textureMaterial()->textureSize() : TextureSize{};
+    if (size.width > 0 && size.height > 0) return {size.width, size.height};
+    return glm::max(glm::abs(glm::vec2(modelWidth(), modelHeight())), glm::vec2(1e-6f));
+}
+
+void QVQuadFrameObject3D::setUniforms(Shader& shader) {
+    QVQuadDiaphaneityObject3D::setUniforms(shader);
+    if (frameType_ != FrameType::Filter) return;
+    shader.setUniform("filterType", filter_.type);
+    shader.setUniform("RANGE", filter_.range);
+    shader.setUniform("pixelSize", filter_.pixelSize);
+    shader.setUniform("framew", filter_.borderWidth);
+    shader.setUniform("inputColor", frameColor_);
+    shader.setUniform("glColor", filter_.pictureColor);
+    shader.setUniform("reflection", filter_.isReflection ? 1 : 0);
+    shader.setUniform("textureSize", pictureSize());
+    shader.setUniform("filterNormalTime", filterNormalTime_);
+}
+
+void QVQuadFrameObject3D::drawQuad(Shader& shader) {
+    if (frameType_ == FrameType::Filter)
+        drawByPlaceWith(shader);
+    else
+        QVQuadDiaphaneityObject3D::drawQuad(shader);
+}
 
 }  // namespace multiscene
