@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 
 #include "app/Check/TemplateRules.h"
@@ -50,22 +51,35 @@ void requireScene(const GroupView& group, int64_t number, const std::string& key
                         "list it in \"installScenes\", or install the template that brings it"});
 }
 
+/// Frames of a scene that the transition into it has shown already.
+int64_t framesShownBefore(const GroupView& group, size_t index) {
+    if (index == 0) return 0;
+    const Transition before = transitionOf(group.entries[index - 1]);
+    return before.is(TransitionKind::Texture) ? before.frames : 0;
+}
+
+/// A transition starts after a frame that the ending scene plays alone, else it is left out; and a following
+/// scene that has no frame left after it plays one beyond its end.
 void judgeTransition(const GroupView& group, size_t index, Findings& findings) {
     const Transition transition = transitionOf(group.entries[index]);
     const std::string keyPath = entryPath(group, index, "sceneTansitionsInfo.fpsTotal");
-    const auto judge = [&](int64_t sceneId, const char* which) {
+    const auto judge = [&](int64_t sceneId, int64_t otherFrames, const char* which) {
         const auto last = lastFrameOf(group, sceneId);
-        if (!last || transition.frames <= *last + 1) return;
+        if (!last || transition.frames <= *last + 1 - otherFrames) return;
         findings.push_back({Severity::Error, group.file, keyPath,
                             "the transition of " + std::to_string(transition.frames) +
-                                " frames is longer than the " + which + " scene with " +
-                                std::to_string(*last + 1),
+                                " frames is longer than the " +
+                                std::to_string(std::max<int64_t>(*last + 1 - otherFrames, 0)) + " that the " +
+                                which + " scene has for it",
                             "shorten it"});
     };
-    judge(group.entries[index].integer("mainSceneId"), "ending");
-    if (!transition.is(TransitionKind::Texture)) return;
-    judge(transition.sceneId, "transition");
-    if (index + 1 < group.entries.size()) judge(group.entries[index + 1].integer("mainSceneId"), "following");
+    const bool isTexture = transition.is(TransitionKind::Texture);
+    if (isTexture || transition.is(TransitionKind::Overlay))
+        judge(group.entries[index].integer("mainSceneId"), framesShownBefore(group, index) + 1, "ending");
+    if (!isTexture) return;
+    judge(transition.sceneId, 0, "transition");
+    if (index + 1 < group.entries.size())
+        judge(group.entries[index + 1].integer("mainSceneId"), 1, "following");
 }
 
 }  // namespace
