@@ -2,6 +2,7 @@
 
 #include <glm/gtc/matrix_transform.hpp>
 
+#include "core/QVSceneRenderToTexture.h"
 #include "platform/base/Error.h"
 #include "tests/engine/FakeDriver.h"
 #include "tween/QVTween.h"
@@ -142,6 +143,20 @@ TEST_F(SceneGraphTest, TheCameraIsASortedTopLevelNodeAndIsReplaced) {
     auto camera = QVCamera3D::initOrthWithWidth(20, 2);
     scene->setCamera(camera);
     EXPECT_EQ(scene->children(), (QVObjectContainer3D::Children{camera}));
+}
+
+TEST_F(SceneGraphTest, SceneTexturesAreLimitedInWidthAlone) {
+    const auto sizeFor = [&](int32_t width, int32_t height) {
+        driver.width = width;
+        driver.height = height;
+        const auto sized = QVScene3D::initRenderManager(driver);
+        return std::pair(sized->renderToTextureObject().fboWidth(),
+                         sized->renderToTextureObject().fboHeight());
+    };
+    EXPECT_EQ(sizeFor(1280, 720), std::pair(1000, 562));
+    EXPECT_EQ(sizeFor(720, 1280), std::pair(720, 1280));
+    EXPECT_EQ(sizeFor(1000, 1000), std::pair(1000, 1000));
+    EXPECT_EQ(sizeFor(3840, 2160), std::pair(1000, 562));
 }
 
 TEST_F(SceneGraphTest, PerspectiveIsHorizontalAndOrthographicCentred) {

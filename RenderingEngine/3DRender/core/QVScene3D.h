@@ -66,6 +66,12 @@ class QVScene3D : public std::enable_shared_from_this<QVScene3D> {
     const platform::CMTime& currentRenderTime() const { return currentRenderTime_; }
     void setCurrentRenderTime(const platform::CMTime& time) { currentRenderTime_ = time; }
 
+    /// Touch state of a host with a screen, in pixels; only stored here.
+    bool isTouchDown() const { return isTouchDown_; }
+    void setIsTouchDown(bool isTouchDown) { isTouchDown_ = isTouchDown; }
+    const glm::vec2& touchDownPosition() const { return touchDownPosition_; }
+    void setTouchDownPosition(const glm::vec2& position) { touchDownPosition_ = position; }
+
     /// Renders the whole scene into a texture for transitions; its GL objects are made on first use.
     QVSceneRenderToTexture& renderToTextureObject() const { return *renderToTextureObject_; }
 
@@ -88,6 +94,8 @@ class QVScene3D : public std::enable_shared_from_this<QVScene3D> {
     SceneConfigData sceneConfigData_;
     std::string sceneIdentifier_;
     platform::CMTime currentRenderTime_;
+    bool isTouchDown_ = false;
+    glm::vec2 touchDownPosition_{0};
     std::unique_ptr<QVSceneRenderToTexture> renderToTextureObject_;
     std::map<std::string, std::shared_ptr<QVFrameBufferToTexture>> renderToTextureMap_;
 };
