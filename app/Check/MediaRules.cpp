@@ -2,10 +2,10 @@
 
 #include "app/Check/DictionaryWalk.h"
 #include "app/Check/SceneRules.h"
+#include "app/Check/UsedFiles.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "platform/audio/AudioFile.h"
 #include "platform/base/FileGate.h"
-#include "platform/image/ImageDecoder.h"
 #include "platform/media/VideoInfo.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
@@ -64,25 +64,14 @@ class MediaFiles : public DictionaryVisitor {
     }
 
   private:
-    using Require = void (*)(platform::FileHandle, const std::string& name);
-
-    static void requirePicture(platform::FileHandle file, const std::string& name) {
-        platform::readImageSize(file, {name, platform::ErrorKind::Template});
-    }
     static void requireSound(platform::FileHandle file, const std::string& name) {
         const platform::AudioFile sound(std::move(file), name);
     }
 
-    void judge(const std::string& path, const std::string& keyPath, Require require) {
-        FileGate::Opened opened = FileGate::shared().open(
-            QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(path, scene_.folder));
-        if (opened.verdict != FileGate::Verdict::Allowed) return;
-        try {
-            require(std::move(opened.file), path);
-        } catch (const platform::Error& error) {
-            findings_.push_back({Severity::Error, scene_.file, keyPath,
-                                 "\"" + path + "\": " + error.message(), "replace the file"});
-        }
+    void judge(const std::string& path, const std::string& keyPath, const RequireContent& require) {
+        if (const auto finding = judgeFileContent(path, scene_.folder, require,
+                                                  {Severity::Error, scene_.file, keyPath, {}, {}}))
+            findings_.push_back(*finding);
     }
 
     const SceneView& scene_;

@@ -5,6 +5,7 @@
 #include "app/Check/SceneRules.h"
 #include "app/Check/UsedFiles.h"
 #include "core/Material/PictureSequence.h"
+#include "core/Material/ZBTexture.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::rules {
@@ -46,21 +47,27 @@ class Sequences : public DictionaryVisitor {
   public:
     Sequences(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
 
-    void dictionary(const KeyTable&, const Value& content, const std::string& keyPath) override {
+    void dictionary(const KeyTable& table, const Value& content, const std::string& keyPath) override {
         if (!content.has("animationName")) return;
+        const bool isPvr = &table == &pictureSequenceKeys ||
+                           content.integer("imageType") == static_cast<int64_t>(ImageType::Pvr);
+        const auto require = isPvr ? requirePvr : requirePicture;
         // One frame a picture, so that the first pass meets each of them.
         const PictureSequence sequence(content.with("animationFps", 1));
         const int64_t last = std::abs(content.integer("animationEnd") - content.integer("animationStart"));
         for (int64_t frame = 0; frame <= std::min(last, kMostPictures); ++frame)
-            if (!judge(*sequence.animationWithCurrentFps(frame, 0, last), keyPath + ".animationName")) return;
+            if (!judge(*sequence.animationWithCurrentFps(frame, 0, last), require,
+                       keyPath + ".animationName"))
+                return;
     }
 
   private:
     static constexpr int64_t kMostPictures = 10'000;
 
-    bool judge(const std::string& picture, const std::string& keyPath) {
-        const auto finding =
-            judgeFileName(picture, scene_.folder, {Severity::Error, scene_.file, keyPath, {}, {}});
+    bool judge(const std::string& picture, const RequireContent& require, const std::string& keyPath) {
+        const Finding place{Severity::Error, scene_.file, keyPath, {}, {}};
+        auto finding = judgeFileName(picture, scene_.folder, place);
+        if (!finding) finding = judgeFileContent(picture, scene_.folder, require, place);
         if (finding) findings_.push_back(*finding);
         return !finding;
     }

@@ -1,6 +1,8 @@
 #include "app/Check/UsedFiles.h"
 
+#include "core/GLESUtils/PvrFile.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
+#include "platform/image/ImageDecoder.h"
 
 namespace multiscene {
 
@@ -28,6 +30,31 @@ std::optional<Finding> judgeFileName(const std::string& path, const std::string&
     place.message = "\"" + path + "\" " + describe(verdict);
     place.remedy = remedyOf(verdict);
     return place;
+}
+
+std::optional<Finding> judgeFileContent(const std::string& path, const std::string& sceneFolder,
+                                        const RequireContent& require, Finding place) {
+    FileGate::Opened opened = FileGate::shared().open(
+        QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(path, sceneFolder));
+    if (opened.verdict != FileGate::Verdict::Allowed) return std::nullopt;
+    try {
+        require(std::move(opened.file), path);
+        return std::nullopt;
+    } catch (const platform::Error& error) {
+        place.message = "\"" + path + "\": " + error.message();
+        place.remedy = "replace the file";
+        return place;
+    }
+}
+
+void requirePicture(platform::FileHandle file, const std::string& name) {
+    platform::readImageSize(file, {name, platform::ErrorKind::Template});
+}
+
+void requirePvr(platform::FileHandle file, const std::string& name) {
+    const PvrFile texture(platform::readFile(file, name, PvrFile::maxBytes));
+    if (!texture.problem().empty())
+        throw platform::Error(platform::ErrorKind::Template, texture.problem(), name);
 }
 
 }  // namespace multiscene

@@ -15,6 +15,8 @@ namespace platform {
 namespace {
 
 constexpr int curveSteps = 8;  // straight pieces that a curve becomes
+/// More than any text that can be read; further letters are left out.
+constexpr size_t maxVertices = 1'500'000;
 constexpr float faceTexel = 0.25f, sideTexel = 0.75f;
 
 /// Follows an outline and writes it down as straight lines.
@@ -137,7 +139,7 @@ void GlyphMesh::load(unsigned int glyph, FT_GlyphSlotRec_* outline) {
 
 void GlyphMesh::place(unsigned int glyph, double x, double y) {
     const auto found = shapes_.find(glyph);
-    if (found == shapes_.end()) return;
+    if (found == shapes_.end() || sides_.size() + faces_.size() > maxVertices) return;
     for (const OutlineContour& contour : found->second.contours) addSides(contour, x, y);
     addFaces(found->second.face, x, y);
 }

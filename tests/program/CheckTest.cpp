@@ -184,6 +184,28 @@ TEST_P(CheckTest, NamesPlaceFaultAndRemedy) {
 INSTANTIATE_TEST_SUITE_P(All, CheckTest, ::testing::ValuesIn(faults()),
                          [](const auto& fault) { return std::string(fault.param.name); });
 
+TEST(CheckSequence, SaysWhichPictureIsNoneAndWhy) {
+    const TemporaryFolder folder;
+    SmallTemplate small;
+    const std::string place = "$(currentScenePlistROOT)/pic";
+    nodeWith("TextureInfo", Value::Dictionary{{"textureType", "textureSerial"},
+                                              {"imageType", 2},
+                                              {"animationStart", 1},
+                                              {"animationEnd", 2},
+                                              {"animationName", place},
+                                              {"animationExtension", "pvr"}})(small);
+    const fs::path path = small.write(folder.path());
+    std::ofstream(path / "pic1.pvr") << std::string("PVR\3", 4) + std::string(60, '\0');
+    const auto named = [&](const std::string& text) {
+        std::string all;
+        for (const Finding& finding : checkPath(path)) all += describe(finding) + "\n";
+        EXPECT_THAT(all, HasSubstr(text));
+    };
+    named("pic1.pvr\": is a PVR file of version 3");
+    fs::remove(path / "pic1.pvr");
+    named("pic1.pvr\" does not exist");
+}
+
 class CheckProgramTest : public ProgramTest {};
 
 TEST_F(CheckProgramTest, ExitCodeTellsWhetherAnythingIsWrong) {
