@@ -19,6 +19,7 @@ std::span<const SceneRule> sceneRules() {
         rules::rotationsHaveBothEnds,
         rules::filesAreThere,
         rules::texturesSayWhatTheyShow,
+        rules::nodesShowSomething,
         rules::sequencesHaveAllPictures,
         rules::fontFilesAreThere,
         rules::shadersBuild,

@@ -37,6 +37,7 @@ void filesAreThere(const SceneView&, Findings&);
 
 // TextureRules.cpp
 void texturesSayWhatTheyShow(const SceneView&, Findings&);
+void nodesShowSomething(const SceneView&, Findings&);
 void sequencesHaveAllPictures(const SceneView&, Findings&);
 void fontFilesAreThere(const SceneView&, Findings&);
 

@@ -6,6 +6,8 @@
 #include "app/Check/UsedFiles.h"
 #include "core/Material/PictureSequence.h"
 #include "core/Material/ZBTexture.h"
+#include "core/NodeTypes.h"
+#include "core/QVObject3DTextureBase.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::rules {
@@ -92,6 +94,27 @@ class FontFiles : public DictionaryVisitor {
     Findings& findings_;
 };
 
+/// The base of planes and cubes.
+constexpr const char* shapelessType = "QVMeshObject3D";
+
+bool isTextured(const std::string& type) {
+    const auto* known = NodeTypes::find(type);
+    for (const KeyTable* keys = known ? known->keys : nullptr; keys; keys = keys->base)
+        if (keys == &textureBaseKeys) return true;
+    return false;
+}
+
+bool hasSource(const Value& node) {
+    return node.has("TextureInfo") || node.has("PvrTextureSerialInfo") || node.has("ColorInfo") ||
+           node["FrameInfo"].string("frameType") == "color";
+}
+
+Finding withText(Finding place, std::string message, std::string remedy) {
+    place.message = std::move(message);
+    place.remedy = std::move(remedy);
+    return place;
+}
+
 template <typename Visitor>
 void walk(const SceneView& scene, Findings& findings) {
     Visitor visitor(scene, findings);
@@ -99,6 +122,18 @@ void walk(const SceneView& scene, Findings& findings) {
 }
 
 }  // namespace
+
+void nodesShowSomething(const SceneView& scene, Findings& findings) {
+    for (const NodeView& node : scene.nodes) {
+        if (node.content.has("childNode") || !isTextured(node.type)) continue;
+        const Finding place{Severity::Warning, scene.file, node.keyPath, {}, {}};
+        if (node.type == shapelessType)
+            findings.push_back(withText(place, node.label() + " has no surface and draws nothing",
+                                        "use QVPlaneObject3D or QVCubeObject3D"));
+        else if (!hasSource(node.content))
+            findings.push_back(withText(place, node.label() + " has nothing to show", "add \"TextureInfo\""));
+    }
+}
 
 void texturesSayWhatTheyShow(const SceneView& scene, Findings& findings) { walk<Textures>(scene, findings); }
 

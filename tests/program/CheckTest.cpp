@@ -132,6 +132,11 @@ std::vector<Fault> faults() {
          nodeWith("TextureInfo", Value::Dictionary{{"textureType", "image"}, {"texture", "/etc/passwd"}})},
         {"TextureWithoutSource", "object3D[1].TextureInfo", "shows nothing",
          nodeWith("TextureInfo", Value::Dictionary{{"textureType", "text2d"}})},
+        {"NothingToShow", "object3D[1]", "add \"TextureInfo\"",
+         node([](Value::Dictionary& dictionary) { dictionary.erase("TextureInfo"); })},
+        {"NoSurface", "object3D[1]", "QVPlaneObject3D", node([](Value::Dictionary& dictionary) {
+             dictionary = {{"type", "QVMeshObject3D"}};
+         })},
         {"BrokenShader", "object3D[1].FpsInfo.customShaderPath", "gl_FragColour", useBrokenShader},
         {"UnusedInput", "installScenes[0].wechartTempletInfo.userInputArray[1].renderMapKey",
          "no scene looks", [](SmallTemplate& small) { small.nodes.erase(small.nodes.begin() + 1); }},
