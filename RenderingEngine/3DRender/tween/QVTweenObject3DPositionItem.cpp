@@ -4,15 +4,15 @@
 
 namespace multiscene {
 
-void QVTweenObject3DPositionItem::update(float time) {
-    QVTweenItem::update(time);
-    glm::vec3 position = startVector3_ + easeValue() * (endVector3_ - startVector3_);
-    for (int axis = 0; axis < 3; ++axis)
-        if (namesMotionPath(endVector3_[axis]))
-            position[axis] = motionPathCoordinate(*target(), endVector3_[axis], axis, easeValue());
-    target()->setX(position.x);
-    target()->setY(position.y);
-    target()->setZ(position.z);
+void QVTweenObject3DPositionItem::apply(const glm::vec3& position) {
+    const auto coordinate = [&](int axis) {
+        const float end = endVector3()[axis];
+        return namesMotionPath(end) ? motionPathCoordinate(*target(), end, axis, easeValue())
+                                    : position[axis];
+    };
+    target()->setX(coordinate(0));
+    target()->setY(coordinate(1));
+    target()->setZ(coordinate(2));
 }
 
 }  // namespace multiscene

@@ -2,12 +2,10 @@
 
 namespace multiscene {
 
-void QVTweenObject3DRotateItem::update(float time) {
-    QVTweenItem::update(time);
-    const glm::vec3 rotation = startVector3_ + easeValue() * (endVector3_ - startVector3_);
-    target()->setRotationX(rotation.x);
-    target()->setRotationY(rotation.y);
-    target()->setRotationZ(rotation.z);
+void QVTweenObject3DRotateItem::apply(const glm::vec3& degrees) {
+    target()->setRotationX(degrees.x);
+    target()->setRotationY(degrees.y);
+    target()->setRotationZ(degrees.z);
 }
 
 }  // namespace multiscene

@@ -1,24 +1,16 @@
 #pragma once
 
-#include <glm/glm.hpp>
-
-#include "tween/QVTweenItem.h"
+#include "tween/VectorTweenItem.h"
 
 namespace multiscene {
 
 /// Turns an object about its axes; vectors in degrees.
-class QVTweenObject3DRotateItem : public QVTweenItem {
+class QVTweenObject3DRotateItem : public VectorTweenItem {
   public:
-    QVTweenObject3DRotateItem(std::shared_ptr<TweenTarget> target, const glm::vec3& startVector3,
-                              const glm::vec3& endVector3, float start, const TweenTiming& timing)
-        : QVTweenItem(std::move(target), start, timing),
-          startVector3_(startVector3),
-          endVector3_(endVector3) {}
-
-    void update(float time) override;
+    using VectorTweenItem::VectorTweenItem;
 
   private:
-    glm::vec3 startVector3_, endVector3_;
+    void apply(const glm::vec3& degrees) override;
 };
 
 }  // namespace multiscene

@@ -2,9 +2,7 @@
 
 namespace multiscene {
 
-void QVTweenObject3DScaleItem::update(float time) {
-    QVTweenItem::update(time);
-    const glm::vec3 scale = startVector3_ + easeValue() * (endVector3_ - startVector3_);
+void QVTweenObject3DScaleItem::apply(const glm::vec3& scale) {
     target()->setScaleX(scale.x);
     target()->setScaleY(scale.y);
     target()->setScaleZ(scale.z);

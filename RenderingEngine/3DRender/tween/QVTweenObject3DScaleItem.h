@@ -1,24 +1,16 @@
 #pragma once
 
-#include <glm/glm.hpp>
-
-#include "tween/QVTweenItem.h"
+#include "tween/VectorTweenItem.h"
 
 namespace multiscene {
 
 /// Scales an object.
-class QVTweenObject3DScaleItem : public QVTweenItem {
+class QVTweenObject3DScaleItem : public VectorTweenItem {
   public:
-    QVTweenObject3DScaleItem(std::shared_ptr<TweenTarget> target, const glm::vec3& startVector3,
-                             const glm::vec3& endVector3, float start, const TweenTiming& timing)
-        : QVTweenItem(std::move(target), start, timing),
-          startVector3_(startVector3),
-          endVector3_(endVector3) {}
-
-    void update(float time) override;
+    using VectorTweenItem::VectorTweenItem;
 
   private:
-    glm::vec3 startVector3_, endVector3_;
+    void apply(const glm::vec3& scale) override;
 };
 
 }  // namespace multiscene
