@@ -16,9 +16,9 @@ class TestPatch : public QVObject3DFpsBase {
 
     void rendInfoWithDic(const platform::Value& info) override {
         QVObject3DFpsBase::rendInfoWithDic(info);
-        color_ = vector4(info["color"]);
+        color_ = vectorOf<4>(info["color"]);
         flickers_ = info.boolean("flickers");
-        rectangle_ = info.has("rectangle") ? vector4(info["rectangle"]) : glm::vec4(0, 0, 16384, 16384);
+        rectangle_ = info.has("rectangle") ? vectorOf<4>(info["rectangle"]) : glm::vec4(0, 0, 16384, 16384);
     }
     void render(const platform::CMTime& time) override {
         if (!isNeedRenderWithCMTime(time)) return;

@@ -33,22 +33,8 @@ const platform::Value::Array& KeyReader::array(std::string_view key) const {
     return dictionary_.array(key);
 }
 
-glm::vec2 KeyReader::vector2(std::string_view key) const {
-    glm::vec2 vector(0);
-    QVUtil::getpagame(text(key), &vector.x, 2);
-    return vector;
-}
-
-glm::vec3 KeyReader::vector3(std::string_view key) const {
-    glm::vec3 vector(0);
-    QVUtil::getpagame(text(key), &vector.x, 3);
-    return vector;
-}
-
-glm::vec4 KeyReader::vector4(std::string_view key) const {
-    glm::vec4 vector(0);
-    QVUtil::getpagame(text(key), &vector.x, 4);
-    return vector;
-}
+glm::vec2 KeyReader::vector2(std::string_view key) const { return vectorOf<2>(value(key)); }
+glm::vec3 KeyReader::vector3(std::string_view key) const { return vectorOf<3>(value(key)); }
+glm::vec4 KeyReader::vector4(std::string_view key) const { return vectorOf<4>(value(key)); }
 
 }  // namespace multiscene

@@ -45,20 +45,11 @@ class QVUtil {
     static void setSceneRoot(const std::string& folder);
 };
 
-/// "x,y", "x,y,z", "x,y,z,w" of a scene file; anything else reads as zeros.
-inline glm::vec2 vector2(const platform::Value& value) {
-    glm::vec2 result(0);
-    QVUtil::getpagame(value.stringValue(), &result.x, 2);
-    return result;
-}
-inline glm::vec3 vector3(const platform::Value& value) {
-    glm::vec3 result(0);
-    QVUtil::getpagame(value.stringValue(), &result.x, 3);
-    return result;
-}
-inline glm::vec4 vector4(const platform::Value& value) {
-    glm::vec4 result(0);
-    QVUtil::getpagame(value.stringValue(), &result.x, 4);
+/// The vector of a scene file's "x,y", "x,y,z" or "x,y,z,w"; anything else reads as zeros.
+template <glm::length_t Count>
+glm::vec<Count, float> vectorOf(const platform::Value& value) {
+    glm::vec<Count, float> result(0);
+    QVUtil::getpagame(value.stringValue(), &result.x, Count);
     return result;
 }
 
