@@ -24,8 +24,8 @@ platform::Color readTextColor(const KeyReader& reader, std::string_view key) {
 }
 
 std::string findText(const std::string& key, const std::string& sceneIdentifier, int maxLength) {
-    const platform::Value users = QVMultiSceneRenderShareSettings::computeUserMap(key, sceneIdentifier);
-    return platform::truncateText(users ? users.stringValue() : key, maxLength);
+    const auto text = QVMultiSceneRenderShareSettings::valueOrUsers(key, sceneIdentifier);
+    return platform::truncateText(text.stringValue(), maxLength);
 }
 
 platform::TextFont findFont(const std::string& name, float size, const std::string& sceneFolder) {

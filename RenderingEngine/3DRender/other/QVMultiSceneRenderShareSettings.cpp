@@ -11,13 +11,6 @@ using platform::Value;
 
 namespace {
 
-int64_t frameNumber(const Value& number, const std::string& sceneIdentifier) {
-    if (!number.isString()) return number.integerValue();
-    const Value found =
-        QVMultiSceneRenderShareSettings::computeUserMap(number.stringValue(), sceneIdentifier);
-    return found ? found.integerValue() : number.integerValue();
-}
-
 /// The root of a macro that means something only while a group plays; null for every other component.
 const std::string* groupRoot(std::string_view component, const std::string& sceneFolder) {
     const auto& settings = QVMultiSceneRenderShareSettings::shared();
@@ -40,18 +33,23 @@ Value QVMultiSceneRenderShareSettings::computeUserMap(const std::string& key,
     return shared().userMediaMapDic_[key + sceneIdentifier];
 }
 
+Value QVMultiSceneRenderShareSettings::valueOrUsers(const Value& value, const std::string& sceneIdentifier) {
+    if (!value.isString()) return value;
+    const Value users = computeUserMap(value.stringValue(), sceneIdentifier);
+    return users ? users : value;
+}
+
 std::string QVMultiSceneRenderShareSettings::computeFilePathUserMap(
     const std::string& text, const std::string& sceneIdentifier, const std::string& sceneResourceFolderPath) {
-    const Value found = computeUserMap(text, sceneIdentifier);
-    return multiSceneRenderPathResourcesWithString(found ? found.stringValue() : text,
+    return multiSceneRenderPathResourcesWithString(valueOrUsers(text, sceneIdentifier).stringValue(),
                                                    sceneResourceFolderPath);
 }
 
 void QVMultiSceneRenderShareSettings::computeStartAndEndFps(const Value& fpsInfo,
                                                             const std::string& sceneIdentifier,
                                                             int64_t& startFps, int64_t& endFps) {
-    startFps = frameNumber(fpsInfo["startFps"], sceneIdentifier);
-    endFps = fpsInfo.has("endFps") ? frameNumber(fpsInfo["endFps"], sceneIdentifier)
+    startFps = valueOrUsers(fpsInfo["startFps"], sceneIdentifier).integerValue();
+    endFps = fpsInfo.has("endFps") ? valueOrUsers(fpsInfo["endFps"], sceneIdentifier).integerValue()
                                    : std::numeric_limits<int64_t>::max();
 }
 

@@ -18,6 +18,9 @@ class QVMultiSceneRenderShareSettings {
     /// when there is no such value. A key with an identifier never falls back to the key alone.
     static platform::Value computeUserMap(const std::string& key, const std::string& sceneIdentifier);
 
+    /// The user's value that a text names; the value itself when it is no text or names none.
+    static platform::Value valueOrUsers(const platform::Value& value, const std::string& sceneIdentifier);
+
     /// The path behind `text`: the user's value of that key when there is one, else `text` itself; resolved
     /// with multiSceneRenderPathResourcesWithString. Empty when it resolves to nothing.
     static std::string computeFilePathUserMap(const std::string& text, const std::string& sceneIdentifier,

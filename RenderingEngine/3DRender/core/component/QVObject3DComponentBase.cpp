@@ -26,17 +26,6 @@ static constexpr Key componentKeyList[] = {
 const KeyTable componentKeys{"QVObject3DComponentBase", "A behaviour attached to a node.", nullptr,
                              componentKeyList};
 
-namespace {
-
-int64_t frameNumber(const platform::Value& value, const std::string& sceneIdentifier) {
-    if (!value.isString()) return value.integerValue();
-    const platform::Value found =
-        QVMultiSceneRenderShareSettings::computeUserMap(value.stringValue(), sceneIdentifier);
-    return found.isNone() ? value.integerValue() : found.integerValue();
-}
-
-}  // namespace
-
 void QVObject3DComponentBase::rendInfoWithDic(const platform::Value& info) {
     componentInfo_ = info;
     computeStartAndEndFps(info);
@@ -44,8 +33,12 @@ void QVObject3DComponentBase::rendInfoWithDic(const platform::Value& info) {
 
 void QVObject3DComponentBase::computeStartAndEndFps(const platform::Value& info) {
     const KeyReader reader(componentKeys, info);
-    sartFps_ = frameNumber(reader.value("startFps"), sceneIdentifier());
-    endFps_ = frameNumber(reader.value("endFps"), sceneIdentifier());
+    const auto frameNumber = [&](const char* key) {
+        return QVMultiSceneRenderShareSettings::valueOrUsers(reader.value(key), sceneIdentifier())
+            .integerValue();
+    };
+    sartFps_ = frameNumber("startFps");
+    endFps_ = frameNumber("endFps");
 }
 
 std::string QVObject3DComponentBase::sceneIdentifier() const {

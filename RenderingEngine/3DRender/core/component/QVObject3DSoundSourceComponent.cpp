@@ -38,10 +38,7 @@ static const ComponentTypes::Registration registered(
 
 float QVObject3DSoundSourceComponent::audioVolume() const {
     const platform::Value volume = KeyReader(soundSourceKeys, componentInfo()).value("audioVolume");
-    if (!volume.isString()) return volume.floatValue();
-    const platform::Value users =
-        QVMultiSceneRenderShareSettings::computeUserMap(volume.stringValue(), sceneIdentifier());
-    return users.isNone() ? volume.floatValue() : users.floatValue();
+    return QVMultiSceneRenderShareSettings::valueOrUsers(volume, sceneIdentifier()).floatValue();
 }
 
 std::string QVObject3DSoundSourceComponent::audioKeyIndfer() const {
