@@ -28,17 +28,12 @@ constexpr std::array<std::pair<std::string_view, uint32_t>, 11> blendFactors{{
     {"SRC_ALPHA_SATURATE", 0x0308},
 }};
 
-constexpr std::string_view blendNames[] = {"ZERO",
-                                           "ONE",
-                                           "SRC_COLOR",
-                                           "ONE_MINUS_SRC_COLOR",
-                                           "SRC_ALPHA",
-                                           "ONE_MINUS_SRC_ALPHA",
-                                           "DST_ALPHA",
-                                           "ONE_MINUS_DST_ALPHA",
-                                           "DST_COLOR",
-                                           "ONE_MINUS_DST_COLOR",
-                                           "SRC_ALPHA_SATURATE"};
+constexpr auto blendNames = [] {
+    std::array<std::string_view, blendFactors.size()> names;
+    std::transform(blendFactors.begin(), blendFactors.end(), names.begin(),
+                   [](const auto& factor) { return factor.first; });
+    return names;
+}();
 
 /// The file and the compiler's words on one line.
 std::string shaderProblem(const Shader& shader, const std::string& description) {

@@ -138,8 +138,6 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
     virtual void addTraceFields(platform::Value::Dictionary& fields);
 
   private:
-    void updateChildMatrices();
-
     std::string name_;
     bool isSceneTransformDirty_ = true, isInverseSceneTrransformDirty_ = true, isScenePositionDirty_ = true,
          isprojTransformDirty_ = true, isProjPositionDirty_ = true;
