@@ -2,7 +2,7 @@
 
 #include "app/Check/KeyJudge.h"
 #include "app/Check/SceneRules.h"
-#include "app/Check/TemplateKeys.h"
+#include "app/Model/TemplateKeys.h"
 #include "app/Check/TemplateRules.h"
 #include "app/Model/TemplateFolder.h"
 #include "other/QVUtil.h"

@@ -6,7 +6,7 @@
 
 #include "app/Check/KeyExample.h"
 #include "app/Check/KeyJudge.h"
-#include "app/Check/TemplateKeys.h"
+#include "app/Model/TemplateKeys.h"
 #include "core/NodeTypes.h"
 #include "core/QVObject3DFpsBase.h"
 #include "core/VideoTimeSource.h"

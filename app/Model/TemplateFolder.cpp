@@ -1,9 +1,9 @@
 #include "app/Model/TemplateFolder.h"
 
 #include <algorithm>
-#include <array>
 #include <set>
 
+#include "app/Model/TemplateKeys.h"
 #include "other/QVUtil.h"
 #include "platform/base/Error.h"
 #include "platform/base/FileGate.h"
@@ -20,68 +20,30 @@ namespace {
 
 constexpr size_t kMaxRecords = 1000;
 
-enum class Kind { Number, Text, Dictionary, Array };
-
-struct KeyRule {
-    const char* key;
-    Kind kind;
-    bool required;
-};
-
-constexpr std::array kRecordRules{
-    KeyRule{"sId", Kind::Number, true},
-    KeyRule{"scenePlistPath", Kind::Text, true},
-    KeyRule{"sceneResourceFolderPath", Kind::Text, false},
-    KeyRule{"sceneThumbnailPath", Kind::Text, false},
-    KeyRule{"cName", Kind::Text, false},
-    KeyRule{"eName", Kind::Text, false},
-    KeyRule{"jName", Kind::Text, false},
-    KeyRule{"videoPreviewUrl", Kind::Text, false},
-    KeyRule{"youtubePreviewUrl", Kind::Text, false},
-    KeyRule{"photoTotal", Kind::Number, false},
-    KeyRule{"fpsLength", Kind::Number, false},
-    KeyRule{"sourceType", Kind::Number, false},
-    KeyRule{"wechartTempletInfo", Kind::Dictionary, false},
-};
-
-constexpr std::array kDescriptionRules{
-    KeyRule{"userInputArray", Kind::Array, false}, KeyRule{"sceneGroup", Kind::Array, false},
-    KeyRule{"mediaSize", Kind::Text, false},       KeyRule{"videoFrameRate", Kind::Number, false},
-    KeyRule{"bgAudioPath", Kind::Text, false},     KeyRule{"PIPTempletType", Kind::Number, false},
-};
-
-bool isNumberText(const Value& value) {
+bool isNumeric(const Value& value) {
+    if (!value.isString()) return value.isNumber();
     const std::string text = value.stringValue();
-    return value.isString() && !text.empty() &&
+    return !text.empty() &&
            text.find_first_not_of("0123456789", text.front() == '-' ? 1 : 0) == std::string::npos;
 }
 
-bool fits(const Value& value, Kind kind) {
-    switch (kind) {
-        case Kind::Number:
-            return value.isNumber() || isNumberText(value);
-        case Kind::Text:
-            return value.isString();
-        case Kind::Dictionary:
-            return value.isDictionary();
-        case Kind::Array:
-            return value.isArray();
-    }
-    return false;
-}
+/// What a value must be for its record to be read at all.
+struct Shape {
+    bool fits;
+    const char* words;
+};
 
-const char* describe(Kind kind) {
-    switch (kind) {
-        case Kind::Number:
-            return "a number";
-        case Kind::Text:
-            return "text";
-        case Kind::Dictionary:
-            return "a dictionary";
-        case Kind::Array:
-            return "an array";
+Shape shapeOf(KeyType type, const Value& value) {
+    switch (type) {
+        case KeyType::Integer:
+            return {isNumeric(value), "a number"};
+        case KeyType::Dictionary:
+            return {value.isDictionary(), "a dictionary"};
+        case KeyType::Array:
+            return {value.isArray(), "an array"};
+        default:
+            return {value.isString(), "text"};
     }
-    return "";
 }
 
 /// Where a message points: the file and the path of keys so far.
@@ -94,19 +56,19 @@ struct Place {
     }
 };
 
-template <size_t Count>
-void judge(const Value& dictionary, const std::array<KeyRule, Count>& rules, const Place& place) {
-    for (const KeyRule& rule : rules) {
-        const Value& value = dictionary[rule.key];
-        if (value.isNone() && rule.required) place.at(rule.key).fail("is missing");
-        if (!value.isNone() && !fits(value, rule.kind))
-            place.at(rule.key).fail(std::string("is ") + typeName(value.type()) + ", not " +
-                                    describe(rule.kind));
+void judge(const Value& dictionary, const KeyTable& table, const Place& place) {
+    for (const Key& key : table.keys) {
+        const Place element = place.at(std::string(key.name));
+        const Value& value = dictionary[key.name];
+        if (value.isNone() && key.required) element.fail("is missing");
+        const Shape shape = shapeOf(key.type, value);
+        if (!value.isNone() && !shape.fits)
+            element.fail(std::string("is ") + typeName(value.type()) + ", not " + shape.words);
     }
 }
 
 void judgeDescription(const Value& description, const Place& place) {
-    judge(description, kDescriptionRules, place);
+    judge(description, templateDescriptionKeys, place);
     if (description.has("mediaSize") && !parseMediaSize(description.string("mediaSize")))
         place.at("mediaSize").fail("is no size such as \"720,1280\"");
     const Value::Array& inputs = description.array("userInputArray");
@@ -117,7 +79,7 @@ void judgeDescription(const Value& description, const Place& place) {
 
 QVTempletDataModel judgedRecord(const Value& record, const Place& place) {
     if (!record.isDictionary()) place.fail("is no dictionary");
-    judge(record, kRecordRules, place);
+    judge(record, catalogueRecordKeys, place);
     if (record.integer("sId") < 0) place.at("sId").fail("is negative");
     if (record.string("scenePlistPath").empty()) place.at("scenePlistPath").fail("is empty");
     judgeDescription(record["wechartTempletInfo"], place.at("wechartTempletInfo"));

@@ -1,4 +1,4 @@
-#include "app/Check/TemplateKeys.h"
+#include "app/Model/TemplateKeys.h"
 
 #include "videoRenderCore/SceneFileKeys.h"
 
@@ -46,7 +46,9 @@ constexpr Key inputKeyList[] = {
 constexpr KeyTable inputKeys{"userInputArray", "One thing that the user is asked for.", nullptr,
                              inputKeyList};
 
-constexpr Key descriptionKeyList[] = {
+}  // namespace
+
+static constexpr Key descriptionKeyList[] = {
     {.name = "PIPTempletType", .type = KeyType::Integer, .fallback = "0", .meaning = "kind of template"},
     {.name = "mediaSize",
      .type = KeyType::Vector2,
@@ -75,10 +77,10 @@ constexpr Key descriptionKeyList[] = {
      .meaning = "background music; none: bg-audio.mp3 in the template's folder, if it is there",
      .lookup = KeyLookup::Path},
 };
-constexpr KeyTable descriptionKeys{"wechartTempletInfo", "What the template asks for and makes.", nullptr,
-                                   descriptionKeyList};
+const KeyTable templateDescriptionKeys{"wechartTempletInfo", "What the template asks for and makes.", nullptr,
+                                       descriptionKeyList};
 
-constexpr Key recordKeyList[] = {
+static constexpr Key recordKeyList[] = {
     {.name = "sId",
      .type = KeyType::Integer,
      .meaning = "catalogue number, one of its own for every scene",
@@ -115,19 +117,17 @@ constexpr Key recordKeyList[] = {
     {.name = "wechartTempletInfo",
      .type = KeyType::Dictionary,
      .meaning = "inputs and video; read of the first record",
-     .children = &descriptionKeys},
+     .children = &templateDescriptionKeys},
 };
-constexpr KeyTable recordKeys{"installScenes", "A catalogue record: one scene of the template.", nullptr,
-                              recordKeyList};
-
-}  // namespace
+const KeyTable catalogueRecordKeys{"installScenes", "A catalogue record: one scene of the template.", nullptr,
+                                   recordKeyList};
 
 static constexpr Key templateFileKeyList[] = {
     {.name = "installScenes",
      .type = KeyType::Array,
      .meaning = "the catalogue records; the first is the template itself",
      .required = true,
-     .children = &recordKeys},
+     .children = &catalogueRecordKeys},
 };
 const KeyTable templateFileKeys{"Template file", "NAME/NAME.plist, the description of a template.", nullptr,
                                 templateFileKeyList};

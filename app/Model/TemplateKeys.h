@@ -6,5 +6,9 @@ namespace multiscene {
 
 /// A template's own file, NAME/NAME.plist. The keys of scene files stand beside the classes that read them.
 extern const KeyTable templateFileKeys;
+/// One record of its "installScenes".
+extern const KeyTable catalogueRecordKeys;
+/// The "wechartTempletInfo" of a record.
+extern const KeyTable templateDescriptionKeys;
 
 }  // namespace multiscene
