@@ -1,6 +1,10 @@
 #include "core/QVLightBase.h"
 
-#include "core/LightTypes.h"
+#include <array>
+
+#include "core/QVDirectionalLight.h"
+#include "core/QVPointLight.h"
+#include "core/QVSpotLight.h"
 #include "opengl2.0/Shader.h"
 #include "tween/QVTweenItem.h"
 
@@ -35,23 +39,6 @@ static constexpr Key lightKeyList[] = {
      .unit = "model units",
      .fallback = "0,0,1",
      .meaning = "position; direction of a directional light"},
-    {.name = "ambientMaterialColor",
-     .type = KeyType::Vector3,
-     .fallback = "0,0,0",
-     .meaning = "ambient colour"},
-    {.name = "diffuseMaterialColor",
-     .type = KeyType::Vector3,
-     .fallback = "0,0,0",
-     .meaning = "diffuse colour"},
-    {.name = "specularMaterialColor",
-     .type = KeyType::Vector3,
-     .fallback = "0,0,0",
-     .meaning = "specular colour"},
-    {.name = "specularShininess",
-     .type = KeyType::Number,
-     .fallback = "0",
-     .meaning = "sharpness of highlights",
-     .minimum = 0},
     {.name = "AnimationInfo",
      .type = KeyType::Array,
      .meaning = "moves of position and colour",
@@ -72,7 +59,21 @@ static constexpr Key lightKeyList[] = {
      .minimum = 0,
      .maximum = 180},
 };
-const KeyTable lightKeys{"LightSourceArray", "A light of a scene or of a node.", nullptr, lightKeyList};
+const KeyTable lightKeys{"LightSourceArray", "A light of a scene or of a node.", &lightMaterialKeys,
+                         lightKeyList};
+
+namespace {
+
+template <typename Light>
+std::shared_ptr<QVLightBase> make() {
+    return std::make_shared<Light>();
+}
+
+/// The makers by "lightSourceType"; no light has the number 0.
+constexpr std::array<std::shared_ptr<QVLightBase> (*)(), 4> lightMakers{
+    nullptr, make<QVPointLight>, make<QVDirectionalLight>, make<QVSpotLight>};
+
+}  // namespace
 
 QVLightBase::Lights QVLightBase::lightSourceArrayWithInfo(const platform::Value& info) {
     Lights lights;
@@ -83,9 +84,8 @@ QVLightBase::Lights QVLightBase::lightSourceArrayWithInfo(const platform::Value&
 
 std::shared_ptr<QVLightBase> QVLightBase::lightSourceWithDic(const platform::Value& info) {
     const int64_t type = KeyReader(lightKeys, info).integer("lightSourceType");
-    const auto maker = lightMaker(type);
-    if (!maker) return nullptr;
-    auto light = maker();
+    if (type < 1 || type >= static_cast<int64_t>(lightMakers.size())) return nullptr;
+    const auto light = lightMakers[static_cast<size_t>(type)]();
     light->lightInfoWithDic(info);
     return light;
 }
@@ -97,10 +97,7 @@ void QVLightBase::lightInfoWithDic(const platform::Value& info) {
     lightSourcePosition_ = reader.vector3("lightSourcePosition");
     if (!reader.array("AnimationInfo").empty())
         keyAnimation_ = std::make_unique<QVKeyAnimationOperators>(reader.array("AnimationInfo"), *this);
-    ambientMaterialColor_ = reader.vector3("ambientMaterialColor");
-    diffuseMaterialColor_ = reader.vector3("diffuseMaterialColor");
-    specularMaterialColor_ = reader.vector3("specularMaterialColor");
-    specularShininess_ = reader.number("specularShininess");
+    material_ = LightMaterial::materialWithDic(info);
 }
 
 void QVLightBase::updateData(const platform::CMTime& time) {
@@ -131,10 +128,10 @@ void QVLightBase::glslLightParamWithLightArray(const Lights& lights, Shader& sha
 void QVLightBase::upload(Shader& shader, const std::string& prefix) const {
     shader.setUniformStructOrArray(prefix + "useLight", static_cast<int>(lightSourceType_));
     shader.setUniformStructOrArray(prefix + "lightPosition", lightSourcePosition_);
-    shader.setUniformStructOrArray(prefix + "ambientMaterial", ambientMaterialColor_);
-    shader.setUniformStructOrArray(prefix + "diffuseMaterial", diffuseMaterialColor_);
-    shader.setUniformStructOrArray(prefix + "specularMaterial", specularMaterialColor_);
-    shader.setUniformStructOrArray(prefix + "shininess", specularShininess_);
+    shader.setUniformStructOrArray(prefix + "ambientMaterial", material_.ambientMaterialColor);
+    shader.setUniformStructOrArray(prefix + "diffuseMaterial", material_.diffuseMaterialColor);
+    shader.setUniformStructOrArray(prefix + "specularMaterial", material_.specularMaterialColor);
+    shader.setUniformStructOrArray(prefix + "shininess", material_.specularShininess);
 }
 
 }  // namespace multiscene

@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "core/KeyAnimationTarget.h"
+#include "core/LightMaterial.h"
 #include "core/QVKeyAnimationOperators.h"
-#include "other/KeyTable.h"
 #include "platform/base/CMTime.h"
 
 namespace multiscene {
@@ -39,10 +39,7 @@ class QVLightBase : public KeyAnimationTarget {
     const glm::vec3& lightSourceColor() const { return lightSourceColor_; }
     /// A position; the direction of a directional light.
     const glm::vec3& lightSourcePosition() const { return lightSourcePosition_; }
-    const glm::vec3& ambientMaterialColor() const { return ambientMaterialColor_; }
-    const glm::vec3& diffuseMaterialColor() const { return diffuseMaterialColor_; }
-    const glm::vec3& specularMaterialColor() const { return specularMaterialColor_; }
-    float specularShininess() const { return specularShininess_; }
+    const LightMaterial& material() const { return material_; }
 
   protected:
     /// Writes the light's uniforms; `prefix` is "lightSourceArray[i].".
@@ -51,8 +48,7 @@ class QVLightBase : public KeyAnimationTarget {
   private:
     LightSourceType lightSourceType_ = LightSourceType::Point;
     glm::vec3 lightSourceColor_{1}, lightSourcePosition_{0, 0, 1};
-    glm::vec3 ambientMaterialColor_{0}, diffuseMaterialColor_{0}, specularMaterialColor_{0};
-    float specularShininess_ = 0;
+    LightMaterial material_;
     std::unique_ptr<QVKeyAnimationOperators> keyAnimation_;
 };
 

@@ -1,9 +1,6 @@
 #pragma once
 
-#include <glm/glm.hpp>
-#include <string>
-
-#include "other/KeyTable.h"
+#include "core/LightMaterial.h"
 
 namespace multiscene {
 
@@ -13,8 +10,7 @@ extern const KeyTable lightAttributesKeys;
 struct QVObject3DLightAttributesModel {
     bool isEnableLight = false;
     int32_t lightSourceType = 1;
-    glm::vec3 ambientMaterialColor{0}, diffuseMaterialColor{0}, specularMaterialColor{0};
-    float specularShininess = 0;
+    LightMaterial material;
 
     static QVObject3DLightAttributesModel object3DLightAttributesModelWithDic(const platform::Value& info);
 };

@@ -1,4 +1,4 @@
-#include "core/LightTypes.h"
+#include "core/QVSpotLight.h"
 
 #include "core/Angles.h"
 #include "opengl2.0/Shader.h"
@@ -18,28 +18,6 @@ void QVSpotLight::upload(Shader& shader, const std::string& prefix) const {
     shader.setUniformStructOrArray(prefix + "spotLightExponent", spotLightExponent_);
     shader.setUniformStructOrArray(prefix + "spotLightCutOffAngle", spotLightCutOffAngle_);
     shader.setUniformStructOrArray(prefix + "spotLightDirection", spotLightDirection_);
-}
-
-namespace {
-
-template <typename Light>
-std::shared_ptr<QVLightBase> make() {
-    return std::make_shared<Light>();
-}
-
-}  // namespace
-
-LightMaker lightMaker(int64_t lightSourceType) {
-    switch (lightSourceType) {
-        case 1:
-            return make<QVPointLight>;
-        case 2:
-            return make<QVDirectionalLight>;
-        case 3:
-            return make<QVSpotLight>;
-        default:
-            return nullptr;
-    }
 }
 
 }  // namespace multiscene

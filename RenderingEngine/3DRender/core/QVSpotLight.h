@@ -1,15 +1,10 @@
-// The kinds of light. Point and directional lights differ in nothing but their number: the shader tells them
-// apart.
 #pragma once
 
 #include "core/QVLightBase.h"
 
 namespace multiscene {
 
-class QVPointLight : public QVLightBase {};
-
-class QVDirectionalLight : public QVLightBase {};
-
+/// Shines from its position into a cone.
 class QVSpotLight : public QVLightBase {
   public:
     void lightInfoWithDic(const platform::Value& info) override;
@@ -24,10 +19,5 @@ class QVSpotLight : public QVLightBase {
     glm::vec3 spotLightDirection_{0};
     float spotLightExponent_ = 0, spotLightCutOffAngle_ = 0;
 };
-
-using LightMaker = std::shared_ptr<QVLightBase> (*)();
-
-/// The maker of a "lightSourceType"; null for a number that names no light.
-LightMaker lightMaker(int64_t lightSourceType);
 
 }  // namespace multiscene
