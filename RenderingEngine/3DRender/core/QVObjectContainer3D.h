@@ -111,8 +111,15 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
 
     // Stored for scene code; nothing here tests hits.
     bool isTouching() const { return isTouching_; }
+    void setIsTouching(bool touching) { isTouching_ = touching; }  ///< until the next updateMatrix
     bool isTouchDown() const { return isTouchDown_; }
+    void setIsTouchDown(bool down) { isTouchDown_ = down; }
+    const glm::vec2& touchDownPosition() const { return touchDownPosition_; }
+    void setTouchDownPosition(const glm::vec2& position) { touchDownPosition_ = position; }
     bool isHitTestRect() const { return isHitTestRect_; }
+    void setIsHitTestRect(bool isRect) { isHitTestRect_ = isRect; }
+    const glm::vec4& hitTestRect() const { return hitTestRect_; }  ///< x, y, width, height
+    void setHitTestRect(const glm::vec4& rect) { hitTestRect_ = rect; }
     float hitTestCircleRadius() const { return hitTestCircleRadius_; }
     void setHitTestCircleRadius(float radius) { hitTestCircleRadius_ = radius; }
     bool isCastShadow() const { return isCastShadow_; }
@@ -142,6 +149,8 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
     bool isSceneTransformDirty_ = true, isInverseSceneTrransformDirty_ = true, isScenePositionDirty_ = true,
          isprojTransformDirty_ = true, isProjPositionDirty_ = true;
     bool isTouching_ = false, isTouchDown_ = false, isHitTestRect_ = false;
+    glm::vec2 touchDownPosition_{0};
+    glm::vec4 hitTestRect_{0};
     float hitTestCircleRadius_ = 0;
     float sceneAlpha_ = 1;
     bool isCastShadow_ = true, isLightEnable_ = false, isRenderFinishNeedRemove_ = false;
