@@ -188,6 +188,9 @@ void KeyJudge::known(const Key& key, const Value& value, const std::string& keyP
         case KeyType::Choice:
             judgeChoice(key, value.stringValue(), keyPath);
             break;
+        case KeyType::TextArray:
+            judgeRange(key, static_cast<double>(value.array().size()), keyPath);
+            break;
         default:
             break;
     }

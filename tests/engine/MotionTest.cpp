@@ -57,6 +57,17 @@ TEST_F(MotionTest, AnItemThatStartsWhereItsPredecessorEndsNeverMoves) {
     EXPECT_EQ(stalled->currentTransformIndex(), 0);
 }
 
+TEST_F(MotionTest, ARepeatedFrameStartsAndEndsNoItemTwice) {
+    auto node = group(moving({item(0, 10, "0,0,0", "10,0,0"), item(10, 20, "100,0,0", "200,0,0")}));
+    step(*node, 0);
+    step(*node, 0);
+    EXPECT_EQ(QVTween::items().size(), 1u);
+    for (int64_t number = 1; number <= 10; ++number) step(*node, number);
+    step(*node, 10);
+    EXPECT_TRUE(QVTween::items().empty());
+    EXPECT_EQ(node->currentTransformIndex(), 1);
+}
+
 TEST_F(MotionTest, MissingStartsContinueAndStillPlacementsAreSet) {
     auto node = group(moving({dictionary({{"sartFps", 0},
                                           {"endFps", 2},
@@ -81,11 +92,17 @@ TEST_F(MotionTest, TheTextureFollowsTheRotationsEase) {
                                           {"startTextureSize", "1,1"},
                                           {"endTextureSize", "0.5,0.5"},
                                           {"startTextureOrigin", "0,0"},
+                                          {"endTextureOrigin", "0.5,0.25"}}),
+                              dictionary({{"sartFps", 5},
+                                          {"endFps", 9},
+                                          {"startTextureOrigin", "0,0"},
                                           {"endTextureOrigin", "0.5,0.25"}})}));
     for (int64_t number = 0; number <= 2; ++number) step(*node, number);
     EXPECT_FLOAT_EQ(node->textureMatrix()[3][0], 0.5f * 0.25f);
     EXPECT_FLOAT_EQ(node->textureMatrix()[0][0], 1 - 0.5f * 0.25f);
     EXPECT_NEAR(node->rotationZ(), 22.5f, 1e-3);
+    for (int64_t number = 3; number <= 7; ++number) step(*node, number);
+    EXPECT_FLOAT_EQ(node->textureMatrix()[3][0], 0.25f) << "linear where the item does not rotate";
 }
 
 TEST_F(MotionTest, MutableItemsComposeInOrderAndHoldNothing) {
@@ -155,6 +172,44 @@ TEST_F(MotionTest, PathsDriveAxesAndEases) {
     EXPECT_EQ(node->mutableTransform()[3].z, 0);
 }
 
+/// The curve as a polynomial, not by the reduction that the engine uses.
+glm::dvec2 cubicAt(const std::array<glm::dvec2, 4>& points, double t) {
+    const double u = 1 - t;
+    return u * u * u * points[0] + 3 * u * u * t * points[1] + 3 * u * t * t * points[2] +
+           t * t * t * points[3];
+}
+
+TEST_F(MotionTest, CurvesGiveTheirPolynomialsValuesAtTheEasedTime) {
+    const std::array<glm::dvec2, 4> road{{{-300, 40}, {-100, 900}, {250, -600}, {320, 10}}};
+    const std::array<glm::dvec2, 4> bounce{{{0, 0}, {0.1, 0.9}, {0.4, 1.2}, {1, 1}}};
+    const auto curve = [](const char* name, int axes, platform::Value::Array points) {
+        return dictionary({{"bezierIdentifier", name},
+                           {"interpolationTotal", 40},
+                           {"controlPoints", array(std::move(points))},
+                           {"interpolationXYZ", axes}});
+    };
+    auto node = group(
+        dictionary({{"BezierArray", array({curve("30001", 31, {"-300,40", "-100,900", "250,-600", "320,10"}),
+                                           curve("30002", 21, {"0,0", "0.1,0.9", "0.4,1.2", "1,1"})})},
+                    {"TransformArray", array({dictionary({{"sartFps", 0},
+                                                          {"endFps", 8},
+                                                          {"translateEase", 1},
+                                                          {"startTranslate", "0,0,0"},
+                                                          {"endTranslate", "30001,64,30001"},
+                                                          {"startScale", "1,1,1"},
+                                                          {"endScale", "3,3,3"},
+                                                          {"scaleEase", 30002}})})}}));
+    for (int64_t number = 0; number < 8; ++number) {
+        step(*node, number);
+        const double progress = static_cast<double>(number) / 8;
+        const glm::dvec2 place = cubicAt(road, std::floor(progress * progress * 40) / 40);
+        EXPECT_NEAR(node->x(), place.x, 1e-3) << number;
+        EXPECT_NEAR(node->y(), 64 * progress * progress, 1e-4) << number;
+        EXPECT_NEAR(node->z(), place.y, 1e-3) << number;
+        EXPECT_NEAR(node->scaleX(), 1 + 2 * cubicAt(bounce, progress).y, 1e-5) << number;
+    }
+}
+
 TEST(ZBBezierModel, SamplesStopShortOfTheEndAndAreFoundByIndex) {
     auto model = ZBBezierModel::bezierWithInterpolationTotal(4);
     model.setInterpolationXYZ(12);
@@ -168,6 +223,20 @@ TEST(ZBBezierModel, SamplesStopShortOfTheEndAndAreFoundByIndex) {
     hostile.computeBezierWithControlPoints({"7", "", "1,1"});
     EXPECT_EQ(hostile.recordAtTime(0), (ZBBezierModel::Record{}));
     EXPECT_EQ(ZBBezierModel::bezierWithInterpolationTotal(-5).recordAtTime(0), (ZBBezierModel::Record{}));
+}
+
+TEST_F(MotionTest, ACurveWithoutPointsOrSamplesIsNone) {
+    auto node = group(
+        dictionary({{"BezierArray",
+                     array({dictionary({{"bezierIdentifier", "30001"}, {"interpolationTotal", 4}}),
+                            dictionary({{"bezierIdentifier", "30002"}, {"controlPoints", array({"1,1"})}}),
+                            dictionary({{"bezierIdentifier", "30003"},
+                                        {"interpolationTotal", 1},
+                                        {"interpolationXYZ", 21},
+                                        {"controlPoints", array({"5,6"})}})})}}));
+    EXPECT_EQ(QVTweenItem::easeValueWithEase(30001, 0.25f, node.get()), 0.25f);
+    EXPECT_EQ(QVTweenItem::easeValueWithEase(30002, 0.25f, node.get()), 0.25f);
+    EXPECT_EQ(QVTweenItem::easeValueWithEase(30003, 0.25f, node.get()), 6);
 }
 
 TEST_F(MotionTest, KillingTakesOnlyTheObjectsOwnTweens) {

@@ -1,6 +1,7 @@
 #include "core/QVObject3DTransformBase.h"
 
 #include <memory>
+#include <utility>
 
 #include "core/NodeTypes.h"
 #include "core/SceneNodes.h"
@@ -24,7 +25,9 @@ static constexpr Key bezierKeyList[] = {
     {.name = "controlPoints",
      .type = KeyType::TextArray,
      .meaning = "control points \"a,b\" in curve order",
-     .required = true},
+     .required = true,
+     .minimum = 1,
+     .maximum = ZBBezierModel::maxControlPoints},
     {.name = "interpolationXYZ",
      .type = KeyType::Integer,
      .fallback = "0",
@@ -99,10 +102,8 @@ void QVObject3DTransformBase::transformInfoWithDic(const platform::Value& item) 
     const auto read = [&](Channel& channel, const char* startKey, const char* endKey, const char* easeKey,
                           const glm::vec3& current) {
         channel.isAnimation = reader.has(endKey);
-        if (channel.isAnimation) {
-            channel.end = reader.vector3(endKey);
-            channel.ease = reader.int32(easeKey);
-        }
+        if (channel.isAnimation) channel.end = reader.vector3(endKey);
+        channel.ease = channel.isAnimation ? reader.int32(easeKey) : 0;
         channel.start = reader.has(startKey) ? reader.vector3(startKey) : current;
     };
     read(translate_, "startTranslate", "endTranslate", "translateEase", {x(), y(), z()});
@@ -116,6 +117,8 @@ void QVObject3DTransformBase::transformInfoWithDic(const platform::Value& item) 
 }
 
 void QVObject3DTransformBase::stepTransformArray(int64_t frame) {
+    // The last turn of a video that ran dry repeats a frame number: no item starts or ends twice.
+    if (frame == std::exchange(lastSteppedFrame_, frame)) return;
     // The start wins: an item that ends where it starts never ends, and the list stops there.
     if (frame == currentTransformSartFps_) {
         addTweenOrRefushTransform();
@@ -168,7 +171,7 @@ void QVObject3DTransformBase::addBezierArray(const platform::Value::Array& paths
 BezierSample QVObject3DTransformBase::bezierResultWithTime(float time,
                                                            const std::string& bezierIdentifier) const {
     const auto found = translateBezier_.find(bezierIdentifier);
-    if (found == translateBezier_.end()) return {};
+    if (found == translateBezier_.end() || found->second.interpolationTotal() == 0) return {};
     return {found->second.recordAtTime(time), found->second.interpolationXYZ(), true};
 }
 

@@ -74,6 +74,7 @@ class QVObject3DTransformBase : public QVObject3DFpsBase {
     int64_t currentTransformIndex_ = 0;
     int64_t currentTransformSartFps_ = 0, currentTransformEndFps_ = 0;
     int64_t nextTransformSartFps_ = INT64_MAX;
+    int64_t lastSteppedFrame_ = -1;
     Channel translate_, scale_{.start = glm::vec3(1)}, rotate_;
     TextureChannel texture_;
     glm::mat4 textureMatrix_{1};

@@ -46,6 +46,7 @@ struct Key {
     std::string_view meaning = {};
     KeyLookup lookup = KeyLookup::Plain;
     bool required = false;
+    /// Of a number, of each component of a vector, or of the number of texts in an array.
     double minimum = -std::numeric_limits<double>::infinity();
     double maximum = std::numeric_limits<double>::infinity();
     std::span<const std::string_view> choices = {};

@@ -1,8 +1,8 @@
 #pragma once
 
-#include <cstdint>
 #include <string>
 
+#include "platform/base/Value.h"
 #include "tween/TweenTarget.h"
 
 namespace multiscene {
@@ -14,8 +14,10 @@ inline bool namesMotionPath(float endValue) { return endValue >= firstMotionPath
 
 /// The coordinate (slot 0 x, 1 y, 2 z) of the path that `name` spells as a whole number, at `time`.
 inline float motionPathCoordinate(const TweenTarget& target, float name, int slot, float time) {
-    const std::string identifier = std::to_string(static_cast<int64_t>(name));
-    return static_cast<float>(target.bezierResultWithTime(time, identifier).slots[static_cast<size_t>(slot)]);
+    // Names that no 32-bit number can hold saturate.
+    const int32_t number = platform::Value(static_cast<double>(name)).intValue();
+    const BezierSample sample = target.bezierResultWithTime(time, std::to_string(number));
+    return static_cast<float>(sample.slots[static_cast<size_t>(slot)]);
 }
 
 }  // namespace multiscene

@@ -41,6 +41,7 @@ class QVTweenItem {
     virtual bool isObjectTween() const { return true; }
     const std::string& itmeName() const { return itmeName_; }
     void setItmeName(const std::string& name) { itmeName_ = name; }
+    /// The blocks run within the step of all tweens: they may start tweens but not kill any.
     void setProgressBlock(ProgressBlock block) { progressBlock_ = std::move(block); }
     void setFinishBlock(FinishBlock block) { finishBlock_ = std::move(block); }
     bool isComplete() const { return isComplete_; }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
 
 #include "platform/base/Value.h"
 
@@ -23,7 +24,7 @@ struct Coordinates {
     std::vector<double> first, second;
 };
 
-Coordinates parsed(const std::vector<std::string>& controlPoints) {
+Coordinates parsed(std::span<const std::string> controlPoints) {
     Coordinates coordinates;
     for (const std::string& point : controlPoints) {
         const size_t comma = point.find(',');
@@ -48,8 +49,9 @@ ZBBezierModel ZBBezierModel::bezierWithInterpolationTotal(int64_t interpolationT
 }
 
 void ZBBezierModel::computeBezierWithControlPoints(const std::vector<std::string>& controlPoints) {
-    if (controlPoints.empty()) return;
-    const Coordinates coordinates = parsed(controlPoints);
+    if (controlPoints.empty()) return bezierResult_.clear();
+    const Coordinates coordinates =
+        parsed(std::span(controlPoints).first(std::min(controlPoints.size(), maxControlPoints)));
     const auto total = static_cast<double>(bezierResult_.size());
     for (size_t i = 0; i < bezierResult_.size(); ++i) {
         // Single precision on purpose: the samples of existing templates were placed with it.

@@ -19,6 +19,8 @@ class ZBBezierModel {
     /// `interpolationTotal`: the number of samples, at least 0 and at most maxInterpolationTotal.
     static ZBBezierModel bezierWithInterpolationTotal(int64_t interpolationTotal);
     static constexpr int64_t maxInterpolationTotal = 100'000;
+    /// Further points are left out: the work grows with the square of their number.
+    static constexpr size_t maxControlPoints = 100;
 
     /// Two-digit slot code: the units digit (1 x, 2 y, 3 z) receives a curve's first coordinate, the tens
     /// digit its second. Set it before computing; digits that name no slot are ignored.
@@ -28,7 +30,7 @@ class ZBBezierModel {
     const std::vector<Record>& bezierResult() const { return bezierResult_; }
 
     /// Fills the table from control points "a,b" in curve order. A point with one piece or none counts as
-    /// 0,0.
+    /// 0,0; a curve without points has no samples.
     void computeBezierWithControlPoints(const std::vector<std::string>& controlPoints);
 
     /// The record at `time` by index, not by coordinate; a time outside 0 to 1 gives the last one. An empty
