@@ -1,0 +1,195 @@
+#include <epoxy/gl.h>
+
+#include "DrawableFixture.h"
+#include "core/QVLightBase.h"
+
+namespace multiscene::testing {
+
+class LightTest : public DrawableFixture {
+  protected:
+    /// A light grey wall over the whole picture with lights of its own.
+    void addWall(Value::Array lights, bool isLit = true) {
+        add(dictionary(
+            {{"type", "QVPlaneObject3D"},
+             {"TextureInfo", dictionary({{"textureType", "image"},
+                                         {"texture", picture("wall.png", {{200, 200, 200, 255}})}})},
+             {"MeshInfo", dictionary({{"modelWidth", side}, {"modelHeight", side}})},
+             {"FpsInfo", dictionary({{"isLightEnable", isLit}})},
+             {"LightSourceArray", Value(std::move(lights))}}));
+    }
+
+    /// A uniform of the program that drew last.
+    static glm::vec3 uniform(const std::string& name) {
+        glm::vec3 value(-1);
+        glGetUniformfv(program(), location(name), &value.x);
+        return value;
+    }
+    static int intUniform(const std::string& name) {
+        GLint value = -1;
+        glGetUniformiv(program(), location(name), &value);
+        return value;
+    }
+
+  private:
+    static GLuint program() {
+        GLint current = 0;
+        glGetIntegerv(GL_CURRENT_PROGRAM, &current);
+        return GLuint(current);
+    }
+    static GLint location(const std::string& name) {
+        const GLint found = glGetUniformLocation(program(), name.c_str());
+        EXPECT_GE(found, 0) << name;
+        return found;
+    }
+};
+
+TEST_F(LightTest, MovingLightsReachTheShaderInTheirOrder) {
+    const Value spot =
+        dictionary({{"lightSourceType", 3},
+                    {"spotLightCutOffAngle", 30},
+                    {"spotLightExponent", 2},
+                    {"spotLightDirection", "0,0,-1"},
+                    {"ambientMaterialColor", "0.1,0.2,0.3"},
+                    {"specularShininess", 9},
+                    {"AnimationInfo", array({dictionary({{"sartFps", 0},
+                                                         {"endFps", 10},
+                                                         {"ease", 4},
+                                                         {"positionEase", 1},
+                                                         {"startLightSourcePosition", "0,0,10"},
+                                                         {"endLightSourcePosition", "20,-40,10"},
+                                                         {"startLightSourceColor", "0,0,0"}})})}});
+    const Value point = dictionary({{"lightSourceType", 1}, {"spotLightExponent", 7}});
+    addWall({dictionary({{"lightSourceType", 0}}), spot, dictionary({{"lightSourceType", 4}}), point});
+    draw(0);
+    EXPECT_EQ(uniform("lightSourceArray[0].lightPosition"), glm::vec3(0, 0, 10));
+    draw(5);
+    EXPECT_EQ(uniform("lightSourceArray[0].lightPosition"), glm::vec3(5, -10, 10)) << "a quarter of the way";
+    EXPECT_EQ(intUniform("lightEnable"), 1);
+    EXPECT_EQ(intUniform("lightSourceNumber"), 2);
+    EXPECT_EQ(intUniform("lightSourceArray[0].useLight"), 3);
+    EXPECT_EQ(uniform("lightSourceArray[0].ambientMaterial"), glm::vec3(0.1f, 0.2f, 0.3f));
+    EXPECT_EQ(uniform("lightSourceArray[0].shininess").x, 9);
+    EXPECT_EQ(uniform("lightSourceArray[0].spotLightCutOffAngle").x, float(30 * 0.0174533));
+    EXPECT_EQ(uniform("lightSourceArray[0].spotLightExponent").x, 2);
+    EXPECT_EQ(uniform("lightSourceArray[0].spotLightDirection"), glm::vec3(0, 0, -1));
+    EXPECT_EQ(intUniform("lightSourceArray[1].useLight"), 1);
+    EXPECT_EQ(uniform("lightSourceArray[1].lightPosition"), glm::vec3(0, 0, 1));
+    EXPECT_EQ(uniform("lightSourceArray[1].spotLightExponent").x, 0) << "a point light has no cone";
+    EXPECT_EQ(scene->getChildAt(1)->ligthArray()[0]->lightSourceColor(), glm::vec3(1))
+        << "one end is missing";
+
+    newScene();
+    addWall({dictionary({{"lightSourceType", 1}, {"lightSourcePosition", "1,2,3"}})}, false);
+    draw(0);
+    EXPECT_EQ(intUniform("lightEnable"), 0);
+    EXPECT_EQ(intUniform("lightSourceNumber"), 0);
+    EXPECT_EQ(uniform("lightSourceArray[0].lightPosition"), glm::vec3(5, -10, 10)) << "left as it was";
+    EXPECT_TRUE(isNear(at(32, 32), {200, 200, 200, 255}));
+}
+
+TEST_F(LightTest, TheWallDarkensAsTheLightTurnsAway) {
+    addWall({dictionary(
+        {{"lightSourceType", 2},
+         {"ambientMaterialColor", "0.1,0.1,0.1"},
+         {"diffuseMaterialColor", "0.8,0.4,0"},
+         {"AnimationInfo", keys("startLightSourcePosition", "0,0,1", "endLightSourcePosition", "1,0,0")}})});
+    const auto lit = [](double facing) {
+        const auto level = [&](double diffuse) { return uint8_t(200 * (0.1 + diffuse * facing) + 0.5); };
+        return Pixel{level(0.8), level(0.4), level(0), 255};
+    };
+    draw(0);
+    EXPECT_TRUE(isNear(at(32, 32), lit(1), 2));
+    draw(5);
+    EXPECT_TRUE(isNear(at(32, 32), lit(std::sqrt(0.5)), 2));
+    draw(10);
+    EXPECT_TRUE(isNear(at(32, 32), lit(0), 2));
+}
+
+TEST_F(LightTest, ASpotLightEndsAtItsCone) {
+    addWall({dictionary({{"lightSourceType", 3},
+                         {"lightSourcePosition", "0,0,40"},
+                         {"spotLightDirection", "0,0,-1"},
+                         {"spotLightCutOffAngle", 20},
+                         {"diffuseMaterialColor", "1,1,1"}})});
+    draw(0);
+    const int edge = int(40 * std::tan(20 * std::acos(-1) / 180));  // 14 pixels from the middle
+    EXPECT_GT(at(32 + edge - 2, 32)[0], 150);
+    EXPECT_TRUE(isNear(at(32 + edge + 3, 32), kBlack));
+}
+
+/// A camera 32 units before the picture's plane that sees 64 units of it: one unit a pixel, y upwards.
+class CameraTest : public DrawableFixture {
+  protected:
+    /// Where the marker at (x, y) is seen at frames 0, 5 and 10 of a move, in pixels from the upper left.
+    std::vector<glm::vec2> seen(float x, float y, Dictionary move) {
+        newScene();
+        move.insert({{"sartFps", 0},
+                     {"endFps", 10},
+                     {"isMoveCameraPosition", true},
+                     {"startMoveCameraPosition", "0,0,32"},
+                     {"endMoveCameraPosition", "0,0,32"}});
+        scene->setCamera(QVCamera3D::cameraWithInfo(dictionary({{"type", "QVFrustumCamera"},
+                                                                {"FrustumFov", 90},
+                                                                {"aspect", 1},
+                                                                {"LookAtAnimation", array({Value(move)})}}),
+                                                    scene));
+        Dictionary marker = quad("QVQuadObject3D", picture("red.png", {kRed}), 4, 4);
+        marker["TransformArray"] = array({dictionary(
+            {{"startTranslate", std::to_string(x) + "," + std::to_string(y) + ",0"}, {"endFps", 99}})});
+        add(Value(marker));
+        std::vector<glm::vec2> places;
+        for (int64_t number = 0; number <= 10; ++number) {
+            draw(number, kBlack);
+            if (number % 5 == 0) places.push_back(centreOfRed());
+        }
+        return places;
+    }
+
+    glm::vec2 centreOfRed() const {
+        glm::vec2 sum(0);
+        int count = 0;
+        for (int row = 0; row < side; ++row)
+            for (int column = 0; column < side; ++column)
+                if (at(column, row)[0] > 128) {
+                    sum += glm::vec2(column, row) + 0.5f;
+                    ++count;
+                }
+        return sum / float(count);
+    }
+
+    static void expectNear(const std::vector<glm::vec2>& places, const std::vector<glm::vec2>& expected) {
+        ASSERT_EQ(places.size(), expected.size());
+        for (size_t i = 0; i < places.size(); ++i)
+            EXPECT_LT(glm::distance(places[i], expected[i]), 0.8f)
+                << i << ": " << places[i].x << "," << places[i].y;
+    }
+
+    /// The turn that moves the middle of the view by half of its half: 16 of 32 pixels.
+    const double turn = std::atan(0.5) * 180 / std::acos(-1);
+    /// By how much half of that turn moves it.
+    const float halfTurn = float(32 * std::tan(std::atan(0.5) / 2));
+};
+
+TEST_F(CameraTest, TheEyeMovesSideways) {
+    expectNear(seen(8, 0, {{"endMoveCameraPosition", "16,-8,32"}}), {{40, 32}, {32, 28}, {24, 24}});
+}
+
+TEST_F(CameraTest, TheViewTurnsToATargetWithItsOwnEase) {
+    // What is looked at is in the middle; the ease has covered a quarter of the way at frame 5.
+    expectNear(
+        seen(0, 0, {{"isMoveTargetPoint", true}, {"moveTargetPointEase", 1}, {"endTargetPoint", "16,0,0"}}),
+        {{32, 32}, {28, 32}, {16, 32}});
+}
+
+TEST_F(CameraTest, TurnsAboutTheThreeAxes) {
+    const auto about = [](const std::string& axis, double degrees) {
+        return Dictionary{{"isRotateFrom" + axis, true}, {"endRotateFrom" + axis, degrees}};
+    };
+    // To the left, so that the marker goes right; up, so that it goes down; the up vector to the right.
+    expectNear(seen(0, 0, about("UpVector", turn)), {{32, 32}, {32 + halfTurn, 32}, {48, 32}});
+    expectNear(seen(0, 0, about("RightVector", turn)), {{32, 32}, {32, 32 + halfTurn}, {32, 48}});
+    const float diagonal = 16 * std::sqrt(0.5f);
+    expectNear(seen(16, 0, about("TargetVector", 90)), {{48, 32}, {32 + diagonal, 32 - diagonal}, {32, 16}});
+}
+
+}  // namespace multiscene::testing
