@@ -36,6 +36,11 @@ TEST(Ease, ValuesAndIds) {
     EXPECT_FLOAT_EQ(easeFunction(12)(0.25f), 0.015625f);
     EXPECT_FLOAT_EQ(easeFunction(21)(0.25f), static_cast<float>(0.5 * std::pow(2, -5)));
     EXPECT_NEAR(easeFunction(24)(0.5f), 0.5f, 1e-6);
+    const std::pair<int, double> halfway[] = {{8, 15.0 / 16},           {11, 31.0 / 32},
+                                              {13, 1 - std::sqrt(0.5)}, {16, 1 - std::sqrt(0.75)},
+                                              {19, 1.0 / 32},           {22, -std::sqrt(0.5) / 32},
+                                              {25, 1.0 / 8 - 1.0 / 2},  {28, 1 - 0.71875}};
+    for (const auto& [id, value] : halfway) EXPECT_NEAR(easeFunction(id)(0.5f), value, 1e-6) << id;
     EXPECT_NEAR(easeFunction(29)(0.5f), 0.71875f, 1e-6);
     for (float p = 0; p <= 1; p += 0.125f) {
         EXPECT_EQ(easeFunction(9)(p), easeFunction(3)(p));

@@ -182,32 +182,6 @@ TEST_F(QuadTest, MaskShowsWhereItIsBrightWhateverLiesBehindIt) {
     EXPECT_TRUE(isNear(at(30, 56), kBlue));
 }
 
-TEST_F(QuadTest, NestedTargetsHoldWhatTheirNodesDraw) {
-    const auto drawnInto = [](const char* key, Value::Array children) {
-        return dictionary(
-            {{"type", "QVObject3DTransformBase"},
-             {"FpsInfo",
-              dictionary({{"isRenderToTexture", true}, {"textureSize", "64,64"}, {"textureMapKey", key}})},
-             {"childNode", array(std::move(children))}});
-    };
-    const auto show = [&](const char* key, double centre) {
-        Dictionary info = quad("QVQuadObject3D", "");
-        info["TextureInfo"] = dictionary({{"textureType", "RTTTexture"}, {"textureMapKey", key}});
-        info["QuadInfo"] = dictionary({{"modelWidth", 32}, {"modelHeight", side}, {"anchorX", centre}});
-        add(info);
-    };
-    add(drawnInto("outer",
-                  {drawnInto("inner", {Value(quad("QVQuadObject3D", picture("green.png", {kGreen})))}),
-                   Value(quad("QVQuadObject3D", picture("red.png", {kRed}), 32, 32))}));
-    show("inner", -16);
-    show("outer", 16);
-    draw(0, kBlack);
-    EXPECT_TRUE(isNear(at(2, 2), kGreen));
-    EXPECT_TRUE(isNear(at(30, 32), kGreen));
-    EXPECT_TRUE(isNear(at(48, 32), kRed)) << "drawn after the inner target was closed";
-    EXPECT_TRUE(isNear(at(34, 2), kBlack)) << "of the outer target the rest is clear";
-}
-
 TEST_F(QuadTest, MissingMaskDrawsNothingAndIsReported) {
     Dictionary info = quad("QVQuadMaskObject3D", picture("red.png", {kRed}));
     info["MaskInfo"] = dictionary({{"textureType", "image"}, {"texture", Value(path("none.png"))}});
