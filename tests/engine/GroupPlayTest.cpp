@@ -96,6 +96,23 @@ TEST_F(GroupPlay, OverlayIsDrawnOverTheSceneAndOutlivesIt) {
     expectShown(9, blue, blue);
 }
 
+TEST_F(GroupPlay, TransitionTakesThePlaceOfARunningOverlay) {
+    addScene(1, 5);
+    addScene(2, 5);
+    addScene(3, 3);
+    addScene(8, testing::crossFade(side, side, 1));
+    addScene(9, 100, {patch("0,1,0,1")});
+    play(1, transition(9, 2, 1));
+    play(2, transition(8, 2, 0));
+    play(3);
+    create(pixelSink());
+    recordFrames();
+    run();
+    EXPECT_EQ(summary(), "0:c1 x4, 2:c1+t9 x2, 2:c2+t9 x4, 1:c2+n3+t8 x2, 0:c3 x2");
+    EXPECT_EQ(completions_, 1);
+    EXPECT_EQ(liveObjects(), 0);
+}
+
 TEST_F(GroupPlay, FollowingSceneIsBuiltAfterTheFirstFrame) {
     addScene(1, 5);
     addScene(2, 5);
