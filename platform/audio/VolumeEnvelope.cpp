@@ -19,15 +19,17 @@ float VolumeEnvelope::Entry::volumeAtFrame(int64_t frame) const {
 }
 
 void VolumeEnvelope::setVolume(float volume, int64_t hundredths) {
-    const int64_t frame = hundredths * kFramesPerHundredth;
-    entries_.push_back({volume, volume, frame, frame});
+    add(volume, volume, hundredths, hundredths);
 }
 
 void VolumeEnvelope::addRamp(float startVolume, float endVolume, int64_t startHundredths,
                              int64_t endHundredths) {
-    if (endHundredths <= startHundredths) return;
-    entries_.push_back(
-        {startVolume, endVolume, startHundredths * kFramesPerHundredth, endHundredths * kFramesPerHundredth});
+    if (endHundredths > startHundredths) add(startVolume, endVolume, startHundredths, endHundredths);
+}
+
+void VolumeEnvelope::add(float startVolume, float endVolume, int64_t startHundredths, int64_t endHundredths) {
+    entries_.push_back({std::max(startVolume, 0.0f), std::max(endVolume, 0.0f),
+                        startHundredths * kFramesPerHundredth, endHundredths * kFramesPerHundredth});
 }
 
 float VolumeEnvelope::volumeAtFrame(int64_t frame) const {

@@ -9,7 +9,7 @@ namespace platform {
 /// Times are whole hundredths of a second (441 sample frames each). Before the first set point the volume
 /// is 1. A set point is a step: its volume holds until the next one. Inside a ramp's range the ramp rules,
 /// whatever points lie in it; after its end its last volume holds. Of two entries for the same time the later
-/// added wins.
+/// added wins. A volume below 0 is silence.
 class VolumeEnvelope {
   public:
     void setVolume(float volume, int64_t hundredths);
@@ -29,6 +29,7 @@ class VolumeEnvelope {
         int64_t startFrame, endFrame;  ///< equal for a set point
         float volumeAtFrame(int64_t frame) const;
     };
+    void add(float startVolume, float endVolume, int64_t startHundredths, int64_t endHundredths);
     const Entry* entryAtFrame(int64_t frame) const;
     int64_t nextChangeAfterFrame(int64_t frame) const;
 

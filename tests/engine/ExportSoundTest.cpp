@@ -124,6 +124,13 @@ TEST_F(ExportSoundTest, EffectPlaysToItsEndAndDucksTheMusicInItsWindow) {
     EXPECT_NE(skipped[0].what.find("longer than its window"), std::string::npos);
 }
 
+TEST_F(ExportSoundTest, WindowsWithoutLengthAndVolumesBeyondTheRangeStayHarmless) {
+    EXPECT_NEAR(hear({effect(1, 0.2, 25, 25)}, 25, 4)[150], 0.2, 0.001);
+    const auto drowned = hear({music(4), effect(0.1, 3, 25, 50)}, 25, 4);
+    EXPECT_NEAR(drowned[99], 1, 0.001);
+    EXPECT_NEAR(drowned[150], 0, 0.001) << "not upside down";
+}
+
 TEST_F(ExportSoundTest, MusicFadesOnlyAfterTheLastRegisteredEffect) {
     // The effect ends at 9 s of 12, so the fade begins there; the film's own fade is divided out.
     const auto heard = hear({music(12), effect(0.1, 0.5, 200, 225)}, 25, 12);

@@ -53,6 +53,14 @@ class Export : public testing::PlayFixture {
     platform::VideoInfo probe(const std::string& path) const {
         return platform::probeVideo(open(path), path);
     }
+    /// The sound of a film, one level a hundredth of a second.
+    std::vector<float> levelsOf(const std::string& path) const {
+        const platform::AudioFile sound(open(path), path);
+        platform::AudioFile::Reader reader(sound);
+        std::vector<float> levels, block(441 * platform::kAudioChannels);
+        while (reader.read(block.data(), 441) == 441) levels.push_back(block[0]);
+        return levels;
+    }
     Value music(double seconds) const {
         return Value(Dictionary{{"type", "bgAudio"},
                                 {"audioPath", testing::writeLevel(folder_ / "music.wav", seconds, 0.5)},
@@ -113,24 +121,32 @@ TEST_F(Export, JoinedFilmHoldsAllFramesAndTheSound) {
     EXPECT_EQ(listener_->ends(), 1);
 }
 
-TEST_F(Export, SoundEffectsStartAtTheFrameOfTheGroup) {
-    create(nullptr);
-    const auto sink = exporter();
-    addScene(1, 3);
+TEST_F(Export, SoundEffectsOfLaterScenesDuckTheMusicAtTheFramesOfTheGroup) {
+    // A silent effect, so that only the music is heard, in frames 5 to 15 of a scene that starts at frame 10.
+    const Value effect(Dictionary{{"type", "QVObject3DSoundSourceComponent"},
+                                  {"startFps", 5},
+                                  {"endFps", 15},
+                                  {"audioFilePath", testing::writeLevel(folder_ / "hush.wav", 0.2, 0)},
+                                  {"audioVolume", 0.6},
+                                  {"audioKey", "hush"}});
+    addScene(1, 9);
+    addScene(2, 25, {patch("1,0,0,1", {}, {{"ComponentsInfo", Value(Value::Array{effect})}})});
     play(1);
+    play(2);
+    const auto sink = exporter();
+    sink->addAudioTrackWithInfo(music(4));
     createExport(sink);
-    driver_->setFrameSampleBlock([&](int64_t frame) {
-        if (frame == 2)
-            driver_->startSoundEffect(
-                Value(Dictionary{{"type", "audio"}, {"fpsStart", 10}, {"fpsEnd", 40}, {"volume", 0.5}}));
-    });
     start();
     pumpUntil([&] { return listener_->ends() > 0; });
-    ASSERT_EQ(sink->audioTrackArray().size(), 1u);
-    EXPECT_EQ(sink->audioTrackArray()[0].integer("fpsStart"), 2);
-    EXPECT_EQ(sink->audioTrackArray()[0].integer("fpsEnd"), 32);
-    // The entry names no file, so the silent film is what there is.
-    EXPECT_EQ(listener_->path, film());
+    ASSERT_EQ(listener_->finished, 1) << listener_->error;
+    ASSERT_EQ(sink->audioTrackArray().size(), 2u);
+    EXPECT_EQ(sink->audioTrackArray()[1].integer("fpsStart"), 15);
+    EXPECT_EQ(sink->audioTrackArray()[1].integer("fpsEnd"), 25);
+    const auto heard = levelsOf(listener_->path);
+    ASSERT_GT(heard.size(), 130u);
+    for (const size_t before : {30u, 58u}) EXPECT_NEAR(heard[before], 0.5, 0.02) << before;
+    for (const size_t inside : {62u, 80u, 98u}) EXPECT_NEAR(heard[inside], 0.2, 0.02) << inside;
+    for (const size_t after : {102u, 130u}) EXPECT_NEAR(heard[after], 0.5, 0.02) << after;
 }
 
 TEST_F(Export, FilmTooShortForItsMixStaysSilentWithoutACall) {

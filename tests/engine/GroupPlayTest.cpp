@@ -10,9 +10,11 @@ namespace {
 
 using testing::clock;
 using testing::Dictionary;
+using testing::flatScene;
 using testing::isNear;
 using testing::patch;
 using testing::Pixel;
+using testing::texturedQuad;
 using testing::transition;
 using testing::Value;
 
@@ -195,6 +197,46 @@ TEST_F(GroupPlay, PicturesOfSelectedFramesOnlyTopRowFirst) {
     expectShown(0, veil, {255, 0, 0, 255});
     expectShown(4, veil, {255, 0, 0, 255});
     expectShown(8, veil, {0, 0, 0, 0});
+}
+
+TEST_F(GroupPlay, FramesThatAreLeftOutStillFillWhatLaterOnesShow) {
+    const Value ends = Value(Dictionary{{"startFps", 0},
+                                        {"endFps", 4},
+                                        {"RenderDepth", 1},
+                                        {"isRenderToTexture", true},
+                                        {"textureSize", "32,32"},
+                                        {"textureMapKey", "kept"}});
+    const Value target =
+        Value(Dictionary{{"type", "QVObject3DTransformBase"},
+                         {"FpsInfo", ends},
+                         {"childNode", Value(Value::Array{patch("0.4,0.8,1,1", {}, {{"flickers", true}})})}});
+    const Value bracket =
+        Value(Dictionary{{"type", "QVObject3DTransformBase"}, {"childNode", Value(Value::Array{target})}});
+    addScene(1,
+             flatScene(32, 32, clock(9),
+                       {bracket, Value(texturedQuad(
+                                     "QVQuadObject3D",
+                                     {{"textureType", "RTTTexture"}, {"textureMapKey", "kept"}}, 32, 32))}),
+             10);
+    play(1);
+    std::map<int64_t, std::vector<uint8_t>> pictures;
+    const auto playOf = [&](const PictureSink::Selection& selection) {
+        pictures.clear();
+        completions_ = 0;
+        create(std::make_shared<PictureSink>(
+            32, 32,
+            [&](const PictureSink::Picture& picture) {
+                pictures[picture.frame].assign(picture.rgba, picture.rgba + size_t{32 * 32 * 4});
+            },
+            selection));
+        run();
+        return pictures;
+    };
+    const auto all = playOf({});
+    EXPECT_EQ(playOf([](int64_t frame) { return frame == 8; }).at(8), all.at(8));
+    EXPECT_EQ(driver_->statistics().drawnFrames, 1);
+    EXPECT_EQ(all.at(8), all.at(4)) << "the node is gone, its last picture is not";
+    EXPECT_NE(all.at(8), all.at(3));
 }
 
 TEST_F(GroupPlay, QuadsThatCutEachOtherAreHiddenByDepth) {

@@ -150,18 +150,59 @@ TEST_F(VideoSourceTest, AMaskVideoGivesTheOpacityAndTheShorterOneEndsBoth) {
     }
 }
 
-TEST_F(VideoSourceTest, AKeyedColourIsTransparent) {
-    Dictionary info = video(film("film.mp4", 2), 1);
-    info["ChromaKeyInfo"] = dictionary({{"ChromaKeyColor", "0,1,0,1"}, {"maxEclosion", 0.1}});
-    clock("QVChromaKeyVideoBgObject", info);
-    play(true);
-    EXPECT_NEAR(levels[0], levelOf(0), 4) << "grey holds no green";
+/// One picture of three stripes, each twelve pixels high: the key, a half of it over grey, grey.
+std::string writeStripes(const std::filesystem::path& path, const Pixel& key) {
+    platform::VideoWriter writer({.path = path,
+                                  .width = 36,
+                                  .height = 36,
+                                  .framesPerSecond = 30,
+                                  .pixelOrder = platform::PixelOrder::RGBA});
+    auto shown = writer.takeBuffer();
+    for (int i = 0; i < 36 * 36; ++i)
+        for (int channel = 0; channel < 4; ++channel)
+            shown->data()[i * 4 + channel] = static_cast<uint8_t>(
+                (key[size_t(channel)] * (2 - i / 432) + (channel == 3 ? 255 : 128) * (i / 432)) / 2);
+    EXPECT_TRUE(writer.append(std::move(shown), 1));
+    EXPECT_EQ(writer.finish(), platform::VideoWriter::State::Completed);
+    return path;
+}
+
+TEST_F(VideoSourceTest, AKeyedColourIsTransparentAndItsEdgeSoftWithoutAFringe) {
+    struct Backdrop {
+        const char* key;
+        Pixel pixel, behind;
+    };
+    for (const Backdrop& it : {Backdrop{"0.1,0.8,0.2,1", {26, 204, 51, 255}, kRed},
+                               Backdrop{"0.1,0.2,0.85,1", {26, 51, 217, 255}, kWhite},
+                               Backdrop{"0.2,0.2,0.2,1", {51, 51, 51, 255}, kBlue}}) {
+        newScene();
+        Dictionary info = video(writeStripes(path("stripes.mp4"), it.pixel), 0);
+        info["ChromaKeyInfo"] = dictionary({{"ChromaKeyColor", it.key}, {"maxEclosion", 0.5}});
+        clock("QVChromaKeyVideoBgObject", info);
+        source->decodeNextFpsWithGroupQueue();
+        scene->updateMatrix();
+        drawAgain(it.behind);
+        EXPECT_TRUE(isNear(at(32, 8), it.behind, 2)) << it.key;
+        if (it.pixel == Pixel{51, 51, 51, 255}) continue;  // what lies before a grey key cannot be told apart
+        EXPECT_TRUE(isNear(at(32, 56), {128, 128, 128, 255}, 6)) << it.key;
+        Pixel half = it.behind;
+        for (size_t i = 0; i < 3; ++i) half[i] = static_cast<uint8_t>((half[i] + 128) / 2);
+        EXPECT_TRUE(isNear(at(32, 32), half, 12)) << it.key;
+    }
+}
+
+TEST_F(VideoSourceTest, TransitionsOfAnotherKindAreHardCutsAndOnlyTheCurrentSceneSpeaks) {
+    clock("QVNullVideoTimeSource", noVideo(3),
+          dictionary({{"sceneTansitionsType", 5}, {"tansitionsSceneId", 42}, {"fpsTotal", 1}}));
+    play();
+    EXPECT_THAT(listener->events,
+                ::testing::ElementsAre("0 start", "0 load next", "2 transition 0 to 42", "3 complete"));
     newScene();
-    info["ChromaKeyInfo"] = dictionary({{"ChromaKeyColor", "0.157,0.157,0.157,1"}, {"maxEclosion", 0.1}});
-    clock("QVChromaKeyVideoBgObject", info);
-    levels.clear();
-    play(true);
-    EXPECT_EQ(levels[0], 0) << "the blue behind it";
+    listener->events.clear();
+    clock("QVNullVideoTimeSource", noVideo(1), dictionary({{"fpsTotal", 1}}));
+    driver.current.reset();
+    play();
+    EXPECT_THAT(listener->events, ::testing::ElementsAre("4 start", "5 complete"));
 }
 
 TEST_F(VideoSourceTest, ThePlayerMayDropTheSourceFromWithinItsCallbacks) {

@@ -173,6 +173,13 @@ void QVObject3DFpsBase::updateData(const platform::CMTime& time) {
     if (keyAnimation_) keyAnimation_->updateData(time.value);
 }
 
+void QVObject3DFpsBase::renderTargets(const platform::CMTime& time) {
+    if (isRenderToTexture_)
+        renderSelfAndChildrens(time);
+    else
+        QVObjectContainer3D::renderTargets(time);
+}
+
 void QVObject3DFpsBase::renderingBeforeConfig(const platform::CMTime&) {
     if (isRenderToTexture_) frameBufferToTexture_->bindRenderToTextureFramebuffer();
     if (isEnableDephTest_) GLState::setDepthTest(true);

@@ -199,6 +199,14 @@ void QVObjectContainer3D::renderSelfAndChildrens(const platform::CMTime& time) {
     renderingAfterConfig(time);
 }
 
+// The brackets set the state that targets below are drawn with.
+void QVObjectContainer3D::renderTargets(const platform::CMTime& time) {
+    if (!visible()) return;
+    renderingBeforeConfig(time);
+    for (const auto& child : children_) child->renderTargets(time);
+    renderingAfterConfig(time);
+}
+
 void QVObjectContainer3D::renderSelf(const platform::CMTime& time) {
     for (const auto& component : components_) component->render(time);
     render(time);

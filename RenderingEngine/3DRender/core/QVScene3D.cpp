@@ -89,6 +89,11 @@ void QVScene3D::render() {
     for (const auto& child : children_) child->renderSelfAndChildrens(currentRenderTime_);
 }
 
+void QVScene3D::renderTargets() {
+    if (renderToTextureMap_.empty()) return;
+    for (const auto& child : children_) child->renderTargets(currentRenderTime_);
+}
+
 void QVScene3D::renderComplete() {
     if (camera_) camera_->renderComplete(currentRenderTime_);
     for (const auto& child : children_) child->renderComplete(currentRenderTime_);

@@ -43,6 +43,8 @@ class QVScene3D : public std::enable_shared_from_this<QVScene3D> {
     void updateData();
     void updateMatrix();
     void render();
+    /// Draws what its nodes render into textures, and nothing else.
+    void renderTargets();
     void renderComplete();
     void renderShadow() {}
     void dispose();
@@ -79,8 +81,6 @@ class QVScene3D : public std::enable_shared_from_this<QVScene3D> {
     void setRenderToTexture(const std::string& key, std::shared_ptr<QVFrameBufferToTexture> target);
     /// The GL texture published under the key, 0 when there is none.
     uint32_t renderToTextureMap(const std::string& key) const;
-    /// Some node draws into a texture, whose picture outlives the node: no frame may be left out then.
-    bool hasRenderToTextures() const { return !renderToTextureMap_.empty(); }
 
   private:
     explicit QVScene3D(RenderDriver& renderManager);

@@ -141,12 +141,11 @@ std::vector<platform::AudioInsertion> ExportSound::addBgAudioWithUrl(const Sound
 
 platform::AudioTrack ExportSound::addAudioWithInfo(const platform::Value& entry, const SoundFile& sound,
                                                    int32_t framesPerSecond) {
-    const float volume = entry.real("volume");
     const int64_t start = hundredthsOfFrame(entry.integer("fpsStart"), framesPerSecond);
-    const int64_t end = hundredthsOfFrame(entry.integer("fpsEnd"), framesPerSecond);
     platform::AudioTrack track;
     track.insertions.push_back({.file = sound, .duration = sound->duration(), .at = time(start)});
-    track.volume.addRamp(volume, volume, start, end);
+    // The volume of the window holds after it, and in a window of no length too.
+    track.volume.setVolume(entry.real("volume"), start);
     return track;
 }
 

@@ -53,20 +53,25 @@ void QVMultiSceneRenderManager::runFrameBody() {
 
 void QVMultiSceneRenderManager::singleSceneRender(const Turn& turn) {
     advance({turn.current});
-    if (mustDraw({turn.current})) drawFrame([&] { renderScene(turn.current); });
+    if (mustDraw())
+        drawFrame([&] { renderScene(turn.current); });
+    else
+        leaveOut({turn.current});
     closeFrame({turn.current}, {&currentScene_});
 }
 
 void QVMultiSceneRenderManager::doubleSceneTransitionsRender(const Turn& turn) {
     const Scenes scenes{turn.current, turn.next, turn.transition};
     advance(scenes);
-    if (mustDraw(scenes)) {
+    if (mustDraw()) {
         {
             const StageTimer timer(statistics_.draw);
             for (const auto& scene : {turn.current, turn.next})
                 if (scene) scene->renderToTextureObject().renderSceneToTexture();
         }
         drawFrame([&] { renderScene(turn.transition); });
+    } else {
+        leaveOut(scenes);
     }
     for (const auto& scene : {turn.next, turn.current})
         if (scene) scene->renderToTextureObject().clear();
@@ -76,11 +81,13 @@ void QVMultiSceneRenderManager::doubleSceneTransitionsRender(const Turn& turn) {
 void QVMultiSceneRenderManager::doubleSceneRender(const Turn& turn) {
     const Scenes scenes{turn.current, turn.transition};
     advance(scenes);
-    if (mustDraw(scenes)) {
+    if (mustDraw()) {
         drawFrame([&] {
             renderScene(turn.current);
             renderScene(turn.transition);
         });
+    } else {
+        leaveOut(scenes);
     }
     closeFrame(scenes, {&currentScene_, &transitionsScene_});
 }
@@ -112,15 +119,16 @@ void QVMultiSceneRenderManager::closeFrame(Scenes scenes, Slots slots) {
     }
 }
 
-/// A frame that nobody looks at is left out, unless a node's texture would keep its picture.
-bool QVMultiSceneRenderManager::mustDraw(Scenes scenes) const {
-    if (!frameSink_) return false;
-    const bool keepsPictures = std::any_of(scenes.begin(), scenes.end(), [](const auto& scene) {
-        return scene && scene->hasRenderToTextures();
-    });
-    if (keepsPictures || frameSink_->wantsNextFrame()) return true;
+bool QVMultiSceneRenderManager::mustDraw() const { return frameSink_ && frameSink_->wantsNextFrame(); }
+
+/// Nobody looks at this frame; what nodes render into textures may be seen in later ones.
+void QVMultiSceneRenderManager::leaveOut(Scenes scenes) {
+    if (!frameSink_) return;
+    const StageTimer timer(statistics_.draw);
+    GLState::bindTarget(frameSink_->renderToTextureFrameBufferID(), bufferWidth(), bufferHeight());
+    for (const auto& scene : scenes)
+        if (scene) scene->renderTargets();
     frameSink_->skipFrame();
-    return false;
 }
 
 void QVMultiSceneRenderManager::drawFrame(const std::function<void()>& draw) {

@@ -36,8 +36,8 @@ class FrameSink {
     /// Why the sink takes no more frames, whatever the reason; nothing while it does. Any thread.
     virtual std::optional<platform::Error> failure() const { return std::nullopt; }
 
-    /// False when nobody looks at the next frame; where leaving it out changes no later one, skipFrame() is
-    /// then called instead of renderFrameToVideo().
+    /// False when nobody looks at the next frame; it is then not drawn, but for what later frames may show of
+    /// it, and skipFrame() is called instead of renderFrameToVideo().
     virtual bool wantsNextFrame() const { return true; }
     /// Takes the resolved frame.
     virtual void renderFrameToVideo() = 0;

@@ -169,7 +169,8 @@ class QVMultiSceneRenderManager : public RenderDriver {
     using Slots = std::initializer_list<std::shared_ptr<QVScene3D>*>;
     void advance(Scenes scenes);
     void closeFrame(Scenes scenes, Slots slots);
-    bool mustDraw(Scenes scenes) const;
+    bool mustDraw() const;
+    void leaveOut(Scenes scenes);
     void drawFrame(const std::function<void()>& draw);
     bool drawInRegions(const std::function<void()>& draw);
     void drawMultisampled(const std::function<void()>& draw);
