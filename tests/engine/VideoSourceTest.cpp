@@ -78,6 +78,7 @@ class VideoSourceTest : public DrawableFixture {
             if (draws) {
                 drawAgain(kBlue);
                 levels.push_back(at(32, 32)[0]);
+                blues.push_back(at(32, 32)[2]);
             }
             scene->renderComplete();
             source->fpsRenderCompletedHandle();
@@ -87,7 +88,7 @@ class VideoSourceTest : public DrawableFixture {
 
     std::shared_ptr<Listener> listener = std::make_shared<Listener>();
     std::shared_ptr<VideoTimeSource> source;
-    std::vector<int> levels;
+    std::vector<int> levels, blues;  // of the middle, drawn over blue
 };
 
 TEST_F(VideoSourceTest, AFrameClockDeliversItsLastFrameToo) {
@@ -146,7 +147,9 @@ TEST_F(VideoSourceTest, AMaskVideoGivesTheOpacityAndTheShorterOneEndsBoth) {
     EXPECT_THAT(play(true), ::testing::ElementsAre(0, 1, 2, 3, 3));
     for (int i = 0; i < 5; ++i) {
         const int shown = std::min(i, 3);
-        EXPECT_NEAR(levels[size_t(i)], levelOf(shown) * levelOf(shown) / 255, 4) << i;
+        const int opaque = levelOf(shown) * levelOf(shown) / 255;
+        EXPECT_NEAR(levels[size_t(i)], opaque, 4) << i;
+        EXPECT_NEAR(blues[size_t(i)], opaque + 255 - levelOf(shown), 4) << "what lies behind shows through";
     }
 }
 
