@@ -1,4 +1,5 @@
 #include "dataMode/QVMultiScene2DTextDataModel.h"
+#include "dataMode/TextSettings.h"
 
 namespace multiscene {
 
@@ -7,11 +8,6 @@ static constexpr Key text2DKeyList[] = {
      .type = KeyType::Text,
      .meaning = "the \"renderMapKey\" of a text of the user; where there is none, the text itself",
      .lookup = KeyLookup::UserMap},
-    {.name = "fontName",
-     .type = KeyType::Text,
-     .fallback = "Sans",
-     .meaning =
-         "an installed family with its style, a PostScript name, or the path of a font file with a macro"},
     {.name = "fontSize",
      .type = KeyType::Number,
      .unit = "pixels",
@@ -19,7 +15,6 @@ static constexpr Key text2DKeyList[] = {
      .meaning = "size of the letters in the texture; a text that does not fit is drawn smaller",
      .minimum = 1,
      .maximum = platform::TextLimits::fontSize},
-    {.name = "textColor", .type = KeyType::Color, .fallback = "0,0,0,1", .meaning = "colour of the letters"},
     {.name = "strokeColor",
      .type = KeyType::Color,
      .fallback = "0,0,0,1",
@@ -51,13 +46,6 @@ static constexpr Key text2DKeyList[] = {
      .meaning = "0 lines from top to bottom, 1 columns from right to left",
      .minimum = 0,
      .maximum = 1},
-    {.name = "textMaxLenght",
-     .type = KeyType::Integer,
-     .unit = "characters",
-     .fallback = "0",
-     .meaning = "the text is cut after so many; 0: not cut",
-     .minimum = 0,
-     .maximum = platform::TextLimits::characters},
     {.name = "textureSizeMode",
      .type = KeyType::Integer,
      .fallback = "0",
@@ -109,6 +97,6 @@ static constexpr Key text2DKeyList[] = {
      .minimum = 0,
      .maximum = platform::TextLimits::blurRadius},
 };
-const KeyTable text2DKeys{"text2d", "A text drawn into a texture.", nullptr, text2DKeyList};
+const KeyTable text2DKeys{"text2d", "A text drawn into a texture.", &textKeys, text2DKeyList};
 
 }  // namespace multiscene

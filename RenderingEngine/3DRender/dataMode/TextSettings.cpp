@@ -8,6 +8,23 @@
 
 namespace multiscene {
 
+static constexpr Key textKeyList[] = {
+    {.name = "fontName",
+     .type = KeyType::Text,
+     .fallback = "Sans",
+     .meaning =
+         "an installed family with its style, a PostScript name, or the path of a font file with a macro"},
+    {.name = "textColor", .type = KeyType::Color, .fallback = "0,0,0,1", .meaning = "colour of the letters"},
+    {.name = "textMaxLenght",
+     .type = KeyType::Integer,
+     .unit = "characters",
+     .fallback = "0",
+     .meaning = "the text is cut after so many; 0: not cut",
+     .minimum = 0,
+     .maximum = platform::TextLimits::characters},
+};
+const KeyTable textKeys{"Text", "What every text reads.", nullptr, textKeyList};
+
 namespace {
 
 bool namesFile(const std::string& fontName) {

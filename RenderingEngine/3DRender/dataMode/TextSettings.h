@@ -8,6 +8,9 @@
 
 namespace multiscene {
 
+/// The font's name, the colour and the greatest length.
+extern const KeyTable textKeys;
+
 /// "red,green,blue" without an alpha is opaque.
 platform::Color readTextColor(const KeyReader& reader, std::string_view key);
 
