@@ -3,8 +3,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
+#include <fstream>
+#include <random>
 
+#include "platform/base/FileGate.h"
+#include "platform/base/Paths.h"
 #include "platform/font/Letters.h"
+#include "platform/text/FontPath.h"
 
 namespace platform {
 namespace {
@@ -129,6 +135,34 @@ TEST(FlatLetters, TakeAnyText) {
     LetterText strange = text("a");
     strange.font.name = "No Such Font";
     EXPECT_EQ(flatLetters(strange).triangles.size(), 6u);
+}
+
+TEST(SolidLetters, TakeFontFilesOfAnyKind) {
+    const std::filesystem::path file = std::filesystem::temp_directory_path() / uniqueIdentifier();
+    std::ofstream(file) << "soon a font";
+    FileGate::shared().reset();
+    FileGate::shared().allowFile(file);
+    const std::string good = [] {
+        std::ifstream stream(installedFontPath("DejaVu Sans Mono", U"W"), std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(stream), {});
+    }();
+    const auto widthWith = [&](const std::string& bytes) {
+        std::ofstream(file, std::ios::binary) << bytes;
+        LetterText written = text("WWWW");
+        written.font = {"", file, 2};
+        return solidLetters(written, 0.5f).block.width;
+    };
+    EXPECT_NEAR(widthWith(good), 4 * 2 * 0.602, 0.02) << "the file's own letters";
+    const float otherwise = widthWith("no font");
+    EXPECT_GT(otherwise, 4 * 2 * 0.7f) << "the system's default instead";
+    std::mt19937 random(3);
+    for (int round = 0; round < 20; ++round) {
+        std::string damaged = good.substr(0, round % 2 ? good.size() : random() % good.size());
+        for (int i = 0; i < 200; ++i) damaged[random() % damaged.size()] = char(random());
+        EXPECT_GE(widthWith(damaged), 0) << round;
+    }
+    std::filesystem::remove(file);
+    FileGate::shared().reset();
 }
 
 }  // namespace
