@@ -32,10 +32,9 @@ void QVObject3DComponentBase::rendInfoWithDic(const platform::Value& info) {
 }
 
 void QVObject3DComponentBase::computeStartAndEndFps(const platform::Value& info) {
-    const KeyReader reader(componentKeys, info);
+    // As written: the text of a fallback would be looked up as a key of the user.
     const auto frameNumber = [&](const char* key) {
-        return QVMultiSceneRenderShareSettings::valueOrUsers(reader.value(key), sceneIdentifier())
-            .integerValue();
+        return QVMultiSceneRenderShareSettings::valueOrUsers(info[key], sceneIdentifier()).integerValue();
     };
     sartFps_ = frameNumber("startFps");
     endFps_ = frameNumber("endFps");

@@ -38,7 +38,7 @@ static const ComponentTypes::Registration registered(
     soundSourceKeys);
 
 float QVObject3DSoundSourceComponent::audioVolume() const {
-    const platform::Value volume = KeyReader(soundSourceKeys, componentInfo()).value("audioVolume");
+    const platform::Value& volume = componentInfo()["audioVolume"];
     return QVMultiSceneRenderShareSettings::valueOrUsers(volume, sceneIdentifier()).floatValue();
 }
 
