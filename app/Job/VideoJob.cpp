@@ -2,6 +2,7 @@
 
 #include "app/Job/GroupRun.h"
 #include "app/Job/OutputFile.h"
+#include "app/Other/Strings.h"
 #include "videoRenderCore/QVVideoCVCacheExporter.h"
 
 namespace multiscene {
@@ -40,6 +41,7 @@ std::shared_ptr<QVVideoCVCacheExporter> makeExporter(const VideoRequest& request
     settings.bitRate = request.bitRate;
     settings.preset = request.preset;
     settings.temporaryFolder = job.path();
+    settings.errorDomain = localizedString("videoExporter");
     const auto exporter = QVVideoCVCacheExporter::initWithOutputURL(job.file(kSilentName).string(),
                                                                     group.format.width, group.format.height,
                                                                     group.format.framesPerSecond, settings);

@@ -205,6 +205,16 @@ TEST_F(MakeTest, BringsAVideoOfTheUserToTheRateOfTheTemplate) {
     EXPECT_THAT(result.jsonLines().back().array("skipped"), IsEmpty()) << result.output;
     EXPECT_EQ(result.jsonLines()[0].integer("total"), 8) << "4 pictures at 5 are 8 frames at 10 a second";
 
+    for (const int rate : {5, 10}) {  // brought to the template's, and taken as it is
+        writeVideo(folder.path() / "lying.mp4", 4, rate);
+        run({"ffmpeg", "-y", "-v", "error", "-i", folder.file("lying.mp4"), "-c", "copy", "-metadata:s:v:0",
+             "rotate=90", folder.file("turned.mp4")});
+        const Result traced =
+            multiscene({"trace", path, "--video", "clip=" + folder.file("turned.mp4"), "--at", "0"});
+        ASSERT_EQ(traced.exitCode, 0) << traced.errors;
+        EXPECT_EQ(widthShownBy(traced.jsonLines()[0], "film"), 96) << "upright, at a rate of " << rate;
+    }
+
     EXPECT_EQ(multiscene({"make", path, "--video", "clip=" + photo("no.png"), "-o", output()}).exitCode, 4);
     EXPECT_EQ(multiscene({"make", path, "--photo", "clip=" + photo("no.png"), "-o", output()}).exitCode, 4);
 }

@@ -13,7 +13,7 @@ namespace multiscene {
 namespace {
 
 constexpr int64_t ticksPerSecond = 600, shortestMixedFilm = 5;  // ticks
-constexpr char stoppedMessage[] = "videoExporter: the export was stopped (101111)";
+constexpr char stoppedMessage[] = ": the export was stopped (101111)";
 
 bool isFinal(QVVideoCVCacheExporter::State state) { return state > QVVideoCVCacheExporter::State::Finishing; }
 
@@ -97,7 +97,11 @@ void QVVideoCVCacheExporter::renderFrameToVideo() {
     auto buffer = writer_->takeBuffer();
     readFramebuffer(resolveTarget_.frameBuffer(), width_, height_, PixelOrder::RGBA, buffer->data(),
                     buffer->stride());
-    writer_->append(std::move(buffer), currentFrame_);
+    addFrameCVCache(std::move(buffer));
+}
+
+void QVVideoCVCacheExporter::addFrameCVCache(platform::PixelBufferPool::Pointer picture) {
+    writer_->append(std::move(picture), currentFrame_);
     ++currentFrame_;
 }
 
@@ -131,7 +135,7 @@ void QVVideoCVCacheExporter::giveUp() {
 }
 
 void QVVideoCVCacheExporter::stopExport() {
-    handleSessionError(platform::Error(platform::ErrorKind::Failed, stoppedMessage));
+    handleSessionError(platform::Error(platform::ErrorKind::Failed, settings_.errorDomain + stoppedMessage));
 }
 
 void QVVideoCVCacheExporter::canleExport() {

@@ -38,6 +38,8 @@ struct VideoExportSettings {
     /// Where the mixed sound and the joined film are made, under names of their own. The exporter deletes
     /// neither; the job that owns the folder does.
     std::filesystem::path temporaryFolder = {};
+    /// What an export that was stopped calls itself, in the user's language.
+    std::string errorDomain = "videoExporter";
 };
 
 /// One export, from the first frame to the finished file. The frame counter starts at 1, so the first frame
@@ -103,6 +105,7 @@ class QVVideoCVCacheExporter : public FrameSink,
     QVVideoCVCacheExporter(const std::string& path, double width, double height, int32_t frameRate,
                            const VideoExportSettings& settings);
 
+    void addFrameCVCache(platform::PixelBufferPool::Pointer picture);
     bool moveTo(State next);
     void giveUp();
     void complete();
