@@ -1,16 +1,20 @@
 #include "app/Check/Checker.h"
 
+#include <algorithm>
+
 #include "app/Check/KeyJudge.h"
 #include "app/Check/SceneRules.h"
-#include "app/Model/TemplateKeys.h"
 #include "app/Check/TemplateRules.h"
+#include "app/Check/UsedFiles.h"
 #include "app/Model/TemplateFolder.h"
+#include "app/Model/TemplateKeys.h"
 #include "other/QVUtil.h"
 #include "other/SceneCatalogue.h"
 #include "platform/base/Error.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
+#include "platform/base/PropertyListFaults.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {
@@ -35,6 +39,9 @@ Value readDictionary(const std::string& file, Findings& findings) {
     try {
         const auto bytes = platform::readFile(opened.file, file, platform::PropertyListLimits().maxBytes);
         const Value content = platform::parsePropertyList(bytes, file);
+        for (const platform::PropertyListFault& fault : platform::propertyListFaults(bytes))
+            findings.push_back(
+                {Severity::Error, file, "", "line " + std::to_string(fault.line) + ": " + fault.message, {}});
         if (content.isDictionary()) return content;
         findings.push_back({Severity::Error, file, "", "holds no dictionary", {}});
     } catch (const platform::Error& error) {
@@ -61,9 +68,11 @@ void judgeGroup(const GroupView& group, Findings& findings) {
 void addScene(GroupView& group, int64_t number, const std::string& file, const std::string& folder,
               Findings& findings) {
     if (group.scenes.contains(number)) return;
-    const size_t before = findings.size();
     const Value content = readDictionary(file, findings);
-    if (findings.size() == before) group.scenes.emplace(number, sceneViewOf(file, folder, content));
+    if (content.isDictionary())
+        group.scenes.emplace(number, sceneViewOf(file, folder, content));
+    else
+        group.unreadable.insert(number);
 }
 
 /// Every spelling under which a scene of the group finds a value of the user.
@@ -76,10 +85,25 @@ void shareUserKeys(GroupView& group) {
 }
 
 void addRecordScenes(TemplateView& view, Findings& findings) {
-    for (const Value& record : view.records())
-        addScene(view.group, record.integer("sId"),
-                 QVUtil::multiScenePathWithString(record.string("scenePlistPath")),
+    for (size_t index = 0; index < view.records().size(); ++index) {
+        const Value& record = view.records()[index];
+        const std::string path = record.string("scenePlistPath");
+        const Finding place{Severity::Error,
+                            view.file,
+                            "installScenes[" + std::to_string(index) + "].scenePlistPath",
+                            {},
+                            {}};
+        if (const auto finding = judgeFileName(path, "", place)) {
+            view.group.unreadable.insert(record.integer("sId"));
+            const bool isKnown = std::any_of(findings.begin(), findings.end(), [&](const Finding& known) {
+                return known.keyPath == finding->keyPath;
+            });
+            if (!isKnown) findings.push_back(*finding);
+            continue;
+        }
+        addScene(view.group, record.integer("sId"), QVUtil::multiScenePathWithString(path),
                  QVUtil::multiScenePathWithString(record.string("sceneResourceFolderPath")), findings);
+    }
 }
 
 GroupView ownGroup(const TemplateView& view) {
@@ -115,7 +139,9 @@ Findings checkTemplate(const fs::path& folder) {
     FileGate::shared().allowFolder(absolute);
     QVUtil::setSceneRoot(absolute.parent_path().string());
     try {
-        judgeTemplate(readTemplateFolder(absolute), findings);
+        const TemplateFolder read = readTemplateFolder(absolute);
+        readDictionary(read.plistPath().string(), findings);  // for the faults that reading passes over
+        judgeTemplate(read, findings);
     } catch (const platform::Error& error) {
         findings.push_back(findingOf(error, absolute.string()));
     }
@@ -136,7 +162,7 @@ void addCatalogueScenes(GroupView& group, Findings& findings) {
 Findings checkGroup(const std::string& file, const Value& content) {
     Findings findings;
     judgeKeys(sceneGroupFileKeys, content, file, findings);
-    GroupView group{file, "scene", content.array("scene"), {}, {}};
+    GroupView group{file, "scene", content.array("scene"), {}, {}, {}};
     for (const auto& [key, value] : content["userMediaMap"].dictionary()) group.userKeys.insert(key);
     addCatalogueScenes(group, findings);
     shareUserKeys(group);
@@ -154,10 +180,12 @@ Findings checkFile(const fs::path& file) {
     FileGate::shared().allowFolder(file.parent_path());
     Findings findings;
     const Value content = readDictionary(file.string(), findings);
-    if (!findings.empty()) return findings;
+    if (!content.isDictionary()) return findings;
     if (content.has("installScenes")) return checkTemplate(file.parent_path());
-    if (content.has("scene") || content.has("sceneGroupFpsTotal")) return checkGroup(file.string(), content);
-    return checkScene(file, content);
+    const bool isGroup = content.has("scene") || content.has("sceneGroupFpsTotal");
+    const Findings more = isGroup ? checkGroup(file.string(), content) : checkScene(file, content);
+    findings.insert(findings.end(), more.begin(), more.end());
+    return findings;
 }
 
 }  // namespace

@@ -5,7 +5,7 @@ namespace multiscene::rules {
 using platform::Value;
 
 void clockSaysItsEnd(const SceneView& scene, Findings& findings) {
-    if (!scene.clock() || scene.clock()["FpsInfo"].has("endFps")) return;
+    if (!scene.clock().isDictionary() || scene.clock()["FpsInfo"].has("endFps")) return;
     findings.push_back({Severity::Warning, scene.file, "TimeSource.FpsInfo",
                         "the clock has no \"endFps\": how long the scene lasts is left to chance",
                         "add the number of the last frame"});

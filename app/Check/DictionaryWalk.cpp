@@ -65,7 +65,7 @@ void walkChild(const Key& key, const Value& content, const std::string& keyPath,
 }
 
 void walkValue(const Key& key, const Value& value, const std::string& keyPath, DictionaryVisitor& visitor) {
-    walkChild(key, value, keyPath, visitor);
+    if (key.type == KeyType::Dictionary) walkChild(key, value, keyPath, visitor);
     const Value::Array& elements = value.array();
     for (size_t index = 0; index < elements.size(); ++index)
         walkChild(key, elements[index], keyPath + "[" + std::to_string(index) + "]", visitor);

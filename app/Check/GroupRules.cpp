@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <optional>
 
 #include "app/Check/TemplateRules.h"
 
@@ -12,6 +13,8 @@ std::span<const GroupRule> groupRules() {
         rules::groupHasScenes,
         rules::scenesAreInTheCatalogue,
         rules::transitionsFitTheirScenes,
+        rules::transitionsLeadToAScene,
+        rules::sceneTexturesAreInTransitions,
         rules::overlaysEndBeforeTheNext,
         rules::keysDoNotCollideWithIdentifiers,
     };
@@ -44,8 +47,11 @@ std::optional<int64_t> lastFrameOf(const GroupView& group, int64_t sceneId) {
     return scene ? scene->lastFrame() : std::nullopt;
 }
 
-void requireScene(const GroupView& group, int64_t number, const std::string& keyPath, Findings& findings) {
-    if (group.scene(number)) return;
+void requireScene(const GroupView& group, const Value& value, const std::string& keyPath,
+                  Findings& findings) {
+    const auto wanted = frameNumberOf(value);
+    if (!wanted || group.scene(*wanted) || group.unreadable.contains(*wanted)) return;
+    const int64_t number = *wanted;
     findings.push_back({Severity::Error, group.file, keyPath,
                         "scene " + std::to_string(number) + " is not in the catalogue",
                         "list it in \"installScenes\", or install the template that brings it"});
@@ -93,9 +99,9 @@ void groupHasScenes(const GroupView& group, Findings& findings) {
 void scenesAreInTheCatalogue(const GroupView& group, Findings& findings) {
     for (size_t index = 0; index < group.entries.size(); ++index) {
         const Value& entry = group.entries[index];
-        requireScene(group, entry.integer("mainSceneId"), entryPath(group, index, "mainSceneId"), findings);
-        if (const Transition transition = transitionOf(entry); transition.sceneId >= 1)
-            requireScene(group, transition.sceneId,
+        requireScene(group, entry["mainSceneId"], entryPath(group, index, "mainSceneId"), findings);
+        if (transitionOf(entry).sceneId >= 1)
+            requireScene(group, entry["sceneTansitionsInfo"]["tansitionsSceneId"],
                          entryPath(group, index, "sceneTansitionsInfo.tansitionsSceneId"), findings);
     }
 }
@@ -105,18 +111,44 @@ void transitionsFitTheirScenes(const GroupView& group, Findings& findings) {
         if (transitionOf(group.entries[index]).sceneId >= 1) judgeTransition(group, index, findings);
 }
 
+void transitionsLeadToAScene(const GroupView& group, Findings& findings) {
+    if (group.entries.empty() || !transitionOf(group.entries.back()).is(TransitionKind::Texture)) return;
+    findings.push_back({Severity::Warning, group.file,
+                        entryPath(group, group.entries.size() - 1, "sceneTansitionsInfo"),
+                        "the last scene has no scene to change to", "remove the transition"});
+}
+
+void sceneTexturesAreInTransitions(const GroupView& group, Findings& findings) {
+    std::set<int64_t> played, composing;
+    for (const Value& entry : group.entries) {
+        played.insert(entry.integer("mainSceneId"));
+        if (transitionOf(entry).is(TransitionKind::Texture)) composing.insert(transitionOf(entry).sceneId);
+    }
+    for (const auto& [number, scene] : group.scenes) {
+        if (!played.contains(number) || composing.contains(number)) continue;
+        for (const NodeView& node : scene.nodes) {
+            const std::string type = node.content["TextureInfo"].string("textureType");
+            if (type == "currentSceneRenderTexture" || type == "nextSceneRenderTexture")
+                findings.push_back({Severity::Error, scene.file, node.keyPath + ".TextureInfo.textureType",
+                                    "\"" + type + "\" shows nothing outside a transition scene of type 0",
+                                    "play this scene as a \"tansitionsSceneId\""});
+        }
+    }
+}
+
 void overlaysEndBeforeTheNext(const GroupView& group, Findings& findings) {
-    int64_t sceneStart = 0, overlayEnd = -1;
+    int64_t sceneStart = 0;
+    std::optional<int64_t> overlayEnd;
     for (size_t index = 0; index < group.entries.size(); ++index) {
         const auto last = lastFrameOf(group, group.entries[index].integer("mainSceneId"));
         if (!last) return;
         const Transition transition = transitionOf(group.entries[index]);
         const int64_t start = sceneStart + *last - transition.frames + 1;
-        if (transition.sceneId >= 1 && start <= overlayEnd)
+        if (transition.sceneId >= 1 && overlayEnd && start <= *overlayEnd)
             findings.push_back({Severity::Error, group.file, entryPath(group, index, "sceneTansitionsInfo"),
                                 "starts at frame " + std::to_string(start) +
                                     " of the group, while an overlay runs to frame " +
-                                    std::to_string(overlayEnd),
+                                    std::to_string(*overlayEnd),
                                 "shorten the overlay's scene or lengthen this one"});
         const auto overlayLast = lastFrameOf(group, transition.sceneId);
         if (transition.is(TransitionKind::Overlay) && overlayLast) overlayEnd = start + *overlayLast;

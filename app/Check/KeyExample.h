@@ -7,7 +7,7 @@
 namespace multiscene {
 
 /// A small property-list dictionary for a table: its required keys and a few others, with plausible values.
-/// `type` is the value of "type" where the table has that key.
-std::string exampleOf(const KeyTable& table, const std::string& type);
+/// Dictionaries deeper down are left out.
+std::string exampleOf(const KeyTable& table);
 
 }  // namespace multiscene

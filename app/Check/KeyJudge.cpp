@@ -25,14 +25,6 @@ std::string_view trimmed(std::string_view text) {
     return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
 }
 
-bool isNumberText(std::string_view text) {
-    text = trimmed(text);
-    if (!text.empty() && text.front() == '+') text.remove_prefix(1);
-    double number = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    return !text.empty() && result.ec == std::errc() && result.ptr == text.data() + text.size();
-}
-
 std::vector<std::string> pieces(std::string_view text) {
     std::vector<std::string> result;
     for (size_t comma; (comma = text.find(',')) != std::string_view::npos; text.remove_prefix(comma + 1))
@@ -63,16 +55,7 @@ bool isVector(const Value& value, size_t components) {
     return parts.size() == components && std::all_of(parts.begin(), parts.end(), isNumberText);
 }
 
-template <typename Test>
-bool isArrayOf(const Value& value, Test test) {
-    if (!value.isArray()) return false;
-    for (const Value& element : value.array())
-        if (!test(element)) return false;
-    return true;
-}
-
 bool fits(const Key& key, const Value& value) {
-    const auto isDictionary = [](const Value& element) { return element.isDictionary(); };
     switch (key.type) {
         case KeyType::Bool:
             return value.isNumber() || (value.isString() && isBoolText(value.stringValue()));
@@ -92,16 +75,15 @@ bool fits(const Key& key, const Value& value) {
             return value.isDictionary();
         case KeyType::Array:
         case KeyType::Nodes:
-            return isArrayOf(value, isDictionary);
         case KeyType::TextArray:
-            return isArrayOf(value, [](const Value& element) { return element.isString(); });
+            return value.isArray();
     }
     return false;
 }
 
 std::string shown(const Value& value) {
     if (value.isString() || value.isNumber()) return quoted(value.stringValue());
-    return value.isArray() ? "an array" : std::string(typeName(value.type()));
+    return value.isArray() ? "an array" : "a " + std::string(typeName(value.type()));
 }
 
 std::string numberText(double number) {
@@ -119,6 +101,14 @@ const Key* rightPlace(const KeyTable& table, const std::string& name) {
 }
 
 }  // namespace
+
+bool isNumberText(std::string_view text) {
+    text = trimmed(text);
+    if (!text.empty() && text.front() == '+') text.remove_prefix(1);
+    double number = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+    return !text.empty() && result.ec == std::errc() && result.ptr == text.data() + text.size();
+}
 
 std::string rangeText(const Key& key) {
     const bool hasMinimum = std::isfinite(key.minimum), hasMaximum = std::isfinite(key.maximum);
@@ -142,7 +132,7 @@ std::string typeText(KeyType type) {
         case KeyType::Vector3:
             return "text of 3 numbers \"a,b,c\"";
         case KeyType::Color:
-            return "text of 4 numbers \"red,green,blue,alpha\"";
+            return "text of 4 numbers from 0 to 1 \"red,green,blue,alpha\"";
         case KeyType::Choice:
             return "one of some words";
         case KeyType::Dictionary:
@@ -182,14 +172,15 @@ void KeyJudge::known(const Key& key, const Value& value, const std::string& keyP
         case KeyType::Vector2:
         case KeyType::Vector3:
         case KeyType::Color:
-            for (const std::string& piece : pieces(value.stringValue()))
-                judgeRange(key, Value(piece).doubleValue(), keyPath);
+            judgeComponents(key, value.stringValue(), keyPath);
+            break;
+        case KeyType::Array:
+        case KeyType::Nodes:
+        case KeyType::TextArray:
+            judgeElements(key, value.array(), keyPath);
             break;
         case KeyType::Choice:
             judgeChoice(key, value.stringValue(), keyPath);
-            break;
-        case KeyType::TextArray:
-            judgeRange(key, static_cast<double>(value.array().size()), keyPath);
             break;
         default:
             break;
@@ -200,6 +191,7 @@ void KeyJudge::judgeNumber(const Key& key, const Value& value, const std::string
     if (value.isString() && !isNumberText(value.stringValue())) return;  // names a value of the user
     const double number = value.doubleValue();
     judgeRange(key, number, keyPath);
+    if (!key.choices.empty()) judgeChoice(key, value.stringValue(), keyPath);
     if (key.type == KeyType::Integer && number != std::trunc(number))
         add(Severity::Warning, keyPath, "is " + shown(value) + ", and only the whole number counts",
             "write " + numberText(std::trunc(number)));
@@ -216,10 +208,28 @@ void KeyJudge::judgeChoice(const Key& key, const std::string& chosen, const std:
     add(Severity::Error, keyPath, "is " + quoted(chosen) + ", which means nothing here", remedy);
 }
 
-void KeyJudge::judgeRange(const Key& key, double number, const std::string& keyPath) {
-    if (number >= key.minimum && number <= key.maximum) return;
+bool KeyJudge::judgeRange(const Key& key, double number, const std::string& keyPath) {
+    if (number >= key.minimum && number <= key.maximum) return true;
     add(Severity::Error, keyPath, "is " + numberText(number) + ", out of range",
         "it takes " + rangeText(key));
+    return false;
+}
+
+/// The first component out of range speaks for the others.
+void KeyJudge::judgeComponents(const Key& key, const std::string& text, const std::string& keyPath) {
+    Key component = key;
+    if (key.type == KeyType::Color) component.minimum = 0, component.maximum = 1;
+    for (const std::string& piece : pieces(text))
+        if (!judgeRange(component, Value(piece).doubleValue(), keyPath)) return;
+}
+
+void KeyJudge::judgeElements(const Key& key, const Value::Array& elements, const std::string& keyPath) {
+    const bool wantsText = key.type == KeyType::TextArray;
+    if (wantsText) judgeRange(key, static_cast<double>(elements.size()), keyPath);
+    for (size_t index = 0; index < elements.size(); ++index)
+        if (wantsText ? !elements[index].isString() : !elements[index].isDictionary())
+            add(Severity::Error, keyPath + "[" + std::to_string(index) + "]",
+                "is " + shown(elements[index]) + ", not " + (wantsText ? "text" : "a dictionary"));
 }
 
 void KeyJudge::unknown(const KeyTable& table, const std::string& name, const Value& value,

@@ -23,11 +23,16 @@ class KeyJudge : public DictionaryVisitor {
     void add(Severity severity, const std::string& keyPath, std::string message, std::string remedy = {});
     void judgeNumber(const Key& key, const platform::Value& value, const std::string& keyPath);
     void judgeChoice(const Key& key, const std::string& chosen, const std::string& keyPath);
-    void judgeRange(const Key& key, double number, const std::string& keyPath);
+    bool judgeRange(const Key& key, double number, const std::string& keyPath);
+    void judgeComponents(const Key& key, const std::string& text, const std::string& keyPath);
+    void judgeElements(const Key& key, const platform::Value::Array& elements, const std::string& keyPath);
 
     std::string file_;
     Findings& findings_;
 };
+
+/// Whether a text is one number as scene files write it.
+bool isNumberText(std::string_view text);
 
 /// "from 1 to 179", "at least 0", "at most 3"; empty for a key that takes any number.
 std::string rangeText(const Key& key);

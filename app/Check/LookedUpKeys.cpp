@@ -1,7 +1,5 @@
 #include "app/Check/LookedUpKeys.h"
 
-#include <algorithm>
-
 #include "app/Check/DictionaryWalk.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
@@ -36,12 +34,15 @@ LookedUpKeys lookedUpKeys(const platform::Value& sceneFile) {
     return visitor.keys;
 }
 
-bool isLookedUp(const std::string& key, const LookedUpKeys& lookedUp,
-                const std::set<std::string>& identifiers) {
-    if (lookedUp.contains(key)) return true;
-    return std::any_of(identifiers.begin(), identifiers.end(), [&](const std::string& identifier) {
-        return key.ends_with(identifier) && lookedUp.contains(key.substr(0, key.size() - identifier.size()));
-    });
+std::optional<LookUpKind> lookUpOf(const std::string& key, const LookedUpKeys& lookedUp,
+                                   const std::set<std::string>& identifiers) {
+    if (const auto found = lookedUp.find(key); found != lookedUp.end()) return found->second;
+    for (const std::string& identifier : identifiers) {
+        if (!key.ends_with(identifier)) continue;
+        const auto found = lookedUp.find(key.substr(0, key.size() - identifier.size()));
+        if (found != lookedUp.end()) return found->second;
+    }
+    return std::nullopt;
 }
 
 }  // namespace multiscene

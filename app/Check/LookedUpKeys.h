@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 
@@ -11,14 +12,18 @@ namespace multiscene {
 /// What a look-up does with the user's value: a text or number, a file, or a video that it plays.
 enum class LookUpKind { Text, File, Video };
 
+/// How many frames the user's video has: read by scenes whose length comes from it.
+inline constexpr const char* kUserVideoFrames = "userVideo_totalFps";
+
 /// Texts of scene files that are looked up among the user's values.
 using LookedUpKeys = std::map<std::string, LookUpKind>;
 
 /// The look-ups of one scene file.
 LookedUpKeys lookedUpKeys(const platform::Value& sceneFile);
 
-/// Whether a value stored under `key` answers one of the look-ups, alone or joined with an identifier.
-bool isLookedUp(const std::string& key, const LookedUpKeys& lookedUp,
-                const std::set<std::string>& identifiers);
+/// The look-up that a value stored under `key` answers, alone or joined with an identifier; none when
+/// nobody looks it up.
+std::optional<LookUpKind> lookUpOf(const std::string& key, const LookedUpKeys& lookedUp,
+                                   const std::set<std::string>& identifiers);
 
 }  // namespace multiscene

@@ -1,10 +1,11 @@
 #include <cmath>
+#include <map>
+#include <optional>
 
 #include "app/Check/DictionaryWalk.h"
+#include "app/Check/MediaFile.h"
 #include "app/Check/SceneRules.h"
-#include "app/Check/UsedFiles.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
-#include "platform/audio/AudioFile.h"
 #include "platform/base/FileGate.h"
 #include "platform/media/VideoInfo.h"
 #include "videoRenderCore/SceneFileKeys.h"
@@ -32,22 +33,35 @@ void judgeRate(const platform::VideoInfo& video, double wanted, Finding place, F
     findings.push_back(std::move(place));
 }
 
-/// A video that a key names; a missing file is another rule's.
-void judgeVideo(const std::string& path, double rate, const std::string& folder, Finding place,
-                Findings& findings) {
+/// A video that a key names; none when it cannot be read. A missing file is another rule's.
+std::optional<platform::VideoInfo> judgeVideo(const std::string& path, double rate, const std::string& folder,
+                                              Finding place, Findings& findings) {
     const auto opened = FileGate::shared().open(
         QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(path, folder));
-    if (opened.verdict != FileGate::Verdict::Allowed) return;
+    if (opened.verdict != FileGate::Verdict::Allowed) return std::nullopt;
     try {
-        judgeRate(platform::probeVideo(opened.file, path), rate, place, findings);
+        const platform::VideoInfo video = platform::probeVideo(opened.file, path);
+        judgeRate(video, rate, place, findings);
+        return video;
     } catch (const platform::Error& error) {
         place.message = "\"" + path + "\": " + error.message();
         place.remedy = "use an MP4, MOV, WebM, AVI or MPEG-TS file";
         findings.push_back(std::move(place));
+        return std::nullopt;
     }
 }
 
-/// Opens a file of the template as what its key wants it to be; a missing file is another rule's.
+/// The keys that name a file of one kind wherever they stand.
+std::optional<MediaKind> kindOf(std::string_view key) {
+    static const std::map<std::string_view, MediaKind> kinds{{"maskTextureName", MediaKind::Picture},
+                                                             {"maskPhotoName", MediaKind::Picture},
+                                                             {"audioFilePath", MediaKind::Sound},
+                                                             {"trackFliePath", MediaKind::Track}};
+    const auto found = kinds.find(key);
+    return found == kinds.end() ? std::nullopt : std::optional(found->second);
+}
+
+/// Reads every file of the scene but videos; a missing file is another rule's.
 class MediaFiles : public DictionaryVisitor {
   public:
     MediaFiles(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
@@ -58,41 +72,47 @@ class MediaFiles : public DictionaryVisitor {
     }
 
     void known(const Key& key, const Value& value, const std::string& keyPath) override {
-        if (!value.isString()) return;
-        if (keyPath == pictureKey_) judge(value.stringValue(), keyPath, requirePicture);
-        if (key.name == "audioFilePath") judge(value.stringValue(), keyPath, requireSound);
-    }
-
-  private:
-    static void requireSound(platform::FileHandle file, const std::string& name) {
-        const platform::AudioFile sound(std::move(file), name);
-    }
-
-    void judge(const std::string& path, const std::string& keyPath, const RequireContent& require) {
-        if (const auto finding = judgeFileContent(path, scene_.folder, require,
-                                                  {Severity::Error, scene_.file, keyPath, {}, {}}))
+        const auto kind = keyPath == pictureKey_ ? MediaKind::Picture : kindOf(key.name);
+        if (!kind || !value.isString()) return;
+        if (const auto finding = judgeMediaFile(*kind, value.stringValue(), scene_.folder,
+                                                {Severity::Error, scene_.file, keyPath, {}, {}}))
             findings_.push_back(*finding);
     }
 
+  private:
     const SceneView& scene_;
     Findings& findings_;
     std::string pictureKey_;
 };
 
+/// A clock plays its video from frame 0 to "endFps", a picture a frame.
+void judgeLength(const platform::VideoInfo& video, const SceneView& scene, Finding place,
+                 Findings& findings) {
+    const auto last = scene.lastFrame();
+    if (!last || video.frameCount == 0 || *last < video.frameCount) return;
+    place.severity = Severity::Warning;
+    place.message = "the video has " + std::to_string(video.frameCount) +
+                    " pictures, but the clock's last frame is " + std::to_string(*last);
+    place.remedy = "use a longer video or set \"endFps\" to " + std::to_string(video.frameCount - 1);
+    findings.push_back(std::move(place));
+}
+
 }  // namespace
 
-void picturesAndSoundsAreReadable(const SceneView& scene, Findings& findings) {
+void mediaFilesAreReadable(const SceneView& scene, Findings& findings) {
     MediaFiles visitor(scene, findings);
     walkDictionary(sceneFileKeys, scene.content, "", visitor);
 }
 
 void videosAreReadable(const SceneView& scene, Findings& findings) {
     const Value& info = scene.clock()["VideoInfo"];
-    for (const char* key : {"msaterVideoPath", "maskVideoPath"})
-        if (info[key].isString())
-            judgeVideo(info.string(key), info.real("videoFps"), scene.folder,
-                       {Severity::Error, scene.file, std::string("TimeSource.VideoInfo.") + key, {}, {}},
-                       findings);
+    for (const char* key : {"msaterVideoPath", "maskVideoPath"}) {
+        if (!info[key].isString()) continue;
+        const Finding place{Severity::Error, scene.file, std::string("TimeSource.VideoInfo.") + key, {}, {}};
+        if (const auto video =
+                judgeVideo(info.string(key), info.real("videoFps"), scene.folder, place, findings))
+            judgeLength(*video, scene, place, findings);
+    }
     for (const NodeView& node : scene.nodes) {
         const Value& texture = node.content["TextureInfo"];
         if (texture.string("textureType") == "mp4Video")

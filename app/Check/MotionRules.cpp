@@ -1,3 +1,6 @@
+#include <algorithm>
+#include <limits>
+
 #include "app/Check/DictionaryWalk.h"
 #include "app/Check/SceneRules.h"
 #include "core/QVKeyAnimationOperators.h"
@@ -144,6 +147,37 @@ void motionBeginsWithItsNode(const SceneView& scene, Findings& findings) {
                                 node.label() + " only exists from frame " +
                                 std::to_string(*node.frames.start) + ": the list never starts",
                             "start it at frame " + std::to_string(*node.frames.start) + " or later"});
+    }
+}
+
+namespace {
+
+struct MotionList {
+    const char *list, *start;
+};
+constexpr int64_t kNoEnd = std::numeric_limits<int64_t>::max();
+constexpr MotionList kMotionLists[] = {
+    {"TransformArray", "sartFps"}, {"MutableTransformArray", "fpsStart"}, {"AnimationInfo", "sartFps"}};
+
+}  // namespace
+
+// An item may follow on the frame after the last one: it states where the motion before it ends.
+void motionBeginsBeforeItsNodeEnds(const SceneView& scene, Findings& findings) {
+    const int64_t sceneEnd = scene.lastFrame().value_or(kNoEnd);
+    for (const NodeView& node : scene.nodes) {
+        const int64_t last = std::min(sceneEnd, node.frames.end.value_or(sceneEnd));
+        if (last < 0 || last == kNoEnd) continue;
+        for (const auto& [list, start] : kMotionLists) {
+            const Value::Array& items = node.content.array(list);
+            for (size_t index = 0; index < items.size(); ++index)
+                if (items[index].integer(start) > last + 1)
+                    findings.push_back(
+                        {Severity::Warning, scene.file,
+                         node.keyPath + "." + list + "[" + std::to_string(index) + "]." + start,
+                         "starts at frame " + items[index].string(start) + ", but " + node.label() +
+                             " is seen to frame " + std::to_string(last) + ": it never happens",
+                         "start it earlier or remove it"});
+        }
     }
 }
 

@@ -41,7 +41,7 @@ void rangesAreNotEmpty(const SceneView& scene, Findings& findings) {
 
 void nodesBeginBeforeTheSceneEnds(const SceneView& scene, Findings& findings) {
     const auto last = scene.lastFrame();
-    if (!last) return;
+    if (!last || *last < 0) return;
     for (const NodeView& node : scene.nodes)
         if (node.frames.start.value_or(0) > *last)
             findings.push_back({Severity::Error, scene.file, node.keyPath + ".FpsInfo.startFps",
@@ -62,6 +62,36 @@ void childrenBeginAfterTheirParents(const SceneView& scene, Findings& findings) 
                                 frameText(parent.frames.start) +
                                 ": until then it is drawn but does not move, and its texture is not loaded",
                             "start the parent as early as its children"});
+    }
+}
+
+void childrenBeginBeforeTheirParentsEnd(const SceneView& scene, Findings& findings) {
+    for (const NodeView& node : scene.nodes) {
+        if (node.parent < 0) continue;
+        const NodeView& parent = scene.nodes[node.parent];
+        if (!node.frames.start || !parent.frames.end || *node.frames.start <= *parent.frames.end) continue;
+        findings.push_back({Severity::Error, scene.file, node.keyPath + ".FpsInfo.startFps",
+                            node.label() + " starts at frame " + frameText(node.frames.start) +
+                                ", after the last frame of its parent " + parent.label() + ", " +
+                                frameText(parent.frames.end) + ": it is never drawn",
+                            "start it earlier or let the parent last longer"});
+    }
+}
+
+void componentsBeginBeforeTheSceneEnds(const SceneView& scene, Findings& findings) {
+    const auto last = scene.lastFrame();
+    if (!last || *last < 0) return;
+    for (const NodeView& node : scene.nodes) {
+        const Value::Array& components = node.content.array("ComponentsInfo");
+        for (size_t index = 0; index < components.size(); ++index) {
+            const auto start = frameNumberOf(components[index]["startFps"]);
+            if (start.value_or(0) <= *last) continue;
+            findings.push_back({Severity::Error, scene.file,
+                                node.keyPath + ".ComponentsInfo[" + std::to_string(index) + "].startFps",
+                                "starts at frame " + frameText(start) + ", after the scene's last frame " +
+                                    std::to_string(*last) + ": it never happens",
+                                "start it earlier or lengthen the clock"});
+        }
     }
 }
 

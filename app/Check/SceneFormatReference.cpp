@@ -11,6 +11,7 @@
 #include "core/QVObject3DFpsBase.h"
 #include "core/VideoTimeSource.h"
 #include "core/component/QVObject3DComponentBase.h"
+#include "tween/Ease.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {
@@ -33,6 +34,45 @@ the scene's identifier); *path* means that it is a path with macros: `$(currentS
 `$(multiSceneUserResourcesROOT)/`, `$(MultiSceneTemplateROOT)/` and `$(multiSceneRootROOT)/` the other folders of the data
 home.
 )";
+
+constexpr const char* kTracks = R"(
+## Corner-pin tracks
+
+A track is written as XML and stored encrypted (`multiscene template encrypt-track TRACK.xml -o FILE`). Every "Frame" holds
+the four corners in one frame of the node, 0,0 the bottom left and 1,1 the top right of the unit square that the node's
+own scale and place bring to its size; the last one is held.
+
+```xml
+<CornerPinInfoDoc>
+  <Object>
+    <Frame bottomleftx="0.2" bottomlefty="0.3" bottomrightx="0.8" bottomrighty="0.3"
+           toprightx="0.8" toprighty="0.7" topleftx="0.2" toplefty="0.7"/>
+  </Object>
+</CornerPinInfoDoc>
+```
+)";
+
+constexpr const char* kEases = R"(
+## Eases and paths
+
+An ease turns the even progress of a motion into another one. Ids from 31 to 29999 are as even as 0; an id of 30000 or
+more is the curve of that name in the "BezierArray" of the same node, whose second coordinate is the progress: with the
+points "0,0", "0.3,1.9", "1,1" it overshoots.
+
+A curve is also a path. An "endTranslate" of "30001,30001,0" moves the node along the curve "30001" in x and y (its
+"interpolationXYZ" is 21); the node's pace is the motion's ease. The last point itself is not reached: state it in an item
+that follows.
+
+| id | ease |
+|---|---|
+)";
+
+std::string easeRows() {
+    std::string rows;
+    for (size_t id = 0; id < easeTable().size(); ++id)
+        rows += "| " + std::to_string(id) + " | " + std::string(easeTable()[id].name) + " |\n";
+    return rows;
+}
 
 std::string anchorOf(const std::string& heading) {
     std::string anchor;
@@ -63,16 +103,16 @@ class Writer {
     void chapter(const std::string& heading) { text += "\n## " + heading + "\n"; }
 
     /// A table and, after it, those of the dictionaries in it that were not written yet.
-    void section(const KeyTable& table, const std::string& type = {}) {
+    void section(const KeyTable& table) {
         if (!headings_.emplace(&table, headingFor(table)).second) return;
         if (table.base) section(*table.base);
-        write(table, type);
+        write(table);
         for (const Key& key : table.keys)
             if (key.children) section(*key.children);
     }
 
   private:
-    void write(const KeyTable& table, const std::string& type) {
+    void write(const KeyTable& table) {
         text += "\n### " + headings_.at(&table) + "\n\n" + std::string(table.summary) + "\n";
         if (table.base) text += "\nReads the keys of " + link(*table.base) + " too.\n";
         if (!table.keys.empty()) {
@@ -81,7 +121,7 @@ class Writer {
                 "|\n|---|---|---|---|---|---|---|\n";
             for (const Key& key : table.keys) text += row(key);
         }
-        text += "\n```xml\n" + exampleOf(table, type) + "```\n";
+        text += "\n```xml\n" + exampleOf(table) + "```\n";
     }
 
     std::string row(const Key& key) {
@@ -120,7 +160,7 @@ class Writer {
 template <typename Types>
 void writeTypes(Writer& writer, const std::string& heading) {
     writer.chapter(heading);
-    for (const auto& [name, entry] : Types::all()) writer.section(*entry.keys, name);
+    for (const auto& [name, entry] : Types::all()) writer.section(*entry.keys);
 }
 
 }  // namespace
@@ -131,9 +171,13 @@ std::string sceneFormatReference() {
     writer.section(templateFileKeys);
     writer.section(sceneGroupFileKeys);
     writer.section(sceneFileKeys);
+    writer.section(shaderFileKeys);
     writeTypes<TimeSourceTypes>(writer, "Clocks");
     writeTypes<NodeTypes>(writer, "Nodes");
     writeTypes<ComponentTypes>(writer, "Components");
+    writer.text += kTracks;
+    writer.text += kEases;
+    writer.text += easeRows();
     return writer.text;
 }
 

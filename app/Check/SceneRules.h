@@ -24,13 +24,27 @@ void backgroundIsStretched(const SceneView&, Findings&);
 void rangesAreNotEmpty(const SceneView&, Findings&);
 void nodesBeginBeforeTheSceneEnds(const SceneView&, Findings&);
 void childrenBeginAfterTheirParents(const SceneView&, Findings&);
+void childrenBeginBeforeTheirParentsEnd(const SceneView&, Findings&);
+void componentsBeginBeforeTheSceneEnds(const SceneView&, Findings&);
 
 // MotionRules.cpp
 void motionListsDoNotStall(const SceneView&, Findings&);
 void motionBeginsWithItsNode(const SceneView&, Findings&);
+void motionBeginsBeforeItsNodeEnds(const SceneView&, Findings&);
 void keyFrameListsDoNotStall(const SceneView&, Findings&);
 void overlappingMotionHasLength(const SceneView&, Findings&);
 void rotationsHaveBothEnds(const SceneView&, Findings&);
+
+// CurveRules.cpp
+void curvesCanBeUsed(const SceneView&, Findings&);
+void easesAndPathsAreThere(const SceneView&, Findings&);
+
+// NodeRules.cpp
+void boxesHaveASize(const SceneView&, Findings&);
+void camerasSeeSomething(const SceneView&, Findings&);
+void lookedUpNumbersAreInputs(const SceneView&, Findings&);
+void renderedTexturesAreThere(const SceneView&, Findings&);
+void drawingIsSpecifiedWhole(const SceneView&, Findings&);
 
 // FileRules.cpp
 void filesAreThere(const SceneView&, Findings&);
@@ -39,13 +53,13 @@ void filesAreThere(const SceneView&, Findings&);
 void texturesSayWhatTheyShow(const SceneView&, Findings&);
 void nodesShowSomething(const SceneView&, Findings&);
 void sequencesHaveAllPictures(const SceneView&, Findings&);
-void fontFilesAreThere(const SceneView&, Findings&);
+void fontsAreThere(const SceneView&, Findings&);
 
 // ShaderRules.cpp
 void shadersBuild(const SceneView&, Findings&);
 
 // MediaRules.cpp
-void picturesAndSoundsAreReadable(const SceneView&, Findings&);
+void mediaFilesAreReadable(const SceneView&, Findings&);
 void videosAreReadable(const SceneView&, Findings&);
 
 }  // namespace rules

@@ -1,7 +1,9 @@
 #include <filesystem>
 
 #include "app/Check/DictionaryWalk.h"
+#include "app/Check/KeyJudge.h"
 #include "app/Check/SceneRules.h"
+#include "app/Model/TemplateKeys.h"
 #include "opengl2.0/Shader.h"
 #include "opengl2.0/ShaderSource.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
@@ -31,11 +33,28 @@ class Shaders : public DictionaryVisitor {
         std::string problem;
         const platform::Value description = readShaderDescription(file, problem);
         if (!problem.empty()) return add(file, keyPath, problem);
+        KeyJudge keys(file, findings_);
+        walkDictionary(shaderFileKeys, description, "", keys);
         if (!context_) context_ = platform::GLContext::create();
         const platform::GLContextScope scope(*context_);
         const Shader shader(description, std::filesystem::path(file).parent_path().string());
         for (const ShaderFailure& failure : shader.failures())
             add(failure.file.empty() ? file : failure.file, keyPath, failure.message);
+        if (shader.failures().empty()) judgeNames(shader, file);
+    }
+
+    /// What the program would set if the description listed it.
+    void judgeNames(const Shader& shader, const std::string& file) {
+        if (shader.attributeHandle("position") == 0)
+            findings_.push_back({Severity::Error, file, "Attributes",
+                                 "does not list \"position\": nothing is drawn", "add it"});
+        for (const char* name :
+             {"u_mvpMatrix", "u_textureMatrix", "videoFrame", "isPreMultiplication", "aplae"})
+            if (shader.uniformLocationStructOrArray(name) >= 0 && !shader.hasUniform(name))
+                findings_.push_back(
+                    {Severity::Error, file, "Uniforms",
+                     "does not list \"" + std::string(name) + "\", which the sources use: it stays 0",
+                     "add it"});
     }
 
     void add(const std::string& file, const std::string& keyPath, std::string problem) {

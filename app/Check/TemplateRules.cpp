@@ -1,11 +1,15 @@
 #include "app/Check/TemplateRules.h"
 
 #include <array>
+#include <cmath>
+#include <filesystem>
+#include <optional>
 
-#include "app/Check/LookedUpKeys.h"
-#include "app/Check/OwnIdentifier.h"
+#include "app/Check/MediaFile.h"
 #include "app/Check/UsedFiles.h"
 #include "app/Model/MediaFormat.h"
+#include "app/Model/TemplateFolder.h"
+#include "other/QVUtil.h"
 
 namespace multiscene {
 
@@ -13,8 +17,10 @@ using platform::Value;
 
 std::span<const TemplateRule> templateRules() {
     static constexpr std::array table{
-        rules::lengthsAreTheClocks, rules::numbersAreUnique, rules::pictureSizeIsEven, rules::musicIsThere,
-        rules::inputKeysAreUnique,  rules::inputKeysAreFree, rules::inputsAreUsed,
+        rules::lengthsAreTheClocks,        rules::numbersAreUnique,    rules::resourceFoldersAreFolders,
+        rules::thumbnailsAreThere,         rules::pictureSizeIsEven,   rules::camerasHaveThePicturesShape,
+        rules::videosHaveTheTemplatesRate, rules::musicCanBePlayed,    rules::inputKeysAreUnique,
+        rules::inputKeysAreFree,           rules::photoShapesAreWhole, rules::inputsAreUsed,
     };
     return table;
 }
@@ -29,10 +35,6 @@ std::string recordPath(size_t index, const std::string& key) {
     return "installScenes[" + std::to_string(index) + "]." + key;
 }
 
-std::string inputPath(size_t index) {
-    return recordPath(0, "wechartTempletInfo.userInputArray[") + std::to_string(index) + "].renderMapKey";
-}
-
 }  // namespace
 
 void lengthsAreTheClocks(const TemplateView& view, Findings& findings) {
@@ -41,7 +43,7 @@ void lengthsAreTheClocks(const TemplateView& view, Findings& findings) {
         const SceneView* scene = view.group.scene(record.integer("sId"));
         const auto last = scene ? scene->lastFrame() : std::nullopt;
         const int64_t length = record.integer("fpsLength");
-        if (!last || length == *last + 1) continue;
+        if (!last || *last < 0 || length == *last + 1) continue;
         if (length < 1 && record.integer("sourceType") == kLengthFromUserVideo) continue;
         findings.push_back(
             {Severity::Error, view.file, recordPath(index, "fpsLength"),
@@ -66,47 +68,72 @@ void pictureSizeIsEven(const TemplateView& view, Findings& findings) {
                         "\"" + text + "\" is odd, which video cannot be", "use even numbers"});
 }
 
-void musicIsThere(const TemplateView& view, Findings& findings) {
-    const std::string music = view.inputs().string("bgAudioPath");
-    if (music.empty()) return;
-    const std::string folder = view.file.substr(0, view.file.rfind('/') + 1);
+void musicCanBePlayed(const TemplateView& view, Findings& findings) {
+    const std::string named = view.inputs().string("bgAudioPath");
+    const std::string music = named.empty() ? view.folder() + TemplateFolder::usualMusic : named;
     const Finding place{Severity::Error, view.file, recordPath(0, "wechartTempletInfo.bgAudioPath"), {}, {}};
-    if (auto finding = judgeFileName(music, folder, place)) findings.push_back(*finding);
+    std::optional<Finding> finding;
+    if (!named.empty()) finding = judgeFileName(music, view.folder(), place);
+    if (!finding) finding = judgeMediaFile(MediaKind::Sound, music, view.folder(), place);
+    if (finding) findings.push_back(*finding);
 }
 
-void inputKeysAreUnique(const TemplateView& view, Findings& findings) {
-    std::set<std::string> keys;
-    const Value::Array& inputs = view.inputs().array("userInputArray");
-    for (size_t index = 0; index < inputs.size(); ++index)
-        if (!keys.insert(inputs[index].string("renderMapKey")).second)
-            findings.push_back(
-                {Severity::Error, view.file, inputPath(index),
-                 "an earlier input has the key \"" + inputs[index].string("renderMapKey") + "\" too",
-                 "give each input its own"});
-}
-
-void inputKeysAreFree(const TemplateView& view, Findings& findings) {
-    const Value::Array& inputs = view.inputs().array("userInputArray");
-    for (size_t index = 0; index < inputs.size(); ++index) {
-        const std::string key = inputs[index].string("renderMapKey");
-        if (key.find(kOwnIdentifierMark) == std::string::npos && key.find('=') == std::string::npos) continue;
-        findings.push_back({Severity::Error, view.file, inputPath(index),
-                            "\"" + key + "\" holds a character that the program keeps for itself",
-                            "use neither # nor ="});
+void resourceFoldersAreFolders(const TemplateView& view, Findings& findings) {
+    for (size_t index = 0; index < view.records().size(); ++index) {
+        const std::string folder = view.records()[index].string("sceneResourceFolderPath");
+        const std::string complete = QVUtil::multiScenePathWithString(folder);
+        const auto add = [&](const std::string& message, const std::string& remedy) {
+            findings.push_back({Severity::Error, view.file, recordPath(index, "sceneResourceFolderPath"),
+                                "\"" + folder + "\" " + message, remedy});
+        };
+        std::error_code failure;
+        if (folder.empty() || complete.empty()) continue;
+        if (folder.back() != '/')
+            add("does not end in \"/\": the names of files would be glued to it", "add the \"/\"");
+        else if (!std::filesystem::is_directory(complete, failure))
+            add("is no folder", "correct the name");
     }
 }
 
-void inputsAreUsed(const TemplateView& view, Findings& findings) {
-    LookedUpKeys used;
-    for (const auto& [number, scene] : view.group.scenes) used.merge(lookedUpKeys(scene.content));
-    const std::set<std::string> identifiers = view.group.identifiers();
-    const Value::Array& inputs = view.inputs().array("userInputArray");
-    for (size_t index = 0; index < inputs.size(); ++index) {
-        const std::string key = inputs[index].string("renderMapKey");
-        if (key.empty() || isLookedUp(key, used, identifiers)) continue;
-        findings.push_back({Severity::Warning, view.file, inputPath(index),
-                            "no scene looks \"" + key + "\" up: what the user gives is not shown",
-                            "name it in a scene or remove the input"});
+void thumbnailsAreThere(const TemplateView& view, Findings& findings) {
+    for (size_t index = 0; index < view.records().size(); ++index) {
+        const Value& record = view.records()[index];
+        const std::string picture = record.string("sceneThumbnailPath");
+        if (picture.empty()) continue;
+        const Finding place{Severity::Error, view.file, recordPath(index, "sceneThumbnailPath"), {}, {}};
+        // The catalogue expands this path, and it knows no scene folder.
+        auto finding = judgeFileName(picture, "", place);
+        if (finding && QVUtil::multiScenePathWithString(picture).empty())
+            finding->remedy = "write \"$(multiSceneSceneROOT)/" + view.name + "/…\"";
+        if (!finding) finding = judgeMediaFile(MediaKind::Picture, picture, "", place);
+        if (finding) findings.push_back(*finding);
+    }
+}
+
+void camerasHaveThePicturesShape(const TemplateView& view, Findings& findings) {
+    constexpr double tolerance = 0.02;  // share
+    const MediaFormat format = mediaFormatOf(view.inputs());
+    const double shape = static_cast<double>(format.width) / format.height;
+    for (const auto& [number, scene] : view.group.scenes) {
+        const double aspect = scene.content["Camera"].real("aspect");
+        if (!(aspect > 0) || std::abs(aspect / shape - 1) <= tolerance) continue;
+        findings.push_back({Severity::Warning, scene.file, "Camera.aspect",
+                            "is " + scene.content["Camera"].string("aspect") + ", but the video has " +
+                                std::to_string(format.width) + "x" + std::to_string(format.height) +
+                                " pixels: everything is stretched",
+                            "set it to width / height of \"mediaSize\", or remove it"});
+    }
+}
+
+void videosHaveTheTemplatesRate(const TemplateView& view, Findings& findings) {
+    const int64_t rate = mediaFormatOf(view.inputs()).framesPerSecond;
+    for (const auto& [number, scene] : view.group.scenes) {
+        const int64_t own = scene.clock()["VideoInfo"].integer("videoFps");
+        if (own < 1 || own == rate) continue;
+        findings.push_back({Severity::Warning, scene.file, "TimeSource.VideoInfo.videoFps",
+                            "is " + std::to_string(own) + ", but the template has " + std::to_string(rate) +
+                                " frames a second: the video changes its speed",
+                            "convert the video or change \"videoFrameRate\""});
     }
 }
 

@@ -19,16 +19,25 @@ namespace rules {
 // TemplateRules.cpp
 void lengthsAreTheClocks(const TemplateView&, Findings&);
 void numbersAreUnique(const TemplateView&, Findings&);
+void resourceFoldersAreFolders(const TemplateView&, Findings&);
+void thumbnailsAreThere(const TemplateView&, Findings&);
 void pictureSizeIsEven(const TemplateView&, Findings&);
-void musicIsThere(const TemplateView&, Findings&);
+void camerasHaveThePicturesShape(const TemplateView&, Findings&);
+void videosHaveTheTemplatesRate(const TemplateView&, Findings&);
+void musicCanBePlayed(const TemplateView&, Findings&);
+
+// InputRules.cpp
 void inputKeysAreUnique(const TemplateView&, Findings&);
 void inputKeysAreFree(const TemplateView&, Findings&);
+void photoShapesAreWhole(const TemplateView&, Findings&);
 void inputsAreUsed(const TemplateView&, Findings&);
 
 // GroupRules.cpp
 void groupHasScenes(const GroupView&, Findings&);
 void scenesAreInTheCatalogue(const GroupView&, Findings&);
 void transitionsFitTheirScenes(const GroupView&, Findings&);
+void transitionsLeadToAScene(const GroupView&, Findings&);
+void sceneTexturesAreInTransitions(const GroupView&, Findings&);
 void overlaysEndBeforeTheNext(const GroupView&, Findings&);
 void keysDoNotCollideWithIdentifiers(const GroupView&, Findings&);
 

@@ -17,6 +17,8 @@ struct GroupView {
     platform::Value::Array entries;
     /// What the catalogue says of each scene that the group may use, by number.
     std::map<int64_t, SceneView> scenes;
+    /// Scenes that the catalogue has and whose files cannot be read.
+    std::set<int64_t> unreadable;
     /// Keys under which the user gives values.
     std::set<std::string> userKeys;
 
@@ -32,6 +34,8 @@ struct TemplateView {
     platform::Value description;
     GroupView group;
 
+    /// The template's folder; ends in "/".
+    std::string folder() const { return file.substr(0, file.rfind('/') + 1); }
     const platform::Value::Array& records() const { return description.array("installScenes"); }
     /// The input description of the first record.
     const platform::Value& inputs() const;

@@ -1,13 +1,14 @@
 #include <cstdlib>
-#include <map>
 
 #include "app/Check/DictionaryWalk.h"
+#include "app/Check/MediaFile.h"
 #include "app/Check/SceneRules.h"
 #include "app/Check/UsedFiles.h"
 #include "core/Material/PictureSequence.h"
 #include "core/Material/ZBTexture.h"
 #include "core/NodeTypes.h"
 #include "core/QVObject3DTextureBase.h"
+#include "platform/text/TextRasterizer.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::rules {
@@ -16,31 +17,41 @@ using platform::Value;
 
 namespace {
 
-/// The key without which a "textureType" shows nothing.
-const std::map<std::string, const char*, std::less<>>& indispensableKeys() {
-    static const std::map<std::string, const char*, std::less<>> keys{
-        {"image", "texture"},     {"filterImage", "texture"},         {"mp4Video", "texture"},
-        {"text2d", "textString"}, {"textureSerial", "animationName"}, {"RTTTexture", "textureMapKey"},
-    };
-    return keys;
-}
+/// What decides how a texture is made, and a key without which it then shows nothing.
+struct Need {
+    const char *choice, *chosen, *key;
+};
+constexpr Need kNeeds[] = {
+    {"textureType", "image", "texture"},
+    {"textureType", "filterImage", "texture"},
+    {"textureType", "filterImage", "filterType"},
+    {"textureType", "mp4Video", "texture"},
+    {"textureType", "text2d", "textString"},
+    {"textureType", "textureSerial", "animationName"},
+    {"textureType", "RTTTexture", "textureMapKey"},
+    {"filterType", "imageSynthesis", "maskPhotoName"},
+};
 
 class Textures : public DictionaryVisitor {
   public:
     Textures(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
 
     void dictionary(const KeyTable&, const Value& content, const std::string& keyPath) override {
-        const std::string type = content.string("textureType");
-        const auto needed = indispensableKeys().find(type);
-        if (needed == indispensableKeys().end() || content.has(needed->second)) return;
-        if (content.has("maskTextureName")) return;  // a mask's own word for "texture"
-        findings_.push_back(
-            {Severity::Error, scene_.file, keyPath,
-             "\"" + std::string(needed->second) + "\" is missing, so \"" + type + "\" shows nothing",
-             "add it"});
+        if (!content.has("textureType")) return;
+        for (const Need& need : kNeeds)
+            if (content.string(need.choice) == need.chosen && isMissing(content, need.key))
+                findings_.push_back(
+                    {Severity::Error, scene_.file, keyPath,
+                     "\"" + std::string(need.key) + "\" is missing, so \"" + need.chosen + "\" shows nothing",
+                     "add it"});
     }
 
   private:
+    static bool isMissing(const Value& content, const std::string& key) {
+        // A mask has a word of its own for "texture".
+        return content.string(key).empty() && (key != "texture" || !content.has("maskTextureName"));
+    }
+
     const SceneView& scene_;
     Findings& findings_;
 };
@@ -53,23 +64,23 @@ class Sequences : public DictionaryVisitor {
         if (!content.has("animationName")) return;
         const bool isPvr = &table == &pictureSequenceKeys ||
                            content.integer("imageType") == static_cast<int64_t>(ImageType::Pvr);
-        const auto require = isPvr ? requirePvr : requirePicture;
+        const MediaKind kind = isPvr ? MediaKind::PvrPicture : MediaKind::Picture;
         // One frame a picture, so that the first pass meets each of them.
         const PictureSequence sequence(content.with("animationFps", 1));
         const int64_t last = std::abs(content.integer("animationEnd") - content.integer("animationStart"));
         for (int64_t frame = 0; frame <= std::min(last, kMostPictures); ++frame)
-            if (!judge(*sequence.animationWithCurrentFps(frame, 0, last), require,
-                       keyPath + ".animationName"))
+            if (!judge(*sequence.animationWithCurrentFps(frame, 0, last), kind, keyPath + ".animationName"))
                 return;
     }
 
   private:
     static constexpr int64_t kMostPictures = 10'000;
 
-    bool judge(const std::string& picture, const RequireContent& require, const std::string& keyPath) {
+    bool judge(const std::string& picture, MediaKind kind, const std::string& keyPath) {
         const Finding place{Severity::Error, scene_.file, keyPath, {}, {}};
         auto finding = judgeFileName(picture, scene_.folder, place);
-        if (!finding) finding = judgeFileContent(picture, scene_.folder, require, place);
+        if (finding) finding->remedy = "add the picture or correct the numbers";
+        if (!finding) finding = judgeMediaFile(kind, picture, scene_.folder, place);
         if (finding) findings_.push_back(*finding);
         return !finding;
     }
@@ -78,18 +89,27 @@ class Sequences : public DictionaryVisitor {
     Findings& findings_;
 };
 
-class FontFiles : public DictionaryVisitor {
+class Fonts : public DictionaryVisitor {
   public:
-    FontFiles(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
+    Fonts(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
 
     void known(const Key& key, const Value& value, const std::string& keyPath) override {
-        if (key.name != "fontName" || !value.stringValue().starts_with("$(")) return;
-        if (const auto finding = judgeFileName(value.stringValue(), scene_.folder,
-                                               {Severity::Error, scene_.file, keyPath, {}, {}}))
-            findings_.push_back(*finding);
+        const std::string font = value.stringValue();
+        if (key.name != "fontName" || font.empty()) return;
+        const Finding place{Severity::Error, scene_.file, keyPath, {}, {}};
+        if (!font.starts_with("$(")) return judgeFamily(font, place);
+        if (const auto finding = judgeFileName(font, scene_.folder, place)) findings_.push_back(*finding);
     }
 
   private:
+    void judgeFamily(const std::string& font, Finding place) {
+        if (platform::isFontInstalled(font)) return;
+        place.severity = Severity::Warning;
+        place.message = "the font \"" + font + "\" is not installed here: another one takes its place";
+        place.remedy = "install it, or bring a font file and write \"$(currentScenePlistROOT)/…\"";
+        findings_.push_back(std::move(place));
+    }
+
     const SceneView& scene_;
     Findings& findings_;
 };
@@ -141,6 +161,6 @@ void sequencesHaveAllPictures(const SceneView& scene, Findings& findings) {
     walk<Sequences>(scene, findings);
 }
 
-void fontFilesAreThere(const SceneView& scene, Findings& findings) { walk<FontFiles>(scene, findings); }
+void fontsAreThere(const SceneView& scene, Findings& findings) { walk<Fonts>(scene, findings); }
 
 }  // namespace multiscene::rules

@@ -1,8 +1,11 @@
 #include "app/Check/UsedFiles.h"
 
-#include "core/GLESUtils/PvrFile.h"
+#include <filesystem>
+#include <vector>
+
+#include "app/Check/Suggestion.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
-#include "platform/image/ImageDecoder.h"
+#include "other/QVUtil.h"
 
 namespace multiscene {
 
@@ -10,9 +13,27 @@ using platform::FileGate;
 
 namespace {
 
-std::string remedyOf(FileGate::Verdict verdict) {
-    if (verdict == FileGate::Verdict::Missing) return "add the file or correct the name";
-    return "put the file itself into the template's folder";
+constexpr const char* kOwnFolder = "$(currentScenePlistROOT)";
+
+std::string remedyOfMissing(const std::filesystem::path& file) {
+    std::vector<std::string> names;
+    std::error_code failure;
+    for (const auto& entry : std::filesystem::directory_iterator(file.parent_path(), failure))
+        names.push_back(entry.path().filename().string());
+    const std::string meant = didYouMean(file.filename().string(), {names.begin(), names.end()});
+    return meant.empty() ? "add the file or correct the name" : meant;
+}
+
+/// What to write instead of a text that is no path.
+std::string remedyOfNoPath(const std::string& path, const std::string& sceneFolder) {
+    if (path.find('\\') != std::string::npos) return "write \"/\" between folders";
+    const std::string macro(QVUtil::firstComponent(path));
+    if (macro == kOwnFolder && sceneFolder.empty())
+        return "give the scene's record its \"sceneResourceFolderPath\"";
+    if (!macro.starts_with("$("))
+        return "write \"" + std::string(kOwnFolder) + "/" + path + "\" for a file of the template";
+    const std::string meant = didYouMean(macro, QVMultiSceneRenderShareSettings::pathMacros());
+    return meant.empty() ? "begin with \"" + std::string(kOwnFolder) + "/\"" : meant;
 }
 
 }  // namespace
@@ -21,40 +42,18 @@ std::optional<Finding> judgeFileName(const std::string& path, const std::string&
     const std::string resolved =
         QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(path, sceneFolder);
     if (resolved.empty()) {
-        place.message = "\"" + path + "\" is no path, and no input of the user has that key";
-        place.remedy = "write \"$(currentScenePlistROOT)/" + path + "\" for a file of the template";
+        const bool isMacro = path.starts_with("$(");
+        place.message =
+            "\"" + path + (isMacro ? "\" is no path" : "\" is no path, and no input has that key");
+        place.remedy = remedyOfNoPath(path, sceneFolder);
         return place;
     }
     const FileGate::Verdict verdict = FileGate::shared().check(resolved);
     if (verdict == FileGate::Verdict::Allowed) return std::nullopt;
     place.message = "\"" + path + "\" " + describe(verdict);
-    place.remedy = remedyOf(verdict);
+    place.remedy = verdict == FileGate::Verdict::Missing ? remedyOfMissing(resolved)
+                                                         : "put the file itself into the template's folder";
     return place;
-}
-
-std::optional<Finding> judgeFileContent(const std::string& path, const std::string& sceneFolder,
-                                        const RequireContent& require, Finding place) {
-    FileGate::Opened opened = FileGate::shared().open(
-        QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(path, sceneFolder));
-    if (opened.verdict != FileGate::Verdict::Allowed) return std::nullopt;
-    try {
-        require(std::move(opened.file), path);
-        return std::nullopt;
-    } catch (const platform::Error& error) {
-        place.message = "\"" + path + "\": " + error.message();
-        place.remedy = "replace the file";
-        return place;
-    }
-}
-
-void requirePicture(platform::FileHandle file, const std::string& name) {
-    platform::readImageSize(file, {name, platform::ErrorKind::Template});
-}
-
-void requirePvr(platform::FileHandle file, const std::string& name) {
-    const PvrFile texture(platform::readFile(file, name, PvrFile::maxBytes));
-    if (!texture.problem().empty())
-        throw platform::Error(platform::ErrorKind::Template, texture.problem(), name);
 }
 
 }  // namespace multiscene

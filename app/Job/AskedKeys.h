@@ -21,9 +21,6 @@ struct AskedFor {
 
 using AskedKeys = std::map<std::string, AskedFor>;
 
-/// How many frames the user's video has: read by scenes whose length comes from it.
-inline constexpr const char* kUserVideoFrames = "userVideo_totalFps";
-
 /// The inputs of the template, the look-ups of its scenes and the keys of a group file's own map. Throws
 /// platform::Error(Template) for a scene file that cannot be parsed.
 AskedKeys askedKeysOf(const Playable& playable);

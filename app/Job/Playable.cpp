@@ -28,7 +28,6 @@ using platform::Value;
 namespace {
 
 const std::string kOwnIdentifier = std::string(1, kOwnIdentifierMark) + "1";
-constexpr const char* kMusicName = "bg-audio.mp3";
 
 Value::Array ownScene(int64_t sceneId) {
     QVMultiSceneGropPlistFileManager group("");
@@ -40,7 +39,7 @@ std::string musicOf(const QVTempletDataModel& record, const fs::path& folder) {
     if (const std::string path = record.bgAudioPath(); !path.empty())
         return QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(
             path, folder.string() + "/");
-    const fs::path usual = folder / kMusicName;
+    const fs::path usual = folder / TemplateFolder::usualMusic;
     std::error_code failure;
     return fs::exists(usual, failure) ? usual.string() : std::string();
 }

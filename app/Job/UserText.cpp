@@ -5,6 +5,7 @@
 #include <optional>
 
 #include "platform/base/Error.h"
+#include "platform/base/Utf8.h"
 
 namespace multiscene {
 
@@ -13,30 +14,12 @@ namespace {
 using platform::Error;
 using platform::ErrorKind;
 
-/// Length of the sequence that a first byte announces; 0 for a byte that starts none.
-size_t sequenceLength(unsigned char first) {
-    if (first < 0x80) return 1;
-    if (first >= 0xc2 && first < 0xe0) return 2;
-    if (first >= 0xe0 && first < 0xf0) return 3;
-    return first >= 0xf0 && first < 0xf5 ? 4 : 0;
-}
-
-bool isSurrogateOrTooLong(const std::string& text, size_t at) {
-    const auto first = static_cast<unsigned char>(text[at]),
-               second = static_cast<unsigned char>(text[at + 1]);
-    return (first == 0xe0 && second < 0xa0) || (first == 0xed && second > 0x9f) ||
-           (first == 0xf0 && second < 0x90) || (first == 0xf4 && second > 0x8f);
-}
-
 /// Characters of UTF-8 text; nothing when it is none.
 std::optional<int64_t> characterCount(const std::string& text) {
     int64_t count = 0;
     for (size_t at = 0; at < text.size(); ++count) {
-        const size_t length = sequenceLength(static_cast<unsigned char>(text[at]));
-        if (length == 0 || at + length > text.size()) return std::nullopt;
-        if (length > 2 && isSurrogateOrTooLong(text, at)) return std::nullopt;
-        for (size_t next = at + 1; next < at + length; ++next)
-            if ((static_cast<unsigned char>(text[next]) & 0xc0) != 0x80) return std::nullopt;
+        const size_t length = platform::utf8CharacterLength(std::string_view(text).substr(at));
+        if (length == 0) return std::nullopt;
         at += length;
     }
     return count;

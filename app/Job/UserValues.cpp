@@ -4,6 +4,7 @@
 #include <map>
 #include <set>
 
+#include "app/Check/LookedUpKeys.h"
 #include "app/Check/Suggestion.h"
 #include "app/Job/AskedKeys.h"
 #include "app/Job/JobFolder.h"

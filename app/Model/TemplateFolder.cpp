@@ -96,6 +96,9 @@ std::vector<uint8_t> readThroughFence(const fs::path& folder, const fs::path& fi
     platform::FileGate fence;
     fence.allowFolder(folder);
     const platform::FileGate::Opened opened = fence.open(file);
+    if (opened.verdict == platform::FileGate::Verdict::Missing)
+        throw Error(ErrorKind::Template, "does not exist; a template's folder NAME holds its NAME.plist",
+                    file.string());
     if (opened.verdict != platform::FileGate::Verdict::Allowed)
         throw Error(ErrorKind::Template, describe(opened.verdict), file.string());
     return platform::readFile(opened.file, file.string(), platform::PropertyListLimits().maxBytes,

@@ -11,6 +11,9 @@
 namespace multiscene {
 
 struct TemplateFolder {
+    /// The background music of a template that names none.
+    static constexpr const char* usualMusic = "bg-audio.mp3";
+
     std::string name;              ///< the folder's name
     std::filesystem::path folder;  ///< absolute
     platform::Value description;   ///< the content of NAME.plist

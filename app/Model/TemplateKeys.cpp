@@ -132,4 +132,25 @@ static constexpr Key templateFileKeyList[] = {
 const KeyTable templateFileKeys{"Template file", "NAME/NAME.plist, the description of a template.", nullptr,
                                 templateFileKeyList};
 
+static constexpr Key shaderFileKeyList[] = {
+    {.name = "Files",
+     .type = KeyType::TextArray,
+     .meaning = "the sources, beside this file: \"….vsh\" a vertex shader, \"….fsh\" a fragment shader, GLSL "
+                "ES 1.00",
+     .required = true},
+    {.name = "Attributes",
+     .type = KeyType::TextArray,
+     .meaning = "attributes of the vertex shader: position (vec4), inputTextureCoordinate (vec4)",
+     .required = true},
+    {.name = "Uniforms",
+     .type = KeyType::TextArray,
+     .meaning =
+         "uniforms that are set; one that is not listed stays 0. u_mvpMatrix and u_textureMatrix (mat4), "
+         "videoFrame (sampler2D, the picture), isPreMultiplication (int, 1: its colours are multiplied by "
+         "alpha), aplae (float, the opacity, or the variable of a QVQuadCustomShaderOneVariable)",
+     .required = true},
+};
+const KeyTable shaderFileKeys{"Shader description", "The file of a \"customShaderPath\".", nullptr,
+                              shaderFileKeyList};
+
 }  // namespace multiscene

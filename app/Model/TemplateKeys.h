@@ -11,4 +11,7 @@ extern const KeyTable catalogueRecordKeys;
 /// The "wechartTempletInfo" of a record.
 extern const KeyTable templateDescriptionKeys;
 
+/// A shader description that a template brings.
+extern const KeyTable shaderFileKeys;
+
 }  // namespace multiscene

@@ -5,10 +5,10 @@
 #include <algorithm>
 #include <cstring>
 #include <memory>
-#include <pugixml.hpp>
 
 #include "platform/base/BinaryPropertyListScan.h"
 #include "platform/base/File.h"
+#include "platform/base/PropertyListFaults.h"
 
 namespace platform {
 
@@ -47,14 +47,11 @@ int xmlDepth(std::string_view text) {
     return deepest;
 }
 
-/// ", line 12: …" for XML that is not well formed.
-std::string xmlFault(std::string_view text) {
-    pugi::xml_document document;
-    const pugi::xml_parse_result result = document.load_buffer(text.data(), text.size());
-    if (result) return "";
-    const size_t offset = std::min(static_cast<size_t>(std::max<ptrdiff_t>(result.offset, 0)), text.size());
-    const auto line = 1 + std::count(text.begin(), text.begin() + static_cast<ptrdiff_t>(offset), '\n');
-    return ", line " + std::to_string(line) + ": " + result.description();
+/// ", line 12: …" for a list that the parser refuses.
+std::string firstFault(std::string_view text) {
+    const auto faults = propertyListFaults({reinterpret_cast<const uint8_t*>(text.data()), text.size()});
+    if (faults.empty()) return "";
+    return ", line " + std::to_string(faults.front().line) + ": " + faults.front().message;
 }
 
 Value fromNode(plist_t node);
@@ -189,7 +186,7 @@ Node parseXml(std::string_view text, const std::string& name, ErrorKind kind,
         throw Error(kind, "nested deeper than " + std::to_string(limits.maxDepth) + " levels", name);
     plist_t root = nullptr;
     plist_from_xml(text.data(), static_cast<uint32_t>(text.size()), &root);
-    if (!root) throw Error(kind, "not a valid property list" + xmlFault(text), name);
+    if (!root) throw Error(kind, "not a valid property list" + firstFault(text), name);
     return Node(root);
 }
 

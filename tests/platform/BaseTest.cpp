@@ -14,6 +14,7 @@
 #include "platform/base/NotificationCenter.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
+#include "platform/base/PropertyListFaults.h"
 
 namespace platform {
 namespace {
@@ -79,6 +80,29 @@ TEST(PropertyList, FaultsNameTheFileAndTheLine) {
         EXPECT_NE(std::string(fault.what()).find("scene.plist: "), std::string::npos) << fault.what();
         EXPECT_NE(std::string(fault.what()).find("line 3"), std::string::npos) << fault.what();
     }
+}
+
+TEST(PropertyList, WhatTheReaderPassesOverIsFound) {
+    const auto faultOf = [](const std::string& content) {
+        const auto faults = propertyListFaults(bytes("<plist>\n<dict>\n" + content + "\n</dict>\n</plist>"));
+        if (faults.size() != 1) return std::to_string(faults.size()) + " faults";
+        return std::to_string(faults[0].line) + " " + faults[0].message;
+    };
+    const auto expectFault = [&](const std::string& content, const std::string& text) {
+        EXPECT_TRUE(faultOf(content).starts_with("3 ")) << faultOf(content);
+        EXPECT_NE(faultOf(content).find(text), std::string::npos) << faultOf(content);
+    };
+    expectFault("<key>a</key><integer>8x9</integer>", "8x9");
+    expectFault("<key>a</key><real>0,5</real>", "0,5");
+    expectFault("<key>a</key><float>1</float>", "<float>");
+    expectFault("<key>a</key><true/><key>a</key><true/>", "given twice");
+    expectFault("<key>a</key><key>b</key><true/>", "\"a\" has no value");
+    expectFault("<true/>", "without a key");
+    expectFault("<key>a</key><string>Tom & Anna</string>", "&amp;");
+    expectFault("<key>a</key><string>caf\xe9</string>", "UTF-8");
+    EXPECT_EQ(faultOf("<key>a</key><real> -1.5e3 </real><!-- a & b --><key>b</key><string>&lt;&#233;</string>"
+                      "<key>c</key><integer>0x1F</integer>"),
+              "0 faults");
 }
 
 std::string repeated(const std::string& text, int times) {

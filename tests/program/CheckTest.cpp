@@ -3,9 +3,17 @@
 #include <fstream>
 #include <functional>
 
+#include "app/Check/KeyExample.h"
+#include "app/Check/KeyJudge.h"
 #include "app/Check/SceneFormatReference.h"
+#include "app/Model/TemplateKeys.h"
+#include "core/NodeTypes.h"
+#include "core/VideoTimeSource.h"
+#include "core/component/QVObject3DComponentBase.h"
 #include "platform/base/PropertyList.h"
+#include "platform/base/PropertyListFaults.h"
 #include "tests/program/ProgramTest.h"
+#include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::test {
 
@@ -67,11 +75,42 @@ Value childStartingAt(int start) {
     return child;
 }
 
-void useBrokenShader(SmallTemplate& small) {
-    Value::Dictionary node = small.nodes[1].dictionary();
-    node["FpsInfo"] = Value::Dictionary{{"customShaderPath", "$(currentScenePlistROOT)/own.plist"}};
-    small.nodes[1] = node;
-    small.shaderSource = "void main() { gl_FragColour = vec4(1.0); }";
+std::function<void(SmallTemplate&)> shader(const std::string& source) {
+    return [source](SmallTemplate& small) {
+        nodeWith("FpsInfo",
+                 Value::Dictionary{{"customShaderPath", "$(currentScenePlistROOT)/own.plist"}})(small);
+        small.shaderSource = source;
+    };
+}
+
+std::function<void(SmallTemplate&)> texture(Value::Dictionary info) { return nodeWith("TextureInfo", info); }
+
+std::function<void(SmallTemplate&)> image(const std::string& path) {
+    return texture({{"textureType", "image"}, {"texture", path}});
+}
+
+std::function<void(SmallTemplate&)> recordWith(const std::string& key, const Value& value) {
+    return [=](SmallTemplate& small) { small.record[key] = value; };
+}
+
+std::function<void(SmallTemplate&)> inputWith(size_t index, const std::string& key, const Value& value) {
+    return [=](SmallTemplate& small) {
+        Value::Array inputs = small.description["userInputArray"].array();
+        inputs[index] = inputs[index].with(key, value);
+        small.description["userInputArray"] = inputs;
+    };
+}
+
+/// A motion along the path 30001, which leads through x and y.
+std::function<void(SmallTemplate&)> pathTo(const std::string& end, const std::string& name = "30001") {
+    return node([=](Value::Dictionary& dictionary) {
+        dictionary["TransformArray"] = Value::Array{frames(0, 3).with("endTranslate", end)};
+        dictionary["BezierArray"] =
+            Value::Array{Value::Dictionary{{"bezierIdentifier", name},
+                                           {"interpolationTotal", 10},
+                                           {"interpolationXYZ", 21},
+                                           {"controlPoints", Value::Array{"0,0", "1,1"}}}};
+    });
 }
 
 std::vector<Fault> faults() {
@@ -137,7 +176,67 @@ std::vector<Fault> faults() {
         {"NoSurface", "object3D[1]", "QVPlaneObject3D", node([](Value::Dictionary& dictionary) {
              dictionary = {{"type", "QVMeshObject3D"}};
          })},
-        {"BrokenShader", "object3D[1].FpsInfo.customShaderPath", "gl_FragColour", useBrokenShader},
+        {"BrokenShader", "object3D[1].FpsInfo.customShaderPath", "gl_FragColour",
+         shader("void main() { gl_FragColour = vec4(1.0); }")},
+        {"UniformThatIsNotListed", "Uniforms", "\"aplae\"",
+         shader("uniform mediump float aplae; void main() { gl_FragColor = vec4(aplae); }")},
+        {"ColourOf255", "object3D[1].TextureInfo.textColor", "from 0 to 1",
+         texture({{"textureType", "text2d"}, {"textString", "title"}, {"textColor", "255,0,0,1"}})},
+        {"FontNotInstalled", "object3D[1].TextureInfo.fontName", "not installed",
+         texture({{"textureType", "text2d"}, {"textString", "title"}, {"fontName", "Nosuch Unicorn"}})},
+        {"EaseWithoutCurve", "object3D[1].TransformArray[0].translateEase", "\"30001\"",
+         nodeWith("TransformArray", Value::Array{frames(0, 3).with("translateEase", 30001)})},
+        {"PathOfAnotherName", "object3D[1].TransformArray[0].endTranslate", "\"30002\"", pathTo("30002,0,0")},
+        {"PathWithoutAxis", "object3D[1].TransformArray[0].endTranslate", "has no z", pathTo("0,0,30001")},
+        {"CurveThatNothingNames", "object3D[1].BezierArray[0].bezierIdentifier", "30000 or more",
+         pathTo("0,0,0", "swing")},
+        {"BoxWithoutHeight", "object3D[1].QuadInfo.modelHeight", "nothing is drawn",
+         nodeWith("QuadInfo", Value::Dictionary{{"modelWidth", 5}, {"modelHeight", 0}})},
+        {"CameraWithoutWidth", "Camera", "sees nothing",
+         [](SmallTemplate& small) { small.camera.erase("OrthWidth"); }},
+        {"StretchedPicture", "Camera.aspect", "stretched",
+         [](SmallTemplate& small) { small.camera["aspect"] = 1.5; }},
+        {"FrameThatNobodyGives", "object3D[1].FpsInfo.endFps", "no input has that key",
+         nodeWith("FpsInfo", Value::Dictionary{{"startFps", 0}, {"endFps", "length"}})},
+        {"TextureThatNobodyDraws", "object3D[1].TextureInfo.textureMapKey", "\"card\"",
+         texture({{"textureType", "RTTTexture"}, {"textureMapKey", "card"}})},
+        {"SceneTextureOutsideATransition", "object3D[1].TextureInfo.textureType", "transition scene",
+         texture({{"textureType", "nextSceneRenderTexture"}})},
+        {"ChildAfterItsParent", "object3D[1].childNode[0].FpsInfo.startFps", "never drawn",
+         node([](Value::Dictionary& dictionary) {
+             dictionary["FpsInfo"] = range(0, 2);
+             dictionary["childNode"] = Value::Array{childStartingAt(3)};
+         })},
+        {"MotionAfterTheEnd", "object3D[1].TransformArray[0].sartFps", "never happens",
+         nodeWith("TransformArray", Value::Array{frames(7, 9)})},
+        {"SoundAfterTheEnd", "object3D[1].ComponentsInfo[0].startFps", "never happens",
+         nodeWith("ComponentsInfo",
+                  Value::Array{Value::Dictionary{
+                      {"type", "QVObject3DSoundSourceComponent"}, {"startFps", 6}, {"endFps", 9}}})},
+        {"NameInAnotherCase", "object3D[1].TextureInfo.texture", "did you mean \"red.png\"?",
+         image("$(currentScenePlistROOT)/Red.png")},
+        {"UnknownMacro", "object3D[1].TextureInfo.texture", "did you mean \"$(currentScenePlistROOT)\"?",
+         image("$(currentScenePlistRoot)/red.png")},
+        {"NoTrack", "object3D[1].TrackInfo.trackFliePath", "encrypt-track",
+         node([](Value::Dictionary& dictionary) {
+             dictionary["type"] = "QVQuadTrackObject3D";
+             dictionary["TrackInfo"] =
+                 Value::Dictionary{{"trackFliePath", "$(currentScenePlistROOT)/red.png"}};
+         })},
+        {"MusicThatIsNone", "installScenes[0].wechartTempletInfo.bgAudioPath", "sound",
+         [](SmallTemplate& small) { small.description["bgAudioPath"] = "$(currentScenePlistROOT)/red.png"; }},
+        {"FolderWithoutSlash", "installScenes[0].sceneResourceFolderPath", "does not end in",
+         recordWith("sceneResourceFolderPath", "$(multiSceneSceneROOT)/small")},
+        {"NoThumbnail", "installScenes[0].sceneThumbnailPath", "$(multiSceneSceneROOT)/small/",
+         recordWith("sceneThumbnailPath", "thumbnail.jpg")},
+        {"NoSceneFile", "installScenes[0].scenePlistPath", "did you mean \"scene.plist\"?",
+         recordWith("scenePlistPath", "$(multiSceneSceneROOT)/small/scenes.plist")},
+        {"PhotoShownAsText", "installScenes[0].wechartTempletInfo.userInputArray[0].renderMapKey",
+         "shows it as text", inputWith(0, "userInputType", 1)},
+        {"HalfAShape", "installScenes[0].wechartTempletInfo.userInputArray[1].aspectWidth", "both sides",
+         inputWith(1, "aspectHeight", 0)},
+        {"TransitionToNothing", "installScenes[0].wechartTempletInfo.sceneGroup[1].sceneTansitionsInfo",
+         "no scene to change to", group({entry(7, "a"), entry(7, "b", 2)})},
         {"UnusedInput", "installScenes[0].wechartTempletInfo.userInputArray[1].renderMapKey",
          "no scene looks", [](SmallTemplate& small) { small.nodes.erase(small.nodes.begin() + 1); }},
         {"UnknownSceneOfGroup", "installScenes[0].wechartTempletInfo.sceneGroup[0].mainSceneId", "99",
@@ -247,6 +346,31 @@ TEST(SampleTemplates, AreClean) {
         if (!entry.is_directory()) continue;
         for (const Finding& finding : checkPath(entry.path())) ADD_FAILURE() << describe(finding);
     }
+}
+
+/// Types and ranges of an example; what it leaves out does not count.
+void expectGoodExample(const KeyTable& table) {
+    const std::string text = "<plist>" + exampleOf(table) + "</plist>";
+    const std::vector<uint8_t> bytes(text.begin(), text.end());
+    EXPECT_THAT(platform::propertyListFaults(bytes), IsEmpty()) << text;
+    Findings findings;
+    KeyJudge judge("example", findings);
+    walkDictionary(table, platform::parsePropertyList(bytes, "example"), "", judge);
+    std::erase_if(findings, [](const Finding& each) { return each.message.ends_with("is missing"); });
+    for (const Finding& finding : findings) ADD_FAILURE() << table.owner << ": " << describe(finding);
+}
+
+template <typename Types>
+void expectGoodExamples() {
+    for (const auto& [name, entry] : Types::all()) expectGoodExample(*entry.keys);
+}
+
+TEST(SceneFormat, ExamplesPassTheCheck) {
+    for (const KeyTable* table : {&templateFileKeys, &sceneGroupFileKeys, &sceneFileKeys, &shaderFileKeys})
+        expectGoodExample(*table);
+    expectGoodExamples<NodeTypes>();
+    expectGoodExamples<TimeSourceTypes>();
+    expectGoodExamples<ComponentTypes>();
 }
 
 TEST(SceneFormat, CommittedReferenceIsTheGeneratedOne) {

@@ -66,6 +66,7 @@ Value::Dictionary recordOf(int sId, const std::string& folder, const std::string
 
 SmallTemplate::SmallTemplate()
     : record(recordOf(sId, name, "scene.plist", frames)),
+      camera{{"type", "QVOrthCamera"}, {"OrthWidth", 64}},
       clock(clockOf(frames)),
       nodes{quad("background", "$(currentScenePlistROOT)/red.png"), quad("photo", "photo"), textNode()} {
     Value::Dictionary title = input(0, "title"), photo = input(1, "photo");
@@ -78,8 +79,7 @@ SmallTemplate::SmallTemplate()
 }
 
 Value::Dictionary SmallTemplate::scene() const {
-    Value::Dictionary scene{{"Camera", Value::Dictionary{{"type", "QVOrthCamera"}, {"OrthWidth", 64}}},
-                            {"object3D", nodes}};
+    Value::Dictionary scene{{"Camera", camera}, {"object3D", nodes}};
     if (!clock.empty()) scene["TimeSource"] = clock;
     return scene;
 }

@@ -15,6 +15,7 @@ struct SmallTemplate {
     std::string name = "small";
     platform::Value::Dictionary record;       ///< the first catalogue record
     platform::Value::Dictionary description;  ///< its "wechartTempletInfo"
+    platform::Value::Dictionary camera;       ///< "Camera"
     platform::Value::Dictionary clock;        ///< "TimeSource"; empty: none
     platform::Value::Array nodes;             ///< "object3D"
     platform::Value::Array moreRecords;

@@ -6,6 +6,7 @@
 #include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
+#include "platform/base/Utf8.h"
 
 namespace multiscene {
 
@@ -13,9 +14,7 @@ namespace {
 
 constexpr uint64_t maxFileBytes = 1u << 20;
 
-std::filesystem::path ownShaders() {
-    return platform::resourcesFolder() / "shaders";
-}
+std::filesystem::path ownShaders() { return platform::resourcesFolder() / "shaders"; }
 
 bool isOwn(const std::filesystem::path& file) {
     const std::filesystem::path own = ownShaders().lexically_normal(), normal = file.lexically_normal();
@@ -29,27 +28,6 @@ std::vector<uint8_t> readShaderFile(const std::string& file) {
     if (opened.verdict != platform::FileGate::Verdict::Allowed)
         throw platform::Error(platform::ErrorKind::Template, platform::describe(opened.verdict), file);
     return platform::readFile(opened.file, file, maxFileBytes);
-}
-
-/// The length of the UTF-8 sequence that starts with this byte; 0 when none does.
-size_t sequenceLength(uint8_t first) {
-    if (first < 0x80) return 1;
-    if (first >= 0xC2 && first < 0xE0) return 2;
-    if (first >= 0xE0 && first < 0xF0) return 3;
-    return first >= 0xF0 && first < 0xF5 ? 4 : 0;
-}
-
-bool isUtf8(const std::vector<uint8_t>& bytes) {
-    for (size_t i = 0; i < bytes.size();) {
-        const size_t length = sequenceLength(bytes[i]);
-        if (length == 0 || length > bytes.size() - i) return false;
-        const auto next = bytes.begin() + static_cast<ptrdiff_t>(i);
-        if (!std::all_of(next + 1, next + static_cast<ptrdiff_t>(length),
-                         [](uint8_t byte) { return (byte & 0xC0) == 0x80; }))
-            return false;
-        i += length;
-    }
-    return true;
 }
 
 }  // namespace
@@ -72,7 +50,8 @@ platform::Value readShaderDescription(const std::string& file, std::string& prob
 std::optional<std::string> readShaderText(const std::string& file, std::string& problem) {
     try {
         const std::vector<uint8_t> bytes = readShaderFile(file);
-        if (isUtf8(bytes)) return std::string(bytes.begin(), bytes.end());
+        std::string text(bytes.begin(), bytes.end());
+        if (platform::firstInvalidUtf8(text) == std::string::npos) return text;
         problem = "is not UTF-8 text";
     } catch (const platform::Error& error) {
         problem = error.message();

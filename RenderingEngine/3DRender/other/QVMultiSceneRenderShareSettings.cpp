@@ -11,13 +11,16 @@ using platform::Value;
 
 namespace {
 
+constexpr std::string_view kSceneMacro = "$(currentScenePlistROOT)",
+                           kGroupMacro = "$(currentSceneGroupPlistROOT)",
+                           kUserMacro = "$(currentSceneGroupUserResourcePathROOT)";
+
 /// The root of a macro that means something only while a group plays; null for every other component.
 const std::string* groupRoot(std::string_view component, const std::string& sceneFolder) {
     const auto& settings = QVMultiSceneRenderShareSettings::shared();
-    if (component == "$(currentScenePlistROOT)") return &sceneFolder;
-    if (component == "$(currentSceneGroupPlistROOT)") return &settings.currentSceneGroupPlistPathFloder();
-    if (component == "$(currentSceneGroupUserResourcePathROOT)")
-        return &settings.currentSceneGroupUserResourcePathFloder();
+    if (component == kSceneMacro) return &sceneFolder;
+    if (component == kGroupMacro) return &settings.currentSceneGroupPlistPathFloder();
+    if (component == kUserMacro) return &settings.currentSceneGroupUserResourcePathFloder();
     return nullptr;
 }
 
@@ -60,6 +63,12 @@ std::string QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithSt
     const std::string_view component = QVUtil::firstComponent(path);
     const std::string* root = groupRoot(component, currentSceneFolderPath);
     return root ? *root + QVUtil::removingMacro(path, component) : QVUtil::multiScenePathWithString(path);
+}
+
+std::vector<std::string_view> QVMultiSceneRenderShareSettings::pathMacros() {
+    std::vector<std::string_view> macros = QVUtil::pathMacros();
+    macros.insert(macros.end(), {kSceneMacro, kGroupMacro, kUserMacro});
+    return macros;
 }
 
 }  // namespace multiscene

@@ -3,6 +3,8 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "platform/base/Value.h"
 
@@ -36,6 +38,9 @@ class QVMultiSceneRenderShareSettings {
     /// no scene folder is given, goes to QVUtil::multiScenePathWithString.
     static std::string multiSceneRenderPathResourcesWithString(const std::string& path,
                                                                const std::string& currentSceneFolderPath);
+
+    /// Every macro that multiSceneRenderPathResourcesWithString expands.
+    static std::vector<std::string_view> pathMacros();
 
     const platform::Value& userMediaMapDic() const { return userMediaMapDic_; }
     void setUserMediaMapDic(platform::Value map) { userMediaMapDic_ = std::move(map); }

@@ -23,9 +23,7 @@ SceneRoot& sceneRoot() {
     return root;
 }
 
-std::string bundleRoot() {
-    return platform::resourcesFolder().string() + "/";
-}
+std::string bundleRoot() { return platform::resourcesFolder().string() + "/"; }
 
 using RootMaker = std::string (*)();
 
@@ -42,9 +40,7 @@ const std::map<std::string, RootMaker, std::less<>>& roots() {
 
 }  // namespace
 
-std::string_view QVUtil::firstComponent(std::string_view path) {
-    return path.substr(0, path.find('/'));
-}
+std::string_view QVUtil::firstComponent(std::string_view path) { return path.substr(0, path.find('/')); }
 
 std::string QVUtil::removingMacro(const std::string& path, std::string_view component) {
     const std::string prefix = std::string(component) + "/";
@@ -62,24 +58,22 @@ std::string QVUtil::multiScenePathWithString(const std::string& path) {
     return root == roots().end() ? std::string() : root->second() + removingMacro(path, component);
 }
 
-std::string QVUtil::multiSceneRootPath() {
-    return platform::dataHome().string() + "/qvMultiSceneRender/";
+std::vector<std::string_view> QVUtil::pathMacros() {
+    std::vector<std::string_view> macros;
+    for (const auto& [macro, root] : roots()) macros.push_back(macro);
+    return macros;
 }
+
+std::string QVUtil::multiSceneRootPath() { return platform::dataHome().string() + "/qvMultiSceneRender/"; }
 
 std::string QVUtil::scenePath() {
     const std::lock_guard lock(sceneRoot().mutex);
     return sceneRoot().folder.empty() ? multiSceneRootPath() + "scene/" : sceneRoot().folder;
 }
 
-std::string QVUtil::userResourcesPath() {
-    return multiSceneRootPath() + "UserResources/";
-}
-std::string QVUtil::templatePath() {
-    return multiSceneRootPath() + "MultiSceneTemplate/";
-}
-std::string QVUtil::dataPath() {
-    return multiSceneRootPath() + "data/";
-}
+std::string QVUtil::userResourcesPath() { return multiSceneRootPath() + "UserResources/"; }
+std::string QVUtil::templatePath() { return multiSceneRootPath() + "MultiSceneTemplate/"; }
+std::string QVUtil::dataPath() { return multiSceneRootPath() + "data/"; }
 
 void QVUtil::setSceneRoot(const std::string& folder) {
     const std::lock_guard lock(sceneRoot().mutex);

@@ -6,6 +6,7 @@
 #include <glm/vec4.hpp>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/base/Value.h"
 
@@ -18,6 +19,9 @@ class QVUtil {
     /// An absolute path is returned unchanged. Empty text, and a relative path without a macro, give an empty
     /// path: nothing is ever looked up in the working directory. Says nothing about whether the file exists.
     static std::string multiScenePathWithString(const std::string& path);
+
+    /// The macros of multiScenePathWithString.
+    static std::vector<std::string_view> pathMacros();
 
     /// The text after the macro: every occurrence of `component` followed by "/" is removed.
     static std::string removingMacro(const std::string& path, std::string_view component);

@@ -5,21 +5,23 @@
 
 namespace multiscene {
 
+// Of GL: ZERO, ONE, then SRC_COLOR to SRC_ALPHA_SATURATE.
+static constexpr std::string_view blendFactorNumbers[] = {"0",   "1",   "768", "769", "770", "771",
+                                                          "772", "773", "774", "775", "776"};
+
 static constexpr Key blendInfoKeyList[] = {
     {.name = "srcBlend",
      .type = KeyType::Integer,
      .fallback = "0",
      .meaning = "number of the GL blend factor of what is drawn, 1 ONE, 770 SRC_ALPHA",
      .required = true,
-     .minimum = 0,
-     .maximum = 776},
+     .choices = blendFactorNumbers},
     {.name = "decBlend",
      .type = KeyType::Integer,
      .fallback = "0",
      .meaning = "number of the GL blend factor of what is there, 1 ONE, 771 ONE_MINUS_SRC_ALPHA",
      .required = true,
-     .minimum = 0,
-     .maximum = 776},
+     .choices = blendFactorNumbers},
 };
 constexpr KeyTable blendInfoKeys{"BlendInfo", "A blend function.", nullptr, blendInfoKeyList};
 
