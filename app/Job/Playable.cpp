@@ -7,6 +7,7 @@
 #include "app/Model/TemplateFolder.h"
 #include "app/Other/InstalledTemplates.h"
 #include "app/Other/TemplateInstallation.h"
+#include "app/Other/TemplateLocks.h"
 #include "app/data/QVDataManager.h"
 #include "other/QVMultiSceneGropPlistFileManager.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
@@ -27,6 +28,7 @@ using platform::Value;
 
 namespace {
 
+constexpr std::chrono::seconds kPatience{30};  // an exchange takes a moment
 const std::string kOwnIdentifier = std::string(1, kOwnIdentifierMark) + "1";
 
 Value::Array ownScene(int64_t sceneId) {
@@ -71,11 +73,12 @@ Playable openFolder(const fs::path& path) {
     return playable;
 }
 
-/// The one folder in the archive that is a template.
+/// The one folder in the archive that is a template; some systems add folders of their own.
 fs::path onlyFolder(const fs::path& unpacked, const fs::path& archive) {
     fs::path found;
     for (const fs::directory_entry& entry : fs::directory_iterator(unpacked)) {
-        if (!entry.is_directory()) continue;
+        const std::string name = entry.path().filename().string();
+        if (!entry.is_directory() || name == "__MACOSX" || !isTemplateName(name)) continue;
         if (!found.empty())
             throw Error(ErrorKind::Template, "holds more than one folder; a template is one",
                         archive.string());
@@ -105,9 +108,31 @@ std::optional<InstalledTemplate> installedTemplate(const std::string& numberOrNa
     return findInstalledTemplate(*catalogue, numberOrName);
 }
 
-Playable openInstalled(const QVTempletDataModel& record) {
+/// The templates of the data home whose scenes are played, in an order that is the same for everybody.
+std::vector<platform::FileLock> locksOf(const Playable& playable) {
+    std::set<std::string> names;
+    for (const SceneConfigData& scene : playable.scenes())
+        if (const std::string name = templateOwning(scene.scenePlistPath); isTemplateName(name))
+            names.insert(name);
+    std::vector<platform::FileLock> locks;
+    for (const std::string& name : names) locks.push_back(lockForUse(name, kPatience));
+    return locks;
+}
+
+std::optional<Playable> openInstalled(const std::string& numberOrName) {
+    const auto open = [&]() -> std::optional<Playable> {
+        const auto installed = installedTemplate(numberOrName);
+        if (!installed) return std::nullopt;
+        const QVTempletDataModel& record = installed->main();
+        return playableOf(record, resourceFolder(record), QVDataManager::sharedDataManager());
+    };
+    const auto found = open();
+    if (!found) return std::nullopt;
+    auto locks = locksOf(*found);
+    auto playable = open();  // as it is now that nobody can exchange it
+    if (playable) playable->inUse = std::move(locks);
     allowHome();
-    return playableOf(record, resourceFolder(record), QVDataManager::sharedDataManager());
+    return playable;
 }
 
 /// The user wrote the files of the map into the group file, so they are the user's own inputs.
@@ -165,7 +190,7 @@ Playable openPlayable(const std::string& argument, const JobFolder& job) {
     if (fs::is_directory(path, failure) && (isPath || isTemplateFolder(path))) return openFolder(path);
     if (fs::is_regular_file(path, failure)) return openFile(path, job);
     if (!isPath)
-        if (const auto installed = installedTemplate(argument)) return openInstalled(installed->main());
+        if (auto installed = openInstalled(argument)) return std::move(*installed);
     if (fs::is_directory(path, failure)) return openFolder(path);
     throw notFound(argument);
 }
@@ -193,6 +218,7 @@ Playable openSceneGroupFile(const fs::path& file) {
     playable.userMediaMap = content["userMediaMap"];
     playable.isGroupFile = true;
     playable.catalogue = QVDataManager::sharedDataManager();
+    playable.inUse = locksOf(playable);
     return playable;
 }
 

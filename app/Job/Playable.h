@@ -6,11 +6,13 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "app/Model/MediaFormat.h"
 #include "app/Model/UserInputList.h"
 #include "other/SceneCatalogue.h"
 #include "platform/base/Value.h"
+#include "platform/store/FileLock.h"
 
 namespace multiscene {
 
@@ -29,6 +31,8 @@ struct Playable {
     std::optional<MediaFormat> format;  ///< none for a group file
     std::string musicPath;              ///< complete; empty: no music
     std::shared_ptr<SceneCatalogue> catalogue;
+    /// Keep the files of installed templates from being exchanged while they are played.
+    std::vector<platform::FileLock> inUse;
 
     /// "sceneIdentifier" of the entries that have one.
     std::set<std::string> identifiers() const;
@@ -39,7 +43,8 @@ struct Playable {
 /// Finds what `argument` names: a path (a template's folder, its NAME.plist, a zip, a scene-group file), else
 /// the number or the name of an installed template. Opens the gate for its files; a template that is not
 /// installed is played from where it lies, its parent standing in for the scene folder until the program
-/// ends. A zip is unpacked into the job's folder. Throws platform::Error(Template).
+/// ends. A zip is unpacked into the job's folder. Throws platform::Error(Template), or Transient while an
+/// installed template is being replaced.
 Playable openPlayable(const std::string& argument, const JobFolder& job);
 
 /// Unpacks a zip into the job's folder and returns the one template folder in it. Throws

@@ -4,6 +4,7 @@
 #include <set>
 
 #include "app/Other/FolderSwap.h"
+#include "app/Other/TemplateLocks.h"
 #include "other/QVUtil.h"
 #include "platform/archive/ZipArchive.h"
 #include "platform/base/Error.h"
@@ -19,7 +20,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::chrono::seconds kPatience{60};
 constexpr const char* kStagingPrefix = ".staging-";
 constexpr const char* kArchivePrefix = ".archive-";
 constexpr const char* kDownloadPrefix = ".download-";
@@ -29,15 +29,8 @@ std::string requireName(const std::string& name) {
     return name;
 }
 
-std::optional<FileLock> tryLock(const std::string& name, std::chrono::milliseconds patience) {
-    QVUtil::createMultiSceneLocalPaths();
-    const fs::path folder = fs::path(QVUtil::dataPath()) / "locks";
-    platform::createFolders(folder);
-    return FileLock::acquire(folder / (name + ".lock"), patience);
-}
-
-FileLock lockOrFail(const std::string& name) {
-    auto lock = tryLock(name, kPatience);
+FileLock lockOrFail(const std::string& name, std::chrono::milliseconds patience) {
+    auto lock = lockForChange(name, patience);
     if (!lock) throw Error(ErrorKind::Transient, "another program is changing this template", name);
     return std::move(*lock);
 }
@@ -90,7 +83,7 @@ TemplateInstallation::TemplateInstallation(QVDataManager& catalogue, const std::
       journal_(catalogue),
       name_(requireName(name)),
       options_(std::move(options)),
-      lock_(lockOrFail(name)) {
+      lock_(lockOrFail(name, options_.patience)) {
     step("locked");
     recoverThis();
 }
@@ -222,6 +215,7 @@ InstallResult TemplateInstallation::remove() {
 }
 
 void TemplateInstallation::change(const std::string& newIdentity, const std::function<void()>& changeRows) {
+    const FileLock alone = aloneWithFiles();
     journal_.announce(name_, newIdentity);
     step("announced");
     try {
@@ -242,6 +236,16 @@ void TemplateInstallation::change(const std::string& newIdentity, const std::fun
     step("tidied");
     journal_.forget(name_);
     step("finished");
+}
+
+/// A video is made with the files of one version, so the exchange waits for those who read them.
+FileLock TemplateInstallation::aloneWithFiles() {
+    try {
+        return lockForExchange(name_, options_.patience);
+    } catch (...) {
+        clearLeftovers();
+        throw;
+    }
 }
 
 void TemplateInstallation::recoverThis() {
@@ -272,7 +276,7 @@ void TemplateInstallation::recover(QVDataManager& catalogue) {
     collectLeftovers(QVUtil::scenePath(), kArchivePrefix, ".zip", names);
     collectLeftovers(QVUtil::multiSceneRootPath(), kDownloadPrefix, ".zip", names);
     for (const std::string& name : names) {
-        auto lock = tryLock(name, std::chrono::milliseconds(0));
+        auto lock = lockForChange(name, std::chrono::milliseconds(0));
         if (!lock) continue;
         const TemplateInstallation leftover(catalogue, name, std::move(*lock));
         std::error_code ignored;

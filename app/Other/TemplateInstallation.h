@@ -2,6 +2,7 @@
 // rows or not at all, whenever the program may be killed and however many of them run.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <functional>
 #include <string>
@@ -26,6 +27,8 @@ struct InstallResult {
 struct InstallOptions {
     bool replace = false;  ///< an installed template of the same name makes way
     platform::ZipLimits limits = {};
+    /// How long to wait for programs that change the template or make a video with it.
+    std::chrono::milliseconds patience = std::chrono::seconds(60);
     std::function<bool()> isCancelled = {};
     /// A further judgement of the unpacked folder before it moves in; throws platform::Error to refuse it.
     std::function<void(const TemplateFolder&)> judge = {};
@@ -39,13 +42,14 @@ struct InstallOptions {
 /// killed change of this template left.
 class TemplateInstallation {
   public:
-    /// Waits a while for another change of the same template. Throws Error: Template for a name that no
-    /// folder may have, Transient when the other change takes too long.
+    /// Waits for another change of the same template. Throws Error: Template for a name that no folder may
+    /// have, Transient when the other change takes too long.
     TemplateInstallation(QVDataManager& catalogue, const std::string& name, InstallOptions options = {});
 
     /// Unpacks an archive that holds NAME/NAME.plist, judges it, and moves it in. The archive itself is left
     /// alone; what it holds outside NAME/ is ignored. Throws Error, and then nothing has changed: Template
-    /// for an archive or template at fault, or a scene number that another template owns.
+    /// for an archive or template at fault, or a scene number that another template owns; Transient while
+    /// videos are made with the template.
     InstallResult install(const std::filesystem::path& archive);
 
     /// Takes the template's rows and files away. Throws Error(Usage) when it is not installed.
@@ -63,6 +67,7 @@ class TemplateInstallation {
     TemplateInstallation(QVDataManager& catalogue, const std::string& name, platform::FileLock lock);
 
     void step(const char* name) const;
+    platform::FileLock aloneWithFiles();
     void recoverThis();
     void clearLeftovers();
     std::vector<QVTempletDataModel> installedRecords();

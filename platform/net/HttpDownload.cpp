@@ -49,6 +49,13 @@ bool isWorthAnotherTry(CURLcode code) {
     return std::find(std::begin(permanent), std::end(permanent), code) == std::end(permanent);
 }
 
+/// The first of some environment variables that is set, else null.
+const char* firstSet(std::initializer_list<const char*> variables) {
+    for (const char* variable : variables)
+        if (const char* value = std::getenv(variable); value && *value) return value;
+    return nullptr;
+}
+
 class Download {
   public:
     Download(const std::string& url, const fs::path& file, const HttpDownloadOptions& options)
@@ -160,8 +167,9 @@ void Download::configure(CURL* handle) {
     curl_easy_setopt(handle, CURLOPT_NOPROGRESS, 0L);
     curl_easy_setopt(handle, CURLOPT_XFERINFOFUNCTION, onProgress);
     curl_easy_setopt(handle, CURLOPT_XFERINFODATA, this);
-    if (const char* authorities = std::getenv("SSL_CERT_FILE"))
-        curl_easy_setopt(handle, CURLOPT_CAINFO, authorities);
+    if (const char* file = firstSet({"SSL_CERT_FILE", "CURL_CA_BUNDLE"}))
+        curl_easy_setopt(handle, CURLOPT_CAINFO, file);
+    if (const char* folder = firstSet({"SSL_CERT_DIR"})) curl_easy_setopt(handle, CURLOPT_CAPATH, folder);
 }
 
 bool Download::attempt() {
@@ -197,6 +205,10 @@ bool Download::judge(CURLcode code) {
     }
     if (code != CURLE_OK) {
         lastFailure_ = *curlMessage_ ? curlMessage_ : curl_easy_strerror(code);
+        if (code == CURLE_PEER_FAILED_VERIFICATION)
+            lastFailure_ +=
+                "; the certificates of authorities that are not installed are named by "
+                "SSL_CERT_FILE or SSL_CERT_DIR";
         if (!isWorthAnotherTry(code)) fail(ErrorKind::Failed, lastFailure_);
         return false;
     }

@@ -29,8 +29,11 @@ struct HttpDownloadResult {
 };
 
 /// Fetches `url` into `file`, replacing it. Blocks. A broken transfer goes on where it stopped when the
-/// server can name the version of its file, else it starts again. Certificates are verified; proxies come
-/// from the environment; redirects stay within HTTP and HTTPS, and a URL that starts as HTTPS stays there.
+/// server can name the version of its file, else it starts again. Redirects stay within HTTP and HTTPS, and a
+/// URL that starts as HTTPS stays there.
+///
+/// Certificates are verified against the system's authorities, or those of SSL_CERT_FILE (CURL_CA_BUNDLE) and
+/// SSL_CERT_DIR; proxies are those of http_proxy, https_proxy and no_proxy.
 ///
 /// Throws Error with the URL as its file, and leaves no file: Usage for another kind of URL, Failed when the
 /// server refuses or the file is too large, Transient when the network or the server fails, Cancelled.

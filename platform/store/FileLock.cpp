@@ -9,11 +9,12 @@
 namespace platform {
 
 std::optional<FileLock> FileLock::acquire(const std::filesystem::path& file,
-                                          std::chrono::milliseconds patience) {
+                                          std::chrono::milliseconds patience, Mode mode) {
     FileHandle handle(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666));
     if (!handle) throw errnoError(errno, "cannot open the lock file", file.string());
     const auto deadline = std::chrono::steady_clock::now() + patience;
-    while (::flock(handle.descriptor(), LOCK_EX | LOCK_NB) != 0) {
+    const int kind = mode == Mode::Shared ? LOCK_SH : LOCK_EX;
+    while (::flock(handle.descriptor(), kind | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR) throw errnoError(errno, "cannot lock", file.string());
         if (std::chrono::steady_clock::now() >= deadline) return std::nullopt;
         std::this_thread::sleep_for(std::chrono::milliseconds(20));

@@ -13,8 +13,10 @@ namespace platform {
 class FileLock {
   public:
     /// Nothing when somebody else still holds it after `patience`. Throws Error when the file cannot be made.
+    enum class Mode { Alone, Shared };
     static std::optional<FileLock> acquire(const std::filesystem::path& file,
-                                           std::chrono::milliseconds patience = std::chrono::milliseconds(0));
+                                           std::chrono::milliseconds patience = std::chrono::milliseconds(0),
+                                           Mode mode = Mode::Alone);
 
   private:
     explicit FileLock(FileHandle file) : file_(std::move(file)) {}

@@ -8,6 +8,7 @@
 #include "app/Other/FolderSwap.h"
 #include "app/Other/InstalledTemplates.h"
 #include "app/Other/TemplateInstallation.h"
+#include "app/Other/TemplateLocks.h"
 #include "other/QVUtil.h"
 #include "platform/base/Error.h"
 #include "platform/base/PropertyList.h"
@@ -303,6 +304,23 @@ TEST_F(InstallationTest, ProgramsThatInstallTheSameTemplateTakeTurns) {
     }
     EXPECT_EQ(installed, 1);
     EXPECT_EQ(state(catalogue, "T"), "1 2 /111");
+}
+
+TEST_F(InstallationTest, FilesInUseAreNotExchanged) {
+    install("T", {7}, "1");
+    InstallOptions options;
+    options.replace = true;
+    options.patience = std::chrono::milliseconds(0);
+    {
+        const auto reader = lockForUse("T", options.patience), another = lockForUse("T", options.patience);
+        const fs::path second = archive("T", {7}, "2");
+        EXPECT_THAT(failureOf([&] { install("T", second, options); }), HasSubstr("a video is being made"));
+        EXPECT_THAT(failureOf([&] { TemplateInstallation(catalogue, "T", options).remove(); }),
+                    HasSubstr("a video is being made"));
+        EXPECT_EQ(state(catalogue, "T"), "7 /11");
+        EXPECT_THAT(sceneFolder(), ElementsAre("T"));
+    }
+    EXPECT_EQ(install("T", archive("T", {7}, "2"), options).outcome, InstallOutcome::Replaced);
 }
 
 TEST_F(InstallationTest, SwapsByRenamesCanBeSettledAfterEveryOne) {

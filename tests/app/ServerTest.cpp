@@ -12,6 +12,7 @@
 #include "other/QVUtil.h"
 #include "platform/base/NotificationCenter.h"
 #include "platform/base/PropertyList.h"
+#include "platform/net/HttpDownload.h"
 #include "tests/platform/FaultyServer.h"
 #include "tests/platform/RawZip.h"
 
@@ -131,6 +132,27 @@ TEST_F(ServerTest, WhatAnAuthorPublishesAUserCanInstall) {
     EXPECT_THROW(list.downloadInfo(), Error);
     EXPECT_TRUE(list.getSeverTempletData().empty()) << "the copy of before is still there";
     EXPECT_TRUE(hiddenFiles().empty());
+}
+
+TEST_F(ServerTest, CertificatesAreVerified) {
+    test::writeText(folder("safe") / "list", "content");
+    const test::StaticServer server(folder("safe"), folder("nginx-https"), true);
+    const fs::path file = folder("fetched");
+    const auto failureOf = [&](const std::string& url) -> std::string {
+        try {
+            platform::downloadToFile(url + "list", file);
+            return "";
+        } catch (const Error& error) {
+            EXPECT_EQ(error.kind(), ErrorKind::Failed);
+            return error.what();
+        }
+    };
+    EXPECT_THAT(failureOf(server.address()), HasSubstr("SSL_CERT_FILE"));
+    ::setenv("SSL_CERT_FILE", server.certificate().c_str(), 1);
+    EXPECT_EQ(failureOf(server.address()), "");
+    EXPECT_EQ(test::readText(file), "content");
+    EXPECT_THAT(failureOf(server.address("localhost")), HasSubstr("localhost"));
+    ::unsetenv("SSL_CERT_FILE");
 }
 
 TEST_F(ServerTest, AnArchiveOfAnotherNameInstallsNothingAndStillEnds) {
