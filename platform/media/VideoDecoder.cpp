@@ -1,6 +1,8 @@
 #include "platform/media/VideoDecoder.h"
 
 #include <algorithm>
+#include <cstdlib>
+#include <cstring>
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -107,8 +109,21 @@ void VideoDecoder::noteTime() {
     if (!firstTick_) firstTick_ = tick_;
 }
 
+bool VideoDecoder::roundsTimes() const {
+    return std::strcmp(input_->iformat->name, "matroska,webm") == 0 && stream_.avg_frame_rate.num > 0 &&
+           stream_.avg_frame_rate.den > 0;
+}
+
 CMTime VideoDecoder::time() const {
-    return CMTimeMake((tick_ - firstTick_.value_or(0)) * stream_.time_base.num, stream_.time_base.den);
+    const int64_t tick = tick_ - firstTick_.value_or(0);
+    if (roundsTimes()) {
+        // The first time and this one may each be half a tick off the picture they belong to.
+        const AVRational period = av_inv_q(stream_.avg_frame_rate);
+        const int64_t picture = av_rescale_q(tick, stream_.time_base, period);
+        if (std::abs(av_rescale_q(picture, period, stream_.time_base) - tick) <= 1)
+            return CMTimeMake(picture * period.num, period.den);
+    }
+    return CMTimeMake(tick * stream_.time_base.num, stream_.time_base.den);
 }
 
 }  // namespace platform

@@ -23,7 +23,7 @@ class VideoDecoder {
     bool next();
     /// The picture that next() decoded, valid until it is called again.
     const AVFrame& picture() const { return *frame_; }
-    /// Its time, counted from the first picture.
+    /// Its time, counted from the first picture: exact, also where the file rounds to milliseconds.
     CMTime time() const;
 
     /// The first thing that could not be read or decoded, if any.
@@ -31,6 +31,7 @@ class VideoDecoder {
 
   private:
     bool feed();
+    bool roundsTimes() const;
     void noteDamage(int code);
     void noteTime();
 

@@ -37,10 +37,12 @@ class VideoTest : public MediaFolder {
         avcodec_parameters_copy(filter->par_in, input->streams[0]->codecpar);
         filter->time_base_in = input->streams[0]->time_base;
         ASSERT_EQ(av_bsf_init(filter), 0);
-        avformat_alloc_output_context2(&output, nullptr, "mp4", to.c_str());
+        avformat_alloc_output_context2(&output, nullptr, nullptr, to.c_str());
         AVStream* stream = avformat_new_stream(output, nullptr);
         avcodec_parameters_copy(stream->codecpar, filter->par_out);
+        stream->codecpar->codec_tag = 0;
         stream->time_base = input->streams[0]->time_base;
+        const AVRational rate = stream->avg_frame_rate = input->streams[0]->avg_frame_rate;
         if (change.matrix != std::array<int32_t, 4>{}) {
             auto* m =
                 reinterpret_cast<int32_t*>(av_stream_new_side_data(stream, AV_PKT_DATA_DISPLAYMATRIX, 36));
@@ -58,7 +60,7 @@ class VideoTest : public MediaFolder {
         ASSERT_GE(avio_open(&output->pb, to.c_str(), AVIO_FLAG_WRITE), 0);
         ASSERT_GE(avformat_write_header(output, nullptr), 0);
         AVPacket* packet = av_packet_alloc();
-        const int64_t tick = input->streams[0]->time_base.den / 25;
+        const int64_t tick = av_rescale(input->streams[0]->time_base.den, rate.den, rate.num);
         while (av_read_frame(input, packet) >= 0) {
             ASSERT_EQ(av_bsf_send_packet(filter, packet), 0);
             while (av_bsf_receive_packet(filter, packet) == 0) {
@@ -283,6 +285,27 @@ TEST_F(VideoTest, AVariableFrameRateGivesEveryPictureOnce) {
         expectColour(*frame->pixels, 48, 36, greyOf(i));
     }
     EXPECT_FALSE(reader.nextFrame());
+}
+
+TEST_F(VideoTest, TimesThatTheFileRoundsToMillisecondsAreExact) {
+    VideoWriter::Settings settings = small(64, 48, 30);
+    settings.preset = "ultrafast";
+    const std::string film = makeFilm("a.mp4", 8, settings);
+    remux(film, path("even.mkv"), {});
+    VideoReader even(open(path("even.mkv")), "even");
+    for (int i = 0; i < 8; ++i) {
+        const auto frame = even.nextFrame();
+        ASSERT_TRUE(frame);
+        EXPECT_EQ(frame->time.value * 30, i * frame->time.timescale);
+    }
+    // What is uneven stays so.
+    remux(film, path("uneven.mkv"), {.time = [](int64_t frame) { return frame * frame; }});
+    VideoReader uneven(open(path("uneven.mkv")), "uneven");
+    for (int i = 0; i < 8; ++i) {
+        const auto frame = uneven.nextFrame();
+        ASSERT_TRUE(frame);
+        EXPECT_NEAR(CMTimeGetSeconds(frame->time), (i + 2) * i / 30.0, 0.0011);
+    }
 }
 
 TEST_F(VideoTest, TheNamedColourMatrixDecides) {
