@@ -66,13 +66,7 @@ void copyAdapted(const fs::path& from, const fs::path& to, const std::string& na
     platform::writeFileAtomically(to, content);
 }
 
-}  // namespace
-
-fs::path makeNewTemplate(const fs::path& parent, const std::string& name, int64_t sId) {
-    if (!isTemplateName(name)) throw Error(ErrorKind::Usage, "is no name that a template can have", name);
-    const fs::path folder = fs::absolute(parent) / name;
-    if (fs::exists(fs::symlink_status(folder)))
-        throw Error(ErrorKind::Usage, "exists already", folder.string());
+void copyPattern(const fs::path& folder, const std::string& name, int64_t sId) {
     const fs::path pattern = platform::resourcesFolder() / kPatternFolder;
     const auto followLinks = fs::directory_options::follow_directory_symlink;
     for (const auto& entry : fs::recursive_directory_iterator(pattern / "", followLinks)) {
@@ -80,6 +74,22 @@ fs::path makeNewTemplate(const fs::path& parent, const std::string& name, int64_
         fs::path relative = entry.path().lexically_relative(pattern);
         if (relative == std::string(kPatternName) + ".plist") relative = name + ".plist";
         copyAdapted(entry.path(), folder / relative, name, sId);
+    }
+}
+
+}  // namespace
+
+fs::path makeNewTemplate(const fs::path& parent, const std::string& name, int64_t sId) {
+    if (!isTemplateName(name)) throw Error(ErrorKind::Usage, "is no name that a template can have", name);
+    const fs::path folder = fs::absolute(parent) / name;
+    if (fs::exists(fs::symlink_status(folder)))
+        throw Error(ErrorKind::Usage, "exists already", folder.string());
+    try {
+        copyPattern(folder, name, sId);
+    } catch (...) {
+        std::error_code ignored;
+        fs::remove_all(folder, ignored);
+        throw;
     }
     return folder;
 }

@@ -18,6 +18,7 @@ bool isPassing(int code) {
         case SQLITE_LOCKED:
         case SQLITE_FULL:
         case SQLITE_NOMEM:
+        case SQLITE_IOERR:  // a full disk, too: the shared index cannot grow
             return true;
         default:
             return false;
@@ -31,6 +32,8 @@ std::string explanation(int code, const std::string& message) {
             return "the database is in use by another process";
         case SQLITE_FULL:
             return "no space left for the database";
+        case SQLITE_IOERR:
+            return "the database cannot be read or written; the disk may be full";
         case SQLITE_NOTADB:
             return "the file is no database";
         case SQLITE_CORRUPT:
