@@ -43,13 +43,12 @@ class Shaders : public DictionaryVisitor {
         if (shader.failures().empty()) judgeNames(shader, file);
     }
 
-    /// What the program would set if the description listed it.
+    /// What the program would set if the description listed it; "videoFrame" is right as it stands, 0.
     void judgeNames(const Shader& shader, const std::string& file) {
         if (shader.attributeHandle("position") == 0)
             findings_.push_back({Severity::Error, file, "Attributes",
                                  "does not list \"position\": nothing is drawn", "add it"});
-        for (const char* name :
-             {"u_mvpMatrix", "u_textureMatrix", "videoFrame", "isPreMultiplication", "aplae"})
+        for (const char* name : {"u_mvpMatrix", "u_textureMatrix", "isPreMultiplication", "aplae"})
             if (shader.uniformLocationStructOrArray(name) >= 0 && !shader.hasUniform(name))
                 findings_.push_back(
                     {Severity::Error, file, "Uniforms",
