@@ -25,7 +25,7 @@ static constexpr Key soundSourceKeyList[] = {
     {.name = "isLoop",
      .type = KeyType::Bool,
      .fallback = "0",
-     .meaning = "repeat the clip until the last frame"},
+     .meaning = "repeat the clip in a live preview; a video plays it once"},
 };
 const KeyTable soundSourceKeys{"QVObject3DSoundSourceComponent", "A sound effect.", &componentKeys,
                                soundSourceKeyList};
