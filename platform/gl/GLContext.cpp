@@ -126,6 +126,8 @@ GLCaps readCaps() {
     caps.rowLength = es3;
     for (const char* name : {"llvmpipe", "softpipe", "swrast", "SwiftShader"})
         if (caps.renderer.find(name) != std::string::npos) caps.software = true;
+    // Mesa's software renderer has a path of its own for plain quads, which takes no other order.
+    caps.drawsBgraFaster = caps.software && caps.bgraUpload && caps.bgraReadBack && caps.blit;
     return caps;
 }
 
@@ -188,13 +190,9 @@ void GLContext::clearCurrent() {
     currentContext = nullptr;
 }
 
-GLContext* GLContext::current() {
-    return currentContext;
-}
+GLContext* GLContext::current() { return currentContext; }
 
-const GLCaps& GLContext::caps() const {
-    return implementation_->caps;
-}
+const GLCaps& GLContext::caps() const { return implementation_->caps; }
 
 GLContextScope::GLContextScope(GLContext& context) {
     GLContext* previous = GLContext::current();

@@ -13,13 +13,14 @@ struct GLCaps {
     std::string version;
     int majorVersion = 2;  ///< drivers may answer a request for ES 2 with a later ES
     int maxTextureSize = 0;
-    int maxSamples = 1;         ///< 1: no multisampled renderbuffers
-    bool blit = false;          ///< glBlitFramebuffer exists
-    bool invalidate = false;    ///< glInvalidateFramebuffer exists
-    bool bgraUpload = false;    ///< GL_BGRA_EXT as a texture format
-    bool bgraReadBack = false;  ///< GL_BGRA_EXT in glReadPixels
-    bool rowLength = false;     ///< GL_UNPACK_ROW_LENGTH and GL_PACK_ROW_LENGTH
-    bool software = false;      ///< drawn by the processor
+    int maxSamples = 1;            ///< 1: no multisampled renderbuffers
+    bool blit = false;             ///< glBlitFramebuffer exists
+    bool invalidate = false;       ///< glInvalidateFramebuffer exists
+    bool bgraUpload = false;       ///< GL_BGRA_EXT as a texture format
+    bool bgraReadBack = false;     ///< GL_BGRA_EXT in glReadPixels
+    bool rowLength = false;        ///< GL_UNPACK_ROW_LENGTH and GL_PACK_ROW_LENGTH
+    bool software = false;         ///< drawn by the processor
+    bool drawsBgraFaster = false;  ///< textures and targets in BGRA cost less to draw
 };
 
 /// An OpenGL ES context without a surface. It may be current on one thread at a time; every GL object belongs

@@ -336,14 +336,14 @@ TEST_P(ThreeScenes, PlayToTheEndAsAnnounced) {
     createExport(exporter());
     const auto before = censusNow();
     EXPECT_EQ(before,
-              (std::map<std::string, int>{{"framebuffers", 2}, {"renderbuffers", 2}, {"textures", 1}}));
+              (std::map<std::string, int>{{"framebuffers", 3}, {"renderbuffers", 3}, {"textures", 1}}));
     playAndInterrupt([] {});
     EXPECT_EQ(summary(), wholeGroup());
     expectWholeFilm();
     // At the last frame all that is left is the last scene's: its photo, and its own texture that the fade
     // took.
     const auto last = censuses_[announcedFrames() - 1].at(0);
-    EXPECT_EQ(last.at("framebuffers"), isOverlay() ? 2 : 3);
+    EXPECT_EQ(last.at("framebuffers"), isOverlay() ? 3 : 4);
     EXPECT_EQ(last.at("textures"), isOverlay() ? 2 : 3);
 }
 

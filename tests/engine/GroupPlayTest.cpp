@@ -186,14 +186,14 @@ TEST_F(GroupPlay, LoopGoesRoundUntilItIsCancelled) {
 TEST_F(GroupPlay, PicturesOfSelectedFramesOnlyTopRowFirst) {
     addScene(1, 9,
              {patch("1,0,0,1", {}, {{"FpsInfo", Value(Dictionary{{"startFps", 0}, {"endFps", 4}})}}),
-              patch("0,0,1,0.5", "0,16,32,16")});
+              patch("0,0,1,0.2", "0,16,32,16")});  // an opacity that eight bits hold
     play(1);
     create(pixelSink([](int64_t frame) { return frame % 4 == 0; }));
     run();
     EXPECT_EQ(shown_.size(), 3u);
     EXPECT_EQ(driver_->statistics().drawnFrames, 3);
     EXPECT_EQ(driver_->statistics().frames, 10);
-    const Pixel veil{0, 0, 255, 128};
+    const Pixel veil{0, 0, 255, 51};
     expectShown(0, veil, {255, 0, 0, 255});
     expectShown(4, veil, {255, 0, 0, 255});
     expectShown(8, veil, {0, 0, 0, 0});

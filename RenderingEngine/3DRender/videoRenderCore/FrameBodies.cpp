@@ -168,8 +168,7 @@ void QVMultiSceneRenderManager::drawRegions(const std::vector<PixelRect>& region
     }
     edges.endClipping();
     GLState::resetScissor();
-    for (const PixelRect& region : regions)
-        msaaTarget_.resolveInto(frameSink_->renderToTextureFrameBufferID(), region);
+    msaaTarget_.resolveInto(frameSink_->renderToTextureFrameBufferID(), regions);
 }
 
 /// Records the outlines all the same, to know whether the next frame can be drawn in regions.

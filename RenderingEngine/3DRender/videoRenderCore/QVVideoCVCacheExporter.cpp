@@ -43,7 +43,7 @@ QVVideoCVCacheExporter::QVVideoCVCacheExporter(const std::string& path, double w
                                           .bitRate = settings.bitRate,
                                           .preset = settings.preset,
                                           .threads = settings.threads,
-                                          .pixelOrder = platform::PixelOrder::RGBA,
+                                          .pixelOrder = platform::PixelOrder::BGRA,
                                           .rowOrder = platform::RowOrder::BottomUp})) {}
 
 QVVideoCVCacheExporter::~QVVideoCVCacheExporter() { canleExport(); }
@@ -95,7 +95,7 @@ std::optional<platform::Error> QVVideoCVCacheExporter::failure() const {
 
 void QVVideoCVCacheExporter::renderFrameToVideo() {
     auto buffer = writer_->takeBuffer();
-    readFramebuffer(resolveTarget_.frameBuffer(), width_, height_, PixelOrder::RGBA, buffer->data(),
+    readFramebuffer(resolveTarget_.frameBuffer(), width_, height_, PixelOrder::BGRA, buffer->data(),
                     buffer->stride());
     addFrameCVCache(std::move(buffer));
 }

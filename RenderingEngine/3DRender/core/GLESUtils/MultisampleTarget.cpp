@@ -20,6 +20,17 @@ void storage(GLenum format, int samples, int width, int height) {
         glRenderbufferStorage(GL_RENDERBUFFER, format, width, height);
 }
 
+void blit(unsigned int from, unsigned int to, const std::vector<PixelRect>& regions) {
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, from);
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, to);
+    for (const PixelRect& region : regions) {
+        const int right = region.x + region.width, top = region.y + region.height;
+        glBlitFramebuffer(region.x, region.y, right, top, region.x, region.y, right, top, GL_COLOR_BUFFER_BIT,
+                          GL_NEAREST);
+    }
+    glBindFramebuffer(GL_FRAMEBUFFER, to);
+}
+
 /// Without a blit there is one sample: the colours are copied into the texture that the target draws into.
 void copyIntoAttachedTexture(unsigned int source, unsigned int target, int width, int height) {
     GLint texture = 0;
@@ -42,16 +53,21 @@ void MultisampleTarget::create(int width, int height, int samples) {
     samples_ = std::clamp(samples, 1, caps().maxSamples);
     GLint previous = 0;
     glGetIntegerv(GL_FRAMEBUFFER_BINDING, &previous);
-    framebuffer_.create();
-    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer_.name());
-    const auto attach = [&](GLRenderbuffer& buffer, GLenum format, GLenum attachment) {
+    const auto attach = [&](GLRenderbuffer& buffer, GLenum format, int samplesAPixel, GLenum attachment) {
         buffer.create();
         glBindRenderbuffer(GL_RENDERBUFFER, buffer.name());
-        storage(format, samples_, width, height);
+        storage(format, samplesAPixel, width, height);
         glFramebufferRenderbuffer(GL_FRAMEBUFFER, attachment, GL_RENDERBUFFER, buffer.name());
     };
-    attach(depth_, GL_DEPTH_COMPONENT16, GL_DEPTH_ATTACHMENT);
-    attach(color_, GL_RGBA8, GL_COLOR_ATTACHMENT0);
+    if (caps().drawsBgraFaster) {
+        averaged_.create();
+        glBindFramebuffer(GL_FRAMEBUFFER, averaged_.name());
+        attach(averagedColor_, GL_RGBA8, 1, GL_COLOR_ATTACHMENT0);
+    }
+    framebuffer_.create();
+    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer_.name());
+    attach(depth_, GL_DEPTH_COMPONENT16, samples_, GL_DEPTH_ATTACHMENT);
+    attach(color_, GL_RGBA8, samples_, GL_COLOR_ATTACHMENT0);
     if (samples_ > 1) glGetRenderbufferParameteriv(GL_RENDERBUFFER, GL_RENDERBUFFER_SAMPLES, &samples_);
     samples_ = std::max(samples_, 1);
     glBindFramebuffer(GL_FRAMEBUFFER, static_cast<GLuint>(previous));
@@ -61,6 +77,8 @@ void MultisampleTarget::destroy() {
     framebuffer_.destroy();
     color_.destroy();
     depth_.destroy();
+    averaged_.destroy();
+    averagedColor_.destroy();
 }
 
 void MultisampleTarget::bindAndClear() {
@@ -72,16 +90,12 @@ void MultisampleTarget::bindAndClear() {
 
 void MultisampleTarget::resolveInto(unsigned int framebuffer) {
     if (!caps().blit) return copyIntoAttachedTexture(framebuffer_.name(), framebuffer, width_, height_);
-    resolveInto(framebuffer, {0, 0, width_, height_});
+    resolveInto(framebuffer, std::vector{PixelRect{0, 0, width_, height_}});
 }
 
-void MultisampleTarget::resolveInto(unsigned int framebuffer, const PixelRect& region) {
-    const int right = region.x + region.width, top = region.y + region.height;
-    glBindFramebuffer(GL_READ_FRAMEBUFFER, framebuffer_.name());
-    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, framebuffer);
-    glBlitFramebuffer(region.x, region.y, right, top, region.x, region.y, right, top, GL_COLOR_BUFFER_BIT,
-                      GL_NEAREST);
-    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
+void MultisampleTarget::resolveInto(unsigned int framebuffer, const std::vector<PixelRect>& regions) {
+    if (averaged_) blit(framebuffer_.name(), averaged_.name(), regions);
+    blit(averaged_ ? averaged_.name() : framebuffer_.name(), framebuffer, regions);
 }
 
 void MultisampleTarget::discard() {

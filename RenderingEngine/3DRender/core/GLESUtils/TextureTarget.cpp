@@ -2,6 +2,8 @@
 
 #include <epoxy/gl.h>
 
+#include "platform/gl/GLContext.h"
+
 namespace multiscene {
 
 void createTextureTarget(GLFramebuffer& framebuffer, GLTexture& texture, int width, int height) {
@@ -12,7 +14,9 @@ void createTextureTarget(GLFramebuffer& framebuffer, GLTexture& texture, int wid
     glBindFramebuffer(GL_FRAMEBUFFER, framebuffer.name());
     glActiveTexture(GL_TEXTURE0);
     glBindTexture(GL_TEXTURE_2D, texture.name());
-    glTexImage2D(GL_TEXTURE_2D, 0, GL_RGBA, width, height, 0, GL_RGBA, GL_UNSIGNED_BYTE, nullptr);
+    const GLenum format = platform::GLContext::current()->caps().drawsBgraFaster ? GL_BGRA_EXT : GL_RGBA;
+    glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(format), width, height, 0, format, GL_UNSIGNED_BYTE,
+                 nullptr);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);

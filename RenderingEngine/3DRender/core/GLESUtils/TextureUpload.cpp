@@ -11,17 +11,22 @@ namespace multiscene {
 
 namespace {
 
-const platform::GLCaps& caps() {
-    return platform::GLContext::current()->caps();
+const platform::GLCaps& caps() { return platform::GLContext::current()->caps(); }
+
+/// The order in which the driver is given pixels of this order.
+PixelOrder acceptedOrder(PixelOrder given) {
+    if (!caps().bgraUpload) return PixelOrder::RGBA;
+    return caps().drawsBgraFaster ? PixelOrder::BGRA : given;
 }
 
-/// A bitmap as the driver takes it: the caller's pixels where possible, else a tight copy in RGBA.
+/// A bitmap as the driver takes it: the caller's pixels where possible, else a tight copy.
 class AcceptedBitmap {
   public:
     explicit AcceptedBitmap(const BitmapView& bitmap) : pixels_(bitmap.pixels) {
-        const bool swap = bitmap.order == PixelOrder::BGRA && !caps().bgraUpload;
+        const PixelOrder order = acceptedOrder(bitmap.order);
+        const bool swap = order != bitmap.order;
         const bool padded = bitmap.stride != bitmap.width * 4;
-        format_ = bitmap.order == PixelOrder::BGRA && !swap ? GL_BGRA_EXT : GL_RGBA;
+        format_ = order == PixelOrder::BGRA ? GL_BGRA_EXT : GL_RGBA;
         if (swap || (padded && !(caps().rowLength && bitmap.stride % 4 == 0)))
             copy(bitmap, swap);
         else if (padded)
