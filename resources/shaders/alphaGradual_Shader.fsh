@@ -3,6 +3,7 @@
 // them. "interpolation": 0 from left to right, 1 from top to bottom, 2 and 3 the same with a soft start and end.
 #ifdef GL_FRAGMENT_PRECISION_HIGH
 precision highp float;
+precision highp sampler2D;
 #else
 precision mediump float;
 #endif

@@ -4,6 +4,7 @@
 // 0.75 lets the opacity follow the mixture over its whole range.
 #ifdef GL_FRAGMENT_PRECISION_HIGH
 precision highp float;
+precision highp sampler2D;
 #else
 precision mediump float;
 #endif

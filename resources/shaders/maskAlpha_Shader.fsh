@@ -2,6 +2,7 @@
 // mask stays where the quad is; the texture matrix moves the picture behind it.
 #ifdef GL_FRAGMENT_PRECISION_HIGH
 precision highp float;
+precision highp sampler2D;
 #else
 precision mediump float;
 #endif

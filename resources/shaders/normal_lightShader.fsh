@@ -2,6 +2,7 @@
 // it. A light's colours are its material colours.
 #ifdef GL_FRAGMENT_PRECISION_HIGH
 precision highp float;
+precision highp sampler2D;
 #else
 precision mediump float;
 #endif

@@ -4,6 +4,7 @@
 #include <glm/gtc/matrix_transform.hpp>
 
 #include "GlFixture.h"
+#include "core/GLESUtils/GLState.h"
 #include "opengl2.0/TexturedQuad.h"
 
 namespace multiscene {
@@ -47,14 +48,43 @@ class ShaderPictureTest : public testing::GlFixture {
 };
 
 TEST_F(ShaderPictureTest, PremultipliedColoursComeOutStraight) {
-    for (const char* name : {"normal_renderShader", "diaphaneity_Shader"}) {
-        const auto plain = shader(name);
-        plain->setUniform("aplae", 1.0f);
-        EXPECT_TRUE(isNear(drawColor(*plain, {100, 50, 0, 100}, true), {255, 128, 0, 100})) << name;
-        EXPECT_TRUE(isNear(drawColor(*plain, {100, 50, 0, 100}, false), {100, 50, 0, 100}, 0)) << name;
-        EXPECT_TRUE(isNear(drawColor(*plain, {0, 0, 0, 0}, true), {0, 0, 0, 0}, 0)) << name;
-        EXPECT_TRUE(isNear(drawColor(*plain, {201, 77, 13, 255}, true), {201, 77, 13, 255}, 0)) << name;
+    const auto straight = shader("straight_Shader");
+    straight->setUniform("aplae", 1.0f);
+    EXPECT_TRUE(isNear(drawColor(*straight, {100, 50, 0, 100}, true), {255, 128, 0, 100}));
+    EXPECT_TRUE(isNear(drawColor(*straight, {100, 50, 0, 100}, false), {100, 50, 0, 100}, 0));
+    EXPECT_TRUE(isNear(drawColor(*straight, {0, 0, 0, 0}, true), {0, 0, 0, 0}, 0));
+    EXPECT_TRUE(isNear(drawColor(*straight, {201, 77, 13, 255}, true), {201, 77, 13, 255}, 0));
+}
+
+TEST_F(ShaderPictureTest, BlendingGivesTheSamePictureWhetherAlphaMultipliesTheColoursOrNot) {
+    struct Function {
+        uint32_t source, destination;
+    };
+    const Pixel backdrop{40, 200, 90, 255}, straight{255, 128, 0, 100}, premultiplied{100, 50, 0, 100};
+    for (const Function function : {Function{GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA}, {GL_SRC_ALPHA, GL_ONE}}) {
+        for (const char* name : {"normal_renderShader", "diaphaneity_Shader", "straight_Shader"}) {
+            std::array<Pixel, 2> blended;
+            for (const bool isPremultiplied : {false, true}) {
+                const auto drawn = shader(name);
+                const float ofColors = isPremultiplied ? 0.6f : 1;
+                drawn->setUniform("aplae", 0.6f);
+                drawn->setUniform("opacity", glm::vec4(ofColors, ofColors, ofColors, 0.6f));
+                GLState::setDefaults();
+                GLState::setBlendFunction(GL_ONE, GL_ZERO);
+                drawColor(*shader("normal_renderShader"), backdrop);
+                drawn->useShader();
+                GLState::setBlendFunction(function.source, function.destination);
+                blended[isPremultiplied] =
+                    drawColor(*drawn, isPremultiplied ? premultiplied : straight, isPremultiplied);
+            }
+            EXPECT_TRUE(isNear(blended[1], blended[0], 2)) << name << " into " << function.destination;
+            EXPECT_GT(blended[0][0], backdrop[0] + 40) << name;
+        }
     }
+    GLState::setBlendFunction(GL_ONE, GL_ONE);
+    EXPECT_FALSE(GLState::canBlendPremultiplied());
+    GLState::setBlendFunction(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_COLOR);
+    EXPECT_FALSE(GLState::canBlendPremultiplied());
 }
 
 TEST_F(ShaderPictureTest, DrawsUprightAndMovedByTheTextureMatrix) {
@@ -75,7 +105,7 @@ TEST_F(ShaderPictureTest, DrawsUprightAndMovedByTheTextureMatrix) {
 TEST_F(ShaderPictureTest, OpacityAndMasksMultiplyAlphaOnly) {
     const Pixel color{200, 100, 50, 255};
     const auto diaphaneity = shader("diaphaneity_Shader");
-    diaphaneity->setUniform("aplae", 0.4f);
+    diaphaneity->setUniform("opacity", glm::vec4(1, 1, 1, 0.4f));
     EXPECT_TRUE(isNear(drawColor(*diaphaneity, color), {200, 100, 50, 102}));
 
     const GLTexture picture = texture({color});

@@ -32,7 +32,9 @@ class QVSingleVideoBgObject3D : public QVQuadObject3D, public TimeSourceBase {
   protected:
     QVObject3DFpsBase& self() override { return *this; }
     void dropPictures() override { masterOutput_.reset(); }
-    DrawnTexture drawnTexture() const override { return {renderMasterTexture(), false}; }
+    DrawnTexture drawnTexture() const override {
+        return {renderMasterTexture(), false, {.clearMargin = {}, .isOpaque = true}};
+    }
 
   private:
     std::string masterVideoPath_;

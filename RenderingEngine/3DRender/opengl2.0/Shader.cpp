@@ -51,7 +51,8 @@ void deleteProgram(GLuint program) {
 
 }  // namespace
 
-Shader::Shader(const platform::Value& settings, const std::string& rootPath) {
+Shader::Shader(const platform::Value& settings, const std::string& rootPath)
+    : keepsPremultiplication_(settings.boolean("KeepsPremultiplication")) {
     begin();
     std::vector<unsigned int> shaders;
     for (const platform::Value& file : settings.array("Files")) {

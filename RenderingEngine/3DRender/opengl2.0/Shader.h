@@ -33,6 +33,9 @@ class Shader {
     Shader& operator=(const Shader&) = delete;
 
     unsigned int programHandle() const { return programHandle_; }
+    /// "KeepsPremultiplication" of the description: colours come out as the texture holds them. A shader
+    /// without it puts out colours that alpha does not multiply.
+    bool keepsPremultiplication() const { return keepsPremultiplication_; }
     const AttributeHandles& attributeHandles() const { return attributeHandles_; }
     const UniformHandles& uniformHandles() const { return uniformHandles_; }
 
@@ -72,6 +75,7 @@ class Shader {
     void giveUp(const std::vector<unsigned int>& shaders);
 
     unsigned int programHandle_ = 0;
+    bool keepsPremultiplication_ = false;
     AttributeHandles attributeHandles_;
     UniformHandles uniformHandles_;
     std::weak_ptr<platform::GLContext> context_;

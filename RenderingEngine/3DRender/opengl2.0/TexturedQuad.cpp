@@ -2,6 +2,8 @@
 
 #include <epoxy/gl.h>
 
+#include "core/GLESUtils/GLState.h"
+
 namespace multiscene {
 
 void bindTexture(Shader& shader, const char* sampler, int unit, unsigned int texture) {
@@ -11,6 +13,16 @@ void bindTexture(Shader& shader, const char* sampler, int unit, unsigned int tex
     shader.setUniform(sampler, unit);
 }
 
+namespace {
+
+SourceColors colorsOf(const Shader& shader, const TexturedQuad& quad) {
+    if (!shader.keepsPremultiplication() || !GLState::canBlendPremultiplied()) return SourceColors::Straight;
+    if (quad.opaque) return SourceColors::Opaque;
+    return quad.premultiplied ? SourceColors::Premultiplied : SourceColors::Straight;
+}
+
+}  // namespace
+
 bool drawTexturedQuad(Shader& shader, const TexturedQuad& quad) {
     if (quad.texture == 0 || shader.programHandle() == 0) return false;
     if (!FrameEdges::shared().admits(quad.mvpMatrix, quad.corners.positions, quad.clearMargin)) return false;
@@ -19,8 +31,11 @@ bool drawTexturedQuad(Shader& shader, const TexturedQuad& quad) {
     shader.setUniform("u_mvpMatrix", quad.mvpMatrix);
     shader.setUniform("u_textureMatrix", quad.textureMatrix);
     shader.setUniform("isPreMultiplication", quad.premultiplied ? 1 : 0);
+    const SourceColors colors = colorsOf(shader, quad);
+    if (colors != SourceColors::Straight) GLState::announceColors(colors);
     drawQuadFan(shader.attributeHandle("position"), shader.attributeHandle("inputTextureCoordinate"),
                 quad.corners);
+    if (colors != SourceColors::Straight) GLState::announceColors(SourceColors::Straight);
     return true;
 }
 

@@ -18,6 +18,8 @@ struct TexturedQuad {
     /// The texture's colours are multiplied by its alpha: pictures, texts and render targets are, videos and
     /// PVR textures are not. "isPreMultiplication" of the shaders that list it.
     bool premultiplied = false;
+    /// The texture's alpha is 1 everywhere, and nothing but the shader changes it.
+    bool opaque = false;
     /// Hides the outline; only where all of the picture is shown, its edges on the edges of the quad.
     ClearMargin clearMargin = {};
 };
@@ -27,8 +29,8 @@ struct TexturedQuad {
 void bindTexture(Shader& shader, const char* sampler, int unit, unsigned int texture);
 
 /// Makes the shader current, sets the shared uniforms and draws. Uniforms of a variant are set before, after
-/// shader.useShader(). Draws nothing, and returns false, when the texture or the program is 0, or when the quad
-/// lies outside the part of the frame that is being drawn.
+/// shader.useShader(). Draws nothing, and returns false, when the texture or the program is 0, or when the
+/// quad lies outside the part of the frame that is being drawn.
 bool drawTexturedQuad(Shader& shader, const TexturedQuad& quad);
 
 }  // namespace multiscene

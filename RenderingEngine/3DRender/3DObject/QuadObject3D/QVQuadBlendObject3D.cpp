@@ -44,9 +44,9 @@ void QVQuadBlendObject3D::rendInfoWithDic(const platform::Value& info) {
     quadDecBlend_ = static_cast<uint32_t>(reader.int32("decBlend"));
 }
 
-void QVQuadBlendObject3D::setUniforms(Shader& shader) {
-    QVQuadDiaphaneityObject3D::setUniforms(shader);
+void QVQuadBlendObject3D::render(const platform::CMTime& time) {
     GLState::setBlendFunction(quadSrcBlend_, quadDecBlend_);
+    QVQuadDiaphaneityObject3D::render(time);
 }
 
 }  // namespace multiscene

@@ -44,7 +44,17 @@ void QVQuadDiaphaneityObject3D::didNewKeyFrameWithEaseValue(float easeValue, flo
     renderAlpha_ = interpolated(reader, "startRenderAlpha", "endRenderAlpha", easeValue);
 }
 
-void QVQuadDiaphaneityObject3D::setUniforms(Shader& shader) { shader.setUniform("aplae", renderAlpha_); }
+QVQuadObject3D::DrawnTexture QVQuadDiaphaneityObject3D::drawnTexture() const {
+    DrawnTexture drawn = QVQuadObject3D::drawnTexture();
+    drawn.alpha.isOpaque = drawn.alpha.isOpaque && renderAlpha_ >= 1;
+    return drawn;
+}
+
+void QVQuadDiaphaneityObject3D::setUniforms(Shader& shader) {
+    const float ofColors = isPreMultiplication_ ? renderAlpha_ : 1;
+    shader.setUniform("aplae", renderAlpha_);
+    shader.setUniform("opacity", glm::vec4(ofColors, ofColors, ofColors, renderAlpha_));
+}
 
 void QVQuadDiaphaneityObject3D::addTraceValues(platform::Value::Dictionary& values) const {
     values["renderAlpha"] = platform::Value(static_cast<double>(renderAlpha_));

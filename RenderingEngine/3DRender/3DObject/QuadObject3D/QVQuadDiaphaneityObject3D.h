@@ -21,6 +21,7 @@ class QVQuadDiaphaneityObject3D : public QVQuadObject3D {
   protected:
     const char* shaderName() const override { return "diaphaneity_Shader"; }
     void setUniforms(Shader& shader) override;
+    DrawnTexture drawnTexture() const override;
     void addTraceValues(platform::Value::Dictionary& values) const override;
 
   private:

@@ -1,6 +1,7 @@
 #include "3DObject/QuadObject3D/QVQuadObject3D.h"
 
 #include "3DObject/QuadObject3D/BackgroundBlur.h"
+#include "core/GLESUtils/GLState.h"
 #include "core/Material/QVTextureMaterial.h"
 #include "core/NodeTypes.h"
 #include "core/QVLightBase.h"
@@ -129,10 +130,19 @@ void QVQuadObject3D::renderBgVideo(const platform::CMTime& time) {
     drawCorners(blur.shader(), {squareBgVertices_.data(), masterTextureCoordinates()}, textureMatrix());
 }
 
+std::shared_ptr<Shader> QVQuadObject3D::chosenShader() const {
+    const auto named = [](const std::string& name) {
+        return ShaderManager::sharedManager().createShader(name, name + ".plist");
+    };
+    auto shader = named(shaderName());
+    const bool mustDivide = shader->keepsPremultiplication() && drawnTexture().isPremultiplied &&
+                            !GLState::canBlendPremultiplied();
+    return mustDivide ? named("straight_Shader") : shader;
+}
+
 void QVQuadObject3D::render(const platform::CMTime& time) {
     if (!isNeedRenderWithCMTime(time) || drawnTexture().texture == 0) return;
-    const std::string name = shaderName();
-    const auto shader = ShaderManager::sharedManager().createShader(name, name + ".plist");
+    const auto shader = chosenShader();
     shader->useShader();
     setUniforms(*shader);
     drawQuad(*shader);
@@ -165,12 +175,13 @@ void QVQuadObject3D::drawCorners(Shader& shader, const QuadCorners& corners, con
                               .textureMatrix = textureMatrix,
                               .corners = corners,
                               .premultiplied = drawn.isPremultiplied,
-                              .clearMargin = showsAll ? drawn.clearMargin : ClearMargin{}});
+                              .opaque = drawn.alpha.isOpaque,
+                              .clearMargin = showsAll ? drawn.alpha.clearMargin : ClearMargin{}});
 }
 
 QVQuadObject3D::DrawnTexture QVQuadObject3D::drawnTexture() const {
     const QVTextureMaterial* shown = textureMaterial();
-    return shown ? DrawnTexture{shown->textureId(), shown->isPreMultiplication(), shown->clearMargin()}
+    return shown ? DrawnTexture{shown->textureId(), shown->isPreMultiplication(), shown->pictureAlpha()}
                  : DrawnTexture{};
 }
 

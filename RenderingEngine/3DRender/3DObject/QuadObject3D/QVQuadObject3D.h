@@ -64,7 +64,7 @@ class QVQuadObject3D : public QVObject3DTextureBase {
     struct DrawnTexture {
         uint32_t texture = 0;
         bool isPremultiplied = false;
-        ClearMargin clearMargin = {};
+        PictureAlpha alpha = {};
     };
 
     /// What is drawn: the material's texture, unless a subclass brings its own.
@@ -72,7 +72,7 @@ class QVQuadObject3D : public QVObject3DTextureBase {
     /// The shader description in the program's resources, without its extension.
     virtual const char* shaderName() const { return "normal_renderShader"; }
     /// Sets what the shader takes besides the shared uniforms; it is in use.
-    virtual void setUniforms(Shader&) {}
+    virtual void setUniforms(Shader& shader) { shader.setUniform("aplae", 1.0f); }
     virtual void drawQuad(Shader& shader) { drawWith(shader); }
     /// What the class animates, for traces.
     virtual void addTraceValues(platform::Value::Dictionary&) const {}
@@ -81,6 +81,7 @@ class QVQuadObject3D : public QVObject3DTextureBase {
                               float easeValue);
 
   private:
+    std::shared_ptr<Shader> chosenShader() const;
     Corners cornersOfSize(float width, float height) const;
     void drawCorners(Shader& shader, const QuadCorners& corners, const glm::mat4& textureMatrix);
 

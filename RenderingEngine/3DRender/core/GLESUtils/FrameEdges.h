@@ -21,6 +21,12 @@ struct ClearMargin {
     float u = 0, v = 0;
 };
 
+/// What is known of a picture's alpha channel.
+struct PictureAlpha {
+    ClearMargin clearMargin;
+    bool isOpaque = false;  ///< 255 everywhere
+};
+
 /// One instance, used on the render queue. Drawing helpers report to it; the render driver steers it.
 class FrameEdges {
   public:

@@ -12,9 +12,40 @@ void GLState::setDepthTest(bool enabled) {
         glDisable(GL_DEPTH_TEST);
 }
 
+namespace {
+
+struct BlendFunction {
+    uint32_t source = GL_SRC_ALPHA, destination = GL_ONE_MINUS_SRC_ALPHA;
+};
+
+/// Of the one context that frames are drawn in.
+BlendFunction blendFunction;
+
+void blend(uint32_t source, uint32_t destination) {
+    glBlendFuncSeparate(source, destination, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
+}
+
+}  // namespace
+
 void GLState::setBlendFunction(uint32_t srcFactor, uint32_t dstFactor) {
+    blendFunction = {srcFactor, dstFactor};
     FrameEdges::shared().setBlendsByAlpha(srcFactor == GL_SRC_ALPHA && dstFactor == GL_ONE_MINUS_SRC_ALPHA);
-    glBlendFuncSeparate(srcFactor, dstFactor, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
+    blend(srcFactor, dstFactor);
+}
+
+bool GLState::canBlendPremultiplied() {
+    return blendFunction.source == GL_SRC_ALPHA && blendFunction.destination != GL_SRC_COLOR &&
+           blendFunction.destination != GL_ONE_MINUS_SRC_COLOR;
+}
+
+void GLState::announceColors(SourceColors colors) {
+    const bool isStraight = colors == SourceColors::Straight;
+    // Opaque colours replace what is there: nothing has to be read.
+    if (colors == SourceColors::Opaque && blendFunction.destination == GL_ONE_MINUS_SRC_ALPHA)
+        glDisable(GL_BLEND);
+    else
+        glEnable(GL_BLEND);
+    blend(isStraight ? blendFunction.source : GL_ONE, blendFunction.destination);
 }
 
 void GLState::resetBlendFunction() { setBlendFunction(GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA); }

@@ -6,6 +6,13 @@
 
 namespace multiscene {
 
+/// What alpha is to the colours that a draw gives.
+enum class SourceColors {
+    Straight,       ///< colours are not multiplied by alpha
+    Premultiplied,  ///< they are
+    Opaque,         ///< alpha is 1 everywhere
+};
+
 /// The fixed-function state that nodes change around their drawing. GL context current.
 class GLState {
   public:
@@ -15,6 +22,12 @@ class GLState {
     static void setBlendFunction(uint32_t srcFactor, uint32_t dstFactor);
     /// Source alpha / one minus source alpha.
     static void resetBlendFunction();
+    /// The blend function in force gives the same picture for colours that alpha multiplies already, once
+    /// they are announced as such.
+    static bool canBlendPremultiplied();
+    /// Tells what is drawn next, and Straight when that has been drawn; the picture stays the same. Anything
+    /// but Straight only where canBlendPremultiplied().
+    static void announceColors(SourceColors colors);
     /// The state in which every frame starts: blending on with the default function, depth test off.
     static void setDefaults();
     static void finish();

@@ -14,7 +14,7 @@ class QVImage2dMaterial : public QVTextureMaterial {
     void loadMaterial() override;
     void destroyMaterial() override;
     TextureSize textureSize() const override { return modelTexture_.textureContentSize(); }
-    ClearMargin clearMargin() const override { return modelTexture_.clearMargin(); }
+    PictureAlpha pictureAlpha() const override { return modelTexture_.pictureAlpha(); }
     std::string sourcePath() const override { return imagePath_; }
 
   private:

@@ -29,8 +29,8 @@ class QVTextureMaterial : public QVMaterialBase {
     virtual TextureSize textureSize() const { return {}; }
     /// Colours are multiplied by alpha, as those of decoded pictures, texts and render targets are.
     bool isPreMultiplication() const { return isPreMultiplication_; }
-    /// How far the picture is transparent inside its edges.
-    virtual ClearMargin clearMargin() const { return {}; }
+    /// What is known of the picture's alpha channel.
+    virtual PictureAlpha pictureAlpha() const { return {}; }
     /// The file shown, for traces; empty when there is none.
     virtual std::string sourcePath() const { return {}; }
 

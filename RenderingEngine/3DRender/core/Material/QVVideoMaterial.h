@@ -18,6 +18,7 @@ class QVVideoMaterial : public QVTextureMaterial {
     void finishMaterial(const platform::CMTime& time) override;
     void destroyMaterial() override;
     TextureSize textureSize() const override;
+    PictureAlpha pictureAlpha() const override { return {.clearMargin = {}, .isOpaque = true}; }
     std::string sourcePath() const override { return videoReader_.url(); }
     const std::optional<QVVideoFrameRenderOutput>& frameOutput() const { return frameOutput_; }
 

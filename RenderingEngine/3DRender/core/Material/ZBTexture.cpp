@@ -5,7 +5,7 @@
 #include <filesystem>
 
 #include "core/GLESUtils/TextureUpload.h"
-#include "core/Material/BitmapMargin.h"
+#include "core/Material/BitmapAlpha.h"
 #include "core/Material/BitmapStretch.h"
 #include "core/Material/TextPictureCopy.h"
 #include "core/Material/TextureInfoKeys.h"
@@ -51,7 +51,7 @@ int ZBTexture::minimumSizedTextureSize(float side) {
 
 void ZBTexture::upload(const platform::Bitmap& bitmap, platform::ImageSize shown) {
     if (bitmap.isEmpty()) return;
-    clearMargin_ = clearMarginOf(bitmap, shown);
+    pictureAlpha_ = alphaOf(bitmap, shown);
     texture_.create();
     uploadTexture(texture_.name(), {.pixels = bitmap.rgba.data(),
                                     .width = bitmap.width,

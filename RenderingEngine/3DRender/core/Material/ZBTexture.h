@@ -32,7 +32,7 @@ class ZBTexture {
     const TextureSize& textureContentSize() const { return textureContentSize_; }
 
     /// How far the picture, or the text, is transparent inside its edges.
-    const ClearMargin& clearMargin() const { return clearMargin_; }
+    const PictureAlpha& pictureAlpha() const { return pictureAlpha_; }
     /// A picture file. Glossary: "loadload" is load.
     void loadloadTexture(const std::string& path);
     void loadTextureFromImage(const platform::Bitmap& image);
@@ -65,7 +65,7 @@ class ZBTexture {
 
     GLTexture texture_;
     TextureSize textureContentSize_;
-    ClearMargin clearMargin_;
+    PictureAlpha pictureAlpha_;
 };
 
 }  // namespace multiscene

@@ -1,4 +1,4 @@
-#include "core/Material/BitmapMargin.h"
+#include "core/Material/BitmapAlpha.h"
 
 #include <algorithm>
 
@@ -18,10 +18,8 @@ int clearLines(int size, Line line) {
     return count;
 }
 
-}  // namespace
-
-ClearMargin clearMarginOf(const platform::Bitmap& bitmap, platform::ImageSize shown) {
-    const int width = std::min(shown.width, bitmap.width), height = std::min(shown.height, bitmap.height);
+/// How far the picture is fully transparent inside all of its edges.
+ClearMargin clearMarginOf(const platform::Bitmap& bitmap, int width, int height) {
     if (width < 4 || height < 4) return {};
     const int rows = clearLines(height, [&](int y) {
         for (int x = 0; x < width; ++x)
@@ -36,6 +34,21 @@ ClearMargin clearMarginOf(const platform::Bitmap& bitmap, platform::ImageSize sh
     // Filtering reaches one texel further than the drawn pixel.
     return {static_cast<float>(std::max(columns - 1, 0)) / static_cast<float>(width),
             static_cast<float>(std::max(rows - 1, 0)) / static_cast<float>(height)};
+}
+
+/// Of the whole bitmap: filtering reaches beyond what is shown.
+bool isOpaque(const platform::Bitmap& bitmap) {
+    for (size_t alpha = 3; alpha < bitmap.rgba.size(); alpha += 4)
+        if (bitmap.rgba[alpha] != 255) return false;
+    return true;
+}
+
+}  // namespace
+
+PictureAlpha alphaOf(const platform::Bitmap& bitmap, platform::ImageSize shown) {
+    if (isOpaque(bitmap)) return {.clearMargin = {}, .isOpaque = true};
+    const int width = std::min(shown.width, bitmap.width), height = std::min(shown.height, bitmap.height);
+    return {.clearMargin = clearMarginOf(bitmap, width, height)};
 }
 
 }  // namespace multiscene
