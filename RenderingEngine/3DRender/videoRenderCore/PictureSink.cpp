@@ -19,7 +19,9 @@ void flipRows(std::vector<uint8_t>& pixels, size_t rowBytes) {
 }  // namespace
 
 PictureSink::PictureSink(int32_t width, int32_t height, Receiver receiver, Selection selection)
-    : target_(width, height), receiver_(std::move(receiver)), selection_(std::move(selection)) {}
+    : target_(width, height, TargetShaders::OwnOnly),
+      receiver_(std::move(receiver)),
+      selection_(std::move(selection)) {}
 
 std::shared_ptr<FrameSink> PictureSink::freshSink() {
     return std::make_shared<PictureSink>(width(), height(), receiver_, selection_);

@@ -33,7 +33,7 @@ QVVideoCVCacheExporter::QVVideoCVCacheExporter(const std::string& path, double w
       height_(static_cast<int32_t>(std::lround(height))),
       framesPerSecond_(frameRate),
       settings_(settings),
-      resolveTarget_(width_, height_),
+      resolveTarget_(width_, height_, TargetShaders::OwnOnly),
       // GL's bottom-up rows are turned while they are converted.
       writer_(std::make_unique<platform::VideoWriter>(
           platform::VideoWriter::Settings{.path = path,

@@ -8,12 +8,12 @@
 
 namespace multiscene {
 
-QVFrameBufferToTexture::QVFrameBufferToTexture(double width, double height)
-    : fboWidth_(static_cast<int>(width)), fboHeight_(static_cast<int>(height)) {}
+QVFrameBufferToTexture::QVFrameBufferToTexture(double width, double height, TargetShaders shaders)
+    : fboWidth_(static_cast<int>(width)), fboHeight_(static_cast<int>(height)), shaders_(shaders) {}
 
 void QVFrameBufferToTexture::createFrameBufferObject() {
     if (frameBuffer_ || !QVGlContextManager::shared().useContext()) return;
-    createTextureTarget(frameBuffer_, fboTexture_, fboWidth_, fboHeight_);
+    createTextureTarget(frameBuffer_, fboTexture_, fboWidth_, fboHeight_, shaders_);
 }
 
 void QVFrameBufferToTexture::bindRenderToTextureFramebuffer() {

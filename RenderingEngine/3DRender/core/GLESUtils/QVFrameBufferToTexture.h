@@ -4,6 +4,7 @@
 #include <array>
 
 #include "core/GLESUtils/GLObject.h"
+#include "core/GLESUtils/TextureTarget.h"
 
 namespace multiscene {
 
@@ -12,7 +13,7 @@ namespace multiscene {
 class QVFrameBufferToTexture {
   public:
     /// Size in pixels, truncated towards zero. Makes no GL objects.
-    QVFrameBufferToTexture(double width, double height);
+    QVFrameBufferToTexture(double width, double height, TargetShaders shaders = TargetShaders::Any);
     ~QVFrameBufferToTexture() { destroyFramebuffer(); }
     QVFrameBufferToTexture(const QVFrameBufferToTexture&) = delete;
     QVFrameBufferToTexture& operator=(const QVFrameBufferToTexture&) = delete;
@@ -38,6 +39,7 @@ class QVFrameBufferToTexture {
 
   private:
     int fboWidth_, fboHeight_;
+    TargetShaders shaders_;
     GLFramebuffer frameBuffer_;
     GLTexture fboTexture_;
     unsigned int oldRenderFBO_ = 0;

@@ -6,7 +6,8 @@
 
 namespace multiscene {
 
-void createTextureTarget(GLFramebuffer& framebuffer, GLTexture& texture, int width, int height) {
+void createTextureTarget(GLFramebuffer& framebuffer, GLTexture& texture, int width, int height,
+                         TargetShaders shaders) {
     GLint previous = 0;
     glGetIntegerv(GL_FRAMEBUFFER_BINDING, &previous);
     framebuffer.create();
@@ -14,7 +15,9 @@ void createTextureTarget(GLFramebuffer& framebuffer, GLTexture& texture, int wid
     glBindFramebuffer(GL_FRAMEBUFFER, framebuffer.name());
     glActiveTexture(GL_TEXTURE0);
     glBindTexture(GL_TEXTURE_2D, texture.name());
-    const GLenum format = platform::GLContext::current()->caps().drawsBgraFaster ? GL_BGRA_EXT : GL_RGBA;
+    const bool isBgra =
+        shaders == TargetShaders::OwnOnly && platform::GLContext::current()->caps().drawsBgraFaster;
+    const GLenum format = isBgra ? GL_BGRA_EXT : GL_RGBA;
     glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(format), width, height, 0, format, GL_UNSIGNED_BYTE,
                  nullptr);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
