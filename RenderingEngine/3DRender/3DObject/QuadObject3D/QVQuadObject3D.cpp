@@ -65,6 +65,12 @@ const KeyTable quadKeys{"QVQuadObject3D", "A textured rectangle.", &textureBaseK
 
 QV_REGISTER_NODE_TYPE(QVQuadObject3D, quadKeys);
 
+/// The picture's first row lies at the quad's upper edge, its first column at the left one.
+static bool isUpright(const float* textureCoordinates) {
+    const auto [left, bottom] = std::pair(textureCoordinates[0], textureCoordinates[1]);
+    return left < textureCoordinates[4] && bottom > textureCoordinates[5];
+}
+
 void QVQuadObject3D::rendInfoWithDic(const platform::Value& info) {
     QVObject3DTextureBase::rendInfoWithDic(info);
     modelBaseInfo(KeyReader(quadKeys, info).value("QuadInfo"));
@@ -166,7 +172,8 @@ void QVQuadObject3D::drawByPlaceWith(Shader& shader) {
 void QVQuadObject3D::drawCorners(Shader& shader, const QuadCorners& corners, const glm::mat4& textureMatrix) {
     const DrawnTexture drawn = drawnTexture();
     // The blurred copy spreads the picture over its edges.
-    const bool showsAll = textureMatrix == glm::mat4(1) && corners.positions == squareVertices_.data();
+    const bool showsAll = textureMatrix == glm::mat4(1) && corners.positions == squareVertices_.data() &&
+                          isUpright(corners.textureCoordinates);
     shader.useShader();
     if (shader.hasUniform("lightEnable"))
         QVLightBase::glslLightParamWithLightArray(ligthArray(), shader, isLightEnable());

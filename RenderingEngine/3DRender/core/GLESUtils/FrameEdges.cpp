@@ -107,9 +107,12 @@ void FrameEdges::record(const Outline& outline, const ClearMargin& margin) {
     const auto& [bottomLeft, bottomRight, topRight, topLeft] = outline.corners;
     const float width = std::min(glm::distance(bottomLeft, bottomRight), glm::distance(topLeft, topRight));
     const float height = std::min(glm::distance(bottomLeft, topLeft), glm::distance(bottomRight, topRight));
-    if (blendsByAlpha_ && margin.u * width >= neededMargin && margin.v * height >= neededMargin) return;
-    for (size_t i = 0; i < outline.corners.size(); ++i)
+    const std::array<float, 4> clearPixels{margin.lower * height, margin.right * width, margin.upper * height,
+                                           margin.left * width};
+    for (size_t i = 0; i < outline.corners.size(); ++i) {
+        if (blendsByAlpha_ && clearPixels[i] >= neededMargin) continue;
         markEdge(outline.corners[i], outline.corners[(i + 1) % outline.corners.size()]);
+    }
 }
 
 void FrameEdges::markEdge(glm::vec2 from, glm::vec2 to) {

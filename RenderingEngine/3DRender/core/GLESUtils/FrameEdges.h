@@ -15,10 +15,10 @@ struct PixelRect {
     int x = 0, y = 0, width = 0, height = 0;
 };
 
-/// How far a picture is fully transparent inside its left/right and its lower/upper edges, as parts of its
-/// width and height: a quad that shows all of such a picture has no visible outline.
+/// How far a picture is fully transparent inside each of its edges, as parts of its height or width: where
+/// that is enough, the edge of a quad that shows all of the picture upright cannot be seen.
 struct ClearMargin {
-    float u = 0, v = 0;
+    float lower = 0, right = 0, upper = 0, left = 0;
 };
 
 /// What is known of a picture's alpha channel.

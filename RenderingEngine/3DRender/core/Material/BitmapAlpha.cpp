@@ -10,30 +10,31 @@ constexpr int farthest = 64;  // pixels: more than any use needs
 
 bool isClear(const platform::Bitmap& bitmap, int x, int y) { return bitmap.pixel(x, y)[3] == 0; }
 
-/// Rows or columns from an edge inwards that are clear, `line` telling of one whether it is.
+/// How many rows or columns from an edge inwards are clear, less the one that filtering reaches, as a part of
+/// `size`. `isClearLine` is asked about the first, the second and so on.
 template <typename Line>
-int clearLines(int size, Line line) {
+float clearPart(int size, Line isClearLine) {
     int count = 0;
-    while (count < std::min(size / 2, farthest) && line(count) && line(size - 1 - count)) ++count;
-    return count;
+    while (count < std::min(size, farthest) && isClearLine(count)) ++count;
+    return static_cast<float>(std::max(count - 1, 0)) / static_cast<float>(size);
 }
 
-/// How far the picture is fully transparent inside all of its edges.
 ClearMargin clearMarginOf(const platform::Bitmap& bitmap, int width, int height) {
     if (width < 4 || height < 4) return {};
-    const int rows = clearLines(height, [&](int y) {
+    const auto row = [&](int y) {
         for (int x = 0; x < width; ++x)
             if (!isClear(bitmap, x, y)) return false;
         return true;
-    });
-    const int columns = clearLines(width, [&](int x) {
+    };
+    const auto column = [&](int x) {
         for (int y = 0; y < height; ++y)
             if (!isClear(bitmap, x, y)) return false;
         return true;
-    });
-    // Filtering reaches one texel further than the drawn pixel.
-    return {static_cast<float>(std::max(columns - 1, 0)) / static_cast<float>(width),
-            static_cast<float>(std::max(rows - 1, 0)) / static_cast<float>(height)};
+    };
+    return {.lower = clearPart(height, [&](int i) { return row(height - 1 - i); }),
+            .right = clearPart(width, [&](int i) { return column(width - 1 - i); }),
+            .upper = clearPart(height, row),
+            .left = clearPart(width, column)};
 }
 
 /// Of the whole bitmap: filtering reaches beyond what is shown.
