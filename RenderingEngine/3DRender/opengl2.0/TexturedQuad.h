@@ -18,7 +18,7 @@ struct TexturedQuad {
     /// The texture's colours are multiplied by its alpha: pictures, texts and render targets are, videos and
     /// PVR textures are not. "isPreMultiplication" of the shaders that list it.
     bool premultiplied = false;
-    /// The texture's alpha is 1 everywhere, and nothing but the shader changes it.
+    /// Alpha is 1 everywhere, that of the texture and the opacity that multiplies it.
     bool opaque = false;
     /// Hides the outline; only where all of the picture is shown, its edges on the edges of the quad.
     ClearMargin clearMargin = {};

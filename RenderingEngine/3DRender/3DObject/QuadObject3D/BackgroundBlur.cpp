@@ -1,7 +1,5 @@
 #include "3DObject/QuadObject3D/BackgroundBlur.h"
 
-#include <epoxy/gl.h>
-
 #include "core/GLESUtils/GLState.h"
 #include "opengl2.0/QVObject3DShaderCreater.h"
 #include "opengl2.0/ShaderManager/ShaderManager.h"
@@ -27,17 +25,17 @@ std::shared_ptr<Shader> blurShader() {
 
 }  // namespace
 
-BackgroundBlur::BackgroundBlur(const TextureSize& pictureSize, bool blendsPremultiplied)
-    : shader_(blurShader()), blendsPremultiplied_(blendsPremultiplied) {
+BackgroundBlur::BackgroundBlur(const TextureSize& pictureSize, bool isPremultiplied)
+    : shader_(blurShader()), blendsPremultiplied_(isPremultiplied && GLState::canBlendPremultiplied()) {
     shader_->useShader();
     shader_->setUniform("texelWidthOffset", static_cast<float>(2 / pictureSize.width));
     shader_->setUniform("texelHeightOffset", static_cast<float>(2 / pictureSize.height));
     // The blur cannot divide by alpha after mixing texels, so its colours are blended as they are.
-    if (blendsPremultiplied_) GLState::setBlendFunction(GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
+    if (blendsPremultiplied_) GLState::announceColors(SourceColors::Premultiplied);
 }
 
 BackgroundBlur::~BackgroundBlur() {
-    if (blendsPremultiplied_) GLState::resetBlendFunction();
+    if (blendsPremultiplied_) GLState::announceColors(SourceColors::Straight);
 }
 
 }  // namespace multiscene

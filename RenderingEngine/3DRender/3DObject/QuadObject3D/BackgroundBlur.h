@@ -12,7 +12,7 @@ namespace multiscene {
 /// The blur runs along the diagonal.
 class BackgroundBlur {
   public:
-    BackgroundBlur(const TextureSize& pictureSize, bool blendsPremultiplied);
+    BackgroundBlur(const TextureSize& pictureSize, bool isPremultiplied);
     ~BackgroundBlur();
     BackgroundBlur(const BackgroundBlur&) = delete;
     BackgroundBlur& operator=(const BackgroundBlur&) = delete;

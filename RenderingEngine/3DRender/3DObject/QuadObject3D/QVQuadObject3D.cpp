@@ -67,8 +67,7 @@ QV_REGISTER_NODE_TYPE(QVQuadObject3D, quadKeys);
 
 /// The picture's first row lies at the quad's upper edge, its first column at the left one.
 static bool isUpright(const float* textureCoordinates) {
-    const auto [left, bottom] = std::pair(textureCoordinates[0], textureCoordinates[1]);
-    return left < textureCoordinates[4] && bottom > textureCoordinates[5];
+    return textureCoordinates[0] < textureCoordinates[4] && textureCoordinates[1] > textureCoordinates[5];
 }
 
 void QVQuadObject3D::rendInfoWithDic(const platform::Value& info) {
@@ -132,7 +131,7 @@ void QVQuadObject3D::renderBgVideo(const platform::CMTime& time) {
     if (!isNeedRenderWithCMTime(time) || !textureMaterial()) return;
     const TextureSize size = textureMaterial()->textureSize();
     if (size.width <= 0 || size.height <= 0) return;
-    const BackgroundBlur blur(size, textureMaterial()->isPreMultiplication() && !isChangeBlend());
+    const BackgroundBlur blur(size, textureMaterial()->isPreMultiplication());
     drawCorners(blur.shader(), {squareBgVertices_.data(), masterTextureCoordinates()}, textureMatrix());
 }
 
