@@ -1,6 +1,8 @@
 // Every prefix of a valid file, and random damage to it: what each parser must survive.
 #pragma once
 
+#include <gtest/gtest.h>
+
 #include <algorithm>
 #include <cctype>
 #include <cstdint>
@@ -13,8 +15,9 @@
 namespace multiscene::testing {
 
 using Bytes = std::vector<uint8_t>;
-/// Must come back, whatever the bytes are; what it throws on purpose it catches itself.
-using Parser = std::function<void(const Bytes&)>;
+/// Must come back, whatever the bytes are, and says whether it took them; what it throws on purpose it
+/// catches itself.
+using Parser = std::function<bool(const Bytes&)>;
 
 /// Mutations a parser: a few in every run of the tests, MULTISCENE_FUZZ_MUTATIONS for a long one.
 inline int mutationCount() {
@@ -85,6 +88,7 @@ class Mutator {
 
 /// Long files are cut at most this many times, evenly.
 inline void survive(const Bytes& valid, const Parser& parse, size_t prefixes = 4000) {
+    EXPECT_TRUE(parse(valid)) << "the undamaged file is refused";
     const size_t step = 1 + valid.size() / prefixes;
     for (size_t size = 0; size < valid.size(); size += step)
         parse(Bytes(valid.begin(), valid.begin() + static_cast<ptrdiff_t>(size)));
