@@ -40,14 +40,44 @@ function(multiscene_engine_library)
   add_library(multiscene::all ALIAS multiscene_all)
   target_link_libraries(multiscene_all PUBLIC multiscene_settings PRIVATE ${packages})
   set_target_properties(multiscene_all PROPERTIES OUTPUT_NAME multiscene)
+  # The library calls its own inline functions, never a test's copy of them, which is not optimised.
+  target_link_options(multiscene_all PRIVATE -Wl,-Bsymbolic-functions)
 endfunction()
 
 # multiscene_test(<name> SOURCES <files...> [PACKAGES <imported targets...>])
 function(multiscene_test name)
   cmake_parse_arguments(TEST "" "" "SOURCES;PACKAGES" ${ARGN})
+  multiscene_test_headers()
   add_executable(${name} ${TEST_SOURCES})
-  target_link_libraries(${name} PRIVATE multiscene::all ${TEST_PACKAGES} GTest::gtest GTest::gmock GTest::gtest_main)
+  target_link_libraries(${name} PRIVATE multiscene::all multiscene_test_settings ${TEST_PACKAGES} GTest::gtest_main)
+  target_precompile_headers(${name} REUSE_FROM multiscene_test_headers)
   add_test(NAME ${name} COMMAND ${name})
   set_tests_properties(${name} PROPERTIES TIMEOUT 600
     ENVIRONMENT "MULTISCENE_RESOURCES=${CMAKE_BINARY_DIR}/share/multiscene")
+endfunction()
+
+# The settings of all tests, and the headers they share, compiled once. No header of the project is among them, as each
+# edit would compile every test anew. In a release build a test's own code is not optimised, which takes a third off the
+# time to compile it: what takes time in a test is the engine.
+function(multiscene_test_headers)
+  if(TARGET multiscene_test_headers)
+    return()
+  endif()
+  add_library(multiscene_test_settings INTERFACE)
+  target_link_libraries(multiscene_test_settings INTERFACE multiscene_settings GTest::gtest GTest::gmock)
+  target_compile_options(multiscene_test_settings INTERFACE
+    $<$<CONFIG:Release>:-O0>
+    # Some libraries ask for it, and precompiled headers want it everywhere or nowhere.
+    -pthread
+    # Lets a compiler cache see which precompiled header a file was compiled with.
+    $<$<CXX_COMPILER_ID:GNU>:-fpch-preprocess>)
+
+  add_library(multiscene_test_headers OBJECT ${PROJECT_SOURCE_DIR}/cmake/TestHeaders.cpp)
+  target_link_libraries(multiscene_test_headers PRIVATE multiscene_test_settings)
+  # Compiled as the tests are, which are programs.
+  set_target_properties(multiscene_test_headers PROPERTIES POSITION_INDEPENDENT_CODE OFF)
+  target_compile_options(multiscene_test_headers PRIVATE -fPIE)
+  target_precompile_headers(multiscene_test_headers PRIVATE
+    <gmock/gmock.h> <gtest/gtest.h>
+    <algorithm> <array> <cmath> <filesystem> <fstream> <functional> <memory> <string> <thread> <vector>)
 endfunction()

@@ -1,0 +1,1 @@
+// A source for the target that compiles the headers all tests share: see Multiscene.cmake.
