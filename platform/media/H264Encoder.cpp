@@ -1,8 +1,7 @@
 #include "platform/media/H264Encoder.h"
 
-#include <libyuv.h>
-
 #include "platform/media/ThreadCpu.h"
+#include "platform/pixels/ToI420.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -28,14 +27,15 @@ ffmpeg::Mp4Muxer::Settings muxerSettings(const VideoWriter::Settings& settings) 
     return muxer;
 }
 
-// What the conversion gives is BT.601 with limited range; rendered colours are sRGB, which has BT.709's
-// primaries.
-void tagColours(AVCodecContext& codec) {
-    codec.colorspace = AVCOL_SPC_SMPTE170M;
+// Rendered colours are sRGB, which has BT.709's primaries. Small pictures are tagged as what players without
+// a look at the tags take them for. A colour is the mean of four pixels and lies in their middle.
+void tagColours(AVCodecContext& codec, YuvMatrix matrix) {
+    const bool hd = matrix == YuvMatrix::BT709;
+    codec.colorspace = hd ? AVCOL_SPC_BT709 : AVCOL_SPC_SMPTE170M;
     codec.color_primaries = AVCOL_PRI_BT709;
     codec.color_trc = AVCOL_TRC_BT709;
     codec.color_range = AVCOL_RANGE_MPEG;
-    codec.chroma_sample_location = AVCHROMA_LOC_LEFT;
+    codec.chroma_sample_location = AVCHROMA_LOC_CENTER;
 }
 
 }  // namespace
@@ -68,7 +68,7 @@ void H264Encoder::openCodec() {
     codec_->bit_rate = settings_.bitRate;
     codec_->thread_count = settings_.threads;
     codec_->flags |= AV_CODEC_FLAG_BITEXACT | AV_CODEC_FLAG_GLOBAL_HEADER;
-    tagColours(*codec_);
+    tagColours(*codec_, yuvMatrixFor(settings_.width, settings_.height));
     av_opt_set(codec_->priv_data, "preset", settings_.preset.c_str(), 0);
     ffmpeg::check(avcodec_open2(codec_.get(), encoder, nullptr), "cannot start the encoder",
                   settings_.path.string());
@@ -89,11 +89,10 @@ void H264Encoder::finish() {
 
 void H264Encoder::convert(const PixelBuffer& picture) {
     ffmpeg::check(av_frame_make_writable(frame_.get()), "cannot encode", settings_.path.string());
-    // libyuv names the byte orders of a little-endian word: its ARGB is B, G, R, A in memory.
-    const auto toI420 = settings_.pixelOrder == PixelOrder::BGRA ? libyuv::ARGBToI420 : libyuv::ABGRToI420;
-    const int height = settings_.rowOrder == RowOrder::BottomUp ? -picture.height() : picture.height();
-    toI420(picture.data(), picture.stride(), frame_->data[0], frame_->linesize[0], frame_->data[1],
-           frame_->linesize[1], frame_->data[2], frame_->linesize[2], picture.width(), height);
+    const I420Planes planes{frame_->data[0],     frame_->linesize[0], frame_->data[1],
+                            frame_->linesize[1], frame_->data[2],     frame_->linesize[2]};
+    toI420(picture, settings_.pixelOrder, settings_.rowOrder, yuvMatrixFor(settings_.width, settings_.height),
+           planes);
 }
 
 void H264Encoder::submit(const AVFrame* frame) {

@@ -1,8 +1,7 @@
 #include "platform/media/PictureConverter.h"
 
-#include <libyuv.h>
-
 #include <algorithm>
+#include <optional>
 
 #include "platform/media/Ffmpeg.h"
 
@@ -12,31 +11,22 @@ extern "C" {
 #include <libswscale/swscale.h>
 }
 
-// The library exports it, but the header declares its BGRA twin twice instead.
-namespace libyuv {
-extern "C" {
-LIBYUV_API extern const struct YuvConstants kYvuI601Constants;
-}
-}  // namespace libyuv
-
 namespace platform {
 
 namespace {
 
-enum class Matrix { Bt601, Bt709, Bt2020 };
-
-Matrix matrixOf(const AVFrame& picture) {
+YuvMatrix matrixOf(const AVFrame& picture) {
     switch (picture.colorspace) {
         case AVCOL_SPC_BT709:
-            return Matrix::Bt709;
+            return YuvMatrix::BT709;
         case AVCOL_SPC_BT2020_NCL:
         case AVCOL_SPC_BT2020_CL:
-            return Matrix::Bt2020;
+            return YuvMatrix::BT2020;
         case AVCOL_SPC_UNSPECIFIED:
         case AVCOL_SPC_RESERVED:
-            return picture.height < 720 ? Matrix::Bt601 : Matrix::Bt709;
+            return yuvMatrixFor(picture.width, picture.height);
         default:
-            return Matrix::Bt601;
+            return YuvMatrix::BT601;
     }
 }
 
@@ -48,71 +38,44 @@ bool isFullRange(const AVFrame& picture) {
                std::end(kFullFormats);
 }
 
-// For bytes in the order R, G, B, A libyuv takes the two chroma planes swapped, and constants to match.
-const libyuv::YuvConstants& constantsOf(const AVFrame& picture, PixelOrder order) {
-    using namespace libyuv;
-    static const YuvConstants* const table[3][2][2] = {
-        {{&kYuvI601Constants, &kYvuI601Constants}, {&kYuvJPEGConstants, &kYvuJPEGConstants}},
-        {{&kYuvH709Constants, &kYvuH709Constants}, {&kYuvF709Constants, &kYvuF709Constants}},
-        {{&kYuv2020Constants, &kYvu2020Constants}, {&kYuvV2020Constants, &kYvuV2020Constants}}};
-    return *table[static_cast<int>(matrixOf(picture))][isFullRange(picture)][order == PixelOrder::RGBA];
-}
-
-int scalerColours(Matrix matrix) {
+int scalerColours(YuvMatrix matrix) {
     switch (matrix) {
-        case Matrix::Bt601:
+        case YuvMatrix::BT601:
             return SWS_CS_SMPTE170M;
-        case Matrix::Bt709:
+        case YuvMatrix::BT709:
             return SWS_CS_ITU709;
-        case Matrix::Bt2020:
+        case YuvMatrix::BT2020:
             return SWS_CS_BT2020;
     }
     return SWS_CS_DEFAULT;
 }
 
-struct Job {
-    const AVFrame& picture;
-    PixelBuffer& target;
-    const libyuv::YuvConstants* constants;
-    bool swapsChroma;
-
-    template <class Sample>
-    const Sample* plane(int index) const {
-        return reinterpret_cast<const Sample*>(picture.data[index]);
+// Planes of brightness and colour that hold nothing else, in the samples that YuvConverter takes.
+std::optional<YuvPicture> planesOf(const AVFrame& picture) {
+    const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(picture.format));
+    constexpr uint64_t kOther = AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_BE | AV_PIX_FMT_FLAG_HWACCEL |
+                                AV_PIX_FMT_FLAG_FLOAT | AV_PIX_FMT_FLAG_ALPHA | AV_PIX_FMT_FLAG_BITSTREAM;
+    if (!format || format->nb_components != 3 || (format->flags & kOther)) return std::nullopt;
+    if (format->log2_chroma_w > 1 || format->log2_chroma_h > 1) return std::nullopt;
+    YuvPicture planes;
+    planes.depth = format->comp[0].depth;
+    if (planes.depth < 8 || planes.depth > 12) return std::nullopt;
+    for (int i = 0; i < 3; ++i) {
+        const AVComponentDescriptor& component = format->comp[i];
+        const bool isOwnPlane = component.plane == i && component.offset == 0 && component.shift == 0 &&
+                                component.step == (planes.depth > 8 ? 2 : 1);
+        if (!isOwnPlane) return std::nullopt;
+        planes.planes[static_cast<size_t>(i)] = picture.data[i];
+        planes.strides[static_cast<size_t>(i)] = picture.linesize[i];
     }
-    /// Samples a row.
-    template <class Sample>
-    int pitch(int index) const {
-        return picture.linesize[index] / static_cast<int>(sizeof(Sample));
-    }
-};
-
-template <class Sample, auto convert, auto... filter>
-void threePlanes(const Job& job) {
-    const int first = job.swapsChroma ? 2 : 1, second = 3 - first;
-    convert(job.plane<Sample>(0), job.pitch<Sample>(0), job.plane<Sample>(first), job.pitch<Sample>(first),
-            job.plane<Sample>(second), job.pitch<Sample>(second), job.target.data(), job.target.stride(),
-            job.constants, job.picture.width, job.picture.height, filter...);
+    planes.width = picture.width;
+    planes.height = picture.height;
+    planes.halfWidth = format->log2_chroma_w == 1;
+    planes.halfHeight = format->log2_chroma_h == 1;
+    planes.matrix = matrixOf(picture);
+    planes.fullRange = isFullRange(picture);
+    return planes;
 }
-
-struct FastConversion {
-    AVPixelFormat format;
-    void (*convert)(const Job&);
-};
-
-// Chroma is interpolated: it costs a quarter of a millisecond at 720 x 1280 and spares keyed edges the
-// stairs.
-constexpr auto kSmooth = libyuv::kFilterBilinear;
-constexpr FastConversion kFastConversions[] = {
-    {AV_PIX_FMT_YUV420P, threePlanes<uint8_t, libyuv::I420ToARGBMatrixFilter, kSmooth>},
-    {AV_PIX_FMT_YUVJ420P, threePlanes<uint8_t, libyuv::I420ToARGBMatrixFilter, kSmooth>},
-    {AV_PIX_FMT_YUV422P, threePlanes<uint8_t, libyuv::I422ToARGBMatrixFilter, kSmooth>},
-    {AV_PIX_FMT_YUVJ422P, threePlanes<uint8_t, libyuv::I422ToARGBMatrixFilter, kSmooth>},
-    {AV_PIX_FMT_YUV444P, threePlanes<uint8_t, libyuv::I444ToARGBMatrix>},
-    {AV_PIX_FMT_YUVJ444P, threePlanes<uint8_t, libyuv::I444ToARGBMatrix>},
-    {AV_PIX_FMT_YUV420P10LE, threePlanes<uint16_t, libyuv::I010ToARGBMatrixFilter, kSmooth>},
-    {AV_PIX_FMT_YUV422P10LE, threePlanes<uint16_t, libyuv::I210ToARGBMatrixFilter, kSmooth>},
-};
 
 }  // namespace
 
@@ -133,21 +96,14 @@ void PictureConverter::convert(const AVFrame& picture, PixelBuffer& target) {
 }
 
 void PictureConverter::convertStored(const AVFrame& picture, PixelBuffer& target) {
-    target.resize(picture.width, picture.height);
-    if (!convertFast(picture, target)) convertAny(picture, target);
-}
-
-bool PictureConverter::convertFast(const AVFrame& picture, PixelBuffer& target) const {
-    const Job job{picture, target, &constantsOf(picture, order_), order_ == PixelOrder::RGBA};
-    for (const FastConversion& conversion : kFastConversions) {
-        if (conversion.format != picture.format) continue;
-        conversion.convert(job);
-        return true;
-    }
-    return false;
+    if (const auto planes = planesOf(picture))
+        yuv_.convert(*planes, order_, target);
+    else
+        convertAny(picture, target);
 }
 
 void PictureConverter::convertAny(const AVFrame& picture, PixelBuffer& target) {
+    target.resize(picture.width, picture.height);
     const AVPixelFormat format = order_ == PixelOrder::BGRA ? AV_PIX_FMT_BGRA : AV_PIX_FMT_RGBA;
     constexpr int kFlags = SWS_BILINEAR | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_BITEXACT;
     scaler_.reset(sws_getCachedContext(scaler_.release(), picture.width, picture.height,

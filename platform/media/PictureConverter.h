@@ -5,14 +5,15 @@
 
 #include "platform/media/Orientation.h"
 #include "platform/media/PixelBuffer.h"
+#include "platform/pixels/FromYuv.h"
 
 struct AVFrame;
 struct SwsContext;
 
 namespace platform {
 
-/// Honours the colour matrix and range that the picture names; an unnamed matrix is BT.601 below 720 lines
-/// and BT.709 from there on. BT.2020 is converted by its matrix alone, without tone mapping.
+/// Honours the colour matrix and range that the picture names; an unnamed matrix is the usual one of its
+/// size. BT.2020 is converted by its matrix alone, without tone mapping.
 class PictureConverter {
   public:
     PictureConverter(PixelOrder order, Orientation orientation);
@@ -23,7 +24,6 @@ class PictureConverter {
 
   private:
     void convertStored(const AVFrame& picture, PixelBuffer& target);
-    bool convertFast(const AVFrame& picture, PixelBuffer& target) const;
     void convertAny(const AVFrame& picture, PixelBuffer& target);
 
     struct FreeScaler {
@@ -32,7 +32,8 @@ class PictureConverter {
     const PixelOrder order_;
     const Orientation orientation_;
     PixelBuffer stored_;  ///< only for pictures that have to be turned
-    std::unique_ptr<SwsContext, FreeScaler> scaler_;
+    YuvConverter yuv_;
+    std::unique_ptr<SwsContext, FreeScaler> scaler_;  ///< for what is not planar
 };
 
 }  // namespace platform

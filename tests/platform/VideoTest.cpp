@@ -308,6 +308,56 @@ TEST_F(VideoTest, TimesThatTheFileRoundsToMillisecondsAreExact) {
     }
 }
 
+TEST_F(VideoTest, GreysAndSaturatedColoursComeBack) {
+    struct Size {
+        int width, height;
+        AVColorSpace matrix;
+    };
+    for (const Size& size : {Size{640, 360, AVCOL_SPC_SMPTE170M}, Size{1280, 720, AVCOL_SPC_BT709},
+                             Size{400, 720, AVCOL_SPC_BT709}}) {
+        SCOPED_TRACE(size.width);
+        // Above 16 greys, below eight bars of the corners of the colour cube.
+        const auto colourAt = [&size](int x, int y) {
+            const int grey = x * 16 / size.width * 17, bar = x * 8 / size.width;
+            if (y < size.height / 2) return Colour{grey, grey, grey};
+            return Colour{bar & 4 ? 255 : 0, bar & 2 ? 255 : 0, bar & 1 ? 255 : 0};
+        };
+        VideoWriter::Settings settings = small(size.width, size.height, 30);
+        settings.path = path("bars.mp4");
+        settings.rowOrder = RowOrder::TopDown;
+        settings.pixelOrder = PixelOrder::BGRA;
+        settings.bitRate = 20'000'000;
+        VideoWriter writer(settings);
+        for (int frame = 1; frame <= 3; ++frame) {
+            auto picture = writer.takeBuffer();
+            for (int y = 0; y < size.height; ++y)
+                for (int x = 0; x < size.width; ++x) {
+                    const Colour colour = colourAt(x, y);
+                    uint8_t* pixel = picture->data() + y * picture->stride() + 4 * x;
+                    pixel[0] = static_cast<uint8_t>(colour.blue);
+                    pixel[1] = static_cast<uint8_t>(colour.green);
+                    pixel[2] = static_cast<uint8_t>(colour.red);
+                    pixel[3] = 255;
+                }
+            writer.append(std::move(picture), frame);
+        }
+        writer.finish();
+
+        AVFormatContext* file = nullptr;
+        ASSERT_EQ(avformat_open_input(&file, path("bars.mp4").c_str(), nullptr, nullptr), 0);
+        EXPECT_EQ(file->streams[0]->codecpar->color_space, size.matrix) << "the file's colour box";
+        avformat_close_input(&file);
+        VideoReader reader(open(path("bars.mp4")), "bars");
+        const auto frame = reader.nextFrame();
+        ASSERT_TRUE(frame);
+        for (int y : {size.height / 4, size.height * 3 / 4})
+            for (int i = 0; i < 16; ++i) {
+                const int x = size.width * (2 * i + 1) / 32;
+                expectColour(*frame->pixels, x, y, colourAt(x, y), 2);
+            }
+    }
+}
+
 TEST_F(VideoTest, TheNamedColourMatrixDecides) {
     const std::string film = makeFilm("a.mp4", 1, small());
     remux(film, path("709.mp4"), {.filter = "h264_metadata=matrix_coefficients=1"});
