@@ -35,9 +35,10 @@ class NodeOwnedWalk : public DictionaryVisitor {
   public:
     NodeOwnedWalk(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
 
-    void dictionary(const KeyTable& table, const Value& content, const std::string& keyPath) override {
-        if (table.find("BezierArray")) owners_[keyPath + "."] = curvesOf(content);
-        if (&table == &transformItemKeys || &table == &mutableItemKeys) judgePaths(table, content, keyPath);
+    void dictionary(const KeySet& keys, const Value& content, const std::string& keyPath) override {
+        if (keys.find("BezierArray")) owners_[keyPath + "."] = curvesOf(content);
+        for (const KeyTable* items : {&transformItemKeys, &mutableTranslateKeys})
+            if (keys.has(*items)) judgePaths(*items, content, keyPath);
     }
 
     void known(const Key& key, const Value& value, const std::string& keyPath) override {
@@ -68,7 +69,7 @@ class NodeOwnedWalk : public DictionaryVisitor {
 
     void judgePaths(const KeyTable& table, const Value& item, const std::string& keyPath) {
         const glm::vec3 end = KeyReader(table, item).vector3("endTranslate");
-        const bool overlaps = &table == &mutableItemKeys;
+        const bool overlaps = &table == &mutableTranslateKeys;
         for (int axis = 0; axis < 3; ++axis) {
             if (!(end[axis] >= kFirstPath)) continue;
             // An item of "MutableTransformArray" looks its z path up under the number of y.
@@ -104,8 +105,8 @@ class CurveEntries : public DictionaryVisitor {
   public:
     CurveEntries(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
 
-    void dictionary(const KeyTable& table, const Value& content, const std::string& keyPath) override {
-        if (!table.find("bezierIdentifier")) return;
+    void dictionary(const KeySet& keys, const Value& content, const std::string& keyPath) override {
+        if (!keys.find("bezierIdentifier")) return;
         judgeIdentifier(content.string("bezierIdentifier"), keyPath);
         const int64_t axes = content.integer("interpolationXYZ");
         if (!isAxis(axes % 10) || !isAxis(axes / 10) || axes % 10 == axes / 10)

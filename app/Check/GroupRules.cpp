@@ -2,7 +2,10 @@
 #include <array>
 #include <optional>
 
+#include "app/Check/DictionaryWalk.h"
 #include "app/Check/TemplateRules.h"
+#include "core/Material/TextureInfoKeys.h"
+#include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {
 
@@ -88,6 +91,24 @@ void judgeTransition(const GroupView& group, size_t index, Findings& findings) {
         judge(group.entries[index + 1].integer("mainSceneId"), 1, "following");
 }
 
+/// What shows another scene, in a scene that composes no transition.
+class SceneTextures : public DictionaryVisitor {
+  public:
+    SceneTextures(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
+
+    void dictionary(const KeySet& keys, const Value& content, const std::string& keyPath) override {
+        if (!keys.has(sceneTextureKeys)) return;
+        findings_.push_back(
+            {Severity::Error, scene_.file, keyPath + ".textureType",
+             "\"" + content.string("textureType") + "\" shows nothing outside a transition scene of type 0",
+             "play this scene as a \"tansitionsSceneId\""});
+    }
+
+  private:
+    const SceneView& scene_;
+    Findings& findings_;
+};
+
 }  // namespace
 
 void groupHasScenes(const GroupView& group, Findings& findings) {
@@ -126,13 +147,8 @@ void sceneTexturesAreInTransitions(const GroupView& group, Findings& findings) {
     }
     for (const auto& [number, scene] : group.scenes) {
         if (!played.contains(number) || composing.contains(number)) continue;
-        for (const NodeView& node : scene.nodes) {
-            const std::string type = node.content["TextureInfo"].string("textureType");
-            if (type == "currentSceneRenderTexture" || type == "nextSceneRenderTexture")
-                findings.push_back({Severity::Error, scene.file, node.keyPath + ".TextureInfo.textureType",
-                                    "\"" + type + "\" shows nothing outside a transition scene of type 0",
-                                    "play this scene as a \"tansitionsSceneId\""});
-        }
+        SceneTextures visitor(scene, findings);
+        walkDictionary(sceneFileKeys, scene.content, "", visitor);
     }
 }
 

@@ -80,6 +80,7 @@ const std::map<std::string, const char*, std::less<>>& samples() {
         {"textString", "title"},
         {"texture", "$(currentScenePlistROOT)/res/photo.jpg"},
         {"textureMapKey", "card"},
+        {"textureType", "image"},
         {"trackFliePath", "$(currentScenePlistROOT)/res/sign.track"},
         {"translateEase", "5"},
         {"type", "QVQuadObject3D"},
@@ -112,6 +113,7 @@ std::string textOf(const ShownKey& shown) {
     const Key& key = *shown.key;
     if (!key.choices.empty() && key.type == KeyType::Choice) return std::string(key.choices.front());
     if (const char* sample = sampleOf(*shown.owner, key)) return sample;
+    if (key.type == KeyType::Choice) return std::string(shown.owner->variants->names().front());
     if (!key.fallback.empty()) return std::string(key.fallback);
     switch (key.type) {
         case KeyType::Integer:
@@ -158,7 +160,8 @@ std::string typeWith(const KeyTable& table) {
 std::string dictionary(const KeyTable& table, int depth, int nesting);
 
 std::string nested(const Key& key, int depth, int nesting) {
-    if (key.children && nesting < kDeepest) return dictionary(*key.children, depth, nesting + 1);
+    if (key.children && !key.children->keys.empty() && nesting < kDeepest)
+        return dictionary(*key.children, depth, nesting + 1);
     return indented(depth) + "<dict><!-- … --></dict>\n";
 }
 
@@ -184,7 +187,6 @@ std::string valueOf(const ShownKey& shown, int depth, int nesting) {
         case KeyType::Dictionary:
             return nested(key, depth, nesting);
         case KeyType::Array:
-        case KeyType::Nodes:
             return margin + "<array>\n" + nested(key, depth + 1, nesting) + margin + "</array>\n";
         case KeyType::TextArray:
             return list(shown, depth);

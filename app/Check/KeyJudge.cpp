@@ -4,6 +4,7 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
+#include <ranges>
 
 #include "app/Check/Suggestion.h"
 #include "videoRenderCore/SceneFileKeys.h"
@@ -74,7 +75,6 @@ bool fits(const Key& key, const Value& value) {
         case KeyType::Dictionary:
             return value.isDictionary();
         case KeyType::Array:
-        case KeyType::Nodes:
         case KeyType::TextArray:
             return value.isArray();
     }
@@ -92,12 +92,35 @@ std::string numberText(double number) {
     return buffer;
 }
 
-/// The dictionary among a table's keys in which a key that is unknown here would be right.
-const Key* rightPlace(const KeyTable& table, const std::string& name) {
-    for (const KeyTable* part = &table; part; part = part->base)
+/// The dictionary among some keys in which a key that is unknown here would be right.
+const Key* rightPlace(const KeySet& keys, const std::string& name) {
+    for (const KeyTable* part : keys.tables())
         for (const Key& key : part->keys)
             if (key.type == KeyType::Dictionary && key.children && key.children->find(name)) return &key;
     return nullptr;
+}
+
+std::string listOf(const std::vector<std::string_view>& names) {
+    std::string list;
+    for (const std::string_view name : names)
+        list += (list.empty() ? "\"" : ", \"") + std::string(name) + "\"";
+    return list;
+}
+
+/// What to write instead of a word that is none of the known ones.
+std::string remedyOfUnknown(const std::string& word, const std::vector<std::string_view>& known) {
+    const std::string meant = didYouMean(word, known);
+    return meant.empty() ? "known are " + listOf(known) : meant;
+}
+
+bool isMissing(const Key& key, const Value& content, const KeySet& keys) {
+    const bool isText = key.type == KeyType::Text || key.type == KeyType::Choice;
+    if (isText ? content[key.name] != Value("") && content.has(key.name) : content.has(key.name))
+        return false;
+    for (const KeyTable* part : keys.tables())
+        for (const Key& other : part->keys)
+            if (other.standsFor == key.name && content.has(other.name)) return false;
+    return true;
 }
 
 }  // namespace
@@ -141,7 +164,6 @@ std::string typeText(KeyType type) {
             return "an array of dictionaries";
         case KeyType::TextArray:
             return "an array of texts";
-        case KeyType::Nodes:
             return "an array of node dictionaries";
     }
     return "";
@@ -151,12 +173,16 @@ void KeyJudge::add(Severity severity, const std::string& keyPath, std::string me
     findings_.push_back({severity, file_, keyPath, std::move(message), std::move(remedy)});
 }
 
-void KeyJudge::dictionary(const KeyTable& table, const Value& content, const std::string& keyPath) {
-    for (const KeyTable* part = &table; part; part = part->base)
-        for (const Key& key : part->keys)
-            if (key.required && !content.has(key.name))
-                add(Severity::Error, keyPath, "\"" + std::string(key.name) + "\" is missing",
+void KeyJudge::dictionary(const KeySet& keys, const Value& content, const std::string& keyPath) {
+    for (const KeyTable* part : keys.tables())
+        for (const Key& key : part->keys) {
+            const std::string name(key.name);
+            if (key.required && isMissing(key, content, keys))
+                add(Severity::Error, keyPath, "\"" + name + "\" is missing",
                     "add it: " + std::string(key.meaning));
+            if (!key.standsFor.empty() && content.has(name) && !keys.find(key.standsFor))
+                add(Severity::Warning, keyPath + "." + name, "has no effect here", "remove it");
+        }
 }
 
 void KeyJudge::known(const Key& key, const Value& value, const std::string& keyPath) {
@@ -175,7 +201,6 @@ void KeyJudge::known(const Key& key, const Value& value, const std::string& keyP
             judgeComponents(key, value.stringValue(), keyPath);
             break;
         case KeyType::Array:
-        case KeyType::Nodes:
         case KeyType::TextArray:
             judgeElements(key, value.array(), keyPath);
             break;
@@ -199,13 +224,9 @@ void KeyJudge::judgeNumber(const Key& key, const Value& value, const std::string
 
 void KeyJudge::judgeChoice(const Key& key, const std::string& chosen, const std::string& keyPath) {
     const std::vector<std::string_view> choices(key.choices.begin(), key.choices.end());
-    if (std::find(choices.begin(), choices.end(), chosen) != choices.end()) return;
-    std::string remedy = didYouMean(chosen, choices);
-    if (remedy.empty()) {
-        remedy = "known are";
-        for (const std::string_view choice : choices) remedy += " " + std::string(choice);
-    }
-    add(Severity::Error, keyPath, "is " + quoted(chosen) + ", which means nothing here", remedy);
+    if (choices.empty() || std::find(choices.begin(), choices.end(), chosen) != choices.end()) return;
+    add(Severity::Error, keyPath, "is " + quoted(chosen) + ", which means nothing here",
+        remedyOfUnknown(chosen, choices));
 }
 
 bool KeyJudge::judgeRange(const Key& key, double number, const std::string& keyPath) {
@@ -232,24 +253,40 @@ void KeyJudge::judgeElements(const Key& key, const Value::Array& elements, const
                 "is " + shown(elements[index]) + ", not " + (wantsText ? "text" : "a dictionary"));
 }
 
-void KeyJudge::unknown(const KeyTable& table, const std::string& name, const Value& value,
-                       const std::string& keyPath) {
-    // An entry of a scene group repeats its identifier as a key of that name.
-    if (&table == &sceneEntryKeys && value == Value(name)) return;
-    std::string remedy = didYouMean(name, keyNames(table));
-    if (const Key* place = rightPlace(table, name))
-        remedy = "it belongs into \"" + std::string(place->name) + "\"";
-    if (remedy.empty()) remedy = "nothing reads it: remove it";
-    add(Severity::Error, keyPath, "unknown key of " + std::string(table.owner), remedy);
+bool KeyJudge::judgeOtherTypes(const KeySet& keys, const std::string& name, const std::string& keyPath) {
+    for (const KeySet::Choice& choice : std::views::reverse(keys.choices())) {
+        const auto readers = keys.readersOf(name, choice);
+        if (readers.empty()) continue;
+        add(Severity::Warning, keyPath,
+            "has no effect where \"" + std::string(choice.variants->key) + "\" is " + quoted(choice.name),
+            "remove it: it belongs to " + listOf(readers));
+        return true;
+    }
+    return false;
 }
 
-void KeyJudge::unknownType(const std::string& kind, const std::string& type,
-                           const std::vector<std::string_view>& types, const std::string& keyPath) {
-    const std::string place = keyPath + ".type";
-    if (type.empty())
-        add(Severity::Error, keyPath, "\"type\" is missing", "add the " + kind + " type");
+void KeyJudge::unknown(const KeySet& keys, const std::string& name, const Value& value,
+                       const std::string& keyPath) {
+    // An entry of a scene group repeats its identifier as a key of that name.
+    if (keys.has(sceneEntryKeys) && value == Value(name)) return;
+    if (judgeOtherTypes(keys, name, keyPath)) return;
+    std::string remedy = didYouMean(name, keys.names());
+    if (const Key* place = rightPlace(keys, name))
+        remedy = "it belongs into \"" + std::string(place->name) + "\"";
+    if (remedy.empty()) remedy = "nothing reads it: remove it";
+    add(Severity::Error, keyPath, "unknown key of " + std::string(keys.tables().front()->owner), remedy);
+}
+
+void KeyJudge::unknownType(const KeySet& keys, const Value& content, const std::string& keyPath) {
+    const auto& [variants, name] = keys.choices().back();
+    const std::string key(variants->key), kind(variants->kind);
+    const auto types = variants->names();
+    if (!content.has(key) || content[key] == Value(""))
+        add(Severity::Error, keyPath, "\"" + key + "\" is missing",
+            "add the " + kind + " type: " + listOf(types));
     else
-        add(Severity::Error, place, "unknown " + kind + " type " + quoted(type), didYouMean(type, types));
+        add(Severity::Error, keyPath + "." + key, "unknown " + kind + " type " + quoted(name),
+            remedyOfUnknown(name, types));
 }
 
 }  // namespace multiscene

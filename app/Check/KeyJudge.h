@@ -5,19 +5,17 @@
 
 namespace multiscene {
 
-/// Judges dictionaries by their key tables alone: unknown keys and types, missing keys, wrong types, values
-/// out of range.
+/// Judges dictionaries by their key tables alone: unknown keys and types, keys of another type, missing keys,
+/// values of a wrong type or out of range.
 class KeyJudge : public DictionaryVisitor {
   public:
     KeyJudge(std::string file, Findings& findings) : file_(std::move(file)), findings_(findings) {}
 
-    void dictionary(const KeyTable& table, const platform::Value& content,
-                    const std::string& keyPath) override;
+    void dictionary(const KeySet& keys, const platform::Value& content, const std::string& keyPath) override;
     void known(const Key& key, const platform::Value& value, const std::string& keyPath) override;
-    void unknown(const KeyTable& table, const std::string& name, const platform::Value& value,
+    void unknown(const KeySet& keys, const std::string& name, const platform::Value& value,
                  const std::string& keyPath) override;
-    void unknownType(const std::string& kind, const std::string& type,
-                     const std::vector<std::string_view>& types, const std::string& keyPath) override;
+    void unknownType(const KeySet& keys, const platform::Value& content, const std::string& keyPath) override;
 
   private:
     void add(Severity severity, const std::string& keyPath, std::string message, std::string remedy = {});
@@ -25,6 +23,8 @@ class KeyJudge : public DictionaryVisitor {
     void judgeChoice(const Key& key, const std::string& chosen, const std::string& keyPath);
     bool judgeRange(const Key& key, double number, const std::string& keyPath);
     void judgeComponents(const Key& key, const std::string& text, const std::string& keyPath);
+    /// Whether a key that does not count here would under another type.
+    bool judgeOtherTypes(const KeySet& keys, const std::string& name, const std::string& keyPath);
     void judgeElements(const Key& key, const platform::Value::Array& elements, const std::string& keyPath);
 
     std::string file_;

@@ -9,21 +9,14 @@ namespace {
 
 class LookUps : public DictionaryVisitor {
   public:
-    void dictionary(const KeyTable&, const platform::Value& content, const std::string& keyPath) override {
-        if (content.string("textureType") == "mp4Video") videoKey_ = keyPath + ".texture";
-    }
-
-    void known(const Key& key, const platform::Value& value, const std::string& keyPath) override {
+    void known(const Key& key, const platform::Value& value, const std::string&) override {
         if (!value.isString()) return;
         if (key.lookup == KeyLookup::UserMap) keys.emplace(value.stringValue(), LookUpKind::Text);
         if (key.lookup == KeyLookup::UserPath)
-            keys[value.stringValue()] = keyPath == videoKey_ ? LookUpKind::Video : LookUpKind::File;
+            keys[value.stringValue()] = key.file == KeyFile::Video ? LookUpKind::Video : LookUpKind::File;
     }
 
     LookedUpKeys keys;
-
-  private:
-    std::string videoKey_;
 };
 
 }  // namespace

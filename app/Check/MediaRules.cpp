@@ -1,5 +1,4 @@
 #include <cmath>
-#include <map>
 #include <optional>
 
 #include "app/Check/DictionaryWalk.h"
@@ -51,14 +50,17 @@ std::optional<platform::VideoInfo> judgeVideo(const std::string& path, double ra
     }
 }
 
-/// The keys that name a file of one kind wherever they stand.
-std::optional<MediaKind> kindOf(std::string_view key) {
-    static const std::map<std::string_view, MediaKind> kinds{{"maskTextureName", MediaKind::Picture},
-                                                             {"maskPhotoName", MediaKind::Picture},
-                                                             {"audioFilePath", MediaKind::Sound},
-                                                             {"trackFliePath", MediaKind::Track}};
-    const auto found = kinds.find(key);
-    return found == kinds.end() ? std::nullopt : std::optional(found->second);
+std::optional<MediaKind> kindOf(KeyFile file) {
+    switch (file) {
+        case KeyFile::Picture:
+            return MediaKind::Picture;
+        case KeyFile::Sound:
+            return MediaKind::Sound;
+        case KeyFile::Track:
+            return MediaKind::Track;
+        default:
+            return std::nullopt;
+    }
 }
 
 /// Reads every file of the scene but videos; a missing file is another rule's.
@@ -66,13 +68,8 @@ class MediaFiles : public DictionaryVisitor {
   public:
     MediaFiles(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
 
-    void dictionary(const KeyTable&, const Value& content, const std::string& keyPath) override {
-        const std::string type = content.string("textureType");
-        if (type == "image" || type == "filterImage") pictureKey_ = keyPath + ".texture";
-    }
-
     void known(const Key& key, const Value& value, const std::string& keyPath) override {
-        const auto kind = keyPath == pictureKey_ ? MediaKind::Picture : kindOf(key.name);
+        const auto kind = kindOf(key.file);
         if (!kind || !value.isString()) return;
         if (const auto finding = judgeMediaFile(*kind, value.stringValue(), scene_.folder,
                                                 {Severity::Error, scene_.file, keyPath, {}, {}}))
@@ -82,7 +79,6 @@ class MediaFiles : public DictionaryVisitor {
   private:
     const SceneView& scene_;
     Findings& findings_;
-    std::string pictureKey_;
 };
 
 /// A clock plays its video from frame 0 to "endFps", a picture a frame.
@@ -97,6 +93,28 @@ void judgeLength(const platform::VideoInfo& video, const SceneView& scene, Findi
     findings.push_back(std::move(place));
 }
 
+/// Reads every video, each at the rate that its dictionary gives it.
+class Videos : public DictionaryVisitor {
+  public:
+    Videos(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
+
+    void dictionary(const KeySet& keys, const Value& content, const std::string& keyPath) override {
+        for (const std::string_view name : keys.names()) judge(keys, name, content, keyPath);
+    }
+
+  private:
+    void judge(const KeySet& keys, std::string_view name, const Value& content, const std::string& keyPath) {
+        if (keys.fileOf(*keys.find(name)) != KeyFile::Video || !content[name].isString()) return;
+        const Finding place{Severity::Error, scene_.file, keyPath + "." + std::string(name), {}, {}};
+        const auto video =
+            judgeVideo(content.string(name), content.real("videoFps"), scene_.folder, place, findings_);
+        if (video && keyPath.starts_with("TimeSource.")) judgeLength(*video, scene_, place, findings_);
+    }
+
+    const SceneView& scene_;
+    Findings& findings_;
+};
+
 }  // namespace
 
 void mediaFilesAreReadable(const SceneView& scene, Findings& findings) {
@@ -105,21 +123,8 @@ void mediaFilesAreReadable(const SceneView& scene, Findings& findings) {
 }
 
 void videosAreReadable(const SceneView& scene, Findings& findings) {
-    const Value& info = scene.clock()["VideoInfo"];
-    for (const char* key : {"msaterVideoPath", "maskVideoPath"}) {
-        if (!info[key].isString()) continue;
-        const Finding place{Severity::Error, scene.file, std::string("TimeSource.VideoInfo.") + key, {}, {}};
-        if (const auto video =
-                judgeVideo(info.string(key), info.real("videoFps"), scene.folder, place, findings))
-            judgeLength(*video, scene, place, findings);
-    }
-    for (const NodeView& node : scene.nodes) {
-        const Value& texture = node.content["TextureInfo"];
-        if (texture.string("textureType") == "mp4Video")
-            judgeVideo(texture.string("texture"), texture.real("videoFps"), scene.folder,
-                       {Severity::Error, scene.file, node.keyPath + ".TextureInfo.texture", {}, {}},
-                       findings);
-    }
+    Videos visitor(scene, findings);
+    walkDictionary(sceneFileKeys, scene.content, "", visitor);
 }
 
 }  // namespace multiscene::rules

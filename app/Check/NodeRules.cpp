@@ -2,8 +2,8 @@
 #include "app/Check/KeyJudge.h"
 #include "app/Check/LookedUpKeys.h"
 #include "app/Check/SceneRules.h"
+#include "core/Material/TextureInfoKeys.h"
 #include "core/NodeTypes.h"
-#include "core/carmera/QVCamera3D.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::rules {
@@ -31,9 +31,8 @@ class Cameras : public DictionaryVisitor {
   public:
     Cameras(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
 
-    void dictionary(const KeyTable& table, const Value& content, const std::string& keyPath) override {
-        const bool isFlat = &table == &cameraKeys && content.string("type") == "QVOrthCamera";
-        if (!isFlat || content.real("OrthWidth") > 0) return;
+    void dictionary(const KeySet& keys, const Value& content, const std::string& keyPath) override {
+        if (!keys.find("OrthWidth") || content.real("OrthWidth") > 0) return;
         findings_.push_back({Severity::Error, scene_.file, keyPath,
                              "a QVOrthCamera without \"OrthWidth\" sees nothing",
                              "add the number of units that the picture is wide"});
@@ -73,6 +72,26 @@ void judgeTarget(const NodeView& node, const SceneView& scene, Findings& finding
                                 node.label() + " draws into a texture without \"" + key + "\"", "add it"});
 }
 
+/// What shows a texture that a node draws.
+class ShownTargets : public DictionaryVisitor {
+  public:
+    ShownTargets(const SceneView& scene, std::set<std::string> drawn, Findings& findings)
+        : scene_(scene), drawn_(std::move(drawn)), findings_(findings) {}
+
+    void dictionary(const KeySet& keys, const Value& content, const std::string& keyPath) override {
+        const std::string key = content.string("textureMapKey");
+        if (!keys.has(namedTargetKeys) || key.empty() || drawn_.contains(key)) return;
+        findings_.push_back({Severity::Error, scene_.file, keyPath + ".textureMapKey",
+                             "no node of the scene draws into a texture \"" + key + "\"",
+                             "give that node \"isRenderToTexture\" and this \"textureMapKey\""});
+    }
+
+  private:
+    const SceneView& scene_;
+    std::set<std::string> drawn_;
+    Findings& findings_;
+};
+
 }  // namespace
 
 void boxesHaveASize(const SceneView& scene, Findings& findings) {
@@ -98,14 +117,8 @@ void renderedTexturesAreThere(const SceneView& scene, Findings& findings) {
         if (node.content["FpsInfo"].boolean("isRenderToTexture"))
             drawn.insert(node.content["FpsInfo"].string("textureMapKey"));
     }
-    for (const NodeView& node : scene.nodes) {
-        const Value& texture = node.content["TextureInfo"];
-        const std::string key = texture.string("textureMapKey");
-        if (texture.string("textureType") != "RTTTexture" || key.empty() || drawn.contains(key)) continue;
-        findings.push_back({Severity::Error, scene.file, node.keyPath + ".TextureInfo.textureMapKey",
-                            "no node of the scene draws into a texture \"" + key + "\"",
-                            "give that node \"isRenderToTexture\" and this \"textureMapKey\""});
-    }
+    ShownTargets visitor(scene, std::move(drawn), findings);
+    walkDictionary(sceneFileKeys, scene.content, "", visitor);
 }
 
 void drawingIsSpecifiedWhole(const SceneView& scene, Findings& findings) {

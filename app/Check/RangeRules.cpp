@@ -18,7 +18,7 @@ class EmptyRanges : public DictionaryVisitor {
   public:
     EmptyRanges(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
 
-    void dictionary(const KeyTable&, const Value& content, const std::string& keyPath) override {
+    void dictionary(const KeySet&, const Value& content, const std::string& keyPath) override {
         const FrameRange range{frameNumberOf(content["startFps"]), frameNumberOf(content["endFps"])};
         if (!isEmpty(range)) return;
         findings_.push_back({Severity::Error, scene_.file, keyPath,

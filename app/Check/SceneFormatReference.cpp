@@ -2,14 +2,18 @@
 
 #include <cctype>
 #include <map>
+#include <set>
 #include <vector>
 
 #include "app/Check/KeyExample.h"
 #include "app/Check/KeyJudge.h"
 #include "app/Model/TemplateKeys.h"
+#include "core/Material/TextureInfoKeys.h"
 #include "core/NodeTypes.h"
-#include "core/QVObject3DFpsBase.h"
+#include "core/QVLightBase.h"
+#include "core/QVObject3DTextureBase.h"
 #include "core/VideoTimeSource.h"
+#include "core/carmera/QVCamera3D.h"
 #include "core/component/QVObject3DComponentBase.h"
 #include "tween/Ease.h"
 #include "videoRenderCore/SceneFileKeys.h"
@@ -96,46 +100,87 @@ std::string lookupText(KeyLookup lookup) {
     return texts[static_cast<int>(lookup)];
 }
 
+/// A heading and the tables below it, each with the tables that it leads to.
+struct Chapter {
+    const char* heading;
+    std::vector<const KeyTable*> tables;
+};
+
+std::vector<Chapter> chapters() {
+    return {{"Files", {&templateFileKeys, &sceneGroupFileKeys, &sceneFileKeys, &shaderFileKeys}},
+            {"Cameras and lights", {&cameraKeys, &lightKeys}},
+            {"What nodes have in common", {&containerKeys, &fpsBaseKeys, &transformKeys}},
+            {"Textures", {&textureBaseKeys, &textureInfoKeys}},
+            {"Clocks", {&timeSourceKeys}},
+            {"Nodes", {&nodeKeys}},
+            {"Components", {&componentKeys}}};
+}
+
 class Writer {
   public:
+    Writer() {
+        for (const Chapter& chapter : chapters()) later_.insert(chapter.tables.begin(), chapter.tables.end());
+    }
+
     std::string text = kIntroduction;
 
-    void chapter(const std::string& heading) { text += "\n## " + heading + "\n"; }
-
-    /// A table and, after it, those of the dictionaries in it that were not written yet.
-    void section(const KeyTable& table) {
-        if (!headings_.emplace(&table, headingFor(table)).second) return;
-        if (table.base) section(*table.base);
-        write(table);
-        for (const Key& key : table.keys)
-            if (key.children) section(*key.children);
+    void write(const Chapter& chapter) {
+        text += "\n## " + std::string(chapter.heading) + "\n";
+        for (const KeyTable* table : chapter.tables) {
+            later_.erase(table);
+            section(*table);
+        }
     }
 
   private:
-    void write(const KeyTable& table) {
-        text += "\n### " + headings_.at(&table) + "\n\n" + std::string(table.summary) + "\n";
+    /// A table and those that it leads to, unless they were written or have a chapter of their own to come.
+    void section(const KeyTable& table) {
+        if (later_.contains(&table) || !written_.insert(&table).second) return;
+        if (table.base) section(*table.base);
+        if (!table.keys.empty() || !table.variants) writeTable(table);
+        for (const Key& key : table.keys)
+            if (key.children) section(*key.children);
+        if (!table.variants) return;
+        for (const std::string_view name : table.variants->names()) section(*table.variants->find(name));
+    }
+
+    void writeTable(const KeyTable& table) {
+        text += "\n### " + headingFor(table) + "\n\n" + std::string(table.summary) + "\n";
         if (table.base) text += "\nReads the keys of " + link(*table.base) + " too.\n";
+        if (table.variants) text += "\nReads besides, " + variantLinks(*table.variants) + ".\n";
         if (!table.keys.empty()) {
             text +=
                 "\n| key | type | given by | unit | default | range | meaning "
                 "|\n|---|---|---|---|---|---|---|\n";
-            for (const Key& key : table.keys) text += row(key);
+            for (const Key& key : table.keys) text += row(table, key);
         }
         text += "\n```xml\n" + exampleOf(table) + "```\n";
     }
 
-    std::string row(const Key& key) {
+    std::string variantLinks(const KeyVariants& variants) {
+        std::string links = "by \"" + std::string(variants.key) + "\": ";
+        const auto names = variants.names();
+        for (const std::string_view name : names)
+            links += (name == names.front() ? "" : ", ") + std::string(name) + " those of " +
+                     link(*variants.find(name));
+        return links;
+    }
+
+    std::string row(const KeyTable& table, const Key& key) {
         std::string meaning(key.meaning);
         if (key.required) meaning += " (required)";
         if (key.children) meaning += "; keys: " + link(*key.children);
         return "| `" + std::string(key.name) + "` | " + typeText(key.type) + " | " + lookupText(key.lookup) +
-               " | " + cell(key.unit) + " | " + cell(key.fallback) + " | " + cell(rangeOrChoices(key)) +
-               " | " + cell(meaning) + " |\n";
+               " | " + cell(key.unit) + " | " + cell(key.fallback) + " | " +
+               cell(rangeOrChoices(table, key)) + " | " + cell(meaning) + " |\n";
     }
 
-    static std::string rangeOrChoices(const Key& key) {
+    static std::string rangeOrChoices(const KeyTable& table, const Key& key) {
         std::string text = rangeText(key);
-        for (const std::string_view choice : key.choices)
+        std::vector<std::string_view> choices(key.choices.begin(), key.choices.end());
+        if (key.type == KeyType::Choice && table.variants && table.variants->key == key.name)
+            choices = table.variants->names();
+        for (const std::string_view choice : choices)
             text += (text.empty() ? "" : ", ") + std::string(choice);
         return text;
     }
@@ -153,28 +198,16 @@ class Writer {
         return names_[&table] = count == 1 ? owner : owner + " (" + std::to_string(count) + ")";
     }
 
-    std::map<const KeyTable*, std::string> headings_, names_;
+    std::set<const KeyTable*> later_, written_;
+    std::map<const KeyTable*, std::string> names_;
     std::map<std::string, int> owners_;
 };
-
-template <typename Types>
-void writeTypes(Writer& writer, const std::string& heading) {
-    writer.chapter(heading);
-    for (const auto& [name, entry] : Types::all()) writer.section(*entry.keys);
-}
 
 }  // namespace
 
 std::string sceneFormatReference() {
     Writer writer;
-    writer.chapter("Files");
-    writer.section(templateFileKeys);
-    writer.section(sceneGroupFileKeys);
-    writer.section(sceneFileKeys);
-    writer.section(shaderFileKeys);
-    writeTypes<TimeSourceTypes>(writer, "Clocks");
-    writeTypes<NodeTypes>(writer, "Nodes");
-    writeTypes<ComponentTypes>(writer, "Components");
+    for (const Chapter& chapter : chapters()) writer.write(chapter);
     writer.text += kTracks;
     writer.text += kEases;
     writer.text += easeRows();

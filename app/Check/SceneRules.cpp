@@ -28,7 +28,6 @@ std::span<const SceneRule> sceneRules() {
         rules::drawingIsSpecifiedWhole,
         rules::renderedTexturesAreThere,
         rules::filesAreThere,
-        rules::texturesSayWhatTheyShow,
         rules::nodesShowSomething,
         rules::sequencesHaveAllPictures,
         rules::fontsAreThere,

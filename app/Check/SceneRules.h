@@ -50,7 +50,6 @@ void drawingIsSpecifiedWhole(const SceneView&, Findings&);
 void filesAreThere(const SceneView&, Findings&);
 
 // TextureRules.cpp
-void texturesSayWhatTheyShow(const SceneView&, Findings&);
 void nodesShowSomething(const SceneView&, Findings&);
 void sequencesHaveAllPictures(const SceneView&, Findings&);
 void fontsAreThere(const SceneView&, Findings&);

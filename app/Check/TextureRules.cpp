@@ -17,53 +17,14 @@ using platform::Value;
 
 namespace {
 
-/// What decides how a texture is made, and a key without which it then shows nothing.
-struct Need {
-    const char *choice, *chosen, *key;
-};
-constexpr Need kNeeds[] = {
-    {"textureType", "image", "texture"},
-    {"textureType", "filterImage", "texture"},
-    {"textureType", "filterImage", "filterType"},
-    {"textureType", "mp4Video", "texture"},
-    {"textureType", "text2d", "textString"},
-    {"textureType", "textureSerial", "animationName"},
-    {"textureType", "RTTTexture", "textureMapKey"},
-    {"filterType", "imageSynthesis", "maskPhotoName"},
-};
-
-class Textures : public DictionaryVisitor {
-  public:
-    Textures(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
-
-    void dictionary(const KeyTable&, const Value& content, const std::string& keyPath) override {
-        if (!content.has("textureType")) return;
-        for (const Need& need : kNeeds)
-            if (content.string(need.choice) == need.chosen && isMissing(content, need.key))
-                findings_.push_back(
-                    {Severity::Error, scene_.file, keyPath,
-                     "\"" + std::string(need.key) + "\" is missing, so \"" + need.chosen + "\" shows nothing",
-                     "add it"});
-    }
-
-  private:
-    static bool isMissing(const Value& content, const std::string& key) {
-        // A mask has a word of its own for "texture".
-        return content.string(key).empty() && (key != "texture" || !content.has("maskTextureName"));
-    }
-
-    const SceneView& scene_;
-    Findings& findings_;
-};
-
 class Sequences : public DictionaryVisitor {
   public:
     Sequences(const SceneView& scene, Findings& findings) : scene_(scene), findings_(findings) {}
 
-    void dictionary(const KeyTable& table, const Value& content, const std::string& keyPath) override {
-        if (!content.has("animationName")) return;
-        const bool isPvr = &table == &pictureSequenceKeys ||
-                           content.integer("imageType") == static_cast<int64_t>(ImageType::Pvr);
+    void dictionary(const KeySet& keys, const Value& content, const std::string& keyPath) override {
+        if (!keys.has(pictureSequenceKeys) || !content.has("animationName")) return;
+        const bool isPvr =
+            !keys.find("imageType") || content.integer("imageType") == static_cast<int64_t>(ImageType::Pvr);
         const MediaKind kind = isPvr ? MediaKind::PvrPicture : MediaKind::Picture;
         // One frame a picture, so that the first pass meets each of them.
         const PictureSequence sequence(content.with("animationFps", 1));
@@ -154,8 +115,6 @@ void nodesShowSomething(const SceneView& scene, Findings& findings) {
             findings.push_back(withText(place, node.label() + " has nothing to show", "add \"TextureInfo\""));
     }
 }
-
-void texturesSayWhatTheyShow(const SceneView& scene, Findings& findings) { walk<Textures>(scene, findings); }
 
 void sequencesHaveAllPictures(const SceneView& scene, Findings& findings) {
     walk<Sequences>(scene, findings);

@@ -27,17 +27,13 @@ class FilesOfScene : public DictionaryVisitor {
   public:
     explicit FilesOfScene(const SceneConfigData& scene) : scene_(scene) {}
 
-    void dictionary(const KeyTable&, const Value& content, const std::string& keyPath) override {
-        if (content.string("textureType") == "mp4Video") videoTexture_ = keyPath + ".texture";
-    }
-
     void known(const Key& key, const Value& value, const std::string& keyPath) override {
         if (key.lookup != KeyLookup::Path && key.lookup != KeyLookup::UserPath) return;
-        if (value.isString() && !value.stringValue().empty()) judge(value.stringValue(), keyPath);
+        if (value.isString() && !value.stringValue().empty()) judge(key, value.stringValue(), keyPath);
     }
 
   private:
-    void judge(const std::string& text, const std::string& keyPath) const {
+    void judge(const Key& key, const std::string& text, const std::string& keyPath) const {
         const FileGate::Opened opened =
             FileGate::shared().open(QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(
                 text, scene_.sceneResourceFolderPath));
@@ -46,7 +42,7 @@ class FilesOfScene : public DictionaryVisitor {
         if (opened.verdict != FileGate::Verdict::Allowed)
             throw Error(ErrorKind::Template, "\"" + text + "\" " + describe(opened.verdict),
                         scene_.scenePlistPath, keyPath);
-        if (isClockVideo(keyPath) || keyPath == videoTexture_) requireVideo(opened.file, text, keyPath);
+        if (key.file == KeyFile::Video) requireVideo(opened.file, text, keyPath);
     }
 
     void requireVideo(const platform::FileHandle& file, const std::string& text,
@@ -59,7 +55,6 @@ class FilesOfScene : public DictionaryVisitor {
     }
 
     const SceneConfigData& scene_;
-    std::string videoTexture_;
 };
 
 }  // namespace

@@ -27,12 +27,6 @@ TEST(CanvasSize, IsThePowerOfTwoThatHoldsThePicture) {
         EXPECT_EQ(ZBTexture::minimumSizedTextureSize(side), canvas) << side;
 }
 
-TEST(TextureTypes, AllThatTheKeysNameCanBeMade) {
-    const Key* type = textureInfoKeys.find("textureType");
-    EXPECT_EQ(type->choices.size(), MaterialTypes::all().size());
-    for (const std::string_view name : type->choices) EXPECT_TRUE(MaterialTypes::find(name)) << name;
-}
-
 class SequenceTest : public ::testing::Test {
   protected:
     static PictureSequence sequence(int start, int end, bool pingPong = false, double fps = 2,

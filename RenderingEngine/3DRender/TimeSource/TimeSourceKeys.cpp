@@ -7,7 +7,8 @@ static constexpr Key videoInfoKeyList[] = {
      .type = KeyType::Text,
      .meaning = "the video",
      .lookup = KeyLookup::Path,
-     .required = true},
+     .required = true,
+     .file = KeyFile::Video},
     {.name = "videoFps",
      .type = KeyType::Integer,
      .unit = "frames a second",
@@ -24,7 +25,8 @@ static constexpr Key maskVideoInfoKeyList[] = {
      .type = KeyType::Text,
      .meaning = "the video whose brightness is the opacity; as long as the other",
      .lookup = KeyLookup::Path,
-     .required = true},
+     .required = true,
+     .file = KeyFile::Video},
 };
 const KeyTable maskVideoInfoKeys{"VideoInfo of a mask video", "The video that clocks a scene, and its mask.",
                                  &videoInfoKeys, maskVideoInfoKeyList};

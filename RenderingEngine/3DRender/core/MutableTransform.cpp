@@ -16,12 +16,13 @@ namespace {
 
 /// The eased progress of an item at a frame, or nothing outside its frames. An item of one frame gives 0/0,
 /// which is passed on as it is.
-std::optional<float> easedProgress(const KeyReader& item, int32_t frame, const char* easeKey,
+std::optional<float> easedProgress(const platform::Value& item, int32_t frame, int32_t ease,
                                    const TweenTarget* target) {
-    const int64_t start = item.integer("fpsStart"), end = item.integer("fpsEnd");
+    const KeyReader reader(mutableItemKeys, item);
+    const int64_t start = reader.integer("fpsStart"), end = reader.integer("fpsEnd");
     if (frame < start || frame > end) return std::nullopt;
     const float progress = static_cast<float>(frame - start) / static_cast<float>(end - start);
-    return QVTweenItem::easeValueWithEase(item.int32(easeKey), progress, target);
+    return QVTweenItem::easeValueWithEase(ease, progress, target);
 }
 
 glm::vec3 between(const glm::vec3& start, const glm::vec3& end, float eased) {
@@ -32,8 +33,8 @@ glm::vec3 between(const glm::vec3& start, const glm::vec3& end, float eased) {
 
 glm::mat4 QVObject3DTransformBase::computeTranslate(const platform::Value& item, const glm::mat4& matrix,
                                                     int32_t frame, const TweenTarget* target) {
-    const KeyReader reader(mutableItemKeys, item);
-    const auto eased = easedProgress(reader, frame, "iTranslate", target);
+    const KeyReader reader(mutableTranslateKeys, item);
+    const auto eased = easedProgress(item, frame, reader.int32("iTranslate"), target);
     if (!eased) return matrix;
     const glm::vec3 end = reader.vector3("endTranslate");
     glm::vec3 offset = between(reader.vector3("startTranslate"), end, *eased);
@@ -47,16 +48,16 @@ glm::mat4 QVObject3DTransformBase::computeTranslate(const platform::Value& item,
 
 glm::mat4 QVObject3DTransformBase::computeScale(const platform::Value& item, const glm::mat4& matrix,
                                                 int32_t frame, const TweenTarget* target) {
-    const KeyReader reader(mutableItemKeys, item);
-    const auto eased = easedProgress(reader, frame, "iScale", target);
+    const KeyReader reader(mutableScaleKeys, item);
+    const auto eased = easedProgress(item, frame, reader.int32("iScale"), target);
     if (!eased) return matrix;
     return glm::scale(matrix, between(reader.vector3("startScale"), reader.vector3("endScale"), *eased));
 }
 
 glm::mat4 QVObject3DTransformBase::computeRotate(const platform::Value& item, const glm::mat4& matrix,
                                                  int32_t frame, const TweenTarget* target) {
-    const KeyReader reader(mutableItemKeys, item);
-    const auto eased = easedProgress(reader, frame, "iRotate", target);
+    const KeyReader reader(mutableRotateKeys, item);
+    const auto eased = easedProgress(item, frame, reader.int32("iRotate"), target);
     if (!eased) return matrix;
     const glm::vec3 degrees = between(reader.vector3("startRotate"), reader.vector3("endRotate"), *eased);
     glm::mat4 rotated = glm::rotate(matrix, toRadians(degrees.x), glm::vec3(1, 0, 0));

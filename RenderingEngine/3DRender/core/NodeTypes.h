@@ -9,6 +9,10 @@ class QVObject3DFpsBase;
 /// Node types by the "type" of their dictionary.
 using NodeTypes = TypeRegistry<QVObject3DFpsBase>;
 
+inline constexpr KeyVariants nodeVariants = variantsOfTypes<NodeTypes>("node", "type");
+/// A dictionary of a list of nodes.
+inline constexpr KeyTable nodeKeys{"Nodes", "What a scene shows.", nullptr, {}, &nodeVariants};
+
 }  // namespace multiscene
 
 /// In the class's .cpp, inside namespace multiscene: makes the node type known to scene files.

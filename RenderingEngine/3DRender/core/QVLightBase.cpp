@@ -1,6 +1,6 @@
 #include "core/QVLightBase.h"
 
-#include <array>
+#include <algorithm>
 
 #include "core/QVDirectionalLight.h"
 #include "core/QVPointLight.h"
@@ -27,9 +27,7 @@ static constexpr Key lightKeyList[] = {
      .type = KeyType::Integer,
      .fallback = "0",
      .meaning = "1 point, 2 directional, 3 spot",
-     .required = true,
-     .minimum = 1,
-     .maximum = 3},
+     .required = true},
     {.name = "lightSourceColor",
      .type = KeyType::Vector3,
      .fallback = "1,1,1",
@@ -43,24 +41,7 @@ static constexpr Key lightKeyList[] = {
      .type = KeyType::Array,
      .meaning = "moves of position and colour",
      .children = &lightAnimationKeys},
-    {.name = "spotLightDirection",
-     .type = KeyType::Vector3,
-     .fallback = "0,0,0",
-     .meaning = "spot: direction"},
-    {.name = "spotLightExponent",
-     .type = KeyType::Number,
-     .fallback = "0",
-     .meaning = "spot: fall-off to the edge"},
-    {.name = "spotLightCutOffAngle",
-     .type = KeyType::Number,
-     .unit = "degrees",
-     .fallback = "0",
-     .meaning = "spot: half the cone's angle",
-     .minimum = 0,
-     .maximum = 180},
 };
-const KeyTable lightKeys{"LightSourceArray", "A light of a scene or of a node.", &lightMaterialKeys,
-                         lightKeyList};
 
 namespace {
 
@@ -69,11 +50,24 @@ std::shared_ptr<QVLightBase> make() {
     return std::make_shared<Light>();
 }
 
-/// The makers by "lightSourceType"; no light has the number 0.
-constexpr std::array<std::shared_ptr<QVLightBase> (*)(), 4> lightMakers{
-    nullptr, make<QVPointLight>, make<QVDirectionalLight>, make<QVSpotLight>};
+constexpr KeyTable pointLightKeys{"Point light", "\"lightSourceType\" 1: shines from its place."};
+constexpr KeyTable directionalLightKeys{"Directional light",
+                                        "\"lightSourceType\" 2: shines from one direction, as the sun."};
+
+struct LightType {
+    std::string_view name;  ///< its "lightSourceType"
+    const KeyTable* keys;
+    std::shared_ptr<QVLightBase> (*make)();
+};
+constexpr LightType lightTypes[] = {{"1", &pointLightKeys, make<QVPointLight>},
+                                    {"2", &directionalLightKeys, make<QVDirectionalLight>},
+                                    {"3", &spotLightKeys, make<QVSpotLight>}};
+constexpr KeyVariants lightVariants = variantsOfList<lightTypes>("light", "lightSourceType");
 
 }  // namespace
+
+constexpr KeyTable lightKeys{"LightSourceArray", "A light of a scene or of a node.", &lightMaterialKeys,
+                             lightKeyList, &lightVariants};
 
 QVLightBase::Lights QVLightBase::lightSourceArrayWithInfo(const platform::Value& info) {
     Lights lights;
@@ -83,9 +77,10 @@ QVLightBase::Lights QVLightBase::lightSourceArrayWithInfo(const platform::Value&
 }
 
 std::shared_ptr<QVLightBase> QVLightBase::lightSourceWithDic(const platform::Value& info) {
-    const int64_t type = KeyReader(lightKeys, info).integer("lightSourceType");
-    if (type < 1 || type >= static_cast<int64_t>(lightMakers.size())) return nullptr;
-    const auto light = lightMakers[static_cast<size_t>(type)]();
+    const std::string name = std::to_string(KeyReader(lightKeys, info).integer("lightSourceType"));
+    const auto type = std::ranges::find(lightTypes, name, &LightType::name);
+    if (type == std::end(lightTypes)) return nullptr;
+    const auto light = type->make();
     light->lightInfoWithDic(info);
     return light;
 }

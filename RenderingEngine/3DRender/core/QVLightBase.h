@@ -14,6 +14,7 @@ namespace multiscene {
 class Shader;
 
 extern const KeyTable lightKeys;
+extern const KeyTable spotLightKeys;
 
 enum class LightSourceType : int32_t { Point = 1, Directional = 2, Spot = 3 };
 

@@ -28,7 +28,7 @@ void QVObject3DTextureBase::rendInfoWithDic(const platform::Value& info) {
 }
 
 std::string QVObject3DTextureBase::computeTexturePath() const {
-    const std::string name = KeyReader(textureInfoKeys, textureInfo_).text("texture");
+    const std::string name = textureNameOf(textureInfo_);
     if (name.empty()) return {};
     platform::FileGate& gate = platform::FileGate::shared();
     const platform::Value users = QVMultiSceneRenderShareSettings::computeUserMap(name, sceneIdentifier());

@@ -51,7 +51,10 @@ static constexpr Key transformKeyList[] = {
      .type = KeyType::Array,
      .meaning = "motion paths and ease curves",
      .children = &bezierKeys},
-    {.name = "childNode", .type = KeyType::Nodes, .meaning = "nodes that move with this one"},
+    {.name = "childNode",
+     .type = KeyType::Array,
+     .meaning = "nodes that move with this one",
+     .children = &nodeKeys},
 };
 const KeyTable transformKeys{"QVObject3DTransformBase", "A group of nodes that moves.", &fpsBaseKeys,
                              transformKeyList};

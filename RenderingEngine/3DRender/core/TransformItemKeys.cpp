@@ -63,26 +63,7 @@ static constexpr Key transformItemKeyList[] = {
 const KeyTable transformItemKeys{"TransformArray", "One motion of a sequence.", nullptr,
                                  transformItemKeyList};
 
-static constexpr Key mutableItemKeyList[] = {
-    {.name = "transformType",
-     .type = KeyType::Integer,
-     .fallback = "0",
-     .meaning = "0 translate, 1 scale, 2 rotate",
-     .required = true,
-     .minimum = 0,
-     .maximum = 2},
-    {.name = "fpsStart",
-     .type = KeyType::Integer,
-     .unit = "frames",
-     .fallback = "0",
-     .meaning = "first frame",
-     .minimum = 0},
-    {.name = "fpsEnd",
-     .type = KeyType::Integer,
-     .unit = "frames",
-     .fallback = "0",
-     .meaning = "last frame, inclusive; the item has no effect outside",
-     .minimum = 0},
+static constexpr Key mutableTranslateKeyList[] = {
     {.name = "startTranslate",
      .type = KeyType::Vector3,
      .unit = "model units",
@@ -94,9 +75,17 @@ static constexpr Key mutableItemKeyList[] = {
      .fallback = "0,0,0",
      .meaning = "offset at the end; 30000 or more names a path for that axis"},
     {.name = "iTranslate", .type = KeyType::Integer, .fallback = "0", .meaning = "ease id"},
+};
+const KeyTable mutableTranslateKeys{"Translation", "\"transformType\" 0.", nullptr, mutableTranslateKeyList};
+
+static constexpr Key mutableScaleKeyList[] = {
     {.name = "startScale", .type = KeyType::Vector3, .fallback = "0,0,0", .meaning = "scale at the start"},
     {.name = "endScale", .type = KeyType::Vector3, .fallback = "0,0,0", .meaning = "scale at the end"},
     {.name = "iScale", .type = KeyType::Integer, .fallback = "0", .meaning = "ease id"},
+};
+const KeyTable mutableScaleKeys{"Scaling", "\"transformType\" 1.", nullptr, mutableScaleKeyList};
+
+static constexpr Key mutableRotateKeyList[] = {
     {.name = "startRotate",
      .type = KeyType::Vector3,
      .unit = "degrees",
@@ -109,7 +98,40 @@ static constexpr Key mutableItemKeyList[] = {
      .meaning = "rotation at the end"},
     {.name = "iRotate", .type = KeyType::Integer, .fallback = "0", .meaning = "ease id"},
 };
+const KeyTable mutableRotateKeys{"Rotation", "\"transformType\" 2.", nullptr, mutableRotateKeyList};
+
+namespace {
+
+struct MutableKind {
+    std::string_view name;  ///< its "transformType"
+    const KeyTable* keys;
+};
+constexpr MutableKind mutableKinds[] = {
+    {"0", &mutableTranslateKeys}, {"1", &mutableScaleKeys}, {"2", &mutableRotateKeys}};
+constexpr KeyVariants mutableVariants = variantsOfList<mutableKinds>("motion", "transformType");
+
+}  // namespace
+
+static constexpr Key mutableItemKeyList[] = {
+    {.name = "transformType",
+     .type = KeyType::Integer,
+     .fallback = "0",
+     .meaning = "0 translate, 1 scale, 2 rotate",
+     .required = true},
+    {.name = "fpsStart",
+     .type = KeyType::Integer,
+     .unit = "frames",
+     .fallback = "0",
+     .meaning = "first frame",
+     .minimum = 0},
+    {.name = "fpsEnd",
+     .type = KeyType::Integer,
+     .unit = "frames",
+     .fallback = "0",
+     .meaning = "last frame, inclusive; the item has no effect outside",
+     .minimum = 0},
+};
 const KeyTable mutableItemKeys{"MutableTransformArray", "One motion that overlaps others.", nullptr,
-                               mutableItemKeyList};
+                               mutableItemKeyList, &mutableVariants};
 
 }  // namespace multiscene

@@ -43,4 +43,19 @@ class TypeRegistry {
     }
 };
 
+/// The key tables of registered types, chosen by the value of `key`.
+template <typename Types>
+constexpr KeyVariants variantsOfTypes(std::string_view kind, std::string_view key) {
+    return {kind, key,
+            [](std::string_view name) -> const KeyTable* {
+                const auto* entry = Types::find(name);
+                return entry ? entry->keys : nullptr;
+            },
+            [] {
+                std::vector<std::string_view> names;
+                for (const auto& [name, entry] : Types::all()) names.push_back(name);
+                return names;
+            }};
+}
+
 }  // namespace multiscene

@@ -60,4 +60,9 @@ struct TimeSourceContext {
 using TimeSourceTypes =
     TypeRegistry<VideoTimeSource, const platform::Value& /*info*/, const TimeSourceContext&>;
 
+inline constexpr KeyVariants timeSourceVariants = variantsOfTypes<TimeSourceTypes>("time-source", "type");
+/// "TimeSource".
+inline constexpr KeyTable timeSourceKeys{
+    "Clocks", "What counts a scene's frames.", nullptr, {}, &timeSourceVariants};
+
 }  // namespace multiscene

@@ -7,6 +7,7 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "platform/base/Value.h"
 
@@ -20,11 +21,10 @@ enum class KeyType {
     Vector2,     ///< text "a,b"
     Vector3,     ///< text "a,b,c"
     Color,       ///< text "red,green,blue,alpha", each 0 to 1
-    Choice,      ///< text, one of Key::choices
+    Choice,      ///< text, one of Key::choices or of the names of KeyVariants
     Dictionary,  ///< with the keys of Key::children
     Array,       ///< of dictionaries with the keys of Key::children
     TextArray,   ///< of texts
-    Nodes,       ///< an array of node dictionaries
 };
 
 /// How a value reaches its reader.
@@ -35,7 +35,19 @@ enum class KeyLookup {
     UserPath,  ///< an entry of the user media map, else a path with macros
 };
 
+/// What a text that names a file has to name.
+enum class KeyFile { Any, Picture, Video, Sound, Track };
+
 struct KeyTable;
+
+/// Further keys of a dictionary, chosen by the value of one of its keys: those of a node by its "type", of a
+/// texture by its "textureType".
+struct KeyVariants {
+    std::string_view kind;  ///< for messages: "node", "light"
+    std::string_view key;   ///< the key that chooses; a number chooses by its decimal text
+    const KeyTable* (*find)(std::string_view name);  ///< null for a name that is none
+    std::vector<std::string_view> (*names)();
+};
 
 struct Key {
     std::string_view name;
@@ -51,6 +63,8 @@ struct Key {
     double maximum = std::numeric_limits<double>::infinity();
     std::span<const std::string_view> choices = {};
     const KeyTable* children = nullptr;
+    KeyFile file = KeyFile::Any;
+    std::string_view standsFor = {};  ///< a key whose place this one takes where that is not given
 };
 
 struct KeyTable {
@@ -58,10 +72,27 @@ struct KeyTable {
     std::string_view summary;        ///< one sentence for the reference
     const KeyTable* base = nullptr;  ///< read first, by the base class
     std::span<const Key> keys = {};
+    const KeyVariants* variants = nullptr;  ///< what a dictionary of this table reads besides
 
     /// The key of this table or of one of its bases, or none.
     const Key* find(std::string_view name) const;
 };
+
+/// The variants of an array whose elements have a `name` and the `keys` of that name.
+template <const auto& list>
+constexpr KeyVariants variantsOfList(std::string_view kind, std::string_view key) {
+    return {kind, key,
+            [](std::string_view name) -> const KeyTable* {
+                for (const auto& each : list)
+                    if (each.name == name) return each.keys;
+                return nullptr;
+            },
+            [] {
+                std::vector<std::string_view> names;
+                for (const auto& each : list) names.push_back(each.name);
+                return names;
+            }};
+}
 
 /// Reads one dictionary through its table: lenient types, the table's fallbacks for missing keys. Naming a
 /// key that the table does not list is a programming fault (std::logic_error).

@@ -1,6 +1,8 @@
 #include "videoRenderCore/SceneFileKeys.h"
 
+#include "core/NodeTypes.h"
 #include "core/QVLightBase.h"
+#include "core/VideoTimeSource.h"
 #include "core/carmera/QVCamera3D.h"
 
 namespace multiscene {
@@ -17,8 +19,12 @@ static constexpr Key sceneFileKeyList[] = {
     {.name = "TimeSource",
      .type = KeyType::Dictionary,
      .meaning = "the scene's clock, by its \"type\": a background video or a bare frame clock",
-     .required = true},
-    {.name = "object3D", .type = KeyType::Nodes, .meaning = "the top-level nodes, each by its \"type\""},
+     .required = true,
+     .children = &timeSourceKeys},
+    {.name = "object3D",
+     .type = KeyType::Array,
+     .meaning = "the top-level nodes, each by its \"type\"",
+     .children = &nodeKeys},
 };
 const KeyTable sceneFileKeys{"Scene file", "One scene: camera, lights, clock and nodes, read in this order.",
                              nullptr, sceneFileKeyList};

@@ -29,10 +29,11 @@ static constexpr Key maskInfoKeyList[] = {
     {.name = "maskTextureName",
      .type = KeyType::Text,
      .meaning = "the mask's file where \"texture\" is not given",
-     .lookup = KeyLookup::UserPath},
+     .lookup = KeyLookup::UserPath,
+     .standsFor = "texture"},
 };
 constexpr KeyTable maskInfoKeys{"MaskInfo", "The picture whose brightness is the opacity.", &textureInfoKeys,
-                                maskInfoKeyList};
+                                maskInfoKeyList, &materialVariants};
 
 static constexpr Key maskKeyList[] = {
     {.name = "MaskInfo",
@@ -53,7 +54,7 @@ void QVQuadMaskObject3D::rendInfoWithDic(const platform::Value& info) {
     QVQuadObject3D::rendInfoWithDic(info);
     maskInfo_ = KeyReader(maskKeys, info).value("MaskInfo");
     const KeyReader reader(maskInfoKeys, maskInfo_);
-    if (reader.has("maskTextureName") && !reader.has("texture"))
+    if (reader.has("maskTextureName") && textureNameOf(maskInfo_).empty())
         maskInfo_ = maskInfo_.with("texture", reader.value("maskTextureName"));
 }
 
@@ -68,7 +69,7 @@ void QVQuadMaskObject3D::loadMask() {
     hasLoadedMask_ = true;
     if (!maskInfo_) return;
     std::string path = QVMultiSceneRenderShareSettings::computeFilePathUserMap(
-        KeyReader(maskInfoKeys, maskInfo_).text("texture"), sceneIdentifier(), sceneResourceFolderPath());
+        textureNameOf(maskInfo_), sceneIdentifier(), sceneResourceFolderPath());
     maskMaterial_ = QVMaterialBase::loadTextureWithDic(maskInfo_, materialContext(std::move(path)));
 }
 

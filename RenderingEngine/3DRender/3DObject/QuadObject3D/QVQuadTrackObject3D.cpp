@@ -13,7 +13,8 @@ static constexpr Key trackInfoKeyList[] = {
      .type = KeyType::Text,
      .meaning = "the encrypted track",
      .lookup = KeyLookup::Path,
-     .required = true},
+     .required = true,
+     .file = KeyFile::Track},
 };
 constexpr KeyTable trackInfoKeys{"TrackInfo", "The track of a tracked quad.", nullptr, trackInfoKeyList};
 

@@ -5,16 +5,29 @@
 
 namespace multiscene {
 
-static constexpr std::string_view renderTypes[] = {"QVAlphaGradualNoLight"};
+namespace {
+
+template <typename Render>
+std::unique_ptr<QVQuadTextureShaderRenderBase> make(QVQuadObject3D& quad) {
+    return std::make_unique<Render>(quad);
+}
+
+struct RenderType {
+    std::string_view name;
+    const KeyTable* keys;
+    std::unique_ptr<QVQuadTextureShaderRenderBase> (*make)(QVQuadObject3D&);
+};
+constexpr RenderType renderTypes[] = {
+    {"QVAlphaGradualNoLight", &alphaGradualKeys, make<QVQuadAlphaGradualNoLight>}};
+constexpr KeyVariants renderVariants = variantsOfList<renderTypes>("render", "renderType");
+
+}  // namespace
 
 static constexpr Key renderInfoKeyList[] = {
-    {.name = "renderType",
-     .type = KeyType::Choice,
-     .meaning = "how the quad is drawn",
-     .required = true,
-     .choices = renderTypes},
+    {.name = "renderType", .type = KeyType::Choice, .meaning = "how the quad is drawn", .required = true},
 };
-constexpr KeyTable renderInfoKeys{"RenderInfo", "How a quad is drawn.", &alphaGradualKeys, renderInfoKeyList};
+constexpr KeyTable renderInfoKeys{"RenderInfo", "How a quad is drawn.", nullptr, renderInfoKeyList,
+                                  &renderVariants};
 
 static constexpr Key selectShaderKeyList[] = {
     {.name = "RenderInfo",
@@ -29,29 +42,11 @@ constexpr KeyTable selectShaderKeys{"QVQuadTextureRenderSelectShaderObject3D",
 
 QV_REGISTER_NODE_TYPE(QVQuadTextureRenderSelectShaderObject3D, selectShaderKeys);
 
-namespace {
-
-using Maker = std::unique_ptr<QVQuadTextureShaderRenderBase> (*)(QVQuadObject3D&);
-
-struct RenderType {
-    std::string_view name;
-    Maker make;
-};
-
-template <typename Render>
-std::unique_ptr<QVQuadTextureShaderRenderBase> make(QVQuadObject3D& quad) {
-    return std::make_unique<Render>(quad);
-}
-
-constexpr RenderType makers[] = {{renderTypes[0], make<QVQuadAlphaGradualNoLight>}};
-
-}  // namespace
-
 void QVQuadTextureRenderSelectShaderObject3D::rendInfoWithDic(const platform::Value& info) {
     QVQuadObject3D::rendInfoWithDic(info);
     const platform::Value renderInfo = KeyReader(selectShaderKeys, info).value("RenderInfo");
     const std::string renderType = KeyReader(renderInfoKeys, renderInfo).text("renderType");
-    for (const RenderType& known : makers)
+    for (const RenderType& known : renderTypes)
         if (known.name == renderType) shaderRender_ = known.make(*this);
     if (shaderRender_) shaderRender_->renderInfoWithDic(renderInfo);
 }

@@ -5,8 +5,6 @@
 #include <cstdio>
 #include <limits>
 
-#include "dataMode/QVMultiScene2DTextDataModel.h"
-
 namespace multiscene {
 
 static constexpr Key pictureSequenceKeyList[] = {
@@ -14,34 +12,33 @@ static constexpr Key pictureSequenceKeyList[] = {
      .type = KeyType::Number,
      .unit = "frames",
      .fallback = "0",
-     .meaning = "sequence: frames that each picture is shown for; 0 holds the first",
+     .meaning = "frames that each picture is shown for; 0 holds the first",
      .minimum = 0},
     {.name = "animationStart",
      .type = KeyType::Integer,
      .fallback = "0",
-     .meaning = "sequence: number of the first picture"},
+     .meaning = "number of the first picture"},
     {.name = "animationEnd",
      .type = KeyType::Integer,
      .fallback = "0",
-     .meaning = "sequence: number of the last picture; below the first: runs downwards"},
+     .meaning = "number of the last picture; below the first: runs downwards"},
     {.name = "animationName",
      .type = KeyType::Text,
-     .meaning = "sequence: file name before the number",
-     .lookup = KeyLookup::Path},
-    {.name = "animationExtension", .type = KeyType::Text, .meaning = "sequence: extension after the dot"},
+     .meaning = "file name before the number",
+     .lookup = KeyLookup::Path,
+     .required = true},
+    {.name = "animationExtension", .type = KeyType::Text, .meaning = "extension after the dot"},
     {.name = "isFristZero",
      .type = KeyType::Bool,
      .fallback = "0",
-     .meaning = "sequence: numbers are padded with zeros to the width of the larger end"},
+     .meaning = "numbers are padded with zeros to the width of the larger end"},
     {.name = "isLastLoop",
      .type = KeyType::Bool,
      .fallback = "0",
-     .meaning = "sequence: every other pass runs backwards"},
+     .meaning = "every other pass runs backwards"},
 };
 const KeyTable pictureSequenceKeys{"PvrTextureSerialInfo", "Numbered pictures.", nullptr,
                                    pictureSequenceKeyList};
-const KeyTable pictureSequenceTextureKeys{"TextureInfo of a sequence", "Numbered pictures.", &text2DKeys,
-                                          pictureSequenceKeyList};
 
 PictureSequence::PictureSequence(const platform::Value& info) {
     const KeyReader reader(pictureSequenceKeys, info);

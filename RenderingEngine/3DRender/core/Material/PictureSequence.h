@@ -10,8 +10,6 @@ namespace multiscene {
 
 /// The keys of a numbered picture sequence.
 extern const KeyTable pictureSequenceKeys;
-/// The same keys where they share a dictionary with those of a text.
-extern const KeyTable pictureSequenceTextureKeys;
 
 /// Pictures named by number, shown one after another over the frames of their object. The first pass shows
 /// all pictures; later passes leave out the one they start from, since the pass before ended beside it.

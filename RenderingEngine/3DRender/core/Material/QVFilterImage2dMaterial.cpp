@@ -1,6 +1,6 @@
 #include "core/Material/QVFilterImage2dMaterial.h"
 
-#include "core/Material/TextureInfoKeys.h"
+#include "core/Material/PhotoFilterKeys.h"
 #include "core/QVScene3D.h"
 
 namespace multiscene {
@@ -14,7 +14,7 @@ static const MaterialTypes::Registration registered(
             context.scene ? context.scene->sceneConfigData().sceneResourceFolderPath : std::string(),
             textureInfo);
     },
-    textureInfoKeys);
+    filterImageKeys);
 
 QVFilterImage2dMaterial::QVFilterImage2dMaterial(std::string imagePath, std::string rootScenePath,
                                                  platform::Value filterInfo)

@@ -4,6 +4,9 @@
 
 namespace multiscene {
 
+static constexpr Key imageKeyList[] = {textureFileKey(KeyFile::Picture, "the picture")};
+constexpr KeyTable imageKeys{"image", "A picture.", nullptr, imageKeyList};
+
 static const MaterialTypes::Registration registeredImage(
     "image",
     [](const platform::Value& textureInfo,
@@ -11,7 +14,7 @@ static const MaterialTypes::Registration registeredImage(
         return std::make_shared<QVImage2dMaterial>(context.textureObjectPath, ImageType::Picture,
                                                    textureInfo);
     },
-    textureInfoKeys);
+    imageKeys);
 
 QVImage2dMaterial::QVImage2dMaterial(std::string imagePath, ImageType imageType, platform::Value textureInfo)
     : QVTextureMaterial(MaterialType::Image, imageType == ImageType::Picture),

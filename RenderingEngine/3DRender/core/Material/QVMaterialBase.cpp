@@ -19,7 +19,7 @@ std::shared_ptr<QVMaterialBase> QVMaterialBase::loadTextureWithDic(const platfor
 void QVMaterialBase::reportSkippedPicture(const std::string& path, const platform::Value& textureInfo) const {
     if (!object3D_) return;
     if (path.empty())
-        reportSkipped(*object3D_, "missing file", KeyReader(textureInfoKeys, textureInfo).text("texture"));
+        reportSkipped(*object3D_, "missing file", textureNameOf(textureInfo));
     else
         reportSkipped(*object3D_, "missing or unreadable file", path);
 }

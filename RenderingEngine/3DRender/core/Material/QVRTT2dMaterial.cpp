@@ -6,6 +6,18 @@
 
 namespace multiscene {
 
+constexpr KeyTable sceneTextureKeys{"Scene textures",
+                                    "What a scene has drawn, in the scene of a transition of type 0."};
+
+static constexpr Key namedTargetKeyList[] = {
+    {.name = "textureMapKey",
+     .type = KeyType::Text,
+     .meaning = "the \"textureMapKey\" of the node that draws into a texture",
+     .required = true},
+};
+const KeyTable namedTargetKeys{"RTTTexture", "What a node has drawn into a texture.", nullptr,
+                               namedTargetKeyList};
+
 namespace {
 
 using Scene = std::shared_ptr<QVScene3D>;
@@ -19,7 +31,7 @@ std::shared_ptr<QVMaterialBase> sceneMaterial(const platform::Value&, const Mate
 
 std::shared_ptr<QVMaterialBase> namedTargetMaterial(const platform::Value& textureInfo,
                                                     const MaterialContext& context) {
-    const std::string key = KeyReader(textureInfoKeys, textureInfo).text("textureMapKey");
+    const std::string key = KeyReader(namedTargetKeys, textureInfo).text("textureMapKey");
     return std::make_shared<QVRTT2dMaterial>(context.scene ? context.scene->renderToTextureMap(key) : 0);
 }
 
@@ -27,12 +39,12 @@ std::shared_ptr<QVMaterialBase> namedTargetMaterial(const platform::Value& textu
 
 static const MaterialTypes::Registration registeredCurrentScene("currentSceneRenderTexture",
                                                                 sceneMaterial<&RenderDriver::currentScene>,
-                                                                textureInfoKeys);
+                                                                sceneTextureKeys);
 static const MaterialTypes::Registration registeredNextScene("nextSceneRenderTexture",
                                                              sceneMaterial<&RenderDriver::nextScene>,
-                                                             textureInfoKeys);
+                                                             sceneTextureKeys);
 static const MaterialTypes::Registration registeredNamedTarget("RTTTexture", namedTargetMaterial,
-                                                               textureInfoKeys);
+                                                               namedTargetKeys);
 
 QVRTT2dMaterial::QVRTT2dMaterial(uint32_t textureId)
     : QVTextureMaterial(MaterialType::RenderTarget, true, bottomUpTextureCoordinates) {

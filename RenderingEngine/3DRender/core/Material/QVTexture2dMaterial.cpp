@@ -1,6 +1,5 @@
 #include "core/Material/QVTexture2dMaterial.h"
 
-#include "core/Material/TextureInfoKeys.h"
 #include "core/QVObject3DFpsBase.h"
 #include "core/QVScene3D.h"
 #include "dataMode/QVMultiScene2DTextDataModel.h"
@@ -13,7 +12,7 @@ static const MaterialTypes::Registration registered(
        const MaterialContext& context) -> std::shared_ptr<QVMaterialBase> {
         return std::make_shared<QVTexture2dMaterial>(context.textureObjectPath, textureInfo);
     },
-    textureInfoKeys);
+    text2DKeys);
 
 QVTexture2dMaterial::QVTexture2dMaterial(std::string textString, platform::Value textInfo)
     : QVTextureMaterial(MaterialType::Text, true),

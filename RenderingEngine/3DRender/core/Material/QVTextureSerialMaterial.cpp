@@ -7,6 +7,17 @@
 
 namespace multiscene {
 
+static constexpr Key textureSerialKeyList[] = {
+    {.name = "imageType",
+     .type = KeyType::Integer,
+     .fallback = "0",
+     .meaning = "0 picture files, 2 PVR files",
+     .minimum = 0,
+     .maximum = 2},
+};
+constexpr KeyTable textureSerialKeys{"textureSerial", "Numbered pictures, one after another.",
+                                     &pictureSequenceKeys, textureSerialKeyList};
+
 static const MaterialTypes::Registration registered(
     "textureSerial",
     [](const platform::Value& textureInfo,
@@ -14,12 +25,12 @@ static const MaterialTypes::Registration registered(
         return std::make_shared<QVTextureSerialMaterial>(textureInfo, context.textureSerialStartFps,
                                                          context.textureSerialEndFps, context.scene);
     },
-    textureInfoKeys);
+    textureSerialKeys);
 
 namespace {
 
 ImageType imageTypeOf(const platform::Value& textureInfo) {
-    return static_cast<ImageType>(KeyReader(textureInfoKeys, textureInfo).int32("imageType"));
+    return static_cast<ImageType>(KeyReader(textureSerialKeys, textureInfo).int32("imageType"));
 }
 
 }  // namespace

@@ -4,15 +4,28 @@
 
 namespace multiscene {
 
+static constexpr Key videoTextureKeyList[] = {
+    textureFileKey(KeyFile::Video, "the film"),
+    {.name = "videoFps",
+     .type = KeyType::Integer,
+     .unit = "frames a second",
+     .fallback = "0",
+     .meaning = "the film's frame rate",
+     .minimum = 1,
+     .maximum = 240},
+};
+constexpr KeyTable videoTextureKeys{"mp4Video", "A film, one picture a frame; it holds the last one.",
+                                    nullptr, videoTextureKeyList};
+
 static const MaterialTypes::Registration registered(
     "mp4Video",
     [](const platform::Value& textureInfo,
        const MaterialContext& context) -> std::shared_ptr<QVMaterialBase> {
         return std::make_shared<QVVideoMaterial>(context.textureObjectPath,
-                                                 KeyReader(textureInfoKeys, textureInfo).int32("videoFps"),
+                                                 KeyReader(videoTextureKeys, textureInfo).int32("videoFps"),
                                                  textureInfo);
     },
-    textureInfoKeys);
+    videoTextureKeys);
 
 QVVideoMaterial::QVVideoMaterial(std::string videoPath, int32_t videoFps, platform::Value textureInfo)
     : QVTextureMaterial(MaterialType::Video, false),

@@ -7,8 +7,8 @@
 #include "core/GLESUtils/TextureUpload.h"
 #include "core/Material/BitmapAlpha.h"
 #include "core/Material/BitmapStretch.h"
+#include "core/Material/PhotoFilterKeys.h"
 #include "core/Material/TextPictureCopy.h"
-#include "core/Material/TextureInfoKeys.h"
 #include "dataMode/QVMultiScene2DTextDataModel.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "platform/base/FileGate.h"
@@ -110,7 +110,7 @@ std::string ZBTexture::filterResourcePath(const std::string& name, const std::st
 platform::Bitmap ZBTexture::filterWithOriginalImage(const platform::Bitmap& originalImage,
                                                     const std::string& sceneRootPath,
                                                     const platform::Value& filterInfo) {
-    const KeyReader reader(textureInfoKeys, filterInfo);
+    const KeyReader reader(photoFilterKeys, filterInfo);
     const platform::PhotoFilter filter{.type = reader.text("filterType"),
                                        .cornerRadius = reader.number("circularR"),
                                        .strokeWidth = reader.number("strokeW"),

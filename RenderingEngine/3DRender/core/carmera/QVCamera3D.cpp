@@ -1,5 +1,6 @@
 #include "core/carmera/QVCamera3D.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 
@@ -12,8 +13,6 @@ namespace multiscene {
 namespace {
 
 constexpr float defaultFov = 75;  // degrees
-
-constexpr std::string_view cameraTypes[] = {"QVOrthCamera", "QVFrustumCamera"};
 
 constexpr Key lookAtKeyList[] = {
     {.name = "isMoveTargetPoint", .type = KeyType::Bool, .fallback = "0", .meaning = "turn to a point"},
@@ -83,24 +82,52 @@ constexpr KeyTable lookAtKeys{"LookAtAnimation",
 
 }  // namespace
 
-static constexpr Key cameraKeyList[] = {
-    {.name = "type",
-     .type = KeyType::Choice,
-     .meaning = "projection",
-     .required = true,
-     .choices = cameraTypes},
+namespace {
+
+using Camera = std::shared_ptr<QVCamera3D>;
+
+constexpr Key orthCameraKeyList[] = {
     {.name = "OrthWidth",
      .type = KeyType::Number,
      .unit = "model units",
      .fallback = "0",
-     .meaning = "QVOrthCamera: how many units the picture is wide; without it nothing is seen"},
+     .meaning = "how many units the picture is wide; without it nothing is seen"},
+};
+constexpr KeyTable orthCameraKeys{"QVOrthCamera", "Things keep their size, however far they are.", nullptr,
+                                  orthCameraKeyList};
+
+Camera orthCamera(const platform::Value& info, float aspect) {
+    return QVCamera3D::initOrthWithWidth(KeyReader(orthCameraKeys, info).number("OrthWidth"), aspect);
+}
+
+constexpr Key frustumCameraKeyList[] = {
     {.name = "FrustumFov",
      .type = KeyType::Number,
      .unit = "degrees",
      .fallback = "75",
-     .meaning = "QVFrustumCamera: horizontal field of view",
+     .meaning = "horizontal field of view",
      .minimum = 1,
      .maximum = 179},
+};
+constexpr KeyTable frustumCameraKeys{"QVFrustumCamera", "Things get smaller the further they are.", nullptr,
+                                     frustumCameraKeyList};
+
+Camera frustumCamera(const platform::Value& info, float aspect) {
+    const float fov = KeyReader(frustumCameraKeys, info).number("FrustumFov");
+    return QVCamera3D::initWithFov(fov > 0 ? fov : defaultFov, aspect);
+}
+
+struct CameraType {
+    std::string_view name;
+    const KeyTable* keys;
+    Camera (*make)(const platform::Value& info, float aspect);
+};
+constexpr CameraType cameraTypes[] = {{"QVOrthCamera", &orthCameraKeys, orthCamera},
+                                      {"QVFrustumCamera", &frustumCameraKeys, frustumCamera}};
+constexpr KeyVariants cameraVariants = variantsOfList<cameraTypes>("camera", "type");
+
+constexpr Key cameraKeyList[] = {
+    {.name = "type", .type = KeyType::Choice, .meaning = "projection", .required = true},
     {.name = "aspect",
      .type = KeyType::Number,
      .fallback = "0",
@@ -108,22 +135,20 @@ static constexpr Key cameraKeyList[] = {
      .minimum = 0},
     {.name = "LookAtAnimation", .type = KeyType::Array, .meaning = "camera moves", .children = &lookAtKeys},
 };
-const KeyTable cameraKeys{"Camera", "The camera of a scene or of a node.", &transformKeys, cameraKeyList};
+
+}  // namespace
+
+constexpr KeyTable cameraKeys{"Camera", "The camera of a scene or of a node.", &transformKeys, cameraKeyList,
+                              &cameraVariants};
 
 std::shared_ptr<QVCamera3D> QVCamera3D::cameraWithInfo(const platform::Value& info,
                                                        const std::shared_ptr<QVScene3D>& scene) {
     const KeyReader reader(cameraKeys, info);
+    const auto type = std::ranges::find(cameraTypes, reader.text("type"), &CameraType::name);
+    if (type == std::end(cameraTypes)) return nullptr;
     float aspect = reader.number("aspect");
     if (!(aspect > 0) && scene) aspect = scene->aspect();
-    std::shared_ptr<QVCamera3D> camera;
-    if (reader.text("type") == "QVOrthCamera") {
-        camera = initOrthWithWidth(reader.number("OrthWidth"), aspect);
-    } else if (reader.text("type") == "QVFrustumCamera") {
-        const float fov = reader.number("FrustumFov");
-        camera = initWithFov(fov > 0 ? fov : defaultFov, aspect);
-    } else {
-        return nullptr;
-    }
+    const Camera camera = type->make(info, aspect);
     camera->setScene(scene);
     camera->rendInfoWithDic(info);
     return camera;

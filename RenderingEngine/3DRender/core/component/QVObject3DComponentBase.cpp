@@ -23,8 +23,9 @@ static constexpr Key componentKeyList[] = {
      .lookup = KeyLookup::UserMap,
      .minimum = 0},
 };
+static constexpr KeyVariants componentVariants = variantsOfTypes<ComponentTypes>("component", "type");
 const KeyTable componentKeys{"QVObject3DComponentBase", "A behaviour attached to a node.", nullptr,
-                             componentKeyList};
+                             componentKeyList, &componentVariants};
 
 void QVObject3DComponentBase::rendInfoWithDic(const platform::Value& info) {
     componentInfo_ = info;
