@@ -30,17 +30,13 @@ class FakeDriver : public RenderDriver {
     std::vector<platform::Value> sounds;
 };
 
-inline platform::CMTime frame(int64_t number) {
-    return platform::CMTimeMake(number, 30);
-}
+inline platform::CMTime frame(int64_t number) { return platform::CMTimeMake(number, 30); }
 
 /// "a=b" pairs as a dictionary.
 inline platform::Value dictionary(platform::Value::Dictionary entries) {
     return platform::Value(std::move(entries));
 }
-inline platform::Value array(platform::Value::Array items) {
-    return platform::Value(std::move(items));
-}
+inline platform::Value array(platform::Value::Array items) { return platform::Value(std::move(items)); }
 
 inline std::shared_ptr<QVObject3DTransformBase> group(const platform::Value& info = dictionary({})) {
     auto node = std::make_shared<QVObject3DTransformBase>();

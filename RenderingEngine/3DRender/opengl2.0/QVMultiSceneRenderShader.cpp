@@ -9,9 +9,7 @@ QVMultiSceneRenderShader::QVMultiSceneRenderShader(std::string shaderKey, const 
     ShaderManager::sharedManager().createShader(shaderKey_, shaderPath);
 }
 
-void QVMultiSceneRenderShader::useShader() {
-    ShaderManager::sharedManager().useShader(shaderKey_);
-}
+void QVMultiSceneRenderShader::useShader() { ShaderManager::sharedManager().useShader(shaderKey_); }
 
 std::shared_ptr<Shader> QVMultiSceneRenderShader::shader() const {
     return ShaderManager::sharedManager().shaderForName(shaderKey_);

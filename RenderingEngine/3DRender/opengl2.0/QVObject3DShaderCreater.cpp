@@ -58,9 +58,7 @@ std::string decimal(float value) {
     return std::string(text, end);
 }
 
-std::string coordinate(unsigned int index) {
-    return "blurCoordinates[" + std::to_string(index) + "]";
-}
+std::string coordinate(unsigned int index) { return "blurCoordinates[" + std::to_string(index) + "]"; }
 
 std::string step(unsigned int index, const char* sign, float offset) {
     return "         " + coordinate(index) + " = textureCoordinate.xy " + sign + " singleStepOffset * " +

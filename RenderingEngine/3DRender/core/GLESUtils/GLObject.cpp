@@ -40,9 +40,7 @@ void remove(GLObjectKind kind, const GLuint* name) {
 
 }  // namespace
 
-int liveGLObjects(GLObjectKind kind) {
-    return counter(kind);
-}
+int liveGLObjects(GLObjectKind kind) { return counter(kind); }
 
 template <GLObjectKind kind>
 void GLObject<kind>::create() {
