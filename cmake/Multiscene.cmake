@@ -16,13 +16,12 @@ target_include_directories(multiscene_settings INTERFACE
 
 set_property(GLOBAL PROPERTY MULTISCENE_OBJECTS "")
 
-# multiscene_folder(<alias> SOURCES <files...> [PACKAGES <imported targets...>])
-# An object library for one folder, with the alias multiscene::<alias>.
-function(multiscene_folder alias)
+# multiscene_folder(<name> SOURCES <files...> [PACKAGES <imported targets...>])
+# An object library for one folder. What it may include is not said here: scripts/check-layers reads the includes.
+function(multiscene_folder name)
   cmake_parse_arguments(FOLDER "" "" "SOURCES;PACKAGES" ${ARGN})
-  set(target "multiscene_${alias}")
+  set(target "multiscene_${name}")
   add_library(${target} OBJECT ${FOLDER_SOURCES})
-  add_library(multiscene::${alias} ALIAS ${target})
   target_link_libraries(${target} PUBLIC multiscene_settings PRIVATE ${FOLDER_PACKAGES})
   set_property(GLOBAL APPEND PROPERTY MULTISCENE_OBJECTS ${target})
   set_property(GLOBAL APPEND PROPERTY MULTISCENE_PACKAGES ${FOLDER_PACKAGES})
@@ -40,6 +39,7 @@ function(multiscene_engine_library)
   add_library(multiscene::all ALIAS multiscene_all)
   target_link_libraries(multiscene_all PUBLIC multiscene_settings PRIVATE ${packages})
   set_target_properties(multiscene_all PROPERTIES OUTPUT_NAME multiscene)
+  install(TARGETS multiscene_all LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
   # The library calls its own inline functions, never a test's copy of them, which is not optimised.
   target_link_options(multiscene_all PRIVATE -Wl,-Bsymbolic-functions)
 endfunction()
