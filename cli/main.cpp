@@ -1,11 +1,13 @@
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 
 #include "cli/CommandLine.h"
 #include "cli/SignalWatch.h"
 #include "platform/base/CurrentError.h"
 #include "platform/base/Error.h"
 #include "platform/base/Log.h"
+#include "platform/base/Memory.h"
 #include "platform/base/Paths.h"
 
 namespace multiscene::cli {
@@ -28,6 +30,10 @@ int run(int count, const char* const* words, Console& console) {
     return 0;
 }
 
+Console* lastConsole = nullptr;
+
+void sayThatMemoryRanOut() { lastConsole->error(Error(platform::ErrorKind::Transient, "out of memory")); }
+
 int report(Console& console, const Error& error) {
     console.error(error);
     return error.exitCode();
@@ -41,7 +47,11 @@ int main(int count, char** words) {
     // A closed pipe and a file that may grow no further are failed writes like any other.
     std::signal(SIGPIPE, SIG_IGN);
     std::signal(SIGXFSZ, SIG_IGN);
+    // What goes wrong in OpenGL is said by us, in one line.
+    ::setenv("EGL_LOG_LEVEL", "fatal", 0);
     Console console(asksForJson(count, words));
+    lastConsole = &console;
+    platform::endOrderlyWithoutMemory(sayThatMemoryRanOut);
     try {
         return run(count, words, console);
     } catch (...) {

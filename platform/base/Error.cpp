@@ -47,6 +47,8 @@ Error currentError() {
     } catch (const std::bad_alloc&) {
         return Error(ErrorKind::Transient, "out of memory");
     } catch (const std::system_error& error) {
+        if (error.code() == std::errc::resource_unavailable_try_again)
+            return Error(ErrorKind::Transient, "out of memory or threads");
         return Error(isPassing(error.code().value()) ? ErrorKind::Transient : ErrorKind::Failed,
                      error.what());
     } catch (const std::exception& error) {

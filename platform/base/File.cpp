@@ -14,8 +14,17 @@ namespace fs = std::filesystem;
 
 namespace {
 
+constexpr size_t kKeptName = 100;  // bytes; the whole name has to stay below 256
+
 fs::path besideName(const fs::path& file) {
-    return file.parent_path() / ("." + file.filename().string() + "." + uniqueIdentifier() + ".part");
+    std::string name = file.filename().string();
+    if (name.size() > kKeptName) {
+        // Not within a character.
+        size_t end = kKeptName;
+        while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) --end;
+        name.resize(end);
+    }
+    return file.parent_path() / ("." + name + "." + uniqueIdentifier() + ".part");
 }
 
 void writeAll(int descriptor, std::string_view bytes, const std::string& name) {

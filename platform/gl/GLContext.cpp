@@ -12,6 +12,7 @@
 
 #include "platform/base/Error.h"
 #include "platform/base/Log.h"
+#include "platform/base/Memory.h"
 
 namespace platform {
 
@@ -32,9 +33,11 @@ namespace {
 thread_local GLContext* currentContext = nullptr;
 
 Error eglError(const std::string& action) {
+    const EGLint error = eglGetError();
     char code[16];
-    std::snprintf(code, sizeof code, "0x%04X", static_cast<unsigned>(eglGetError()));
-    return Error(ErrorKind::Failed, "cannot " + action + " (EGL error " + code + ")");
+    std::snprintf(code, sizeof code, "0x%04X", static_cast<unsigned>(error));
+    return Error(error == EGL_BAD_ALLOC ? ErrorKind::Transient : ErrorKind::Failed,
+                 "cannot " + action + " (EGL error " + code + ")");
 }
 
 /// The loader ends the process when a library is missing, so look first.
@@ -157,6 +160,7 @@ std::shared_ptr<GLContext> GLContext::create(Driver driver) {
         log::info("OpenGL: " + context->caps().renderer + ", " + context->caps().version);
         return context;
     }
+    if (memoryIsShort()) throw Error(ErrorKind::Transient, "out of memory: OpenGL ES does not start");
     throw Error(ErrorKind::Failed,
                 "no OpenGL ES driver works here; install Mesa's EGL driver (libegl-mesa0)");
 }

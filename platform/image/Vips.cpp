@@ -7,6 +7,8 @@
 #include <string>
 #include <string_view>
 
+#include "platform/base/Memory.h"
+
 namespace platform {
 
 namespace {
@@ -37,6 +39,9 @@ Error pictureError(const ImageSource& source, const char* message) {
     vips_error_clear();
     // The library names the descriptor that it was given, which means nothing to the user.
     if (line.find("/proc/self/fd/") != std::string::npos) line.clear();
+    if (line.find("Resource temporarily unavailable") != std::string::npos ||
+        (line.find("out of memory") != std::string::npos && memoryIsShort()))
+        return Error(ErrorKind::Transient, "out of memory", source.name);
     const bool foreign = line.empty() || line.find("not in a known format") != std::string::npos ||
                          line.find("operation is blocked") != std::string::npos;
     return Error(source.kind,

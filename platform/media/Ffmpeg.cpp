@@ -4,6 +4,7 @@
 #include <mutex>
 
 #include "platform/base/Log.h"
+#include "platform/base/Memory.h"
 
 extern "C" {
 #include <libavcodec/avcodec.h>
@@ -70,6 +71,10 @@ void prepareLog() {
 
 Error error(int code, const std::string& action, const std::string& file, ErrorKind kind) {
     const int errnoValue = AVUNERROR(code);
+    // A file can ask for any amount of memory, and for data that never come: that does not pass.
+    const bool isAskedTooMuch = code == AVERROR(ENOMEM) && !memoryIsShort();
+    if (kind != ErrorKind::Failed && (isAskedTooMuch || code == AVERROR(EAGAIN)))
+        return Error(kind, action + ": the file is damaged", file);
     if (errnoValue > 0 && errnoValue < 4096) return errnoError(errnoValue, action, file, kind);
     // The settings of our own encoders are judged beforehand: what fails inside them is for want of memory.
     if (code == AVERROR_EXTERNAL && kind == ErrorKind::Failed)

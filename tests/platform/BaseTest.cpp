@@ -1,16 +1,22 @@
+#include <glib.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cmath>
+#include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <new>
+#include <thread>
 
 #include "platform/base/DispatchQueue.h"
 #include "platform/base/File.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Json.h"
+#include "platform/base/Memory.h"
 #include "platform/base/NotificationCenter.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
@@ -187,6 +193,44 @@ TEST_F(BaseTest, FilesAppearWholeOrNotAtAll) {
     const fs::path moved = folder / "moved.txt";
     moveFile(target, moved);
     EXPECT_EQ(std::distance(fs::directory_iterator(folder), {}), 1);
+}
+
+TEST_F(BaseTest, TheLongestNamesCanBeWritten) {
+    const fs::path file = folder / std::string(255, 'a');
+    writeFileAtomically(file, "text");
+    EXPECT_EQ(fs::file_size(file), 4u);
+}
+
+TEST(MemoryDeathTest, ALackThatNobodyCatchesIsTold) {
+    GTEST_FLAG_SET(death_test_style, "threadsafe");
+    const auto prepare = [] { endOrderlyWithoutMemory([] { std::fputs("nothing left", stderr); }); };
+    const auto throwOnAThread = [](const auto& thrown) { std::thread([&] { throw thrown; }).join(); };
+    const auto passing = ::testing::ExitedWithCode(75);
+    EXPECT_EXIT((prepare(), throwOnAThread(std::bad_alloc())), passing, "nothing left");
+    EXPECT_EXIT((prepare(), throwOnAThread(Error(ErrorKind::Transient, "full"))), passing, "nothing left");
+    EXPECT_EXIT((prepare(), static_cast<void>(g_malloc(SIZE_MAX / 2))), passing, "nothing left");
+    EXPECT_EXIT((endOrderlyWithoutMemory([] { throw std::bad_alloc(); }), throwOnAThread(std::bad_alloc())),
+                passing, "out of memory");
+    EXPECT_EXIT((prepare(), throwOnAThread(std::logic_error("a fault of ours"))),
+                ::testing::KilledBySignal(SIGABRT), "a fault of ours");
+}
+
+TEST(MemoryDeathTest, AShortageIsToldFromPlenty) {
+    EXPECT_FALSE(memoryIsShort());
+    const auto exitWithShortage = [] {
+        const rlimit limit{300u << 20, 300u << 20};
+        ::setrlimit(RLIMIT_AS, &limit);
+        ::_exit(memoryIsShort());
+    };
+    const auto abortWith = [](rlim_t bytes) {
+        endOrderlyWithoutMemory(nullptr);
+        const rlimit limit{bytes, bytes};
+        ::setrlimit(RLIMIT_AS, &limit);
+        std::raise(SIGABRT);
+    };
+    EXPECT_EXIT(abortWith(300u << 20), ::testing::ExitedWithCode(75), "out of memory");
+    EXPECT_EXIT(abortWith(RLIM_INFINITY), ::testing::KilledBySignal(SIGABRT), "");
+    EXPECT_EXIT(exitWithShortage(), ::testing::ExitedWithCode(1), "");
 }
 
 TEST(DispatchQueue, RunsInOrderAndFinishesBeforeItIsGone) {

@@ -433,6 +433,20 @@ TEST_F(VideoTest, DamagedFilesGiveWhatTheyHoldAndEnd) {
     expectRefused(write("head.mp4", film.substr(0, 300)), ErrorKind::Template);
 }
 
+TEST_F(VideoTest, AFileThatAsksForTooMuchMemoryIsAtFaultItself) {
+    std::string bytes = bytesOf(makeFilm("film.mp4", 5, small()));
+    const size_t table = bytes.find("stts");
+    ASSERT_NE(table, std::string::npos);
+    bytes.replace(table + 8, 4, "\x0f\xff\xff\xff");  // entries
+    write("forged.mp4", bytes);
+    try {
+        probeVideo(open(path("forged.mp4")), "forged.mp4", ErrorKind::Input);
+        FAIL();
+    } catch (const Error& error) {
+        EXPECT_EQ(error.kind(), ErrorKind::Input) << error.what();
+    }
+}
+
 TEST_F(VideoTest, AReaderCanBeCancelledAndDroppedAtAnyTime) {
     const std::string film = makeFilm("a.mp4", 30, small());
     { VideoReader untouched(open(film), film); }
