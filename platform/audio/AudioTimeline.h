@@ -1,4 +1,4 @@
-// Clips placed on one timeline: what is heard when, and how loud. The mixing itself is in AudioMix.h.
+// Clips placed on one timeline: what is heard when, and how loud. The mixing itself is in AudioMixer.h.
 #pragma once
 
 #include <memory>
@@ -16,12 +16,14 @@ struct AudioInsertion {
     CMTime sourceStart{0, 1, 1, 0};  ///< where in the file the piece begins
     CMTime duration;                 ///< how long it sounds; silence where the file is shorter
     CMTime at;                       ///< when it begins on the timeline
+    bool isLooped = false;           ///< at the file's end it goes on from `sourceStart`
 };
 
 /// Pieces with one volume curve. Pieces that overlap are added.
 struct AudioTrack {
     std::vector<AudioInsertion> insertions;
     VolumeEnvelope volume;
+    std::vector<VolumeEnvelope> fades = {};  ///< multiplied onto `volume`
 };
 
 struct AudioTimeline {

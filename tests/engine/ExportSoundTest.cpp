@@ -6,7 +6,7 @@
 #include <array>
 
 #include "other/RenderReport.h"
-#include "platform/audio/AudioMix.h"
+#include "platform/audio/AudioMixer.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
 #include "tests/engine/SoundFixture.h"
@@ -78,20 +78,25 @@ TEST_F(ExportSoundTest, PlacesAreHundredthsOfASecondCutOff) {
 }
 
 TEST_F(ExportSoundTest, MusicLoopsEndToEndAndStopsWithTheFilm) {
-    music(10);
-    const auto file = std::make_shared<platform::AudioFile>(
-        platform::FileGate::shared().open(folder_ / "music.wav").file, "music.wav");
-    const auto pieces = ExportSound::addBgAudioWithUrl(file, 25);
-    ASSERT_EQ(pieces.size(), 3u);
-    const std::array<double, 3> starts{0, 10, 20}, lengths{10, 10, 5};
-    for (size_t i = 0; i < 3; ++i) {
-        EXPECT_EQ(CMTimeGetSeconds(pieces[i].at), starts[i]);
-        EXPECT_EQ(CMTimeGetSeconds(pieces[i].duration), lengths[i]);
-    }
-    EXPECT_TRUE(ExportSound::addBgAudioWithUrl(file, 0).empty());
     const auto heard = hear({music(1)}, 25, 4);
     EXPECT_NEAR(static_cast<double>(heard.size()), 400, 1);
     for (size_t i = 0; i < 399; ++i) ASSERT_NEAR(heard[i], 1, 0.001) << i;  // no gap at a seam, no fade
+}
+
+TEST_F(ExportSoundTest, MusicHasItsOwnVolumeStartAndFadesBesides) {
+    const auto with = [&](const char* key, double value) { return music(10).with(key, value); };
+    EXPECT_NEAR(hear({with("volume", 0.25)}, 25, 4)[200], 0.25, 0.001);
+    const auto fading = hear({with("fadeInSeconds", 1).with("fadeOutSeconds", 2)}, 25, 4);
+    EXPECT_NEAR(fading[0], 0, 0.01);
+    EXPECT_NEAR(fading[50], 0.5, 0.01);
+    EXPECT_NEAR(fading[150], 1, 0.01);
+    EXPECT_NEAR(fading[300], 0.5, 0.01);
+    // Both longer than the film: they meet in its middle.
+    EXPECT_NEAR(hear({with("fadeInSeconds", 99).with("fadeOutSeconds", 99)}, 25, 4)[200], 0.25, 0.01);
+    // An effect keeps its volume, and the fade of a long film stays.
+    const auto long12 = hear({with("volume", 0), effect(12, 1, 0, 300)}, 25, 12);
+    EXPECT_NEAR(long12[750], 1, 0.005);
+    EXPECT_NEAR(long12[1000], 0.5, 0.005);
 }
 
 TEST_F(ExportSoundTest, LongFilmsFadeTwice) {

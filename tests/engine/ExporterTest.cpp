@@ -89,6 +89,8 @@ TEST_F(Export, FilmIsUprightCompleteAndTheSameEveryTime) {
         const auto bytes = platform::readFile(film(), 1 << 24);
         if (pass == 0) first = bytes;
         EXPECT_EQ(bytes, first);
+        const std::string text(bytes.begin(), bytes.end());
+        EXPECT_LT(text.find("moov"), text.find("mdat")) << "the index is at the front";
     }
     EXPECT_EQ(probe(film()).durationTicks(), 11 * 600 / 25);  // the first frame is stamped 1/25
     platform::VideoReader reader(open(film()), "film");

@@ -120,23 +120,27 @@ platform::VolumeEnvelope ExportSound::updateBgAudioAolumeWithTrackMix(const Entr
 }
 
 std::vector<platform::AudioInsertion> ExportSound::addBgAudioWithUrl(const SoundFile& music,
+                                                                     const platform::Value& entry,
                                                                      float totalTime) {
-    std::vector<platform::AudioInsertion> pieces;
-    const platform::CMTime duration = music->duration();
-    const auto length = static_cast<float>(CMTimeGetSeconds(duration));
-    if (length <= 0) return pieces;
-    const auto count = static_cast<int64_t>(std::ceil(std::min(totalTime, longestMix) / length));
-    for (int64_t i = 0; i < count; ++i) {
-        platform::CMTime piece = duration;
-        if (i == count - 1) {
-            const float rest = totalTime - length * static_cast<float>(count - 1);
-            piece.value = static_cast<int64_t>(static_cast<double>(rest) * duration.timescale);
-        }
-        pieces.push_back({.file = music,
-                          .duration = piece,
-                          .at = platform::CMTimeMake(duration.value * i, duration.timescale)});
-    }
-    return pieces;
+    const double length = std::min(totalTime, longestMix);
+    const auto ticks = static_cast<int64_t>(length * platform::kAudioSampleRate);
+    if (ticks <= 0) return {};
+    return {{.file = music,
+             .sourceStart = time(hundredths(entry.real("startSeconds"))),
+             .duration = platform::CMTimeMake(ticks, platform::kAudioSampleRate),
+             .at = time(0),
+             .isLooped = true}};
+}
+
+std::vector<platform::VolumeEnvelope> ExportSound::musicFades(const platform::Value& entry, float totalTime) {
+    std::vector<platform::VolumeEnvelope> fades(1);
+    fades[0].setVolume(entry.has("volume") ? entry.real("volume") : 1, 0);
+    const int64_t end = hundredths(totalTime);
+    const int64_t in = std::min(hundredths(entry.real("fadeInSeconds")), end);
+    const int64_t out = std::min(hundredths(entry.real("fadeOutSeconds")), end);
+    if (in > 0) fades.emplace_back().addRamp(0, 1, 0, in);
+    if (out > 0) fades.emplace_back().addRamp(1, 0, end - out, end);
+    return fades;
 }
 
 platform::AudioTrack ExportSound::addAudioWithInfo(const platform::Value& entry, const SoundFile& sound,
@@ -166,8 +170,9 @@ platform::AudioTimeline ExportSound::timelineOf(const Entries& entries, int32_t 
         if (!sound) continue;
         if (isMusic(entry)) {
             timeline.tracks.push_back(
-                {.insertions = addBgAudioWithUrl(sound, totalTime),
-                 .volume = updateBgAudioAolumeWithTrackMix(entries, framesPerSecond, totalTime)});
+                {.insertions = addBgAudioWithUrl(sound, entry, totalTime),
+                 .volume = updateBgAudioAolumeWithTrackMix(entries, framesPerSecond, totalTime),
+                 .fades = musicFades(entry, totalTime)});
         } else {
             reportLongerThanWindow(entry, *sound, framesPerSecond);
             timeline.tracks.push_back(addAudioWithInfo(entry, sound, framesPerSecond));

@@ -29,9 +29,14 @@ class ExportSound {
     /// The music's volume: ducked under the effects and, in a film of more than 5 s, faded out at its end.
     static platform::VolumeEnvelope updateBgAudioAolumeWithTrackMix(const Entries& entries,
                                                                     int32_t framesPerSecond, float totalTime);
-    /// The music from 0 to exactly `totalTime` seconds, end to end as often as needed.
+    /// The music from 0 to exactly `totalTime` seconds, end to end as often as needed: the part of it from
+    /// "startSeconds" of its entry on. No piece when there is nothing to hear.
     static std::vector<platform::AudioInsertion> addBgAudioWithUrl(
-        const std::shared_ptr<const platform::AudioFile>& music, float totalTime);
+        const std::shared_ptr<const platform::AudioFile>& music, const platform::Value& entry,
+        float totalTime);
+    /// What the entry of the music wants besides: its "volume" and its own fades, each as long as the film at
+    /// most.
+    static std::vector<platform::VolumeEnvelope> musicFades(const platform::Value& entry, float totalTime);
     /// The whole sound from its "fpsStart" on. The window, up to "fpsEnd", only carries its volume.
     static platform::AudioTrack addAudioWithInfo(const platform::Value& entry,
                                                  const std::shared_ptr<const platform::AudioFile>& sound,

@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "core/GLESUtils/ReadBack.h"
-#include "platform/audio/AudioMix.h"
 #include "platform/base/Paths.h"
 #include "platform/media/Join.h"
 #include "videoRenderCore/ExportSound.h"
@@ -44,7 +43,8 @@ QVVideoCVCacheExporter::QVVideoCVCacheExporter(const std::string& path, double w
                                           .preset = settings.preset,
                                           .threads = settings.threads,
                                           .pixelOrder = platform::PixelOrder::BGRA,
-                                          .rowOrder = platform::RowOrder::BottomUp})) {}
+                                          .rowOrder = platform::RowOrder::BottomUp,
+                                          .optimiseForNetworkUse = true})) {}
 
 QVVideoCVCacheExporter::~QVVideoCVCacheExporter() { canleExport(); }
 
@@ -61,6 +61,11 @@ QVVideoCVCacheExporter::State QVVideoCVCacheExporter::state() const {
 std::vector<platform::Value> QVVideoCVCacheExporter::audioTrackArray() const {
     const std::lock_guard lock(mutex_);
     return audioTrackArray_;
+}
+
+std::optional<platform::AudioMixReport> QVVideoCVCacheExporter::soundReport() const {
+    const std::lock_guard lock(mutex_);
+    return soundReport_;
 }
 
 void QVVideoCVCacheExporter::addAudioTrackWithInfo(const platform::Value& info) {
@@ -172,7 +177,13 @@ bool QVVideoCVCacheExporter::mutableAudioCompositionWithVideoUrl(
     }
     // An M4A file whose name ends in .m4v.
     const std::filesystem::path mix = temporaryFile(".m4v");
-    platform::writeAudioMix(timeline, mix, {.bitRate = settings_.audioBitRate}, stop_.get_token());
+    const platform::AudioMixReport report = platform::writeAudioMix(
+        timeline, mix, {.bitRate = settings_.audioBitRate, .loudness = settings_.loudness},
+        stop_.get_token());
+    {
+        const std::lock_guard lock(mutex_);
+        soundReport_ = report;
+    }
     synthesisAudio(mix);
     return true;
 }

@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "core/GLESUtils/QVFrameBufferToTexture.h"
+#include "platform/audio/AudioMix.h"
 #include "platform/base/DispatchQueue.h"
 #include "platform/media/VideoWriter.h"
 #include "videoRenderCore/FrameSink.h"
@@ -35,6 +36,8 @@ struct VideoExportSettings {
     std::string preset = "veryfast";  ///< of the H.264 encoder
     int threads = 3;                  ///< of the H.264 encoder; part of the result, never of the machine
     int audioBitRate = 128000;        ///< bits a second
+    /// LUFS to which the mix is brought; none: it stays as it is.
+    std::optional<double> loudness = {};
     /// Where the mixed sound and the joined film are made, under names of their own. The exporter deletes
     /// neither; the job that owns the folder does.
     std::filesystem::path temporaryFolder = {};
@@ -84,6 +87,8 @@ class QVVideoCVCacheExporter : public FrameSink,
     std::vector<platform::Value> audioTrackArray() const;
     /// CPU seconds of conversion and encoding; complete once the film is.
     platform::VideoWriter::Statistics writerStatistics() const { return writer_->statistics(); }
+    /// What became of the sounds; none until they are mixed, and in a film without sound.
+    std::optional<platform::AudioMixReport> soundReport() const;
 
     // FrameSink
     int32_t width() const override { return width_; }
@@ -128,6 +133,7 @@ class QVVideoCVCacheExporter : public FrameSink,
     State state_ = State::Writing;
     std::optional<platform::Error> error_;
     std::vector<platform::Value> audioTrackArray_;
+    std::optional<platform::AudioMixReport> soundReport_;
     std::stop_source stop_;
     platform::DispatchQueue finishing_{"video export"};  // last: joined first
 };

@@ -12,8 +12,10 @@ class SoundSink {
   public:
     virtual ~SoundSink() = default;
 
-    /// An audio entry: "type" ("bgAudio" for the music), "audioPath", "audioName", "volume" (0 to 1),
-    /// "fpsStart", "fpsEnd" (frames of the group), "isLoop".
+    /// An audio entry: "type" ("bgAudio" for the music), "audioPath", "audioName", "volume" (0 to 1; the
+    /// music's also above), "fpsStart", "fpsEnd" (frames of the group), "isLoop". The music may bring
+    /// "startSeconds", where in its file it begins, and "fadeInSeconds" and "fadeOutSeconds", at the film's
+    /// start and end.
     virtual void addAudioTrackWithInfo(const platform::Value& info) = 0;
     /// Ends the sounds of this "audioName"; the music only when `isBgAudio`. A mix needs no end.
     virtual void deleteChannelWithKey(const std::string& /*audioName*/, bool /*isBgAudio*/) {}
