@@ -95,12 +95,44 @@ Value missingValue(const JobSummary& summary) {
     return Value::Array(summary.missingInputs.begin(), summary.missingInputs.end());
 }
 
+Value decibelValue(const std::optional<double>& decibels) { return decibels ? Value(*decibels) : Value(); }
+
+/// Null when the video is silent.
+Value soundValue(const JobSummary& summary) {
+    if (!summary.sound) return {};
+    const platform::AudioMixReport& sound = *summary.sound;
+    return Value::Dictionary{{"loudnessBefore", decibelValue(sound.before.integrated)},
+                             {"loudness", decibelValue(sound.after.integrated)},
+                             {"truePeakBefore", decibelValue(sound.before.truePeak)},
+                             {"truePeak", decibelValue(sound.after.truePeak)},
+                             {"gain", sound.gain},
+                             {"limited", sound.isLimited}};
+}
+
+/// What was done to the sound; empty when nothing was.
+std::string soundText(const JobSummary& summary) {
+    if (!summary.sound) return {};
+    const platform::AudioMixReport& sound = *summary.sound;
+    const auto loudness = [](const platform::Loudness& measured) {
+        return measured.integrated ? format("%.1f LUFS", *measured.integrated) : std::string("silent");
+    };
+    std::string text;
+    if (summary.wantedLoudness)
+        text = "sound: " + loudness(sound.after) + format(" (%+.1f dB), mixed at ", sound.gain) +
+               loudness(sound.before);
+    if (sound.isLimited)
+        text += (text.empty() ? "sound: " : "; ") +
+                format("peaks limited to %.0f dB", platform::kHighestTruePeak);
+    return text;
+}
+
 Value::Dictionary summaryFields(const JobSummary& summary) {
     return {{"output", summary.output.string()},      {"frames", summary.frames},
             {"pictures", summary.pictures},           {"width", summary.format.width},
             {"height", summary.format.height},        {"framesPerSecond", summary.format.framesPerSecond},
             {"videoSeconds", summary.videoSeconds()}, {"seconds", summary.wallSeconds},
-            {"skipped", skippedValue(summary)},       {"missingInputs", missingValue(summary)}};
+            {"sound", soundValue(summary)},           {"skipped", skippedValue(summary)},
+            {"missingInputs", missingValue(summary)}};
 }
 
 void logStage(const char* name, const StageTime& time) {
@@ -237,6 +269,7 @@ void Console::jobDone(const JobSummary& summary) {
 void Console::printSummary(const JobSummary& summary) {
     line("made " + summary.output.string() + ": " + contentText(summary) +
          format(", %dx%d, in %.1f s", summary.format.width, summary.format.height, summary.wallSeconds));
+    if (const std::string sound = soundText(summary); !sound.empty()) line(sound);
     for (const RenderReport::Entry& entry : summary.skipped) line("left out " + describe(entry));
     for (const std::string& key : summary.missingInputs) line("not given: " + key);
 }

@@ -14,6 +14,7 @@ using platform::ErrorKind;
 namespace {
 
 constexpr int kMaxFramesPerSecond = 1000;
+constexpr double kMostSeconds = 86400;
 constexpr int64_t kLeastBitRate = 1000, kMostBitRate = 500'000'000;  // bits a second
 
 Error wrong(const std::string& value, const std::string& wanted) {
@@ -31,6 +32,14 @@ int64_t numberWithin(const std::string& text, int64_t least, int64_t most) {
     const auto number = wholeNumber(text);
     if (number && *number >= least && *number <= most) return *number;
     throw wrong(text, "a whole number from " + std::to_string(least) + " to " + std::to_string(most));
+}
+
+double decimalWithin(std::string_view text, double least, double most, const char* wanted) {
+    double number = 0;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+    const bool isNumber = result.ec == std::errc() && result.ptr == text.data() + text.size();
+    if (isNumber && number >= least && number <= most) return number;
+    throw wrong(std::string(text), wanted);
 }
 
 JobInputs::Given keyAndValue(const std::string& text, const char* wanted) {
@@ -63,6 +72,23 @@ std::string presetOf(const std::string& text) {
     throw wrong(text, "one of" + presets.substr(0, presets.size() - 1));
 }
 
+double secondsOf(std::string_view text) {
+    return decimalWithin(text, 0, kMostSeconds, "a number of seconds from 0 to 86400, such as 2.5");
+}
+
+/// "2" is both fades, "0.5,3" the one in and the one out.
+void setFades(const std::string& text, MusicSettings& settings) {
+    const size_t comma = text.find(',');
+    settings.fadeIn = secondsOf(std::string_view(text).substr(0, comma));
+    settings.fadeOut =
+        comma == std::string::npos ? settings.fadeIn : secondsOf(std::string_view(text).substr(comma + 1));
+}
+
+std::optional<double> loudnessOf(const std::string& text) {
+    if (text == "off") return std::nullopt;
+    return decimalWithin(text, -50, -5, "a loudness from -50 to -5 (LUFS) or \"off\"");
+}
+
 void addFrames(const std::string& list, std::set<int64_t>& frames) {
     for (size_t start = 0; start <= list.size();) {
         const size_t comma = std::min(list.find(',', start), list.size());
@@ -71,6 +97,29 @@ void addFrames(const std::string& list, std::set<int64_t>& frames) {
         frames.insert(*frame);
         start = comma + 1;
     }
+}
+
+void declareSound(Arguments& arguments, VideoRequest& request) {
+    MusicSettings& music = request.musicSettings;
+    arguments.option("--music", "FILE|none", "Background music",
+                     [&](const std::string& value) { request.music = value; });
+    arguments.option("--music-volume", "V",
+                     "Volume of the music as a factor, 0 (silent) to 4; 1 if not given",
+                     [&](const std::string& value) {
+                         music.volume = decimalWithin(value, 0, 4, "a factor from 0 to 4, such as 0.5");
+                     });
+    arguments.option("--music-start", "S",
+                     "Begin so many seconds into the music, also when it begins again; 0 if not given",
+                     [&](const std::string& value) { music.start = secondsOf(value); });
+    arguments.option(
+        "--music-fade", "S|IN,OUT",
+        "Fade the music in and out over so many seconds, besides what the mix fades anyway (a video of "
+        "more than 5 s over its end); 0 if not given",
+        [&](const std::string& value) { setFades(value, music); });
+    arguments.option("--loudness", "N|off",
+                     "Bring the finished sound to N LUFS (integrated, EBU R 128), -50 to -5: -14 suits most "
+                     "platforms, -23 broadcast; off if not given",
+                     [&](const std::string& value) { request.loudness = loudnessOf(value); });
 }
 
 }  // namespace
@@ -113,8 +162,7 @@ void declareFormat(Arguments& arguments, RenderRequest& request, Occurs occurs) 
 }
 
 void declareVideo(Arguments& arguments, VideoRequest& request) {
-    arguments.option("--music", "FILE|none", "Background music",
-                     [&](const std::string& value) { request.music = value; });
+    declareSound(arguments, request);
     arguments.option("--bitrate", "B", "Video bits a second: 1500k, 4M",
                      [&](const std::string& value) { request.bitRate = bitRateOf(value); });
     arguments.option("--preset", "P", "Speed of the encoder: " + platform::VideoWriter::presets(),

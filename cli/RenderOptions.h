@@ -14,7 +14,7 @@ void declareSource(Arguments& arguments, RenderRequest& request, bool takesGroup
 void declareInputs(Arguments& arguments, RenderRequest& request);
 /// --size, --fps.
 void declareFormat(Arguments& arguments, RenderRequest& request, Occurs occurs = Occurs::AtMostOnce);
-/// --music, --bitrate, --preset, -o.
+/// --music and how it is played, --loudness, --bitrate, --preset, -o.
 void declareVideo(Arguments& arguments, VideoRequest& request);
 /// --at, --every.
 void declareSelection(Arguments& arguments, FrameSelection& selection);

@@ -2,11 +2,13 @@
 
 #include <cstdint>
 #include <filesystem>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "app/Model/MediaFormat.h"
 #include "other/RenderReport.h"
+#include "platform/audio/AudioMix.h"
 #include "platform/media/VideoWriter.h"
 #include "videoRenderCore/FrameStatistics.h"
 
@@ -25,7 +27,9 @@ struct JobSummary {
     std::vector<RenderReport::Entry> skipped;
     std::vector<std::string> missingInputs;  ///< keys that the user did not give
     FrameStatistics statistics;
-    platform::VideoWriter::Statistics encoder;  ///< of a video
+    platform::VideoWriter::Statistics encoder;      ///< of a video
+    std::optional<platform::AudioMixReport> sound;  ///< none: the video is silent
+    std::optional<double> wantedLoudness;           ///< LUFS
 
     double videoSeconds() const { return static_cast<double>(frames) / format.framesPerSecond; }
 };

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
@@ -17,6 +18,21 @@ using platform::ErrorKind;
 
 namespace {
 
+/// Names that no file can have are refused here, before the work starts.
+fs::path absolutePath(const fs::path& path) {
+    if (path.empty()) throw Error(ErrorKind::Usage, "the output has no name", "", "--output");
+    for (const fs::path& name : path)
+        if (name.native().size() > NAME_MAX)
+            throw Error(ErrorKind::Usage,
+                        "the output's name has " + std::to_string(name.native().size()) +
+                            " bytes; there may be " + std::to_string(NAME_MAX),
+                        path.string());
+    const fs::path absolute = fs::absolute(path).lexically_normal();
+    if (absolute.native().size() >= PATH_MAX)
+        throw Error(ErrorKind::Usage, "the output's path is too long", path.string());
+    return absolute;
+}
+
 /// Permissions do not tell everything (read-only disks, quotas): only writing does.
 void requireWritable(const fs::path& folder, const fs::path& output) {
     const fs::path probe = folder / ("." + platform::uniqueIdentifier() + ".probe");
@@ -27,20 +43,22 @@ void requireWritable(const fs::path& folder, const fs::path& output) {
 
 }  // namespace
 
-OutputFile::OutputFile(const fs::path& path) : path_(fs::absolute(path).lexically_normal()) {
+OutputFile::OutputFile(const fs::path& path) : path_(absolutePath(path)) {
     std::error_code failure;
     const fs::file_status status = fs::status(path_, failure);
-    if (path.empty() || !path_.has_filename() || fs::is_directory(status))
+    if (!path_.has_filename() || fs::is_directory(status))
         throw Error(ErrorKind::Usage, "the output is a folder, not a file", path.string());
     if (fs::exists(status) && !fs::is_regular_file(status))
         throw Error(ErrorKind::Usage, "the output is not a regular file", path.string());
+    if (!fs::is_directory(path_.parent_path(), failure) && failure != std::errc::permission_denied)
+        throw Error(ErrorKind::Usage, "there is no folder " + path_.parent_path().string(), path.string());
     requireWritable(path_.parent_path(), path);
 }
 
 void OutputFile::publish(const fs::path& finished) const { platform::moveFile(finished, path_); }
 
 fs::path outputFolder(const fs::path& path) {
-    const fs::path folder = fs::absolute(path).lexically_normal();
+    const fs::path folder = absolutePath(path);
     std::error_code failure;
     if (fs::exists(folder, failure) && !fs::is_directory(folder, failure))
         throw Error(ErrorKind::Usage, "the output is a file, not a folder", path.string());

@@ -8,8 +8,8 @@ namespace multiscene {
 /// learn that the folder does not exist.
 class OutputFile {
   public:
-    /// Throws platform::Error: Usage when the name cannot be that of a file, Failed when nothing can be
-    /// written there, Transient when the disk is full.
+    /// Throws platform::Error: Usage when the name cannot be that of a file or its folder is missing, Failed
+    /// when nothing can be written there, Transient when the disk is full.
     explicit OutputFile(const std::filesystem::path& path);
 
     const std::filesystem::path& path() const { return path_; }

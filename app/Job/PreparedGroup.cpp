@@ -1,6 +1,7 @@
 #include "app/Job/PreparedGroup.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "app/Job/JobFormat.h"
 #include "app/Job/Preflight.h"
@@ -53,16 +54,25 @@ void validate(const PreparedGroup& prepared) {
     requireUsableFiles(playable);
 }
 
-std::string userMusic(const std::string& path) {
+void requireWithin(const MusicSettings& settings, const platform::AudioFile& music, const std::string& path) {
+    const double length = CMTimeGetSeconds(music.duration());
+    if (settings.start < length) return;
+    char text[64];
+    std::snprintf(text, sizeof text, "the music lasts %.2f s and cannot start at %g s", length,
+                  settings.start);
+    throw Error(ErrorKind::Usage, text, path, "--music-start");
+}
+
+std::string userMusic(const std::string& path, const MusicSettings& settings) {
     FileGate::shared().allowFile(path);
     FileGate::Opened opened = FileGate::shared().open(path);
     if (opened.verdict != FileGate::Verdict::Allowed)
         throw Error(ErrorKind::Input, describe(opened.verdict), path, "--music");
-    const platform::AudioFile sound(std::move(opened.file), path, ErrorKind::Input);
+    requireWithin(settings, platform::AudioFile(std::move(opened.file), path, ErrorKind::Input), path);
     return std::filesystem::absolute(path).lexically_normal().string();
 }
 
-std::string templateMusic(PreparedGroup& prepared) {
+std::string templateMusic(PreparedGroup& prepared, const MusicSettings& settings) {
     const std::string& path = prepared.playable.musicPath;
     if (path.empty()) return {};
     FileGate::Opened opened = FileGate::shared().open(path);
@@ -72,13 +82,13 @@ std::string templateMusic(PreparedGroup& prepared) {
     }
     if (opened.verdict != FileGate::Verdict::Allowed)
         throw Error(ErrorKind::Template, describe(opened.verdict), path, "bgAudioPath");
-    const platform::AudioFile sound(std::move(opened.file), path);
+    requireWithin(settings, platform::AudioFile(std::move(opened.file), path), path);
     return path;
 }
 
 std::string musicOf(const RenderRequest& request, PreparedGroup& prepared) {
-    if (!request.music) return templateMusic(prepared);
-    return *request.music == "none" ? std::string() : userMusic(*request.music);
+    if (!request.music) return templateMusic(prepared, request.musicSettings);
+    return *request.music == "none" ? std::string() : userMusic(*request.music, request.musicSettings);
 }
 
 /// What the group macros stand for. A group file's resources lie beside it; a template's group is the job's.
@@ -90,7 +100,9 @@ void shareFolders(const PreparedGroup& prepared, const JobFolder& job) {
     settings.setCurrentSceneGroupUserResourcePathFloder(folder.string() + "/");
 }
 
-void addNotes(PreparedGroup& prepared) {
+void addNotes(PreparedGroup& prepared, const RenderRequest& request) {
+    if (prepared.musicPath.empty() && request.musicSettings != MusicSettings())
+        prepared.notes.push_back("there is no music whose volume, start or fade could be set");
     const std::string speed = speedNote(prepared.format, prepared.playable, prepared.totalFrames);
     if (!speed.empty()) prepared.notes.push_back(speed);
 }
@@ -111,7 +123,7 @@ PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, c
     validate(prepared);
     prepared.musicPath = musicOf(request, prepared);
     QVMultiSceneRenderShareSettings::shared().setBgAudioPath(prepared.musicPath);
-    addNotes(prepared);
+    addNotes(prepared, request);
     platform::writePropertyList(prepared.groupFile, prepared.group);
     return prepared;
 }

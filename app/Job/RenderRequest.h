@@ -8,6 +8,15 @@
 
 namespace multiscene {
 
+/// How the music is played. Nothing of it changes what the mix does with music anyway.
+struct MusicSettings {
+    double volume = 1;               ///< factor, 0 to 4
+    double start = 0;                ///< seconds into the file, where each of its rounds begins
+    double fadeIn = 0, fadeOut = 0;  ///< seconds, at the film's start and end
+
+    bool operator==(const MusicSettings&) const = default;
+};
+
 /// What the user wants rendered, as the command line says it.
 struct RenderRequest {
     std::string source;             ///< a template or a scene-group file
@@ -16,6 +25,7 @@ struct RenderRequest {
     std::optional<MediaSize> size;       ///< none: the template's
     std::optional<int> framesPerSecond;  ///< none: the template's
     std::optional<std::string> music;    ///< a file, or "none"; nothing: the template's
+    MusicSettings musicSettings;
 };
 
 }  // namespace multiscene

@@ -23,7 +23,7 @@ namespace {
 
 constexpr double kSameRate = 0.005;  // share: 29.97 counts as 30
 constexpr double kBitsAPixel = 0.4;  // far above what the final encoding keeps
-constexpr int kMostBitRate = 100'000'000;
+constexpr int kLeastBitRate = 100'000, kMostBitRate = 100'000'000;
 
 VideoWriter::Settings settingsFor(const platform::VideoInfo& info, int framesPerSecond,
                                   const fs::path& path) {
@@ -33,7 +33,7 @@ VideoWriter::Settings settingsFor(const platform::VideoInfo& info, int framesPer
     settings.height = std::max(2, info.height / 2 * 2);
     settings.framesPerSecond = framesPerSecond;
     const double bits = kBitsAPixel * settings.width * settings.height * framesPerSecond;
-    settings.bitRate = static_cast<int>(std::min<double>(bits, kMostBitRate));
+    settings.bitRate = static_cast<int>(std::clamp<double>(bits, kLeastBitRate, kMostBitRate));
     return settings;
 }
 
@@ -94,6 +94,17 @@ UserVideo converted(VideoReader& reader, const std::string& name, int framesPerS
     return {path, frames};
 }
 
+/// What the encoder takes.
+void requireUsableSize(const platform::VideoInfo& info, const std::string& name) {
+    constexpr int least = 2, most = 16384;
+    const auto [shorter, longer] = std::minmax(info.width, info.height);
+    if (shorter >= least && longer <= most) return;
+    throw Error(ErrorKind::Input,
+                "the video has " + std::to_string(info.width) + "x" + std::to_string(info.height) +
+                    " pixels; each side must have 2 to 16384",
+                name);
+}
+
 bool hasRate(const platform::VideoInfo& info, int framesPerSecond) {
     return info.frameCount > 0 &&
            std::abs(info.averageFrameRate - framesPerSecond) < kSameRate * framesPerSecond;
@@ -104,6 +115,7 @@ bool hasRate(const platform::VideoInfo& info, int framesPerSecond) {
 UserVideo userVideoAtRate(const fs::path& video, int framesPerSecond, const fs::path& path,
                           const std::stop_token& stop) {
     VideoReader reader(platform::FileGate::shared().open(video).file, video.string(), ErrorKind::Input);
+    requireUsableSize(reader.info(), video.string());
     if (hasRate(reader.info(), framesPerSecond)) return {video, reader.info().frameCount};
     return converted(reader, video.string(), framesPerSecond, path, stop);
 }

@@ -1,5 +1,8 @@
 #include "app/Job/VideoJob.h"
 
+#include <cmath>
+#include <cstdio>
+
 #include "app/Job/GroupRun.h"
 #include "app/Job/OutputFile.h"
 #include "app/Other/Strings.h"
@@ -14,6 +17,7 @@ using platform::Value;
 namespace {
 
 constexpr const char* kSilentName = "silent.mp4";
+constexpr double kHeardDifference = 0.5;  // LU
 
 /// Hears of the end of the export, on the main queue.
 class ExportEnd : public QVVideoCVCacheExporterDelegate {
@@ -29,10 +33,17 @@ class ExportEnd : public QVVideoCVCacheExporterDelegate {
     std::optional<Error> error;
 };
 
-Value musicEntry(const std::string& path) {
-    return Value::Dictionary{{"type", "bgAudio"}, {"audioPath", path}, {"audioName", "bg-audio.mp3"},
-                             {"volume", 1.0},     {"fpsStart", 0},     {"fpsEnd", 100000},
-                             {"isLoop", true}};
+Value musicEntry(const std::string& path, const MusicSettings& settings) {
+    return Value::Dictionary{{"type", "bgAudio"},
+                             {"audioPath", path},
+                             {"audioName", "bg-audio.mp3"},
+                             {"volume", settings.volume},
+                             {"fpsStart", 0},
+                             {"fpsEnd", 100000},
+                             {"isLoop", true},
+                             {"startSeconds", settings.start},
+                             {"fadeInSeconds", settings.fadeIn},
+                             {"fadeOutSeconds", settings.fadeOut}};
 }
 
 std::shared_ptr<QVVideoCVCacheExporter> makeExporter(const VideoRequest& request, const PreparedGroup& group,
@@ -40,18 +51,32 @@ std::shared_ptr<QVVideoCVCacheExporter> makeExporter(const VideoRequest& request
     VideoExportSettings settings;
     settings.bitRate = request.bitRate;
     settings.preset = request.preset;
+    settings.loudness = request.loudness;
     settings.temporaryFolder = job.path();
     settings.errorDomain = localizedString("videoExporter");
     const auto exporter = QVVideoCVCacheExporter::initWithOutputURL(job.file(kSilentName).string(),
                                                                     group.format.width, group.format.height,
                                                                     group.format.framesPerSecond, settings);
-    if (!group.musicPath.empty()) exporter->addAudioTrackWithInfo(musicEntry(group.musicPath));
+    if (!group.musicPath.empty())
+        exporter->addAudioTrackWithInfo(musicEntry(group.musicPath, request.musicSettings));
     return exporter;
 }
 
 /// An export whose film is too short for its sounds ends without telling anybody.
 bool hasEnded(const ExportEnd& end, const QVVideoCVCacheExporter& exporter) {
     return !end.path.empty() || end.error || exporter.state() == QVVideoCVCacheExporter::State::SilentOnly;
+}
+
+/// Empty when the sound is as loud as it was to be.
+std::string loudnessNote(const std::optional<double>& wanted,
+                         const std::optional<platform::AudioMixReport>& sound) {
+    if (!wanted) return {};
+    if (!sound || !sound->after.integrated) return "there is nothing to hear that --loudness could change";
+    if (std::abs(*sound->after.integrated - *wanted) < kHeardDifference) return {};
+    char text[128];
+    std::snprintf(text, sizeof text, "the sound could be brought to %.1f LUFS, not to %g",
+                  *sound->after.integrated, *wanted);
+    return text;
 }
 
 }  // namespace
@@ -71,10 +96,14 @@ JobSummary makeVideo(const VideoRequest& request, JobObserver& observer, std::st
     run.waitFor([&] { return hasEnded(*end, *exporter); });
     if (end->error) throw Error(*end->error);
     if (end->path.empty()) observer.jobNote("the video is too short for its sounds and stays silent");
+    const auto sound = exporter->soundReport();
+    if (const std::string note = loudnessNote(request.loudness, sound); !note.empty()) observer.jobNote(note);
     output.publish(end->path.empty() ? exporter->savePath() : end->path);
 
     JobSummary summary = summaryOf(group, frames, run.statistics());
     summary.encoder = exporter->writerStatistics();
+    summary.sound = sound;
+    summary.wantedLoudness = request.loudness;
     summary.output = output.path();
     summary.wallSeconds = platform::monotonicSeconds() - start;
     return summary;

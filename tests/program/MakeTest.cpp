@@ -216,6 +216,12 @@ TEST_F(MakeTest, BringsAVideoOfTheUserToTheRateOfTheTemplate) {
     }
 
     EXPECT_EQ(multiscene({"make", path, "--video", "clip=" + photo("no.png"), "-o", output()}).exitCode, 4);
+    run({"ffmpeg", "-y", "-v", "error", "-i", folder.file("slow.mp4"), "-vf", "scale=1:1,format=yuv444p",
+         folder.file("dot.mp4")});
+    const Result dot =
+        multiscene({"make", path, "--video", "clip=" + folder.file("dot.mp4"), "-o", output()});
+    EXPECT_EQ(dot.exitCode, 4);
+    EXPECT_THAT(dot.errors, HasSubstr("dot.mp4: the video has 1x1 pixels"));
     EXPECT_EQ(multiscene({"make", path, "--photo", "clip=" + photo("no.png"), "-o", output()}).exitCode, 4);
 }
 

@@ -96,6 +96,15 @@ std::vector<WrongInput> wrongInputs() {
         {"UnknownKey", 4, "did you mean \"title\"?", {}, {}, Words{"--text", "titel=x"}},
         {"TextForPhoto", 4, "asks for a photo", {}, {}, Words{"--text", "photo=x"}},
         {"MusicMissing", 4, "--music", {}, {}, Words{"--music", "FOLDER/none.mp3"}},
+        {"MusicTooShortForItsStart",
+         2,
+         "--music-start: the music lasts 1.00 s",
+         {},
+         [](const fs::path& at) { writeSound(at / "bg-audio.mp3", 1); },
+         Words{"--music-start", "2"}},
+        {"NoVolume", 2, "--music-volume", {}, {}, Words{"--music-volume", "nan"}},
+        {"NoFade", 2, "--music-fade", {}, {}, Words{"--music-fade", "1,x"}},
+        {"NoLoudness", 2, "--loudness", {}, {}, Words{"--loudness", "3"}},
         {"OddSize", 2, "--size", {}, {}, Words{"--size", "65x96"}},
         {"NoSize", 2, "--size", {}, {}, Words{"--size", "big"}},
         {"NoPreset", 2, "--preset", {}, {}, Words{"--preset", "placebo!"}},
@@ -143,7 +152,9 @@ TEST_F(OutputTest, IsJudgedBeforeAnythingIsRendered) {
         EXPECT_THAT(result.output, IsEmpty()) << "it started to render";
         return result.exitCode;
     };
-    EXPECT_EQ(answer(folder.file("no/such/folder.mp4")), 1);
+    EXPECT_EQ(answer(""), 2);
+    EXPECT_EQ(answer(folder.file("no/such/folder.mp4")), 2);
+    EXPECT_EQ(answer(folder.file(std::string(252, 'a') + ".mp4")), 2);
     EXPECT_EQ(answer("/proc/out.mp4"), 1);
     EXPECT_EQ(answer(folder.path()), 2);
     EXPECT_EQ(answer("/dev/full"), 2);
