@@ -19,6 +19,9 @@ struct TextLine {
     bool rightToLeft;
 };
 
+/// How far along its free space a line lies.
+double alignmentShare(TextAlignment alignment, bool rightToLeft);
+
 /// A text broken into lines; no line is placed yet.
 class TextLayout {
   public:
@@ -29,15 +32,23 @@ class TextLayout {
     double length() const { return length_; }    ///< of the longest line
     double breadth() const { return breadth_; }  ///< of all lines together
     const char* text() const;
+    /// The letters that no font has, each once; their glyphs are blank and without length.
+    const std::vector<char32_t>& missingLetters() const { return missingLetters_; }
 
   private:
+    void balanceLines();
+    std::vector<int> lineStarts() const;
+    std::vector<int> balancedStarts(int wrapLength);
+    void keepTogether(const std::vector<int>& starts);
     void readLines(int maxLines);
+    void blankMissingLetters(PangoLayoutLine* line);
 
     struct LayoutDeleter {
         void operator()(PangoLayout* layout) const;
     };
     std::unique_ptr<PangoLayout, LayoutDeleter> layout_;
     std::vector<TextLine> lines_;
+    std::vector<char32_t> missingLetters_;
     double length_ = 0, breadth_ = 0;
 };
 

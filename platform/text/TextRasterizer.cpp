@@ -22,20 +22,6 @@ struct Point {
     double x, y;
 };
 
-/// How far along its free space a line lies.
-double alignmentFactor(TextAlignment alignment, bool rightToLeft) {
-    switch (alignment) {
-        case TextAlignment::Left:
-            return 0;
-        case TextAlignment::Center:
-            return 0.5;
-        case TextAlignment::Right:
-            return 1;
-        default:
-            return rightToLeft ? 1 : 0;
-    }
-}
-
 /// The share of the free space that lies before the block.
 double placementFactor(TextPlacement placement) {
     return placement == TextPlacement::Fill ? 0 : double(placement) / 2;
@@ -114,7 +100,7 @@ void TextPainter::forEachLine(Visit visit) const {
     const Point start = blockStart();
     double y = start.y;
     for (const TextLine& line : layout_.lines()) {
-        const double factor = alignmentFactor(description_.layout.alignment, line.rightToLeft);
+        const double factor = alignmentShare(description_.layout.alignment, line.rightToLeft);
         visit(line, Point{start.x + factor * (blockLength() - line.length), y});
         y += line.breadth;
     }

@@ -5,6 +5,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/base/File.h"
 #include "platform/image/Image.h"
@@ -15,8 +16,9 @@ enum class TextAlignment { Left = 0, Center = 1, Right = 2, Justified = 3, Natur
 enum class TextDrawingMode { Fill = 0, Stroke = 1, FillStroke = 2, Invisible = 3 };
 /// Lines from left to right and top to bottom, or columns from top to bottom and right to left.
 enum class TextDirection { Horizontal = 0, Vertical = 1 };
-/// Whether a word that is wider than the line is broken, or sticks out.
-enum class TextWrap { Words, WordsThenCharacters };
+/// Where lines may break beside line feeds: nowhere, between words, or also inside a word that is wider than
+/// the line. Lines that break are about equally long, in as few lines as can be.
+enum class TextWrap { None, Words, WordsThenCharacters };
 /// Where the block of lines lies along one axis of its box: left or top, middle, right or bottom. Fill: lines
 /// are aligned within the box and not within their block (along the lines; across them it is Start).
 enum class TextPlacement { Start = 0, Middle = 1, End = 2, Fill = 3 };
@@ -80,6 +82,8 @@ struct TextTextureDescription {
 struct TextMeasure {
     TextSize size;  ///< of the block of lines, without stroke and shadow
     int lineCount = 0;
+    /// The letters that no font has, each once; they take no room and are not drawn.
+    std::vector<char32_t> missingLetters;
 };
 
 /// The size of the text when it is wrapped at `wrapLength` pixels (of a line or column; 0: never wrapped).
@@ -91,6 +95,9 @@ Bitmap drawText(const TextTextureDescription& description, int bitmapWidth, int 
 /// The text with malformed UTF-8 replaced and cut after `maxCharacters` characters as a reader counts them
 /// (an emoji of several code points is one); 0: not cut.
 std::string truncateText(const std::string& text, int maxCharacters);
+
+/// How many characters a reader counts in the text; malformed UTF-8 counts as what replaces it.
+int countCharacters(const std::string& text);
 
 /// Whether `name` is an installed family (with or without style words) or a PostScript name.
 bool isFontInstalled(const std::string& name);

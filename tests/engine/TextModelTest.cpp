@@ -77,6 +77,26 @@ TEST_F(TextModelTest, AFixedTextureShrinksTheTextUntilItFits) {
     EXPECT_GT(inkColumns(endless).second, 600);
 }
 
+TEST_F(TextModelTest, AWritersOwnLinesStayUnlessTheyWouldBeMuchSmaller) {
+    const auto lines = [](const QVMultiScene2DTextDataModel& text) {
+        return measureText(text.description().layout, text.textDrawRect().width).lineCount;
+    };
+    const auto slightlyTooLong =
+        model({{"textString", "Happy birthday\nAlexandra Montgomery"}, {"fontSize", 60}});
+    EXPECT_EQ(lines(slightlyTooLong), 2);
+    EXPECT_GT(slightlyTooLong.textDrawScale(), 0.85);
+    EXPECT_LT(slightlyTooLong.textDrawScale(), 1);
+    const auto [first, last] = inkColumns(slightlyTooLong);
+    EXPECT_GE(first, 0);
+    EXPECT_LT(last, 639);
+    EXPECT_GT(last, 600) << "no smaller than need be";
+    const auto muchTooLong = model(
+        {{"textString", "Dear\nall of you who came from near and far to be with us"}, {"fontSize", 50}});
+    EXPECT_EQ(lines(muchTooLong), 3);
+    EXPECT_EQ(lines(model({{"textString", "Happy birthday Alexandra Montgomery"}, {"fontSize", 60}})), 3)
+        << "lines that nobody wrote break instead";
+}
+
 TEST_F(TextModelTest, AGrowingTextureIsAsLargeAsItsText) {
     const auto small = model({{"textureSizeMode", 1}, {"textFixedResolution", ""}});
     EXPECT_EQ(small.textDrawScale(), 1);

@@ -81,6 +81,62 @@ TEST(TextTest, LinesBreakBetweenWordsAndInsideThoseThatAreTooLong) {
     EXPECT_EQ(measureText(layout, 0).lineCount, 2);
 }
 
+/// How wide the ink of each line is, from top to bottom: lines are parted by clear rows.
+std::vector<int> lineWidths(const Bitmap& bitmap) {
+    std::vector<int> widths;
+    bool wasClear = true;
+    int left = 0, right = 0;
+    for (int y = 0; y < bitmap.height; ++y) {
+        int first = bitmap.width, last = -1;
+        for (int x = 0; x < bitmap.width; ++x)
+            if (bitmap.pixel(x, y)[3] > 32) first = std::min(first, x), last = x;
+        if (last >= 0 && wasClear) widths.push_back(0), left = first, right = last;
+        wasClear = last < 0;
+        if (wasClear) continue;
+        left = std::min(left, first), right = std::max(right, last);
+        widths.back() = right - left + 1;
+    }
+    return widths;
+}
+
+TEST(TextTest, LinesThatBreakAreAboutEquallyLong) {
+    TextTextureDescription description = describe("");
+    const auto widthsAt = [&](const std::string& text, double boxWidth) {
+        description.layout.text = text;
+        description.drawRect.width = boxWidth;
+        return lineWidths(draw(description));
+    };
+    const auto linesOf = [&](std::vector<int> counts, const std::vector<int>& widths) {
+        ASSERT_EQ(widths.size(), counts.size());
+        for (size_t i = 0; i < widths.size(); ++i) EXPECT_NEAR(widths[i], 40 * counts[i], 8) << i;
+    };
+    linesOf({4, 3, 3}, widthsAt("国国国国国国国国国国", 170));  // filled: 4, 4, 2
+    linesOf({3, 3, 3}, widthsAt("国国国国国国国国国", 170));    // filled: 4, 4, 1
+    linesOf({4, 3}, widthsAt("国国国国国国国", 250));           // filled: 6, 1
+    linesOf({6}, widthsAt("国国国国国国", 250));
+    linesOf({2, 5, 4}, widthsAt("国国\n国国国国国国国国国", 250));  // each paragraph by itself
+
+    const std::vector<int> words = widthsAt("the longer lines of a text", 390);
+    ASSERT_EQ(words.size(), 2u);
+    EXPECT_NEAR(words[0], words[1], 80);
+    const std::vector<int> brokenWord = widthsAt("HHHHHHHHHHHHHH", 370);  // filled: 12, 2
+    ASSERT_EQ(brokenWord.size(), 2u);
+    EXPECT_EQ(brokenWord[0], brokenWord[1]);
+    description.layout.alignment = TextAlignment::Justified;
+    EXPECT_GT(widthsAt("the longer lines of a text", 390)[0], 360);
+    description.layout.alignment = TextAlignment::Left;
+    description.layout.wrap = TextWrap::None;
+    EXPECT_EQ(widthsAt("the lines", 100).size(), 1u);
+}
+
+TEST(TextTest, LettersThatNoFontHasAreNamedAndLeftOut) {
+    const std::string missing = "a\U0010FFFFa\U0010FFFF\U0010FFFE";
+    const TextMeasure measure = measureText(describe(missing).layout, 0);
+    EXPECT_EQ(measure.missingLetters, (std::vector<char32_t>{0x10FFFF, 0x10FFFE}));
+    EXPECT_EQ(draw(describe(missing)).rgba, draw(describe("aa")).rgba);
+    EXPECT_TRUE(measureText(describe("a 国🎉نमस्ते\u200d\ufe0f\n").layout, 0).missingLetters.empty());
+}
+
 TEST(TextTest, AlignmentAndPlacementSayWhereTheLinesLie) {
     TextTextureDescription description = describe("Hi");
     const Bounds left(draw(description));

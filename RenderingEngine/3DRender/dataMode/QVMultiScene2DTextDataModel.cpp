@@ -124,14 +124,16 @@ void QVMultiScene2DTextDataModel::computeLayout() {
 }
 
 /// The limits themselves, save for the sides that grow with the text.
-TextSize QVMultiScene2DTextDataModel::grownSize(TextSize limits, TextSize free) const {
+TextSize QVMultiScene2DTextDataModel::grownSize(TextSize limits, TextSize free) {
     const bool grow = textureSizeMode_ == TextureSizeMode::GrowWithText;
     const bool growWidth = grow || !(textFixedResolution_.width > 0);
     const bool growHeight = grow || !(textFixedResolution_.height > 0);
     const double scale = description_.drawScale;
     const platform::TextRect box = insideMargin(limits, free, scale);
     const bool vertical = description_.layout.direction == TextDirection::Vertical;
-    const TextSize text = measureText(description_.layout, vertical ? box.height : box.width).size;
+    platform::TextMeasure measure = measureText(description_.layout, vertical ? box.height : box.width);
+    missingLetters_ = std::move(measure.missingLetters);
+    const TextSize text = measure.size;
     // Half a pixel of slack: the lines must break again where they broke when they were measured.
     const auto whole = [&](double side, double space) { return std::ceil((side + 2 * space) * scale + 0.5); };
     return {growWidth ? std::min(limits.width, whole(text.width, free.width)) : limits.width,

@@ -3,6 +3,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "other/KeyTable.h"
 #include "platform/base/Value.h"
@@ -32,6 +33,8 @@ class QVMultiScene2DTextDataModel {
     /// Below 1 where a text had to shrink to fit.
     double textDrawScale() const { return description_.drawScale; }
     const platform::TextTextureDescription& description() const { return description_; }
+    /// What no font has and is left out; known once the scene is set.
+    const std::vector<char32_t>& missingLetters() const { return missingLetters_; }
 
     /// The text in a transparent bitmap; `scale` is bitmap pixels a texture pixel.
     platform::Bitmap drawText(int bitmapWidth, int bitmapHeight, double scale) const {
@@ -43,13 +46,14 @@ class QVMultiScene2DTextDataModel {
     enum class TextureSizeMode { Fixed = 0, GrowWithText = 1 };
 
     void computeLayout();
-    platform::TextSize grownSize(platform::TextSize limits, platform::TextSize free) const;
+    platform::TextSize grownSize(platform::TextSize limits, platform::TextSize free);
 
     platform::TextTextureDescription description_;
     TextureSizeMode textureSizeMode_ = TextureSizeMode::Fixed;
     platform::TextSize textFixedResolution_;
     std::string fontName_;
     int textMaxLenght_ = 0;
+    std::vector<char32_t> missingLetters_;
 };
 
 }  // namespace multiscene

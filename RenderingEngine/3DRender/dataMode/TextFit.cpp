@@ -1,5 +1,7 @@
 #include "dataMode/TextFit.h"
 
+#include <optional>
+
 namespace multiscene {
 
 using platform::TextLayoutDescription;
@@ -37,10 +39,16 @@ struct Fitter {
     }
 };
 
-}  // namespace
+/// With every line as it is written, no smaller than `smallest`.
+std::optional<TextFit> fitWrittenLines(Fitter& fitter, double smallest) {
+    fitter.layout.wrap = TextWrap::None;
+    if (fitter.fits(1)) return TextFit{1, TextWrap::None, true};
+    if (!fitter.fits(smallest)) return std::nullopt;
+    return TextFit{fitter.search(smallest), TextWrap::None, true};
+}
 
-TextFit fitText(TextLayoutDescription layout, TextSize texture, TextSize margin) {
-    Fitter fitter{std::move(layout), texture, margin};
+/// With lines broken where they are too long.
+TextFit fitBrokenLines(Fitter& fitter) {
     fitter.layout.wrap = TextWrap::Words;
     if (fitter.fits(1)) return {1, TextWrap::Words, true};
     if (fitter.fits(smallestUnbrokenScale))
@@ -48,6 +56,16 @@ TextFit fitText(TextLayoutDescription layout, TextSize texture, TextSize margin)
     fitter.layout.wrap = TextWrap::WordsThenCharacters;
     if (fitter.fits(smallestScale)) return {fitter.search(smallestScale), fitter.layout.wrap, true};
     return {smallestScale, fitter.layout.wrap, false};
+}
+
+}  // namespace
+
+TextFit fitText(TextLayoutDescription layout, TextSize texture, TextSize margin) {
+    Fitter fitter{std::move(layout), texture, margin};
+    const bool hasLines = fitter.layout.text.find('\n') != std::string::npos;
+    const TextFit broken = fitBrokenLines(fitter);
+    if (!hasLines) return broken;
+    return fitWrittenLines(fitter, broken.scale * smallestWrittenShare).value_or(broken);
 }
 
 }  // namespace multiscene

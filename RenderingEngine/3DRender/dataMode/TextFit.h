@@ -14,6 +14,9 @@ struct TextFit {
 
 /// Down to half its size a text shrinks before a word is broken; below, words are broken too.
 constexpr double smallestUnbrokenScale = 0.5;
+/// A text with line feeds keeps its own lines where that makes it no smaller than this part of the size that
+/// broken lines would have.
+constexpr double smallestWrittenShare = 0.7;
 /// Smaller than this no text is drawn.
 constexpr double smallestScale = 0.1;
 

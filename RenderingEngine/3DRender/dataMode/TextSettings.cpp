@@ -1,6 +1,8 @@
 #include "dataMode/TextSettings.h"
 
 #include <algorithm>
+#include <cstdint>
+#include <cstdio>
 
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "other/RenderReport.h"
@@ -45,6 +47,12 @@ std::string findText(const std::string& key, const std::string& sceneIdentifier,
     return platform::truncateText(text.stringValue(), maxLength);
 }
 
+float findTextScale(const std::string& key, const std::string& sceneIdentifier) {
+    const auto scale = QVMultiSceneRenderShareSettings::computeUserMap(kUserTextScale + key, sceneIdentifier);
+    const float number = scale.floatValue();
+    return number > 0 && number < 1 ? number : 1;
+}
+
 platform::TextFont findFont(const std::string& name, float size, const std::string& sceneFolder) {
     auto& report = RenderReport::shared();
     if (!namesFile(name)) {
@@ -56,6 +64,18 @@ platform::TextFont findFont(const std::string& name, float size, const std::stri
     if (file.empty() || !platform::FileGate::shared().exists(file))
         report.add({"missing font file", name, sceneFolder, ""});
     return {"", file, size};
+}
+
+std::string letterNames(const std::vector<char32_t>& letters) {
+    constexpr size_t most = 8;
+    std::string names;
+    for (size_t i = 0; i < std::min(letters.size(), most); ++i) {
+        char name[16];
+        std::snprintf(name, sizeof name, "U+%04X", static_cast<unsigned>(letters[i]));
+        names += (i > 0 ? " " : "") + std::string(name);
+    }
+    if (letters.size() > most) names += " and " + std::to_string(letters.size() - most) + " more";
+    return names;
 }
 
 }  // namespace multiscene

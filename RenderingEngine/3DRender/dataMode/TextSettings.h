@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "other/KeyTable.h"
 #include "platform/text/TextRasterizer.h"
@@ -18,8 +19,18 @@ platform::Color readTextColor(const KeyReader& reader, std::string_view key);
 /// cut.
 std::string findText(const std::string& key, const std::string& sceneIdentifier, int maxLength);
 
+/// Followed by the key of a text of the user: its entry in the user media map says how much smaller than its
+/// "fontSize" the text is to be where nothing else makes it fit, because it is longer than there is room for.
+inline constexpr const char* kUserTextScale = "userText_scale_";
+
+/// That entry, above 0 up to 1; 1 where there is none.
+float findTextScale(const std::string& key, const std::string& sceneIdentifier);
+
 /// The font behind a "fontName": an installed one by its name, or a file by its path with a macro. One that
 /// is not there is noted in the render report.
 platform::TextFont findFont(const std::string& name, float size, const std::string& sceneFolder);
+
+/// "U+1F600 U+10FFFF": how the render report names letters that cannot be drawn, the first few of many.
+std::string letterNames(const std::vector<char32_t>& letters);
 
 }  // namespace multiscene

@@ -2,7 +2,9 @@
 
 #include "core/QVObject3DFpsBase.h"
 #include "core/QVScene3D.h"
+#include "core/SkippedMedia.h"
 #include "dataMode/QVMultiScene2DTextDataModel.h"
+#include "dataMode/TextSettings.h"
 
 namespace multiscene {
 
@@ -24,6 +26,8 @@ void QVTexture2dMaterial::loadMaterial() {
     const auto scene = object3D() ? object3D()->scene() : nullptr;
     model.setScene(scene ? scene->sceneIdentifier() : std::string(),
                    scene ? scene->sceneConfigData().sceneResourceFolderPath : std::string());
+    if (scene && !model.missingLetters().empty())
+        reportSkipped(*object3D(), "letters that cannot be drawn", letterNames(model.missingLetters()));
     setTextureCoordinates(modelTexture_.loadTextureFrom2DTextDadaModel(model));
     setTextureId(modelTexture_.textureId());
 }
