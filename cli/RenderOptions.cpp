@@ -132,7 +132,8 @@ void declareSource(Arguments& arguments, RenderRequest& request, bool takesGroup
 
 void declareInputs(Arguments& arguments, RenderRequest& request) {
     arguments.option(
-        "--text", "KEY=VALUE", "A text that the template asks for",
+        "--text", "KEY=VALUE",
+        "A text that the template asks for; up to twice as long as there is room for, it is drawn smaller",
         [&](const std::string& value) { request.inputs.texts.push_back(keyAndValue(value, "KEY=VALUE")); },
         Occurs::AnyNumber);
     arguments.option(

@@ -116,6 +116,7 @@ PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, c
     prepared.format = formatOf(request, prepared.playable);
     UserValues values = collectUserValues(request.inputs, prepared.playable, job, prepared.format, stop);
     prepared.missingInputs = std::move(values.missing);
+    prepared.notes = std::move(values.notes);
     prepared.group = groupOf(prepared.playable, values.map);
     prepared.totalFrames = prepared.group.integer("sceneGroupFpsTotal");
     prepared.groupFile = job.file(kGroupName);

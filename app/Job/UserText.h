@@ -1,13 +1,25 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "app/Model/QVUserTextInputModel.h"
 
 namespace multiscene {
 
-/// The text as it goes into the map: line ends as "\n". Throws platform::Error(Input) naming `key` when it is
-/// not UTF-8, holds control characters, or has more characters or lines than `limits` allows (null: none).
-std::string acceptedText(const std::string& text, const std::string& key, const QVUserTextInputModel* limits);
+/// A text with more than so many times the characters or lines of its limit is refused; one with fewer is
+/// drawn in smaller letters.
+inline constexpr int kMostOverLimit = 2;
+
+struct AcceptedText {
+    std::string text;                ///< line ends are "\n"
+    std::vector<std::string> notes;  ///< what the user should know: where it is over its limits
+    double scale = 1;                ///< how much smaller it has to be where nothing else makes it fit
+};
+
+/// Judges a text before it goes into the map. Characters are those that a reader counts. Throws
+/// platform::Error(Input) naming `key` when it is not UTF-8, holds control characters, or is more than
+/// kMostOverLimit times over what `limits` allows (null: no limits).
+AcceptedText acceptText(const std::string& text, const std::string& key, const QVUserTextInputModel* limits);
 
 }  // namespace multiscene

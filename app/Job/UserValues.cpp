@@ -1,6 +1,7 @@
 #include "app/Job/UserValues.h"
 
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 
@@ -12,6 +13,7 @@
 #include "app/Job/UserVideo.h"
 #include "app/Model/QVUserPhotoInputModel.h"
 #include "app/Model/QVUserTextInputModel.h"
+#include "dataMode/TextSettings.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Json.h"
 #include "platform/image/ImageDecoder.h"
@@ -47,7 +49,10 @@ class Collector {
     void addText(const std::string& key, const std::string& text) {
         const AskedFor& asked = require(key, InputKind::Text);
         const auto* limits = dynamic_cast<const QVUserTextInputModel*>(asked.input.get());
-        store(key, acceptedText(text, key, limits));
+        AcceptedText accepted = acceptText(text, key, limits);
+        store(key, accepted.text);
+        textScales_[key] = accepted.scale;
+        std::ranges::move(accepted.notes, std::back_inserter(notes_));
     }
 
     void addPhoto(const std::string& key, const fs::path& photo) {
@@ -83,6 +88,7 @@ class Collector {
 
     UserValues result(const Playable& playable) {
         UserValues values;
+        values.notes = std::move(notes_);
         if (videoFrames_) stored_.try_emplace(kUserVideoFrames, *videoFrames_);
         for (const auto& input : playable.inputs) {
             if (stored_.contains(input->renderMapKey())) continue;
@@ -97,10 +103,20 @@ class Collector {
         // What was given for one scene alone wins there.
         for (const auto& [key, value] : stored_)
             if (!asked_.contains(key)) values.map[key] = value;
+        addTextScales(values.map);
         return values;
     }
 
   private:
+    /// A short text for one scene is not made smaller by a long one for all.
+    void addTextScales(Value::Dictionary& map) const {
+        if (std::ranges::all_of(textScales_, [](const auto& text) { return text.second == 1; })) return;
+        for (const auto& [key, scale] : textScales_)
+            if (asked_.contains(key)) spread(map, kUserTextScale + key, scale);
+        for (const auto& [key, scale] : textScales_)
+            if (!asked_.contains(key)) map[kUserTextScale + key] = scale;
+    }
+
     static platform::Aspect aspectOf(const QVUserPhotoInputModel* shape) {
         if (!shape || shape->aspectWidth() < 1 || shape->aspectHeight() < 1) return {};
         constexpr int64_t most = 1'000'000;
@@ -192,6 +208,8 @@ class Collector {
     const MediaFormat& format_;
     const std::stop_token& stop_;
     Value::Dictionary stored_;
+    std::map<std::string, double> textScales_;
+    std::vector<std::string> notes_;
     std::optional<int64_t> videoFrames_;
 };
 

@@ -13,9 +13,9 @@ class QVUserTextInputModel : public QVUserInputModelBase {
           maxLine_(info.integer("maxLine")),
           is3DText_(info.boolean("is3DText")) {}
 
-    /// Most characters that the text may have; below 1 there is no limit.
+    /// Characters, as a reader counts them, that the template has room for; below 1 there is no limit.
     int64_t maxLenght() const { return maxLenght_; }
-    /// Most lines that the text may have; below 1 there is no limit.
+    /// Lines that the template has room for; below 1 there is no limit.
     int64_t maxLine() const { return maxLine_; }
     /// The text becomes an extruded mesh.
     bool is3DText() const { return is3DText_; }

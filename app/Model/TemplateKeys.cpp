@@ -21,12 +21,14 @@ constexpr Key inputKeyList[] = {
     {.name = "maxLenght",
      .type = KeyType::Integer,
      .fallback = "0",
-     .meaning = "most characters; 0: no limit",
+     .meaning = "characters that there is room for, as a reader counts them; up to twice as many are drawn "
+                "smaller, more are refused; 0: no limit",
      .minimum = 0},
     {.name = "maxLine",
      .type = KeyType::Integer,
      .fallback = "0",
-     .meaning = "most lines; 0: no limit",
+     .meaning = "lines that there is room for; up to twice as many are drawn smaller, more are refused; 0: "
+                "no limit",
      .minimum = 0},
     {.name = "is3DText", .type = KeyType::Bool, .fallback = "0", .meaning = "the text becomes a solid"},
     {.name = "aspectWidth",

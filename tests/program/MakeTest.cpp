@@ -5,9 +5,11 @@
 #include "app/Other/TemplateInstallation.h"
 #include "app/data/QVDataManager.h"
 #include "platform/archive/ZipWriter.h"
+#include "platform/base/FileGate.h"
 #include "platform/base/Json.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
+#include "platform/image/ImageDecoder.h"
 #include "tests/program/ProgramTest.h"
 
 namespace multiscene::test {
@@ -128,6 +130,80 @@ TEST_F(MakeTest, NamesWhatItLeftOutOnceAndCarriesOn) {
     EXPECT_THAT(shader.string("name"), HasSubstr("own.fsh"));
     EXPECT_EQ(shader.string("node"), "shaded");
     EXPECT_EQ(done["missingInputs"], Value(Value::Array{"photo"}));
+}
+
+TEST_F(MakeTest, CountsLettersAsReadersDoAndNotesATextThatIsALittleTooLong) {
+    const auto path = SmallTemplate().write(folder.path());
+    const auto notesOf = [&](const std::string& title) {
+        const Result result = multiscene({"frames", path, "--at", "0", "--text", "title=" + title, "-o",
+                                          folder.file("pictures"), "--json"});
+        EXPECT_EQ(result.exitCode, 0) << result.errors;
+        std::string notes;
+        for (const Value& line : result.jsonLines())
+            if (line.string("event") == "note" && line.string("message").find("title") != std::string::npos)
+                notes += line.string("message") + "\n";
+        return notes;
+    };
+    EXPECT_EQ(notesOf("12345"), "");
+    EXPECT_EQ(notesOf("👨‍👩‍👧‍👦👍🏽🇩🇪नि\u0065\u0301"), "")
+        << "five for a reader, 18 code points";
+    EXPECT_EQ(notesOf("1234567890"),
+              "\"title\" has 10 characters; the template has room for 5: the letters become smaller\n");
+    EXPECT_THAT(notesOf("a\nb"), HasSubstr("has 2 lines; the template has room for 1"));
+}
+
+/// How many columns of a picture file hold white.
+int whiteColumns(const std::filesystem::path& file) {
+    platform::FileGate::shared().allowFile(file);
+    const platform::Bitmap picture = platform::decodeImage(platform::FileGate::shared().open(file).file);
+    int columns = 0;
+    for (int x = 0; x < picture.width; ++x) {
+        bool isWhite = false;
+        for (int y = 0; y < picture.height; ++y) isWhite = isWhite || picture.pixel(x, y)[1] > 128;
+        columns += isWhite;
+    }
+    return columns;
+}
+
+TEST_F(MakeTest, MakesLettersInTheSceneSmallerWhereATextIsTooLong) {
+    SmallTemplate small;
+    Value::Dictionary letters = small.nodes.back().dictionary();
+    letters["type"] = "QVGLFont2DTextureFontObject3D";
+    letters["TextureFontInfo"] = Value::Dictionary{
+        {"textString", "title"}, {"fontName", "DejaVu Sans"}, {"fontSize", 12}, {"textColor", "1,1,1"}};
+    letters.erase("TextureInfo");
+    letters.erase("QuadInfo");
+    small.nodes.back() = letters;
+    small.description["sceneGroup"] =
+        Value::Array{Value::Dictionary{{"mainSceneId", SmallTemplate::sId}, {"sceneIdentifier", "a"}}};
+    const auto path = small.write(folder.path());
+    const auto widthOf = [&](const std::vector<std::string>& titles) {
+        std::vector<std::string> words{"frames", path, "--at", "0", "-o", folder.file("pictures")};
+        for (const std::string& title : titles) words.insert(words.end(), {"--text", title});
+        const Result result = multiscene(words);
+        EXPECT_EQ(result.exitCode, 0) << result.errors;
+        return whiteColumns(folder.file("pictures") + "/frame-000000.png");
+    };
+    const int wide = widthOf({"title=█████"});
+    EXPECT_GT(wide, 40);
+    EXPECT_NEAR(widthOf({"title=██████████"}), wide, 2);
+    EXPECT_EQ(widthOf({"title=██████████", "titlea=█████"}), wide) << "the scene's own text is short";
+    EXPECT_NEAR(widthOf({"title=█████", "titlea=██████████"}), wide, 2);
+}
+
+TEST_F(MakeTest, NamesLettersThatNoFontHas) {
+    SmallTemplate small;
+    Value::Dictionary solid = quad("solid", "");
+    solid["type"] = "QVGLFont3DExtrudeFontObject3D";
+    solid["TextureFontInfo"] = Value::Dictionary{{"textString", "a\U0010FFFE"}};
+    solid.erase("TextureInfo");
+    solid.erase("QuadInfo");
+    small.nodes.push_back(solid);
+    const Result result = multiscene({"frames", small.write(folder.path()), "--at", "0", "--text",
+                                      "title=a\U0010FFFF", "-o", folder.file("pictures")});
+    EXPECT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_THAT(result.output, HasSubstr("left out letters that cannot be drawn: U+10FFFF"));
+    EXPECT_THAT(result.output, HasSubstr("left out letters that cannot be drawn: U+10FFFE"));
 }
 
 TEST_F(MakeTest, TakesInputsFromAFileAndLetsTheCommandLineWin) {
