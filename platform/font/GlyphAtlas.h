@@ -1,37 +1,30 @@
 // Pictures of letters side by side in one bitmap. For the files of this folder.
 #pragma once
 
-#include <map>
+#include <optional>
 
-#include "platform/font/LetterFont.h"
-#include "platform/font/Letters.h"
+#include "platform/image/Image.h"
 
 namespace platform {
 
-/// Fills an atlas with the letters that are loaded, and makes two triangles of each that is placed.
-class GlyphAtlas : public GlyphSink {
+/// Takes pictures as they come and finds room for each.
+class GlyphAtlas {
   public:
     static constexpr int width = 1024, maxHeight = 4096;  ///< pixels
 
-    void load(unsigned int glyph, FT_GlyphSlotRec_* outline) override;
-    void place(unsigned int glyph, double x, double y) override;
+    struct Place {
+        int x, y;
+    };
+    /// Where the picture's upper left corner lies now; nothing when there is no room for it.
+    std::optional<Place> add(const Bitmap& picture);
 
-    /// The triangles in the font's units; u and v are set. Ends the atlas.
-    std::vector<LetterVertex> takeTriangles();
-    Bitmap takeAtlas() { return std::move(atlas_); }
+    /// As high as it needs to be; empty without pictures.
+    const Bitmap& bitmap() const { return atlas_; }
+    Bitmap takeBitmap() { return std::move(atlas_); }
 
   private:
-    /// A letter's picture with its clear border: where in the atlas, and where from the letter's origin.
-    struct Piece {
-        int x, y, width, height;
-        int left, top;
-    };
-    bool findRoom(Piece& piece);
-
     Bitmap atlas_;
     int nextX_ = 0, rowY_ = 0, rowHeight_ = 0;
-    std::map<unsigned int, Piece> pieces_;
-    std::vector<LetterVertex> triangles_;
 };
 
 }  // namespace platform

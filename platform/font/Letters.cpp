@@ -1,73 +1,67 @@
 #include "platform/font/Letters.h"
 
+#include <algorithm>
 #include <cmath>
-#include <mutex>
 
-#include "platform/font/GlyphAtlas.h"
-#include "platform/font/GlyphMesh.h"
-#include "platform/font/LetterLines.h"
+#include "platform/font/FlatGlyphs.h"
+#include "platform/font/SolidGlyphs.h"
 
 namespace platform {
 
 namespace {
 
-/// The code points of valid UTF-8.
-std::u32string codePoints(const std::string& utf8) {
-    std::u32string points;
-    for (const char byte : utf8) {
-        const auto bits = static_cast<uint8_t>(byte);
-        if ((bits & 0xC0) == 0x80)
-            points.back() = points.back() << 6 | (bits & 0x3F);
-        else
-            points.push_back(bits < 0x80   ? bits
-                             : bits < 0xE0 ? bits & 0x1F
-                             : bits < 0xF0 ? bits & 0x0F
-                                           : bits & 7);
-    }
-    return points;
-}
+/// Pixels an em in an atlas that has room for every letter that a text can have.
+constexpr double leastResolution = 24;
 
-/// Lays the text out into the sink; `unit` becomes the model units of one unit of the font.
-LetterBlock layOut(const LetterText& text, GlyphSink& sink, float unit) {
-    // FreeType's library is one for the whole process, and FTGL's are not made for several threads.
-    static std::mutex mutex;
-    const std::lock_guard lock(mutex);
-    const std::u32string letters = codePoints(truncateText(text.text, TextLimits::characters));
-    const LetterFont font(findFontSource(text.font, letters), sink);
-    const LineBlock block =
-        drawLines(breakLines(letters, font, double(text.lineLength / unit)), font, text.alignment);
-    return {float(block.width) * unit, float(block.height) * unit};
-}
-
-/// Model units of one unit of the font.
+/// Model units of one unit of a shaped text.
 float unitOf(const LetterText& text) {
     const float size = std::isfinite(text.font.size) && text.font.size > 0 ? text.font.size : 1;
-    return size / float(LetterFont::em);
+    return size / float(ShapedText::em);
 }
 
-std::vector<LetterVertex> scaled(std::vector<LetterVertex> vertices, float unit) {
+ShapedText shape(const LetterText& text, float unit) {
+    constexpr float longest = 1'000'000;  // what is longer never breaks
+    const float lineLength = text.lineLength / unit;
+    return {{.text = text.text, .font = text.font, .alignment = text.alignment},
+            lineLength < longest ? double(lineLength) : 0};
+}
+
+void scale(std::vector<LetterVertex>& vertices, float unit) {
     for (LetterVertex& vertex : vertices) {
         vertex.x *= unit;
         vertex.y *= unit;
         vertex.z *= unit;
     }
-    return vertices;
+}
+
+/// From the text's units to the model's.
+template <typename Letters>
+Letters finished(Letters letters, const ShapedText& text, float unit) {
+    scale(letters.triangles, unit);
+    scale(letters.coloredTriangles, unit);
+    letters.block = {float(text.size().width) * unit, float(text.size().height) * unit};
+    std::ranges::copy(text.missingLetters(), std::back_inserter(letters.leftOut));
+    std::ranges::sort(letters.leftOut);
+    letters.leftOut.erase(std::ranges::unique(letters.leftOut).begin(), letters.leftOut.end());
+    return letters;
 }
 
 }  // namespace
 
 FlatLetters flatLetters(const LetterText& text) {
     const float unit = unitOf(text);
-    GlyphAtlas atlas;
-    const LetterBlock block = layOut(text, atlas, unit);
-    return {scaled(atlas.takeTriangles(), unit), atlas.takeAtlas(), block};
+    const ShapedText shaped = shape(text, unit);
+    double resolution = ShapedText::em;
+    FlatLetters letters = flatGlyphs(shaped, resolution);
+    while (!letters.leftOut.empty() && resolution > leastResolution)
+        letters = flatGlyphs(shaped, resolution /= 2);
+    return finished(std::move(letters), shaped, unit);
 }
 
 SolidLetters solidLetters(const LetterText& text, float depth) {
     const float unit = unitOf(text);
-    GlyphMesh mesh(double(depth / unit));
-    const LetterBlock block = layOut(text, mesh, unit);
-    return {scaled(mesh.takeTriangles(), unit), block};
+    const ShapedText shaped = shape(text, unit);
+    return finished(solidGlyphs(shaped, double(depth / unit)), shaped, unit);
 }
 
 }  // namespace platform

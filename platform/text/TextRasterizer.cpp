@@ -1,6 +1,5 @@
 #include "platform/text/TextRasterizer.h"
 
-#include <hb-ot.h>
 #include <pango/pangocairo.h>
 
 #include <algorithm>
@@ -9,6 +8,7 @@
 #include <utility>
 
 #include "platform/text/Blur.h"
+#include "platform/text/ColorGlyphs.h"
 #include "platform/text/TextLayout.h"
 
 namespace platform {
@@ -25,13 +25,6 @@ struct Point {
 /// The share of the free space that lies before the block.
 double placementFactor(TextPlacement placement) {
     return placement == TextPlacement::Fill ? 0 : double(placement) / 2;
-}
-
-/// The picture of emoji and the like is in the font; its outline, if it has one, is not what one wants to
-/// see.
-bool hasColorGlyphs(PangoFont* font) {
-    hb_face_t* face = hb_font_get_face(pango_font_get_hb_font(font));
-    return hb_ot_color_has_png(face) || hb_ot_color_has_layers(face) || hb_ot_color_has_svg(face);
 }
 
 /// Draws the placed lines of one description with a pen whose unit is the box's pixel.

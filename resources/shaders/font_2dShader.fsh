@@ -1,4 +1,5 @@
-// Letters of one colour from an atlas, whose alpha is their shape. The colour is not multiplied by alpha.
+// Letters from an atlas, whose alpha is their shape and multiplies its colours: white for letters that take the
+// text's colour, emoji have their own. The result is not multiplied by alpha.
 #ifdef GL_FRAGMENT_PRECISION_HIGH
 precision highp float;
 #else
@@ -12,6 +13,6 @@ varying vec2 textureCoordinate;
 
 void main()
 {
-    float shape = texture2D(videoFrame, textureCoordinate).a;
-    gl_FragColor = vec4(SourceColor.rgb, SourceColor.a * shape);
+    vec4 shape = texture2D(videoFrame, textureCoordinate);
+    gl_FragColor = SourceColor * vec4(shape.rgb / max(shape.a, 1.0 / 255.0), shape.a);
 }

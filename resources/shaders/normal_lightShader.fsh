@@ -24,6 +24,7 @@ struct LightSource
 
 uniform sampler2D videoFrame;
 uniform bool isPreMultiplication;
+uniform float fade;  // what is taken from the alpha: 0 nothing, 1 all
 uniform int lightEnable;
 uniform int lightSourceNumber;
 uniform LightSource lightSourceArray[maxLights];
@@ -64,6 +65,7 @@ void main()
 {
     vec4 color = texture2D(videoFrame, textureCoordinate);
     vec3 texel = straightColor(color);
+    color.a *= 1.0 - fade;
     if (lightEnable == 0) {
         gl_FragColor = vec4(texel, color.a);
         return;

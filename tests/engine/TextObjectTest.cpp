@@ -37,6 +37,21 @@ TEST_F(TextObjectTest, FlatLettersStandAroundTheOriginInTheirColour) {
     EXPECT_EQ(liveGLObjects(GLObjectKind::Texture), before) << "given up with the last frame";
 }
 
+TEST_F(TextObjectTest, ATextWithTooManyLettersIsDrawnSmaller) {
+    const auto widthWith = [&](const Dictionary& users) {
+        newScene();
+        QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic(Value(users));
+        add(text("QVGLFont2DTextureFontObject3D", "word"));
+        draw(0, kBlack);
+        int width = 0;
+        for (int x = 0; x < side; ++x) width += at(x, 32)[0] > 128;
+        return width;
+    };
+    const int wide = widthWith({{"word", "\u2588\u2588"}});
+    EXPECT_GT(wide, 40);
+    EXPECT_NEAR(widthWith({{"word", "\u2588\u2588"}, {"userText_scale_word", 0.5}}), wide / 2, 1);
+}
+
 TEST_F(TextObjectTest, LettersOfOneTextHaveTheirShapes) {
     Dictionary info = text("QVGLFont2DTextureFontObject3D", "L\u2588");
     add(info);
@@ -45,6 +60,41 @@ TEST_F(TextObjectTest, LettersOfOneTextHaveTheirShapes) {
     EXPECT_GT(at(21, 41)[0], 200);
     EXPECT_EQ(at(25, 28)[0], 0);
     EXPECT_GT(at(40, 28)[0], 200);
+}
+
+TEST_F(TextObjectTest, EmojiKeepTheirColoursAndFadeWithTheText) {
+    const auto isYellow = [](const Pixel& pixel) {
+        return pixel[0] > 200 && pixel[1] > 150 && pixel[2] < 120;
+    };
+    for (const char* type : {"QVGLFont2DTextureFontObject3D", "QVGLFont3DExtrudeFontObject3D"}) {
+        newScene();
+        Dictionary info = text(type, "\U0001F7E8");  // a yellow square
+        info["textDepth"] = 16;
+        info["sideColor"] = "0,1,0";
+        info["AnimationInfo"] = keys("startRenderAlpha", 1, "endRenderAlpha", 0);
+        info["FpsInfo"] = frames(0, 10);
+        add(info);
+        draw(0, kBlue);
+        EXPECT_TRUE(isYellow(at(32, 32))) << type;
+        EXPECT_TRUE(isNear(at(32, 2), kBlue)) << type;
+        const Pixel full = at(32, 32);
+        draw(5, kBlue);
+        EXPECT_NEAR(at(32, 32)[0], full[0] / 2, 3) << type;
+        EXPECT_NEAR(at(32, 32)[2], (full[2] + 255) / 2, 3) << type;
+    }
+    newScene();
+    Dictionary info = text("QVGLFont3DExtrudeFontObject3D", "\U0001F7E8");
+    info["textDepth"] = 16;
+    info["sideColor"] = "0,1,0";
+    info["TransformArray"] = turned("0,1.5708,0");
+    add(info);
+    draw(0, kBlue);
+    EXPECT_TRUE(isNear(at(32, 32), kGreen)) << "from the side";
+    newScene();
+    info["TransformArray"] = turned("0,3.1416,0");
+    add(info);
+    draw(0, kBlue);
+    EXPECT_TRUE(isYellow(at(32, 32))) << "from behind";
 }
 
 TEST_F(TextObjectTest, SolidLettersShowTheirSidesAndTakeLight) {

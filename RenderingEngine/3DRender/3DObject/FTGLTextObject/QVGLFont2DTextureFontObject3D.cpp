@@ -1,6 +1,7 @@
 #include "3DObject/FTGLTextObject/QVGLFont2DTextureFontObject3D.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "core/GLESUtils/TextureUpload.h"
 #include "core/NodeTypes.h"
@@ -16,25 +17,33 @@ QV_REGISTER_NODE_TYPE(QVGLFont2DTextureFontObject3D, font2DKeys);
 namespace {
 
 /// The rectangle around all letters.
-QVQuadObject3D::Corners boundsOf(const std::vector<platform::LetterVertex>& triangles) {
+QVQuadObject3D::Corners boundsOf(const platform::FlatLetters& letters) {
     using platform::LetterVertex;
-    const auto [left, right] = std::ranges::minmax(triangles, {}, &LetterVertex::x);
-    const auto [bottom, top] = std::ranges::minmax(triangles, {}, &LetterVertex::y);
-    return {left.x, bottom.y, 0, right.x, bottom.y, 0, right.x, top.y, 0, left.x, top.y, 0};
+    float left = INFINITY, right = -INFINITY, bottom = INFINITY, top = -INFINITY;
+    for (const auto* triangles : {&letters.triangles, &letters.coloredTriangles}) {
+        for (const LetterVertex& at : *triangles) {
+            left = std::min(left, at.x), right = std::max(right, at.x);
+            bottom = std::min(bottom, at.y), top = std::max(top, at.y);
+        }
+    }
+    return {left, bottom, 0, right, bottom, 0, right, top, 0, left, top, 0};
 }
 
 }  // namespace
 
-void QVGLFont2DTextureFontObject3D::makeLetters(const platform::LetterText& text) {
+std::vector<char32_t> QVGLFont2DTextureFontObject3D::makeLetters(const platform::LetterText& text) {
     platform::FlatLetters letters = platform::flatLetters(text);
+    if (!letters.atlas.isEmpty()) {
+        bounds_ = boundsOf(letters);
+        atlas_.create();
+        uploadTexture(atlas_.name(), {.pixels = letters.atlas.rgba.data(),
+                                      .width = letters.atlas.width,
+                                      .height = letters.atlas.height,
+                                      .stride = letters.atlas.stride()});
+    }
     triangles_ = std::move(letters.triangles);
-    if (triangles_.empty()) return;
-    bounds_ = boundsOf(triangles_);
-    atlas_.create();
-    uploadTexture(atlas_.name(), {.pixels = letters.atlas.rgba.data(),
-                                  .width = letters.atlas.width,
-                                  .height = letters.atlas.height,
-                                  .stride = letters.atlas.stride()});
+    coloredTriangles_ = std::move(letters.coloredTriangles);
+    return std::move(letters.leftOut);
 }
 
 void QVGLFont2DTextureFontObject3D::drawLetters() {
@@ -48,6 +57,9 @@ void QVGLFont2DTextureFontObject3D::drawLetters() {
     shader->setUniform("u_textureMatrix", glm::mat4(1));
     shader->setUniform("SourceColor", shownColor());
     drawTriangles(*shader, triangles_, false);
+    // Emoji keep their own colours.
+    shader->setUniform("SourceColor", glm::vec4(1, 1, 1, shownColor().a));
+    drawTriangles(*shader, coloredTriangles_, false);
 }
 
 }  // namespace multiscene

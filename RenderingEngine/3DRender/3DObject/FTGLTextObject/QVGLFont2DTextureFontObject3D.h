@@ -12,12 +12,12 @@ class QVGLFont2DTextureFontObject3D : public QVGLFontTextObjectBase {
     const char* className() const override { return "QVGLFont2DTextureFontObject3D"; }
 
   protected:
-    void makeLetters(const platform::LetterText& text) override;
+    std::vector<char32_t> makeLetters(const platform::LetterText& text) override;
     void drawLetters() override;
     void dropLetters() override { atlas_.destroy(); }
 
   private:
-    std::vector<platform::LetterVertex> triangles_;
+    std::vector<platform::LetterVertex> triangles_, coloredTriangles_;
     QVQuadObject3D::Corners bounds_{};
     GLTexture atlas_;
 };

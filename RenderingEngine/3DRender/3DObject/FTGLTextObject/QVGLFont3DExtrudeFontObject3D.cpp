@@ -47,13 +47,25 @@ void QVGLFont3DExtrudeFontObject3D::rendInfoWithDic(const platform::Value& info)
     if (reader.has("sideColor")) sideColor_ = readTextColor(reader, "sideColor");
 }
 
-void QVGLFont3DExtrudeFontObject3D::makeLetters(const platform::LetterText& text) {
-    triangles_ = platform::solidLetters(text, textDepth_).triangles;
+std::vector<char32_t> QVGLFont3DExtrudeFontObject3D::makeLetters(const platform::LetterText& text) {
+    platform::SolidLetters letters = platform::solidLetters(text, textDepth_);
+    if (!letters.atlas.isEmpty()) {
+        atlas_.create();
+        uploadTexture(atlas_.name(), {.pixels = letters.atlas.rgba.data(),
+                                      .width = letters.atlas.width,
+                                      .height = letters.atlas.height,
+                                      .stride = letters.atlas.stride()});
+    }
+    triangles_ = std::move(letters.triangles);
+    coloredTriangles_ = std::move(letters.coloredTriangles);
+    return std::move(letters.leftOut);
 }
 
 void QVGLFont3DExtrudeFontObject3D::dropLetters() {
     triangles_.clear();
+    coloredTriangles_.clear();
     colors_.destroy();
+    atlas_.destroy();
 }
 
 glm::vec4 QVGLFont3DExtrudeFontObject3D::shownSideColor() const {
@@ -72,13 +84,21 @@ void QVGLFont3DExtrudeFontObject3D::drawLetters() {
     FrameEdges::shared().requireMultisampling();
     const auto shader = ShaderManager::sharedManager().createShader("font_3dShader", "font_3dShader.plist");
     uploadColors();
-    shader->useShader();
-    bindTexture(*shader, "videoFrame", 0, colors_.name());
-    shader->setUniform("u_mvpMatrix", projTransform());
-    shader->setUniform("u_textureMatrix", glm::mat4(1));
-    shader->setUniform("isPreMultiplication", 0);
-    setSceneLight(*shader, *this);
-    drawTriangles(*shader, triangles_, true);
+    drawWith(*shader, colors_.name(), triangles_, 0);
+    if (!coloredTriangles_.empty()) drawWith(*shader, atlas_.name(), coloredTriangles_, 1 - shownColor().a);
+}
+
+void QVGLFont3DExtrudeFontObject3D::drawWith(Shader& shader, unsigned int texture,
+                                             const std::vector<platform::LetterVertex>& triangles,
+                                             float fade) {
+    shader.useShader();
+    bindTexture(shader, "videoFrame", 0, texture);
+    shader.setUniform("u_mvpMatrix", projTransform());
+    shader.setUniform("u_textureMatrix", glm::mat4(1));
+    shader.setUniform("isPreMultiplication", 0);
+    shader.setUniform("fade", fade);
+    setSceneLight(shader, *this);
+    drawTriangles(shader, triangles, true);
 }
 
 }  // namespace multiscene

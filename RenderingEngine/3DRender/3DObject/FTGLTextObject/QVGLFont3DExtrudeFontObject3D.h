@@ -18,18 +18,21 @@ class QVGLFont3DExtrudeFontObject3D : public QVGLFontTextObjectBase {
     float textDepth() const { return textDepth_; }  ///< model units
 
   protected:
-    void makeLetters(const platform::LetterText& text) override;
+    std::vector<char32_t> makeLetters(const platform::LetterText& text) override;
     void drawLetters() override;
     void dropLetters() override;
 
   private:
     glm::vec4 shownSideColor() const;
     void uploadColors();
+    void drawWith(Shader& shader, unsigned int texture, const std::vector<platform::LetterVertex>& triangles,
+                  float fade);
 
     float textDepth_ = 0;
     std::optional<platform::Color> sideColor_;
-    std::vector<platform::LetterVertex> triangles_;
+    std::vector<platform::LetterVertex> triangles_, coloredTriangles_;
     GLTexture colors_;  ///< one texel for the faces, one for the sides
+    GLTexture atlas_;   ///< the faces of emoji
 };
 
 }  // namespace multiscene

@@ -4,6 +4,7 @@
 
 #include "3DObject/QuadObject3D/QVQuadDiaphaneityObject3D.h"
 #include "core/GLESUtils/DrawTriangles.h"
+#include "core/SkippedMedia.h"
 #include "dataMode/TextSettings.h"
 
 namespace multiscene {
@@ -58,9 +59,11 @@ void QVGLFontTextObjectBase::rendInfoWithDic(const platform::Value& info) {
 
 platform::LetterText QVGLFontTextObjectBase::letterText() const {
     const KeyReader reader(fontInfoKeys, fontInfo_);
+    const std::string key = reader.text("textString");
+    const float size = reader.number("fontSize") * findTextScale(key, sceneIdentifier());
     return {
-        .text = findText(reader.text("textString"), sceneIdentifier(), reader.int32("textMaxLenght")),
-        .font = findFont(reader.text("fontName"), reader.number("fontSize"), sceneResourceFolderPath()),
+        .text = findText(key, sceneIdentifier(), reader.int32("textMaxLenght")),
+        .font = findFont(reader.text("fontName"), size, sceneResourceFolderPath()),
         .alignment = static_cast<platform::TextAlignment>(std::clamp(reader.int32("textAlignment"), 0, 2)),
         .lineLength = reader.number("lineLength")};
 }
@@ -68,8 +71,10 @@ platform::LetterText QVGLFontTextObjectBase::letterText() const {
 void QVGLFontTextObjectBase::updateData(const platform::CMTime& time) {
     if (!isNeedRenderWithCMTime(time)) return;
     QVObject3DTransformBase::updateData(time);
-    if (!hasLetters_) makeLetters(letterText());
+    if (hasLetters_) return;
     hasLetters_ = true;
+    const std::vector<char32_t> leftOut = makeLetters(letterText());
+    if (!leftOut.empty()) reportSkipped(*this, "letters that cannot be drawn", letterNames(leftOut));
 }
 
 void QVGLFontTextObjectBase::render(const platform::CMTime& time) {

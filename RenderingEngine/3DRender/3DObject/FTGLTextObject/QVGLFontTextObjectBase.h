@@ -11,9 +11,7 @@ namespace multiscene {
 extern const KeyTable fontObjectKeys;
 
 /// The base of texts whose letters stand in the scene, in its units, with the middle of their lines at the
-/// node's origin. The letters are made at the node's first frame and given up at its last. Letters that no
-/// installed font has are left out; texts with emoji, and scripts that join their letters, are for "text2d"
-/// textures.
+/// node's origin. The letters are made at the node's first frame and given up at its last.
 class QVGLFontTextObjectBase : public QVObject3DTransformBase {
   public:
     void rendInfoWithDic(const platform::Value& info) override;
@@ -27,7 +25,8 @@ class QVGLFontTextObjectBase : public QVObject3DTransformBase {
     float renderAlpha() const { return renderAlpha_; }  ///< 0 transparent to 1
 
   protected:
-    virtual void makeLetters(const platform::LetterText& text) = 0;
+    /// The letters that could not be made.
+    virtual std::vector<char32_t> makeLetters(const platform::LetterText& text) = 0;
     virtual void drawLetters() = 0;
     virtual void dropLetters() = 0;
 

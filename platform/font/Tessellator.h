@@ -1,0 +1,13 @@
+// Fills outlines with triangles. For the files of this folder.
+#pragma once
+
+#include <vector>
+
+#include "platform/text/ShapedText.h"
+
+namespace platform {
+
+/// Corners of triangles, counter-clockwise, over all that the contours enclose at least once.
+std::vector<OutlinePoint> tessellate(const std::vector<OutlineContour>& contours);
+
+}  // namespace platform

@@ -1,0 +1,187 @@
+#include "platform/text/ShapedText.h"
+
+#include <pango/pangocairo.h>
+
+#include <algorithm>
+#include <cmath>
+
+#include "platform/text/ColorGlyphs.h"
+#include "platform/text/TextLayout.h"
+
+namespace platform {
+
+namespace {
+
+using Surface = std::unique_ptr<cairo_surface_t, void (*)(cairo_surface_t*)>;
+using Pen = std::unique_ptr<cairo_t, void (*)(cairo_t*)>;
+using Path = std::unique_ptr<cairo_path_t, void (*)(cairo_path_t*)>;
+
+/// Pixels around each picture: filtering must not meet its neighbour.
+constexpr int border = 2;
+/// How far the straight pieces may leave a curve, in units of an em: invisible in letters that fill a
+/// picture.
+constexpr double curveTolerance = 0.02;
+
+struct FontDeleter {
+    void operator()(PangoFont* font) const { g_object_unref(font); }
+};
+
+/// Twice what the line encloses, negative when that lies on its right.
+double area(const OutlineContour& contour) {
+    double sum = 0;
+    for (size_t i = 0; i < contour.size(); ++i) {
+        const OutlinePoint &from = contour[i], &to = contour[(i + 1) % contour.size()];
+        sum += from[0] * to[1] - to[0] * from[1];
+    }
+    return sum;
+}
+
+/// The closed lines of a flat path, with y upwards.
+std::vector<OutlineContour> readContours(const cairo_path_t& path) {
+    std::vector<OutlineContour> contours;
+    for (int i = 0; i < path.num_data; i += path.data[i].header.length) {
+        const cairo_path_data_t* data = &path.data[i];
+        if (data->header.type == CAIRO_PATH_MOVE_TO) contours.emplace_back();
+        if (data->header.type != CAIRO_PATH_CLOSE_PATH)
+            contours.back().push_back({data[1].point.x, -data[1].point.y});
+    }
+    for (OutlineContour& contour : contours)
+        if (contour.size() > 1 && contour.front() == contour.back()) contour.pop_back();
+    std::erase_if(contours, [](const OutlineContour& contour) { return contour.size() < 3; });
+    return contours;
+}
+
+/// Fonts differ in the side on which their letters lie.
+void turnToTheLeft(std::vector<OutlineContour>& contours) {
+    double sum = 0;
+    for (const OutlineContour& contour : contours) sum += area(contour);
+    if (sum >= 0) return;
+    for (OutlineContour& contour : contours) std::ranges::reverse(contour);
+}
+
+}  // namespace
+
+struct ShapedText::Glyph {
+    std::shared_ptr<PangoFont> font;
+    PangoGlyph number;
+    bool isColored;
+
+    /// Alone, with its origin at the pen's.
+    PangoGlyphInfo info() const {
+        PangoGlyphInfo info{};
+        info.glyph = number;
+        return info;
+    }
+    void addOutline(cairo_t* pen) const {
+        PangoGlyphInfo glyph = info();
+        int cluster = 0;
+        PangoGlyphString single{1, &glyph, &cluster, 1};
+        cairo_move_to(pen, 0, 0);
+        pango_cairo_glyph_string_path(pen, font.get(), &single);
+    }
+    void show(cairo_t* pen) const {
+        PangoGlyphInfo glyph = info();
+        int cluster = 0;
+        PangoGlyphString single{1, &glyph, &cluster, 1};
+        cairo_move_to(pen, 0, 0);
+        pango_cairo_show_glyph_string(pen, font.get(), &single);
+    }
+};
+
+ShapedText::ShapedText(TextLayoutDescription layout, double lineLength) {
+    layout.font.size = em;
+    layout.direction = TextDirection::Horizontal;
+    layout_ = std::make_unique<TextLayout>(layout, lineLength);
+    size_ = {layout_->length(), layout_->breadth()};
+    placeLines(layout.alignment);
+}
+
+ShapedText::~ShapedText() = default;
+
+void ShapedText::placeLines(TextAlignment alignment) {
+    double top = size_.height / 2;
+    for (const TextLine& line : layout_->lines()) {
+        double x =
+            -size_.width / 2 + alignmentShare(alignment, line.rightToLeft) * (size_.width - line.length);
+        for (GSList* item = line.glyphs->runs; item; item = item->next) {
+            const auto* run = static_cast<PangoLayoutRun*>(item->data);
+            PangoFont* font = run->item->analysis.font;
+            const bool isColored = hasColorGlyphs(font);
+            const std::shared_ptr<PangoFont> owned(static_cast<PangoFont*>(g_object_ref(font)),
+                                                   FontDeleter());
+            for (int i = 0; i < run->glyphs->num_glyphs; ++i) {
+                const PangoGlyphInfo& glyph = run->glyphs->glyphs[i];
+                if (glyph.glyph != PANGO_GLYPH_EMPTY)
+                    placements_.push_back({numberOf({owned, glyph.glyph, isColored}),
+                                           x + pango_units_to_double(glyph.geometry.x_offset),
+                                           top - line.ascent - pango_units_to_double(glyph.geometry.y_offset),
+                                           size_t(run->item->offset + run->glyphs->log_clusters[i])});
+                x += pango_units_to_double(glyph.geometry.width);
+            }
+        }
+        top -= line.breadth;
+    }
+}
+
+size_t ShapedText::numberOf(const Glyph& glyph) {
+    const auto found = std::ranges::find_if(glyphs_, [&](const Glyph& known) {
+        return known.font == glyph.font && known.number == glyph.number;
+    });
+    if (found != glyphs_.end()) return size_t(found - glyphs_.begin());
+    glyphs_.push_back(glyph);
+    return glyphs_.size() - 1;
+}
+
+char32_t ShapedText::letterAt(const GlyphPlacement& placement) const {
+    return g_utf8_get_char(layout_->text() + placement.textStart);
+}
+
+const std::vector<char32_t>& ShapedText::missingLetters() const { return layout_->missingLetters(); }
+
+size_t ShapedText::glyphCount() const { return glyphs_.size(); }
+
+bool ShapedText::isColored(size_t glyph) const { return glyphs_[glyph].isColored; }
+
+std::vector<OutlineContour> ShapedText::outline(size_t glyph) const {
+    if (isColored(glyph)) return {};
+    const Surface surface(cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr),
+                          cairo_surface_destroy);
+    const Pen pen(cairo_create(surface.get()), cairo_destroy);
+    cairo_set_tolerance(pen.get(), curveTolerance);
+    glyphs_[glyph].addOutline(pen.get());
+    const Path path(cairo_copy_path_flat(pen.get()), cairo_path_destroy);
+    std::vector<OutlineContour> contours = readContours(*path);
+    turnToTheLeft(contours);
+    return contours;
+}
+
+GlyphPicture ShapedText::picture(size_t glyph, double pixelsPerEm) const {
+    const double scale = pixelsPerEm / em;
+    PangoRectangle ink;
+    pango_font_get_glyph_extents(glyphs_[glyph].font.get(), glyphs_[glyph].number, &ink, nullptr);
+    if (ink.width <= 0 || ink.height <= 0) return {};
+    const auto pixels = [&](int units) { return pango_units_to_double(units) * scale; };
+    const double left = std::floor(pixels(ink.x)) - border, top = std::floor(pixels(ink.y)) - border;
+    GlyphPicture picture{Bitmap(int(std::ceil(pixels(ink.x + ink.width)) + border - left),
+                                int(std::ceil(pixels(ink.y + ink.height)) + border - top)),
+                         left, -top};
+    Bitmap& bitmap = picture.bitmap;
+    const Surface surface(cairo_image_surface_create_for_data(bitmap.rgba.data(), CAIRO_FORMAT_ARGB32,
+                                                              bitmap.width, bitmap.height, bitmap.stride()),
+                          cairo_surface_destroy);
+    const Pen pen(cairo_create(surface.get()), cairo_destroy);
+    cairo_translate(pen.get(), -left, -top);
+    cairo_scale(pen.get(), scale, scale);
+    cairo_set_source_rgb(pen.get(), 1, 1, 1);
+    if (isColored(glyph)) {
+        glyphs_[glyph].show(pen.get());
+    } else {
+        glyphs_[glyph].addOutline(pen.get());
+        cairo_fill(pen.get());
+    }
+    cairo_surface_flush(surface.get());
+    for (size_t i = 0; i < bitmap.rgba.size(); i += 4) std::swap(bitmap.rgba[i], bitmap.rgba[i + 2]);
+    return picture;
+}
+
+}  // namespace platform

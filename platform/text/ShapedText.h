@@ -1,0 +1,72 @@
+// A text shaped once, for those who draw it letter by letter: which shape of which font stands where. Scripts
+// that join or reorder their letters, right-to-left writing, and fonts that step in for what another lacks
+// are done with here.
+#pragma once
+
+#include <array>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/image/Image.h"
+#include "platform/text/TextRasterizer.h"
+
+namespace platform {
+
+class TextLayout;
+
+using OutlinePoint = std::array<double, 2>;
+/// A closed line of at least three points; the letter lies to its left.
+using OutlineContour = std::vector<OutlinePoint>;
+
+/// A shape as pixels, with a clear border around it. `left` and `top` say, in these pixels and upwards, where
+/// the bitmap's upper left corner lies from the shape's origin.
+struct GlyphPicture {
+    Bitmap bitmap;
+    double left = 0, top = 0;
+};
+
+/// A shape that stands somewhere in the text.
+struct GlyphPlacement {
+    size_t glyph = 0;      ///< the shape's number in its text; letters that look the same share one
+    double x = 0, y = 0;   ///< the shape's origin, on the baseline
+    size_t textStart = 0;  ///< the byte of the text at which the letters begin that it shows
+};
+
+/// Lengths are units of which an em has ShapedText::em, y points up, and 0,0 is the middle of the block of
+/// lines. To be used on the thread that made it.
+class ShapedText {
+  public:
+    static constexpr int em = 96;
+
+    /// `layout.font.size` is not read. `lineLength` as the wrap length of measureText().
+    ShapedText(TextLayoutDescription layout, double lineLength);
+    ~ShapedText();
+
+    const std::vector<GlyphPlacement>& placements() const { return placements_; }
+    TextSize size() const { return size_; }  ///< of the block of lines
+    /// The letter that a placement shows, the first of several.
+    char32_t letterAt(const GlyphPlacement& placement) const;
+    const std::vector<char32_t>& missingLetters() const;
+
+    size_t glyphCount() const;
+    /// A shape with colours of its own, an emoji; it has no outline.
+    bool isColored(size_t glyph) const;
+    /// Curves are straight pieces.
+    std::vector<OutlineContour> outline(size_t glyph) const;
+    /// At `pixelsPerEm`: white with the shape's coverage as alpha, or the colours of an emoji. Colours are
+    /// multiplied by alpha. Empty for a shape without ink.
+    GlyphPicture picture(size_t glyph, double pixelsPerEm) const;
+
+  private:
+    struct Glyph;
+    void placeLines(TextAlignment alignment);
+    size_t numberOf(const Glyph& glyph);
+
+    std::unique_ptr<TextLayout> layout_;
+    std::vector<Glyph> glyphs_;
+    std::vector<GlyphPlacement> placements_;
+    TextSize size_;
+};
+
+}  // namespace platform
