@@ -1,7 +1,7 @@
 // Texts as geometry: flat letters from an atlas, and letters with a depth. A text is shaped once
-// (ShapedText), then each of its letters becomes a rectangle with a picture, or a solid, where the shaping
-// has put it. Any script, emoji, and fonts that step in are drawn as in drawn texts. No GL is called. Any
-// thread.
+// (ShapedText); then each of its letters becomes a solid where the shaping has put it, or a rectangle with a
+// picture, which letters that overlap share. Any script, emoji, and fonts that step in are as in drawn texts.
+// No GL is called. Any thread.
 #pragma once
 
 #include <string>

@@ -29,7 +29,7 @@ class SolidGlyphMaker {
         for (size_t glyph = 0; glyph < text.glyphCount(); ++glyph) {
             Shape& shape = shapes_.emplace_back();
             if (text.isColored(glyph))
-                loadPicture(text.picture(glyph, ShapedText::em), shape);
+                loadPicture(text.picture({{GlyphPlacement{.glyph = glyph}}}, ShapedText::em), shape);
             else
                 shape.contours = text.outline(glyph);
             shape.face = tessellate(shape.contours);

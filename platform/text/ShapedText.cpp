@@ -66,24 +66,24 @@ struct ShapedText::Glyph {
     PangoGlyph number;
     bool isColored;
 
-    /// Alone, with its origin at the pen's.
+    /// Alone.
     PangoGlyphInfo info() const {
         PangoGlyphInfo info{};
         info.glyph = number;
         return info;
     }
-    void addOutline(cairo_t* pen) const {
+    void addOutline(cairo_t* pen, double x, double y) const {
         PangoGlyphInfo glyph = info();
         int cluster = 0;
         PangoGlyphString single{1, &glyph, &cluster, 1};
-        cairo_move_to(pen, 0, 0);
+        cairo_move_to(pen, x, y);
         pango_cairo_glyph_string_path(pen, font.get(), &single);
     }
-    void show(cairo_t* pen) const {
+    void show(cairo_t* pen, double x, double y) const {
         PangoGlyphInfo glyph = info();
         int cluster = 0;
         PangoGlyphString single{1, &glyph, &cluster, 1};
-        cairo_move_to(pen, 0, 0);
+        cairo_move_to(pen, x, y);
         pango_cairo_show_glyph_string(pen, font.get(), &single);
     }
 };
@@ -148,37 +148,57 @@ std::vector<OutlineContour> ShapedText::outline(size_t glyph) const {
                           cairo_surface_destroy);
     const Pen pen(cairo_create(surface.get()), cairo_destroy);
     cairo_set_tolerance(pen.get(), curveTolerance);
-    glyphs_[glyph].addOutline(pen.get());
+    glyphs_[glyph].addOutline(pen.get(), 0, 0);
     const Path path(cairo_copy_path_flat(pen.get()), cairo_path_destroy);
     std::vector<OutlineContour> contours = readContours(*path);
     turnToTheLeft(contours);
     return contours;
 }
 
-GlyphPicture ShapedText::picture(size_t glyph, double pixelsPerEm) const {
-    const double scale = pixelsPerEm / em;
+TextRect ShapedText::ink(size_t glyph) const {
     PangoRectangle ink;
     pango_font_get_glyph_extents(glyphs_[glyph].font.get(), glyphs_[glyph].number, &ink, nullptr);
-    if (ink.width <= 0 || ink.height <= 0) return {};
-    const auto pixels = [&](int units) { return pango_units_to_double(units) * scale; };
-    const double left = std::floor(pixels(ink.x)) - border, top = std::floor(pixels(ink.y)) - border;
-    GlyphPicture picture{Bitmap(int(std::ceil(pixels(ink.x + ink.width)) + border - left),
-                                int(std::ceil(pixels(ink.y + ink.height)) + border - top)),
-                         left, -top};
+    return {pango_units_to_double(ink.x), -pango_units_to_double(ink.y + ink.height),
+            pango_units_to_double(ink.width), pango_units_to_double(ink.height)};
+}
+
+TextRect ShapedText::ink(std::span<const GlyphPlacement> letters) const {
+    double left = INFINITY, right = -INFINITY, bottom = INFINITY, top = -INFINITY;
+    for (const GlyphPlacement& letter : letters) {
+        const TextRect rect = ink(letter.glyph);
+        if (rect.width <= 0 || rect.height <= 0) continue;
+        const double x = letter.x - letters[0].x + rect.x, y = letter.y - letters[0].y + rect.y;
+        left = std::min(left, x), right = std::max(right, x + rect.width);
+        bottom = std::min(bottom, y), top = std::max(top, y + rect.height);
+    }
+    return right > left ? TextRect{left, bottom, right - left, top - bottom} : TextRect{};
+}
+
+GlyphPicture ShapedText::picture(std::span<const GlyphPlacement> letters, double pixelsPerEm) const {
+    const double scale = pixelsPerEm / em;
+    const TextRect rect = ink(letters);
+    if (rect.width <= 0) return {};
+    const double left = std::floor(rect.x * scale) - border;
+    const double top = std::ceil((rect.y + rect.height) * scale) + border;
+    GlyphPicture picture{Bitmap(int(std::ceil((rect.x + rect.width) * scale) + border - left),
+                                int(top - std::floor(rect.y * scale) + border)),
+                         left, top};
     Bitmap& bitmap = picture.bitmap;
     const Surface surface(cairo_image_surface_create_for_data(bitmap.rgba.data(), CAIRO_FORMAT_ARGB32,
                                                               bitmap.width, bitmap.height, bitmap.stride()),
                           cairo_surface_destroy);
     const Pen pen(cairo_create(surface.get()), cairo_destroy);
-    cairo_translate(pen.get(), -left, -top);
+    cairo_translate(pen.get(), -left, top);
     cairo_scale(pen.get(), scale, scale);
     cairo_set_source_rgb(pen.get(), 1, 1, 1);
-    if (isColored(glyph)) {
-        glyphs_[glyph].show(pen.get());
-    } else {
-        glyphs_[glyph].addOutline(pen.get());
-        cairo_fill(pen.get());
+    for (const GlyphPlacement& letter : letters) {
+        const double x = letter.x - letters[0].x, y = letters[0].y - letter.y;
+        if (isColored(letter.glyph))
+            glyphs_[letter.glyph].show(pen.get(), x, y);
+        else
+            glyphs_[letter.glyph].addOutline(pen.get(), x, y);
     }
+    cairo_fill(pen.get());
     cairo_surface_flush(surface.get());
     for (size_t i = 0; i < bitmap.rgba.size(); i += 4) std::swap(bitmap.rgba[i], bitmap.rgba[i + 2]);
     return picture;

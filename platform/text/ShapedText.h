@@ -5,6 +5,7 @@
 
 #include <array>
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -54,13 +55,17 @@ class ShapedText {
     bool isColored(size_t glyph) const;
     /// Curves are straight pieces.
     std::vector<OutlineContour> outline(size_t glyph) const;
-    /// At `pixelsPerEm`: white with the shape's coverage as alpha, or the colours of an emoji. Colours are
-    /// multiplied by alpha. Empty for a shape without ink.
-    GlyphPicture picture(size_t glyph, double pixelsPerEm) const;
+    /// The rectangle around the shape, from its origin; y is its lower edge.
+    TextRect ink(size_t glyph) const;
+    /// Shapes that stand side by side as one, around the origin of the first, at `pixelsPerEm`: white with
+    /// their coverage as alpha, so that none shows where they overlap; or, of one shape alone, the colours of
+    /// an emoji. Colours are multiplied by alpha. Empty where there is no ink.
+    GlyphPicture picture(std::span<const GlyphPlacement> letters, double pixelsPerEm) const;
 
   private:
     struct Glyph;
     void placeLines(TextAlignment alignment);
+    TextRect ink(std::span<const GlyphPlacement> letters) const;
     size_t numberOf(const Glyph& glyph);
 
     std::unique_ptr<TextLayout> layout_;

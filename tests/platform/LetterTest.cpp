@@ -175,6 +175,29 @@ TEST(Letters, OfAnyScriptStandWhereDrawnTextsHaveThem) {
     }
 }
 
+TEST(FlatLetters, ThatAreJoinedOverlapNowhere) {
+    // Such pixels would show in a half transparent text.
+    const auto doublyDrawn = [](const char* written) {
+        LetterText letters = text(written);
+        letters.font.size = 96;
+        const FlatLetters flat = flatLetters(letters);
+        Bitmap all(width, height);
+        int twice = 0;
+        for (size_t i = 0; i < flat.triangles.size(); i += 6) {
+            Bitmap one(width, height);
+            paint({flat.triangles.begin() + ptrdiff_t(i), flat.triangles.begin() + ptrdiff_t(i) + 6}, one,
+                  texelOf(flat.atlas));
+            for (size_t pixel = 3; pixel < one.rgba.size(); pixel += 4) {
+                twice += one.rgba[pixel] > 200 && all.rgba[pixel] > 200;
+                all.rgba[pixel] = std::max(all.rgba[pixel], one.rgba[pixel]);
+            }
+        }
+        return twice;
+    };
+    for (const char* written : {"مرحبا", "नमस्ते", "AVA ffi", "Å"})
+        EXPECT_EQ(doublyDrawn(written), 0) << written;
+}
+
 TEST(Letters, ThatCannotBeDrawnAreNamedOnce) {
     const LetterText letters = text("a\U0010FFFFb\U0010FFFF");
     EXPECT_EQ(flatLetters(letters).leftOut, std::vector<char32_t>{0x10FFFF});

@@ -1,0 +1,17 @@
+// Letters that overlap. For the files of this folder.
+#pragma once
+
+#include <span>
+#include <vector>
+
+#include "platform/text/ShapedText.h"
+
+namespace platform {
+
+/// The placements of the text, in their order, in groups: scripts such as Arabic and Hindi join their letters
+/// by letting them overlap, and a half transparent text would show where they do. Letters that touch no other
+/// are alone, and so are those with colours of their own. No group is longer than `longest`, in the text's
+/// units.
+std::vector<std::span<const GlyphPlacement>> letterGroups(const ShapedText& text, double longest);
+
+}  // namespace platform
