@@ -30,7 +30,7 @@ Value::Dictionary inputFields(const QVUserInputModelBase& input) {
 
 std::string limitsText(const QVUserTextInputModel& text) {
     std::string limits;
-    if (text.maxLenght() > 0) limits += ", at most " + std::to_string(text.maxLenght()) + " characters";
+    if (text.maxLenght() > 0) limits += ", room for " + std::to_string(text.maxLenght()) + " characters";
     if (text.maxLine() > 0)
         limits += " in " + std::to_string(text.maxLine()) + (text.maxLine() == 1 ? " line" : " lines");
     return limits;

@@ -114,7 +114,7 @@ TEST_F(TemplatesTest, GoFromAuthorToVideoThroughAServerInThreeLanguages) {
         EXPECT_THAT(list.output, AllOf(HasSubstr(language.title), HasSubstr("offered, new")));
         const Result shown = in(language.locale, {"templates", "show", language.title});
         EXPECT_THAT(shown.output, AllOf(HasSubstr("--photo photo=FILE, cropped to 1:1"),
-                                        HasSubstr("--text title=TEXT, at most 5 characters in 1 line"),
+                                        HasSubstr("--text title=TEXT, room for 5 characters in 1 line"),
                                         HasSubstr(server.address() + "previews/small.mp4")));
 
         const Result installed = in(language.locale, {"templates", "install", "7"});
