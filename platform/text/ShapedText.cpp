@@ -101,26 +101,29 @@ ShapedText::~ShapedText() = default;
 void ShapedText::placeLines(TextAlignment alignment) {
     double top = size_.height / 2;
     for (const TextLine& line : layout_->lines()) {
-        double x =
-            -size_.width / 2 + alignmentShare(alignment, line.rightToLeft) * (size_.width - line.length);
-        for (GSList* item = line.glyphs->runs; item; item = item->next) {
-            const auto* run = static_cast<PangoLayoutRun*>(item->data);
-            PangoFont* font = run->item->analysis.font;
-            const bool isColored = hasColorGlyphs(font);
-            const std::shared_ptr<PangoFont> owned(static_cast<PangoFont*>(g_object_ref(font)),
-                                                   FontDeleter());
-            for (int i = 0; i < run->glyphs->num_glyphs; ++i) {
-                const PangoGlyphInfo& glyph = run->glyphs->glyphs[i];
-                if (glyph.glyph != PANGO_GLYPH_EMPTY)
-                    placements_.push_back({numberOf({owned, glyph.glyph, isColored}),
-                                           x + pango_units_to_double(glyph.geometry.x_offset),
-                                           top - line.ascent - pango_units_to_double(glyph.geometry.y_offset),
-                                           size_t(run->item->offset + run->glyphs->log_clusters[i])});
-                x += pango_units_to_double(glyph.geometry.width);
-            }
-        }
+        const double share = alignmentShare(alignment, line.rightToLeft);
+        double x = share * (size_.width - line.length) - size_.width / 2;
+        for (GSList* item = line.glyphs->runs; item; item = item->next)
+            x = placeRun(*static_cast<PangoLayoutRun*>(item->data), x, top - line.ascent);
         top -= line.breadth;
     }
+}
+
+/// Returns where the next piece of the line begins.
+double ShapedText::placeRun(const _PangoGlyphItem& run, double x, double baseline) {
+    PangoFont* font = run.item->analysis.font;
+    const bool isColored = hasColorGlyphs(font);
+    const std::shared_ptr<PangoFont> owned(static_cast<PangoFont*>(g_object_ref(font)), FontDeleter());
+    for (int i = 0; i < run.glyphs->num_glyphs; ++i) {
+        const PangoGlyphInfo& glyph = run.glyphs->glyphs[i];
+        const double up = -pango_units_to_double(glyph.geometry.y_offset);
+        if (glyph.glyph != PANGO_GLYPH_EMPTY)
+            placements_.push_back({numberOf({owned, glyph.glyph, isColored}),
+                                   x + pango_units_to_double(glyph.geometry.x_offset), baseline + up,
+                                   size_t(run.item->offset + run.glyphs->log_clusters[i])});
+        x += pango_units_to_double(glyph.geometry.width);
+    }
+    return x;
 }
 
 size_t ShapedText::numberOf(const Glyph& glyph) {

@@ -12,6 +12,8 @@
 #include "platform/image/Image.h"
 #include "platform/text/TextRasterizer.h"
 
+struct _PangoGlyphItem;
+
 namespace platform {
 
 class TextLayout;
@@ -65,6 +67,7 @@ class ShapedText {
   private:
     struct Glyph;
     void placeLines(TextAlignment alignment);
+    double placeRun(const _PangoGlyphItem& run, double x, double baseline);
     TextRect ink(std::span<const GlyphPlacement> letters) const;
     size_t numberOf(const Glyph& glyph);
 

@@ -1,5 +1,6 @@
 #include "dataMode/TextFit.h"
 
+#include <algorithm>
 #include <optional>
 
 namespace multiscene {
@@ -65,7 +66,8 @@ TextFit fitText(TextLayoutDescription layout, TextSize texture, TextSize margin)
     const bool hasLines = fitter.layout.text.find('\n') != std::string::npos;
     const TextFit broken = fitBrokenLines(fitter);
     if (!hasLines) return broken;
-    return fitWrittenLines(fitter, broken.scale * smallestWrittenShare).value_or(broken);
+    const double smallest = std::max(smallestScale, broken.scale * smallestWrittenShare);
+    return fitWrittenLines(fitter, smallest).value_or(broken);
 }
 
 }  // namespace multiscene
