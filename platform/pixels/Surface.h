@@ -1,0 +1,25 @@
+// Pictures that are painted from and painted on: B, G, R, A in memory, the top row first, colours multiplied
+// by alpha. Views only; whoever made the memory owns it.
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+
+namespace platform {
+
+/// A picture to paint with.
+struct Surface {
+    const uint8_t* pixels = nullptr;
+    ptrdiff_t stride = 0;  ///< bytes a row, a multiple of 4
+    int width = 0, height = 0;
+    bool opaque = false;  ///< alpha is 255 everywhere
+};
+
+/// A picture to paint on.
+struct Canvas {
+    uint8_t* pixels = nullptr;
+    ptrdiff_t stride = 0;  ///< bytes a row, a multiple of 4
+    int width = 0, height = 0;
+};
+
+}  // namespace platform

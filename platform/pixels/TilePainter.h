@@ -1,0 +1,45 @@
+// Paints a whole picture from shapes, tile by tile, on several cores.
+#pragma once
+
+#include <condition_variable>
+#include <cstdint>
+#include <functional>
+#include <mutex>
+#include <span>
+#include <thread>
+#include <vector>
+
+#include "platform/pixels/QuadPaint.h"
+
+namespace platform {
+
+/// Owns the threads that help. Which of them paints which tile does not show in the picture. Used by one
+/// thread at a time.
+class TilePainter {
+  public:
+    /// `threads` paint, the caller's among them.
+    explicit TilePainter(int threads);
+    ~TilePainter();
+    TilePainter(const TilePainter&) = delete;
+    TilePainter& operator=(const TilePainter&) = delete;
+
+    /// Fills the canvas with `background` (0xAARRGGBB, colours multiplied by alpha) and paints the shapes on
+    /// it, the first one farthest back. Where a shape hides all that lies under it in a tile, painting starts
+    /// there. Returns when all is done.
+    void paint(std::span<const PreparedPaint> paints, uint32_t background, const Canvas& canvas);
+
+  private:
+    struct Picture;
+    void help();
+    void paintTiles(Picture& picture);
+
+    std::mutex mutex_;
+    std::condition_variable changed_;
+    Picture* picture_ = nullptr;  ///< what is being painted
+    int64_t pictures_ = 0;        ///< painted so far
+    int busy_ = 0;
+    bool ends_ = false;
+    std::vector<std::thread> helpers_;
+};
+
+}  // namespace platform
