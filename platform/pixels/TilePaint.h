@@ -5,7 +5,8 @@
 
 namespace platform {
 
-/// Columns and rows of a tile. Long rows are read and written faster than short ones; a tile stays in the second cache.
+/// Columns and rows of a tile. Long rows are read and written faster than short ones; a tile stays in the
+/// second cache.
 inline constexpr int kTileColumns = 1024, kTileRows = 16;
 
 /// Part of a canvas, at most kTileColumns wide; right and bottom lie beyond it.

@@ -1,0 +1,105 @@
+// What the inner loops over pixels cost, one thread, in pixels a nanosecond.
+#include <benchmark/benchmark.h>
+
+#include <cmath>
+#include <numbers>
+#include <vector>
+
+#include "platform/pixels/FromYuv.h"
+#include "platform/pixels/TilePainter.h"
+#include "platform/pixels/ToI420.h"
+
+namespace {
+
+using namespace platform;
+
+constexpr int kWidth = 720, kHeight = 1280;
+
+PixelBuffer picture(int width, int height, bool opaque) {
+    PixelBuffer buffer(width, height);
+    for (size_t i = 0; i < buffer.size(); i += 4) {
+        const size_t alpha = opaque ? 255 : i / 4 * 37 % 256;
+        for (size_t c = 0; c < 3; ++c)
+            buffer.data()[i + c] = static_cast<uint8_t>(i * (13 + c) / 4 % 256 * alpha / 255);
+        buffer.data()[i + 3] = static_cast<uint8_t>(alpha);
+    }
+    return buffer;
+}
+
+QuadPaint centred(const PixelBuffer& buffer, bool opaque, double width, double height, double degrees,
+                  double lean) {
+    QuadPaint paint;
+    paint.picture = {buffer.data(), buffer.stride(), buffer.width(), buffer.height(), opaque};
+    const double angle = degrees * std::numbers::pi / 180, c = std::cos(angle), s = std::sin(angle);
+    for (size_t i = 0; i < 4; ++i) {
+        const bool right = i == 1 || i == 2, lower = i >= 2;
+        const double x = right ? width / 2 : -width / 2, y = lower ? height / 2 : -height / 2;
+        const double w = 1 + lean * x;
+        paint.corners[i] = {(kWidth / 2.0 + c * x - s * y) * w, (kHeight / 2.0 + s * x + c * y) * w, w,
+                            right ? 1.0 : 0.0, lower ? 1.0 : 0.0};
+    }
+    return paint;
+}
+
+void countPixels(benchmark::State& state) {
+    state.counters["pixels/ns"] =
+        benchmark::Counter(1e-9 * kWidth * kHeight, benchmark::Counter::kIsIterationInvariantRate);
+}
+
+struct View {
+    int width, height;  // of the picture
+    double degrees, lean;
+    double shownWidth, shownHeight;
+};
+
+constexpr View kCopy{kWidth, kHeight, 0, 0, kWidth, kHeight}, kScaled{900, 1600, 0, 0, kWidth, kHeight},
+    kTurned{900, 1600, 30, 0, 1600, 1600}, kDeep{900, 1600, 30, 0.0003, 1600, 1600};
+
+void paintPicture(benchmark::State& state, const View& view, bool opaque) {
+    const PixelBuffer source = picture(view.width, view.height, opaque);
+    PixelBuffer target(kWidth, kHeight);
+    const Canvas canvas{target.data(), target.stride(), kWidth, kHeight};
+    std::vector<PreparedPaint> paints(1);
+    const QuadPaint paint =
+        centred(source, opaque, view.shownWidth, view.shownHeight, view.degrees, view.lean);
+    preparePaint(paint, kWidth, kHeight, paints[0]);
+    TilePainter painter(1);
+    for (auto _ : state) painter.paint(paints, 0xFF000000, canvas);
+    countPixels(state);
+}
+
+void encoderPlanes(benchmark::State& state) {
+    const PixelBuffer source = picture(kWidth, kHeight, true);
+    std::vector<uint8_t> y(kWidth * kHeight), u(y.size() / 4), v(u.size());
+    const I420Planes planes{y.data(), kWidth, u.data(), kWidth / 2, v.data(), kWidth / 2};
+    for (auto _ : state) toI420(source, PixelOrder::BGRA, RowOrder::TopDown, YuvMatrix::BT709, planes);
+    countPixels(state);
+}
+
+void decodedPicture(benchmark::State& state) {
+    const std::vector<uint8_t> y(kWidth * kHeight, 100), colour(y.size() / 4, 90);
+    YuvPicture source;
+    source.planes = {y.data(), colour.data(), colour.data()};
+    source.strides = {kWidth, kWidth / 2, kWidth / 2};
+    source.width = kWidth;
+    source.height = kHeight;
+    PixelBuffer target;
+    YuvConverter converter;
+    for (auto _ : state) converter.convert(source, PixelOrder::BGRA, target);
+    countPixels(state);
+}
+
+BENCHMARK_CAPTURE(paintPicture, copied, kCopy, true);
+BENCHMARK_CAPTURE(paintPicture, copied_blended, kCopy, false);
+BENCHMARK_CAPTURE(paintPicture, scaled, kScaled, true);
+BENCHMARK_CAPTURE(paintPicture, scaled_blended, kScaled, false);
+BENCHMARK_CAPTURE(paintPicture, turned, kTurned, true);
+BENCHMARK_CAPTURE(paintPicture, turned_blended, kTurned, false);
+BENCHMARK_CAPTURE(paintPicture, perspective, kDeep, true);
+BENCHMARK_CAPTURE(paintPicture, perspective_blended, kDeep, false);
+BENCHMARK(encoderPlanes);
+BENCHMARK(decodedPicture);
+
+}  // namespace
+
+BENCHMARK_MAIN();
