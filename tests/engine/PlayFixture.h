@@ -143,9 +143,9 @@ class PlayFixture : public ::testing::Test {
     }
     void start() { player_->loadSceneGroupWithSceneArray(scenes_, Value(), 0); }
 
-    /// Pumps the main queue until `isDone` holds; fails after ten seconds.
+    /// Pumps the main queue until `isDone` holds; fails after a minute.
     static void pumpUntil(const std::function<bool()>& isDone) {
-        const double deadline = platform::monotonicSeconds() + 10;
+        const double deadline = platform::monotonicSeconds() + 60;
         platform::DispatchQueue::main().pumpUntil(
             [&] { return isDone() || platform::monotonicSeconds() > deadline; },
             std::chrono::milliseconds(2));
