@@ -5,10 +5,13 @@
 #include "app/Check/DictionaryWalk.h"
 #include "app/Check/TemplateRules.h"
 #include "core/Material/TextureInfoKeys.h"
+#include "platform/base/Saturating.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {
 
+using platform::saturatingDifference;
+using platform::saturatingSum;
 using platform::Value;
 
 std::span<const GroupRule> groupRules() {
@@ -74,17 +77,18 @@ void judgeTransition(const GroupView& group, size_t index, Findings& findings) {
     const std::string keyPath = entryPath(group, index, "sceneTansitionsInfo.fpsTotal");
     const auto judge = [&](int64_t sceneId, int64_t otherFrames, const char* which) {
         const auto last = lastFrameOf(group, sceneId);
-        if (!last || transition.frames <= *last + 1 - otherFrames) return;
+        const int64_t left = last ? saturatingDifference(framesTo(*last), otherFrames) : 0;
+        if (!last || transition.frames <= left) return;
         findings.push_back({Severity::Error, group.file, keyPath,
                             "the transition of " + std::to_string(transition.frames) +
-                                " frames is longer than the " +
-                                std::to_string(std::max<int64_t>(*last + 1 - otherFrames, 0)) + " that the " +
-                                which + " scene has for it",
+                                " frames is longer than the " + std::to_string(std::max<int64_t>(left, 0)) +
+                                " that the " + which + " scene has for it",
                             "shorten it"});
     };
     const bool isTexture = transition.is(TransitionKind::Texture);
     if (isTexture || transition.is(TransitionKind::Overlay))
-        judge(group.entries[index].integer("mainSceneId"), framesShownBefore(group, index) + 1, "ending");
+        judge(group.entries[index].integer("mainSceneId"), saturatingSum(framesShownBefore(group, index), 1),
+              "ending");
     if (!isTexture) return;
     judge(transition.sceneId, 0, "transition");
     if (index + 1 < group.entries.size())
@@ -159,7 +163,8 @@ void overlaysEndBeforeTheNext(const GroupView& group, Findings& findings) {
         const auto last = lastFrameOf(group, group.entries[index].integer("mainSceneId"));
         if (!last) return;
         const Transition transition = transitionOf(group.entries[index]);
-        const int64_t start = sceneStart + *last - transition.frames + 1;
+        const int64_t start =
+            saturatingDifference(saturatingSum(sceneStart, framesTo(*last)), transition.frames);
         if (transition.sceneId >= 1 && overlayEnd && start <= *overlayEnd)
             findings.push_back({Severity::Error, group.file, entryPath(group, index, "sceneTansitionsInfo"),
                                 "starts at frame " + std::to_string(start) +
@@ -167,8 +172,10 @@ void overlaysEndBeforeTheNext(const GroupView& group, Findings& findings) {
                                     std::to_string(*overlayEnd),
                                 "shorten the overlay's scene or lengthen this one"});
         const auto overlayLast = lastFrameOf(group, transition.sceneId);
-        if (transition.is(TransitionKind::Overlay) && overlayLast) overlayEnd = start + *overlayLast;
-        sceneStart += *last + 1 - (transition.is(TransitionKind::Texture) ? transition.frames : 0);
+        if (transition.is(TransitionKind::Overlay) && overlayLast)
+            overlayEnd = saturatingSum(start, *overlayLast);
+        sceneStart =
+            transition.is(TransitionKind::Texture) ? start : saturatingSum(sceneStart, framesTo(*last));
     }
 }
 

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <cstdio>
 #include <ranges>
+#include <set>
 
 #include "app/Check/Suggestion.h"
 #include "videoRenderCore/SceneFileKeys.h"
@@ -64,6 +65,7 @@ bool fits(const Key& key, const Value& value) {
         case KeyType::Number:
             return isNumber(key, value);
         case KeyType::Text:
+            return value.isString() || (value.isNumber() && key.lookup != KeyLookup::Path);
         case KeyType::Choice:
             return value.isString() || value.isNumber();
         case KeyType::Vector2:
@@ -130,7 +132,8 @@ bool isNumberText(std::string_view text) {
     if (!text.empty() && text.front() == '+') text.remove_prefix(1);
     double number = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
-    return !text.empty() && result.ec == std::errc() && result.ptr == text.data() + text.size();
+    const bool isWhole = !text.empty() && result.ec == std::errc() && result.ptr == text.data() + text.size();
+    return isWhole && std::isfinite(number);  // "nan" and "inf" are words
 }
 
 std::string rangeText(const Key& key) {
@@ -174,14 +177,22 @@ void KeyJudge::add(Severity severity, const std::string& keyPath, std::string me
 }
 
 void KeyJudge::dictionary(const KeySet& keys, const Value& content, const std::string& keyPath) {
+    std::set<std::string_view> missingSwitches;
     for (const KeyTable* part : keys.tables())
         for (const Key& key : part->keys) {
             const std::string name(key.name);
             if (key.required && isMissing(key, content, keys))
                 add(Severity::Error, keyPath, "\"" + name + "\" is missing",
                     "add it: " + std::string(key.meaning));
-            if (!key.standsFor.empty() && content.has(name) && !keys.find(key.standsFor))
+            if (!content.has(name)) continue;
+            if (!key.standsFor.empty() && !keys.find(key.standsFor))
                 add(Severity::Warning, keyPath + "." + name, "has no effect here", "remove it");
+            // One finding for all that a switch keeps off.
+            if (!key.onlyWith.empty() && !content.boolean(key.onlyWith) &&
+                missingSwitches.insert(key.onlyWith).second)
+                add(Severity::Warning, keyPath + "." + name,
+                    "has no effect without \"" + std::string(key.onlyWith) + "\"",
+                    "set that to true, or remove it");
         }
 }
 

@@ -170,7 +170,7 @@ void motionBeginsBeforeItsNodeEnds(const SceneView& scene, Findings& findings) {
         for (const auto& [list, start] : kMotionLists) {
             const Value::Array& items = node.content.array(list);
             for (size_t index = 0; index < items.size(); ++index)
-                if (items[index].integer(start) > last + 1)
+                if (items[index].integer(start) > framesTo(last))
                     findings.push_back(
                         {Severity::Warning, scene.file,
                          node.keyPath + "." + list + "[" + std::to_string(index) + "]." + start,

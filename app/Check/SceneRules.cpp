@@ -27,6 +27,8 @@ std::span<const SceneRule> sceneRules() {
         rules::boxesHaveASize,
         rules::drawingIsSpecifiedWhole,
         rules::renderedTexturesAreThere,
+        rules::keysDoWhatTheySay,
+        rules::depthTestsReachTheirChildren,
         rules::filesAreThere,
         rules::nodesShowSomething,
         rules::sequencesHaveAllPictures,

@@ -46,6 +46,10 @@ void lookedUpNumbersAreInputs(const SceneView&, Findings&);
 void renderedTexturesAreThere(const SceneView&, Findings&);
 void drawingIsSpecifiedWhole(const SceneView&, Findings&);
 
+// EffectRules.cpp
+void keysDoWhatTheySay(const SceneView&, Findings&);
+void depthTestsReachTheirChildren(const SceneView&, Findings&);
+
 // FileRules.cpp
 void filesAreThere(const SceneView&, Findings&);
 

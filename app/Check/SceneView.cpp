@@ -2,6 +2,8 @@
 
 #include <limits>
 
+#include "platform/base/Saturating.h"
+
 namespace multiscene {
 
 using platform::Value;
@@ -45,6 +47,8 @@ SceneView sceneViewOf(const std::string& file, const std::string& folder, Value 
     addNodes(view.content["object3D"], "object3D", -1, view.nodes);
     return view;
 }
+
+int64_t framesTo(int64_t lastFrame) { return platform::saturatingSum(lastFrame, 1); }
 
 std::optional<int64_t> frameNumberOf(const Value& value) {
     if (value.isNumber()) return value.integerValue();

@@ -42,6 +42,9 @@ struct SceneView {
 
 SceneView sceneViewOf(const std::string& file, const std::string& folder, platform::Value content);
 
+/// How many frames a scene with this last one has.
+int64_t framesTo(int64_t lastFrame);
+
 /// A frame number as a scene file writes it; nothing when it is missing or names a value of the user.
 std::optional<int64_t> frameNumberOf(const platform::Value& value);
 

@@ -17,10 +17,19 @@ using platform::Value;
 
 std::span<const TemplateRule> templateRules() {
     static constexpr std::array table{
-        rules::lengthsAreTheClocks,        rules::numbersAreUnique,    rules::resourceFoldersAreFolders,
-        rules::thumbnailsAreThere,         rules::pictureSizeIsEven,   rules::camerasHaveThePicturesShape,
-        rules::videosHaveTheTemplatesRate, rules::musicCanBePlayed,    rules::inputKeysAreUnique,
-        rules::inputKeysAreFree,           rules::photoShapesAreWhole, rules::inputsAreUsed,
+        rules::lengthsAreTheClocks,
+        rules::numbersAreUnique,
+        rules::resourceFoldersAreFolders,
+        rules::thumbnailsAreThere,
+        rules::pictureSizeIsEven,
+        rules::camerasHaveThePicturesShape,
+        rules::videosHaveTheTemplatesRate,
+        rules::musicCanBePlayed,
+        rules::inputKeysAreUnique,
+        rules::inputKeysAreFree,
+        rules::sceneGroupIsNotEmpty,
+        rules::photoShapesAreWhole,
+        rules::inputsAreUsed,
     };
     return table;
 }
@@ -43,13 +52,20 @@ void lengthsAreTheClocks(const TemplateView& view, Findings& findings) {
         const SceneView* scene = view.group.scene(record.integer("sId"));
         const auto last = scene ? scene->lastFrame() : std::nullopt;
         const int64_t length = record.integer("fpsLength");
-        if (!last || *last < 0 || length == *last + 1) continue;
+        if (!last || *last < 0 || length == framesTo(*last)) continue;
         if (length < 1 && record.integer("sourceType") == kLengthFromUserVideo) continue;
         findings.push_back(
             {Severity::Error, view.file, recordPath(index, "fpsLength"),
              "is " + std::to_string(length) + ", but the clock's last frame is " + std::to_string(*last),
-             "set it to " + std::to_string(*last + 1)});
+             "set it to " + std::to_string(framesTo(*last))});
     }
+}
+
+void sceneGroupIsNotEmpty(const TemplateView& view, Findings& findings) {
+    if (view.inputs().has("sceneGroup") && view.inputs().array("sceneGroup").empty())
+        findings.push_back({Severity::Warning, view.file, recordPath(0, "wechartTempletInfo.sceneGroup"),
+                            "is empty: the first record's scene is played alone",
+                            "list the scenes, or remove it"});
 }
 
 void numbersAreUnique(const TemplateView& view, Findings& findings) {

@@ -18,6 +18,7 @@ namespace rules {
 
 // TemplateRules.cpp
 void lengthsAreTheClocks(const TemplateView&, Findings&);
+void sceneGroupIsNotEmpty(const TemplateView&, Findings&);
 void numbersAreUnique(const TemplateView&, Findings&);
 void resourceFoldersAreFolders(const TemplateView&, Findings&);
 void thumbnailsAreThere(const TemplateView&, Findings&);

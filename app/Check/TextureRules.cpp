@@ -28,7 +28,8 @@ class Sequences : public DictionaryVisitor {
         const MediaKind kind = isPvr ? MediaKind::PvrPicture : MediaKind::Picture;
         // One frame a picture, so that the first pass meets each of them.
         const PictureSequence sequence(content.with("animationFps", 1));
-        const int64_t last = std::abs(content.integer("animationEnd") - content.integer("animationStart"));
+        const int64_t last =
+            std::abs(int64_t{content.int32("animationEnd")} - int64_t{content.int32("animationStart")});
         for (int64_t frame = 0; frame <= std::min(last, kMostPictures); ++frame)
             if (!judge(*sequence.animationWithCurrentFps(frame, 0, last), kind, keyPath + ".animationName"))
                 return;

@@ -1,6 +1,7 @@
 #include "platform/base/PropertyList.h"
 
 #include <plist/plist.h>
+#include <cmath>
 
 #include <algorithm>
 #include <cstring>
@@ -98,7 +99,7 @@ Value fromScalar(plist_t node, plist_type type) {
         case PLIST_REAL: {
             double value = 0;
             plist_get_real_val(node, &value);
-            return Value(value);
+            return Value(std::isfinite(value) ? value : 0.0);
         }
         case PLIST_STRING: {
             char* text = nullptr;

@@ -36,7 +36,9 @@ bool isWholeNumber(std::string_view text) {
     return isReadWhole(text, [](const char* number, char** end) { std::strtoll(number, end, 0); });
 }
 bool isNumber(std::string_view text) {
-    return isReadWhole(text, [](const char* number, char** end) { std::strtod(number, end); });
+    // The words that strtod takes, "nan" and "inf", are no numbers.
+    const bool isWord = text.find_first_of("nN") != std::string_view::npos;
+    return !isWord && isReadWhole(text, [](const char* number, char** end) { std::strtod(number, end); });
 }
 bool isAnything(std::string_view) { return true; }
 

@@ -1,5 +1,6 @@
 #include "platform/base/Value.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -17,20 +18,13 @@ std::string_view trimmedNumber(std::string_view text) {
     return text;
 }
 
-double textToDouble(std::string_view text) {
+/// "nan" and "inf" are words, not numbers.
+template <typename Number>
+Number textToReal(std::string_view text) {
     text = trimmedNumber(text);
-    double value = 0;
+    Number value = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (result.ec == std::errc::invalid_argument) return 0;
-    return value;
-}
-
-float textToFloat(std::string_view text) {
-    text = trimmedNumber(text);
-    float value = 0;
-    const auto result = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (result.ec == std::errc::invalid_argument) return 0;
-    return value;
+    return result.ec == std::errc::invalid_argument || !std::isfinite(value) ? 0 : value;
 }
 
 int64_t textToInteger(std::string_view text) {
@@ -98,7 +92,7 @@ double Value::doubleValue() const {
         case Type::Real:
             return std::get<double>(storage_);
         case Type::String:
-            return textToDouble(std::get<std::string>(storage_));
+            return textToReal<double>(std::get<std::string>(storage_));
         default:
             return static_cast<double>(integerValue());
     }
@@ -106,8 +100,9 @@ double Value::doubleValue() const {
 
 float Value::floatValue() const {
     // Text goes straight to single precision: rounding twice could move the last bit.
-    if (type() == Type::String) return textToFloat(std::get<std::string>(storage_));
-    return static_cast<float>(doubleValue());
+    if (type() == Type::String) return textToReal<float>(std::get<std::string>(storage_));
+    constexpr double largest = std::numeric_limits<float>::max();
+    return static_cast<float>(std::clamp(doubleValue(), -largest, largest));
 }
 
 bool Value::boolValue() const {

@@ -145,6 +145,10 @@ TEST_F(MotionTest, MutableRotationUsesTheShortConstant) {
         dictionary({{"transformType", 0}, {"fpsStart", 3}, {"fpsEnd", 3}, {"endTranslate", "1,1,1"}});
     EXPECT_TRUE(
         std::isnan(QVObject3DTransformBase::computeTranslate(oneFrame, glm::mat4(1), 3, nullptr)[3].x));
+    const platform::Value endless =
+        dictionary({{"fpsStart", INT64_MIN}, {"fpsEnd", INT64_MAX}, {"endTranslate", "8,0,0"}});
+    const float x = QVObject3DTransformBase::computeTranslate(endless, glm::mat4(1), 3, nullptr)[3].x;
+    EXPECT_TRUE(x >= 0 && x <= 8) << x;
 }
 
 TEST_F(MotionTest, PathsDriveAxesAndEases) {

@@ -29,14 +29,17 @@ TEST_F(Validation, NamesTheKeyOfEveryUnknownType) {
         return Value(std::move(more));
     };
     const Value component(Dictionary{{"type", "QVBell"}});
-    const Value nodes(
-        Value::Array{node("TestPatch"), Value(Dictionary{}),
-                     node("QVObject3DTransformBase", {{"childNode", Value(Value::Array{node("QVGhost")})},
-                                                      {"ComponentsInfo", Value(Value::Array{component})}})});
+    const Value nodes(Value::Array{
+        node("TestPatch"), Value(Dictionary{}),
+        node("QVObject3DTransformBase",
+             {{"childNode", Value(Value::Array{node("QVGhost"), Value(Dictionary{}), "QVQuad"})},
+              {"ComponentsInfo", Value(Value::Array{component})},
+              {"CameraInfo", Value(Dictionary{{"childNode", Value::Array{node("QVGhost")}}})}})});
     const auto keys = keysOf(SceneValidation::sceneProblems(
         Value(Dictionary{{"TimeSource", node("QVSundial")}, {"object3D", nodes}}), "scene.plist"));
     EXPECT_EQ(keys, (Keys{"TimeSource.type", "object3D[2].ComponentsInfo[0].type",
-                          "object3D[2].childNode[0].type"}));
+                          "object3D[2].childNode[0].type", "object3D[2].childNode[1]",
+                          "object3D[2].childNode[2]", "object3D[2].CameraInfo.childNode[0].type"}));
     EXPECT_EQ(keysOf(SceneValidation::sceneProblems(Value(Dictionary{}), "scene.plist")), Keys{"TimeSource"});
 }
 

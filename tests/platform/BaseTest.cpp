@@ -59,6 +59,11 @@ TEST(Value, ReadingsAreLenient) {
     EXPECT_EQ(info.integer("e"), 0);
     EXPECT_TRUE(info.boolean("e"));
     EXPECT_EQ(info.integer("missing"), 0);
+    for (const char* word : {"nan", "-nan", "inf", "-infinity"}) {
+        EXPECT_EQ(Value(word).doubleValue(), 0) << word;
+        EXPECT_EQ(Value(word).floatValue(), 0) << word;
+    }
+    EXPECT_EQ(Value(1e300).floatValue(), std::numeric_limits<float>::max());
     EXPECT_TRUE(Value(5)["key"].isNone());
     EXPECT_EQ(Value("0.1").floatValue(), 0.1f);
 }

@@ -84,6 +84,11 @@ Value childStartingAt(int start) {
     return child;
 }
 
+std::function<void(SmallTemplate&)> cameraMove(Value::Dictionary move) {
+    move.insert({{"sartFps", 0}, {"endFps", 3}});
+    return [move](SmallTemplate& small) { small.camera["LookAtAnimation"] = Value::Array{move}; };
+}
+
 std::function<void(SmallTemplate&)> shader(const std::string& source) {
     return [source](SmallTemplate& small) {
         nodeWith("FpsInfo",
@@ -271,6 +276,69 @@ std::vector<Fault> faults() {
              small.description["userInputArray"] = inputs;
              group({entry(7, "a"), entry(8, "b")})(small);
          }},
+        // Keys that change nothing, or something else
+        {"TextureMotionWithoutSizes", "object3D[1].TransformArray[0].endTextureOrigin",
+         "without \"startTextureSize\" a single point",
+         nodeWith("TransformArray", Value::Array{frames(0, 3).with("endTextureOrigin", "0.5,0")})},
+        {"TextureSizeThatDoesNotMove", "object3D[1].TransformArray[0].endTextureSize",
+         "no effect without \"endTextureOrigin\"",
+         nodeWith("TransformArray", Value::Array{frames(0, 3).with("endTextureSize", "1,1")})},
+        {"ScaleFromNothing", "object3D[1].MutableTransformArray[0]", "grows from nothing",
+         nodeWith("MutableTransformArray",
+                  Value::Array{Value::Dictionary{
+                      {"transformType", 1}, {"fpsStart", 0}, {"fpsEnd", 3}, {"endScale", "2,2,2"}}})},
+        {"CameraMoveWithoutASwitch", "Camera.LookAtAnimation[0].endMoveCameraPosition",
+         "no effect without \"isMoveCameraPosition\"", cameraMove({{"endMoveCameraPosition", "0,9,0"}})},
+        {"CameraMoveOfNothing", "Camera.LookAtAnimation[0]", "moves nothing", cameraMove({})},
+        {"CameraThatIsMovedAsANode", "Camera.TransformArray", "a camera does not play it",
+         [](SmallTemplate& small) { small.camera["TransformArray"] = Value::Array{frames(0, 3)}; }},
+        {"FactorsWithoutBlending", "object3D[1].FpsInfo.srcBlend", "no effect without \"isChangeBlend\"",
+         nodeWith("FpsInfo", Value::Dictionary{{"srcBlend", "ONE"}})},
+        {"ShadowThatIsNotShown", "object3D[2].TextureInfo.shadowColor",
+         "no effect without \"isShowTextShadow\"",
+         [](SmallTemplate& small) {
+             Value::Dictionary text = small.nodes[2].dictionary();
+             text["TextureInfo"] = text["TextureInfo"].with("shadowColor", "0,0,0,1");
+             small.nodes[2] = text;
+         }},
+        {"ShaderThatIsANumber", "object3D[1].FpsInfo.customShaderPath", "\"5\", not text",
+         nodeWith("FpsInfo", Value::Dictionary{{"customShaderPath", 5}})},
+        {"EmptyGroup", "installScenes[0].wechartTempletInfo.sceneGroup", "is empty",
+         [](SmallTemplate& small) { small.description["sceneGroup"] = Value::Array{}; }},
+        {"EmptyChild", "object3D[1].childNode[1]", "\"type\" is missing",
+         nodeWith("childNode", Value::Array{childStartingAt(0), Value::Dictionary{}})},
+        {"ChildThatIsText", "object3D[1].childNode[1]", "not a dictionary",
+         nodeWith("childNode", Value::Array{childStartingAt(0), "star"})},
+        {"DepthTestOfManyChildren", "object3D[1].FpsInfo.isEnableDephTest", "give every child",
+         node([](Value::Dictionary& dictionary) {
+             dictionary["FpsInfo"] = range(0, 5).with("isEnableDephTest", true);
+             dictionary["childNode"] = Value::Array{childStartingAt(0), childStartingAt(0)};
+         })},
+        {"SpotLightWithoutDirection", "object3D[1].LightSourceArray[0]", "straight ahead",
+         nodeWith("LightSourceArray",
+                  Value::Array{Value::Dictionary{{"lightSourceType", 3}, {"spotLightCutOffAngle", 30}}})},
+        {"TooManyLights", "object3D[1].LightSourceArray", "only the first 8",
+         nodeWith("LightSourceArray", Value::Array(9, Value::Dictionary{{"lightSourceType", 1}}))},
+        // Numbers at their ends
+        {"VectorThatIsNoNumber", "object3D[1].FpsInfo.textureSize", "text of 2 numbers",
+         nodeWith("FpsInfo",
+                  Value::Dictionary{
+                      {"isRenderToTexture", true}, {"textureMapKey", "card"}, {"textureSize", "nan,nan"}})},
+        {"EndlessLength", "object3D[1].QuadInfo.modelWidth", "\"inf\", not a number",
+         nodeWith("QuadInfo", Value::Dictionary{{"modelWidth", "inf"}, {"modelHeight", 3}})},
+        {"ClockThatEndsAtTheLastNumber", "installScenes[0].fpsLength", "set it to 9223372036854775807",
+         clockWith("FpsInfo", Value::Dictionary{{"startFps", 0}, {"endFps", INT64_MAX}})},
+        {"GroupOfEndlessScenes", "installScenes[0].fpsLength", "set it to 9223372036854775807",
+         [](SmallTemplate& small) {
+             clockWith("FpsInfo", Value::Dictionary{{"startFps", 0}, {"endFps", INT64_MAX}})(small);
+             group({entry(7, "a", 3, 1), entry(8, "b", 3, 0), entry(7, "c", 3, 1), entry(8, "d")})(small);
+         }},
+        {"SequenceWithoutAnEnd", "object3D[1].TextureInfo.animationName", "does not exist",
+         texture({{"textureType", "textureSerial"},
+                  {"animationStart", INT64_MIN},
+                  {"animationEnd", INT64_MAX},
+                  {"animationName", "$(currentScenePlistROOT)/pic"},
+                  {"animationExtension", "png"}})},
         // Keys that count under another type only
         {"CornersOfAPlainPicture", "object3D[1].TextureInfo.circularR", "belongs to \"filterImage\"",
          texture({{"textureType", "image"}, {"texture", "photo"}, {"circularR", 8}})},

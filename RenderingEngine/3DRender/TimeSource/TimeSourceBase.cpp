@@ -7,6 +7,7 @@
 #include "core/QVScene3D.h"
 #include "core/SkippedMedia.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
+#include "platform/base/Saturating.h"
 #include "videoDecode/QVVideoReader.h"
 
 namespace multiscene {
@@ -85,7 +86,8 @@ void TimeSourceBase::frameCompleted(const platform::CMTime& time) {
         isLoadNextSceneOnce_ = true;
         delegate->didLoadNextScene(*this, rootScene());
     }
-    if (isNewFrame && context_.sceneTansitionsInfo && self().endFps() - time.value == tansitionsFpsTotal_)
+    if (isNewFrame && context_.sceneTansitionsInfo &&
+        platform::saturatingDifference(self().endFps(), time.value) == tansitionsFpsTotal_)
         delegate->didSceneTransitions(*this, tansitionsType_, tansitionsSceneId_);
 }
 

@@ -7,6 +7,7 @@
 #include "core/Angles.h"
 #include "core/QVObject3DTransformBase.h"
 #include "core/TransformItemKeys.h"
+#include "platform/base/Saturating.h"
 #include "tween/MotionPath.h"
 #include "tween/QVTweenItem.h"
 
@@ -21,7 +22,8 @@ std::optional<float> easedProgress(const platform::Value& item, int32_t frame, i
     const KeyReader reader(mutableItemKeys, item);
     const int64_t start = reader.integer("fpsStart"), end = reader.integer("fpsEnd");
     if (frame < start || frame > end) return std::nullopt;
-    const float progress = static_cast<float>(frame - start) / static_cast<float>(end - start);
+    const auto progress = static_cast<float>(platform::saturatingDifference(frame, start)) /
+                          static_cast<float>(platform::saturatingDifference(end, start));
     return QVTweenItem::easeValueWithEase(ease, progress, target);
 }
 

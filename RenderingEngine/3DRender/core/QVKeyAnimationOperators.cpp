@@ -1,8 +1,11 @@
 #include "core/QVKeyAnimationOperators.h"
 
+#include "platform/base/Saturating.h"
 #include "tween/QVTweenItem.h"
 
 namespace multiscene {
+
+using platform::saturatingDifference;
 
 static constexpr Key animationKeyList[] = {
     {.name = "sartFps",
@@ -39,9 +42,9 @@ void QVKeyAnimationOperators::loadAnimatWithIndex(size_t index) {
 
 void QVKeyAnimationOperators::updateData(int64_t frame) {
     if (frame < currentTransformSartFps_ || frame > currentTransformEndFps_) return;
-    const auto progress =
-        static_cast<float>(static_cast<double>(frame - currentTransformSartFps_) /
-                           static_cast<double>(currentTransformEndFps_ - currentTransformSartFps_));
+    const auto progress = static_cast<float>(
+        static_cast<double>(saturatingDifference(frame, currentTransformSartFps_)) /
+        static_cast<double>(saturatingDifference(currentTransformEndFps_, currentTransformSartFps_)));
     const float eased = QVTweenItem::easeValueWithEase(currentTransformEase_, progress, target_.easeTarget());
     target_.didNewKeyFrameWithEaseValue(eased, progress, currentTransformInfo_);
     if (frame == currentTransformEndFps_) loadAnimatWithIndex(currentTransformIndex_ + 1);

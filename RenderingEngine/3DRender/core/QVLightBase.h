@@ -23,6 +23,9 @@ class QVLightBase : public KeyAnimationTarget {
   public:
     using Lights = std::vector<std::shared_ptr<QVLightBase>>;
 
+    /// As many the shader of lit surfaces adds up; further ones are left out.
+    static constexpr size_t maxLights = 8;
+
     /// One light for each dictionary whose "lightSourceType" is 1 to 3; others are left out.
     static Lights lightSourceArrayWithInfo(const platform::Value& info);
     static std::shared_ptr<QVLightBase> lightSourceWithDic(const platform::Value& info);

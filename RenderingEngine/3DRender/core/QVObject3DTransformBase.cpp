@@ -6,6 +6,7 @@
 #include "core/NodeTypes.h"
 #include "core/SceneNodes.h"
 #include "core/TransformItemKeys.h"
+#include "platform/base/Saturating.h"
 #include "tween/QVTween.h"
 
 namespace multiscene {
@@ -134,7 +135,8 @@ void QVObject3DTransformBase::stepTransformArray(int64_t frame) {
 void QVObject3DTransformBase::addTweenOrRefushTransform() {
     const auto self = std::static_pointer_cast<QVObject3DTransformBase>(shared_from_this());
     const auto timing = [&](int32_t ease) {
-        return TweenTiming{.duration = static_cast<float>(currentTransformEndFps_ - currentTransformSartFps_),
+        return TweenTiming{.duration = static_cast<float>(platform::saturatingDifference(
+                               currentTransformEndFps_, currentTransformSartFps_)),
                            .ease = ease};
     };
     if (translate_.isAnimation)

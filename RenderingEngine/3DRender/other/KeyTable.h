@@ -64,6 +64,7 @@ struct Key {
     std::span<const std::string_view> choices = {};
     const KeyTable* children = nullptr;
     KeyFile file = KeyFile::Any;
+    std::string_view onlyWith = {};   ///< a key that must be true for this one to count
     std::string_view standsFor = {};  ///< a key whose place this one takes where that is not given
 };
 

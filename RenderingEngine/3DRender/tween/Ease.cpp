@@ -96,7 +96,7 @@ float bounceEaseInOut(float p) {
     return 0.5f * bounceEaseOut(p * 2 - 1) + 0.5f;
 }
 
-constexpr std::array<Ease, 31> eases{{
+constexpr auto eases = std::to_array<Ease>({
     {"LinearInterpolation", linearInterpolation},
     {"QuadraticEaseIn", quadraticEaseIn},
     {"QuadraticEaseOut", quadraticEaseOut},
@@ -128,7 +128,7 @@ constexpr std::array<Ease, 31> eases{{
     {"BounceEaseIn", bounceEaseIn},
     {"BounceEaseOut", bounceEaseOut},
     {"BounceEaseInOut", bounceEaseInOut},
-}};
+});
 
 }  // namespace
 

@@ -14,7 +14,7 @@ struct Ease {
     EaseFunction function;
 };
 
-/// The eases by id, 0 to 30. Adding one is a function and a line in Ease.cpp.
+/// The eases by id, from 0 on. Adding one is a function and a line in Ease.cpp.
 std::span<const Ease> easeTable();
 
 /// Ids from here on, and negative ones, name a Bézier curve of the object.

@@ -30,7 +30,12 @@ class FileProblems {
     template <class Types>
     void requireKnownType(const Value& info, const char* what, const std::string& key) {
         const std::string type = info.string("type");
-        if (!Types::find(type)) add(key + ".type", std::string("unknown ") + what + " type \"" + type + "\"");
+        if (!info.isDictionary())
+            add(key, std::string("is no dictionary of a ") + what);
+        else if (type.empty())
+            add(key, std::string("the ") + what + " has no \"type\"");
+        else if (!Types::find(type))
+            add(key + ".type", std::string("unknown ") + what + " type \"" + type + "\"");
     }
 
     /// What every node may hold, whatever made it.
@@ -39,14 +44,18 @@ class FileProblems {
         for (size_t i = 0; i < components.size(); ++i)
             requireKnownType<ComponentTypes>(components[i], "component", element(key + ".ComponentsInfo", i));
         checkNodes(info.array("childNode"), key + ".childNode");
+        // A camera is built as a node is, with the components and nodes that its dictionary lists.
+        if (info.has("CameraInfo")) checkNodeContent(info["CameraInfo"], key + ".CameraInfo");
     }
 
     void checkNodes(const Value::Array& nodes, const std::string& key) {
-        for (size_t i = 0; i < nodes.size(); ++i) {
-            if (nodes[i].dictionary().empty()) continue;
-            requireKnownType<NodeTypes>(nodes[i], "node", element(key, i));
-            checkNodeContent(nodes[i], element(key, i));
-        }
+        for (size_t i = 0; i < nodes.size(); ++i) checkNode(nodes[i], element(key, i));
+    }
+
+    /// Empty entries of the scene's own list are passed over when it is built.
+    void checkTopNodes(const Value::Array& nodes, const std::string& key) {
+        for (size_t i = 0; i < nodes.size(); ++i)
+            if (!nodes[i].dictionary().empty()) checkNode(nodes[i], element(key, i));
     }
 
     void checkClock(const Value& timeSource) {
@@ -57,6 +66,11 @@ class FileProblems {
     }
 
   private:
+    void checkNode(const Value& node, const std::string& key) {
+        requireKnownType<NodeTypes>(node, "node", key);
+        checkNodeContent(node, key);
+    }
+
     Problems& problems_;
     const std::string& file_;
 };
@@ -109,7 +123,7 @@ Problems SceneValidation::sceneProblems(const Value& scene, const std::string& f
     FileProblems checked(problems, file);
     checked.checkNodeContent(scene["Camera"], "Camera");
     checked.checkClock(scene["TimeSource"]);
-    checked.checkNodes(scene.array("object3D"), "object3D");
+    checked.checkTopNodes(scene.array("object3D"), "object3D");
     return problems;
 }
 

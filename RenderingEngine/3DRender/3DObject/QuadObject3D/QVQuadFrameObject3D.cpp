@@ -6,6 +6,7 @@
 #include "core/Material/QVTextureMaterial.h"
 #include "core/NodeTypes.h"
 #include "opengl2.0/ShaderManager/ShaderManager.h"
+#include "platform/base/Saturating.h"
 
 namespace multiscene {
 
@@ -102,9 +103,11 @@ void QVQuadFrameObject3D::updateData(const platform::CMTime& time) {
 }
 
 float QVQuadFrameObject3D::normalTime(int64_t frame) const {
-    const auto shown = static_cast<float>(frame - sartFps());
+    const auto shown = static_cast<float>(platform::saturatingDifference(frame, sartFps()));
     if (endFps() == INT64_MAX) return std::fmod(shown / endlessFrames, 1.0f);
-    return endFps() > sartFps() ? shown / static_cast<float>(endFps() - sartFps()) : 0;
+    return endFps() > sartFps()
+               ? shown / static_cast<float>(platform::saturatingDifference(endFps(), sartFps()))
+               : 0;
 }
 
 void QVQuadFrameObject3D::render(const platform::CMTime& time) {

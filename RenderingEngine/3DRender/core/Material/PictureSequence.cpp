@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <limits>
 
+#include "platform/base/Saturating.h"
+
 namespace multiscene {
 
 static constexpr Key pictureSequenceKeyList[] = {
@@ -62,7 +64,7 @@ std::optional<int64_t> PictureSequence::numberAt(int64_t frame, int64_t objectSa
     if (frame < objectSartFps || frame > objectEndFps) return std::nullopt;
     const int64_t direction = animationEnd_ >= animationStart_ ? 1 : -1;
     const int64_t length = direction * (animationEnd_ - animationStart_);
-    int64_t step = stepAt(frame - objectSartFps);
+    int64_t step = stepAt(platform::saturatingDifference(frame, objectSartFps));
     bool isOddPass = false;
     if (step > length) {
         const int64_t passes = length == 0 ? 0 : step / length;

@@ -8,6 +8,8 @@
 namespace multiscene {
 
 extern const KeyTable cameraKeys;
+/// A key of "LookAtAnimation".
+extern const KeyTable lookAtKeys;
 
 /// Projection and view of a scene or a subtree: perspective with a horizontal field of view, or orthographic.
 /// Its own placement (transform) plays no part; it moves by its "LookAtAnimation".
