@@ -13,9 +13,9 @@ constexpr size_t lookBack = 4;
 /// Pixels an em, enough to see whether letters overlap.
 constexpr double resolution = 96;
 
-bool isAt(const Bitmap& bitmap, int x, int y) {
-    constexpr uint8_t covered = 64;
-    return x >= 0 && y >= 0 && x < bitmap.width && y < bitmap.height && bitmap.pixel(x, y)[3] >= covered;
+bool isCovered(const Bitmap& bitmap, int x, int y) {
+    constexpr uint8_t least = 64;  // of 255: edges that only touch count too
+    return bitmap.pixel(x, y)[3] >= least;
 }
 
 class OverlapTest {
@@ -23,7 +23,7 @@ class OverlapTest {
     explicit OverlapTest(const ShapedText& text) : text_(text) {}
 
     bool operator()(const GlyphPlacement& a, const GlyphPlacement& b) {
-        if (text_.isColored(a.glyph) || text_.isColored(b.glyph)) return false;
+        if (!canOverlap(a.glyph) || !canOverlap(b.glyph)) return false;
         const TextRect first = text_.ink(a.glyph), second = text_.ink(b.glyph);
         const double x = b.x - a.x, y = b.y - a.y;
         const bool boxesMeet =
@@ -33,6 +33,13 @@ class OverlapTest {
     }
 
   private:
+    /// Letters of a height that nobody writes with are not worth a look.
+    bool canOverlap(size_t glyph) const {
+        constexpr double largest = 4 * ShapedText::em;
+        const TextRect ink = text_.ink(glyph);
+        return !text_.isColored(glyph) && ink.width <= largest && ink.height <= largest;
+    }
+
     const GlyphPicture& pictureOf(size_t glyph) {
         auto [found, isNew] = pictures_.try_emplace(glyph);
         if (isNew) found->second = text_.picture({{GlyphPlacement{.glyph = glyph}}}, resolution);
@@ -43,9 +50,12 @@ class OverlapTest {
         constexpr double pixels = resolution / ShapedText::em;
         const int right = int(std::lround(x * pixels + b.left - a.left));
         const int down = int(std::lround(a.top - b.top - y * pixels));
-        for (int row = 0; row < b.bitmap.height; ++row)
-            for (int column = 0; column < b.bitmap.width; ++column)
-                if (isAt(b.bitmap, column, row) && isAt(a.bitmap, column + right, row + down)) return true;
+        const int lastRow = std::min(b.bitmap.height, a.bitmap.height - down);
+        const int lastColumn = std::min(b.bitmap.width, a.bitmap.width - right);
+        for (int row = std::max(0, -down); row < lastRow; ++row)
+            for (int column = std::max(0, -right); column < lastColumn; ++column)
+                if (isCovered(b.bitmap, column, row) && isCovered(a.bitmap, column + right, row + down))
+                    return true;
         return false;
     }
 

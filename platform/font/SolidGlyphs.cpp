@@ -21,6 +21,7 @@ struct Shape {
     std::vector<OutlinePoint> face;  ///< triangles, counter-clockwise
     /// The atlas's pixel at the shape's origin, of one with colours of its own.
     std::optional<OutlinePoint> picture;
+    bool isLeftOut = false;
 };
 
 class SolidGlyphMaker {
@@ -39,11 +40,13 @@ class SolidGlyphMaker {
     SolidLetters letters() {
         SolidLetters letters;
         for (const GlyphPlacement& placement : text_.placements()) {
-            if (letters.triangles.size() + faces_.size() + letters.coloredTriangles.size() > maxVertices) {
+            const Shape& shape = shapes_[placement.glyph];
+            const size_t vertices =
+                letters.triangles.size() + faces_.size() + letters.coloredTriangles.size();
+            if (shape.isLeftOut || vertices > maxVertices) {
                 letters.leftOut.push_back(text_.letterAt(placement));
                 continue;
             }
-            const Shape& shape = shapes_[placement.glyph];
             for (const OutlineContour& contour : shape.contours)
                 addSides(contour, placement, letters.triangles);
             addFaces(shape, placement, shape.picture ? letters.coloredTriangles : faces_);
@@ -54,10 +57,12 @@ class SolidGlyphMaker {
     }
 
   private:
-    /// A picture is cut out along its silhouette. One for which the atlas has no room has no shape.
+    /// A picture is cut out along its silhouette. One for which the atlas has no room is left out.
     void loadPicture(const GlyphPicture& picture, Shape& shape) {
+        if (picture.bitmap.isEmpty()) return;
         const auto place = atlas_.add(opaquePicture(picture.bitmap));
-        if (!place || picture.bitmap.isEmpty()) return;
+        shape.isLeftOut = !place;
+        if (!place) return;
         shape.contours = traceSilhouette(picture.bitmap);
         for (OutlineContour& contour : shape.contours)
             for (OutlinePoint& point : contour) point = {point[0] + picture.left, point[1] + picture.top};

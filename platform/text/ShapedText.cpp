@@ -150,7 +150,9 @@ std::vector<OutlineContour> ShapedText::outline(size_t glyph) const {
     const Surface surface(cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr),
                           cairo_surface_destroy);
     const Pen pen(cairo_create(surface.get()), cairo_destroy);
-    cairo_set_tolerance(pen.get(), curveTolerance);
+    const TextRect rect = ink(glyph);
+    const double size = std::max({1.0, rect.width / em, rect.height / em});
+    cairo_set_tolerance(pen.get(), curveTolerance * size);
     glyphs_[glyph].addOutline(pen.get(), 0, 0);
     const Path path(cairo_copy_path_flat(pen.get()), cairo_path_destroy);
     std::vector<OutlineContour> contours = readContours(*path);
@@ -183,8 +185,10 @@ GlyphPicture ShapedText::picture(std::span<const GlyphPlacement> letters, double
     if (rect.width <= 0) return {};
     const double left = std::floor(rect.x * scale) - border;
     const double top = std::ceil((rect.y + rect.height) * scale) + border;
-    GlyphPicture picture{Bitmap(int(std::ceil((rect.x + rect.width) * scale) + border - left),
-                                int(top - std::floor(rect.y * scale) + border)),
+    const double right = std::ceil((rect.x + rect.width) * scale) + border;
+    const double bottom = std::floor(rect.y * scale) - border;
+    GlyphPicture picture{Bitmap(int(std::min<double>(right - left, GlyphPicture::largestSide)),
+                                int(std::min<double>(top - bottom, GlyphPicture::largestSide))),
                          left, top};
     Bitmap& bitmap = picture.bitmap;
     const Surface surface(cairo_image_surface_create_for_data(bitmap.rgba.data(), CAIRO_FORMAT_ARGB32,

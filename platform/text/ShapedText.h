@@ -25,6 +25,8 @@ using OutlineContour = std::vector<OutlinePoint>;
 /// A shape as pixels, with a clear border around it. `left` and `top` say, in these pixels and upwards, where
 /// the bitmap's upper left corner lies from the shape's origin.
 struct GlyphPicture {
+    static constexpr int largestSide = 2048;  ///< pixels; what is longer is cut
+
     Bitmap bitmap;
     double left = 0, top = 0;
 };

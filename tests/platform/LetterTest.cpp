@@ -283,15 +283,17 @@ std::string pathOfFont(const char* family) {
     return path;
 }
 
+std::string contentOf(const std::string& file) {
+    std::ifstream stream(file, std::ios::binary);
+    return {std::istreambuf_iterator<char>(stream), {}};
+}
+
 TEST(SolidLetters, TakeFontFilesOfAnyKind) {
     const std::filesystem::path file = std::filesystem::temp_directory_path() / uniqueIdentifier();
     std::ofstream(file) << "soon a font";
     FileGate::shared().reset();
     FileGate::shared().allowFile(file);
-    const std::string good = [] {
-        std::ifstream stream(pathOfFont("DejaVu Sans Mono"), std::ios::binary);
-        return std::string(std::istreambuf_iterator<char>(stream), {});
-    }();
+    const std::string good = contentOf(pathOfFont("DejaVu Sans Mono"));
     const auto widthWith = [&](const std::string& bytes) {
         std::ofstream(file, std::ios::binary) << bytes;
         LetterText written = text("WWWW");
@@ -307,6 +309,41 @@ TEST(SolidLetters, TakeFontFilesOfAnyKind) {
         for (int i = 0; i < 200; ++i) damaged[random() % damaged.size()] = char(random());
         EXPECT_GE(widthWith(damaged), 0) << round;
     }
+    std::filesystem::remove(file);
+    FileGate::shared().reset();
+}
+
+/// The number of units an em of a TrueType font, in its table "head".
+void setUnitsPerEm(std::string& font, int units) {
+    const auto byte = [&](size_t at) { return size_t(uint8_t(font[at])); };
+    const size_t entry = font.find("head");
+    const size_t table =
+        byte(entry + 8) << 24 | byte(entry + 9) << 16 | byte(entry + 10) << 8 | byte(entry + 11);
+    font[table + 18] = char(units >> 8);
+    font[table + 19] = char(units);
+}
+
+/// So that the installed font of the same name is not taken instead.
+void rename(std::string& font) {
+    using namespace std::string_literals;
+    for (const std::string& name : {"DejaVu"s, "D\0e\0j\0a\0V\0u"s})
+        for (size_t at; (at = font.find(name)) != std::string::npos;) font[at] = 'X';
+}
+
+TEST(Letters, OfAFontWithGiantLettersAreNamedAndCostLittle) {
+    const std::filesystem::path file = std::filesystem::temp_directory_path() / uniqueIdentifier();
+    std::string font = contentOf(pathOfFont("DejaVu Sans Mono"));
+    setUnitsPerEm(font, 16);  // instead of 2048
+    rename(font);
+    std::ofstream(file, std::ios::binary) << font;
+    FileGate::shared().reset();
+    FileGate::shared().allowFile(file);
+    LetterText giant = text("WWmW@");
+    giant.font = {"", file, 2};
+    EXPECT_EQ(flatLetters(giant).leftOut, (std::vector<char32_t>{'@', 'W', 'm'}));
+    const SolidLetters solid = solidLetters(giant, 0.5f);
+    EXPECT_GT(solid.block.width, 5 * 2 * 0.6f * 100);
+    EXPECT_LT(solid.triangles.size(), 20'000u);
     std::filesystem::remove(file);
     FileGate::shared().reset();
 }
