@@ -8,6 +8,7 @@
 #include <memory>
 #include <string_view>
 
+#include "platform/image/PictureFile.h"
 #include "platform/image/Vips.h"
 
 namespace platform {
@@ -19,25 +20,34 @@ namespace {
 
 struct Header {
     VImage image;
-    std::string_view loader;  ///< "jpegload", "pngload", …
+    PictureFormat format = PictureFormat::Unknown;
     ImageSize upright;
 };
 
 /// Bytes a pixel that a decoder keeps for the whole file before it gives out a row; 0: it streams.
-int64_t heldBytesPerPixel(const VImage& image, std::string_view loader) {
+int64_t heldBytesPerPixel(const VImage& image, PictureFormat format) {
     const int64_t sample = int64_t(vips_format_sizeof(image.format()));
     const bool interlaced = image.get_typeof("interlaced") != 0;
-    if (loader == "jpegload") return interlaced ? 2 * image.bands() : 0;
-    if (loader == "pngload") return interlaced ? sample * image.bands() : 0;
-    if (loader == "heifload" || loader == "webpload") return 8;
-    if (loader == "gifload") return 4;
-    return sample * image.bands();
+    switch (format) {
+        case PictureFormat::Jpeg:
+            return interlaced ? 2 * image.bands() : 0;
+        case PictureFormat::Png:
+            return interlaced ? sample * image.bands() : 0;
+        case PictureFormat::WebP:
+        case PictureFormat::Heif:
+            return 8;
+        case PictureFormat::Gif:
+            return 4;
+        default:
+            return sample * image.bands();
+    }
 }
 
-void checkLimits(const VImage& image, std::string_view loader, const ImageSource& source) {
+void checkLimits(const VImage& image, PictureFormat format, const ImageSource& source) {
     const int64_t pixels = int64_t(image.width()) * image.height();
     if (pixels <= ImageLimits::streamedPixels &&
-        pixels * heldBytesPerPixel(image, loader) <= ImageLimits::heldBytes)
+        std::max(image.width(), image.height()) <= ImageLimits::longSide &&
+        pixels * heldBytesPerPixel(image, format) <= ImageLimits::heldBytes)
         return;
     throw Error(source.kind,
                 "the picture is too large: " + std::to_string(image.width()) + " x " +
@@ -50,31 +60,46 @@ ImageSize uprightSize(const VImage& image) {
     return onItsSide ? ImageSize{image.height(), image.width()} : ImageSize{image.width(), image.height()};
 }
 
-Header readHeader(const FileHandle& file, const ImageSource& source) {
-    startVips();
+/// Runs `read`, with what goes wrong blamed on the source.
+template <typename Read>
+auto blaming(const ImageSource& source, const Read& read) {
     try {
-        const VImage image = VImage::new_from_file(
-            file.path().c_str(),
-            VImage::option()->set("access", VIPS_ACCESS_SEQUENTIAL)->set("fail_on", VIPS_FAIL_ON_TRUNCATED));
-        const char* loader = "";
-        vips_image_get_string(image.get_image(), VIPS_META_LOADER, &loader);
-        checkLimits(image, loader, source);
-        return {image, loader, uprightSize(image)};
+        return read();
     } catch (const VError& error) {
         throw pictureError(source, error.what());
+    } catch (const Error& error) {
+        throw Error(source.kind, error.message(), source.name);
     }
 }
 
+Header readHeader(const FileHandle& file, const ImageSource& source) {
+    startVips();
+    return blaming(source, [&] {
+        const PictureFormat format = pictureFormatOf(file);
+        const VImage image = openPicture(file, format);
+        checkLimits(image, format, source);
+        return Header{image, format, uprightSize(image)};
+    });
+}
+
+/// The fraction at which a JPEG is decoded; at least half of the shrinking is left to averaging, which is
+/// better at it.
+int shrinkOnLoad(const Header& header, ImageSize size) {
+    const double shrink =
+        std::min(double(header.upright.width) / size.width, double(header.upright.height) / size.height);
+    for (const int fraction : {8, 4, 2})
+        if (shrink >= 2 * fraction) return fraction;
+    return 1;
+}
+
 /// The upright picture in sRGB with 8 bits a channel, 3 or 4 channels, stretched to `size`; not yet decoded.
-VImage loadAtSize(const FileHandle& file, const VImage& header, ImageSize size) {
-    auto* options = VImage::option()
-                        ->set("height", size.height)
-                        ->set("size", VIPS_SIZE_FORCE)
-                        ->set("fail_on", VIPS_FAIL_ON_TRUNCATED);
+VImage loadAtSize(const FileHandle& file, const Header& header, ImageSize size) {
+    auto* options = VImage::option()->set("height", size.height)->set("size", VIPS_SIZE_FORCE);
     // Asked for a profile, the library shifts the colours of a picture that brings none, which is sRGB
     // already.
-    if (header.get_typeof(VIPS_META_ICC_NAME) != 0) options->set("export_profile", "srgb");
-    VImage image = VImage::thumbnail(file.path().c_str(), size.width, options);
+    if (header.image.get_typeof(VIPS_META_ICC_NAME) != 0) options->set("export_profile", "srgb");
+    VImage image =
+        openPicture(file, header.format, shrinkOnLoad(header, size)).thumbnail_image(size.width, options);
     if (image.interpretation() != VIPS_INTERPRETATION_sRGB)
         image = image.colourspace(VIPS_INTERPRETATION_sRGB);
     return image.format() == VIPS_FORMAT_UCHAR ? image : image.cast(VIPS_FORMAT_UCHAR);
@@ -130,10 +155,6 @@ ImageSize centreCrop(ImageSize size, Aspect aspect) {
     return {size.width, std::max(1, int((high + aspect.width / 2) / aspect.width))};
 }
 
-bool isLossy(std::string_view loader) {
-    return loader == "jpegload" || loader == "heifload" || loader == "webpload";
-}
-
 void releaseBlob(VipsBlob* blob) { vips_area_unref(VIPS_AREA(blob)); }
 
 void save(const VImage& image, bool lossy, const std::filesystem::path& out) {
@@ -158,11 +179,7 @@ ImageSize readImageSize(const FileHandle& file, const ImageSource& source) {
 Bitmap decodeImage(const FileHandle& file, const DecodeOptions& options) {
     const Header header = readHeader(file, options.source);
     const ImageSize size = resultSize(header, options);
-    try {
-        return toBitmap(loadAtSize(file, header.image, size));
-    } catch (const VError& error) {
-        throw pictureError(options.source, error.what());
-    }
+    return blaming(options.source, [&] { return toBitmap(loadAtSize(file, header, size)); });
 }
 
 ImageSize prepareUserPhoto(const FileHandle& photo, const std::filesystem::path& out, Aspect aspect,
@@ -173,15 +190,13 @@ ImageSize prepareUserPhoto(const FileHandle& photo, const std::filesystem::path&
     const double factor =
         std::min(shrinkFactor(crop, maxLongSide), std::sqrt(double(ImageLimits::resultPixels) / pixels));
     const ImageSize size = scaled(crop, factor);
-    try {
+    blaming(source, [&] {
         const ImageSize whole = scaled(header.upright, factor);
-        const VImage image = loadAtSize(photo, header.image, whole)
+        const VImage image = loadAtSize(photo, header, whole)
                                  .extract_area((whole.width - size.width) / 2,
                                                (whole.height - size.height) / 2, size.width, size.height);
-        save(image, isLossy(header.loader) && !image.has_alpha(), out);
-    } catch (const VError& error) {
-        throw pictureError(source, error.what());
-    }
+        save(image, isLossy(header.format) && !image.has_alpha(), out);
+    });
     return size;
 }
 

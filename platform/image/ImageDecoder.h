@@ -16,6 +16,8 @@ namespace platform {
 struct ImageLimits {
     /// Width times height of a file that is decoded in strips, or at a fraction of its size.
     static constexpr int64_t streamedPixels = 400'000'000;
+    /// Either side: what is read in strips still takes memory by its width.
+    static constexpr int longSide = 65'535;
     /// Bytes that a decoder must hold at once: progressive, interlaced and tiled files.
     static constexpr int64_t heldBytes = 400'000'000;
     /// Pixels of a decoded result.

@@ -42,10 +42,8 @@ Error pictureError(const ImageSource& source, const char* message) {
     if (line.find("Resource temporarily unavailable") != std::string::npos ||
         (line.find("out of memory") != std::string::npos && memoryIsShort()))
         return Error(ErrorKind::Transient, "out of memory", source.name);
-    const bool foreign = line.empty() || line.find("not in a known format") != std::string::npos ||
-                         line.find("operation is blocked") != std::string::npos;
     return Error(source.kind,
-                 foreign ? "is not a picture that can be read" : "cannot be read as a picture: " + line,
+                 line.empty() ? "is not a picture that can be read" : "cannot be read as a picture: " + line,
                  source.name);
 }
 

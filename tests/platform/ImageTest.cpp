@@ -1,5 +1,7 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <zlib.h>
 
 #include <array>
 #include <chrono>
@@ -121,6 +123,36 @@ std::string withJpegSize(std::string jpeg, char marker, uint32_t width, uint32_t
     return jpeg;
 }
 
+std::string deflated(const std::string& plain, int windowBits = MAX_WBITS) {
+    z_stream stream{};
+    deflateInit2(&stream, 9, Z_DEFLATED, windowBits, 8, Z_DEFAULT_STRATEGY);
+    std::string packed(deflateBound(&stream, plain.size()) + 32, '\0');
+    stream.next_in = reinterpret_cast<Bytef*>(const_cast<char*>(plain.data()));
+    stream.avail_in = uInt(plain.size());
+    stream.next_out = reinterpret_cast<Bytef*>(packed.data());
+    stream.avail_out = uInt(packed.size());
+    deflate(&stream, Z_FINISH);
+    packed.resize(stream.total_out);
+    deflateEnd(&stream);
+    return packed;
+}
+
+/// `claimedLength` may differ from what there is.
+std::string pngChunk(const std::string& name, const std::string& content, uint32_t claimedLength) {
+    std::string chunk(8, '\0');
+    putBigEndian(chunk, 0, claimedLength, 4);
+    chunk.replace(4, 4, name);
+    chunk += content + std::string(4, '\0');
+    putBigEndian(chunk, chunk.size() - 4, crc32(std::string_view(chunk).substr(4, 4 + content.size())), 4);
+    return chunk;
+}
+
+long peakMegabytes() {
+    rusage usage{};
+    ::getrusage(RUSAGE_SELF, &usage);
+    return usage.ru_maxrss / 1024;
+}
+
 TEST_F(ImageTest, EveryOrientationIsTurnedUpright) {
     // What stands in the corners of the upright picture: top left, top right, bottom left, bottom right.
     const std::array<std::array<Pixel, 4>, 8> upright{{{red, green, blue, white},
@@ -221,12 +253,51 @@ TEST_F(ImageTest, PicturesBeyondTheLimitsAreRefusedFromTheirHeader) {
     write("bomb3", withJpegSize(bytes("small.jpg"), '\xc0', 65000, 65000));
     write("bomb4", withJpegSize(bytes("progressive.jpg"), '\xc2', 19000, 19000));
     const auto start = std::chrono::steady_clock::now();
-    for (const char* name : {"bomb1", "bomb2", "bomb3", "bomb4"}) {
+    write("bomb5", withPngSize(bytes("small.png"), 400000, 1000));
+    for (const char* name : {"bomb1", "bomb2", "bomb3", "bomb4", "bomb5"}) {
         EXPECT_NE(errorOf(name).message().find("too large"), std::string::npos) << name;
         EXPECT_THROW(readImageSize(open(name)), Error) << name;
     }
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
     EXPECT_THROW(decode("small.png", {.canvas = {40000, 40000}}), Error);
+}
+
+TEST_F(ImageTest, WhatIsNoPictureIsRefusedWithoutALoaderHavingALook) {
+    // A packed drawing that is cut short: unpacked by a loader that waits for more, it never ends.
+    std::string drawing = "<svg xmlns='http://www.w3.org/2000/svg'>";
+    for (int i = 0; i < 400; ++i) drawing += "<g id='" + std::to_string(i * 7919) + "'/>";
+    const std::string packed = deflated(drawing, MAX_WBITS + 16);
+    write("cut.svgz", packed.substr(0, packed.size() / 4));
+    const auto start = std::chrono::steady_clock::now();
+    EXPECT_EQ(errorOf("cut.svgz").message(), "is not a picture that can be read");
+    EXPECT_THROW(prepareUserPhoto(open("cut.svgz"), path("prepared"), {1, 1}, 100), Error);
+    // Many empty gigabytes.
+    write("zeros.jpg", "");
+    std::filesystem::resize_file(path("zeros.jpg"), uint64_t(8) << 30);
+    EXPECT_EQ(errorOf("zeros.jpg").message(), "is not a picture that can be read");
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
+}
+
+TEST_F(ImageTest, TextsInAPngCostNothing) {
+    quarters().pngsave(path("small.png").c_str());
+    const std::string small = bytes("small.png");
+    constexpr size_t afterHeader = 33;
+    const long before = peakMegabytes();
+    // A text that claims a gigabyte which is not there.
+    write("claims.png", small.substr(0, afterHeader) + pngChunk("iTXt", "a", 0x3fffffff));
+    EXPECT_EQ(errorOf("claims.png").kind(), ErrorKind::Input);
+    // Texts that unpack to 400 MB, and the picture after them.
+    const std::string text = std::string("Comment\0\0", 9) + deflated(std::string(8'000'000 / 2, 'a'));
+    std::string texts;
+    for (int i = 0; i < 100; ++i) texts += pngChunk("zTXt", text, uint32_t(text.size()));
+    write("texts.png", std::string(small).insert(afterHeader, texts));
+    EXPECT_EQ(decode("texts.png").rgba, decode("small.png").rgba);
+    EXPECT_LT(peakMegabytes() - before, 100);
+    // Parts without end.
+    std::string crowd;
+    for (int i = 0; i < 300'000; ++i) crowd += pngChunk("tEXt", "", 0);
+    write("crowd.png", std::string(small).insert(afterHeader, crowd));
+    EXPECT_NE(errorOf("crowd.png").message().find("too many parts"), std::string::npos);
 }
 
 TEST_F(ImageTest, ShrinkingAveragesAndKeepsTheProportions) {
