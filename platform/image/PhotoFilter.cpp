@@ -2,6 +2,7 @@
 
 #include <cairo.h>
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <memory>
@@ -33,10 +34,16 @@ void paintPicture(cairo_t* pen, const Bitmap& picture) {
     cairo_set_source_rgba(pen, 0, 0, 0, 0);
 }
 
-/// Four arcs of the given radius, each tangent to two edges. With a radius beyond half a side the arcs cross,
-/// as their tangent points then do.
+/// A length that fits the picture: the corners of half the shorter side meet, a stroke of half of it covers
+/// all. What is no number is none.
+double fitting(float length, const Bitmap& photo) {
+    if (!(length > 0)) return 0;
+    return std::min(double(length), std::min(photo.width, photo.height) / 2.0);
+}
+
+/// Four arcs of the given radius, each tangent to two edges.
 void addRoundedRectangle(cairo_t* pen, double width, double height, double radius) {
-    if (radius <= 0 || !std::isfinite(radius)) return cairo_rectangle(pen, 0, 0, width, height);
+    if (radius <= 0) return cairo_rectangle(pen, 0, 0, width, height);
     struct Corner {
         double x, y, startAngle;
     };
@@ -56,7 +63,7 @@ void drawSynthesis(cairo_t* pen, const PhotoFilter&, const Bitmap& photo, const 
 }
 
 void drawRounded(cairo_t* pen, const PhotoFilter& filter, const Bitmap& photo, const Bitmap*) {
-    addRoundedRectangle(pen, photo.width, photo.height, filter.cornerRadius);
+    addRoundedRectangle(pen, photo.width, photo.height, fitting(filter.cornerRadius, photo));
     cairo_clip(pen);
     paintPicture(pen, photo);
 }
@@ -65,8 +72,8 @@ void drawRoundedAndStroked(cairo_t* pen, const PhotoFilter& filter, const Bitmap
                            const Bitmap* overlay) {
     drawRounded(pen, filter, photo, overlay);
     if (!(filter.cornerRadius > 0) || !(filter.strokeWidth > 0)) return;
-    addRoundedRectangle(pen, photo.width, photo.height, filter.cornerRadius);
-    cairo_set_line_width(pen, filter.strokeWidth);
+    addRoundedRectangle(pen, photo.width, photo.height, fitting(filter.cornerRadius, photo));
+    cairo_set_line_width(pen, fitting(filter.strokeWidth, photo));
     const Color& color = filter.strokeColor;
     cairo_set_source_rgba(pen, color.blue, color.green, color.red, color.alpha);
     cairo_stroke(pen);

@@ -7,7 +7,8 @@
 
 namespace platform {
 
-/// A filter as a scene file writes it; lengths in canvas pixels.
+/// A filter as a scene file writes it; lengths in canvas pixels. Any number is harmless: a length beyond half
+/// the shorter side counts as that.
 struct PhotoFilter {
     std::string type;  ///< "imageSynthesis", "circularAndStroke", "roundRect"; anything else draws nothing
     float cornerRadius = 0;

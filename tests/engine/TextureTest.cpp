@@ -152,17 +152,17 @@ TEST_F(TextureTest, FiltersShapeThePhotoOnly) {
     EXPECT_TRUE(isNear(at(32, 60), kRed, 2));
     drawn({{"filterType", "imageSynthesis"}, {"maskPhotoName", "$(currentScenePlistROOT)/none.png"}}, photo);
     EXPECT_TRUE(isNear(at(32, 4), kRed, 2));
-    drawn({{"filterType", "roundRect"}, {"circularR", 20}}, photo);
+    drawn({{"filterType", "roundRect"}, {"circularR", 320}}, photo);
     EXPECT_TRUE(isNear(at(1, 1), kWhite, 2));
     EXPECT_TRUE(isNear(at(32, 32), kRed, 2));
     const auto stroked = [&](double radius) {
         drawn({{"filterType", "circularAndStroke"},
                {"circularR", radius},
-               {"strokeW", 8},
+               {"strokeW", 128},
                {"strokeColor", "0,0,1,1"}},
               photo);
     };
-    stroked(20);
+    stroked(320);
     EXPECT_TRUE(isNear(at(1, 1), kWhite, 2));
     EXPECT_TRUE(isNear(at(1, 32), kBlue, 2)) << "the inner half of the line";
     EXPECT_TRUE(isNear(at(5, 32), kRed, 2));
@@ -172,6 +172,37 @@ TEST_F(TextureTest, FiltersShapeThePhotoOnly) {
     EXPECT_TRUE(isNear(at(1, 32), kRed, 2));
     drawn({{"filterType", "unknown"}}, photo);
     EXPECT_TRUE(isNear(at(32, 32), kWhite));
+}
+
+TEST_F(TextureTest, FilteredPhotosOfAnySizeLookTheSame) {
+    const auto shape = [&](int width, int height) {
+        newScene();
+        const auto count = static_cast<size_t>(width) * static_cast<size_t>(height);
+        Dictionary info = quad("QVQuadObject3D", "");
+        info["TextureInfo"] =
+            dictionary({{"textureType", "filterImage"},
+                        {"texture", picture("photo.png", std::vector<Pixel>(count, kRed), width)},
+                        {"filterType", "circularAndStroke"},
+                        {"circularR", 200},
+                        {"strokeW", 96},
+                        {"strokeColor", "0,0,1,1"}});
+        add(info);
+        draw(0, kWhite);
+        std::string seen;
+        for (int y = 0; y < 64; y += 2)
+            for (int x = 0; x < 64; x += 2)
+                seen += isNear(at(x, y), kWhite, 60) ? '.' : isNear(at(x, y), kBlue, 60) ? 'o' : 'x';
+        return seen;
+    };
+    const std::string usual = shape(1000, 750);
+    EXPECT_EQ(usual[0], '.');
+    EXPECT_GT(std::count(usual.begin(), usual.begin() + 32, 'o'), 20) << usual;
+    for (const int width : {32, 160, 3000}) {
+        const std::string other = shape(width, width * 3 / 4);
+        int different = 0;
+        for (size_t i = 0; i < usual.size(); ++i) different += other[i] != usual[i];
+        EXPECT_LT(different, 8) << width << " pixels";  // of 1024: the blend at an edge
+    }
 }
 
 TEST_F(TextureTest, SequencesHoldTheLastPictureOverAGap) {

@@ -14,16 +14,18 @@ constexpr Key maskPhotoNameKey{.name = "maskPhotoName",
                                .file = KeyFile::Picture};
 constexpr Key circularRKey{.name = "circularR",
                            .type = KeyType::Number,
-                           .unit = "canvas pixels",
+                           .unit = "1024ths of the longer side",
                            .fallback = "0",
-                           .meaning = "corner radius",
-                           .minimum = 0};
+                           .meaning = "corner radius, at most half of the shorter side",
+                           .minimum = 0,
+                           .maximum = 4096};
 constexpr Key strokeWKey{.name = "strokeW",
                          .type = KeyType::Number,
-                         .unit = "canvas pixels",
+                         .unit = "1024ths of the longer side",
                          .fallback = "0",
                          .meaning = "line width, of which the inner half shows",
-                         .minimum = 0};
+                         .minimum = 0,
+                         .maximum = 4096};
 constexpr Key strokeColorKey{
     .name = "strokeColor", .type = KeyType::Color, .fallback = "0,0,0,0", .meaning = "colour of the line"};
 

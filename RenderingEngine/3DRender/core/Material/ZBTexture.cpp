@@ -40,6 +40,13 @@ platform::Bitmap decodeStretched(const platform::FileHandle& file, const std::st
     }
 }
 
+platform::ImageSize filteredSize(platform::ImageSize photo) {
+    const double factor =
+        static_cast<double>(ZBTexture::filterPhotoSide) / std::max(photo.width, photo.height);
+    return {static_cast<int>(std::lround(photo.width * factor)),
+            static_cast<int>(std::lround(photo.height * factor))};
+}
+
 platform::Color colorOf(const glm::vec4& color) { return {color.r, color.g, color.b, color.a}; }
 
 }  // namespace
@@ -68,14 +75,15 @@ platform::FileHandle ZBTexture::openFile(const std::string& path) {
         .file;
 }
 
-platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path) {
+platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path, SizeOnCanvas sizeOnCanvas) {
     textureContentSize_ = {};
     const platform::FileHandle file = openFile(path);
     if (!file) return {};
     try {
         const platform::ImageSize size = platform::readImageSize(file, {.name = path});
+        const platform::ImageSize counted = sizeOnCanvas ? sizeOnCanvas(size) : size;
         platform::Bitmap canvas =
-            decodeStretched(file, path, {canvasSide(size.width), canvasSide(size.height)});
+            decodeStretched(file, path, {canvasSide(counted.width), canvasSide(counted.height)});
         if (!canvas.isEmpty())
             textureContentSize_ = {static_cast<double>(size.width), static_cast<double>(size.height)};
         return canvas;
@@ -124,7 +132,7 @@ platform::Bitmap ZBTexture::filterWithOriginalImage(const platform::Bitmap& orig
 
 void ZBTexture::loadTextureFilter(const std::string& path, const std::string& sceneRootPath,
                                   const platform::Value& filterInfo) {
-    const platform::Bitmap photo = decodeOntoCanvas(path);
+    const platform::Bitmap photo = decodeOntoCanvas(path, filteredSize);
     if (!photo.isEmpty()) upload(filterWithOriginalImage(photo, sceneRootPath, filterInfo), photo.size());
 }
 

@@ -26,6 +26,7 @@ class ZBTexture {
   public:
     static constexpr int maxCanvasSide = 4096;      ///< pixels
     static constexpr int maxTextBitmapSide = 1024;  ///< pixels
+    static constexpr int filterPhotoSide = 1024;    ///< pixels: the longer side of a photo that is filtered
 
     uint32_t textureId() const { return texture_.name(); }
     /// Pixels of the source picture, before any rounding: what a quad is fitted to.
@@ -40,7 +41,8 @@ class ZBTexture {
     void loadTextureFromPvr(const std::string& path);
     /// A file of the given kind.
     void loadPicture(const std::string& path, ImageType imageType);
-    /// A photo shaped by the "filterType" of the dictionary.
+    /// A photo shaped by the "filterType" of the dictionary. It is brought to filterPhotoSide before, so that
+    /// its radii and strokes look the same on a photo of any size.
     void loadTextureFilter(const std::string& path, const std::string& sceneRootPath,
                            const platform::Value& filterInfo);
     /// A text; returns where it lies in the texture. Texts beyond maxTextBitmapSide are drawn smaller.
@@ -58,8 +60,10 @@ class ZBTexture {
 
   private:
     static platform::FileHandle openFile(const std::string& path);
+    /// The size that a picture is to count as; none: its own.
+    using SizeOnCanvas = platform::ImageSize (*)(platform::ImageSize);
     /// The picture on its canvas; empty when it cannot be read.
-    platform::Bitmap decodeOntoCanvas(const std::string& path);
+    platform::Bitmap decodeOntoCanvas(const std::string& path, SizeOnCanvas sizeOnCanvas = nullptr);
     /// `shown`: the upper left part of the bitmap that is looked at.
     void upload(const platform::Bitmap& bitmap, platform::ImageSize shown);
 
