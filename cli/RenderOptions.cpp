@@ -48,6 +48,39 @@ JobInputs::Given keyAndValue(const std::string& text, const char* wanted) {
     return {text.substr(0, equals), text.substr(equals + 1)};
 }
 
+/// As many shares of a picture as asked for, separated by commas.
+std::vector<double> sharesOf(const std::string& list, size_t count, const char* wanted) {
+    std::vector<double> shares;
+    for (size_t start = 0; start <= list.size();) {
+        const size_t comma = std::min(list.find(',', start), list.size());
+        double share = 0;
+        const auto result = std::from_chars(list.data() + start, list.data() + comma, share);
+        const bool isNumber = result.ec == std::errc() && result.ptr == list.data() + comma;
+        if (!isNumber || !(share >= 0 && share <= 1)) throw wrong(list, wanted);
+        shares.push_back(share);
+        start = comma + 1;
+    }
+    if (shares.size() != count) throw wrong(list, wanted);
+    return shares;
+}
+
+JobInputs::PhotoPart cropOf(const std::string& text) {
+    constexpr const char* wanted = "KEY=x,y,w,h with numbers from 0 to 1 that lie inside the picture";
+    const JobInputs::Given given = keyAndValue(text, wanted);
+    const auto n = sharesOf(given.value, 4, wanted);
+    constexpr double rounding = 1e-6;
+    if (n[2] <= 0 || n[3] <= 0 || n[0] + n[2] > 1 + rounding || n[1] + n[3] > 1 + rounding)
+        throw wrong(given.value, wanted);
+    return {given.key, {platform::PhotoCrop::Kind::Part, n[0], n[1], n[2], n[3]}};
+}
+
+JobInputs::PhotoPart focusOf(const std::string& text) {
+    constexpr const char* wanted = "KEY=x,y with numbers from 0 to 1";
+    const JobInputs::Given given = keyAndValue(text, wanted);
+    const auto n = sharesOf(given.value, 2, wanted);
+    return {given.key, {platform::PhotoCrop::Kind::Focus, n[0], n[1]}};
+}
+
 MediaSize sizeOf(std::string text) {
     const size_t cross = text.find_first_of("xX");
     if (cross != std::string::npos) text[cross] = ',';
@@ -137,8 +170,19 @@ void declareInputs(Arguments& arguments, RenderRequest& request) {
         [&](const std::string& value) { request.inputs.texts.push_back(keyAndValue(value, "KEY=VALUE")); },
         Occurs::AnyNumber);
     arguments.option(
-        "--photo", "KEY=FILE", "A photo; it is turned upright and cropped to the shape the template wants",
+        "--photo", "KEY=FILE",
+        "A photo; it is turned upright and cropped to the shape the template wants, so that faces stay",
         [&](const std::string& value) { request.inputs.photos.push_back(keyAndValue(value, "KEY=FILE")); },
+        Occurs::AnyNumber);
+    arguments.option(
+        "--crop", "KEY=x,y,w,h",
+        "The part of that photo that may be shown: left, top, width and height, 0 to 1 of the upright "
+        "picture",
+        [&](const std::string& value) { request.inputs.photoParts.push_back(cropOf(value)); },
+        Occurs::AnyNumber);
+    arguments.option(
+        "--focus", "KEY=x,y", "The point that stays in view when that photo is cropped, 0 to 1, y down",
+        [&](const std::string& value) { request.inputs.photoParts.push_back(focusOf(value)); },
         Occurs::AnyNumber);
     arguments.option(
         "--video", "KEY=FILE", "A video; it is brought to the template's rate",

@@ -4,6 +4,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/image/PhotoCrop.h"
+
 namespace multiscene {
 
 /// What the user gives a template, as the command line says it.
@@ -12,9 +14,16 @@ struct JobInputs {
         std::string key, value;
     };
 
-    std::vector<Given> texts;         ///< value: the text itself
-    std::vector<Given> photos;        ///< value: a file
-    std::vector<Given> videos;        ///< value: a file
+    /// Which part of the photo of that key is shown.
+    struct PhotoPart {
+        std::string key;
+        platform::PhotoCrop crop;
+    };
+
+    std::vector<Given> texts;   ///< value: the text itself
+    std::vector<Given> photos;  ///< value: a file
+    std::vector<Given> videos;  ///< value: a file
+    std::vector<PhotoPart> photoParts;
     std::filesystem::path mediaFile;  ///< a JSON object from key to text, number or path; empty: none
 };
 

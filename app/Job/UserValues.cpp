@@ -46,6 +46,12 @@ class Collector {
           format_(format),
           stop_(stop) {}
 
+    void addPhotoPart(const JobInputs::PhotoPart& part) {
+        require(part.key, InputKind::Photo);
+        if (!photoParts_.emplace(part.key, part.crop).second)
+            throw Error(ErrorKind::Usage, "the part of the photo is given twice", "", part.key);
+    }
+
     void addText(const std::string& key, const std::string& text) {
         const AskedFor& asked = require(key, InputKind::Text);
         const auto* limits = dynamic_cast<const QVUserTextInputModel*>(asked.input.get());
@@ -60,8 +66,10 @@ class Collector {
         const FileGate::Opened opened = openInput(key, photo);
         const fs::path prepared = job_.file("photo-" + std::to_string(stored_.size()));
         const auto* shape = dynamic_cast<const QVUserPhotoInputModel*>(asked.input.get());
+        const auto part = photoParts_.extract(key);
         platform::prepareUserPhoto(opened.file, prepared, aspectOf(shape), photoSide(format_),
-                                   {photo.string(), ErrorKind::Input});
+                                   {photo.string(), ErrorKind::Input},
+                                   part ? part.mapped() : platform::PhotoCrop());
         store(key, prepared.string());
     }
 
@@ -87,6 +95,9 @@ class Collector {
     }
 
     UserValues result(const Playable& playable) {
+        if (!photoParts_.empty())
+            throw Error(ErrorKind::Input, "a part of the photo is asked for, but no photo is given", "",
+                        photoParts_.begin()->first);
         UserValues values;
         values.notes = std::move(notes_);
         if (videoFrames_) stored_.try_emplace(kUserVideoFrames, *videoFrames_);
@@ -210,6 +221,7 @@ class Collector {
     Value::Dictionary stored_;
     std::map<std::string, double> textScales_;
     std::vector<std::string> notes_;
+    std::map<std::string, platform::PhotoCrop> photoParts_;  ///< those that are not used yet
     std::optional<int64_t> videoFrames_;
 };
 
@@ -218,6 +230,7 @@ class Collector {
 UserValues collectUserValues(const JobInputs& given, const Playable& playable, const JobFolder& job,
                              const MediaFormat& format, const std::stop_token& stop) {
     Collector collector(playable, job, format, stop);
+    for (const JobInputs::PhotoPart& part : given.photoParts) collector.addPhotoPart(part);
     for (const JobInputs::Given& text : given.texts) collector.addText(text.key, text.value);
     for (const JobInputs::Given& photo : given.photos) collector.addPhoto(photo.key, photo.value);
     for (const JobInputs::Given& video : given.videos) collector.addVideo(video.key, video.value);

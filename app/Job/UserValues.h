@@ -22,11 +22,11 @@ struct UserValues {
 };
 
 /// Judges and collects the user's values. Photos are turned upright, cropped to the shape that the template
-/// asks for and written into the job's folder, no side longer than twice the picture's. A video is brought to
-/// the rate of the picture; the first one's number of frames goes into the map as "userVideo_totalFps". The
-/// gate is opened for every file given. Throws platform::Error(Input): a key that the template does not ask
-/// for, a missing or unreadable file, a text far over its limits; Error(Usage) for a key given twice;
-/// Error(Cancelled).
+/// asks for (where the user said, else so that faces stay) and written into the job's folder, no side longer
+/// than twice the picture's. A video is brought to the rate of the picture; the first one's number of frames
+/// goes into the map as "userVideo_totalFps". The gate is opened for every file given. Throws
+/// platform::Error(Input): a key that the template does not ask for, a missing or unreadable file, a text
+/// far over its limits; Error(Usage) for a key given twice; Error(Cancelled).
 UserValues collectUserValues(const JobInputs& given, const Playable& playable, const JobFolder& job,
                              const MediaFormat& format, const std::stop_token& stop);
 

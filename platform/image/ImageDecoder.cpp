@@ -7,6 +7,7 @@
 #include <cstring>
 #include <memory>
 #include <string_view>
+#include <vector>
 
 #include "platform/image/PictureFile.h"
 #include "platform/image/Vips.h"
@@ -147,12 +148,46 @@ ImageSize resultSize(const Header& header, const DecodeOptions& options) {
                 options.source.name);
 }
 
-/// The largest middle part of the given proportions.
-ImageSize centreCrop(ImageSize size, Aspect aspect) {
-    if (aspect.width <= 0 || aspect.height <= 0) return size;
-    const int64_t wide = int64_t(size.height) * aspect.width, high = int64_t(size.width) * aspect.height;
-    if (wide <= high) return {std::max(1, int((wide + aspect.height / 2) / aspect.height)), size.height};
-    return {size.width, std::max(1, int((high + aspect.width / 2) / aspect.width))};
+constexpr int judgedSide = 400;  // pixels: enough to find what a photo is about
+
+std::vector<Face> facesOf(const VImage& picture) {
+    const VImage grey = picture.colourspace(VIPS_INTERPRETATION_B_W).cast(VIPS_FORMAT_UCHAR);
+    size_t size = 0;
+    auto* bytes = static_cast<uint8_t*>(grey.write_to_memory(&size));
+    GreyPicture copy{grey.width(), grey.height(), {bytes, bytes + size}};
+    g_free(bytes);
+    return findFaces(copy);
+}
+
+/// The part of the picture's proportions that catches the eye.
+PixelRectangle partOfInterest(const VImage& picture, PixelRectangle part) {
+    const VImage cut = picture.smartcrop(part.width, part.height,
+                                         VImage::option()->set("interesting", VIPS_INTERESTING_ATTENTION));
+    return {-cut.xoffset(), -cut.yoffset(), part.width, part.height};
+}
+
+int inProportion(int small, int smallRoom, int room) {
+    return smallRoom > 0 ? int(std::lround(double(small) * room / smallRoom)) : room / 2;
+}
+
+/// Where the photo is cut when nobody has said it: judged on a small copy.
+PixelRectangle automaticPart(const FileHandle& photo, const Header& header, Aspect aspect) {
+    const ImageSize whole = header.upright;
+    PixelRectangle part = croppedPart(whole, aspect, {});
+    const int roomAcross = whole.width - part.width, roomDown = whole.height - part.height;
+    // A sliver is not worth a look.
+    if (roomAcross * 50 < whole.width && roomDown * 50 < whole.height) return part;
+    VImage picture = loadAtSize(photo, header, scaled(whole, shrinkFactor(whole, judgedSide)));
+    if (picture.has_alpha())
+        picture = picture.flatten(VImage::option()->set("background", std::vector<double>{255}));
+    picture = picture.copy_memory();
+    const ImageSize size{picture.width(), picture.height()};
+    const PixelRectangle middle = croppedPart(size, aspect, {});
+    const PixelRectangle small =
+        partWithHeads(size, middle, facesOf(picture)).value_or(partOfInterest(picture, middle));
+    part.x = inProportion(small.x, size.width - small.width, roomAcross);
+    part.y = inProportion(small.y, size.height - small.height, roomDown);
+    return part;
 }
 
 void releaseBlob(VipsBlob* blob) { vips_area_unref(VIPS_AREA(blob)); }
@@ -183,21 +218,23 @@ Bitmap decodeImage(const FileHandle& file, const DecodeOptions& options) {
 }
 
 ImageSize prepareUserPhoto(const FileHandle& photo, const std::filesystem::path& out, Aspect aspect,
-                           int maxLongSide, const ImageSource& source) {
+                           int maxLongSide, const ImageSource& source, const PhotoCrop& crop) {
     const Header header = readHeader(photo, source);
-    const ImageSize crop = centreCrop(header.upright, aspect);
-    const double pixels = double(header.upright.width) * header.upright.height;
-    const double factor =
-        std::min(shrinkFactor(crop, maxLongSide), std::sqrt(double(ImageLimits::resultPixels) / pixels));
-    const ImageSize size = scaled(crop, factor);
-    blaming(source, [&] {
-        const ImageSize whole = scaled(header.upright, factor);
-        const VImage image = loadAtSize(photo, header, whole)
-                                 .extract_area((whole.width - size.width) / 2,
-                                               (whole.height - size.height) / 2, size.width, size.height);
+    return blaming(source, [&] {
+        const PixelRectangle part = crop.kind == PhotoCrop::Kind::Automatic
+                                        ? automaticPart(photo, header, aspect)
+                                        : croppedPart(header.upright, aspect, crop);
+        const double pixels = double(header.upright.width) * header.upright.height;
+        const double factor = std::min(shrinkFactor(part.size(), maxLongSide),
+                                       std::sqrt(double(ImageLimits::resultPixels) / pixels));
+        const ImageSize whole = scaled(header.upright, factor), size = scaled(part.size(), factor);
+        const int left = std::clamp(int(std::lround(part.x * factor)), 0, whole.width - size.width);
+        const int top = std::clamp(int(std::lround(part.y * factor)), 0, whole.height - size.height);
+        const VImage image =
+            loadAtSize(photo, header, whole).extract_area(left, top, size.width, size.height);
         save(image, isLossy(header.format) && !image.has_alpha(), out);
+        return size;
     });
-    return size;
 }
 
 }  // namespace platform

@@ -9,10 +9,12 @@
 
 #include "platform/base/File.h"
 #include "platform/image/Image.h"
+#include "platform/image/PhotoCrop.h"
 
 namespace platform {
 
-/// Pictures beyond these are refused from their header, before a pixel is decoded.
+/// Pictures beyond these are refused from their header, before a pixel is decoded. Within them no decoding
+/// takes more than 1 GiB.
 struct ImageLimits {
     /// Width times height of a file that is decoded in strips, or at a fraction of its size.
     static constexpr int64_t streamedPixels = 400'000'000;
@@ -47,16 +49,11 @@ struct DecodeOptions {
 /// Error, never a half-grey picture.
 Bitmap decodeImage(const FileHandle& file, const DecodeOptions& options = {});
 
-/// Width to height that a photo is cropped to; 0 on either side: no crop.
-struct Aspect {
-    int width = 0, height = 0;
-};
-
-/// Writes the user's photo the way templates want it: upright, sRGB, cut from its middle to `aspect`, no side
-/// longer than `maxLongSide` pixels (0: no limit; never enlarged). Opaque photos of a lossy format become a
-/// JPEG of high quality, everything else a PNG that keeps its alpha; readers go by the content, so the name
-/// of `out` is free. `out` appears only when complete. Returns the size written. Throws Error.
+/// Writes the user's photo the way templates want it: upright, sRGB, the wanted part of it cut to `aspect`,
+/// no side longer than `maxLongSide` pixels (0: no limit; never enlarged). Opaque photos of a lossy format
+/// become a JPEG of high quality, everything else a PNG that keeps its alpha; readers go by the content, so
+/// the name of `out` is free. `out` appears only when complete. Returns the size written. Throws Error.
 ImageSize prepareUserPhoto(const FileHandle& photo, const std::filesystem::path& out, Aspect aspect,
-                           int maxLongSide, const ImageSource& source = {});
+                           int maxLongSide, const ImageSource& source = {}, const PhotoCrop& crop = {});
 
 }  // namespace platform

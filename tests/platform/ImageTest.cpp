@@ -313,19 +313,153 @@ TEST_F(ImageTest, ShrinkingAveragesAndKeepsTheProportions) {
     EXPECT_EQ(decode("checks.png", {.maxLongSide = 1000}).size(), (ImageSize{640, 360}));
 }
 
-TEST_F(ImageTest, PhotosAreCutFromTheMiddleAndKeepTheirAlpha) {
+TEST_F(ImageTest, PhotosAreCutAroundTheFocusAndKeepTheirAlpha) {
+    const PhotoCrop middle{PhotoCrop::Kind::Focus, 0.5, 0.5};
     quarters().pngsave(path("quarters.png").c_str());
-    EXPECT_EQ(prepareUserPhoto(open("quarters.png"), path("square"), {1, 1}, 0), (ImageSize{64, 64}));
+    const auto prepare = [&](const char* name, Aspect aspect, int longSide, const PhotoCrop& crop) {
+        return prepareUserPhoto(open("quarters.png"), path(name), aspect, longSide, {}, crop);
+    };
+    EXPECT_EQ(prepare("square", {1, 1}, 0, middle), (ImageSize{64, 64}));
     const Bitmap square = decode("square");
     EXPECT_TRUE(isNear(at(square, 31, 31), red, 0));
     EXPECT_TRUE(isNear(at(square, 32, 32), white, 0));
-    EXPECT_EQ(prepareUserPhoto(open("quarters.png"), path("banner"), {3, 1}, 48), (ImageSize{48, 16}));
+    EXPECT_EQ(prepare("banner", {3, 1}, 48, middle), (ImageSize{48, 16}));
     EXPECT_TRUE(isNear(at(decode("banner"), 23 - 4, 4), red, 4));
-    EXPECT_EQ(prepareUserPhoto(open("quarters.png"), path("same"), {0, 5}, 4000), (ImageSize{96, 64}));
+    EXPECT_EQ(prepare("same", {0, 5}, 4000, middle), (ImageSize{96, 64}));
+    EXPECT_EQ(prepare("right", {1, 1}, 0, {PhotoCrop::Kind::Focus, 0.9, 0}), (ImageSize{64, 64}));
+    EXPECT_TRUE(isNear(at(decode("right"), 15, 10), red, 0)) << "48 to 96 are green";
+    EXPECT_TRUE(isNear(at(decode("right"), 16, 10), green, 0));
 
     flat(40, 40, {255, 0, 0, 51}, VIPS_INTERPRETATION_sRGB).webpsave(path("glass.webp").c_str());
     prepareUserPhoto(open("glass.webp"), path("glass"), {1, 1}, 0);
     EXPECT_TRUE(isNear(at(decode("glass"), 20, 20), {51, 0, 0, 51}, 2));
+}
+
+TEST_F(ImageTest, PartsOfAPhotoAreOfItsUprightSelf) {
+    VImage image = quarters().copy();
+    image.set("orientation", 6);  // upright: blue and red over white and green, 64 x 96
+    image.jpegsave(path("turned").c_str(),
+                   VImage::option()->set("Q", 100)->set("subsample_mode", VIPS_FOREIGN_SUBSAMPLE_OFF));
+    const auto prepare = [&](Aspect aspect, const PhotoCrop& crop) {
+        return prepareUserPhoto(open("turned"), path("part"), aspect, 0, {}, crop);
+    };
+    EXPECT_EQ(prepare({}, {PhotoCrop::Kind::Part, 0.5, 0, 0.5, 0.5}), (ImageSize{32, 48}));
+    const Bitmap part = decode("part");
+    EXPECT_TRUE(isNear(at(part, 8, 8), red, 6));
+    EXPECT_TRUE(isNear(at(part, 24, 40), red, 6));
+    EXPECT_EQ(prepare({2, 1}, {PhotoCrop::Kind::Part, 0.5, 0.5, 0.5, 0.5}), (ImageSize{32, 16}))
+        << "of the part, the template takes what has its shape";
+    EXPECT_TRUE(isNear(at(decode("part"), 16, 8), green, 6));
+    EXPECT_EQ(prepare({}, {PhotoCrop::Kind::Part, 1, 1, 1e-9, 1e-9}), (ImageSize{1, 1}));
+}
+
+TEST_F(ImageTest, WhatCatchesTheEyeStaysWhenNobodySaysWhere) {
+    const auto dotAt = [&](int x) {
+        VImage photo = flat(600, 200, {70, 90, 110}, VIPS_INTERPRETATION_sRGB).copy_memory();
+        photo.draw_circle({250, 60, 20}, x, 100, 25, VImage::option()->set("fill", true));
+        photo.pngsave(path("dot.png").c_str());
+        prepareUserPhoto(open("dot.png"), path("kept"), {1, 1}, 0);
+        const Bitmap kept = decode("kept");
+        int dots = 0;
+        for (int column = 0; column < kept.width; ++column) dots += at(kept, column, 100)[0] > 200;
+        return dots;
+    };
+    for (const int x : {60, 300, 520}) EXPECT_GE(dotAt(x), 50) << x;
+}
+
+/// A drawn face before a plain wall: `x`, `y` its middle, `size` the width of the head, in pixels.
+Bitmap faceOnWall(int width, int height, double x, double y, double size) {
+    struct Patch {
+        double x, y, across, down, grey;
+    };
+    // Head, hair, forehead, brows, eyes, nose and its shadow, mouth; in parts of the size.
+    constexpr Patch patches[] = {{0, 0, 0.5, 0.68, 205},        {0, -0.45, 0.52, 0.35, 60},
+                                 {0, -0.2, 0.36, 0.28, 205},    {-0.2, -0.12, 0.11, 0.03, 70},
+                                 {0.2, -0.12, 0.11, 0.03, 70},  {-0.2, -0.03, 0.09, 0.045, 60},
+                                 {0.2, -0.03, 0.09, 0.045, 60}, {0, 0.08, 0.045, 0.12, 225},
+                                 {0, 0.2, 0.09, 0.03, 150},     {0, 0.36, 0.17, 0.04, 110}};
+    Bitmap picture(width, height);
+    uint8_t* out = picture.rgba.data();
+    for (int row = 0; row < height; ++row)
+        for (int column = 0; column < width; ++column) {
+            double value = 120;
+            for (const Patch& patch : patches) {
+                const double across = ((column - x) / size - patch.x) / patch.across;
+                const double down = ((row - y) / size - patch.y) / patch.down;
+                const double covered = (1 - std::hypot(across, down)) * 4 + 0.5;
+                value += (patch.grey - value) * std::clamp(covered, 0.0, 1.0);
+            }
+            for (int channel = 0; channel < 4; ++channel) *out++ = channel < 3 ? uint8_t(value) : 255;
+        }
+    return picture;
+}
+
+TEST_F(ImageTest, FacesAreNotCut) {
+    struct Case {
+        int width, height;
+        double x, y, size;
+        Aspect aspect;
+    };
+    for (const Case& photo :
+         {Case{400, 300, 320, 150, 80, {9, 16}}, Case{400, 300, 90, 120, 100, {1, 2}},
+          Case{1500, 2000, 700, 420, 500, {16, 9}}, Case{300, 400, 150, 300, 45, {3, 1}}}) {
+        Bitmap picture = faceOnWall(photo.width, photo.height, photo.x, photo.y, photo.size);
+        // A striped sign, which draws the eye more than a face.
+        const int sign = photo.width / 6;
+        const int signX = photo.x > photo.width / 2.0 ? 2 : photo.width - sign - 2;
+        const int signY = photo.y > photo.height / 2.0 ? 2 : photo.height - sign - 2;
+        for (int y = signY; y < signY + sign; ++y)
+            for (int x = signX; x < signX + sign; ++x) {
+                uint8_t* pixel = &picture.rgba[(size_t(y) * size_t(photo.width) + size_t(x)) * 4];
+                const bool isRed = (x - signX) * 8 / sign % 2;
+                pixel[0] = 255, pixel[1] = isRed ? 30 : 220, pixel[2] = 20;
+            }
+        writePng(path("person.png"), picture);
+        prepareUserPhoto(open("person.png"), path("kept"), photo.aspect, 0);
+        const Bitmap kept = decode("kept");
+        const Pixel wall{120, 120, 120, 255};
+        int bright = 0;
+        for (int x = 0; x < kept.width; ++x)
+            for (int y = 0; y < kept.height; ++y) bright += at(kept, x, y)[2] > 190;
+        EXPECT_GT(bright, 0.35 * photo.size * photo.size) << photo.width << " x " << photo.height;
+        for (int x = 0; x < kept.width; x += 3) EXPECT_TRUE(isNear(at(kept, x, 0), wall, 8)) << x << ": hair";
+        for (int y = 0; y < kept.height; y += 3) {
+            EXPECT_TRUE(isNear(at(kept, 0, y), wall, 8)) << y << ": an ear";
+            EXPECT_TRUE(isNear(at(kept, kept.width - 1, y), wall, 8)) << y << ": an ear";
+        }
+    }
+}
+
+TEST(PhotoCropTest, HeadsStayWholeWhereTheyCan) {
+    // A portrait: the face in the upper third, hair above it.
+    const ImageSize portrait{300, 400};
+    const Face face{110, 60, 80, 80};
+    for (const Aspect aspect : {Aspect{16, 9}, {4, 3}, {1, 1}, {2, 1}, {9, 16}, {1, 3}}) {
+        const PixelRectangle middle = croppedPart(portrait, aspect, {});
+        const auto part = partWithHeads(portrait, middle, {face});
+        ASSERT_TRUE(part);
+        EXPECT_EQ(part->size(), middle.size());
+        EXPECT_LE(part->y, 60 - 40) << aspect.width << ":" << aspect.height << " cuts the hair";
+        EXPECT_GE(part->y + part->height, 60 + 80);
+        EXPECT_LE(part->x, 110);
+        EXPECT_GE(part->x + part->width, 110 + 80);
+        EXPECT_TRUE(part->y >= 0 && part->y + part->height <= 400 && part->x >= 0 &&
+                    part->x + part->width <= 300);
+    }
+    // A strip lower than the head keeps the face.
+    const auto strip = partWithHeads(portrait, croppedPart(portrait, {3, 1}, {}), {face});
+    EXPECT_LE(strip->y, 60);
+    EXPECT_GE(strip->y + strip->height, 60 + 80);
+    // Of a group that does not fit the larger face stays, and whom there is room for; passers-by do not
+    // count.
+    const ImageSize group{900, 300};
+    const PixelRectangle square = croppedPart(group, {1, 1}, {});
+    const auto kept =
+        partWithHeads(group, square, {{700, 100, 80, 80}, {560, 100, 70, 70}, {60, 100, 70, 70}});
+    EXPECT_LE(kept->x, 560);
+    EXPECT_GE(kept->x + kept->width, 780);
+    EXPECT_EQ(partWithHeads(group, square, {{700, 100, 80, 80}, {580, 100, 20, 20}})->x, 740 - 150);
+    EXPECT_FALSE(partWithHeads(group, square, {}));
 }
 
 TEST_F(ImageTest, PngFilesHoldTheBytesAsTheyAre) {
@@ -378,6 +512,23 @@ TEST(PhotoFilterTest, RoundedCornersAreCutAndTheInnerHalfOfTheStrokeShows) {
     EXPECT_EQ(at(stroked, 64, 4), blue);
     EXPECT_EQ(at(stroked, 124, 32), red);
     EXPECT_EQ(at(stroked, 123, 32), blue);
+}
+
+TEST(PhotoFilterTest, LengthsBeyondHalfTheShorterSideCountAsThat) {
+    const Bitmap photo = filled(128, 64, blue);
+    const Bitmap round = drawPhotoFilter({"circularAndStroke", 32, 32, {1, 0, 0, 1}}, photo);
+    EXPECT_EQ(at(round, 2, 2)[3], 0);
+    EXPECT_EQ(at(round, 64, 4), red);
+    const auto start = std::chrono::steady_clock::now();
+    for (const float length : {33.0f, 1e4f, 1e25f, INFINITY}) {
+        EXPECT_EQ(drawPhotoFilter({"circularAndStroke", length, length, {1, 0, 0, 1}}, photo).rgba,
+                  round.rgba)
+            << length;
+        EXPECT_EQ(at(drawPhotoFilter({"roundRect", length, 0, {}}, photo), 2, 2)[3], 0) << length;
+    }
+    for (const float length : {-1.0f, NAN})
+        EXPECT_EQ(drawPhotoFilter({"circularAndStroke", length, 8, {1, 0, 0, 1}}, photo).rgba, photo.rgba);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(2));
 }
 
 TEST(PhotoFilterTest, WithoutARadiusThePhotoIsWholeAndUnknownFiltersDrawNothing) {

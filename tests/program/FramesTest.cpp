@@ -1,3 +1,7 @@
+#include <fcntl.h>
+
+#include "platform/image/ImageDecoder.h"
+#include "platform/image/ImageWriter.h"
 #include "tests/program/ProgramTest.h"
 
 namespace multiscene::test {
@@ -36,6 +40,31 @@ TEST_F(FramesTest, AreTheSameBytesHoweverTheyAreChosen) {
     ASSERT_EQ(some.size(), 2u);
     EXPECT_TRUE(some.at("frame-000005.png") == all.at("frame-000005.png"));
     EXPECT_EQ(frames("third", {"--every", "3"}).size(), 2u);
+}
+
+TEST_F(FramesTest, ShowThePartOfAPhotoThatTheUserChose) {
+    // Blue beside green beside yellow; the template wants a square.
+    platform::Bitmap photo(90, 30);
+    for (size_t i = 0; i < photo.rgba.size(); i += 4) {
+        const size_t third = i / 4 % 90 / 30;
+        photo.rgba[i] = third == 2 ? 255 : 0;
+        photo.rgba[i + 1] = third > 0 ? 255 : 0;
+        photo.rgba[i + 2] = third == 0 ? 255 : 0;
+        photo.rgba[i + 3] = 255;
+    }
+    platform::writePng(folder.file("me.png"), photo);
+    const auto middleOf = [&](std::vector<std::string> options) {
+        options.insert(options.end(), {"--photo", "photo=" + folder.file("me.png"), "--at", "0"});
+        frames("chosen", options);
+        const platform::FileHandle file(::open(folder.file("chosen/frame-000000.png").c_str(), O_RDONLY));
+        const platform::Bitmap frame = platform::decodeImage(file);
+        const uint8_t* pixel = frame.pixel(frame.width / 2, frame.height / 2);
+        return std::string(pixel[0] > 128 ? "r" : "") + (pixel[1] > 128 ? "g" : "") +
+               (pixel[2] > 128 ? "b" : "");
+    };
+    EXPECT_EQ(middleOf({"--crop", "photo=0,0,0.33,1"}), "b");
+    EXPECT_EQ(middleOf({"--crop", "photo=0.34,0,0.33,1"}), "g");
+    EXPECT_EQ(middleOf({"--focus", "photo=1,0.5"}), "rg");
 }
 
 TEST_F(FramesTest, BeyondTheEndNameTheLastFrameAndLeaveNone) {
