@@ -12,6 +12,7 @@ class FramesCommand : public Command {
         declareSource(arguments, request_, true);
         declareInputs(arguments, request_);
         declareFormat(arguments, request_);
+        declareFit(arguments, request_);
         declareSelection(arguments, request_.selection);
         arguments.option(
             "-o,--output", "DIR", "The folder for frame-000000.png and so on",

@@ -12,6 +12,7 @@ class MakeCommand : public Command {
         declareSource(arguments, request_, false);
         declareInputs(arguments, request_);
         declareFormat(arguments, request_);
+        declareFit(arguments, request_);
         declareVideo(arguments, request_);
         arguments.example(
             "multiscene make templates/minimal --text text=Hello --photo photo=me.jpg -o hello.mp4");

@@ -206,6 +206,18 @@ void declareFormat(Arguments& arguments, RenderRequest& request, Occurs occurs) 
         occurs);
 }
 
+void declareFit(Arguments& arguments, RenderRequest& request) {
+    arguments.option(
+        "--fit", "blur|pad|crop|stretch",
+        "A size of another shape than the template's: the whole picture before a blurred copy of "
+        "itself or with black beside it, cut, or drawn in that shape, which squashes most. Default: the "
+        "template's choice, else blur",
+        [&](const std::string& value) {
+            request.fit = platform::fitNamed(value);
+            if (!request.fit) throw wrong(value, "one of blur, pad, crop, stretch");
+        });
+}
+
 void declareVideo(Arguments& arguments, VideoRequest& request) {
     declareSound(arguments, request);
     arguments.option("--bitrate", "B", "Video bits a second: 1500k, 4M",

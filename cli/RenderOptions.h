@@ -14,6 +14,8 @@ void declareSource(Arguments& arguments, RenderRequest& request, bool takesGroup
 void declareInputs(Arguments& arguments, RenderRequest& request);
 /// --size, --fps.
 void declareFormat(Arguments& arguments, RenderRequest& request, Occurs occurs = Occurs::AtMostOnce);
+/// --fit.
+void declareFit(Arguments& arguments, RenderRequest& request);
 /// --music and how it is played, --loudness, --bitrate, --preset, -o.
 void declareVideo(Arguments& arguments, VideoRequest& request);
 /// --at, --every.

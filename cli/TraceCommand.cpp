@@ -12,6 +12,7 @@ class TraceCommand : public Command {
         declareSource(arguments, request_, true);
         declareInputs(arguments, request_);
         declareFormat(arguments, request_);
+        declareFit(arguments, request_);
         declareSelection(arguments, request_.selection);
         arguments.flag("--draw", "Draw the frames too, as for a video", request_.draws);
         arguments.example("multiscene trace templates/minimal --at 0,30");

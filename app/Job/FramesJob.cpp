@@ -56,8 +56,7 @@ JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std:
     const FrameSelection& wanted = request.selection;
     PictureFiles files(folder);
     const auto sink = std::make_shared<PictureSink>(
-        group.format.width, group.format.height,
-        [&files](const PictureSink::Picture& picture) { files.write(picture); },
+        group.layout, [&files](const PictureSink::Picture& picture) { files.write(picture); },
         [&wanted](int64_t frame) { return wanted.contains(frame); });
     GroupRun run(group, sink, nullptr, observer, std::move(stop));
     run.setFrameLimit(wanted.framesNeeded());

@@ -19,10 +19,10 @@ void wakeMainThread() {
     DispatchQueue::main().async([] {});
 }
 
-RenderDriverSettings driverSettings(const MediaFormat& format) {
+RenderDriverSettings driverSettings(const platform::FrameLayout& layout) {
     RenderDriverSettings settings;
-    settings.bufferWidth = format.width;
-    settings.bufferHeight = format.height;
+    settings.bufferWidth = layout.drawnWidth;
+    settings.bufferHeight = layout.drawnHeight;
     return settings;
 }
 
@@ -50,7 +50,7 @@ GroupRun::GroupRun(const PreparedGroup& group, std::shared_ptr<FrameSink> frameS
     : group_(group), observer_(observer), stop_(std::move(stop)), shared_(std::make_shared<Shared>()) {
     RenderReport::shared().clear();
     manager_ = QVMultiSceneRenderManager::initWithFrameSink(std::move(frameSink), std::move(soundSink),
-                                                            driverSettings(group.format));
+                                                            driverSettings(group.layout));
     manager_->setExportPauseSeconds(0);
     manager_->setFrameRenderingCompleteBlock([shared = shared_](int64_t) { shared->countFrame(); });
     startShaderReport();

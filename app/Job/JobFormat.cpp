@@ -42,6 +42,35 @@ MediaFormat formatOf(const RenderRequest& request, const Playable& playable) {
     return format;
 }
 
+platform::FrameLayout layoutOf(const RenderRequest& request, const Playable& playable,
+                               const MediaFormat& format) {
+    if (!playable.format) return platform::FrameLayout::whole(format.width, format.height);
+    return platform::FrameLayout::fitted(playable.format->width, playable.format->height, format.width,
+                                         format.height, request.fit.value_or(playable.format->fit));
+}
+
+std::string shapeNote(const RenderRequest& request, const Playable& playable, const MediaFormat& format) {
+    if (!playable.format) return request.fit ? "--fit: a scene-group file has no shape of its own" : "";
+    // What padding leaves whole has the same shape.
+    const bool isSameShape = platform::FrameLayout::fitted(playable.format->width, playable.format->height,
+                                                           format.width, format.height, platform::Fit::Pad)
+                                 .isWhole();
+    if (isSameShape) return {};
+    const std::string shapes =
+        sizeText(format) + " is another shape than the template's " + sizeText(*playable.format) + ": ";
+    switch (request.fit.value_or(playable.format->fit)) {
+        case platform::Fit::Blur:
+            return shapes + "a blurred copy fills what is left (--fit)";
+        case platform::Fit::Pad:
+            return shapes + "what is left stays black (--fit)";
+        case platform::Fit::Crop:
+            return shapes + "its edges are cut (--fit)";
+        case platform::Fit::Stretch:
+            return shapes + "the scenes are drawn in that shape, which squashes most (--fit)";
+    }
+    return {};
+}
+
 std::string speedNote(const MediaFormat& format, const Playable& playable, int64_t frames) {
     if (!playable.format || playable.format->framesPerSecond == format.framesPerSecond) return {};
     const double wanted = static_cast<double>(frames) / format.framesPerSecond;

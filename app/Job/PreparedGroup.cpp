@@ -103,6 +103,8 @@ void shareFolders(const PreparedGroup& prepared, const JobFolder& job) {
 void addNotes(PreparedGroup& prepared, const RenderRequest& request) {
     if (prepared.musicPath.empty() && request.musicSettings != MusicSettings())
         prepared.notes.push_back("there is no music whose volume, start or fade could be set");
+    const std::string shape = shapeNote(request, prepared.playable, prepared.format);
+    if (!shape.empty()) prepared.notes.push_back(shape);
     const std::string speed = speedNote(prepared.format, prepared.playable, prepared.totalFrames);
     if (!speed.empty()) prepared.notes.push_back(speed);
 }
@@ -114,6 +116,7 @@ PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, c
     prepared.playable = open(request, job);
     SceneCatalogue::setShared(prepared.playable.catalogue);
     prepared.format = formatOf(request, prepared.playable);
+    prepared.layout = layoutOf(request, prepared.playable, prepared.format);
     UserValues values = collectUserValues(request.inputs, prepared.playable, job, prepared.format, stop);
     prepared.missingInputs = std::move(values.missing);
     prepared.notes = std::move(values.notes);

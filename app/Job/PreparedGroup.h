@@ -15,7 +15,8 @@ namespace multiscene {
 
 struct PreparedGroup {
     Playable playable;
-    MediaFormat format;
+    MediaFormat format;                      ///< of the video
+    platform::FrameLayout layout;            ///< of the drawn picture in it
     platform::Value group;                   ///< the content of the scene-group file
     std::filesystem::path groupFile;         ///< in the job's folder
     int64_t totalFrames = 0;                 ///< as the catalogue says; below 1 when it does not

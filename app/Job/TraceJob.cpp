@@ -15,9 +15,7 @@ JobSummary traceFrames(const TraceRequest& request, const std::function<void(con
     for (const std::string& note : group.notes) observer.jobNote(note);
 
     std::shared_ptr<FrameSink> sink;
-    if (request.draws)
-        sink = std::make_shared<PictureSink>(group.format.width, group.format.height,
-                                             [](const PictureSink::Picture&) {});
+    if (request.draws) sink = std::make_shared<PictureSink>(group.layout, [](const PictureSink::Picture&) {});
     GroupRun run(group, sink, nullptr, observer, std::move(stop));
     run.setFrameLimit(request.selection.framesNeeded());
     run.setSampler([&](int64_t frame, const RenderDriver& driver) {

@@ -39,6 +39,7 @@ MediaFormat mediaFormatOf(const platform::Value& wechartTempletInfo) {
         format.height = size->height;
     }
     const int rate = wechartTempletInfo.int32("videoFrameRate");
+    format.fit = platform::fitNamed(wechartTempletInfo.string("fit")).value_or(format.fit);
     if (rate >= 1 && rate <= kMaxFramesPerSecond) format.framesPerSecond = rate;
     return format;
 }

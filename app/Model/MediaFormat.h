@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "platform/base/Value.h"
+#include "platform/pixels/FrameLayout.h"
 
 namespace multiscene {
 
@@ -11,12 +12,14 @@ struct MediaFormat {
     int width = 720;    ///< pixels
     int height = 1280;  ///< pixels
     int framesPerSecond = 30;
+    /// How the template wants to lie in a video of another shape.
+    platform::Fit fit = platform::Fit::Blur;
 
     bool operator==(const MediaFormat&) const = default;
 };
 
-/// "mediaSize" ("720,1280") and "videoFrameRate" of an input description. What is missing, or is no positive
-/// number, keeps its default.
+/// "mediaSize" ("720,1280"), "videoFrameRate" and "fit" of an input description. What is missing, or is no
+/// positive number, keeps its default.
 MediaFormat mediaFormatOf(const platform::Value& wechartTempletInfo);
 
 /// Width and height of "720,1280"; nothing unless both are whole positive numbers of at most 16384.

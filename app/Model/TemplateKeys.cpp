@@ -50,6 +50,8 @@ constexpr KeyTable inputKeys{"userInputArray", "One thing that the user is asked
 
 }  // namespace
 
+static constexpr std::string_view fitNames[] = {"blur", "pad", "crop", "stretch"};
+
 static constexpr Key descriptionKeyList[] = {
     {.name = "PIPTempletType", .type = KeyType::Integer, .fallback = "0", .meaning = "kind of template"},
     {.name = "mediaSize",
@@ -66,6 +68,13 @@ static constexpr Key descriptionKeyList[] = {
      .meaning = "rate of the video",
      .minimum = 1,
      .maximum = 1000},
+    {.name = "fit",
+     .type = KeyType::Choice,
+     .fallback = "blur",
+     .meaning =
+         "how the picture lies in a video of another shape: whole before a blurred copy of itself, whole "
+         "with black beside it, cut, or drawn in that shape",
+     .choices = fitNames},
     {.name = "userInputArray",
      .type = KeyType::Array,
      .meaning = "what the user is asked for",

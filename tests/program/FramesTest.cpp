@@ -1,5 +1,7 @@
 #include <fcntl.h>
 
+#include <array>
+
 #include "platform/image/ImageDecoder.h"
 #include "platform/image/ImageWriter.h"
 #include "tests/program/ProgramTest.h"
@@ -65,6 +67,56 @@ TEST_F(FramesTest, ShowThePartOfAPhotoThatTheUserChose) {
     EXPECT_EQ(middleOf({"--crop", "photo=0,0,0.33,1"}), "b");
     EXPECT_EQ(middleOf({"--crop", "photo=0.34,0,0.33,1"}), "g");
     EXPECT_EQ(middleOf({"--focus", "photo=1,0.5"}), "rg");
+}
+
+TEST_F(FramesTest, AndFilmsOfAnotherShapeSquashNothing) {
+    // The template is 64 x 96 and shows a red square of its whole width in the middle.
+    SmallTemplate square;
+    square.nodes.resize(1);
+    path = square.write(folder.path() / "square");
+    const auto shown = [&](const std::string& file) {
+        const platform::FileHandle handle(::open(file.c_str(), O_RDONLY));
+        const platform::Bitmap frame = platform::decodeImage(handle);
+        EXPECT_EQ(frame.size(), (platform::ImageSize{96, 64}));
+        const auto isRed = [&](int x, int y) { return frame.pixel(x, y)[0] > 210; };
+        int across = 0, down = 0;
+        for (int x = 0; x < frame.width; ++x) across += isRed(x, 32);
+        for (int y = 0; y < frame.height; ++y) down += isRed(48, y);
+        const int beside = frame.pixel(4, 32)[0];
+        return std::array{across, down, beside > 210 ? 2 : beside > 30 ? 1 : 0};
+    };
+    struct Case {
+        const char* fit;
+        int across, down, beside;
+    };
+    for (const Case& wanted : {Case{"", 42, 42, 1},
+                               {"blur", 42, 42, 1},
+                               {"pad", 42, 42, 0},
+                               {"crop", 96, 64, 2},
+                               {"stretch", 96, 64, 2}}) {
+        std::vector<std::string> options{"--size", "96x64"};
+        if (*wanted.fit) options.insert(options.end(), {"--fit", wanted.fit});
+        const std::string film = folder.file("film.mp4"), picture = folder.file("film.png");
+        std::vector<std::string> make{"make", path, "-o", film, "--bitrate", "4M"},
+            frames{"frames", path, "-o", folder.file("out"), "--at", "0"};
+        for (auto* words : {&make, &frames}) {
+            words->insert(words->end(), options.begin(), options.end());
+            const Result result = multiscene(*words);
+            ASSERT_EQ(result.exitCode, 0) << result.errors;
+            EXPECT_THAT(result.output, HasSubstr("another shape than the template's 64x96"));
+        }
+        ASSERT_EQ(run({"ffmpeg", "-v", "error", "-y", "-i", film, "-frames:v", "1", picture}).exitCode, 0);
+        for (const std::string& file : {folder.file("out/frame-000000.png"), picture}) {
+            const auto [across, down, beside] = shown(file);
+            EXPECT_NEAR(across, wanted.across, 3) << wanted.fit << " " << file;
+            EXPECT_NEAR(down, wanted.down, 3) << wanted.fit << " " << file;
+            EXPECT_EQ(beside, wanted.beside) << wanted.fit << " " << file;
+        }
+    }
+    square.description["fit"] = "crop";
+    path = square.write(folder.path() / "cut");
+    frames("own", {"--size", "96x64", "--at", "0"});
+    EXPECT_EQ(shown(folder.file("own/frame-000000.png"))[2], 2) << "the template's own choice";
 }
 
 TEST_F(FramesTest, BeyondTheEndNameTheLastFrameAndLeaveNone) {

@@ -121,6 +121,7 @@ std::vector<WrongInput> wrongInputs() {
         {"NoLoudness", 2, "--loudness", {}, {}, Words{"--loudness", "3"}},
         {"OddSize", 2, "--size", {}, {}, Words{"--size", "65x96"}},
         {"NoSize", 2, "--size", {}, {}, Words{"--size", "big"}},
+        {"NoFit", 2, "--fit", {}, {}, Words{"--fit", "squash"}},
         {"NoPreset", 2, "--preset", {}, {}, Words{"--preset", "placebo!"}},
         {"UnknownOption", 2, "--quality", {}, {}, Words{"--quality", "9"}},
         {"TextWithoutKey", 2, "--text", {}, {}, Words{"--text", "Hello"}},

@@ -18,13 +18,14 @@ void flipRows(std::vector<uint8_t>& pixels, size_t rowBytes) {
 
 }  // namespace
 
-PictureSink::PictureSink(int32_t width, int32_t height, Receiver receiver, Selection selection)
-    : target_(width, height, TargetShaders::OwnOnly),
+PictureSink::PictureSink(const platform::FrameLayout& layout, Receiver receiver, Selection selection)
+    : placer_(layout),
+      target_(layout.drawnWidth, layout.drawnHeight, TargetShaders::OwnOnly),
       receiver_(std::move(receiver)),
       selection_(std::move(selection)) {}
 
 std::shared_ptr<FrameSink> PictureSink::freshSink() {
-    return std::make_shared<PictureSink>(width(), height(), receiver_, selection_);
+    return std::make_shared<PictureSink>(placer_.layout(), receiver_, selection_);
 }
 
 void PictureSink::renderFrameToVideo() {
@@ -33,11 +34,15 @@ void PictureSink::renderFrameToVideo() {
 }
 
 void PictureSink::handOut() {
-    const size_t rowBytes = static_cast<size_t>(width()) * 4;
-    pixels_.resize(rowBytes * static_cast<size_t>(height()));
-    readFramebuffer(target_.frameBuffer(), width(), height(), PixelOrder::RGBA, pixels_.data(), width() * 4);
+    const platform::FrameLayout& layout = placer_.layout();
+    const size_t rowBytes = static_cast<size_t>(layout.width) * 4;
+    pixels_.resize(rowBytes * static_cast<size_t>(layout.height));
+    drawn_.resize(layout.isWhole() ? 0 : static_cast<size_t>(width()) * static_cast<size_t>(height()) * 4);
+    readFramebuffer(target_.frameBuffer(), width(), height(), PixelOrder::RGBA,
+                    layout.isWhole() ? pixels_.data() : drawn_.data(), width() * 4);
+    if (!layout.isWhole()) placer_.place(drawn_.data(), pixels_.data());
     flipRows(pixels_, rowBytes);
-    receiver_({.frame = nextFrame_, .width = width(), .height = height(), .rgba = pixels_.data()});
+    receiver_({.frame = nextFrame_, .width = layout.width, .height = layout.height, .rgba = pixels_.data()});
 }
 
 }  // namespace multiscene

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "core/GLESUtils/QVFrameBufferToTexture.h"
+#include "platform/pixels/FrameLayout.h"
 #include "videoRenderCore/FrameSink.h"
 
 namespace multiscene {
@@ -23,8 +24,12 @@ class PictureSink : public FrameSink {
     using Receiver = std::function<void(const Picture&)>;
     using Selection = std::function<bool(int64_t frame)>;
 
-    /// `width`, `height` in pixels. No selection: every frame.
-    PictureSink(int32_t width, int32_t height, Receiver receiver, Selection selection = {});
+    /// No selection: every frame.
+    PictureSink(const platform::FrameLayout& layout, Receiver receiver, Selection selection = {});
+    /// Pictures as they are drawn, in pixels.
+    PictureSink(int32_t width, int32_t height, Receiver receiver, Selection selection = {})
+        : PictureSink(platform::FrameLayout::whole(width, height), std::move(receiver),
+                      std::move(selection)) {}
 
     int32_t width() const override { return target_.fboWidth(); }
     int32_t height() const override { return target_.fboHeight(); }
@@ -42,11 +47,12 @@ class PictureSink : public FrameSink {
   private:
     void handOut();
 
+    platform::FramePlacer placer_;
     QVFrameBufferToTexture target_;
     Receiver receiver_;
     Selection selection_;
     int64_t nextFrame_ = 0;
-    std::vector<uint8_t> pixels_;
+    std::vector<uint8_t> drawn_, pixels_;
 };
 
 }  // namespace multiscene

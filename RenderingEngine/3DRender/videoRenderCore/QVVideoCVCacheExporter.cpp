@@ -32,7 +32,8 @@ QVVideoCVCacheExporter::QVVideoCVCacheExporter(const std::string& path, double w
       height_(static_cast<int32_t>(std::lround(height))),
       framesPerSecond_(frameRate),
       settings_(settings),
-      resolveTarget_(width_, height_, TargetShaders::OwnOnly),
+      placer_(settings.layout.value_or(platform::FrameLayout::whole(width_, height_))),
+      resolveTarget_(placer_.layout().drawnWidth, placer_.layout().drawnHeight, TargetShaders::OwnOnly),
       // GL's bottom-up rows are turned while they are converted.
       writer_(std::make_unique<platform::VideoWriter>(
           platform::VideoWriter::Settings{.path = path,
@@ -100,8 +101,11 @@ std::optional<platform::Error> QVVideoCVCacheExporter::failure() const {
 
 void QVVideoCVCacheExporter::renderFrameToVideo() {
     auto buffer = writer_->takeBuffer();
-    readFramebuffer(resolveTarget_.frameBuffer(), width_, height_, PixelOrder::BGRA, buffer->data(),
-                    buffer->stride());
+    const platform::FrameLayout& layout = placer_.layout();
+    drawn_.resize(layout.isWhole() ? 0 : size_t(layout.drawnWidth) * size_t(layout.drawnHeight) * 4);
+    readFramebuffer(resolveTarget_.frameBuffer(), layout.drawnWidth, layout.drawnHeight, PixelOrder::BGRA,
+                    layout.isWhole() ? buffer->data() : drawn_.data(), layout.drawnWidth * 4);
+    if (!layout.isWhole()) placer_.place(drawn_.data(), buffer->data());
     addFrameCVCache(std::move(buffer));
 }
 

@@ -15,6 +15,7 @@
 #include "platform/audio/AudioMix.h"
 #include "platform/base/DispatchQueue.h"
 #include "platform/media/VideoWriter.h"
+#include "platform/pixels/FrameLayout.h"
 #include "videoRenderCore/FrameSink.h"
 #include "videoRenderCore/SoundSink.h"
 
@@ -41,6 +42,8 @@ struct VideoExportSettings {
     /// Where the mixed sound and the joined film are made, under names of their own. The exporter deletes
     /// neither; the job that owns the folder does.
     std::filesystem::path temporaryFolder = {};
+    /// How the drawn picture lies in the film; none: it fills it.
+    std::optional<platform::FrameLayout> layout = {};
     /// What an export that was stopped calls itself, in the user's language.
     std::string errorDomain = "videoExporter";
 };
@@ -91,8 +94,8 @@ class QVVideoCVCacheExporter : public FrameSink,
     std::optional<platform::AudioMixReport> soundReport() const;
 
     // FrameSink
-    int32_t width() const override { return width_; }
-    int32_t height() const override { return height_; }
+    int32_t width() const override { return placer_.layout().drawnWidth; }
+    int32_t height() const override { return placer_.layout().drawnHeight; }
     void createFrameBufferObject() override;
     void destroyFramebuffer() override;
     uint32_t renderToTextureFrameBufferID() const override { return resolveTarget_.frameBuffer(); }
@@ -126,6 +129,8 @@ class QVVideoCVCacheExporter : public FrameSink,
     const VideoExportSettings settings_;
     std::weak_ptr<QVVideoCVCacheExporterDelegate> delegate_;
     int64_t currentFrame_ = 1;
+    platform::FramePlacer placer_;
+    std::vector<uint8_t> drawn_;  ///< a picture that does not fill the film
     QVFrameBufferToTexture resolveTarget_;
     std::unique_ptr<platform::VideoWriter> writer_;
 
