@@ -125,6 +125,11 @@ void FramePlacer::average(const uint8_t* drawn) {
 }
 
 void FramePlacer::blur() {
+    columns_.resize(size_t(layout_.width));
+    for (int x = 0; x < layout_.width; ++x) {
+        const Between place = between(x, layout_.width, smallWidth_);
+        columns_[size_t(x)] = {place.first, place.second, place.share};
+    }
     for (int pass = 0; pass < blurPasses; ++pass) {
         for (int y = 0; y < smallHeight_; ++y)
             boxAlong(small_, smallWidth_, 1, size_t(y) * size_t(smallWidth_) * 3);
@@ -132,43 +137,43 @@ void FramePlacer::blur() {
     }
 }
 
-/// Pixels `from` to `to` of a row of the frame.
-void FramePlacer::fillRow(int y, int from, int to, uint8_t* row) const {
-    if (!layout_.blursMargins) {
-        for (int x = from; x < to; ++x) {
-            constexpr uint8_t black[] = {0, 0, 0, 255};
-            std::memcpy(row + size_t(x) * 4, black, 4);
-        }
-        return;
-    }
+void FramePlacer::mixRows(int y) {
     const Between rows = between(y, layout_.height, smallHeight_);
     const uint16_t* upper = &small_[size_t(rows.first) * size_t(smallWidth_) * 3];
     const uint16_t* lower = &small_[size_t(rows.second) * size_t(smallWidth_) * 3];
+    mixed_.resize(size_t(smallWidth_) * 3);
+    // 255 * 64 * 256 * 256 fits.
+    for (size_t i = 0; i < mixed_.size(); ++i)
+        mixed_[i] = upper[i] * (256 - rows.share) + lower[i] * rows.share;
+}
+
+/// Pixels `from` to `to` of a row of the frame.
+void FramePlacer::fillRow(int from, int to, uint8_t* row) const {
+    constexpr int bits = 22;  // of scale * 256 * 256
+    static_assert(scale << 16 == 1 << bits);
     for (int x = from; x < to; ++x) {
-        const Between columns = between(x, layout_.width, smallWidth_);
         uint8_t* pixel = row + size_t(x) * 4;
-        for (int c = 0; c < 3; ++c) {
-            const int left =
-                upper[columns.first * 3 + c] * (256 - rows.share) + lower[columns.first * 3 + c] * rows.share;
-            const int right = upper[columns.second * 3 + c] * (256 - rows.share) +
-                              lower[columns.second * 3 + c] * rows.share;
-            const int64_t mixed = int64_t(left) * (256 - columns.share) + int64_t(right) * columns.share;
-            pixel[c] = uint8_t(mixed / (int64_t(scale) << 16));
-        }
+        pixel[0] = pixel[1] = pixel[2] = 0;
         pixel[3] = 255;
+        if (!layout_.blursMargins) continue;
+        const Column& column = columns_[size_t(x)];
+        const int *left = &mixed_[size_t(column.first) * 3], *right = &mixed_[size_t(column.second) * 3];
+        for (int c = 0; c < 3; ++c)
+            pixel[c] = uint8_t((left[c] * (256 - column.share) + right[c] * column.share) >> bits);
     }
 }
 
-void FramePlacer::fillMargins(uint8_t* frame) const {
+void FramePlacer::fillMargins(uint8_t* frame) {
     const int left = std::max(0, layout_.width - layout_.drawnWidth) / 2, right = layout_.width - left;
     const int top = std::max(0, layout_.height - layout_.drawnHeight) / 2, bottom = layout_.height - top;
     for (int y = 0; y < layout_.height; ++y) {
         uint8_t* row = frame + size_t(y) * size_t(layout_.width) * 4;
+        if (layout_.blursMargins) mixRows(y);
         if (y < top || y >= bottom) {
-            fillRow(y, 0, layout_.width, row);
+            fillRow(0, layout_.width, row);
         } else {
-            fillRow(y, 0, left, row);
-            fillRow(y, right, layout_.width, row);
+            fillRow(0, left, row);
+            fillRow(right, layout_.width, row);
         }
     }
 }

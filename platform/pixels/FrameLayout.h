@@ -49,12 +49,19 @@ class FramePlacer {
     void copyMiddle(const uint8_t* drawn, uint8_t* frame) const;
     void average(const uint8_t* drawn);
     void blur();
-    void fillRow(int y, int from, int to, uint8_t* row) const;
-    void fillMargins(uint8_t* frame) const;
+    void mixRows(int y);
+    void fillRow(int from, int to, uint8_t* row) const;
+    void fillMargins(uint8_t* frame);
 
     FrameLayout layout_;
     int smallWidth_ = 0, smallHeight_ = 0;
     std::vector<uint16_t> small_;  ///< the blurred copy, three colours a pixel, 0 to 255 * 64
+    /// Where a column of the frame lies among those of the copy, in 256ths.
+    struct Column {
+        int first, second, share;
+    };
+    std::vector<Column> columns_;
+    std::vector<int> mixed_;  ///< two rows of the copy, mixed for a row of the frame
 };
 
 }  // namespace platform
