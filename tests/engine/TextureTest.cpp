@@ -174,6 +174,33 @@ TEST_F(TextureTest, FiltersShapeThePhotoOnly) {
     EXPECT_TRUE(isNear(at(32, 32), kWhite));
 }
 
+TEST_F(TextureTest, ShrunkPicturesAreAveraged) {
+    // One column in eight is black: a picture of 1024 columns shown in 64 is an even grey.
+    std::vector<Pixel> stripes(1024 * 64, kWhite);
+    for (size_t i = 0; i < stripes.size(); i += 8) stripes[i] = {0, 0, 0, 255};
+    const std::string file = picture("stripes.png", stripes, 1024);
+    const auto spread = [&](Dictionary changes) {
+        newScene();
+        Dictionary info = quad("QVQuadObject3D", file);
+        for (const auto& [key, value] : changes) info[key] = value;
+        add(info);
+        draw(0, kRed);
+        int least = 255, most = 0;
+        for (int x = 2; x < 62; ++x) {
+            least = std::min<int>(least, at(x, 32)[0]);
+            most = std::max<int>(most, at(x, 32)[0]);
+        }
+        EXPECT_GT(least, 150);
+        return most - least;
+    };
+    EXPECT_LT(spread({}), 12);
+    EXPECT_LT(spread({{"TextureInfo", dictionary({{"textureType", "filterImage"},
+                                                  {"texture", file},
+                                                  {"filterType", "roundRect"},
+                                                  {"circularR", 1}})}}),
+              12);
+}
+
 TEST_F(TextureTest, FilteredPhotosOfAnySizeLookTheSame) {
     const auto shape = [&](int width, int height) {
         newScene();

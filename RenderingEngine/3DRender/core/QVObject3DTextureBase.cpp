@@ -3,6 +3,7 @@
 #include "core/Material/QVImage2dMaterial.h"
 #include "core/Material/QVTextureMaterial.h"
 #include "core/Material/TextureInfoKeys.h"
+#include "core/Material/ZBTexture.h"
 #include "core/PhotoSlot.h"
 #include "core/QVScene3D.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
@@ -47,6 +48,8 @@ void QVObject3DTextureBase::loadTexture() {
     setMaterial(QVMaterialBase::loadTextureWithDic(textureInfo_, materialContext(computeTexturePath())));
     loadTextureFinsh();
 }
+
+ShownBox QVObject3DTextureBase::largestShownBox() { return {}; }
 
 void QVObject3DTextureBase::reloadTextureFromPvr(const std::string& name) {
     auto picture = std::make_shared<QVImage2dMaterial>(resolvedPath(name), ImageType::Pvr);

@@ -10,6 +10,7 @@
 namespace multiscene {
 
 class QVTextureMaterial;
+struct ShownBox;
 
 extern const KeyTable textureBaseKeys;
 
@@ -30,6 +31,8 @@ class QVObject3DTextureBase : public QVObject3DTransformBase {
     /// with its macros resolved. Empty when there is no such file or it may not be opened.
     std::string computeTexturePath() const;
     void loadTexture();
+    /// The most room that the picture takes when it is drawn; nothing where that cannot be told beforehand.
+    virtual ShownBox largestShownBox();
     /// Called when a material has been loaded: subclasses fit themselves to it. Glossary: "finish".
     virtual void loadTextureFinsh() {}
     /// Replaces the material with a PVR picture of the scene's folder.

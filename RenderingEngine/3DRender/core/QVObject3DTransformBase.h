@@ -26,6 +26,8 @@ class QVObject3DTransformBase : public QVObject3DFpsBase {
     void addTraceFields(platform::Value::Dictionary& fields) override;
 
     void setTransformArray(platform::Value::Array items);
+    const platform::Value::Array& transformArray() const { return transformArray_; }
+    const platform::Value::Array& mutableTransformArray() const { return mutableTransformArray_; }
     void setMutableTransformArray(platform::Value::Array items) { mutableTransformArray_ = std::move(items); }
 
     int64_t currentTransformIndex() const { return currentTransformIndex_; }

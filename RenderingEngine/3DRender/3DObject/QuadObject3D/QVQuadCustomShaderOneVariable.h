@@ -18,6 +18,7 @@ class QVQuadCustomShaderOneVariable : public QVQuadObject3D {
     float oneVariable() const { return oneVariable_; }
 
   protected:
+    bool liesInItsBox() const override { return false; }
     void addTraceValues(platform::Value::Dictionary& values) const override;
 
   private:

@@ -3,8 +3,10 @@
 #include "3DObject/QuadObject3D/BackgroundBlur.h"
 #include "core/GLESUtils/GLState.h"
 #include "core/Material/QVTextureMaterial.h"
+#include "core/Material/ZBTexture.h"
 #include "core/NodeTypes.h"
 #include "core/QVLightBase.h"
+#include "core/ShownSize.h"
 #include "opengl2.0/ShaderManager/ShaderManager.h"
 #include "opengl2.0/TexturedQuad.h"
 
@@ -111,6 +113,14 @@ void QVQuadObject3D::computeVertices() {
             width = modelHeight_ * pictureRatio;
     }
     squareVertices_ = cornersOfSize(width, height);
+}
+
+ShownBox QVQuadObject3D::largestShownBox() {
+    if (!liesInItsBox()) return {};
+    const double pixels = mostPixelsAUnit(*this).value_or(0);
+    return {.width = std::abs(modelWidth_) * pixels,
+            .height = std::abs(modelHeight_) * pixels,
+            .isCovered = contentMode_ == static_cast<int32_t>(QuadContentMode::Fill)};
 }
 
 void QVQuadObject3D::updateData(const platform::CMTime& time) {

@@ -32,6 +32,7 @@ class QVQuadObject3D : public QVObject3DTextureBase {
     void render(const platform::CMTime& time) override;
     void renderComplete(const platform::CMTime& time) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;
+    ShownBox largestShownBox() override;
     void loadTextureFinsh() override { computeVertices(); }
 
     /// Reads "QuadInfo".
@@ -79,6 +80,9 @@ class QVQuadObject3D : public QVObject3DTextureBase {
     /// The value of a key frame between its two ends.
     static float interpolated(const KeyReader& keyFrame, const char* startKey, const char* endKey,
                               float easeValue);
+
+    /// False where the corners, or the part of the picture that is seen, come from elsewhere.
+    virtual bool liesInItsBox() const { return true; }
 
   private:
     std::shared_ptr<Shader> chosenShader() const;

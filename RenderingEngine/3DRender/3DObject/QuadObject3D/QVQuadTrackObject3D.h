@@ -24,6 +24,9 @@ class QVQuadTrackObject3D : public QVQuadObject3D {
     const platform::Value::Array& trackData() const { return trackData_; }
     int32_t curretTrackFps() const { return curretTrackFps_; }  ///< frames drawn so far
 
+  protected:
+    bool liesInItsBox() const override { return false; }
+
   private:
     std::string trackFilePath_;
     platform::Value::Array trackData_;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
+#include <vector>
 
 namespace multiscene {
 
@@ -21,7 +23,44 @@ Between between(int place, int from, int to) {
             at - static_cast<float>(first)};
 }
 
+/// The pixels of one axis that a pixel of the result covers, in parts of it.
+struct Covered {
+    int first;
+    std::vector<float> shares;
+};
+
+std::vector<Covered> coveredBy(int from, int to) {
+    std::vector<Covered> all;
+    const float step = static_cast<float>(from) / static_cast<float>(to);
+    for (int place = 0; place < to; ++place) {
+        const float start = static_cast<float>(place) * step, end = start + step;
+        Covered covered{std::min(static_cast<int>(start), from - 1), {}};
+        for (int at = covered.first; at < from && static_cast<float>(at) < end; ++at)
+            covered.shares.push_back(
+                (std::min(end, static_cast<float>(at + 1)) - std::max(start, static_cast<float>(at))) / step);
+        all.push_back(std::move(covered));
+    }
+    return all;
+}
+
 }  // namespace
+
+platform::Bitmap averaged(const platform::Bitmap& picture, platform::ImageSize size) {
+    platform::Bitmap result(size.width, size.height);
+    const auto columns = coveredBy(picture.width, size.width), rows = coveredBy(picture.height, size.height);
+    uint8_t* out = result.rgba.data();
+    for (const Covered& row : rows)
+        for (const Covered& column : columns) {
+            float sums[4] = {};
+            for (size_t y = 0; y < row.shares.size(); ++y) {
+                const uint8_t* pixel = picture.pixel(column.first, row.first + static_cast<int>(y));
+                for (const float share : column.shares)
+                    for (float& sum : sums) sum += share * row.shares[y] * static_cast<float>(*pixel++);
+            }
+            for (const float sum : sums) *out++ = static_cast<uint8_t>(std::min(255L, std::lround(sum)));
+        }
+    return result;
+}
 
 platform::Bitmap stretched(const platform::Bitmap& picture, platform::ImageSize size) {
     platform::Bitmap result(size.width, size.height);

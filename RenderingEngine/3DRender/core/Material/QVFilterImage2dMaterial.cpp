@@ -24,7 +24,7 @@ QVFilterImage2dMaterial::QVFilterImage2dMaterial(std::string imagePath, std::str
       filterInfo_(std::move(filterInfo)) {}
 
 void QVFilterImage2dMaterial::loadMaterial() {
-    modelTexture_.loadTextureFilter(imagePath_, rootScenePath_, filterInfo_);
+    modelTexture_.loadTextureFilter(imagePath_, rootScenePath_, filterInfo_, largestShownBox());
     setTextureId(modelTexture_.textureId());
     if (textureId() == 0) reportSkippedPicture(imagePath_, filterInfo_);
 }

@@ -23,7 +23,7 @@ QVImage2dMaterial::QVImage2dMaterial(std::string imagePath, ImageType imageType,
       textureInfo_(std::move(textureInfo)) {}
 
 void QVImage2dMaterial::loadMaterial() {
-    modelTexture_.loadPicture(imagePath_, imageType_);
+    modelTexture_.loadPicture(imagePath_, imageType_, largestShownBox());
     setTextureId(modelTexture_.textureId());
     if (textureId() == 0) reportSkippedPicture(imagePath_, textureInfo_);
 }

@@ -1,7 +1,8 @@
 #include "core/Material/QVMaterialBase.h"
 
 #include "core/Material/TextureInfoKeys.h"
-#include "core/QVObject3DFpsBase.h"
+#include "core/Material/ZBTexture.h"
+#include "core/QVObject3DTextureBase.h"
 #include "core/SkippedMedia.h"
 
 namespace multiscene {
@@ -14,6 +15,11 @@ std::shared_ptr<QVMaterialBase> QVMaterialBase::loadTextureWithDic(const platfor
     material->setObject3D(context.object3D);
     material->loadMaterial();
     return material;
+}
+
+ShownBox QVMaterialBase::largestShownBox() const {
+    auto* drawable = dynamic_cast<QVObject3DTextureBase*>(object3D_);
+    return drawable ? drawable->largestShownBox() : ShownBox{};
 }
 
 void QVMaterialBase::reportSkippedPicture(const std::string& path, const platform::Value& textureInfo) const {

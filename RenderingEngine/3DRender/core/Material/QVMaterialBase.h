@@ -25,6 +25,8 @@ struct MaterialContext {
     int64_t textureSerialEndFps = 0;
 };
 
+struct ShownBox;
+
 /// What a drawable samples. Owned by its drawable; render queue, GL context current.
 ///   loadMaterial     once, after construction
 ///   updateMaterial   before each draw
@@ -42,6 +44,9 @@ class QVMaterialBase {
     /// The drawable outlives its material.
     void setObject3D(QVObject3DFpsBase* object3D) { object3D_ = object3D; }
     QVObject3DFpsBase* object3D() const { return object3D_; }
+
+    /// The most room that the drawable gives its picture; nothing where that cannot be told.
+    ShownBox largestShownBox() const;
 
     virtual void loadMaterial() {}
     virtual void destroyMaterial() {}

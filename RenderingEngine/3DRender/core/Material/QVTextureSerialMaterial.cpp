@@ -57,7 +57,7 @@ void QVTextureSerialMaterial::updateMaterial(const platform::CMTime& time) {
 
 void QVTextureSerialMaterial::show(const std::string& path) {
     ZBTexture picture;
-    picture.loadPicture(path, imageType_);
+    picture.loadPicture(path, imageType_, largestShownBox());
     modelTexture_ = std::move(picture);
     setTextureId(modelTexture_.textureId());
     shownPath_ = path;

@@ -30,6 +30,21 @@ int canvasSide(int pictureSide) {
     return std::min(ZBTexture::minimumSizedTextureSize(static_cast<float>(pictureSide)), most);
 }
 
+platform::ImageSize canvasOf(platform::ImageSize picture, const ShownBox& shown) {
+    const platform::ImageSize canvas{canvasSide(picture.width), canvasSide(picture.height)};
+    if (!(shown.width > 0 && shown.height > 0)) return canvas;
+    double width = shown.width, height = shown.height;
+    if (shown.isCovered) {
+        const double factor = std::max(width / picture.width, height / picture.height);
+        width = picture.width * factor, height = picture.height * factor;
+    }
+    const auto side = [](double wanted, int most) {
+        return wanted < most ? std::max(static_cast<int>(minCanvasSide), static_cast<int>(std::ceil(wanted)))
+                             : most;
+    };
+    return {side(width, canvas.width), side(height, canvas.height)};
+}
+
 /// A picture file stretched to a size; empty when it cannot be read.
 platform::Bitmap decodeStretched(const platform::FileHandle& file, const std::string& name,
                                  platform::ImageSize size) {
@@ -75,15 +90,15 @@ platform::FileHandle ZBTexture::openFile(const std::string& path) {
         .file;
 }
 
-platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path, SizeOnCanvas sizeOnCanvas) {
+platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path, const ShownBox& shown,
+                                             SizeOnCanvas sizeOnCanvas) {
     textureContentSize_ = {};
     const platform::FileHandle file = openFile(path);
     if (!file) return {};
     try {
         const platform::ImageSize size = platform::readImageSize(file, {.name = path});
         const platform::ImageSize counted = sizeOnCanvas ? sizeOnCanvas(size) : size;
-        platform::Bitmap canvas =
-            decodeStretched(file, path, {canvasSide(counted.width), canvasSide(counted.height)});
+        platform::Bitmap canvas = decodeStretched(file, path, canvasOf(counted, shown));
         if (!canvas.isEmpty())
             textureContentSize_ = {static_cast<double>(size.width), static_cast<double>(size.height)};
         return canvas;
@@ -92,8 +107,8 @@ platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path, SizeOnCanv
     }
 }
 
-void ZBTexture::loadloadTexture(const std::string& path) {
-    const platform::Bitmap canvas = decodeOntoCanvas(path);
+void ZBTexture::loadloadTexture(const std::string& path, const ShownBox& shown) {
+    const platform::Bitmap canvas = decodeOntoCanvas(path, shown);
     upload(canvas, canvas.size());
 }
 
@@ -104,8 +119,8 @@ void ZBTexture::loadTextureFromImage(const platform::Bitmap& image) {
     upload(image.size() == canvas ? image : stretched(image, canvas), canvas);
 }
 
-void ZBTexture::loadPicture(const std::string& path, ImageType imageType) {
-    if (imageType == ImageType::Picture) loadloadTexture(path);
+void ZBTexture::loadPicture(const std::string& path, ImageType imageType, const ShownBox& shown) {
+    if (imageType == ImageType::Picture) loadloadTexture(path, shown);
     if (imageType == ImageType::Pvr) loadTextureFromPvr(path);
 }
 
@@ -131,9 +146,12 @@ platform::Bitmap ZBTexture::filterWithOriginalImage(const platform::Bitmap& orig
 }
 
 void ZBTexture::loadTextureFilter(const std::string& path, const std::string& sceneRootPath,
-                                  const platform::Value& filterInfo) {
-    const platform::Bitmap photo = decodeOntoCanvas(path, filteredSize);
-    if (!photo.isEmpty()) upload(filterWithOriginalImage(photo, sceneRootPath, filterInfo), photo.size());
+                                  const platform::Value& filterInfo, const ShownBox& shown) {
+    const platform::Bitmap photo = decodeOntoCanvas(path, {}, filteredSize);
+    if (photo.isEmpty()) return;
+    const platform::Bitmap shaped = filterWithOriginalImage(photo, sceneRootPath, filterInfo);
+    const platform::ImageSize canvas = canvasOf(photo.size(), shown);
+    upload(canvas == shaped.size() ? shaped : averaged(shaped, canvas), canvas);
 }
 
 // Texts

@@ -16,12 +16,19 @@ class QVMultiScene2DTextDataModel;
 /// How a picture file is stored; other numbers load nothing.
 enum class ImageType : uint32_t { Picture = 0, Pvr = 2 };
 
+/// The room that a picture takes at most when it is drawn, in pixels of the frame; 0: unknown.
+struct ShownBox {
+    double width = 0, height = 0;
+    bool isCovered = false;  ///< the picture keeps its proportions and overhangs the box
+};
+
 /// One GL texture and the size of the picture behind it. Render queue, GL context current.
 ///
 /// Pictures are drawn stretched over a canvas whose sides are powers of two of at least 64 pixels, so texture
-/// coordinates run from 0 to 1; a canvas is never larger than the GL takes nor than maxCanvasSide. Files are
-/// opened through the fence; a relative name lies in the program's resources. Anything that cannot be loaded
-/// leaves the texture at 0.
+/// coordinates run from 0 to 1; a canvas is never larger than the GL takes nor than maxCanvasSide, nor, where
+/// that is known, than the picture is shown, since drawing picks single pixels out of what it shrinks. Files
+/// are opened through the fence; a relative name lies in the program's resources. Anything that cannot be
+/// loaded leaves the texture at 0.
 class ZBTexture {
   public:
     static constexpr int maxCanvasSide = 4096;      ///< pixels
@@ -35,16 +42,16 @@ class ZBTexture {
     /// How far the picture, or the text, is transparent inside its edges.
     const PictureAlpha& pictureAlpha() const { return pictureAlpha_; }
     /// A picture file. Glossary: "loadload" is load.
-    void loadloadTexture(const std::string& path);
+    void loadloadTexture(const std::string& path, const ShownBox& shown = {});
     void loadTextureFromImage(const platform::Bitmap& image);
     /// A PVR version 2 file, plain or gzip-compressed.
     void loadTextureFromPvr(const std::string& path);
     /// A file of the given kind.
-    void loadPicture(const std::string& path, ImageType imageType);
+    void loadPicture(const std::string& path, ImageType imageType, const ShownBox& shown = {});
     /// A photo shaped by the "filterType" of the dictionary. It is brought to filterPhotoSide before, so that
     /// its radii and strokes look the same on a photo of any size.
     void loadTextureFilter(const std::string& path, const std::string& sceneRootPath,
-                           const platform::Value& filterInfo);
+                           const platform::Value& filterInfo, const ShownBox& shown = {});
     /// A text; returns where it lies in the texture. Texts beyond maxTextBitmapSide are drawn smaller.
     QVTextureMaterial::TextureCoordinates loadTextureFrom2DTextDadaModel(
         const QVMultiScene2DTextDataModel& model);
@@ -63,7 +70,8 @@ class ZBTexture {
     /// The size that a picture is to count as; none: its own.
     using SizeOnCanvas = platform::ImageSize (*)(platform::ImageSize);
     /// The picture on its canvas; empty when it cannot be read.
-    platform::Bitmap decodeOntoCanvas(const std::string& path, SizeOnCanvas sizeOnCanvas = nullptr);
+    platform::Bitmap decodeOntoCanvas(const std::string& path, const ShownBox& shown,
+                                      SizeOnCanvas sizeOnCanvas = nullptr);
     /// `shown`: the upper left part of the bitmap that is looked at.
     void upload(const platform::Bitmap& bitmap, platform::ImageSize shown);
 
