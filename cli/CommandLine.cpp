@@ -143,7 +143,6 @@ struct Parser {
         const CommandWords words = wordsOf(entry.name);
         CLI::App* sub = parentOf(words).add_subcommand(std::string(words.name), entry.summary);
         sub->fallthrough();
-        if (!*entry.summary) sub->group("");
         auto command = entry.make();
         ParserArguments arguments(*sub);
         command->declare(arguments);

@@ -25,7 +25,8 @@ std::span<const CommandEntry> commands() {
                      makeTemplatePublishCommand},
         CommandEntry{"template encrypt-track", "Turn a plain corner-pin track into the stored form",
                      makeTemplateEncryptTrackCommand},
-        CommandEntry{"scene-format", "", makeSceneFormatCommand},
+        CommandEntry{"scene-format", "Print the reference of templates and scenes, docs/scene-format.md",
+                     makeSceneFormatCommand},
     };
     return table;
 }

@@ -7,7 +7,9 @@ namespace {
 
 class SceneFormatCommand : public Command {
   public:
-    void declare(Arguments&) override {}
+    void declare(Arguments& arguments) override {
+        arguments.example("multiscene scene-format > scene-format.md");
+    }
 
     int run(Console& console, std::stop_token) override {
         console.write(sceneFormatReference());

@@ -89,7 +89,8 @@ class NodeOwnedWalk : public DictionaryVisitor {
 
     void addUnknown(const std::string& identifier, const std::string& keyPath) {
         add(keyPath, "no \"BezierArray\" of this node has \"" + identifier + "\"",
-            "add it there; positions lie below 30000, and eases without a curve are 0 to 30");
+            "add it there; positions lie below 30000, and eases without a curve are 0 to " +
+                std::to_string(easeTable().size() - 1));
     }
 
     void add(const std::string& keyPath, std::string message, std::string remedy) {

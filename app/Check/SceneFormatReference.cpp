@@ -5,7 +5,7 @@
 #include <set>
 #include <vector>
 
-#include "app/Check/KeyExample.h"
+#include "app/Check/FormatExamples.h"
 #include "app/Check/KeyJudge.h"
 #include "app/Model/TemplateKeys.h"
 #include "core/Material/TextureInfoKeys.h"
@@ -29,7 +29,9 @@ Every file, dictionary and key of a template, written from the tables through wh
 (`multiscene scene-format` prints this page). Names are spelt as the format spells them.
 
 Readings are lenient: a number may be written as text, and a missing key reads as its default. Vectors and colours are
-text with commas, "0,0.5,1". `multiscene check` names every key that is unknown, of the wrong type or out of range.
+text with commas, "0,0.5,1". Which keys a dictionary may hold depends on its type where it has one: an "image" has other
+keys than a "text2d". `multiscene check` names every key that is unknown, that belongs to another type, that is of the
+wrong type or out of range. It exits 0 when it finds nothing, or warnings alone (with `--strict` 3), and 3 for an error.
 
 In the column "given by": *user* means that a text is first looked up among the user's values (under the key followed by
 the scene's identifier); *path* means that it is a path with macros: `$(currentScenePlistROOT)/` the template's folder,
@@ -37,6 +39,29 @@ the scene's identifier); *path* means that it is a path with macros: `$(currentS
 `$(currentSceneGroupPlistROOT)/` and `$(currentSceneGroupUserResourcePathROOT)/` the folder of the scene group,
 `$(multiSceneUserResourcesROOT)/`, `$(MultiSceneTemplateROOT)/` and `$(multiSceneRootROOT)/` the other folders of the data
 home.
+
+The examples are cut out of one template that plays, `resources/examples/birthday`; lists of dictionaries are cut after
+two.
+
+## Words
+
+- **Frames** are counted from 0, and both ends of a range belong to it.
+- **Model units** are those of the camera: x points to the right, y up, z towards the viewer. With a `QVOrthCamera` 0,0 is
+  the middle of the picture, and the picture is "OrthWidth" units wide.
+- **The eye** stands at 0,0,0 and looks towards 0,0,-1 until a "LookAtAnimation" moves it. A `QVFrustumCamera` shows what
+  lies from 1 to 2500 units before the eye, so that something at z 0 is seen from further back only, say from 0,0,900. A
+  `QVOrthCamera` shows what lies from 2500 units before the eye to 1000 behind it: z from -2500 to 1000.
+- **Texture units** are parts of a texture: it is 1 wide and 1 high. 0,0 is the upper left of pictures, texts and films,
+  with y pointing down; it is the lower left of what a scene or node has drawn, with y pointing up.
+- **Nothing drawn** is black in the video. The pictures of `frames` show what the video shows; with `--alpha` they are
+  transparent there. Textures that nodes and scenes are drawn into are transparent where nothing is drawn.
+- **A node drawn into a texture** is drawn as the camera sees it: the whole picture, squeezed into "textureSize". Give
+  that the picture's proportions.
+- **Both motion lists** may be given. The node is scaled, turned and moved by "TransformArray", and what comes out of
+  that by the items of "MutableTransformArray", the last one first.
+- **Light** falls on planes, cubes and letters with a depth. Quads, flat letters and films are shown as they are, unless
+  a shader of the template lights them.
+- **Texts** are broken at line feeds and where they would be too wide: [how text is laid out](text-layout.md).
 )";
 
 constexpr const char* kTracks = R"(
@@ -56,12 +81,15 @@ own scale and place bring to its size; the last one is held.
 ```
 )";
 
-constexpr const char* kEases = R"(
+std::string easesText() {
+    return R"(
 ## Eases and paths
 
-An ease turns the even progress of a motion into another one. Ids from 31 to 29999 are as even as 0; an id of 30000 or
+An ease turns the even progress of a motion into another one. Ids from )" +
+           std::to_string(easeTable().size()) + " to " + std::to_string(firstBezierEase - 1) +
+           R"( are as even as 0; an id of 30000 or
 more is the curve of that name in the "BezierArray" of the same node, whose second coordinate is the progress: with the
-points "0,0", "0.3,1.9", "1,1" it overshoots.
+points "0,0", "0.3,1.9", "1,1" it overshoots. For a motion of the texture such an id is as even as 0.
 
 A curve is also a path. An "endTranslate" of "30001,30001,0" moves the node along the curve "30001" in x and y (its
 "interpolationXYZ" is 21); the node's pace is the motion's ease. The last point itself is not reached: state it in an item
@@ -70,6 +98,7 @@ that follows.
 | id | ease |
 |---|---|
 )";
+}
 
 std::string easeRows() {
     std::string rows;
@@ -154,7 +183,8 @@ class Writer {
                 "|\n|---|---|---|---|---|---|---|\n";
             for (const Key& key : table.keys) text += row(table, key);
         }
-        text += "\n```xml\n" + exampleOf(table) + "```\n";
+        if (const std::string example = examples_.of(table); !example.empty())
+            text += "\n```xml\n" + example + "```\n";
     }
 
     std::string variantLinks(const KeyVariants& variants) {
@@ -168,6 +198,7 @@ class Writer {
 
     std::string row(const KeyTable& table, const Key& key) {
         std::string meaning(key.meaning);
+        if (!key.onlyWith.empty()) meaning += "; only with `" + std::string(key.onlyWith) + "`";
         if (key.required) meaning += " (required)";
         if (key.children) meaning += "; keys: " + link(*key.children);
         return "| `" + std::string(key.name) + "` | " + typeText(key.type) + " | " + lookupText(key.lookup) +
@@ -198,6 +229,7 @@ class Writer {
         return names_[&table] = count == 1 ? owner : owner + " (" + std::to_string(count) + ")";
     }
 
+    const FormatExamples examples_;
     std::set<const KeyTable*> later_, written_;
     std::map<const KeyTable*, std::string> names_;
     std::map<std::string, int> owners_;
@@ -209,7 +241,7 @@ std::string sceneFormatReference() {
     Writer writer;
     for (const Chapter& chapter : chapters()) writer.write(chapter);
     writer.text += kTracks;
-    writer.text += kEases;
+    writer.text += easesText();
     writer.text += easeRows();
     return writer.text;
 }

@@ -3,17 +3,7 @@
 #include <fstream>
 #include <functional>
 
-#include "app/Check/KeyExample.h"
-#include "app/Check/KeyJudge.h"
-#include "app/Check/SceneFormatReference.h"
-#include "app/Model/TemplateKeys.h"
-#include "core/NodeTypes.h"
-#include "core/VideoTimeSource.h"
-#include "core/component/QVObject3DComponentBase.h"
-#include "platform/base/PropertyList.h"
-#include "platform/base/PropertyListFaults.h"
 #include "tests/program/ProgramTest.h"
-#include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::test {
 
@@ -469,38 +459,6 @@ TEST(SampleTemplates, AreClean) {
         if (!entry.is_directory()) continue;
         for (const Finding& finding : checkPath(entry.path())) ADD_FAILURE() << describe(finding);
     }
-}
-
-/// Types and ranges of an example; what it leaves out does not count.
-void expectGoodExample(const KeyTable& table) {
-    const std::string text = "<plist>" + exampleOf(table) + "</plist>";
-    const std::vector<uint8_t> bytes(text.begin(), text.end());
-    EXPECT_THAT(platform::propertyListFaults(bytes), IsEmpty()) << text;
-    Findings findings;
-    KeyJudge judge("example", findings);
-    walkDictionary(table, platform::parsePropertyList(bytes, "example"), "", judge);
-    std::erase_if(findings, [](const Finding& each) {
-        return each.message.find("missing") != std::string::npos || each.message.starts_with("unknown ");
-    });
-    for (const Finding& finding : findings) ADD_FAILURE() << table.owner << ": " << describe(finding);
-}
-
-template <typename Types>
-void expectGoodExamples() {
-    for (const auto& [name, entry] : Types::all()) expectGoodExample(*entry.keys);
-}
-
-TEST(SceneFormat, ExamplesPassTheCheck) {
-    for (const KeyTable* table : {&templateFileKeys, &sceneGroupFileKeys, &sceneFileKeys, &shaderFileKeys})
-        expectGoodExample(*table);
-    expectGoodExamples<NodeTypes>();
-    expectGoodExamples<TimeSourceTypes>();
-    expectGoodExamples<ComponentTypes>();
-}
-
-TEST(SceneFormat, CommittedReferenceIsTheGeneratedOne) {
-    EXPECT_TRUE(contentOf(MULTISCENE_SOURCE "/docs/scene-format.md") == sceneFormatReference())
-        << "run: build/bin/multiscene scene-format > docs/scene-format.md";
 }
 
 }  // namespace multiscene::test

@@ -14,12 +14,13 @@ class CommandLineTest : public ProgramTest {};
 TEST_F(CommandLineTest, HelpNamesEveryCommandAndEachHasItsOwn) {
     const Result all = run({program(), "--help"});
     EXPECT_EQ(all.exitCode, 0);
-    for (const std::string name : {"make", "render", "frames", "trace", "check"}) {
+    for (const std::string name : {"make", "render", "frames", "trace", "check", "scene-format"}) {
         EXPECT_THAT(all.output, HasSubstr(name));
         const Result one = run({program(), name, "--help"});
         EXPECT_EQ(one.exitCode, 0);
         EXPECT_THAT(one.output, HasSubstr("Example:"));
     }
+    EXPECT_THAT(all.output, HasSubstr("docs/scene-format.md"));
     EXPECT_THAT(run({program(), "--version"}).output, HasSubstr("multiscene "));
 }
 

@@ -50,8 +50,8 @@ class QVTweenItem {
     float startTime() const { return startTime_; }
     float durationTime() const { return durationTime_; }
 
-    /// The one ease function: ids 0 to 30 by table, up to 29999 linear, the others (negative ones too) by the
-    /// target's Bézier curve of that name, or linear when there is none.
+    /// The one ease function: ids by table, further ones up to 29999 linear, the others (negative ones too)
+    /// by the target's Bézier curve of that name, or linear when there is none.
     static float easeValueWithEase(int32_t ease, float progressValue, const TweenTarget* target);
     static float bezierEasing(float progressValue, int32_t ease, const TweenTarget* object3D);
 

@@ -64,9 +64,11 @@ static constexpr Key sceneEntryKeyList[] = {
      .meaning = "the transition to the next scene; none: a hard cut",
      .children = &sceneTansitionsInfoKeys},
 };
-const KeyTable sceneEntryKeys{"Scene entry",
-                              "One scene of a group. An entry also holds its identifier under itself.",
-                              nullptr, sceneEntryKeyList};
+const KeyTable sceneEntryKeys{
+    "Scene entry",
+    "One scene of a group. Its identifier is written twice, also as a key of that name: "
+    "programs that edit groups find the entry by it.",
+    nullptr, sceneEntryKeyList};
 
 static constexpr Key sceneGroupFileKeyList[] = {
     {.name = "scene",
