@@ -239,6 +239,28 @@ TEST_F(GroupPlay, FramesThatAreLeftOutStillFillWhatLaterOnesShow) {
     EXPECT_NE(all.at(8), all.at(3));
 }
 
+TEST_F(GroupPlay, FramesLeftOutOfATransitionFillTheScenesTextures) {
+    const auto in = [](int64_t first, int64_t last) {
+        return Value(Dictionary{{"startFps", first}, {"endFps", last}});
+    };
+    // From its sixth frame on, the first after the transition, the second scene shows the last picture of
+    // itself that the transition drew.
+    Dictionary kept =
+        texturedQuad("QVQuadObject3D", {{"textureType", "currentSceneRenderTexture"}}, side, side);
+    kept["FpsInfo"] = in(5, 9);
+    addScene(1, 6);
+    addScene(2, flatScene(side, side, clock(8),
+                          {patch("0,0,1,1", {}, {{"FpsInfo", in(0, 3)}}),
+                           patch("1,0,0,1", {}, {{"FpsInfo", in(4, 4)}}), Value(kept)}));
+    addScene(9, testing::crossFade(side, side, 4));
+    play(1, transition(9, 5, 0));
+    play(2);
+    create(pixelSink([](int64_t frame) { return frame == 8; }));
+    run();
+    ASSERT_EQ(shown_.size(), 1u);
+    expectShown(8, {255, 0, 0, 255}, {255, 0, 0, 255});
+}
+
 TEST_F(GroupPlay, QuadsThatCutEachOtherAreHiddenByDepth) {
     const auto turned = [&](const std::array<uint8_t, 4>& color, const char* rotation, bool depth) {
         const std::string file = folder_ / (std::string("turned") + rotation + ".png");

@@ -38,6 +38,9 @@ class QVObject3DFpsBase : public QVObjectContainer3D, public KeyAnimationTarget 
 
     void rendInfoWithDic(const platform::Value& info) override;
     void updateData(const platform::CMTime& time) override;
+    bool drawsIntoTextures() const override {
+        return isRenderToTexture_ || QVObjectContainer3D::drawsIntoTextures();
+    }
     void renderTargets(const platform::CMTime& time) override;
     void renderingBeforeConfig(const platform::CMTime& time) override;
     /// Closing any node's bracket turns the depth test off and resets the blend function, whatever they were.

@@ -199,6 +199,11 @@ void QVObjectContainer3D::renderSelfAndChildrens(const platform::CMTime& time) {
     renderingAfterConfig(time);
 }
 
+bool QVObjectContainer3D::drawsIntoTextures() const {
+    return std::any_of(children_.begin(), children_.end(),
+                       [](const auto& child) { return child->drawsIntoTextures(); });
+}
+
 // The brackets set the state that targets below are drawn with.
 void QVObjectContainer3D::renderTargets(const platform::CMTime& time) {
     if (!visible()) return;

@@ -89,6 +89,8 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
     virtual void updateMatrix();
     virtual void updateData(const platform::CMTime& time);
     virtual void renderSelfAndChildrens(const platform::CMTime& time);
+    /// The node or one below it draws into a render target.
+    virtual bool drawsIntoTextures() const;
     /// The part of it that draws into render targets: all that later frames can show of this one.
     virtual void renderTargets(const platform::CMTime& time);
     virtual void renderingBeforeConfig(const platform::CMTime&) {}

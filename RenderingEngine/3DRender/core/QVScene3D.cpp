@@ -89,6 +89,12 @@ void QVScene3D::render() {
     for (const auto& child : children_) child->renderSelfAndChildrens(currentRenderTime_);
 }
 
+bool QVScene3D::drawsIntoTextures() const {
+    return !renderToTextureMap_.empty() &&
+           std::any_of(children_.begin(), children_.end(),
+                       [](const auto& child) { return child->drawsIntoTextures(); });
+}
+
 void QVScene3D::renderTargets() {
     if (renderToTextureMap_.empty()) return;
     for (const auto& child : children_) child->renderTargets(currentRenderTime_);

@@ -43,6 +43,8 @@ class QVScene3D : public std::enable_shared_from_this<QVScene3D> {
     void updateData();
     void updateMatrix();
     void render();
+    /// Drawing it fills textures of its own nodes: drawn twice in a frame they would be a step ahead.
+    bool drawsIntoTextures() const;
     /// Draws what its nodes render into textures, and nothing else.
     void renderTargets();
     void renderComplete();

@@ -20,9 +20,12 @@ int64_t windowEnd(int64_t start, int64_t length) {
     return __builtin_add_overflow(start, length, &end) ? INT64_MAX : end;
 }
 
+using Scenes = std::initializer_list<std::shared_ptr<QVScene3D>>;
+
 /// A picture is not drawn over the slot of a scene that is not there.
-void renderScene(const std::shared_ptr<QVScene3D>& scene) {
-    if (scene) scene->render();
+void render(Scenes scenes) {
+    for (const auto& scene : scenes)
+        if (scene) scene->render();
 }
 
 }  // namespace
@@ -54,7 +57,7 @@ void QVMultiSceneRenderManager::runFrameBody() {
 void QVMultiSceneRenderManager::singleSceneRender(const Turn& turn) {
     advance({turn.current});
     if (mustDraw())
-        drawFrame([&] { renderScene(turn.current); });
+        drawFrame({turn.current});
     else
         leaveOut({turn.current});
     closeFrame({turn.current}, {&currentScene_});
@@ -63,16 +66,12 @@ void QVMultiSceneRenderManager::singleSceneRender(const Turn& turn) {
 void QVMultiSceneRenderManager::doubleSceneTransitionsRender(const Turn& turn) {
     const Scenes scenes{turn.current, turn.next, turn.transition};
     advance(scenes);
-    if (mustDraw()) {
-        {
-            const StageTimer timer(statistics_.draw);
-            for (const auto& scene : {turn.current, turn.next})
-                if (scene) scene->renderToTextureObject().renderSceneToTexture();
-        }
-        drawFrame([&] { renderScene(turn.transition); });
-    } else {
-        leaveOut(scenes);
-    }
+    // Later frames may show these textures too, so they are drawn in frames that are left out as well.
+    drawSceneTextures({turn.current, turn.next});
+    if (mustDraw())
+        drawFrame({turn.transition});
+    else
+        leaveOut({turn.transition});
     for (const auto& scene : {turn.next, turn.current})
         if (scene) scene->renderToTextureObject().clear();
     closeFrame(scenes, {&currentScene_, &nextScene_, &transitionsScene_});
@@ -81,14 +80,10 @@ void QVMultiSceneRenderManager::doubleSceneTransitionsRender(const Turn& turn) {
 void QVMultiSceneRenderManager::doubleSceneRender(const Turn& turn) {
     const Scenes scenes{turn.current, turn.transition};
     advance(scenes);
-    if (mustDraw()) {
-        drawFrame([&] {
-            renderScene(turn.current);
-            renderScene(turn.transition);
-        });
-    } else {
+    if (mustDraw())
+        drawFrame(scenes);
+    else
         leaveOut(scenes);
-    }
     closeFrame(scenes, {&currentScene_, &transitionsScene_});
 }
 
@@ -131,40 +126,55 @@ void QVMultiSceneRenderManager::leaveOut(Scenes scenes) {
     frameSink_->skipFrame();
 }
 
-void QVMultiSceneRenderManager::drawFrame(const std::function<void()>& draw) {
-    const bool triesRegions = settings_.multisamplesRegions && msaaTarget_.samples() > 1;
-    const bool isDrawn = triesRegions && !isWholeFrameMultisampled_ && drawInRegions(draw);
-    if (!isDrawn) drawMultisampled(draw);
+void QVMultiSceneRenderManager::drawSceneTextures(Scenes scenes) {
+    if (!frameSink_) return;
+    const StageTimer timer(statistics_.draw);
+    for (const auto& scene : scenes)
+        if (scene) scene->renderToTextureObject().renderSceneToTexture();
+}
+
+void QVMultiSceneRenderManager::drawFrame(Scenes scenes) {
+    const bool isDrawn = mayDrawTwice(scenes) && !isWholeFrameMultisampled_ && drawInRegions(scenes);
+    if (!isDrawn) drawMultisampled(scenes);
     handOver();
     ++statistics_.drawnFrames;
 }
 
+bool QVMultiSceneRenderManager::mayDrawTwice(Scenes scenes) const {
+    return settings_.multisamplesRegions && msaaTarget_.samples() > 1 &&
+           std::none_of(scenes.begin(), scenes.end(),
+                        [](const auto& scene) { return scene && scene->drawsIntoTextures(); });
+}
+
 /// One sample everywhere, then several along the outlines. False when the frame turned out to need several
 /// everywhere; it is then not drawn.
-bool QVMultiSceneRenderManager::drawInRegions(const std::function<void()>& draw) {
+bool QVMultiSceneRenderManager::drawInRegions(Scenes scenes) {
     const StageTimer timer(statistics_.draw);
     FrameEdges& edges = FrameEdges::shared();
     edges.beginRecording(bufferWidth(), bufferHeight());
     GLState::bindTarget(frameSink_->renderToTextureFrameBufferID(), bufferWidth(), bufferHeight());
     GLState::clearColor();
-    draw();
+    multiscene::render(scenes);
     const auto regions = edges.endRecording();
     isWholeFrameMultisampled_ = !regions;
     if (!regions) return false;
-    drawRegions(*regions, draw);
+    drawRegions(*regions, scenes);
     finishStage();
     return true;
 }
 
-void QVMultiSceneRenderManager::drawRegions(const std::vector<PixelRect>& regions,
-                                            const std::function<void()>& draw) {
+/// From the top down: what is drawn multisampled and clipped touches samples of the row below the clip
+/// (Mesa's software renderer), and the region that lies there must not have been drawn yet, because it starts
+/// by clearing.
+void QVMultiSceneRenderManager::drawRegions(std::vector<PixelRect> regions, Scenes scenes) {
     if (regions.empty()) return;
+    std::ranges::sort(regions, std::greater{}, &PixelRect::y);
     FrameEdges& edges = FrameEdges::shared();
     for (const PixelRect& region : regions) {
         GLState::setScissor(region);
         edges.clipTo(region);
         renderingBeforeConfig();
-        draw();
+        multiscene::render(scenes);
     }
     edges.endClipping();
     GLState::resetScissor();
@@ -172,12 +182,12 @@ void QVMultiSceneRenderManager::drawRegions(const std::vector<PixelRect>& region
 }
 
 /// Records the outlines all the same, to know whether the next frame can be drawn in regions.
-void QVMultiSceneRenderManager::drawMultisampled(const std::function<void()>& draw) {
+void QVMultiSceneRenderManager::drawMultisampled(Scenes scenes) {
     {
         const StageTimer timer(statistics_.draw);
         FrameEdges::shared().beginRecording(bufferWidth(), bufferHeight());
         renderingBeforeConfig();
-        draw();
+        multiscene::render(scenes);
         isWholeFrameMultisampled_ = !FrameEdges::shared().endRecording();
         finishStage();
     }

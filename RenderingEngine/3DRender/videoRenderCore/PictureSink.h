@@ -13,8 +13,8 @@ namespace multiscene {
 /// again counts anew.
 class PictureSink : public FrameSink {
   public:
-    /// A frame as it was resolved: RGBA, eight bits a channel, not premultiplied, top row first, rows packed.
-    /// Valid during the call.
+    /// A frame as it was resolved: RGBA, eight bits a channel, colours multiplied by alpha as blending over
+    /// nothing leaves them, top row first, rows packed. Valid during the call.
     struct Picture {
         int64_t frame;
         int32_t width, height;

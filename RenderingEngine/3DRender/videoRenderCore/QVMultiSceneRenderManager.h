@@ -171,10 +171,12 @@ class QVMultiSceneRenderManager : public RenderDriver {
     void closeFrame(Scenes scenes, Slots slots);
     bool mustDraw() const;
     void leaveOut(Scenes scenes);
-    void drawFrame(const std::function<void()>& draw);
-    bool drawInRegions(const std::function<void()>& draw);
-    void drawMultisampled(const std::function<void()>& draw);
-    void drawRegions(const std::vector<PixelRect>& regions, const std::function<void()>& draw);
+    void drawSceneTextures(Scenes scenes);
+    void drawFrame(Scenes scenes);
+    bool mayDrawTwice(Scenes scenes) const;
+    bool drawInRegions(Scenes scenes);
+    void drawMultisampled(Scenes scenes);
+    void drawRegions(std::vector<PixelRect> regions, Scenes scenes);
     void renderingBeforeConfig();
     void renderingAfterConfig();
     void handOver();
