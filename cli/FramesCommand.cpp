@@ -14,6 +14,8 @@ class FramesCommand : public Command {
         declareFormat(arguments, request_);
         declareFit(arguments, request_);
         declareSelection(arguments, request_.selection);
+        arguments.flag("--alpha", "Keep transparency; else the pictures are what the video shows",
+                       request_.keepsAlpha);
         arguments.option(
             "-o,--output", "DIR", "The folder for frame-000000.png and so on",
             [this](const std::string& value) { request_.output = value; }, Occurs::Once);

@@ -1,5 +1,6 @@
 #include "app/Job/FramesJob.h"
 
+#include <algorithm>
 #include <cstdio>
 #include <vector>
 
@@ -14,10 +15,24 @@ namespace fs = std::filesystem;
 
 namespace {
 
+/// The video's picture: what lies behind the scene is black.
+void makeOpaque(std::vector<uint8_t>& rgba) {
+    for (size_t alpha = 3; alpha < rgba.size(); alpha += 4) rgba[alpha] = 255;
+}
+
+/// Blending over nothing leaves colours multiplied by alpha; PNG files hold them as they are.
+void divideByAlpha(std::vector<uint8_t>& rgba) {
+    for (size_t pixel = 0; pixel < rgba.size(); pixel += 4) {
+        const int alpha = rgba[pixel + 3];
+        for (size_t channel = pixel; alpha > 0 && alpha < 255 && channel < pixel + 3; ++channel)
+            rgba[channel] = static_cast<uint8_t>(std::min((rgba[channel] * 255 + alpha / 2) / alpha, 255));
+    }
+}
+
 /// The pictures of one job, written on the render queue; removed again unless kept.
 class PictureFiles {
   public:
-    explicit PictureFiles(fs::path folder) : folder_(std::move(folder)) {}
+    PictureFiles(fs::path folder, bool keepsAlpha) : folder_(std::move(folder)), keepsAlpha_(keepsAlpha) {}
     ~PictureFiles() {
         std::error_code ignored;
         for (const fs::path& file : written_) fs::remove(file, ignored);
@@ -28,7 +43,10 @@ class PictureFiles {
     void write(const PictureSink::Picture& picture) {
         char name[40];
         std::snprintf(name, sizeof name, "frame-%06lld.png", static_cast<long long>(picture.frame));
-        platform::writePng(folder_ / name, {picture.width, picture.height, picture.rgba, picture.width * 4});
+        const int stride = picture.width * 4;
+        shown_.assign(picture.rgba, picture.rgba + size_t(stride) * size_t(picture.height));
+        keepsAlpha_ ? divideByAlpha(shown_) : makeOpaque(shown_);
+        platform::writePng(folder_ / name, {picture.width, picture.height, shown_.data(), stride});
         written_.push_back(folder_ / name);
     }
 
@@ -41,6 +59,8 @@ class PictureFiles {
 
   private:
     fs::path folder_;
+    bool keepsAlpha_;
+    std::vector<uint8_t> shown_;
     std::vector<fs::path> written_;
 };
 
@@ -54,7 +74,7 @@ JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std:
     for (const std::string& note : group.notes) observer.jobNote(note);
 
     const FrameSelection& wanted = request.selection;
-    PictureFiles files(folder);
+    PictureFiles files(folder, request.keepsAlpha);
     const auto sink = std::make_shared<PictureSink>(
         group.layout, [&files](const PictureSink::Picture& picture) { files.write(picture); },
         [&wanted](int64_t frame) { return wanted.contains(frame); });

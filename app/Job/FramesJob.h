@@ -13,11 +13,13 @@ namespace multiscene {
 struct FramesRequest : RenderRequest {
     FrameSelection selection;
     std::filesystem::path output;  ///< a folder
+    bool keepsAlpha = false;       ///< else the pictures are opaque, as the video is
 };
 
-/// Writes frames as PNG files "frame-000010.png": RGBA as resolved, top row first. Frame N is the video's
-/// frame stamped (N + 1)/fps. A job that does not end well takes its pictures away again. Main thread; pumps
-/// the main queue. Throws platform::Error, Cancelled when a stop was requested.
+/// Writes frames as PNG files "frame-000010.png", top row first: what the video shows, or, with alpha, what
+/// gives that over black. Frame N is the video's frame stamped (N + 1)/fps. A job that does not end well
+/// takes its pictures away again. Main thread; pumps the main queue. Throws platform::Error, Cancelled when a
+/// stop was requested.
 JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std::stop_token stop);
 
 }  // namespace multiscene

@@ -2,6 +2,7 @@
 
 #include <array>
 
+#include "platform/base/File.h"
 #include "platform/image/ImageDecoder.h"
 #include "platform/image/ImageWriter.h"
 #include "tests/program/ProgramTest.h"
@@ -117,6 +118,33 @@ TEST_F(FramesTest, AndFilmsOfAnotherShapeSquashNothing) {
     path = square.write(folder.path() / "cut");
     frames("own", {"--size", "96x64", "--at", "0"});
     EXPECT_EQ(shown(folder.file("own/frame-000000.png"))[2], 2) << "the template's own choice";
+}
+
+TEST_F(FramesTest, ShowWhatTheVideoShowsUnlessTheyKeepAlpha) {
+    // Half a red square over nothing, 64 of 96 rows high.
+    SmallTemplate glass;
+    Value::Dictionary pane = quad("pane", "$(currentScenePlistROOT)/red.png");
+    pane["type"] = "QVQuadDiaphaneityObject3D";
+    pane["AnimationInfo"] = Value::Array{
+        Value::Dictionary{{"sartFps", 0}, {"endFps", 9}, {"startRenderAlpha", 0.5}, {"endRenderAlpha", 0.5}}};
+    glass.nodes = {pane};
+    path = glass.write(folder.path() / "glass");
+    const auto pixelsOf = [&](std::vector<std::string> options) {
+        const std::string name = "pictures" + std::to_string(options.size());
+        options.insert(options.end(), {"--at", "0"});
+        frames(name, options);
+        const std::string file = folder.file(name) + "/frame-000000.png";
+        const platform::Bitmap picture = platform::decodeImage(
+            platform::FileHandle(::open(file.c_str(), O_RDONLY)), {.source = {.name = file}});
+        const auto pixel = [&](int x, int y) {
+            const uint8_t* at = picture.rgba.data() + y * picture.stride() + x * 4;
+            return std::vector<int>(at, at + 4);
+        };
+        return std::array{pixel(32, 48), pixel(32, 2)};
+    };
+    EXPECT_EQ(pixelsOf({}), (std::array<std::vector<int>, 2>{{{128, 0, 0, 255}, {0, 0, 0, 255}}}));
+    // Decoding multiplies by alpha: over black this is the same red.
+    EXPECT_EQ(pixelsOf({"--alpha"}), (std::array<std::vector<int>, 2>{{{128, 0, 0, 128}, {0, 0, 0, 0}}}));
 }
 
 TEST_F(FramesTest, BeyondTheEndNameTheLastFrameAndLeaveNone) {
