@@ -13,6 +13,8 @@ uniform vec2 startAlpha;
 uniform vec2 endAlpha;
 uniform int interpolation;
 uniform bool isPreMultiplication;
+// What the blend function wants: x, colours that alpha and opacity multiply; y, colours that opacity alone does.
+uniform vec2 sentColors;
 
 varying vec2 textureCoordinate;
 varying vec2 place;
@@ -32,11 +34,17 @@ float progressBetween(float start, float end, float along)
     return clamp((along - start) / span, 0.0, 1.0);
 }
 
+vec4 sent(vec3 color, float alpha, float opacity)
+{
+    float factor = mix(mix(1.0, opacity, sentColors.y), alpha * opacity, sentColors.x);
+    return vec4(color * factor, alpha * opacity);
+}
+
 void main()
 {
     bool vertical = interpolation == 1 || interpolation == 3;
     float progress = progressBetween(startAlpha.x, endAlpha.x, vertical ? place.y : place.x);
     if (interpolation >= 2) progress = smoothstep(0.0, 1.0, progress);
     vec4 color = texture2D(videoFrame, textureCoordinate);
-    gl_FragColor = vec4(straightColor(color), color.a * mix(startAlpha.y, endAlpha.y, progress));
+    gl_FragColor = sent(straightColor(color), color.a, mix(startAlpha.y, endAlpha.y, progress));
 }

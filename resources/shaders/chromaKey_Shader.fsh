@@ -12,6 +12,8 @@ precision mediump float;
 uniform sampler2D videoFrame;
 uniform vec4 chromaKeyColor;
 uniform float maxEclosion;
+// What the blend function wants: x, colours that alpha and opacity multiply; y, colours that opacity alone does.
+uniform vec2 sentColors;
 
 varying vec2 textureCoordinate;
 
@@ -49,6 +51,12 @@ vec2 keyShare(vec3 color)
     return clamp(vec2(least, freed), 0.0, 1.0);
 }
 
+vec4 sent(vec3 color, float alpha, float opacity)
+{
+    float factor = mix(mix(1.0, opacity, sentColors.y), alpha * opacity, sentColors.x);
+    return vec4(color * factor, alpha * opacity);
+}
+
 void main()
 {
     vec4 color = texture2D(videoFrame, textureCoordinate);
@@ -56,5 +64,5 @@ void main()
     float edge = clamp(maxEclosion, 0.001, fullShare);
     float alpha = clamp((fullShare - share.x) / edge, 0.0, 1.0);
     vec3 front = (color.rgb - share.y * chromaKeyColor.rgb) / max(1.0 - share.y, 1.0 - fullShare);
-    gl_FragColor = vec4(clamp(front, 0.0, 1.0), color.a * alpha);
+    gl_FragColor = sent(clamp(front, 0.0, 1.0), color.a, alpha);
 }

@@ -1,4 +1,4 @@
-// A shape of one colour: red, green, blue, alpha, each 0 to 1, not multiplied by alpha.
+// A shape of one colour: red, green, blue, alpha, each 0 to 1, as the blend function wants them.
 #ifdef GL_FRAGMENT_PRECISION_HIGH
 precision highp float;
 #else

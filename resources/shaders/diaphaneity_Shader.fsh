@@ -1,6 +1,4 @@
-// A textured quad with an opacity of its own. "opacity" is what it multiplies alpha by, and what it multiplies the
-// colours by: the same where alpha multiplies them in the texture, else 1. One multiplication of four channels for
-// each pixel is what Mesa's software renderer draws several times as fast as anything else.
+// A textured quad with an opacity of its own, whatever its texture and its blend function are.
 #ifdef GL_FRAGMENT_PRECISION_HIGH
 precision highp float;
 precision highp sampler2D;
@@ -9,11 +7,28 @@ precision mediump float;
 #endif
 
 uniform sampler2D videoFrame;
-uniform vec4 opacity;
+uniform float aplae;
+uniform bool isPreMultiplication;
+// What the blend function wants: x, colours that alpha and opacity multiply; y, colours that opacity alone does.
+uniform vec2 sentColors;
 
 varying vec2 textureCoordinate;
 
+// Pictures, texts and render targets hold colours multiplied by their alpha; blending wants them straight.
+// Where alpha is 0 the colour is 0 too, and stays so.
+vec3 straightColor(vec4 color)
+{
+    return isPreMultiplication ? color.rgb / max(color.a, 1.0 / 255.0) : color.rgb;
+}
+
+vec4 sent(vec3 color, float alpha, float opacity)
+{
+    float factor = mix(mix(1.0, opacity, sentColors.y), alpha * opacity, sentColors.x);
+    return vec4(color * factor, alpha * opacity);
+}
+
 void main()
 {
-    gl_FragColor = texture2D(videoFrame, textureCoordinate) * opacity;
+    vec4 color = texture2D(videoFrame, textureCoordinate);
+    gl_FragColor = sent(straightColor(color), color.a, aplae);
 }

@@ -17,6 +17,8 @@ uniform bool reflection;  // the lower half mirrors the upper one
 uniform vec4 glColor;  // multiplies the picture
 uniform float framew;  // width of the border, as a part of the picture's shorter side
 uniform vec4 inputColor;  // of the border
+// What the blend function wants: x, colours that alpha and opacity multiply; y, colours that opacity alone does.
+uniform vec2 sentColors;
 
 varying vec2 textureCoordinate;
 varying vec2 place;
@@ -53,11 +55,17 @@ vec3 filteredColor(vec3 color)
     return mix(color, other, RANGE);
 }
 
+vec4 sent(vec3 color, float alpha, float opacity)
+{
+    float factor = mix(mix(1.0, opacity, sentColors.y), alpha * opacity, sentColors.x);
+    return vec4(color * factor, alpha * opacity);
+}
+
 void main()
 {
     vec4 color = texture2D(videoFrame, filteredPlace(textureCoordinate));
     vec4 shown = vec4(filteredColor(straightColor(color)), color.a) * glColor;
     vec2 fromEdge = min(place, 1.0 - place) * textureSize / min(textureSize.x, textureSize.y);
     if (min(fromEdge.x, fromEdge.y) < framew) shown = inputColor;
-    gl_FragColor = vec4(shown.rgb, shown.a * aplae);
+    gl_FragColor = sent(shown.rgb, shown.a, aplae);
 }

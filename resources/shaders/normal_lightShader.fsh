@@ -1,5 +1,5 @@
-// A textured mesh lit by up to eight lights. Ambient and diffuse light colour the texture, specular light lies over
-// it. A light's colours are its material colours.
+// A mesh, textured or of one colour, lit by up to eight lights. Ambient and diffuse light colour the texture, specular
+// light lies over it. A light's colours are its material colours.
 #ifdef GL_FRAGMENT_PRECISION_HIGH
 precision highp float;
 precision highp sampler2D;
@@ -25,6 +25,10 @@ struct LightSource
 uniform sampler2D videoFrame;
 uniform bool isPreMultiplication;
 uniform float fade;  // what is taken from the alpha: 0 nothing, 1 all
+uniform bool isOneColor;  // SourceColor instead of the texture
+uniform vec4 SourceColor;  // not multiplied by alpha
+// What the blend function wants: x, colours that alpha and opacity multiply; y, colours that opacity alone does.
+uniform vec2 sentColors;
 uniform int lightEnable;
 uniform int lightSourceNumber;
 uniform LightSource lightSourceArray[maxLights];
@@ -41,18 +45,26 @@ vec3 straightColor(vec4 color)
     return isPreMultiplication ? color.rgb / max(color.a, 1.0 / 255.0) : color.rgb;
 }
 
-// How much of a spot light goes into the direction away from the light; 1 for the other kinds.
+// Of length 1; "otherwise" for one of length 0, which has no direction.
+vec3 direction(vec3 vector, vec3 otherwise)
+{
+    float size = length(vector);
+    return size > 0.0 ? vector / size : otherwise;
+}
+
+// How much of a spot light goes into the direction away from the light; 1 for the other kinds. A spot light without a
+// direction shines straight ahead, into the picture.
 float spotFactor(LightSource light, vec3 toLight)
 {
     if (light.useLight != 3) return 1.0;
-    float inCone = dot(-toLight, normalize(light.spotLightDirection));
+    float inCone = dot(-toLight, direction(light.spotLightDirection, vec3(0.0, 0.0, -1.0)));
     if (inCone < cos(light.spotLightCutOffAngle)) return 0.0;
     return pow(max(inCone, 0.0001), light.spotLightExponent);
 }
 
 void addLight(LightSource light, vec3 normal, vec3 toEye, inout vec3 surface, inout vec3 gloss)
 {
-    vec3 toLight = normalize(light.useLight == 2 ? light.lightPosition : light.lightPosition - worldPosition);
+    vec3 toLight = direction(light.useLight == 2 ? light.lightPosition : light.lightPosition - worldPosition, normal);
     float facing = max(dot(normal, toLight), 0.0);
     float strength = spotFactor(light, toLight);
     surface += light.ambientMaterial + strength * facing * light.diffuseMaterial;
@@ -61,13 +73,18 @@ void addLight(LightSource light, vec3 normal, vec3 toEye, inout vec3 surface, in
     gloss += strength * pow(mirrored, light.shininess) * light.specularMaterial;
 }
 
+vec4 sent(vec3 color, float alpha)
+{
+    return vec4(color * mix(1.0, alpha, sentColors.x), alpha);
+}
+
 void main()
 {
-    vec4 color = texture2D(videoFrame, textureCoordinate);
+    vec4 color = isOneColor ? SourceColor : texture2D(videoFrame, textureCoordinate);
     vec3 texel = straightColor(color);
     color.a *= 1.0 - fade;
     if (lightEnable == 0) {
-        gl_FragColor = vec4(texel, color.a);
+        gl_FragColor = sent(texel, color.a);
         return;
     }
     vec3 normal = normalize(gl_FrontFacing ? worldNormal : -worldNormal);
@@ -78,5 +95,5 @@ void main()
         if (i >= lightSourceNumber) break;
         addLight(lightSourceArray[i], normal, toEye, surface, gloss);
     }
-    gl_FragColor = vec4(clamp(texel * surface + gloss, 0.0, 1.0), color.a);
+    gl_FragColor = sent(clamp(texel * surface + gloss, 0.0, 1.0), color.a);
 }

@@ -117,6 +117,40 @@ TEST_F(LightTest, ASpotLightEndsAtItsCone) {
     EXPECT_TRUE(isNear(at(32 + edge + 3, 32), kBlack));
 }
 
+TEST_F(LightTest, LightsWithoutADirectionShineStraightAhead) {
+    addWall({dictionary({{"lightSourceType", 3},
+                         {"lightSourcePosition", "0,0,40"},
+                         {"spotLightCutOffAngle", 20},
+                         {"diffuseMaterialColor", "1,1,1"}})});
+    draw(0);
+    EXPECT_GT(at(32, 32)[0], 190);
+    EXPECT_TRUE(isNear(at(52, 32), kBlack));
+    newScene();
+    addWall({dictionary({{"lightSourceType", 2},
+                         {"lightSourcePosition", "0,0,0"},
+                         {"ambientMaterialColor", "0.25,0.25,0.25"},
+                         {"diffuseMaterialColor", "0.5,0.5,0.5"}})});
+    draw(0);
+    EXPECT_TRUE(isNear(at(32, 32), {150, 150, 150, 255}, 2));
+}
+
+TEST_F(LightTest, AMeshOfOneColourIsLitAsATexturedOneIs) {
+    const auto drawPlane = [&](bool isLit) {
+        newScene();
+        add(dictionary({{"type", "QVPlaneObject3D"},
+                        {"MeshInfo", dictionary({{"modelWidth", side}, {"modelHeight", side}})},
+                        {"ColorInfo", dictionary({{"r", 0.8}, {"g", 0.4}, {"a", 0.5}})},
+                        {"FpsInfo", dictionary({{"isLightEnable", isLit}})},
+                        {"LightSourceArray", array({dictionary({{"lightSourceType", 2},
+                                                                {"lightSourcePosition", "0,0,1"},
+                                                                {"diffuseMaterialColor", "0.5,1,1"}})})}}));
+        draw(0, kBlue);
+        return at(32, 32);
+    };
+    EXPECT_TRUE(isNear(drawPlane(false), {102, 51, 128, 255}, 2));
+    EXPECT_TRUE(isNear(drawPlane(true), {51, 51, 128, 255}, 2));
+}
+
 /// A camera 32 units before the picture's plane that sees 64 units of it: one unit a pixel, y upwards.
 class CameraTest : public DrawableFixture {
   protected:

@@ -48,7 +48,7 @@ class ShaderPictureTest : public testing::GlFixture {
 };
 
 TEST_F(ShaderPictureTest, PremultipliedColoursComeOutStraight) {
-    const auto straight = shader("straight_Shader");
+    const auto straight = shader("diaphaneity_Shader");
     straight->setUniform("aplae", 1.0f);
     EXPECT_TRUE(isNear(drawColor(*straight, {100, 50, 0, 100}, true), {255, 128, 0, 100}));
     EXPECT_TRUE(isNear(drawColor(*straight, {100, 50, 0, 100}, false), {100, 50, 0, 100}, 0));
@@ -62,7 +62,7 @@ TEST_F(ShaderPictureTest, BlendingGivesTheSamePictureWhetherAlphaMultipliesTheCo
     };
     const Pixel backdrop{40, 200, 90, 255}, straight{255, 128, 0, 100}, premultiplied{100, 50, 0, 100};
     for (const Function function : {Function{GL_SRC_ALPHA, GL_ONE_MINUS_SRC_ALPHA}, {GL_SRC_ALPHA, GL_ONE}}) {
-        for (const char* name : {"normal_renderShader", "diaphaneity_Shader", "straight_Shader"}) {
+        for (const char* name : {"normal_renderShader", "faded_Shader", "diaphaneity_Shader"}) {
             std::array<Pixel, 2> blended;
             for (const bool isPremultiplied : {false, true}) {
                 const auto drawn = shader(name);
@@ -104,8 +104,11 @@ TEST_F(ShaderPictureTest, DrawsUprightAndMovedByTheTextureMatrix) {
 
 TEST_F(ShaderPictureTest, OpacityAndMasksMultiplyAlphaOnly) {
     const Pixel color{200, 100, 50, 255};
+    const auto faded = shader("faded_Shader");
+    faded->setUniform("opacity", glm::vec4(1, 1, 1, 0.4f));
+    EXPECT_TRUE(isNear(drawColor(*faded, color), {200, 100, 50, 102}));
     const auto diaphaneity = shader("diaphaneity_Shader");
-    diaphaneity->setUniform("opacity", glm::vec4(1, 1, 1, 0.4f));
+    diaphaneity->setUniform("aplae", 0.4f);
     EXPECT_TRUE(isNear(drawColor(*diaphaneity, color), {200, 100, 50, 102}));
 
     const GLTexture picture = texture({color});
@@ -114,6 +117,7 @@ TEST_F(ShaderPictureTest, OpacityAndMasksMultiplyAlphaOnly) {
     for (const char* name : {"maskAlpha_Shader", "reversalMask_Shader"}) {
         const auto masked = shader(name);
         masked->setUniform("aplae", 1.0f);
+        masked->setUniform("maskMatrix", identity);
         bindTexture(*masked, "frameTexture", 1, mask.name());
         const auto pixels = draw(*masked, picture.name());
         EXPECT_TRUE(isNear(pixels[0], {200, 100, 50, 255})) << name;

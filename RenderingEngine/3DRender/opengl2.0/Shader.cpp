@@ -52,7 +52,7 @@ void deleteProgram(GLuint program) {
 }  // namespace
 
 Shader::Shader(const platform::Value& settings, const std::string& rootPath)
-    : keepsPremultiplication_(settings.boolean("KeepsPremultiplication")) {
+    : keepsPremultiplication_(isOwnShaderFile(rootPath) && settings.boolean("KeepsPremultiplication")) {
     begin();
     std::vector<unsigned int> shaders;
     for (const platform::Value& file : settings.array("Files")) {

@@ -33,8 +33,9 @@ class Shader {
     Shader& operator=(const Shader&) = delete;
 
     unsigned int programHandle() const { return programHandle_; }
-    /// "KeepsPremultiplication" of the description: colours come out as the texture holds them. A shader
-    /// without it puts out colours that alpha does not multiply.
+    /// "KeepsPremultiplication" in a description of the program's own: colours come out as the texture holds
+    /// them. A shader without it, as every shader of a template, puts out colours that alpha does not
+    /// multiply.
     bool keepsPremultiplication() const { return keepsPremultiplication_; }
     const AttributeHandles& attributeHandles() const { return attributeHandles_; }
     const UniformHandles& uniformHandles() const { return uniformHandles_; }

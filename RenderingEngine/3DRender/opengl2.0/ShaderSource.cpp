@@ -16,14 +16,9 @@ constexpr uint64_t maxFileBytes = 1u << 20;
 
 std::filesystem::path ownShaders() { return platform::resourcesFolder() / "shaders"; }
 
-bool isOwn(const std::filesystem::path& file) {
-    const std::filesystem::path own = ownShaders().lexically_normal(), normal = file.lexically_normal();
-    return std::mismatch(own.begin(), own.end(), normal.begin(), normal.end()).first == own.end();
-}
-
 /// The program's own shaders are read as they are; every other file passes the fence.
 std::vector<uint8_t> readShaderFile(const std::string& file) {
-    if (isOwn(file)) return platform::readFile(file, maxFileBytes);
+    if (isOwnShaderFile(file)) return platform::readFile(file, maxFileBytes);
     const auto opened = platform::FileGate::shared().open(file);
     if (opened.verdict != platform::FileGate::Verdict::Allowed)
         throw platform::Error(platform::ErrorKind::Template, platform::describe(opened.verdict), file);
@@ -31,6 +26,12 @@ std::vector<uint8_t> readShaderFile(const std::string& file) {
 }
 
 }  // namespace
+
+bool isOwnShaderFile(const std::string& file) {
+    const std::filesystem::path own = ownShaders().lexically_normal(),
+                                normal = std::filesystem::path(file).lexically_normal();
+    return std::mismatch(own.begin(), own.end(), normal.begin(), normal.end()).first == own.end();
+}
 
 std::string shaderDescriptionPath(const std::string& file) {
     return std::filesystem::path(file).is_absolute() ? file : (ownShaders() / file).string();

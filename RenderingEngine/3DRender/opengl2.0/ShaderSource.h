@@ -11,6 +11,9 @@ namespace multiscene {
 /// The path of a description file: as given when absolute, else among the program's own shaders.
 std::string shaderDescriptionPath(const std::string& file);
 
+/// The file lies among the program's own shaders.
+bool isOwnShaderFile(const std::string& file);
+
 /// The dictionary of a description file, or none with the reason in `problem`.
 platform::Value readShaderDescription(const std::string& file, std::string& problem);
 

@@ -20,13 +20,20 @@ struct TexturedQuad {
     bool premultiplied = false;
     /// Alpha is 1 everywhere, that of the texture and the opacity that multiplies it.
     bool opaque = false;
+    /// Whether the texture can be repeated where coordinates leave it; videos and render targets cannot.
+    bool mayRepeat = false;
     /// Hides the outline; only where all of the picture is shown, its edges on the edges of the quad.
     ClearMargin clearMargin = {};
 };
 
-/// Binds a second texture for the next quad: `texture` on `unit`, whose number goes into `sampler`. Unit 0 is
-/// active afterwards. The shader must be current.
+/// Binds a texture for the next quad: `texture` on `unit`, whose number goes into `sampler`. On another unit
+/// than 0 it is sampled inside its edges only, and clamped to them. Unit 0 is active afterwards. The shader
+/// must be current.
 void bindTexture(Shader& shader, const char* sampler, int unit, unsigned int texture);
+
+/// The bound texture repeats itself if one of the four coordinates, moved by the matrix, lies outside of it;
+/// else its edges hold their colour instead of mixing in that of the opposite edge.
+void wrapTexture(const glm::mat4& textureMatrix, const float* textureCoordinates);
 
 /// Makes the shader current, sets the shared uniforms and draws. Uniforms of a variant are set before, after
 /// shader.useShader(). Draws nothing, and returns false, when the texture or the program is 0, or when the

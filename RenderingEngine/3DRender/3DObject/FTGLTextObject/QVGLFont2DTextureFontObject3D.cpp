@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/GLESUtils/GLState.h"
 #include "core/GLESUtils/TextureUpload.h"
 #include "core/NodeTypes.h"
 #include "opengl2.0/ShaderManager/ShaderManager.h"
@@ -56,6 +57,7 @@ void QVGLFont2DTextureFontObject3D::drawLetters() {
     shader->setUniform("u_mvpMatrix", projTransform());
     shader->setUniform("u_textureMatrix", glm::mat4(1));
     shader->setUniform("SourceColor", shownColor());
+    shader->setUniform("sentColors", GLState::sentColors());
     drawTriangles(*shader, triangles_, false);
     // Emoji keep their own colours.
     shader->setUniform("SourceColor", glm::vec4(1, 1, 1, shownColor().a));

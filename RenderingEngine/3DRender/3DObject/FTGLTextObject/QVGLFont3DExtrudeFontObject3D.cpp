@@ -4,6 +4,7 @@
 
 #include "3DObject/MeshObject3D/SceneLight.h"
 #include "core/GLESUtils/FrameEdges.h"
+#include "core/GLESUtils/GLState.h"
 #include "core/GLESUtils/TextureUpload.h"
 #include "core/NodeTypes.h"
 #include "dataMode/TextSettings.h"
@@ -97,6 +98,9 @@ void QVGLFont3DExtrudeFontObject3D::drawWith(Shader& shader, unsigned int textur
     shader.setUniform("u_textureMatrix", glm::mat4(1));
     shader.setUniform("isPreMultiplication", 0);
     shader.setUniform("fade", fade);
+    // The colours' alpha is an opacity too.
+    const glm::vec2 sent = GLState::sentColors();
+    shader.setUniform("sentColors", glm::vec2(sent.x + sent.y, 0));
     setSceneLight(shader, *this);
     drawTriangles(shader, triangles, true);
 }

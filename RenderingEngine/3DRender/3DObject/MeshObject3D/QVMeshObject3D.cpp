@@ -4,6 +4,7 @@
 
 #include "3DObject/MeshObject3D/SceneLight.h"
 #include "core/GLESUtils/DrawQuad.h"
+#include "core/GLESUtils/GLState.h"
 #include "core/Material/QVSignColorMaterial.h"
 #include "core/Material/QVTextureMaterial.h"
 #include "core/NodeTypes.h"
@@ -89,10 +90,26 @@ MeshFace QVMeshObject3D::boxFace(const Box& box, int axis, float direction) {
 
 void QVMeshObject3D::render(const platform::CMTime& time) {
     if (!isNeedRenderWithCMTime(time) || faces_.empty()) return;
-    if (textureId() != 0)
-        drawLit();
-    else if (const auto* flat = dynamic_cast<const QVSignColorMaterial*>(material()))
-        drawInColor(flat->color());
+    const auto* flat = dynamic_cast<const QVSignColorMaterial*>(material());
+    if (textureId() == 0 && !flat) return;
+    const auto shader =
+        ShaderManager::sharedManager().createShader("normal_lightShader", "normal_lightShader.plist");
+    shader->useShader();
+    shader->setUniform("isOneColor", flat ? 1 : 0);
+    if (flat) shader->setUniform("SourceColor", flat->color());
+    setTexture(*shader);
+    shader->setUniform("u_mvpMatrix", projTransform());
+    shader->setUniform("sentColors", GLState::sentColors());
+    setSceneLight(*shader, *this);
+    drawFaces(*shader);
+}
+
+void QVMeshObject3D::setTexture(Shader& shader) const {
+    bindTexture(shader, "videoFrame", 0, textureId());
+    shader.setUniform("u_textureMatrix", textureMatrix());
+    const QVTextureMaterial* shown = textureMaterial();
+    shader.setUniform("isPreMultiplication", shown && shown->isPreMultiplication() ? 1 : 0);
+    if (shown && shown->mayRepeat()) wrapTexture(textureMatrix(), masterTextureCoordinates());
 }
 
 void QVMeshObject3D::drawFaces(Shader& shader) const {
@@ -110,27 +127,6 @@ void QVMeshObject3D::drawFaces(Shader& shader) const {
         }
     }
     glDisable(GL_CULL_FACE);
-}
-
-void QVMeshObject3D::drawInColor(const glm::vec4& color) {
-    const auto shader =
-        ShaderManager::sharedManager().createShader("color_renderShader", "color_renderShader.plist");
-    shader->useShader();
-    shader->setUniform("u_mvpMatrix", projTransform());
-    shader->setUniform("SourceColor", color);
-    drawFaces(*shader);
-}
-
-void QVMeshObject3D::drawLit() {
-    const auto shader =
-        ShaderManager::sharedManager().createShader("normal_lightShader", "normal_lightShader.plist");
-    shader->useShader();
-    bindTexture(*shader, "videoFrame", 0, textureId());
-    shader->setUniform("u_mvpMatrix", projTransform());
-    shader->setUniform("u_textureMatrix", textureMatrix());
-    shader->setUniform("isPreMultiplication", textureMaterial()->isPreMultiplication() ? 1 : 0);
-    setSceneLight(*shader, *this);
-    drawFaces(*shader);
 }
 
 }  // namespace multiscene

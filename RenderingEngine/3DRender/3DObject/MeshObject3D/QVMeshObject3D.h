@@ -40,8 +40,7 @@ class QVMeshObject3D : public QVObject3DTextureBase {
 
   private:
     void drawFaces(Shader& shader) const;
-    void drawInColor(const glm::vec4& color);
-    void drawLit();
+    void setTexture(Shader& shader) const;
 
     std::vector<MeshFace> faces_;
 };

@@ -45,6 +45,7 @@ void QVQuadBlendObject3D::rendInfoWithDic(const platform::Value& info) {
 }
 
 void QVQuadBlendObject3D::render(const platform::CMTime& time) {
+    if (!isNeedRenderWithCMTime(time)) return;
     GLState::setBlendFunction(quadSrcBlend_, quadDecBlend_);
     QVQuadDiaphaneityObject3D::render(time);
 }

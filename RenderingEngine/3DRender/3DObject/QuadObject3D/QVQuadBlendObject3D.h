@@ -4,8 +4,8 @@
 
 namespace multiscene {
 
-/// A quad with an animated opacity and a blend function of its own, which stays set until the node's bracket
-/// is closed.
+/// A quad with an animated opacity and a blend function of its own, which is set in the quad's frames and
+/// stays set until the node's bracket is closed.
 class QVQuadBlendObject3D : public QVQuadDiaphaneityObject3D {
   public:
     const char* className() const override { return "QVQuadBlendObject3D"; }

@@ -19,7 +19,7 @@ class QVQuadDiaphaneityObject3D : public QVQuadObject3D {
     bool isPreMultiplication() const { return isPreMultiplication_; }
 
   protected:
-    const char* shaderName() const override { return "diaphaneity_Shader"; }
+    const char* shaderName() const override { return "faded_Shader"; }
     void setUniforms(Shader& shader) override;
     DrawnTexture drawnTexture() const override;
     void addTraceValues(platform::Value::Dictionary& values) const override;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "core/GLESUtils/GLState.h"
 #include "core/Material/QVTextureMaterial.h"
 #include "core/NodeTypes.h"
 #include "opengl2.0/ShaderManager/ShaderManager.h"
@@ -124,7 +125,10 @@ void QVQuadFrameObject3D::drawColor() {
         ShaderManager::sharedManager().createShader("color_renderShader", "color_renderShader.plist");
     shader->useShader();
     shader->setUniform("u_mvpMatrix", projTransform());
-    shader->setUniform("SourceColor", glm::vec4(glm::vec3(frameColor_), frameColor_.a * renderAlpha()));
+    const glm::vec2 sent = GLState::sentColors();
+    const float alpha = frameColor_.a * renderAlpha();
+    const float ofColors = sent.x > 0 ? alpha : sent.y > 0 ? renderAlpha() : 1;
+    shader->setUniform("SourceColor", glm::vec4(glm::vec3(frameColor_) * ofColors, alpha));
     drawQuadFan(shader->attributeHandle("position"), 0, {corners, nullptr});
 }
 

@@ -32,8 +32,9 @@ static constexpr Key maskInfoKeyList[] = {
      .lookup = KeyLookup::UserPath,
      .standsFor = "texture"},
 };
-constexpr KeyTable maskInfoKeys{"MaskInfo", "The picture whose brightness is the opacity.", &textureInfoKeys,
-                                maskInfoKeyList, &materialVariants};
+constexpr KeyTable maskInfoKeys{"MaskInfo",
+                                "The picture whose brightness, times its own opacity, is the opacity.",
+                                &textureInfoKeys, maskInfoKeyList, &materialVariants};
 
 static constexpr Key maskKeyList[] = {
     {.name = "MaskInfo",
@@ -73,18 +74,21 @@ void QVQuadMaskObject3D::loadMask() {
     maskMaterial_ = QVMaterialBase::loadTextureWithDic(maskInfo_, materialContext(std::move(path)));
 }
 
-uint32_t QVQuadMaskObject3D::maskTexture() const {
+const QVTextureMaterial* QVQuadMaskObject3D::shownMask() const {
     const auto* mask = dynamic_cast<const QVTextureMaterial*>(maskMaterial_.get());
-    return mask ? mask->textureId() : 0;
+    return mask && mask->textureId() != 0 ? mask : nullptr;
 }
 
 void QVQuadMaskObject3D::render(const platform::CMTime& time) {
-    if (maskTexture() != 0) QVQuadObject3D::render(time);
+    if (shownMask()) QVQuadObject3D::render(time);
 }
 
 void QVQuadMaskObject3D::setUniforms(Shader& shader) {
     shader.setUniform("aplae", renderAlpha_);
-    bindTexture(shader, "frameTexture", 1, maskTexture());
+    const QVTextureMaterial& mask = *shownMask();
+    shader.setUniform("maskMatrix", coordinatesFromPlace(mask.textureCoordinates().data()));
+    shader.setUniform("isMaskPreMultiplication", mask.isPreMultiplication() ? 1 : 0);
+    bindTexture(shader, "frameTexture", 1, mask.textureId());
 }
 
 void QVQuadMaskObject3D::renderComplete(const platform::CMTime& time) {

@@ -4,8 +4,9 @@
 
 namespace multiscene {
 
-/// A quad that shows only where a second picture is bright, with an animated opacity. The mask stays where
-/// the quad is; the texture matrix moves the picture behind it. Draws nothing without a mask.
+/// A quad that shows only where a second picture, of any kind of material, is bright and opaque, with an
+/// animated opacity. The mask stays where the quad is; the texture matrix moves the picture behind it. Draws
+/// nothing without a mask.
 class QVQuadMaskObject3D : public QVQuadObject3D {
   public:
     const char* className() const override { return "QVQuadMaskObject3D"; }
@@ -28,7 +29,8 @@ class QVQuadMaskObject3D : public QVQuadObject3D {
 
   private:
     void loadMask();
-    uint32_t maskTexture() const;
+    /// The mask when it has a texture, else none.
+    const QVTextureMaterial* shownMask() const;
 
     float renderAlpha_ = 1;
     platform::Value maskInfo_;

@@ -150,9 +150,12 @@ std::shared_ptr<Shader> QVQuadObject3D::chosenShader() const {
         return ShaderManager::sharedManager().createShader(name, name + ".plist");
     };
     auto shader = named(shaderName());
-    const bool mustDivide = shader->keepsPremultiplication() && drawnTexture().isPremultiplied &&
-                            !GLState::canBlendPremultiplied();
-    return mustDivide ? named("straight_Shader") : shader;
+    const DrawnTexture drawn = drawnTexture();
+    const SourceColors colors = drawn.alpha.isOpaque    ? SourceColors::Opaque
+                                : drawn.isPremultiplied ? SourceColors::Premultiplied
+                                                        : SourceColors::Straight;
+    const bool mustConvert = shader->keepsPremultiplication() && !GLState::takesColors(colors);
+    return mustConvert ? named("diaphaneity_Shader") : shader;
 }
 
 void QVQuadObject3D::render(const platform::CMTime& time) {
@@ -168,14 +171,18 @@ void QVQuadObject3D::drawWith(Shader& shader) {
 }
 
 void QVQuadObject3D::drawByPlaceWith(Shader& shader) {
-    const float* shown = masterTextureCoordinates();
-    const float left = shown[0], bottom = shown[1], right = shown[4], top = shown[5];
+    drawCorners(shader, {squareVertices_.data(), defaltTextureCoordinates().data()},
+                textureMatrix() * coordinatesFromPlace(masterTextureCoordinates()));
+}
+
+glm::mat4 QVQuadObject3D::coordinatesFromPlace(const float* textureCoordinates) {
+    const float left = textureCoordinates[0], bottom = textureCoordinates[1], right = textureCoordinates[4],
+                top = textureCoordinates[5];
     glm::mat4 fromPlace(1);
     fromPlace[0][0] = right - left;
     fromPlace[1][1] = bottom - top;
     fromPlace[3] = {left, top, 0, 1};
-    drawCorners(shader, {squareVertices_.data(), defaltTextureCoordinates().data()},
-                textureMatrix() * fromPlace);
+    return fromPlace;
 }
 
 void QVQuadObject3D::drawCorners(Shader& shader, const QuadCorners& corners, const glm::mat4& textureMatrix) {
@@ -192,12 +199,14 @@ void QVQuadObject3D::drawCorners(Shader& shader, const QuadCorners& corners, con
                               .corners = corners,
                               .premultiplied = drawn.isPremultiplied,
                               .opaque = drawn.alpha.isOpaque,
+                              .mayRepeat = drawn.mayRepeat,
                               .clearMargin = showsAll ? drawn.alpha.clearMargin : ClearMargin{}});
 }
 
 QVQuadObject3D::DrawnTexture QVQuadObject3D::drawnTexture() const {
     const QVTextureMaterial* shown = textureMaterial();
-    return shown ? DrawnTexture{shown->textureId(), shown->isPreMultiplication(), shown->pictureAlpha()}
+    return shown ? DrawnTexture{shown->textureId(), shown->isPreMultiplication(), shown->pictureAlpha(),
+                                shown->mayRepeat()}
                  : DrawnTexture{};
 }
 

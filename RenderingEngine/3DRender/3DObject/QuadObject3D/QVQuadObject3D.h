@@ -60,12 +60,16 @@ class QVQuadObject3D : public QVObject3DTextureBase {
     /// The same for shaders that know the place on the quad: they are given texture coordinates from (0, 0)
     /// at the top left to (1, 1), whatever the material's are, and the texture matrix makes up for it.
     void drawByPlaceWith(Shader& shader);
+    /// From the place on the quad, (0, 0) at its top left and (1, 1) at its bottom right, to the texture
+    /// coordinates that belong to these of the corners.
+    static glm::mat4 coordinatesFromPlace(const float* textureCoordinates);
 
   protected:
     struct DrawnTexture {
         uint32_t texture = 0;
         bool isPremultiplied = false;
         PictureAlpha alpha = {};
+        bool mayRepeat = false;
     };
 
     /// What is drawn: the material's texture, unless a subclass brings its own.

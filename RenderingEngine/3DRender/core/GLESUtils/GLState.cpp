@@ -38,6 +38,23 @@ bool GLState::canBlendPremultiplied() {
            blendFunction.destination != GL_ONE_MINUS_SRC_COLOR;
 }
 
+bool GLState::takesColors(SourceColors colors) {
+    return canBlendPremultiplied() || colors == SourceColors::Opaque ||
+           (colors == SourceColors::Premultiplied && blendFunction.source == GL_ONE);
+}
+
+glm::vec2 GLState::sentColors() {
+    switch (blendFunction.source) {
+        case GL_ONE:
+            return {1, 0};
+        case GL_ZERO:
+        case GL_SRC_ALPHA:
+        case GL_SRC_ALPHA_SATURATE:
+            return {0, 0};
+    }
+    return {0, 1};
+}
+
 void GLState::announceColors(SourceColors colors) {
     const bool isStraight = colors == SourceColors::Straight;
     // Opaque colours replace what is there: nothing has to be read.

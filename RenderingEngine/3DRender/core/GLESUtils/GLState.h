@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <glm/glm.hpp>
 
 #include "core/GLESUtils/FrameEdges.h"
 
@@ -25,6 +26,12 @@ class GLState {
     /// The blend function in force gives the same picture for colours that alpha multiplies already, once
     /// they are announced as such.
     static bool canBlendPremultiplied();
+    /// The texture's colours, with an opacity on top, can be blended as they are.
+    static bool takesColors(SourceColors colors);
+    /// What else a shader must do to the straight colours that it gives, the uniform "sentColors". x is 1: it
+    /// multiplies them by alpha and opacity, for source factor ONE. y is 1: by the opacity alone, so that it
+    /// fades what a draw adds under factors that alpha is no part of.
+    static glm::vec2 sentColors();
     /// Tells what is drawn next, and Straight when that has been drawn; the picture stays the same. Anything
     /// but Straight only where canBlendPremultiplied().
     static void announceColors(SourceColors colors);

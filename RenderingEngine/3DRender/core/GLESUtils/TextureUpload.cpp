@@ -63,14 +63,20 @@ class AcceptedBitmap {
 
 }  // namespace
 
+void setTextureWrap(TextureWrap wrap) {
+    const GLint wanted = wrap == TextureWrap::Repeat ? GL_REPEAT : GL_CLAMP_TO_EDGE;
+    for (const GLenum axis : {GL_TEXTURE_WRAP_S, GL_TEXTURE_WRAP_T}) {
+        GLint current = 0;
+        glGetTexParameteriv(GL_TEXTURE_2D, axis, &current);
+        if (current != wanted) glTexParameteri(GL_TEXTURE_2D, axis, wanted);
+    }
+}
+
 void uploadTexture(unsigned int texture, const BitmapView& bitmap, TextureWrap wrap) {
     glBindTexture(GL_TEXTURE_2D, texture);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
     glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    if (wrap == TextureWrap::ClampToEdge) {
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_S, GL_CLAMP_TO_EDGE);
-        glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_WRAP_T, GL_CLAMP_TO_EDGE);
-    }
+    setTextureWrap(wrap);
     const AcceptedBitmap accepted(bitmap);
     glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(accepted.format()), bitmap.width, bitmap.height, 0,
                  accepted.format(), GL_UNSIGNED_BYTE, accepted.pixels());

@@ -19,6 +19,9 @@ struct BitmapView {
 
 enum class TextureWrap { Repeat, ClampToEdge };
 
+/// Wraps the bound texture at its edges.
+void setTextureWrap(TextureWrap wrap);
+
 /// Gives the texture storage and pixels at level 0 and linear filters. Wrapping is left at GL's default,
 /// Repeat, or set to the edge.
 void uploadTexture(unsigned int texture, const BitmapView& bitmap, TextureWrap wrap = TextureWrap::Repeat);

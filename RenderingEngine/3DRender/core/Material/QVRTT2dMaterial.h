@@ -10,6 +10,8 @@ class QVRTT2dMaterial : public QVTextureMaterial {
   public:
     /// The texture stays its owner's.
     explicit QVRTT2dMaterial(uint32_t textureId);
+
+    bool mayRepeat() const override { return false; }
 };
 
 }  // namespace multiscene

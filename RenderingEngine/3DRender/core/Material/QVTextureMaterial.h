@@ -29,6 +29,8 @@ class QVTextureMaterial : public QVMaterialBase {
     virtual TextureSize textureSize() const { return {}; }
     /// Colours are multiplied by alpha, as those of decoded pictures, texts and render targets are.
     bool isPreMultiplication() const { return isPreMultiplication_; }
+    /// Whether the texture can be repeated beyond its edges.
+    virtual bool mayRepeat() const { return true; }
     /// What is known of the picture's alpha channel.
     virtual PictureAlpha pictureAlpha() const { return {}; }
     /// The file shown, for traces; empty when there is none.

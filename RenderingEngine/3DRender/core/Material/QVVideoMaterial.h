@@ -20,6 +20,7 @@ class QVVideoMaterial : public QVTextureMaterial {
     TextureSize textureSize() const override;
     PictureAlpha pictureAlpha() const override { return {.clearMargin = {}, .isOpaque = true}; }
     std::string sourcePath() const override { return videoReader_.url(); }
+    bool mayRepeat() const override { return false; }
     const std::optional<QVVideoFrameRenderOutput>& frameOutput() const { return frameOutput_; }
 
   private:

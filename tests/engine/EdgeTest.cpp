@@ -1,0 +1,172 @@
+// The edges of what is drawn: smooth, and the same whether all of a frame is multisampled or only the parts
+// that edges cross.
+#include <random>
+
+#include "tests/engine/PlayFixture.h"
+#include "videoRenderCore/PictureSink.h"
+
+namespace multiscene {
+namespace {
+
+using testing::Dictionary;
+using testing::flatScene;
+using testing::Pixel;
+using testing::Value;
+
+using Nodes = Value::Array;
+using Picture = std::vector<Pixel>;  ///< rows from the top
+
+class EdgeTest : public testing::PlayFixture {
+  protected:
+    static constexpr int side = 256;  ///< pixels of the picture
+
+    /// The frames of a scene with one unit a pixel.
+    std::vector<Picture> play(const Nodes& nodes, int64_t lastFrame = 0, bool inRegions = true) {
+        std::vector<Picture> frames;
+        multisamplesRegions_ = inRegions;
+        completions_ = 0;
+        scenes_.clear();
+        addScene(1, flatScene(side, side, testing::clock(lastFrame), nodes), lastFrame + 1);
+        PlayFixture::play(1);
+        create(std::make_shared<PictureSink>(side, side, [&](const PictureSink::Picture& shown) {
+            const auto* pixels = reinterpret_cast<const Pixel*>(shown.rgba);
+            frames.emplace_back(pixels, pixels + side * side);
+        }));
+        run();
+        EXPECT_EQ(failures_, 0);
+        return frames;
+    }
+
+    std::string picture(const std::string& name, const Picture& colors, int width = 1) const {
+        return testing::writePicture(folder_ / name, colors, width);
+    }
+
+    /// A quad at a place, turned by an angle in radians about z.
+    static Dictionary quad(const std::string& type, const std::string& file, double x, double y, double size,
+                           double angle = 0) {
+        Dictionary info =
+            testing::texturedQuad(type, {{"textureType", "image"}, {"texture", Value(file)}}, size, size);
+        info["TransformArray"] = Value(
+            Nodes{Value(Dictionary{{"sartFps", 0},
+                                   {"endFps", 1000},
+                                   {"startTranslate", std::to_string(x) + "," + std::to_string(y) + ",0"},
+                                   {"startRotate", "0,0," + std::to_string(angle)}})});
+        return info;
+    }
+
+    /// The first pixel that differs by more than rounding, as a text; empty when there is none.
+    static std::string difference(const Picture& one, const Picture& other) {
+        for (size_t i = 0; i < one.size(); ++i)
+            if (!testing::isNear(one[i], other[i], 4))
+                return std::to_string(i % side) + "," + std::to_string(i / side) + ": " +
+                       ::testing::PrintToString(one[i]) + " and " + ::testing::PrintToString(other[i]);
+        return {};
+    }
+};
+
+TEST_F(EdgeTest, TurnedQuadsAreSmoothInPartsAndAsAWhole) {
+    const std::string white = picture("white.png", {{255, 255, 255, 255}});
+    Dictionary turned = quad("QVQuadObject3D", white, 10, 5, 90, 0.3);
+    for (const bool isWhole : {false, true}) {
+        // A depth test has the whole frame multisampled.
+        turned["FpsInfo"] = Value(Dictionary{{"isEnableDephTest", isWhole}});
+        const Picture shown = play({Value(turned)}).at(0);
+        int between = 0, steps = 0;
+        for (size_t i = 1; i < shown.size(); ++i) {
+            between += shown[i][0] > 20 && shown[i][0] < 235;
+            steps += i % side != 0 && std::abs(shown[i][0] - shown[i - 1][0]) > 235;
+        }
+        // The outline is 360 pixels long; each row crosses two of the edges.
+        EXPECT_GT(between, 200) << isWhole;
+        EXPECT_LT(steps, 90) << isWhole;
+        EXPECT_EQ(shown[size_t(side / 2 * side + side / 2)], (Pixel{255, 255, 255, 255}));
+    }
+}
+
+TEST_F(EdgeTest, APictureIsTheSameMultisampledInPartsOrAsAWhole) {
+    std::mt19937 random(7);
+    const auto among = [&](double from, double to) {
+        return from + (to - from) * static_cast<double>(random() % 1000) / 1000;
+    };
+    const auto isIn = [](int place, int first) { return place >= first && place < 16 - first; };
+    const auto withMargin = [&](const std::string& name, const Pixel& color, int margin) {
+        Picture pixels(256, Pixel{0, 0, 0, 0});
+        for (int i = 0; i < 256; ++i)
+            if (isIn(i % 16, margin) && isIn(i / 16, margin)) pixels[size_t(i)] = color;
+        return picture(name, pixels, 16);
+    };
+    const std::string files[] = {withMargin("full.png", {200, 160, 60, 90}, 0),
+                                 withMargin("opaque.png", {90, 160, 250, 255}, 0),
+                                 withMargin("inner.png", {250, 90, 90, 255}, 4)};
+    // Glows, with nothing opaque under them, show every sample that is drawn twice.
+    struct Blend {
+        int source, destination;
+    };
+    for (const Blend blend : {Blend{770, 1}, {1, 1}, {770, 771}})
+        for (int trial = 0; trial < 4; ++trial) {
+            Nodes nodes;
+            for (int i = 0; i < 5; ++i) {
+                const std::string& file = files[blend.destination == 1 ? 0 : random() % 3];
+                Dictionary info =
+                    quad("QVQuadBlendObject3D", file, among(-60, 60), among(-60, 60), 50, among(0, 3));
+                info["BlendInfo"] =
+                    Value(Dictionary{{"srcBlend", blend.source}, {"decBlend", blend.destination}});
+                nodes.emplace_back(info);
+            }
+            EXPECT_EQ(difference(play(nodes).at(0), play(nodes, 0, false).at(0)), "")
+                << blend.source << " " << blend.destination << ", trial " << trial;
+        }
+}
+
+TEST_F(EdgeTest, TargetsThatShowEachOtherStepOnceAFrame) {
+    const auto showing = [&](const char* key, double x) {
+        Dictionary info = quad("QVQuadObject3D", "", x, 0, side);
+        info["TextureInfo"] = Value(Dictionary{{"textureType", "RTTTexture"}, {"textureMapKey", key}});
+        return Value(info);
+    };
+    const auto drawnInto = [](const char* key, double depth, Nodes children) {
+        return Value(Dictionary{{"type", "QVObject3DTransformBase"},
+                                {"FpsInfo", Value(Dictionary{{"isRenderToTexture", true},
+                                                             {"textureSize", "256,256"},
+                                                             {"textureMapKey", key},
+                                                             {"RenderDepth", depth}})},
+                                {"childNode", Value(std::move(children))}});
+    };
+    // The first target shows what the second one held a frame before, moved to the right.
+    const Value dot = Value(quad("QVQuadObject3D", picture("red.png", {{255, 0, 0, 255}}), -80, 0, 16));
+    // Materials look for targets that are there: the second node is configured first.
+    const Nodes nodes{drawnInto("second", 1, {showing("first", 0)}),
+                      drawnInto("first", 2, {showing("second", 20), dot}), showing("second", 0)};
+    const auto frames = play(nodes, 3);
+    ASSERT_EQ(frames.size(), 4u);
+    for (int frame = 0; frame < 4; ++frame)
+        for (int step = 0; step < 6; ++step) {
+            const Pixel& at = frames[size_t(frame)][size_t(side / 2 * side + side / 2 - 80 + 20 * step)];
+            EXPECT_EQ(at[0] > 128, step <= frame) << "frame " << frame << ", place " << step;
+        }
+}
+
+TEST_F(EdgeTest, PicturesHoldTheirEdgeColoursUnlessTheyAreRepeated) {
+    const std::string halves = picture("halves.png", {{255, 255, 255, 255}, {0, 0, 0, 255}});
+    // Four times as large as the picture: its upper edge in the first row, or its lower one in the last.
+    for (const bool isUpper : {true, false}) {
+        const double y = isUpper ? -1.5 * side : 1.5 * side;
+        const Picture shown = play({Value(quad("QVQuadObject3D", halves, 0, y, 4 * side))}).at(0);
+        EXPECT_EQ(int(isUpper ? shown.front()[0] : shown.back()[0]), isUpper ? 255 : 0);
+    }
+    Dictionary tiled = quad("QVQuadObject3D", halves, 0, 0, side);
+    tiled["TransformArray"] = Value(Nodes{Value(Dictionary{{"sartFps", 0},
+                                                           {"endFps", 9},
+                                                           {"startTextureOrigin", "0,0"},
+                                                           {"endTextureOrigin", "0,0"},
+                                                           {"startTextureSize", "1,2"},
+                                                           {"endTextureSize", "1,2"}})});
+    const Picture shown = play({Value(tiled)}, 1).at(1);
+    std::string column;
+    for (const int row : {20, 100, 148, 228})
+        column += shown[size_t(row * side)][0] > 128 ? "white " : "black ";
+    EXPECT_EQ(column, "white black white black ");
+}
+
+}  // namespace
+}  // namespace multiscene
