@@ -1,5 +1,6 @@
 #include "platform/media/Ffmpeg.h"
 
+#include <algorithm>
 #include <cstdarg>
 #include <mutex>
 
@@ -10,6 +11,7 @@ extern "C" {
 #include <libavcodec/avcodec.h>
 #include <libavformat/avformat.h>
 #include <libavutil/opt.h>
+#include <libavutil/pixdesc.h>
 }
 
 namespace platform::ffmpeg {
@@ -32,6 +34,22 @@ void forwardLog(void* context, int level, const char* format, va_list arguments)
     std::string text = line;
     while (!text.empty() && text.back() == '\n') text.pop_back();
     log::info(text);
+}
+
+bool hasAlphaPackets(const AVStream& stream) {
+    const AVDictionaryEntry* mode = av_dict_get(stream.metadata, "alpha_mode", nullptr, 0);
+    return mode && std::string_view(mode->value) == "1";
+}
+
+/// The libraries' own VP8 and VP9 decoders pass the alpha of a packet over.
+const AVCodec* decoderFor(const AVStream& stream) {
+    const AVCodecID codec = stream.codecpar->codec_id;
+    const AVCodec* withAlpha = nullptr;
+    if (hasAlphaPackets(stream) && codec == AV_CODEC_ID_VP9)
+        withAlpha = avcodec_find_decoder_by_name("libvpx-vp9");
+    else if (hasAlphaPackets(stream) && codec == AV_CODEC_ID_VP8)
+        withAlpha = avcodec_find_decoder_by_name("libvpx");
+    return withAlpha ? withAlpha : avcodec_find_decoder(codec);
 }
 
 const char* describe(Content content) { return content == Content::Video ? "video" : "sound"; }
@@ -100,6 +118,8 @@ Input openInput(const std::string& path, Content content, const std::string& nam
     // Both say that the content is of no kind that may be opened: unknown, or known and not allowed.
     if (code == AVERROR(EINVAL) || code == AVERROR_INVALIDDATA)
         throw Error(kind, std::string("is no readable ") + describe(content) + " of a known format", name);
+    // Tables that claim more entries than memory can hold.
+    if (code == AVERROR(ENOMEM)) throw Error(kind, "is damaged: it claims to hold more than it can", name);
     check(code, "cannot be opened", name, kind);
     Input input(opened);
     check(avformat_find_stream_info(input.get(), nullptr), "cannot be read", name, kind);
@@ -121,8 +141,20 @@ AVStream& selectStream(AVFormatContext& input, Content content, const std::strin
     return *selected;
 }
 
+bool hasAlpha(const AVStream& stream) {
+    if (hasAlphaPackets(stream)) return true;
+    const auto* format = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(stream.codecpar->format));
+    return format && (format->flags & AV_PIX_FMT_FLAG_ALPHA);
+}
+
+int64_t usualDuration(const AVStream& stream) {
+    const AVRational rate = stream.avg_frame_rate;
+    if (rate.num <= 0 || rate.den <= 0) return 1;
+    return std::max<int64_t>(av_rescale_q(1, av_inv_q(rate), stream.time_base), 1);
+}
+
 Codec openDecoder(const AVStream& stream, const std::string& name, ErrorKind kind) {
-    const AVCodec* decoder = avcodec_find_decoder(stream.codecpar->codec_id);
+    const AVCodec* decoder = decoderFor(stream);
     if (!decoder) {
         const std::string codecName = avcodec_get_name(stream.codecpar->codec_id);
         throw Error(kind, "cannot be decoded: no decoder for " + codecName, name);

@@ -56,6 +56,13 @@ Input openInput(const std::string& path, Content content, const std::string& nam
 /// Error(kind) when there is none.
 AVStream& selectStream(AVFormatContext& input, Content content, const std::string& name, ErrorKind kind);
 
+/// Its pictures may be transparent in places: a pixel format with alpha, or VP8 and VP9 with a second picture
+/// of alpha in each packet.
+bool hasAlpha(const AVStream& stream);
+
+/// How long a picture is shown whose packet does not say, in ticks of the stream; at least 1.
+int64_t usualDuration(const AVStream& stream);
+
 /// A decoder on one thread: its work is counted on, and runs beside, the thread that calls it.
 Codec openDecoder(const AVStream& stream, const std::string& name, ErrorKind kind);
 

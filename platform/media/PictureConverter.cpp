@@ -50,12 +50,48 @@ int scalerColours(YuvMatrix matrix) {
     return SWS_CS_DEFAULT;
 }
 
-// Planes of brightness and colour that hold nothing else, in the samples that YuvConverter takes.
+bool hasAlpha(const AVFrame& picture) {
+    const auto* format = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(picture.format));
+    return format && (format->flags & AV_PIX_FMT_FLAG_ALPHA);
+}
+
+bool isOpaque(const PixelBuffer& picture) {
+    const uint8_t* alpha = picture.data() + 3;
+    for (int y = 0; y < picture.height(); ++y) {
+        uint8_t least = 255;  // of a row, without a branch
+        for (int x = 0; x < picture.width(); ++x, alpha += 4) least = std::min(least, *alpha);
+        if (least != 255) return false;
+    }
+    return true;
+}
+
+void premultiply(PixelBuffer& picture) {
+    uint8_t* pixel = picture.data();
+    for (size_t i = 0; i < picture.size(); i += 4, pixel += 4)
+        for (int channel = 0; channel < 3; ++channel)
+            pixel[channel] = static_cast<uint8_t>((pixel[channel] * pixel[3] * 257 + 32768) >> 16);
+}
+
+// From a plane of its own, of the same depth as the colours.
+void copyAlpha(const AVFrame& picture, PixelBuffer& target) {
+    const int depth = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(picture.format))->comp[3].depth;
+    for (int y = 0; y < picture.height; ++y) {
+        const uint8_t* from = picture.data[3] + static_cast<ptrdiff_t>(y) * picture.linesize[3];
+        uint8_t* to = target.data() + static_cast<size_t>(y) * static_cast<size_t>(target.stride()) + 3;
+        for (int x = 0; x < picture.width; ++x) {
+            const int level = depth == 8 ? from[x] : from[2 * x] | from[2 * x + 1] << 8;
+            to[4 * x] = static_cast<uint8_t>(level >> (depth - 8));
+        }
+    }
+}
+
+// Planes of brightness and colour, with alpha in a fourth one or nothing else, in the samples that
+// YuvConverter takes.
 std::optional<YuvPicture> planesOf(const AVFrame& picture) {
     const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(picture.format));
     constexpr uint64_t kOther = AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_BE | AV_PIX_FMT_FLAG_HWACCEL |
-                                AV_PIX_FMT_FLAG_FLOAT | AV_PIX_FMT_FLAG_ALPHA | AV_PIX_FMT_FLAG_BITSTREAM;
-    if (!format || format->nb_components != 3 || (format->flags & kOther)) return std::nullopt;
+                                AV_PIX_FMT_FLAG_FLOAT | AV_PIX_FMT_FLAG_BITSTREAM;
+    if (!format || format->nb_components < 3 || (format->flags & kOther)) return std::nullopt;
     if (format->log2_chroma_w > 1 || format->log2_chroma_h > 1) return std::nullopt;
     YuvPicture planes;
     planes.depth = format->comp[0].depth;
@@ -79,32 +115,59 @@ std::optional<YuvPicture> planesOf(const AVFrame& picture) {
 
 }  // namespace
 
-PictureConverter::PictureConverter(PixelOrder order, Orientation orientation)
-    : order_(order), orientation_(orientation) {}
+PictureConverter::PictureConverter(const Settings& settings) : settings_(settings) {}
 
 PictureConverter::~PictureConverter() = default;
 
 void PictureConverter::FreeScaler::operator()(SwsContext* scaler) const { sws_freeContext(scaler); }
 
-void PictureConverter::convert(const AVFrame& picture, PixelBuffer& target) {
-    if (orientation_.isUpright()) {
+bool PictureConverter::convert(const AVFrame& picture, PixelBuffer& target) {
+    const ffmpeg::Frame part = cropped(picture);
+    convertUpright(part ? *part : picture, target);
+    if (!hasAlpha(picture) || isOpaque(target)) return true;
+    if (settings_.premultipliesAlpha) premultiply(target);
+    return false;
+}
+
+/// Another view of the picture's memory; none when all of it is wanted.
+ffmpeg::Frame PictureConverter::cropped(const AVFrame& picture) const {
+    PictureShape shape = settings_.shape;
+    if (settings_.orientation.swapsSides()) std::swap(shape.width, shape.height);
+    const CropSize size = cropSize(picture.width, picture.height, shape);
+    if (size.width == picture.width && size.height == picture.height) return nullptr;
+    ffmpeg::Frame part = ffmpeg::newFrame();
+    ffmpeg::check(av_frame_ref(part.get(), &picture), "a picture cannot be cropped", {});
+    // The size of the whole decides what colours without a name are.
+    if (matrixOf(picture) == YuvMatrix::BT709) part->colorspace = AVCOL_SPC_BT709;
+    if (matrixOf(picture) == YuvMatrix::BT601) part->colorspace = AVCOL_SPC_SMPTE170M;
+    part->crop_left = static_cast<size_t>(picture.width - size.width) / 2;
+    part->crop_right = static_cast<size_t>(picture.width - size.width) - part->crop_left;
+    part->crop_top = static_cast<size_t>(picture.height - size.height) / 2;
+    part->crop_bottom = static_cast<size_t>(picture.height - size.height) - part->crop_top;
+    ffmpeg::check(av_frame_apply_cropping(part.get(), AV_FRAME_CROP_UNALIGNED), "a picture cannot be cropped",
+                  {});
+    return part;
+}
+
+void PictureConverter::convertUpright(const AVFrame& picture, PixelBuffer& target) {
+    if (settings_.orientation.isUpright()) {
         convertStored(picture, target);
     } else {
         convertStored(picture, stored_);
-        turnUpright(stored_, orientation_, target);
+        turnUpright(stored_, settings_.orientation, target);
     }
 }
 
 void PictureConverter::convertStored(const AVFrame& picture, PixelBuffer& target) {
-    if (const auto planes = planesOf(picture))
-        yuv_.convert(*planes, order_, target);
-    else
-        convertAny(picture, target);
+    const auto planes = planesOf(picture);
+    if (!planes) return convertAny(picture, target);
+    yuv_.convert(*planes, settings_.order, target);
+    if (hasAlpha(picture)) copyAlpha(picture, target);
 }
 
 void PictureConverter::convertAny(const AVFrame& picture, PixelBuffer& target) {
     target.resize(picture.width, picture.height);
-    const AVPixelFormat format = order_ == PixelOrder::BGRA ? AV_PIX_FMT_BGRA : AV_PIX_FMT_RGBA;
+    const AVPixelFormat format = settings_.order == PixelOrder::BGRA ? AV_PIX_FMT_BGRA : AV_PIX_FMT_RGBA;
     constexpr int kFlags = SWS_BILINEAR | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_BITEXACT;
     scaler_.reset(sws_getCachedContext(scaler_.release(), picture.width, picture.height,
                                        static_cast<AVPixelFormat>(picture.format), picture.width,

@@ -48,6 +48,7 @@ VideoInfo infoOf(const AVFormatContext& input, const AVStream& stream, Orientati
         info.averageFrameRate = av_q2d(stream.avg_frame_rate);
     info.frameCount = stream.nb_frames;
     info.hasAudio = hasStreamOf(input, AVMEDIA_TYPE_AUDIO);
+    info.hasAlpha = ffmpeg::hasAlpha(stream);
     info.codec = avcodec_get_name(stream.codecpar->codec_id);
     return info;
 }
@@ -105,7 +106,7 @@ void VideoDecoder::noteDamage(int code) {
 void VideoDecoder::noteTime() {
     const int64_t stamp = frame_->best_effort_timestamp;
     tick_ = stamp == AV_NOPTS_VALUE ? nextTick_ : stamp;
-    nextTick_ = tick_ + std::max<int64_t>(frame_->pkt_duration, 1);
+    nextTick_ = tick_ + std::max<int64_t>(frame_->pkt_duration, ffmpeg::usualDuration(stream_));
     if (!firstTick_) firstTick_ = tick_;
 }
 
@@ -124,6 +125,11 @@ CMTime VideoDecoder::time() const {
             return CMTimeMake(picture * period.num, period.den);
     }
     return CMTimeMake(tick * stream_.time_base.num, stream_.time_base.den);
+}
+
+CMTime VideoDecoder::endTime() const {
+    const int64_t ticks = nextTick_ - firstTick_.value_or(0);
+    return CMTimeMake(ticks * stream_.time_base.num, stream_.time_base.den);
 }
 
 }  // namespace platform

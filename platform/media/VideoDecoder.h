@@ -25,6 +25,8 @@ class VideoDecoder {
     const AVFrame& picture() const { return *frame_; }
     /// Its time, counted from the first picture: exact, also where the file rounds to milliseconds.
     CMTime time() const;
+    /// When its display ends, as far as the file tells.
+    CMTime endTime() const;
 
     /// The first thing that could not be read or decoded, if any.
     const std::optional<Error>& error() const { return error_; }

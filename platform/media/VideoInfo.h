@@ -18,7 +18,8 @@ struct VideoInfo {
     double averageFrameRate = 0;  ///< frames a second, 0 when unknown
     int64_t frameCount = 0;       ///< 0 when the file does not say
     bool hasAudio = false;
-    std::string codec;  ///< short name: "h264", "vp9", …
+    bool hasAlpha = false;  ///< its pictures may be transparent in places
+    std::string codec;      ///< short name: "h264", "vp9", …
 
     double durationSeconds() const { return CMTimeGetSeconds(duration); }
     /// The duration in 1/600 s, rounded down.

@@ -6,6 +6,7 @@
 
 #include "platform/media/BoundedQueue.h"
 #include "platform/media/PictureConverter.h"
+#include "platform/media/PicturesByTime.h"
 #include "platform/media/ThreadCpu.h"
 #include "platform/media/VideoDecoder.h"
 
@@ -13,10 +14,17 @@ namespace platform {
 
 class VideoReader::Implementation {
   public:
-    Implementation(const FileHandle& file, const std::string& name, ErrorKind kind, const Settings& settings)
+    Implementation(const FileHandle& file, const std::string& name, ErrorKind kind, const Settings& wanted)
         : decoder(file, name, kind),
-          converter(settings.pixelOrder, decoder.orientation()),
-          queue(static_cast<size_t>(std::max(settings.framesAhead, 1))) {}
+          settings(wanted),
+          converter({settings.pixelOrder, decoder.orientation(), settings.shape,
+                     decoder.info().hasAlpha && settings.premultipliesAlpha}),
+          info(decoder.info()),
+          queue(static_cast<size_t>(std::max(settings.framesAhead, 1))) {
+        const CropSize size = cropSize(info.width, info.height, settings.shape);
+        info.width = size.width;
+        info.height = size.height;
+    }
     ~Implementation() {
         queue.abort();
         if (thread.joinable()) thread.join();
@@ -27,7 +35,7 @@ class VideoReader::Implementation {
         if (!thread.joinable()) thread = std::thread([this] { run(); });
     }
 
-    VideoDecoder decoder;
+    const VideoInfo& fileInfo() const { return info; }
     BoundedQueue<VideoFrame>& frames() { return queue; }
 
     std::optional<Error> error() const {
@@ -43,8 +51,7 @@ class VideoReader::Implementation {
     void run() {
         nameThread("video-decode");
         try {
-            while (std::optional<VideoFrame> frame = decodeOne())
-                if (!queue.push(std::move(*frame))) return;
+            settings.framesPerSecond > 0 ? deliverByTime() : deliverEach();
             if (decoder.error()) note(*decoder.error());
         } catch (const Error& caught) {
             note(caught);
@@ -54,25 +61,48 @@ class VideoReader::Implementation {
         queue.close();
     }
 
-    std::optional<VideoFrame> decodeOne() {
+    /// Adds the CPU time of `work` to a counter.
+    template <typename Work>
+    auto timed(double& counter, Work work) {
         const double begin = threadCpuSeconds();
-        const bool decoded = decoder.next();
-        const double middle = threadCpuSeconds();
-        VideoFrame frame{pool.take(0, 0), CMTime{}};
-        if (decoded) {
-            converter.convert(decoder.picture(), *frame.pixels);
-            frame.time = decoder.time();
-        }
-        count(decoded, middle - begin, threadCpuSeconds() - middle);
-        if (!decoded) return std::nullopt;
-        return frame;
+        auto result = work();
+        const std::lock_guard lock(mutex);
+        counter += threadCpuSeconds() - begin;
+        return result;
     }
 
-    void count(bool decoded, double decodeSeconds, double convertSeconds) {
+    void deliverEach() {
+        while (timed(counters.decodeSeconds, [&] { return decoder.next(); })) {
+            countPicture();
+            if (!queue.push(converted(decoder.picture(), decoder.time()))) return;
+        }
+    }
+
+    void deliverByTime() {
+        auto pictures =
+            timed(counters.decodeSeconds, [&] { return PicturesByTime(decoder, settings.framesPerSecond); });
+        VideoFrame frame;
+        while (timed(counters.decodeSeconds, [&] { return pictures.next(); })) {
+            if (!pictures.isShownAgain()) {
+                countPicture();
+                frame = converted(pictures.picture(), pictures.time());
+            }
+            frame.time = pictures.time();
+            if (!queue.push(frame)) return;
+        }
+    }
+
+    VideoFrame converted(const AVFrame& picture, const CMTime& time) {
+        return timed(counters.convertSeconds, [&] {
+            PixelBufferPool::Pointer pixels = pool.take(0, 0);
+            const bool isOpaque = converter.convert(picture, *pixels);
+            return VideoFrame{std::move(pixels), time, isOpaque};
+        });
+    }
+
+    void countPicture() {
         const std::lock_guard lock(mutex);
-        counters.frames += decoded;
-        counters.decodeSeconds += decodeSeconds;
-        counters.convertSeconds += convertSeconds;
+        ++counters.frames;
     }
 
     void note(const Error& caught) {
@@ -80,7 +110,10 @@ class VideoReader::Implementation {
         failure = caught;
     }
 
+    VideoDecoder decoder;
+    const Settings settings;
     PictureConverter converter;
+    VideoInfo info;
     PixelBufferPool pool;
     BoundedQueue<VideoFrame> queue;
     mutable std::mutex mutex;
@@ -95,7 +128,7 @@ VideoReader::VideoReader(FileHandle file, const std::string& name, ErrorKind kin
 
 VideoReader::~VideoReader() = default;
 
-const VideoInfo& VideoReader::info() const { return implementation_->decoder.info(); }
+const VideoInfo& VideoReader::info() const { return implementation_->fileInfo(); }
 
 void VideoReader::start() { implementation_->start(); }
 

@@ -9,33 +9,44 @@
 #include "platform/base/CMTime.h"
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
+#include "platform/media/Crop.h"
 #include "platform/media/PixelBuffer.h"
 #include "platform/media/VideoInfo.h"
 
 namespace platform {
 
 /// One decoded picture: upright (rotation and mirroring of the file applied), top row first. Its size may
-/// change within a film. The buffer goes back to the reader's pool when the frame is destroyed.
+/// change within a film. The buffer goes back to the reader's pool when the last frame that shows it is
+/// destroyed.
 struct VideoFrame {
-    PixelBufferPool::Pointer pixels;
+    std::shared_ptr<const PixelBuffer> pixels;
     /// Exact, counted from the first picture of the file, which has 0.
     CMTime time;
+    bool isOpaque = true;  ///< alpha is 255 everywhere
 };
 
 struct VideoReaderSettings {
     PixelOrder pixelOrder = PixelOrder::BGRA;
     int framesAhead = 2;  ///< pictures decoded before they are asked for
+    /// Frames a second. 0: every picture of the file once. Else frame n is at
+    /// n / framesPerSecond seconds and each picture starts with the frame nearest to its time: pictures are
+    /// left out, or given again, the same buffer then.
+    int framesPerSecond = 0;
+    PictureShape shape = {};  ///< only the middle of each picture, in this shape; upright
+    /// Of films with alpha: colours are multiplied by it.
+    bool premultipliesAlpha = true;
 };
 
 /// The file is opened with the file protocol alone and with a fixed list of formats (MP4/MOV, Matroska/WebM,
 /// AVI, MPEG-TS, Ogg): a "video" that is a playlist is refused and opens nothing. The first video track is
-/// read. Every call to nextFrame() gives the next picture of the file, however its frame rate varies.
+/// read; VP8 and VP9 with alpha are read with it. Every call to nextFrame() gives the next picture of the
+/// file, however its frame rate varies, unless the settings ask for a rate.
 class VideoReader {
   public:
     using Settings = VideoReaderSettings;
 
     struct Statistics {
-        int64_t frames = 0;         ///< pictures decoded
+        int64_t frames = 0;         ///< pictures converted
         double decodeSeconds = 0;   ///< CPU seconds of reading and decoding
         double convertSeconds = 0;  ///< CPU seconds of colour conversion and turning
     };
@@ -48,6 +59,7 @@ class VideoReader {
     VideoReader(const VideoReader&) = delete;
     VideoReader& operator=(const VideoReader&) = delete;
 
+    /// What the file says; width and height are those of the pictures delivered.
     const VideoInfo& info() const;
 
     /// Starts decoding ahead. nextFrame() does it by itself when nobody did.

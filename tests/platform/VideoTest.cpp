@@ -5,6 +5,7 @@
 
 #include "MediaFixture.h"
 #include "platform/media/BoundedQueue.h"
+#include "platform/media/FilmLength.h"
 #include "platform/media/PictureConverter.h"
 #include "platform/media/VideoReader.h"
 
@@ -399,7 +400,7 @@ TEST(PictureConverterTest, EveryPixelFormatAndOddSizeGivesTheSameColours) {
                 }
         }
         for (const PixelOrder order : {PixelOrder::BGRA, PixelOrder::RGBA}) {
-            PictureConverter converter(order, {});
+            PictureConverter converter({.order = order});
             PixelBuffer picture;
             converter.convert(*frame, picture);
             ASSERT_EQ(picture.width(), 17);
@@ -409,6 +410,80 @@ TEST(PictureConverterTest, EveryPixelFormatAndOddSizeGivesTheSameColours) {
         }
         av_frame_free(&frame);
     }
+}
+
+TEST_F(VideoTest, ARateIsKeptByTime) {
+    struct Case {
+        int fps, wanted;
+        std::vector<int> pictures;
+    };
+    for (const Case& it : {Case{10, 30, {0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3}}, Case{60, 30, {0, 2}},
+                           Case{30, 30, {0, 1, 2, 3}}, Case{24, 30, {0, 1, 1, 2, 3}}}) {
+        const std::string film = makeFilm("film.mp4", 4, small(64, 48, it.fps));
+        VideoReader reader(open(film), film, ErrorKind::Input, {.framesPerSecond = it.wanted});
+        std::shared_ptr<const PixelBuffer> before;
+        for (size_t frame = 0; frame < it.pictures.size(); ++frame) {
+            const auto shown = reader.nextFrame();
+            ASSERT_TRUE(shown) << frame << " of " << it.fps;
+            EXPECT_EQ(shown->time.value * it.wanted, int64_t(frame) * shown->time.timescale);
+            expectColour(*shown->pixels, 48, 36, greyOf(it.pictures[frame]));
+            const bool isAgain = frame > 0 && it.pictures[frame] == it.pictures[frame - 1];
+            EXPECT_EQ(shown->pixels == before, isAgain) << frame;
+            before = shown->pixels;
+        }
+        EXPECT_FALSE(reader.nextFrame()) << it.fps;
+        EXPECT_EQ(framesWithin(measureFilm(open(film), film, ErrorKind::Input, 100).length, it.wanted),
+                  int64_t(it.pictures.size()));
+    }
+    const std::string lasting = makeFilm("lasting.mp4", 100, small());
+    const FilmLength part = measureFilm(open(lasting), lasting, ErrorKind::Input, 1);
+    EXPECT_FALSE(part.isWhole) << "read no further";
+    EXPECT_GE(framesWithin(part.length, 25), 25);
+    EXPECT_LT(framesWithin(part.length, 25), 50);
+}
+
+TEST_F(VideoTest, TheMiddleIsCutOutOfUprightPictures) {
+    const std::string lying = makeFilm("lying.mp4", 1, small(64, 48));
+    const std::string turned = path("turned.mp4");
+    ASSERT_EQ(
+        std::system(
+            ("ffmpeg -v error -y -i " + lying + " -c copy -metadata:s:v:0 rotate=90 " + turned).c_str()),
+        0);
+    for (const auto& [film, width, height] : {std::tuple{lying, 24, 48}, std::tuple{turned, 32, 64}}) {
+        VideoReader reader(open(film), film, ErrorKind::Input, {.shape = {1, 2}});
+        EXPECT_EQ(reader.info().width, width);
+        EXPECT_EQ(reader.info().height, height);
+        const auto shown = reader.nextFrame();
+        ASSERT_TRUE(shown);
+        EXPECT_EQ(shown->pixels->width(), width);
+        EXPECT_EQ(shown->pixels->height(), height);
+        // The quarters still meet in the middle.
+        const Corners upright =
+            film == lying ? Corners{kRed, kGreen, kBlue, greyOf(0)} : Corners{kGreen, greyOf(0), kRed, kBlue};
+        expectCorners(*shown->pixels, upright);
+    }
+}
+
+TEST_F(VideoTest, LyingTablesAreTheFilmsFault) {
+    const auto faultOf = [&](const std::string& film) -> Error {
+        try {
+            measureFilm(open(film), film, ErrorKind::Input, 1);
+        } catch (const Error& error) {
+            return error;
+        }
+        return Error(ErrorKind::Failed, "taken as whole");
+    };
+    const std::string gap = path("gap.mp4");
+    ASSERT_EQ(std::system(("ffmpeg -v error -y -f lavfi -i color=s=64x48:r=1:d=2 -vf 'setpts=N*100000/TB' "
+                           "-vsync passthrough -bf 0 -video_track_timescale 1 " +
+                           gap)
+                              .c_str()),
+              0);
+    EXPECT_EQ(faultOf(gap).kind(), ErrorKind::Input);
+    EXPECT_EQ(faultOf(gap).message(), "is damaged: it has no picture from 0.0 s to 100000.0 s");
+    std::string bytes = bytesOf(makeFilm("film.mp4", 2, small()));
+    bytes.replace(bytes.find("stts") + 8, 4, "\x1f\xff\xff\xff");
+    EXPECT_EQ(faultOf(write("many.mp4", bytes)).kind(), ErrorKind::Input) << "and not for want of memory";
 }
 
 TEST_F(VideoTest, OnlyVideosAreOpened) {
