@@ -76,6 +76,34 @@ TEST_F(GroupPlay, TextureTransitionFadesBothMovingScenesIntoEachOther) {
     expectShown(7, blue, white);
 }
 
+TEST_F(GroupPlay, ASceneThatRunsOutDuringTheTransitionIntoItEndsWhenItIsCurrent) {
+    addScene(1, 6);
+    addScene(2, 2);
+    addScene(3, 1);
+    // Ends at its last frame, in which the video has no further picture.
+    addScene(4, Value(Dictionary{
+                    {"TimeSource",
+                     Value(Dictionary{
+                         {"type", "QVSingleVideoTimeSource"},
+                         {"VideoInfo", Value(Dictionary{{"msaterVideoPath", "$(currentScenePlistROOT)/f.mp4"},
+                                                        {"videoFps", 30}})},
+                         {"FpsInfo", Value(Dictionary{{"startFps", 0}, {"endFps", 50}})}})}}));
+    testing::writeFilm(folder_ / "f.mp4", 2);
+    addScene(9, testing::crossFade(side, side, 4));
+    play(1, transition(9, 5, 0));
+    play(2);
+    play(1, transition(9, 5, 0));
+    play(4);
+    play(3);
+    create(pixelSink());
+    recordFrames();
+    run();
+    EXPECT_EQ(failures_, 0) << (error_ ? error_->what() : "");
+    EXPECT_EQ(completions_, 1);
+    // A frame of its own closes it, and what follows was not built ahead.
+    EXPECT_EQ(summary(), "0:c1 x2, 1:c1+n2+t9 x5, 0:c2 x1, 0:c1 x2, 1:c1+n4+t9 x5, 0:c4 x1, 0:c3 x2");
+}
+
 TEST_F(GroupPlay, OverlayIsDrawnOverTheSceneAndOutlivesIt) {
     const auto picture = testing::writePicture(folder_ / "veil.png", {{0, 255, 0, 128}});
     const Value veil = testing::texturedQuad(

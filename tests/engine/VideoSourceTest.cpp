@@ -1,5 +1,7 @@
 #include <gmock/gmock.h>
 
+#include <cstdlib>
+
 #include "DrawableFixture.h"
 #include "TimeSource/QVSingleVideoBgObject3D.h"
 #include "core/VideoTimeSource.h"
@@ -39,6 +41,16 @@ class Listener : public VideoTimeSourceDelegate {
     std::vector<std::string> events;
 };
 
+/// A film of three pictures, half red and half transparent, in which all pixels are seen through a little.
+std::string writeGhost(const std::filesystem::path& path, const std::string& codec) {
+    const std::string half = "s=32x64:r=30:d=0.1,format=rgba";
+    const std::string command = "ffmpeg -v error -y -filter_complex 'color=red@0.5:" + half +
+                                "[left];color=white@0:" + half + "[right];[left][right]hstack' " + codec +
+                                " " + path.string();
+    EXPECT_EQ(std::system(command.c_str()), 0);
+    return path;
+}
+
 class VideoSourceTest : public DrawableFixture {
   protected:
     /// The scene's clock, as the player makes it.
@@ -70,7 +82,7 @@ class VideoSourceTest : public DrawableFixture {
     /// Turns of the driver until the source has ended; the frame time of each turn.
     std::vector<int64_t> play(bool draws = false) {
         std::vector<int64_t> times;
-        for (; source->isAlive() && times.size() < 40; ++listener->turn) {
+        for (; source->isAlive() && times.size() < mostTurns; ++listener->turn) {
             source->decodeNextFpsWithGroupQueue();
             times.push_back(scene->currentRenderTime().value);
             scene->updateData();
@@ -86,6 +98,7 @@ class VideoSourceTest : public DrawableFixture {
         return times;
     }
 
+    size_t mostTurns = 40;
     std::shared_ptr<Listener> listener = std::make_shared<Listener>();
     std::shared_ptr<VideoTimeSource> source;
     std::vector<int> levels, blues;  // of the middle, drawn over blue
@@ -153,6 +166,39 @@ TEST_F(VideoSourceTest, AMaskVideoGivesTheOpacityAndTheShorterOneEndsBoth) {
     }
 }
 
+TEST_F(VideoSourceTest, AFilmWithAlphaIsBlendedAsAClockAndAsATexture) {
+    struct Format {
+        const char *name, *codec;
+    };
+    for (const Format& it :
+         {Format{"a.mov", "-c:v png"}, Format{"b.mov", "-c:v qtrle"},
+          Format{"c.webm", "-c:v libvpx-vp9 -pix_fmt yuva420p -lossless 1 -auto-alt-ref 0"},
+          Format{"d.webm", "-c:v libvpx -pix_fmt yuva420p -crf 4 -b:v 8M -auto-alt-ref 0"}}) {
+        const std::string ghost = writeGhost(path(it.name), it.codec);
+        const auto expectSeenThrough = [&] {
+            EXPECT_TRUE(isNear(at(8, 32), {128, 0, 128, 255}, 6)) << it.name;
+            EXPECT_TRUE(isNear(at(56, 32), kBlue, 6)) << it.name;
+            // The colour behind transparent pixels, whatever it is, does not show at the rim.
+            EXPECT_LT(at(31, 32)[1], 10) << it.name;
+        };
+        newScene();
+        clock("QVSingleVideoTimeSource", video(ghost, 2));
+        source->decodeNextFpsWithGroupQueue();
+        scene->updateMatrix();
+        drawAgain(kBlue);
+        expectSeenThrough();
+        newScene();
+        Dictionary node = quad("QVQuadObject3D", ghost);
+        node["TextureInfo"] =
+            dictionary({{"textureType", "mp4Video"}, {"texture", Value(ghost)}, {"videoFps", 30}});
+        add(Value(node));
+        draw(0, kBlue);
+        expectSeenThrough();
+        for (int frame = 1; frame < 6; ++frame) draw(frame, kBlue);
+        expectSeenThrough();  // held, as its last picture
+    }
+}
+
 /// One picture of three stripes, each twelve pixels high: the key, a half of it over grey, grey.
 std::string writeStripes(const std::filesystem::path& path, const Pixel& key) {
     platform::VideoWriter writer({.path = path,
@@ -204,8 +250,10 @@ TEST_F(VideoSourceTest, TransitionsOfAnotherKindAreHardCutsAndOnlyTheCurrentScen
     listener->events.clear();
     clock("QVNullVideoTimeSource", noVideo(1), dictionary({{"fpsTotal", 1}}));
     driver.current.reset();
+    mostTurns = 3;
     play();
-    EXPECT_THAT(listener->events, ::testing::ElementsAre("4 start", "5 complete"));
+    EXPECT_THAT(listener->events, ::testing::ElementsAre("4 start", "5 complete", "6 complete"))
+        << "told anew until its scene is the current one";
 }
 
 TEST_F(VideoSourceTest, ThePlayerMayDropTheSourceFromWithinItsCallbacks) {

@@ -18,6 +18,8 @@ class QVChromaKeyVideoBgObject : public QVSingleVideoBgObject3D {
 
   protected:
     const char* shaderName() const override { return "chromaKey_Shader"; }
+    /// The key is taken out of the colours as they are.
+    bool premultipliesAlpha() const override { return false; }
     void setUniforms(Shader& shader) override;
 
   private:

@@ -32,13 +32,14 @@ class QVSingleVideoBgObject3D : public QVQuadObject3D, public TimeSourceBase {
   protected:
     QVObject3DFpsBase& self() override { return *this; }
     void dropPictures() override { masterOutput_.reset(); }
-    DrawnTexture drawnTexture() const override {
-        return {renderMasterTexture(), false, {.clearMargin = {}, .isOpaque = true}};
-    }
+    DrawnTexture drawnTexture() const override;
+    /// Colours of a video with alpha come multiplied by it, as those of pictures do.
+    virtual bool premultipliesAlpha() const { return true; }
 
   private:
     std::string masterVideoPath_;
     std::optional<QVVideoFrameRenderOutput> masterOutput_;
+    bool isPremultiplied_ = false;
 };
 
 /// The keys of a video source besides those of its class.

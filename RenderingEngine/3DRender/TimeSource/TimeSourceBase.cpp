@@ -46,6 +46,7 @@ void TimeSourceBase::setDecode(std::shared_ptr<QVVideoDecodeBase> decode) {
     });
     decode_->onVideoDecodeFinish = whileAlive([this] {
         dropPictures();
+        hasEndedAsCurrent_ = isRootSceneCurrent();
         if (const auto delegate = delegate_.lock()) delegate->didCompleteRender(*this, rootScene());
     });
 }

@@ -20,7 +20,7 @@ class TimeSourceBase : public VideoTimeSource {
     void decodeNextFpsWithGroupQueue() override;
     void fpsRenderCompletedHandle() override;
     void cancelDecode() override;
-    bool isAlive() const override { return decode_ && !decode_->hasEnded(); }
+    bool isAlive() const override { return decode_ && !hasEndedAsCurrent_; }
 
     bool isPlayAtActualSpeed() const { return context_.isPlayAtActualSpeed; }
     bool isLoadNextSceneOnce() const { return isLoadNextSceneOnce_; }
@@ -67,7 +67,7 @@ class TimeSourceBase : public VideoTimeSource {
     std::weak_ptr<QVScene3D> rootScene_;
     std::weak_ptr<VideoTimeSourceDelegate> delegate_;
     std::shared_ptr<QVVideoDecodeBase> decode_;  // shared with the turn that is using it
-    bool isLoadNextSceneOnce_ = false;
+    bool isLoadNextSceneOnce_ = false, hasEndedAsCurrent_ = false;
     int32_t tansitionsType_ = 0;
     int64_t tansitionsSceneId_ = 0, tansitionsFpsTotal_ = 0;
     int64_t completedFrame_ = -1;

@@ -39,11 +39,13 @@ class VideoTimeSource {
     virtual void computeTimeSourceFpsTotal() = 0;
     /// Before a frame: decodes the next picture and sets the scene's currentRenderTime.
     virtual void decodeNextFpsWithGroupQueue() = 0;
-    /// After a frame: ends the source, and reports it, when it has completed.
+    /// After a frame: ends the source, and reports it, when it has completed; again after every frame that
+    /// the player still plays.
     virtual void fpsRenderCompletedHandle() = 0;
     /// Stops decoding and lets go of the decoder. May be called twice.
     virtual void cancelDecode() = 0;
-    /// False once the source has ended or was cancelled: it will deliver no more frames.
+    /// False once it was cancelled, or has ended as the clock of the current scene: the player then has heard
+    /// all that it will ever hear.
     virtual bool isAlive() const = 0;
 };
 

@@ -2,8 +2,9 @@
 
 namespace multiscene {
 
-QVSingleVideoDecode::QVSingleVideoDecode(const std::string& videoUrl, int32_t videoFps)
-    : videoReader_(videoUrl, videoFps) {
+QVSingleVideoDecode::QVSingleVideoDecode(const std::string& videoUrl, int32_t videoFps,
+                                         const platform::VideoReaderSettings& settings)
+    : videoReader_(videoUrl, videoFps, settings) {
     videoReader_.startProcessing();
 }
 

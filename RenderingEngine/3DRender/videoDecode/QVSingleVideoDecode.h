@@ -9,7 +9,8 @@ namespace multiscene {
 class QVSingleVideoDecode : public QVVideoDecodeBase {
   public:
     /// Opens the file and starts decoding ahead.
-    QVSingleVideoDecode(const std::string& videoUrl, int32_t videoFps);
+    QVSingleVideoDecode(const std::string& videoUrl, int32_t videoFps,
+                        const platform::VideoReaderSettings& settings = {});
 
     void fpsRenderFinishcleanupResource() override;
     void cancelDecode() override;

@@ -4,7 +4,8 @@ namespace multiscene {
 
 QVTwoVideoDecode::QVTwoVideoDecode(const std::string& masterVideoUrl, const std::string& maskVideoUrl,
                                    int32_t videoFps)
-    : msterVideoReader_(masterVideoUrl, videoFps), maskVideoReader_(maskVideoUrl, videoFps) {
+    : msterVideoReader_(masterVideoUrl, videoFps, {.premultipliesAlpha = false}),
+      maskVideoReader_(maskVideoUrl, videoFps, {.premultipliesAlpha = false}) {
     msterVideoReader_.startProcessing();
     maskVideoReader_.startProcessing();
 }

@@ -6,7 +6,7 @@
 namespace multiscene {
 
 /// A colour video and its mask, advancing together; the shorter one ends both. Frame times are the colour
-/// video's.
+/// video's. Colours are never multiplied by alpha: the mask's shader wants them as they are.
 class QVTwoVideoDecode : public QVVideoDecodeBase {
   public:
     /// Opens both files and starts decoding ahead.

@@ -45,8 +45,7 @@ void QVVideoDecodeBase::keepPace(int32_t framesPerSecond) {
 }
 
 void QVVideoDecodeBase::fpsRenderCompletedHandle() {
-    if (!completedOrFailed_ || hasEnded_) return;
-    hasEnded_ = true;
+    if (!completedOrFailed_) return;
     cancelDecode();
     if (onVideoDecodeFinish) onVideoDecodeFinish();
 }

@@ -35,7 +35,8 @@ class QVVideoDecodeBase {
 
     /// Produces the frame of this turn.
     void decodeNextFpsWithGroupQueue();
-    /// After the frame was drawn: ends the source when it has completed.
+    /// After the frame was drawn: ends the source when it has completed, after every further frame too. A
+    /// source that ran out while its scene was not yet the current one is so ended when it is.
     void fpsRenderCompletedHandle();
     /// After the frame was drawn: gives up what the next frame does not need.
     virtual void fpsRenderFinishcleanupResource() {}
@@ -52,8 +53,6 @@ class QVVideoDecodeBase {
     TimeSourceRenderType timeSourceRenderType() const { return timeSourceRenderType_; }
     /// No more frames will come: the video is dry or the frames are spent.
     bool completedOrFailed() const { return completedOrFailed_; }
-    /// The source has ended and said so.
-    bool hasEnded() const { return hasEnded_; }
     int32_t fpsTotal() const { return fpsTotal_; }  ///< frames
     void setFpsTotal(int32_t frames) { fpsTotal_ = frames; }
     int32_t currentFps() const { return currentFps_; }  ///< frames delivered
@@ -72,7 +71,7 @@ class QVVideoDecodeBase {
     RenderDriver* renderManager_ = nullptr;
     std::weak_ptr<QVScene3D> currentScene_;
     bool isPlayAtActualSpeed_ = false, isStartDecodeOnce_ = false;
-    bool completedOrFailed_ = false, hasEnded_ = false;
+    bool completedOrFailed_ = false;
     TimeSourceRenderType timeSourceRenderType_ = TimeSourceRenderType::Presented;
     int32_t fpsTotal_ = 0, currentFps_ = 0;
     double startRenderTime_ = 0;  // seconds

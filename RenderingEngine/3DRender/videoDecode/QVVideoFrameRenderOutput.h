@@ -13,6 +13,7 @@ struct QVVideoFrameRenderOutput {
     uint32_t outputTexture = 0;
     platform::CMTime frameTime;              ///< the frame number at the reader's frame rate
     double frameWidth = 0, frameHeight = 0;  ///< pixels
+    bool isOpaque = true;                    ///< no pixel lets through what lies behind
 
     /// Forgets the texture; may run twice.
     void cleanupResource() { outputTexture = 0; }

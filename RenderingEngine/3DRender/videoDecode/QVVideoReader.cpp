@@ -20,15 +20,17 @@ int64_t saturated(double number) {
 
 }  // namespace
 
-QVVideoReader::QVVideoReader(std::string url, int32_t videoFps) : url_(std::move(url)), videoFps_(videoFps) {
-    setup();
+QVVideoReader::QVVideoReader(std::string url, int32_t videoFps, const platform::VideoReaderSettings& settings)
+    : url_(std::move(url)), videoFps_(videoFps) {
+    setup(settings);
 }
 
-void QVVideoReader::setup() {
+void QVVideoReader::setup(const platform::VideoReaderSettings& settings) {
     auto opened = platform::FileGate::shared().open(url_);
     if (!opened.file) return;
     try {
-        reader_ = std::make_unique<platform::VideoReader>(std::move(opened.file), url_);
+        reader_ = std::make_unique<platform::VideoReader>(std::move(opened.file), url_,
+                                                          platform::ErrorKind::Template, settings);
     } catch (const platform::Error&) {
         // No pictures then: the source ends after one frame, and its owner reports the file.
     }
@@ -59,11 +61,13 @@ std::optional<platform::VideoFrame> QVVideoReader::takeNextFrame() {
 }
 
 QVVideoFrameRenderOutput QVVideoReader::upload(const platform::VideoFrame& frame) {
-    uploadPixels(*frame.pixels);
+    if (frame.pixels != uploaded_) uploadPixels(*frame.pixels);
+    uploaded_ = frame.pixels;
     return {.outputTexture = texture_.name(),
             .frameTime = frameTimeOf(frame.time, videoFps_),
             .frameWidth = static_cast<double>(frame.pixels->width()),
-            .frameHeight = static_cast<double>(frame.pixels->height())};
+            .frameHeight = static_cast<double>(frame.pixels->height()),
+            .isOpaque = frame.isOpaque};
 }
 
 void QVVideoReader::uploadPixels(const platform::PixelBuffer& pixels) {

@@ -16,7 +16,7 @@ namespace multiscene {
 class QVVideoReader {
   public:
     /// `videoFps`: the frames a second in which frame times are expressed.
-    QVVideoReader(std::string url, int32_t videoFps);
+    QVVideoReader(std::string url, int32_t videoFps, const platform::VideoReaderSettings& settings = {});
     ~QVVideoReader() { destroyFrameBuffer(); }
 
     void startProcessing();
@@ -29,7 +29,10 @@ class QVVideoReader {
     /// After a picture was drawn. The texture stays, so that the last picture can be held.
     void cleanupResource(QVVideoFrameRenderOutput& frame);
     /// Deletes the texture; may run twice.
-    void destroyFrameBuffer() { texture_.destroy(); }
+    void destroyFrameBuffer() {
+        texture_.destroy();
+        uploaded_.reset();
+    }
 
     /// The frame number of a time stamp, truncated towards zero in double precision: at a rate other than the
     /// file's own, numbers repeat or are left out.
@@ -42,13 +45,17 @@ class QVVideoReader {
     bool isReadable() const { return reader_ != nullptr; }
     double videoWidth() const;   ///< pixels, upright; 0 when unreadable
     double videoHeight() const;  ///< pixels, upright; 0 when unreadable
+    /// Pictures may be transparent in places; their colours are multiplied by alpha unless the settings say
+    /// otherwise.
+    bool hasAlpha() const { return reader_ && reader_->info().hasAlpha; }
+    bool hasSound() const { return reader_ && reader_->info().hasAudio; }
     /// The file's own average rate; 0 when unknown.
     double sourceFrameRate() const;
     /// The file has a rate of its own that is not videoFps.
     bool hasOtherFrameRate() const;
 
   private:
-    void setup();
+    void setup(const platform::VideoReaderSettings& settings);
     void uploadPixels(const platform::PixelBuffer& pixels);
 
     std::string url_;
@@ -56,6 +63,7 @@ class QVVideoReader {
     std::unique_ptr<platform::VideoReader> reader_;
     GLTexture texture_;
     int textureWidth_ = 0, textureHeight_ = 0;
+    std::shared_ptr<const platform::PixelBuffer> uploaded_;  ///< what the texture holds
 };
 
 }  // namespace multiscene

@@ -17,9 +17,13 @@ using SoundFile = std::shared_ptr<const platform::AudioFile>;
 constexpr float fadedFilm = 5;      // seconds: shorter films do not fade
 constexpr float musicFade = 5;      // seconds
 constexpr float filmFade = 4;       // seconds
+constexpr int64_t cutFade = 20;     // hundredths of a second
 constexpr float longestMix = 1e7f;  // seconds, far beyond any film: keeps the arithmetic in range
 
 bool isMusic(const platform::Value& entry) { return entry.string("type") == "bgAudio"; }
+
+/// The sound of a film that is shown in the window, and not after it.
+bool endsWithWindow(const platform::Value& entry) { return entry.boolean("endsWithWindow"); }
 
 int64_t hundredths(float seconds) {
     return static_cast<int64_t>(std::clamp(seconds, -longestMix, longestMix) * 100);
@@ -27,6 +31,10 @@ int64_t hundredths(float seconds) {
 
 float secondsOfFrame(int64_t frame, int32_t framesPerSecond) {
     return static_cast<float>(static_cast<double>(frame) / framesPerSecond);
+}
+
+float secondsOf(const platform::AudioFile& sound) {
+    return static_cast<float>(CMTimeGetSeconds(sound.duration()));
 }
 
 platform::CMTime time(int64_t hundredthsOfSecond) { return platform::CMTimeMake(hundredthsOfSecond, 100); }
@@ -146,10 +154,14 @@ std::vector<platform::VolumeEnvelope> ExportSound::musicFades(const platform::Va
 platform::AudioTrack ExportSound::addAudioWithInfo(const platform::Value& entry, const SoundFile& sound,
                                                    int32_t framesPerSecond) {
     const int64_t start = hundredthsOfFrame(entry.integer("fpsStart"), framesPerSecond);
+    const int64_t end = hundredthsOfFrame(entry.integer("fpsEnd"), framesPerSecond);
     platform::AudioTrack track;
     track.insertions.push_back({.file = sound, .duration = sound->duration(), .at = time(start)});
     // The volume of the window holds after it, and in a window of no length too.
     track.volume.setVolume(entry.real("volume"), start);
+    if (!endsWithWindow(entry) || hundredths(secondsOf(*sound)) <= end - start) return track;
+    track.insertions.back().duration = time(std::max<int64_t>(end - start, 0));
+    if (end - start > 2 * cutFade) track.volume.addRamp(entry.real("volume"), 0, end - cutFade, end);
     return track;
 }
 
@@ -174,7 +186,7 @@ platform::AudioTimeline ExportSound::timelineOf(const Entries& entries, int32_t 
                  .volume = updateBgAudioAolumeWithTrackMix(entries, framesPerSecond, totalTime),
                  .fades = musicFades(entry, totalTime)});
         } else {
-            reportLongerThanWindow(entry, *sound, framesPerSecond);
+            if (!endsWithWindow(entry)) reportLongerThanWindow(entry, *sound, framesPerSecond);
             timeline.tracks.push_back(addAudioWithInfo(entry, sound, framesPerSecond));
         }
     }

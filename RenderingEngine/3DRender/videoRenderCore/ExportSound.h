@@ -37,7 +37,8 @@ class ExportSound {
     /// What the entry of the music wants besides: its "volume" and its own fades, each as long as the film at
     /// most.
     static std::vector<platform::VolumeEnvelope> musicFades(const platform::Value& entry, float totalTime);
-    /// The whole sound from its "fpsStart" on. The window, up to "fpsEnd", only carries its volume.
+    /// The whole sound from its "fpsStart" on. The window, up to "fpsEnd", only carries its volume,
+    /// unless the entry has "endsWithWindow".
     static platform::AudioTrack addAudioWithInfo(const platform::Value& entry,
                                                  const std::shared_ptr<const platform::AudioFile>& sound,
                                                  int32_t framesPerSecond);

@@ -43,6 +43,7 @@ class QVTextureMaterial : public QVMaterialBase {
           textureCoordinates_(coordinates),
           isPreMultiplication_(isPreMultiplication) {}
 
+    void setIsPreMultiplication(bool premultiplied) { isPreMultiplication_ = premultiplied; }
     void setTextureId(uint32_t texture) { textureId_ = texture; }
     void setTextureCoordinates(const TextureCoordinates& coordinates) { textureCoordinates_ = coordinates; }
 

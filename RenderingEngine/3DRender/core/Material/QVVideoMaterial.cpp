@@ -1,6 +1,13 @@
 #include "core/Material/QVVideoMaterial.h"
 
+#include <algorithm>
+
 #include "core/Material/TextureInfoKeys.h"
+#include "core/QVObject3DFpsBase.h"
+#include "core/QVScene3D.h"
+#include "core/RenderDriver.h"
+#include "core/VideoTimeSource.h"
+#include "other/QVMultiSceneRenderShareSettings.h"
 
 namespace multiscene {
 
@@ -13,34 +20,93 @@ static constexpr Key videoTextureKeyList[] = {
      .meaning = "the film's frame rate",
      .minimum = 1,
      .maximum = 240},
+    {.name = "audioVolume",
+     .type = KeyType::Number,
+     .fallback = "0",
+     .meaning = "volume of the film's own sound, 1 as recorded; 0: silent",
+     .lookup = KeyLookup::UserMap,
+     .minimum = 0,
+     .maximum = 1},
 };
 constexpr KeyTable videoTextureKeys{"mp4Video", "A film, one picture a frame; it holds the last one.",
                                     nullptr, videoTextureKeyList};
+
+namespace {
+
+platform::VideoReaderSettings settingsOf(const UserFilm& film) {
+    return {.framesPerSecond = film.framesPerSecond, .shape = {film.aspectWidth, film.aspectHeight}};
+}
+
+/// The last frame of a node, or of its scene's clock where that ends first.
+int64_t lastFrameOf(const QVObject3DFpsBase& node) {
+    const auto scene = node.scene();
+    const auto clock = scene && scene->timeSource()
+                           ? std::dynamic_pointer_cast<QVObject3DFpsBase>(scene->timeSource()->node())
+                           : nullptr;
+    return clock ? std::min(node.endFps(), clock->endFps()) : node.endFps();
+}
+
+}  // namespace
 
 static const MaterialTypes::Registration registered(
     "mp4Video",
     [](const platform::Value& textureInfo,
        const MaterialContext& context) -> std::shared_ptr<QVMaterialBase> {
+        const auto film = UserFilm::of(textureNameOf(textureInfo),
+                                       context.scene ? context.scene->sceneIdentifier() : std::string());
         return std::make_shared<QVVideoMaterial>(context.textureObjectPath,
                                                  KeyReader(videoTextureKeys, textureInfo).int32("videoFps"),
-                                                 textureInfo);
+                                                 textureInfo, film);
     },
     videoTextureKeys);
 
-QVVideoMaterial::QVVideoMaterial(std::string videoPath, int32_t videoFps, platform::Value textureInfo)
+QVVideoMaterial::QVVideoMaterial(std::string videoPath, int32_t videoFps, platform::Value textureInfo,
+                                 const UserFilm& userFilm)
     : QVTextureMaterial(MaterialType::Video, false),
       textureInfo_(std::move(textureInfo)),
-      videoReader_(std::move(videoPath), videoFps) {
+      usersVolume_(userFilm.volume),
+      videoReader_(std::move(videoPath), videoFps, settingsOf(userFilm)) {
+    setIsPreMultiplication(videoReader_.hasAlpha());
     videoReader_.startProcessing();
 }
 
 void QVVideoMaterial::loadMaterial() {
-    if (!videoReader_.isReadable()) reportSkippedPicture(videoReader_.url(), textureInfo_);
+    if (videoReader_.isReadable())
+        startSound();
+    else
+        reportSkippedPicture(videoReader_.url(), textureInfo_);
+}
+
+float QVVideoMaterial::volume() const {
+    if (usersVolume_) return *usersVolume_;
+    const auto scene = object3D()->scene();
+    return QVMultiSceneRenderShareSettings::valueOrUsers(
+               KeyReader(videoTextureKeys, textureInfo_).value("audioVolume"),
+               scene ? scene->sceneIdentifier() : std::string())
+        .floatValue();
+}
+
+void QVVideoMaterial::startSound() const {
+    const auto scene = object3D() ? object3D()->scene() : nullptr;
+    if (!scene || !videoReader_.hasSound() || volume() <= 0) return;
+    const int64_t last = lastFrameOf(*object3D());
+    scene->renderManager().startSoundEffect(platform::Value::Dictionary{
+        {"type", "audio"},
+        {"audioPath", videoReader_.url()},
+        {"audioName", object3D()->name() + scene->sceneIdentifier()},
+        {"volume", static_cast<double>(std::min(volume(), 1.0f))},
+        {"isLoop", false},
+        {"endsWithWindow", true},
+        {"fpsStart", object3D()->sartFps()},
+        {"fpsEnd", last == std::numeric_limits<int64_t>::max() ? last : last + 1},
+    });
 }
 
 void QVVideoMaterial::updateMaterial(const platform::CMTime&) {
     frameOutput_ = videoReader_.renderNextFrame();
-    if (frameOutput_) setTextureId(frameOutput_->outputTexture);
+    if (!frameOutput_) return;
+    setTextureId(frameOutput_->outputTexture);
+    isOpaque_ = frameOutput_->isOpaque;
 }
 
 void QVVideoMaterial::finishMaterial(const platform::CMTime&) {

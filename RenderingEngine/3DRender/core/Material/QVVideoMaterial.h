@@ -3,30 +3,39 @@
 #include <optional>
 
 #include "core/Material/QVTextureMaterial.h"
+#include "other/UserFilm.h"
 #include "videoDecode/QVVideoReader.h"
 
 namespace multiscene {
 
-/// A video, one picture for each frame that its owner is drawn. At its end it holds the last picture.
+/// A video, one picture for each frame that its owner is drawn; of the user's film, the picture of that time.
+/// At its end it holds the last picture. Its own sound goes with it, where the scene or the user gives it a
+/// volume.
 class QVVideoMaterial : public QVTextureMaterial {
   public:
     /// Opens the file and starts decoding ahead. `videoFps`: the rate in which frame times count.
-    QVVideoMaterial(std::string videoPath, int32_t videoFps, platform::Value textureInfo);
+    QVVideoMaterial(std::string videoPath, int32_t videoFps, platform::Value textureInfo,
+                    const UserFilm& userFilm = {});
 
     void loadMaterial() override;
     void updateMaterial(const platform::CMTime& time) override;
     void finishMaterial(const platform::CMTime& time) override;
     void destroyMaterial() override;
     TextureSize textureSize() const override;
-    PictureAlpha pictureAlpha() const override { return {.clearMargin = {}, .isOpaque = true}; }
+    PictureAlpha pictureAlpha() const override { return {.clearMargin = {}, .isOpaque = isOpaque_}; }
     std::string sourcePath() const override { return videoReader_.url(); }
     bool mayRepeat() const override { return false; }
     const std::optional<QVVideoFrameRenderOutput>& frameOutput() const { return frameOutput_; }
 
   private:
+    float volume() const;
+    void startSound() const;
+
     platform::Value textureInfo_;
+    std::optional<float> usersVolume_;
     QVVideoReader videoReader_;
     std::optional<QVVideoFrameRenderOutput> frameOutput_;
+    bool isOpaque_ = true;
 };
 
 }  // namespace multiscene

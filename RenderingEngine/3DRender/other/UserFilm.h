@@ -1,0 +1,28 @@
+// How a film of the user is shown. Kept among the user's values, beside the film's path.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+#include "platform/base/Value.h"
+
+namespace multiscene {
+
+struct UserFilm {
+    /// Rate of the video that is made. 0: the file is none that the user gave, and is shown a picture a
+    /// frame.
+    int32_t framesPerSecond = 0;
+    int32_t aspectWidth = 0, aspectHeight = 0;   ///< the shape it is cropped to; 0: its own
+    std::optional<float> volume = std::nullopt;  ///< of its sound, 0 to 1; none: what the scene says
+
+    /// The film under `key` in the scene with this identifier. Render queue.
+    static UserFilm of(const std::string& key, const std::string& sceneIdentifier);
+
+    /// Where the user's values keep it for a film under `key`; an identifier goes behind it as behind any
+    /// key.
+    static std::string mapKey(const std::string& key);
+    platform::Value value() const;
+};
+
+}  // namespace multiscene
