@@ -185,8 +185,12 @@ void declareInputs(Arguments& arguments, RenderRequest& request) {
         [&](const std::string& value) { request.inputs.photoParts.push_back(focusOf(value)); },
         Occurs::AnyNumber);
     arguments.option(
-        "--video", "KEY=FILE", "A video; it is brought to the template's rate",
+        "--video", "KEY=FILE", "A video; it is turned upright, keeps its speed and is trimmed to its place",
         [&](const std::string& value) { request.inputs.videos.push_back(keyAndValue(value, "KEY=FILE")); },
+        Occurs::AnyNumber);
+    arguments.option(
+        "--video-volume", "KEY=N", "How loud a video's own sound is, 0 to 1; else as the template says",
+        [&](const std::string& value) { request.inputs.videoVolumes.push_back(keyAndValue(value, "KEY=N")); },
         Occurs::AnyNumber);
     arguments.option("--media", "FILE.json",
                      "An object from keys to texts, numbers and paths (relative to the file); the "

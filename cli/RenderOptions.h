@@ -10,7 +10,7 @@ namespace multiscene::cli {
 
 /// TEMPLATE, and where `takesGroupFile` a scene-group file too.
 void declareSource(Arguments& arguments, RenderRequest& request, bool takesGroupFile);
-/// --text, --photo, --video, --media.
+/// --text, --photo, --video, --video-volume, --media.
 void declareInputs(Arguments& arguments, RenderRequest& request);
 /// --size, --fps.
 void declareFormat(Arguments& arguments, RenderRequest& request, Occurs occurs = Occurs::AtMostOnce);

@@ -1,5 +1,6 @@
 #include "app/Model/QVUserPhotoInputModel.h"
 #include "app/Model/QVUserTextInputModel.h"
+#include "app/Model/QVUserVideoInputModel.h"
 #include "cli/CatalogueCommand.h"
 #include "cli/Commands.h"
 #include "cli/Table.h"
@@ -24,6 +25,10 @@ Value::Dictionary inputFields(const QVUserInputModelBase& input) {
         fields["kind"] = "photo";
         fields["aspectWidth"] = photo->aspectWidth();
         fields["aspectHeight"] = photo->aspectHeight();
+    } else if (const auto* video = dynamic_cast<const QVUserVideoInputModel*>(&input)) {
+        fields["kind"] = "video";
+        fields["aspectWidth"] = video->aspectWidth();
+        fields["aspectHeight"] = video->aspectHeight();
     }
     return fields;
 }
@@ -36,14 +41,20 @@ std::string limitsText(const QVUserTextInputModel& text) {
     return limits;
 }
 
+std::string shapeText(int64_t width, int64_t height) {
+    if (width < 1 || height < 1) return {};
+    return ", cropped to " + std::to_string(width) + ":" + std::to_string(height);
+}
+
 /// "--photo me=FILE, cropped to 1:1: Your photo".
 std::string inputLine(const QVUserInputModelBase& input) {
     std::string line;
     if (const auto* photo = dynamic_cast<const QVUserPhotoInputModel*>(&input)) {
-        line = "--photo " + input.renderMapKey() + "=FILE";
-        if (photo->aspectWidth() > 0 && photo->aspectHeight() > 0)
-            line += ", cropped to " + std::to_string(photo->aspectWidth()) + ":" +
-                    std::to_string(photo->aspectHeight());
+        line = "--photo " + input.renderMapKey() + "=FILE" +
+               shapeText(photo->aspectWidth(), photo->aspectHeight());
+    } else if (const auto* video = dynamic_cast<const QVUserVideoInputModel*>(&input)) {
+        line = "--video " + input.renderMapKey() + "=FILE" +
+               shapeText(video->aspectWidth(), video->aspectHeight());
     } else if (const auto* text = dynamic_cast<const QVUserTextInputModel*>(&input)) {
         line = "--text " + input.renderMapKey() + "=TEXT" + limitsText(*text);
     }

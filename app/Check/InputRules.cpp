@@ -14,18 +14,50 @@ std::string inputPath(size_t index, const std::string& key = "renderMapKey") {
     return "installScenes[0].wechartTempletInfo.userInputArray[" + std::to_string(index) + "]." + key;
 }
 
-/// A photo's path is no text to show, and a text is no picture's path.
+struct Kind {
+    int64_t type;
+    const char* name;
+};
+constexpr Kind kText{0, "a text"}, kPhoto{1, "a photo"}, kVideo{3, "a video"};
+
+const Kind* kindOf(const Value& input) {
+    for (const Kind* kind : {&kText, &kPhoto, &kVideo})
+        if (input.integer("userInputType") == kind->type) return kind;
+    return nullptr;
+}
+
+bool fits(const Kind& kind, LookUpKind lookUp) {
+    switch (lookUp) {
+        case LookUpKind::Text:
+            return kind.type == kText.type;
+        case LookUpKind::File:
+            return kind.type == kPhoto.type;
+        case LookUpKind::Video:
+            return kind.type == kVideo.type;
+    }
+    return false;
+}
+
+/// A photo's path is no text to show, a text is no picture's path, and a photo is no video.
 void judgeKind(const Value& input, LookUpKind lookUp, Finding place, Findings& findings) {
-    const std::string key = "\"" + input.string("renderMapKey") + "\"";
-    const bool isPhoto = input.integer("userInputType") == 1;
-    if (isPhoto == (lookUp != LookUpKind::Text)) return;
-    place.message = key + (isPhoto ? " is a photo, but a scene shows it as text"
-                                   : " is a text, but a scene shows it as a picture");
+    static constexpr const char* shownAs[] = {"text", "a picture", "a video"};
+    const Kind* kind = kindOf(input);
+    if (!kind || fits(*kind, lookUp)) return;
+    place.message = "\"" + input.string("renderMapKey") + "\" is " + kind->name +
+                    ", but a scene shows it as " + shownAs[static_cast<int>(lookUp)];
     place.remedy = "correct \"userInputType\" or the scene";
     findings.push_back(std::move(place));
 }
 
 }  // namespace
+
+void inputTypesAreKnown(const TemplateView& view, Findings& findings) {
+    const Value::Array& inputs = view.inputs().array("userInputArray");
+    for (size_t index = 0; index < inputs.size(); ++index)
+        if (inputs[index].integer("userInputType") == 2)  // within the range of the key, and no type
+            findings.push_back({Severity::Error, view.file, inputPath(index, "userInputType"),
+                                "2 is no type: nobody is asked for this", "0 a text, 1 a photo, 3 a video"});
+}
 
 void inputKeysAreUnique(const TemplateView& view, Findings& findings) {
     std::set<std::string> keys;
@@ -58,7 +90,7 @@ void photoShapesAreWhole(const TemplateView& view, Findings& findings) {
         if (hasWidth == (inputs[index].integer("aspectHeight") > 0)) continue;
         findings.push_back({Severity::Warning, view.file,
                             inputPath(index, hasWidth ? "aspectWidth" : "aspectHeight"),
-                            "one side alone is no shape: the photo is not cropped", "give both sides"});
+                            "one side alone is no shape: nothing is cropped", "give both sides"});
     }
 }
 

@@ -12,11 +12,17 @@ class LookUps : public DictionaryVisitor {
     void known(const Key& key, const platform::Value& value, const std::string&) override {
         if (!value.isString()) return;
         if (key.lookup == KeyLookup::UserMap) keys.emplace(value.stringValue(), LookUpKind::Text);
-        if (key.lookup == KeyLookup::UserPath)
-            keys[value.stringValue()] = key.file == KeyFile::Video ? LookUpKind::Video : LookUpKind::File;
+        if (key.lookup == KeyLookup::UserPath) addFile(value.stringValue(), key.file == KeyFile::Video);
     }
 
     LookedUpKeys keys;
+
+  private:
+    /// A video stays one where its sound is looked up beside it.
+    void addFile(const std::string& key, bool isVideo) {
+        LookUpKind& kind = keys.try_emplace(key, LookUpKind::File).first->second;
+        if (kind != LookUpKind::Video) kind = isVideo ? LookUpKind::Video : LookUpKind::File;
+    }
 };
 
 }  // namespace

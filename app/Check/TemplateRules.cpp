@@ -26,6 +26,7 @@ std::span<const TemplateRule> templateRules() {
         rules::videosHaveTheTemplatesRate,
         rules::musicCanBePlayed,
         rules::inputKeysAreUnique,
+        rules::inputTypesAreKnown,
         rules::inputKeysAreFree,
         rules::sceneGroupIsNotEmpty,
         rules::photoShapesAreWhole,

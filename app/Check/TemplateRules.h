@@ -28,6 +28,7 @@ void videosHaveTheTemplatesRate(const TemplateView&, Findings&);
 void musicCanBePlayed(const TemplateView&, Findings&);
 
 // InputRules.cpp
+void inputTypesAreKnown(const TemplateView&, Findings&);
 void inputKeysAreUnique(const TemplateView&, Findings&);
 void inputKeysAreFree(const TemplateView&, Findings&);
 void photoShapesAreWhole(const TemplateView&, Findings&);

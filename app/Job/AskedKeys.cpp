@@ -2,6 +2,7 @@
 
 #include "app/Check/LookedUpKeys.h"
 #include "app/Model/QVUserPhotoInputModel.h"
+#include "app/Model/QVUserVideoInputModel.h"
 #include "videoRenderCore/SceneFile.h"
 
 namespace multiscene {
@@ -13,6 +14,11 @@ namespace {
 InputKind kindOf(LookUpKind lookUp) {
     if (lookUp == LookUpKind::Text) return InputKind::Text;
     return lookUp == LookUpKind::Video ? InputKind::Video : InputKind::File;
+}
+
+InputKind kindOf(const QVUserInputModelBase& input) {
+    if (dynamic_cast<const QVUserPhotoInputModel*>(&input)) return InputKind::Photo;
+    return dynamic_cast<const QVUserVideoInputModel*>(&input) ? InputKind::Video : InputKind::Text;
 }
 
 AskedKeys lookUpsOf(const Playable& playable) {
@@ -37,8 +43,7 @@ AskedKeys askedKeysOf(const Playable& playable) {
         asked.try_emplace(
             key, AskedFor{value.stringValue().starts_with('/') ? InputKind::File : InputKind::Text, nullptr});
     for (const auto& input : playable.inputs) {
-        const bool isPhoto = dynamic_cast<const QVUserPhotoInputModel*>(input.get());
-        asked[input->renderMapKey()] = {isPhoto ? InputKind::Photo : InputKind::Text, input};
+        asked[input->renderMapKey()] = {kindOf(*input), input};
     }
     return asked;
 }

@@ -24,6 +24,7 @@ struct JobInputs {
     std::vector<Given> photos;  ///< value: a file
     std::vector<Given> videos;  ///< value: a file
     std::vector<PhotoPart> photoParts;
+    std::vector<Given> videoVolumes;  ///< value: a number from 0 to 1, of the video's own sound
     std::filesystem::path mediaFile;  ///< a JSON object from key to text, number or path; empty: none
 };
 

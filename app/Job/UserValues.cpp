@@ -1,6 +1,10 @@
 #include "app/Job/UserValues.h"
 
 #include <algorithm>
+#include <charconv>
+#include <cmath>
+#include <cstdio>
+#include <functional>
 #include <iterator>
 #include <map>
 #include <set>
@@ -11,9 +15,12 @@
 #include "app/Job/JobFolder.h"
 #include "app/Job/UserText.h"
 #include "app/Job/UserVideo.h"
+#include "app/Job/VideoPlaces.h"
 #include "app/Model/QVUserPhotoInputModel.h"
 #include "app/Model/QVUserTextInputModel.h"
+#include "app/Model/QVUserVideoInputModel.h"
 #include "dataMode/TextSettings.h"
+#include "other/UserFilm.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Json.h"
 #include "platform/image/ImageDecoder.h"
@@ -30,6 +37,8 @@ namespace {
 
 constexpr uint64_t kMaxMediaFileBytes = 4u << 20;
 constexpr int kLeastPhotoSide = 2048;  // pixels
+constexpr double kSameRate = 0.005;    // share: 29.97 counts as 30
+constexpr int kMostAspect = 1'000'000;
 
 /// Photos may be shown enlarged, so they keep twice the picture's size.
 int photoSide(const MediaFormat& format) {
@@ -42,6 +51,7 @@ class Collector {
               const std::stop_token& stop)
         : asked_(askedKeysOf(playable)),
           identifiers_(playable.identifiers()),
+          places_(videoPlacesOf(playable)),
           job_(job),
           format_(format),
           stop_(stop) {}
@@ -73,14 +83,29 @@ class Collector {
         store(key, prepared.string());
     }
 
-    void addVideo(const std::string& key, const fs::path& video) {
+    void addVideoVolume(const std::string& key, const std::string& text) {
         require(key, InputKind::Video);
+        float volume = -1;
+        const auto result = std::from_chars(text.data(), text.data() + text.size(), volume);
+        if (result.ec != std::errc() || result.ptr != text.data() + text.size() ||
+            !(volume >= 0 && volume <= 1))
+            throw Error(ErrorKind::Usage, "\"" + text + "\" is not a volume from 0 to 1", "", key);
+        if (!volumes_.emplace(key, volume).second) throw Error(ErrorKind::Usage, "is given twice", "", key);
+    }
+
+    void addVideo(const std::string& key, const fs::path& video) {
+        const AskedFor& asked = require(key, InputKind::Video);
         openInput(key, video);
-        const UserVideo prepared =
-            userVideoAtRate(fs::absolute(video).lexically_normal(), format_.framesPerSecond,
-                            job_.file("video-" + std::to_string(stored_.size()) + ".mp4"), stop_);
-        store(key, prepared.file.string());
-        videoFrames_ = videoFrames_.value_or(prepared.frames);
+        const std::vector<VideoPlace> places = placesOf(key);
+        const UserVideo judged = judgeUserVideo(video, format_.framesPerSecond, framesWanted(places), stop_);
+        for (const VideoPlace& place : places) requireFits(judged, place, video, key);
+        store(key, judged.file.string());
+        storeFilm(key, asked);
+        noteVideo(judged, places, video, key);
+        videoFrames_ = videoFrames_.value_or(judged.frames);
+        for (const VideoPlace& place : places)
+            if (place.isAsLongAsTheFilm())
+                sceneFrames_.try_emplace(kUserVideoFrames + place.identifier, judged.frames);
     }
 
     void addMediaFile(const fs::path& file) {
@@ -99,6 +124,10 @@ class Collector {
             throw Error(ErrorKind::Input, "a part of the photo is asked for, but no photo is given", "",
                         photoParts_.begin()->first);
         UserValues values;
+        for (const auto& [key, volume] : volumes_)
+            if (!stored_.contains(key))
+                throw Error(ErrorKind::Usage, "no video is given under this key", "", key);
+        const bool isLengthGiven = stored_.contains(kUserVideoFrames);
         values.notes = std::move(notes_);
         if (videoFrames_) stored_.try_emplace(kUserVideoFrames, *videoFrames_);
         for (const auto& input : playable.inputs) {
@@ -111,7 +140,11 @@ class Collector {
         for (const auto& [key, value] : playable.userMediaMap.dictionary()) values.map[key] = value;
         for (const auto& [key, value] : stored_)
             if (asked_.contains(key)) spread(values.map, key, value);
+        if (!isLengthGiven)
+            for (const auto& [key, frames] : sceneFrames_) values.map[key] = frames;
+        for (const auto& [key, film] : films_) spread(values.map, key, film);
         // What was given for one scene alone wins there.
+        for (const auto& [key, film] : filmsOfScenes_) values.map[key] = film;
         for (const auto& [key, value] : stored_)
             if (!asked_.contains(key)) values.map[key] = value;
         addTextScales(values.map);
@@ -130,9 +163,100 @@ class Collector {
 
     static platform::Aspect aspectOf(const QVUserPhotoInputModel* shape) {
         if (!shape || shape->aspectWidth() < 1 || shape->aspectHeight() < 1) return {};
-        constexpr int64_t most = 1'000'000;
+        constexpr int64_t most = kMostAspect;
         return {static_cast<int>(std::min(shape->aspectWidth(), most)),
                 static_cast<int>(std::min(shape->aspectHeight(), most))};
+    }
+
+    /// The part of a key before the identifier of a scene; all of it when it names no scene.
+    std::string inputOf(const std::string& key) const {
+        if (asked_.contains(key)) return key;
+        for (const std::string& identifier : identifiers_)
+            if (key.ends_with(identifier)) {
+                const std::string input = key.substr(0, key.size() - identifier.size());
+                if (asked_.contains(input)) return input;
+            }
+        return key;
+    }
+
+    /// Where the video under a key is shown: in every scene, or in the one that the key names.
+    std::vector<VideoPlace> placesOf(const std::string& key) const {
+        const std::string input = inputOf(key);
+        std::vector<VideoPlace> places;
+        for (const VideoPlace& place : places_)
+            if (place.key == input && (input == key || input + place.identifier == key))
+                places.push_back(place);
+        return places;
+    }
+
+    int64_t framesWanted(const std::vector<VideoPlace>& places) const {
+        const int64_t most = int64_t{kLongestUserVideo} * format_.framesPerSecond;
+        int64_t wanted = readsVideoLength() ? most : 1;
+        for (const VideoPlace& place : places) wanted = std::max(wanted, std::min(place.mostFrames, most));
+        return wanted;
+    }
+
+    /// A scene may take its length from the video without showing it.
+    bool readsVideoLength() const {
+        return std::any_of(places_.begin(), places_.end(), std::mem_fn(&VideoPlace::isAsLongAsTheFilm));
+    }
+
+    std::string lengthText(int64_t frames) const {
+        char text[60];
+        std::snprintf(text, sizeof text, "%lld frames (%.2f s)", static_cast<long long>(frames),
+                      static_cast<double>(frames) / format_.framesPerSecond);
+        return text;
+    }
+
+    void requireFits(const UserVideo& video, const VideoPlace& place, const fs::path& file,
+                     const std::string& key) const {
+        if (video.frames < place.leastFrames)
+            throw Error(ErrorKind::Input,
+                        "is too short: " + lengthText(video.frames) + " at " +
+                            std::to_string(format_.framesPerSecond) +
+                            " frames a second, and its place needs " + lengthText(place.leastFrames),
+                        file.string(), key);
+        const int64_t most = int64_t{kLongestUserVideo} * format_.framesPerSecond;
+        if (place.isAsLongAsTheFilm() && (!video.isWhole || video.frames > most))
+            throw Error(ErrorKind::Input,
+                        "is too long: the template plays all of it, at most " +
+                            std::to_string(kLongestUserVideo / 60) + " minutes",
+                        file.string(), key);
+    }
+
+    void storeFilm(const std::string& key, const AskedFor& asked) {
+        UserFilm film{.framesPerSecond = format_.framesPerSecond};
+        if (const auto* shape = dynamic_cast<const QVUserVideoInputModel*>(asked.input.get())) {
+            film.aspectWidth =
+                static_cast<int32_t>(std::clamp<int64_t>(shape->aspectWidth(), 0, kMostAspect));
+            film.aspectHeight =
+                static_cast<int32_t>(std::clamp<int64_t>(shape->aspectHeight(), 0, kMostAspect));
+        }
+        const std::string input = inputOf(key);
+        for (const std::string& named : {input, key})
+            if (const auto volume = volumes_.find(named); volume != volumes_.end())
+                film.volume = volume->second;
+        if (input == key)
+            films_[UserFilm::mapKey(key)] = film.value();
+        else
+            filmsOfScenes_[UserFilm::mapKey(input) + key.substr(input.size())] = film.value();
+    }
+
+    void noteVideo(const UserVideo& video, const std::vector<VideoPlace>& places, const fs::path& file,
+                   const std::string& key) {
+        const std::string name = key + ": " + file.filename().string();
+        char text[160];
+        if (video.rate > 0 && std::abs(video.rate - format_.framesPerSecond) > kSameRate * video.rate) {
+            std::snprintf(text, sizeof text,
+                          " has %.4g frames a second, the video %d: its pictures are repeated or left out, "
+                          "its speed stays",
+                          video.rate, format_.framesPerSecond);
+            notes_.push_back(name + text);
+        }
+        int64_t seen = 0;
+        for (const VideoPlace& place : places) seen = std::max(seen, place.mostFrames);
+        if (places.empty() || (video.isWhole && video.frames <= seen)) return;
+        notes_.push_back(name + " is longer than its place: the first " + lengthText(seen) + " are shown");
     }
 
     void addMedia(const std::string& key, const Value& value, const fs::path& file) {
@@ -215,14 +339,18 @@ class Collector {
 
     AskedKeys asked_;
     std::set<std::string> identifiers_;
+    const std::vector<VideoPlace> places_;
     const JobFolder& job_;
     const MediaFormat& format_;
     const std::stop_token& stop_;
     Value::Dictionary stored_;
-    std::map<std::string, double> textScales_;
+    std::optional<int64_t> videoFrames_;          ///< of the first video
+    std::map<std::string, int64_t> sceneFrames_;  ///< of the videos that scenes are as long as
+    std::map<std::string, float> volumes_;
+    Value::Dictionary films_, filmsOfScenes_;
     std::vector<std::string> notes_;
     std::map<std::string, platform::PhotoCrop> photoParts_;  ///< those that are not used yet
-    std::optional<int64_t> videoFrames_;
+    std::map<std::string, double> textScales_;
 };
 
 }  // namespace
@@ -233,6 +361,8 @@ UserValues collectUserValues(const JobInputs& given, const Playable& playable, c
     for (const JobInputs::PhotoPart& part : given.photoParts) collector.addPhotoPart(part);
     for (const JobInputs::Given& text : given.texts) collector.addText(text.key, text.value);
     for (const JobInputs::Given& photo : given.photos) collector.addPhoto(photo.key, photo.value);
+    for (const JobInputs::Given& volume : given.videoVolumes)
+        collector.addVideoVolume(volume.key, volume.value);
     for (const JobInputs::Given& video : given.videos) collector.addVideo(video.key, video.value);
     if (!given.mediaFile.empty()) collector.addMediaFile(given.mediaFile);
     return collector.result(playable);

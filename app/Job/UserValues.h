@@ -18,15 +18,16 @@ struct UserValues {
     platform::Value::Dictionary map;
     /// Keys of the inputs that the template asks for and the user did not give; their texts are empty.
     std::vector<std::string> missing;
-    std::vector<std::string> notes;  ///< what the user should know of the values
+    std::vector<std::string> notes;  ///< what the user should know about the values
 };
 
 /// Judges and collects the user's values. Photos are turned upright, cropped to the shape that the template
 /// asks for (where the user said, else so that faces stay) and written into the job's folder, no side longer
-/// than twice the picture's. A video is brought to the rate of the picture; the first one's number of frames
-/// goes into the map as "userVideo_totalFps". The gate is opened for every file given. Throws
-/// platform::Error(Input): a key that the template does not ask for, a missing or unreadable file, a text
-/// far over its limits; Error(Usage) for a key given twice; Error(Cancelled).
+/// than twice the picture's. A video is played from where it lies; how, goes into the map beside its path
+/// (UserFilm). How many frames the first one has goes in as "userVideo_totalFps", and for each scene that is
+/// as long as its video, that video's. The gate is opened for every file given. Throws
+/// platform::Error(Input): a key that the template does not ask for, a missing or unreadable file, a text far
+/// over its limits, a video too short for its place; Error(Usage) for a key given twice; Error(Cancelled).
 UserValues collectUserValues(const JobInputs& given, const Playable& playable, const JobFolder& job,
                              const MediaFormat& format, const std::stop_token& stop);
 

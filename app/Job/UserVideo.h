@@ -6,15 +6,22 @@
 
 namespace multiscene {
 
+/// The longest film of a user that a template's length may come from, in seconds.
+inline constexpr int kLongestUserVideo = 900;
+
+/// A film of the user, looked at as far as the scenes need it. It is played as it is: the renderer picks the
+/// picture of each frame by its time.
 struct UserVideo {
-    std::filesystem::path file;
-    int64_t frames = 0;
+    std::filesystem::path file;  ///< absolute
+    int64_t frames = 0;          ///< of the video that is made, in which what was looked at is seen
+    double seconds = 0;          ///< the same
+    bool isWhole = true;         ///< the film does not go on after that
+    double rate = 0;             ///< its own, frames a second; 0 when it does not say
 };
 
-/// The user's video with a picture for every frame of the template: the file itself when it has that rate,
-/// else a copy at `converted` with pictures repeated or left out, its length kept. Throws platform::Error:
-/// Input when it is no readable video, Cancelled when a stop was requested.
-UserVideo userVideoAtRate(const std::filesystem::path& video, int framesPerSecond,
-                          const std::filesystem::path& converted, const std::stop_token& stop);
+/// Looks at the first `mostFrames` of a film. Throws platform::Error: Input when it is no readable video, has
+/// no picture or a gap such as damaged files have; Cancelled when a stop was requested.
+UserVideo judgeUserVideo(const std::filesystem::path& video, int framesPerSecond, int64_t mostFrames,
+                         const std::stop_token& stop);
 
 }  // namespace multiscene

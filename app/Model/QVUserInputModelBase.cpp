@@ -2,6 +2,7 @@
 
 #include "app/Model/QVUserPhotoInputModel.h"
 #include "app/Model/QVUserTextInputModel.h"
+#include "app/Model/QVUserVideoInputModel.h"
 #include "app/Other/Strings.h"
 
 namespace multiscene {
@@ -19,6 +20,8 @@ std::shared_ptr<const QVUserInputModelBase> QVUserInputModelBase::inputModelWith
             return std::make_shared<QVUserTextInputModel>(info);
         case 1:
             return std::make_shared<QVUserPhotoInputModel>(info);
+        case 3:
+            return std::make_shared<QVUserVideoInputModel>(info);
         default:
             return nullptr;
     }

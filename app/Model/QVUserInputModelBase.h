@@ -1,4 +1,4 @@
-// What a template asks its user for: texts and photos.
+// What a template asks its user for: texts, photos and videos.
 #pragma once
 
 #include <cstdint>
@@ -14,10 +14,11 @@ class QVUserInputModelBase {
   public:
     virtual ~QVUserInputModelBase() = default;
 
-    /// A text input for "userInputType" 0, a photo input for 1, null for every other type.
+    /// A text input for "userInputType" 0, a photo input for 1, a video input for 3, null for every other
+    /// type.
     static std::shared_ptr<const QVUserInputModelBase> inputModelWithDic(const platform::Value& info);
 
-    /// 0 a text, 1 a photo.
+    /// 0 a text, 1 a photo, 3 a video.
     int64_t userInputType() const { return userInputType_; }
     /// The key under which the scenes look the user's entry up.
     const std::string& renderMapKey() const { return renderMapKey_; }

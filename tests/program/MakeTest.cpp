@@ -264,43 +264,6 @@ TEST_F(MakeTest, PlaysASceneGroupFileAgainstTheCatalogueOfTheHome) {
     }
 }
 
-TEST_F(MakeTest, BringsAVideoOfTheUserToTheRateOfTheTemplate) {
-    SmallTemplate small;
-    Value::Dictionary film = quad("film", "clip");
-    film["TextureInfo"] =
-        Value::Dictionary{{"textureType", "mp4Video"}, {"texture", "clip"}, {"videoFps", 10}};
-    small.nodes = {film};
-    small.clock["FpsInfo"] = Value::Dictionary{{"startFps", 0}, {"endFps", "userVideo_totalFps"}};
-    small.record["fpsLength"] = 0;
-    small.record["sourceType"] = 7;
-    const auto path = small.write(folder.path());
-    writeVideo(folder.path() / "slow.mp4", 4, 5);
-    const Result result =
-        multiscene({"make", path, "--video", "clip=" + folder.file("slow.mp4"), "-o", output(), "--json"});
-    ASSERT_EQ(result.exitCode, 0) << result.errors;
-    EXPECT_THAT(result.jsonLines().back().array("skipped"), IsEmpty()) << result.output;
-    EXPECT_EQ(result.jsonLines()[0].integer("total"), 8) << "4 pictures at 5 are 8 frames at 10 a second";
-
-    for (const int rate : {5, 10}) {  // brought to the template's, and taken as it is
-        writeVideo(folder.path() / "lying.mp4", 4, rate);
-        run({"ffmpeg", "-y", "-v", "error", "-i", folder.file("lying.mp4"), "-c", "copy", "-metadata:s:v:0",
-             "rotate=90", folder.file("turned.mp4")});
-        const Result traced =
-            multiscene({"trace", path, "--video", "clip=" + folder.file("turned.mp4"), "--at", "0"});
-        ASSERT_EQ(traced.exitCode, 0) << traced.errors;
-        EXPECT_EQ(widthShownBy(traced.jsonLines()[0], "film"), 96) << "upright, at a rate of " << rate;
-    }
-
-    EXPECT_EQ(multiscene({"make", path, "--video", "clip=" + photo("no.png"), "-o", output()}).exitCode, 4);
-    run({"ffmpeg", "-y", "-v", "error", "-i", folder.file("slow.mp4"), "-vf", "scale=1:1,format=yuv444p",
-         folder.file("dot.mp4")});
-    const Result dot =
-        multiscene({"make", path, "--video", "clip=" + folder.file("dot.mp4"), "-o", output()});
-    EXPECT_EQ(dot.exitCode, 4);
-    EXPECT_THAT(dot.errors, HasSubstr("dot.mp4: the video has 1x1 pixels"));
-    EXPECT_EQ(multiscene({"make", path, "--photo", "clip=" + photo("no.png"), "-o", output()}).exitCode, 4);
-}
-
 TEST_F(MakeTest, PlaysAZipLikeItsFolder) {
     pack(SmallTemplate().write(folder.path()));
     const auto frame = [&](const std::string& source, const std::string& name) {

@@ -1,0 +1,87 @@
+#include "app/Job/VideoPlaces.h"
+
+#include <algorithm>
+#include <optional>
+
+#include "app/Check/SceneView.h"
+#include "videoRenderCore/SceneFile.h"
+
+namespace multiscene {
+
+using platform::Value;
+
+namespace {
+
+constexpr int64_t kTextureTransition = 0;
+
+/// Frames of a transition; 0 when there is none.
+int64_t transitionFrames(const Value& entry, bool onlyTexture) {
+    const Value& info = entry["sceneTansitionsInfo"];
+    const int64_t type = info.integer("sceneTansitionsType");
+    if (info.integer("tansitionsSceneId") < 1 || (type != 0 && type != 1)) return 0;
+    return onlyTexture && type != kTextureTransition ? 0 : std::max<int64_t>(info.integer("fpsTotal"), 0);
+}
+
+/// A frame of its own before a transition and after one, as every scene of a group must have.
+int64_t framesForTransitions(const Value::Array& entries, size_t index) {
+    const int64_t before = index == 0 ? 0 : transitionFrames(entries[index - 1], true);
+    return before + transitionFrames(entries[index], false) + 1;
+}
+
+/// The frames in which a node and all above it are due; an unknown end is the film's.
+struct Due {
+    int64_t start = 0, end = INT64_MAX;
+    bool isEndKnown = true;
+
+    void within(const FrameRange& range) {
+        start = std::max(start, range.start.value_or(0));
+        isEndKnown = isEndKnown && range.end;
+        end = std::min(end, range.end.value_or(INT64_MAX));
+    }
+    int64_t frames() const { return end < start ? 0 : end - start + 1; }
+};
+
+Due dueOf(const SceneView& scene, const NodeView& node) {
+    Due due;
+    due.within({0, scene.lastFrame()});
+    due.within(node.frames);
+    for (int parent = node.parent; parent >= 0; parent = scene.nodes[static_cast<size_t>(parent)].parent)
+        due.within(scene.nodes[static_cast<size_t>(parent)].frames);
+    return due;
+}
+
+class Places {
+  public:
+    void addScene(const SceneConfigData& record, const std::string& identifier, int64_t leastFrames) {
+        const SceneView scene = sceneViewOf(record.scenePlistPath, record.sceneResourceFolderPath,
+                                            readSceneFile(record.scenePlistPath));
+        for (const NodeView& node : scene.nodes) {
+            const Value& texture = node.content["TextureInfo"];
+            if (texture.string("textureType") != "mp4Video") continue;
+            const Due due = dueOf(scene, node);
+            const bool isFixed = due.isEndKnown && due.end != INT64_MAX;
+            places.push_back({texture.string("texture"), identifier, isFixed ? due.frames() : leastFrames,
+                              isFixed ? due.frames() : INT64_MAX});
+        }
+    }
+
+    std::vector<VideoPlace> places;
+};
+
+}  // namespace
+
+std::vector<VideoPlace> videoPlacesOf(const Playable& playable) {
+    Places places;
+    for (size_t index = 0; index < playable.entries.size(); ++index) {
+        const Value& entry = playable.entries[index];
+        if (const auto scene = playable.catalogue->querySceneWithSid(entry.integer("mainSceneId")))
+            places.addScene(*scene, entry.string("sceneIdentifier"),
+                            framesForTransitions(playable.entries, index));
+        const int64_t transition = entry["sceneTansitionsInfo"].integer("tansitionsSceneId");
+        if (const auto scene = playable.catalogue->querySceneWithSid(transition))
+            places.addScene(*scene, "", 1);
+    }
+    return std::move(places.places);
+}
+
+}  // namespace multiscene

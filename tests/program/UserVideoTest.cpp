@@ -1,0 +1,255 @@
+// Films that the user gives: whether they fit, which picture is seen when, and their sound.
+#include <fcntl.h>
+#include <gtest/gtest.h>
+
+#include "platform/base/File.h"
+#include "platform/base/Json.h"
+#include "platform/base/PropertyList.h"
+#include "platform/image/ImageDecoder.h"
+#include "tests/program/ProgramTest.h"
+
+namespace multiscene::test {
+
+using platform::Value;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+namespace {
+
+constexpr const char* kUserFrames = "userVideo_totalFps";
+
+class UserVideoTest : public ProgramTest {
+  protected:
+    /// A template of ten frames a second that shows the film "clip" over its red background.
+    static SmallTemplate withFilm(const std::string& shape = "") {
+        SmallTemplate small;
+        Value::Dictionary film = quad("film", "clip");
+        film["TextureInfo"] =
+            Value::Dictionary{{"textureType", "mp4Video"}, {"texture", "clip"}, {"videoFps", 10}};
+        small.nodes = {small.nodes[0], film};
+        Value::Dictionary input{{"userInputType", 3}, {"renderMapKey", "clip"}};
+        if (!shape.empty()) {
+            input["aspectWidth"] = shape.substr(0, 1);
+            input["aspectHeight"] = shape.substr(2);
+        }
+        small.description["userInputArray"] = Value::Array{input};
+        return small;
+    }
+    /// The same, as long as the film.
+    static SmallTemplate asLongAsTheFilm() {
+        SmallTemplate small = withFilm();
+        small.clock["FpsInfo"] = Value::Dictionary{{"startFps", 0}, {"endFps", kUserFrames}};
+        small.record["fpsLength"] = 0;
+        small.record["sourceType"] = 7;
+        return small;
+    }
+
+    /// What ffmpeg makes of the arguments.
+    std::string film(const std::string& name, std::vector<std::string> arguments) const {
+        std::vector<std::string> words{"ffmpeg", "-y", "-v", "error"};
+        words.insert(words.end(), arguments.begin(), arguments.end());
+        words.push_back(folder.file(name));
+        EXPECT_EQ(run(words).exitCode, 0) << name;
+        return words.back();
+    }
+    std::string grey(const std::string& name, int frames, int framesPerSecond) const {
+        writeVideo(folder.path() / name, frames, framesPerSecond);
+        return folder.file(name);
+    }
+    /// One second of a tone under a plain picture.
+    std::string sounding(const std::string& name) const {
+        return film(name, {"-f", "lavfi", "-i", "color=c=blue:s=64x64:r=10:d=1", "-f", "lavfi", "-i",
+                           "sine=frequency=440:duration=1", "-shortest", "-pix_fmt", "yuv420p"});
+    }
+
+    Result make(const std::filesystem::path& path, const std::string& clip,
+                std::vector<std::string> more = {}) const {
+        std::vector<std::string> words{"make",         path,   "--video",
+                                       "clip=" + clip, "-o",   folder.file("out.mp4"),
+                                       "--music",      "none", "--json"};
+        words.insert(words.end(), more.begin(), more.end());
+        return multiscene(words);
+    }
+    /// Frames announced.
+    static int64_t total(const Result& made) {
+        for (const Value& line : made.jsonLines())
+            if (line.has("total")) return line.integer("total");
+        return -1;
+    }
+    /// The middle pixel's colours in each of these frames.
+    std::vector<std::array<int, 3>> middles(const std::filesystem::path& path, const std::string& clip,
+                                            const std::vector<int>& frames) const {
+        std::string list;
+        for (const int frame : frames) list += (list.empty() ? "" : ",") + std::to_string(frame);
+        const std::string out = folder.file("frames");
+        const Result drawn = multiscene({"frames", path, "--video", "clip=" + clip, "--at", list, "-o", out});
+        EXPECT_EQ(drawn.exitCode, 0) << drawn.errors;
+        std::vector<std::array<int, 3>> colors;
+        for (const int frame : frames) {
+            char name[40];
+            std::snprintf(name, sizeof name, "/frame-%06d.png", frame);
+            const auto picture =
+                platform::decodeImage(platform::FileHandle(::open((out + name).c_str(), O_RDONLY)));
+            const uint8_t* pixel =
+                picture.rgba.data() + (picture.height / 2 * picture.width + picture.width / 2) * 4;
+            colors.push_back({pixel[0], pixel[1], pixel[2]});
+        }
+        return colors;
+    }
+    /// Loudest sample of the made video in decibels; nothing when it is silent.
+    std::optional<double> peak() const {
+        const Result heard =
+            run({"ffmpeg", "-i", folder.file("out.mp4"), "-af", "volumedetect", "-f", "null", "-"});
+        const size_t at = heard.errors.find("max_volume: ");
+        if (at == std::string::npos) return std::nullopt;
+        return std::stod(heard.errors.substr(at + 12));
+    }
+};
+
+}  // namespace
+
+TEST_F(UserVideoTest, IsAnInputThatCheckKnows) {
+    EXPECT_EQ(multiscene({"check", withFilm("1:1").write(folder.path())}).exitCode, 0);
+    for (const auto& [type, words] :
+         {std::pair{0, "is a text, but a scene shows it as a video"},
+          std::pair{1, "is a photo, but a scene shows it as a video"}, std::pair{2, "2 is no type"}}) {
+        SmallTemplate small = withFilm();
+        small.description["userInputArray"] =
+            Value::Array{Value::Dictionary{{"userInputType", type}, {"renderMapKey", "clip"}}};
+        const Result checked = multiscene({"check", small.write(folder.path())});
+        EXPECT_EQ(checked.exitCode, 3) << type;
+        EXPECT_THAT(checked.output, HasSubstr(words));
+    }
+}
+
+TEST_F(UserVideoTest, ShowsThePictureOfTheTimeAndIsTrimmedToItsPlace) {
+    const auto path = withFilm("1:1").write(folder.path());
+    const std::string slow = grey("slow.mp4", 5, 5);
+    const auto seen = middles(path, slow, {0, 1, 2, 4, 5});
+    const std::vector<int> levels{0, 0, 1, 2, 2};  // each picture starts with the frame nearest to its time
+    for (size_t i = 0; i < seen.size(); ++i) EXPECT_NEAR(seen[i][1], 40 * levels[i], 6) << i;
+    const Result made = make(path, slow);
+    ASSERT_EQ(made.exitCode, 0) << made.errors;
+    EXPECT_THAT(made.output, HasSubstr("clip: slow.mp4 has 5 frames a second, the video 10"));
+    EXPECT_THAT(made.output, HasSubstr("the first 6 frames (0.60 s) are shown"));
+    EXPECT_THAT(made.jsonLines().back().array("skipped"), IsEmpty());
+    EXPECT_EQ(made.jsonLines().back().integer("frames"), 6);
+}
+
+TEST_F(UserVideoTest, StandsUprightAndIsCutToItsShape) {
+    const std::string turned =
+        film("turned.mp4", {"-i", grey("lying.mp4", 6, 10), "-c", "copy", "-metadata:s:v:0", "rotate=90"});
+    for (const auto& [shape, width] : {std::pair{"", 96}, std::pair{"1:1", 64}}) {
+        const Result traced = multiscene(
+            {"trace", withFilm(shape).write(folder.path()), "--video", "clip=" + turned, "--at", "0"});
+        ASSERT_EQ(traced.exitCode, 0) << traced.errors;
+        const Value::Array nodes = traced.jsonLines()[0].array("scenes")[0].array("nodes");
+        const auto film = std::find_if(nodes.begin(), nodes.end(),
+                                       [](const Value& node) { return node.string("name") == "film"; });
+        ASSERT_NE(film, nodes.end());
+        EXPECT_EQ((*film)["texture"].integer("width"), width) << shape;
+    }
+}
+
+TEST_F(UserVideoTest, WithAlphaLetsTheSceneShine) {
+    const std::string ghost = film(
+        "ghost.mov", {"-f", "lavfi", "-i", "color=c=blue@0.5:s=64x64:r=25:d=1,format=rgba", "-c:v", "png"});
+    const auto seen = middles(withFilm().write(folder.path()), ghost, {3});
+    EXPECT_NEAR(seen[0][0], 128, 3);
+    EXPECT_NEAR(seen[0][2], 128, 3);
+}
+
+TEST_F(UserVideoTest, TooShortForItsPlaceIsRefusedBeforehand) {
+    const Result made = make(withFilm().write(folder.path()), grey("short.mp4", 5, 10));
+    EXPECT_EQ(made.exitCode, 4);
+    EXPECT_THAT(made.errors,
+                HasSubstr("short.mp4: clip: is too short: 5 frames (0.50 s) at 10 frames a second, and "
+                          "its place needs 6 frames (0.60 s)"));
+    EXPECT_THAT(filesNamed("out"), IsEmpty());
+    EXPECT_EQ(make(withFilm().write(folder.path()), grey("fits.mp4", 6, 10)).exitCode, 0);
+}
+
+TEST_F(UserVideoTest, GivesASceneItsLengthAndMustOutlastTheTransitionIntoIt) {
+    SmallTemplate small = asLongAsTheFilm();
+    const Result made = make(small.write(folder.path()), grey("slow.mp4", 4, 5));
+    ASSERT_EQ(made.exitCode, 0) << made.errors;
+    EXPECT_EQ(total(made), 8) << "4 pictures at 5 are 8 frames at 10 a second";
+
+    // Behind another scene, with a transition of four frames between.
+    small.moreRecords = {recordOf(8, small.name, "first.plist", 8),
+                         recordOf(9, small.name, "change.plist", 4)};
+    small.description["sceneGroup"] = Value::Array{
+        Value::Dictionary{
+            {"mainSceneId", 8},
+            {"sceneTansitionsInfo", Value::Dictionary{{"tansitionsSceneId", 9}, {"fpsTotal", 4}}}},
+        Value::Dictionary{{"mainSceneId", SmallTemplate::sId}, {"sceneIdentifier", "b"}}};
+    const auto path = small.write(folder.path());
+    for (const auto& [file, frames] : {std::pair{"first.plist", 8}, std::pair{"change.plist", 4}})
+        platform::writePropertyList(
+            path / file, Value::Dictionary{{"Camera", small.camera}, {"TimeSource", clockOf(frames)}});
+    const Result refused = make(path, grey("short.mp4", 4, 10));
+    EXPECT_EQ(refused.exitCode, 4);
+    EXPECT_THAT(refused.errors, HasSubstr("needs 5 frames (0.50 s)"));
+    const Result longer = make(path, grey("long.mp4", 5, 10));
+    EXPECT_EQ(longer.exitCode, 0) << longer.errors;
+    EXPECT_EQ(total(longer), 8 + 5 - 4);
+}
+
+TEST_F(UserVideoTest, WithAGapOfHoursEndsTheJobAtOnce) {
+    const std::string gap =
+        film("gap.mp4", {"-f", "lavfi", "-i", "color=s=64x64:r=1:d=2", "-vf", "setpts=N*100000/TB", "-vsync",
+                         "passthrough", "-bf", "0", "-video_track_timescale", "1"});
+    for (const SmallTemplate& small : {withFilm(), asLongAsTheFilm()}) {
+        const Result made = make(small.write(folder.path()), gap);
+        EXPECT_EQ(made.exitCode, 4);
+        EXPECT_THAT(made.errors,
+                    HasSubstr("gap.mp4: is damaged: it has no picture from 0.0 s to 100000.0 s"));
+    }
+    const std::string hour = film("hour.mp4", {"-f", "lavfi", "-i", "color=s=16x16:r=1/20:d=1200"});
+    const Result long_ = make(asLongAsTheFilm().write(folder.path()), hour);
+    EXPECT_EQ(long_.exitCode, 4);
+    EXPECT_THAT(long_.errors, HasSubstr("is too long: the template plays all of it, at most 15 minutes"));
+    EXPECT_EQ(make(withFilm().write(folder.path()), hour).exitCode, 0)
+        << "no more of it is read than is shown";
+    EXPECT_EQ(make(withFilm().write(folder.path()), folder.file("none.mp4")).exitCode, 4);
+    const std::string dot = film("dot.mp4", {"-i", hour, "-vf", "scale=1:1,format=yuv444p"});
+    EXPECT_THAT(make(withFilm().write(folder.path()), dot).errors, HasSubstr("the video has 1x1 pixels"));
+    writePicture(folder.path() / "no.png", 0);
+    EXPECT_EQ(make(withFilm().write(folder.path()), folder.file("no.png")).exitCode, 4);
+}
+
+TEST_F(UserVideoTest, BringsItsSoundWhereTheTemplateOrTheUserWantsIt) {
+    SmallTemplate small = withFilm();
+    const std::string tone = sounding("tone.mp4");
+    ASSERT_EQ(make(small.write(folder.path()), tone).exitCode, 0);
+    EXPECT_FALSE(peak()) << "a template that says nothing keeps it silent";
+    ASSERT_EQ(make(small.write(folder.path()), tone, {"--video-volume", "clip=1"}).exitCode, 0);
+    const auto full = peak();
+    ASSERT_TRUE(full);
+    EXPECT_GT(*full, -25);
+
+    Value::Dictionary film = small.nodes[1].dictionary();
+    film["TextureInfo"] = film["TextureInfo"].with("audioVolume", 0.25);
+    film["FpsInfo"] = Value::Dictionary{{"startFps", 0}, {"endFps", 2}};
+    small.nodes[1] = film;
+    const auto path = small.write(folder.path());
+    EXPECT_EQ(multiscene({"check", path}).exitCode, 0);
+    const Result made = make(path, tone);
+    ASSERT_EQ(made.exitCode, 0) << made.errors;
+    EXPECT_THAT(made.jsonLines().back().array("skipped"), IsEmpty());
+    const auto quarter = peak();
+    ASSERT_TRUE(quarter);
+    EXPECT_NEAR(*quarter - *full, -12, 1.5);
+    // It ends with its pictures: after three frames nothing is heard.
+    run({"ffmpeg", "-y", "-v", "error", "-ss", "0.4", "-i", folder.file("out.mp4"), folder.file("rest.wav")});
+    std::filesystem::rename(folder.file("rest.wav"), folder.file("out.mp4"));
+    EXPECT_LT(peak().value_or(-91), -60);
+    ASSERT_EQ(make(path, tone, {"--video-volume", "clip=0"}).exitCode, 0);
+    EXPECT_FALSE(peak());
+    EXPECT_EQ(make(path, tone, {"--video-volume", "clip=2"}).exitCode, 2);
+    EXPECT_EQ(make(path, grey("mute.mp4", 6, 10), {"--video-volume", "clip=1"}).exitCode, 0)
+        << "has no sound";
+}
+
+}  // namespace multiscene::test
