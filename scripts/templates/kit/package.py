@@ -22,6 +22,10 @@ def photo_input(key, width, height, placeholders):
             **_words(placeholders)}
 
 
+def video_input(key, width, height, placeholders):
+    return {**photo_input(key, width, height, placeholders), "userInputType": 3}
+
+
 def _words(placeholders):
     english, chinese, japanese = placeholders
     return {"englishPlaceholder": english, "chinesePlaceholder": chinese, "japanesePlaceholder": japanese}

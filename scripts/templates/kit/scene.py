@@ -49,6 +49,12 @@ def user_image(key, **more):
     return {"textureType": "image", "texture": key, **more}
 
 
+def user_video(key, fps=30, volume=0.0):
+    """The user's film; `volume` is that of its own sound."""
+    info = {"textureType": "mp4Video", "texture": key, "videoFps": fps}
+    return {**info, "audioVolume": volume} if volume else info
+
+
 def words(key, size, width, height, tint, font="Noto Serif Display Bold", **more):
     """A text texture of `width` by `height` pixels; `key` names the user's text."""
     return {"textureType": "text2d", "textString": key, "fontName": font, "fontSize": float(size),

@@ -200,12 +200,16 @@ def loudness(stereo):
     return -1.4 + 10 * np.log10(power + 1e-12)
 
 
+def pcm(stereo):
+    """16 bits a sample."""
+    return np.clip(np.rint(stereo * 32767), -32768, 32767).astype("<i2").tobytes()
+
+
 def save(path, stereo, bitrate="128k"):
-    pcm = np.clip(np.rint(stereo * 32767), -32768, 32767).astype("<i2").tobytes()
     command = ["ffmpeg", "-v", "error", "-y", "-f", "s16le", "-ar", str(RATE), "-ac", "2", "-i", "-",
                "-c:a", "libmp3lame", "-b:a", bitrate, "-map_metadata", "-1", "-id3v2_version", "0", "-bitexact",
                str(path)]
-    subprocess.run(command, input=pcm, check=True)
+    subprocess.run(command, input=pcm(stereo), check=True)
 
 
 def save_effect(path, signal, peak=0.8):
