@@ -17,20 +17,11 @@ using platform::Value;
 
 std::span<const TemplateRule> templateRules() {
     static constexpr std::array table{
-        rules::lengthsAreTheClocks,
-        rules::numbersAreUnique,
-        rules::resourceFoldersAreFolders,
-        rules::thumbnailsAreThere,
-        rules::pictureSizeIsEven,
-        rules::camerasHaveThePicturesShape,
-        rules::videosHaveTheTemplatesRate,
-        rules::musicCanBePlayed,
-        rules::inputKeysAreUnique,
-        rules::inputTypesAreKnown,
-        rules::inputKeysAreFree,
-        rules::sceneGroupIsNotEmpty,
-        rules::photoShapesAreWhole,
-        rules::inputsAreUsed,
+        rules::lengthsAreTheClocks,        rules::numbersAreUnique,  rules::resourceFoldersAreFolders,
+        rules::thumbnailsAreThere,         rules::pictureSizeIsEven, rules::camerasHaveThePicturesShape,
+        rules::videosHaveTheTemplatesRate, rules::musicCanBePlayed,  rules::inputKeysAreUnique,
+        rules::inputTypesAreKnown,         rules::inputKeysAreFree,  rules::sceneGroupIsNotEmpty,
+        rules::photoShapesAreWhole,        rules::inputsAreUsed,
     };
     return table;
 }
