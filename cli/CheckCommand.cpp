@@ -22,6 +22,7 @@ class CheckCommand : public Command {
     void declare(Arguments& arguments) override {
         arguments.word("PATH", "A template's folder or zip, a scene file or a scene-group file",
                        [this](const std::string& value) { path_ = value; });
+        arguments.flag("--strict", "Take warnings for errors", isStrict_);
         arguments.example("multiscene check templates/minimal");
     }
 
@@ -31,7 +32,7 @@ class CheckCommand : public Command {
         const Findings findings = findingsOf(path_);
         for (const Finding& finding : findings) console.finding(finding);
         printTotal(console, findings);
-        return findings.empty() ? 0 : kFound;
+        return isFaulty(findings) ? kFound : 0;
     }
 
   private:
@@ -40,6 +41,13 @@ class CheckCommand : public Command {
         if (std::filesystem::is_directory(path) || path.extension() == ".plist") return checkPath(path);
         const JobFolder job;
         return checkPath(unpackTemplate(path, job));
+    }
+
+    /// Warnings alone are for the author to judge.
+    bool isFaulty(const Findings& findings) const {
+        return std::any_of(findings.begin(), findings.end(), [this](const Finding& finding) {
+            return isStrict_ || finding.severity == Severity::Error;
+        });
     }
 
     void printTotal(Console& console, const Findings& findings) const {
@@ -54,6 +62,7 @@ class CheckCommand : public Command {
     }
 
     std::string path_;
+    bool isStrict_ = false;
 };
 
 }  // namespace

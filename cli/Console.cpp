@@ -244,6 +244,11 @@ void Console::clearBar() {
     hasBar_ = false;
 }
 
+void Console::jobFinding(const Finding& each) {
+    if (!isReserved_) return finding(each);
+    std::fprintf(stderr, "note: %s\n", printable(multiscene::describe(each)).c_str());
+}
+
 void Console::jobNote(const std::string& text) {
     clearBar();
     if (isReserved_)

@@ -34,6 +34,7 @@ class Console : public JobObserver {
     void downloadProgress(uint64_t received, uint64_t total, double seconds);
 
     void jobProgress(const JobProgress& progress) override;
+    void jobFinding(const Finding& finding) override;
     void jobNote(const std::string& text) override;
     /// The result of a job: "made FILE: …" and what was left out.
     void jobDone(const JobSummary& summary);

@@ -13,6 +13,7 @@ class MakeCommand : public Command {
         declareInputs(arguments, request_);
         declareFormat(arguments, request_);
         declareFit(arguments, request_);
+        declareJudgement(arguments, request_);
         declareVideo(arguments, request_);
         arguments.example(
             "multiscene make templates/minimal --text text=Hello --photo photo=me.jpg -o hello.mp4");

@@ -13,6 +13,7 @@ class RenderCommand : public Command {
                        [this](const std::string& value) { request_.source = value; });
         declareFormat(arguments, request_, Occurs::Once);
         declareVideo(arguments, request_);
+        declareJudgement(arguments, request_);
         arguments.example("multiscene render sceneGroup.plist --size 720x1280 --fps 30 -o out.mp4");
     }
 

@@ -222,6 +222,12 @@ void declareFit(Arguments& arguments, RenderRequest& request) {
         });
 }
 
+void declareJudgement(Arguments& arguments, RenderRequest& request) {
+    arguments.flag("--strict", "Refuse what would only be noted: warnings, inputs that are not given",
+                   request.isStrict);
+    arguments.flag("--force", "Go on in spite of what \"check\" calls an error", request.isForced);
+}
+
 void declareVideo(Arguments& arguments, VideoRequest& request) {
     declareSound(arguments, request);
     arguments.option("--bitrate", "B", "Video bits a second: 1500k, 4M",

@@ -13,6 +13,7 @@ class TraceCommand : public Command {
         declareInputs(arguments, request_);
         declareFormat(arguments, request_);
         declareFit(arguments, request_);
+        declareJudgement(arguments, request_);
         declareSelection(arguments, request_.selection);
         arguments.flag("--draw", "Draw the frames too, as for a video", request_.draws);
         arguments.example("multiscene trace templates/minimal --at 0,30");

@@ -14,6 +14,7 @@ using platform::Value;
 
 namespace {
 
+constexpr double kMostSteps = 2e8;             // some tenths of a second
 constexpr float kFirstPath = firstBezierEase;  // of an end position's component: it names a path
 
 bool hasAxis(int64_t code, int64_t axis) { return code % 10 == axis || code / 10 == axis; }
@@ -39,11 +40,13 @@ class NodeOwnedWalk : public DictionaryVisitor {
         if (keys.find("BezierArray")) owners_[keyPath + "."] = curvesOf(content);
         for (const KeyTable* items : {&transformItemKeys, &mutableTranslateKeys})
             if (keys.has(*items)) judgePaths(*items, content, keyPath);
+        if (keys.has(transformItemKeys)) judgeTexture(content, keyPath);
     }
 
     void known(const Key& key, const Value& value, const std::string& keyPath) override {
         const auto ease = static_cast<int32_t>(value.integerValue());
-        if (!isEase(key.name) || !isBezierEase(ease)) return;
+        if (!isEase(key.name)) return;
+        if (!isBezierEase(ease)) return judgeEase(ease, keyPath);
         const std::string identifier = std::to_string(ease);
         if (!curvesAt(keyPath).contains(identifier)) addUnknown(identifier, keyPath);
     }
@@ -65,6 +68,20 @@ class NodeOwnedWalk : public DictionaryVisitor {
                 longest = owner.size();
             }
         return keyPath.find("LightSourceArray[", longest) == std::string::npos ? *nearest : none;
+    }
+
+    void judgeEase(int32_t ease, const std::string& keyPath) {
+        if (ease >= 0 && ease < static_cast<int32_t>(easeTable().size())) return;
+        add(keyPath, "there is no ease " + std::to_string(ease) + ": it goes evenly",
+            "eases are 0 to " + std::to_string(easeTable().size() - 1));
+    }
+
+    /// The tween of a texture has no node, so it finds no curve.
+    void judgeTexture(const Value& item, const std::string& keyPath) {
+        const bool moves = item.has("endTextureOrigin") || item.has("endTextureSize");
+        if (!moves || !isBezierEase(static_cast<int32_t>(item.integer("rotateEase")))) return;
+        findings_.push_back({Severity::Warning, scene_.file, keyPath + ".rotateEase",
+                             "a texture follows no curve: it moves evenly", "choose an ease below 30000"});
     }
 
     void judgePaths(const KeyTable& table, const Value& item, const std::string& keyPath) {
@@ -114,6 +131,7 @@ class CurveEntries : public DictionaryVisitor {
             add(keyPath + ".interpolationXYZ", "is " + std::to_string(axes) + ", not two different axes",
                 "write such as 21 (x and y), 31 (x and z), 32 (y and z)");
         judgePoints(content.array("controlPoints"), keyPath + ".controlPoints");
+        judgeCost(content, keyPath);
     }
 
   private:
@@ -127,6 +145,16 @@ class CurveEntries : public DictionaryVisitor {
             add(keyPath + ".bezierIdentifier",
                 "an earlier curve is \"" + identifier + "\" too, and this one replaces it",
                 "give each its own number");
+    }
+
+    /// All curves of a scene are worked out when it is loaded: each sample takes the square of the points.
+    void judgeCost(const Value& curve, const std::string& keyPath) {
+        const auto points = static_cast<double>(curve.array("controlPoints").size());
+        const double before = steps_;
+        steps_ += std::max<double>(curve.real("interpolationTotal"), 0) * points * points;
+        if (before <= kMostSteps && steps_ > kMostSteps)
+            add(keyPath, "the curves up to here take too long to work out",
+                "use fewer samples or control points: a sample a frame is enough");
     }
 
     void judgePoints(const Value::Array& points, const std::string& keyPath) {
@@ -148,6 +176,7 @@ class CurveEntries : public DictionaryVisitor {
     const SceneView& scene_;
     Findings& findings_;
     std::set<std::pair<std::string, std::string>> identifiers_;  ///< list and name
+    double steps_ = 0;
 };
 
 }  // namespace

@@ -15,4 +15,7 @@ enum class MediaKind { Picture, PvrPicture, Sound, Track };
 std::optional<Finding> judgeMediaFile(MediaKind kind, const std::string& path, const std::string& sceneFolder,
                                       Finding place);
 
+/// Whether a picture of the template has pixels that are not opaque; false when it cannot be read.
+bool isTransparentPicture(const std::string& path, const std::string& sceneFolder);
+
 }  // namespace multiscene

@@ -95,4 +95,26 @@ void componentsBeginBeforeTheSceneEnds(const SceneView& scene, Findings& finding
     }
 }
 
+// A component is asked only while its node is there, and it starts on its very first frame.
+void componentsBeginWhileTheirNodeIsThere(const SceneView& scene, Findings& findings) {
+    for (const NodeView& node : scene.nodes) {
+        const Value::Array& components = node.content.array("ComponentsInfo");
+        for (size_t index = 0; index < components.size(); ++index) {
+            const auto start = components[index].has("startFps")
+                                   ? frameNumberOf(components[index]["startFps"])
+                                   : std::optional<int64_t>(0);
+            const bool isEarly = start && node.frames.start && *start < *node.frames.start;
+            const bool isLate = start && node.frames.end && *start > *node.frames.end;
+            if (!isEarly && !isLate) continue;
+            findings.push_back({Severity::Error, scene.file,
+                                node.keyPath + ".ComponentsInfo[" + std::to_string(index) + "].startFps",
+                                "starts at frame " + frameText(start) + ", but " + node.label() +
+                                    (isEarly ? " is only there from frame " + frameText(node.frames.start)
+                                             : " is only there to frame " + frameText(node.frames.end)) +
+                                    ": it never happens",
+                                "start it while its node is there"});
+        }
+    }
+}
+
 }  // namespace multiscene::rules

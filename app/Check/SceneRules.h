@@ -26,6 +26,7 @@ void nodesBeginBeforeTheSceneEnds(const SceneView&, Findings&);
 void childrenBeginAfterTheirParents(const SceneView&, Findings&);
 void childrenBeginBeforeTheirParentsEnd(const SceneView&, Findings&);
 void componentsBeginBeforeTheSceneEnds(const SceneView&, Findings&);
+void componentsBeginWhileTheirNodeIsThere(const SceneView&, Findings&);
 
 // MotionRules.cpp
 void motionListsDoNotStall(const SceneView&, Findings&);
@@ -45,6 +46,9 @@ void camerasSeeSomething(const SceneView&, Findings&);
 void lookedUpNumbersAreInputs(const SceneView&, Findings&);
 void renderedTexturesAreThere(const SceneView&, Findings&);
 void drawingIsSpecifiedWhole(const SceneView&, Findings&);
+
+// DepthRules.cpp
+void nodesLieWhereTheCameraSees(const SceneView&, Findings&);
 
 // EffectRules.cpp
 void keysDoWhatTheySay(const SceneView&, Findings&);

@@ -1,7 +1,9 @@
+#include <algorithm>
 #include <filesystem>
 
 #include "app/Check/DictionaryWalk.h"
 #include "app/Check/KeyJudge.h"
+#include "app/Check/MediaFile.h"
 #include "app/Check/SceneRules.h"
 #include "app/Model/TemplateKeys.h"
 #include "opengl2.0/Shader.h"
@@ -40,20 +42,47 @@ class Shaders : public DictionaryVisitor {
         const Shader shader(description, std::filesystem::path(file).parent_path().string());
         for (const ShaderFailure& failure : shader.failures())
             add(failure.file.empty() ? file : failure.file, keyPath, failure.message);
-        if (shader.failures().empty()) judgeNames(shader, file);
+        if (!shader.failures().empty()) return;
+        judgeNames(shader, file);
+        judgeColours(shader, keyPath);
     }
 
-    /// What the program would set if the description listed it; "videoFrame" is right as it stands, 0.
+    /// "videoFrame" is right as it stands, 0; members of arrays and structures are set without being listed.
     void judgeNames(const Shader& shader, const std::string& file) {
         if (shader.attributeHandle("position") == 0)
             findings_.push_back({Severity::Error, file, "Attributes",
                                  "does not list \"position\": nothing is drawn", "add it"});
-        for (const char* name : {"u_mvpMatrix", "u_textureMatrix", "isPreMultiplication", "aplae"})
-            if (shader.uniformLocationStructOrArray(name) >= 0 && !shader.hasUniform(name))
-                findings_.push_back(
-                    {Severity::Error, file, "Uniforms",
-                     "does not list \"" + std::string(name) + "\", which the sources use: it stays 0",
-                     "add it"});
+        for (const std::string& name : shader.activeUniforms())
+            if (name != "videoFrame" && name.find_first_of(".[") == std::string::npos &&
+                !shader.uniformHandles().contains(name))
+                findings_.push_back({Severity::Error, file, "Uniforms",
+                                     "does not list \"" + name + "\", which the sources use: it stays 0",
+                                     "add it"});
+    }
+
+    /// The colours of a picture come multiplied by its alpha, and are blended as if they were not.
+    void judgeColours(const Shader& shader, const std::string& keyPath) {
+        const auto names = shader.activeUniforms();
+        const auto uses = [&](const char* name) {
+            return std::find(names.begin(), names.end(), name) != names.end();
+        };
+        if (!uses("videoFrame") || uses("isPreMultiplication") || !showsSoftEdges(keyPath)) return;
+        findings_.push_back({Severity::Warning, scene_.file, keyPath,
+                             "the shader does not ask for \"isPreMultiplication\", but the colours of this "
+                             "picture are multiplied by its alpha: soft edges become dark",
+                             "divide the colour by its alpha where \"isPreMultiplication\" is 1"});
+    }
+
+    /// Whether the node of this "customShaderPath" shows something that is not opaque.
+    bool showsSoftEdges(const std::string& keyPath) const {
+        for (const NodeView& node : scene_.nodes) {
+            if (node.keyPath + ".FpsInfo.customShaderPath" != keyPath) continue;
+            const platform::Value& texture = node.content["TextureInfo"];
+            const std::string type = texture.string("textureType");
+            if (type == "image") return isTransparentPicture(texture.string("texture"), scene_.folder);
+            return type == "text2d" || type == "RTTTexture" || type == "filterImage";
+        }
+        return false;
     }
 
     void add(const std::string& file, const std::string& keyPath, std::string problem) {

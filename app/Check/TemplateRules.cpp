@@ -1,15 +1,18 @@
 #include "app/Check/TemplateRules.h"
 
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <filesystem>
 #include <optional>
 
+#include "app/Check/DictionaryWalk.h"
 #include "app/Check/MediaFile.h"
 #include "app/Check/UsedFiles.h"
 #include "app/Model/MediaFormat.h"
 #include "app/Model/TemplateFolder.h"
 #include "other/QVUtil.h"
+#include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {
 
@@ -133,15 +136,40 @@ void camerasHaveThePicturesShape(const TemplateView& view, Findings& findings) {
     }
 }
 
+namespace {
+
+/// The rates at which a scene's films are played, a picture a frame.
+class FilmRates : public DictionaryVisitor {
+  public:
+    FilmRates(const SceneView& scene, int64_t wanted, Findings& findings)
+        : scene_(scene), wanted_(wanted), findings_(findings) {}
+
+    void dictionary(const KeySet& keys, const Value& content, const std::string& keyPath) override {
+        const auto names = keys.names();
+        const bool hasFilm = std::any_of(names.begin(), names.end(), [&](std::string_view name) {
+            return keys.fileOf(*keys.find(name)) == KeyFile::Video && content.has(name);
+        });
+        const int64_t own = content.integer("videoFps");
+        if (!hasFilm || own < 1 || own == wanted_) return;
+        findings_.push_back({Severity::Warning, scene_.file, keyPath + ".videoFps",
+                             "is " + std::to_string(own) + ", but the template has " +
+                                 std::to_string(wanted_) + " frames a second: the video changes its speed",
+                             "convert the video or change \"videoFrameRate\""});
+    }
+
+  private:
+    const SceneView& scene_;
+    int64_t wanted_;
+    Findings& findings_;
+};
+
+}  // namespace
+
 void videosHaveTheTemplatesRate(const TemplateView& view, Findings& findings) {
     const int64_t rate = mediaFormatOf(view.inputs()).framesPerSecond;
     for (const auto& [number, scene] : view.group.scenes) {
-        const int64_t own = scene.clock()["VideoInfo"].integer("videoFps");
-        if (own < 1 || own == rate) continue;
-        findings.push_back({Severity::Warning, scene.file, "TimeSource.VideoInfo.videoFps",
-                            "is " + std::to_string(own) + ", but the template has " + std::to_string(rate) +
-                                " frames a second: the video changes its speed",
-                            "convert the video or change \"videoFrameRate\""});
+        FilmRates visitor(scene, rate, findings);
+        walkDictionary(sceneFileKeys, scene.content, "", visitor);
     }
 }
 

@@ -3,7 +3,6 @@
 #include "app/Check/LookedUpKeys.h"
 #include "app/Model/QVUserPhotoInputModel.h"
 #include "app/Model/QVUserVideoInputModel.h"
-#include "videoRenderCore/SceneFile.h"
 
 namespace multiscene {
 
@@ -24,7 +23,7 @@ InputKind kindOf(const QVUserInputModelBase& input) {
 AskedKeys lookUpsOf(const Playable& playable) {
     AskedKeys asked;
     for (const SceneConfigData& scene : playable.scenes())
-        for (const auto& [key, lookUp] : lookedUpKeys(readSceneFile(scene.scenePlistPath)))
+        for (const auto& [key, lookUp] : lookedUpKeys(playable.sceneFile(scene.scenePlistPath)))
             asked[key].kind = kindOf(lookUp);
     return asked;
 }

@@ -70,8 +70,7 @@ JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std:
     const double start = platform::monotonicSeconds();
     const fs::path folder = outputFolder(request.output);
     const JobFolder job;
-    const PreparedGroup group = prepareGroup(request, job, stop);
-    for (const std::string& note : group.notes) observer.jobNote(note);
+    const PreparedGroup group = prepareGroup(request, job, observer, stop);
 
     const FrameSelection& wanted = request.selection;
     PictureFiles files(folder, request.keepsAlpha);

@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <string>
 
+#include "app/Check/Finding.h"
+
 namespace multiscene {
 
 struct JobProgress {
@@ -18,6 +20,9 @@ class JobObserver {
     virtual ~JobObserver() = default;
     /// Several times a second while frames are rendered.
     virtual void jobProgress(const JobProgress&) {}
+    /// What is wrong with the template, before anything is drawn. The fault that ends the job is not told: it
+    /// is thrown.
+    virtual void jobFinding(const Finding&) {}
     /// Something the user should know although the job goes on.
     virtual void jobNote(const std::string& /*text*/) {}
 };

@@ -6,6 +6,8 @@
 #include "app/Job/JobFolder.h"
 #include "app/Model/TemplateFolder.h"
 #include "app/Other/InstalledTemplates.h"
+#include "app/Other/OpenedFiles.h"
+#include "app/Other/TemplateArchive.h"
 #include "app/Other/TemplateInstallation.h"
 #include "app/Other/TemplateLocks.h"
 #include "app/data/QVDataManager.h"
@@ -70,29 +72,8 @@ Playable openFolder(const fs::path& path) {
     catalogue->installMultiSceneTemplate(folder.description);
     Playable playable = playableOf(folder.records.front(), folder.folder, catalogue);
     playable.file = folder.plistPath();
+    playable.templateFolder = folder.folder;
     return playable;
-}
-
-/// The one folder in the archive that is a template; some systems add folders of their own.
-fs::path onlyFolder(const fs::path& unpacked, const fs::path& archive) {
-    fs::path found;
-    for (const fs::directory_entry& entry : fs::directory_iterator(unpacked)) {
-        const std::string name = entry.path().filename().string();
-        if (!entry.is_directory() || name == "__MACOSX" || !isTemplateName(name)) continue;
-        if (!found.empty())
-            throw Error(ErrorKind::Template, "holds more than one folder; a template is one",
-                        archive.string());
-        found = entry.path();
-    }
-    if (found.empty()) throw Error(ErrorKind::Template, "holds no template folder", archive.string());
-    return found;
-}
-
-/// The home's own folders: scenes, groups and the user's resources.
-void allowHome() {
-    for (const std::string& folder :
-         {QVUtil::scenePath(), QVUtil::templatePath(), QVUtil::userResourcesPath()})
-        FileGate::shared().allowFolder(folder);
 }
 
 fs::path resourceFolder(const QVTempletDataModel& record) {
@@ -124,22 +105,17 @@ std::optional<Playable> openInstalled(const std::string& numberOrName) {
         const auto installed = installedTemplate(numberOrName);
         if (!installed) return std::nullopt;
         const QVTempletDataModel& record = installed->main();
-        return playableOf(record, resourceFolder(record), QVDataManager::sharedDataManager());
+        Playable playable = playableOf(record, resourceFolder(record), QVDataManager::sharedDataManager());
+        playable.templateFolder = fs::path(QVUtil::scenePath()) / templateOwning(record.scenePlistPath());
+        return playable;
     };
     const auto found = open();
     if (!found) return std::nullopt;
     auto locks = locksOf(*found);
     auto playable = open();  // as it is now that nobody can exchange it
     if (playable) playable->inUse = std::move(locks);
-    allowHome();
+    openHomeFolders();
     return playable;
-}
-
-/// The user wrote the files of the map into the group file, so they are the user's own inputs.
-void allowMediaOf(const Value& userMediaMap) {
-    for (const auto& [key, value] : userMediaMap.dictionary())
-        if (const std::string text = value.stringValue(); value.isString() && text.starts_with('/'))
-            FileGate::shared().allowFile(text);
 }
 
 bool isTemplateFolder(const fs::path& path) {
@@ -183,6 +159,11 @@ std::vector<SceneConfigData> Playable::scenes() const {
     return scenes;
 }
 
+Value Playable::sceneFile(const std::string& path) const {
+    const auto known = sceneFiles.find(path);
+    return known == sceneFiles.end() ? readSceneFile(path) : known->second;
+}
+
 Playable openPlayable(const std::string& argument, const JobFolder& job) {
     std::error_code failure;
     const fs::path path(argument);
@@ -198,8 +179,11 @@ Playable openPlayable(const std::string& argument, const JobFolder& job) {
 fs::path unpackTemplate(const fs::path& archive, const JobFolder& job) {
     const fs::path unpacked = job.file("template");
     platform::createFolders(unpacked);
-    platform::ZipArchive(archive).extract(unpacked);
-    return onlyFolder(unpacked, archive);
+    platform::ZipArchive zip(archive);
+    const std::string name = onlyFolderOf(zip, archive.string());
+    if (!isTemplateName(name)) throw Error(ErrorKind::Template, "holds no template folder", archive.string());
+    zip.extract(unpacked);
+    return unpacked / name;
 }
 
 Playable openSceneGroupFile(const fs::path& file) {
@@ -208,14 +192,14 @@ Playable openSceneGroupFile(const fs::path& file) {
     playable.folder = playable.file.parent_path();
     playable.name = playable.file.filename().string();
     FileGate::shared().allowFolder(playable.folder);
-    const Value content = readSceneFile(playable.file);
+    Value content = readSceneFile(playable.file);
     if (!content.isDictionary() || !content["scene"].isArray())
         throw Error(ErrorKind::Template, "is neither a template nor a scene-group file", file.string(),
                     "scene");
-    allowHome();
-    allowMediaOf(content["userMediaMap"]);
+    openSceneGroupFiles(playable.folder, content["userMediaMap"]);
     playable.entries = content.array("scene");
     playable.userMediaMap = content["userMediaMap"];
+    playable.groupFile = std::move(content);
     playable.isGroupFile = true;
     playable.catalogue = QVDataManager::sharedDataManager();
     playable.inUse = locksOf(playable);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <map>
 #include <memory>
 #include <optional>
 #include <set>
@@ -22,6 +23,11 @@ struct Playable {
     std::string name;
     std::filesystem::path file;    ///< NAME.plist, or the scene-group file; empty for an installed template
     std::filesystem::path folder;  ///< of the template or of the group file, absolute
+    /// NAME with its NAME.plist; empty for a group file.
+    std::filesystem::path templateFolder;
+    platform::Value groupFile;  ///< the content of a group file
+    /// Scene files that somebody has read already, by their path.
+    std::map<std::string, platform::Value> sceneFiles;
     /// Scene entries in the form of the scene-group file. Where the template lists none: its own scene, under
     /// an identifier that starts with a character that no key holds.
     platform::Value::Array entries;
@@ -38,6 +44,8 @@ struct Playable {
     std::set<std::string> identifiers() const;
     /// The scenes that the entries name, transition scenes included; unknown numbers are left out.
     std::vector<SceneConfigData> scenes() const;
+    /// The content of a scene file. Throws platform::Error(Template) when it cannot be read.
+    platform::Value sceneFile(const std::string& path) const;
 };
 
 /// Finds what `argument` names: a path (a template's folder, its NAME.plist, a zip, a scene-group file), else

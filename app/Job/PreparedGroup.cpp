@@ -4,7 +4,7 @@
 #include <cstdio>
 
 #include "app/Job/JobFormat.h"
-#include "app/Job/Preflight.h"
+#include "app/Job/JobJudgement.h"
 #include "app/Job/UserValues.h"
 #include "other/QVMultiSceneGropPlistFileManager.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
@@ -13,7 +13,6 @@
 #include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
-#include "videoRenderCore/SceneValidation.h"
 
 namespace multiscene {
 
@@ -23,6 +22,8 @@ using platform::FileGate;
 using platform::Value;
 
 namespace {
+
+using Notes = std::vector<std::string>;
 
 constexpr const char* kGroupName = "sceneGroup.plist";
 
@@ -39,19 +40,6 @@ Value groupOf(const Playable& playable, const Value::Dictionary& userMediaMap) {
     return Value::Dictionary{{"scene", Value(playable.entries)},
                              {"userMediaMap", map},
                              {"sceneGroupFpsTotal", totalFpsOfSceneGroup(playable.entries, map)}};
-}
-
-/// Faults of the group are blamed on the file in which the author wrote it.
-void validate(const PreparedGroup& prepared) {
-    const Playable& playable = prepared.playable;
-    try {
-        SceneValidation::requirePlayable(prepared.group, playable.file.string(), *playable.catalogue);
-    } catch (const Error& error) {
-        if (playable.isGroupFile || !error.key().starts_with("scene[")) throw;
-        throw Error(error.kind(), error.message(), error.file(),
-                    "installScenes[0].wechartTempletInfo.sceneGroup" + error.key().substr(5));
-    }
-    requireUsableFiles(playable);
 }
 
 void requireWithin(const MusicSettings& settings, const platform::AudioFile& music, const std::string& path) {
@@ -72,12 +60,12 @@ std::string userMusic(const std::string& path, const MusicSettings& settings) {
     return std::filesystem::absolute(path).lexically_normal().string();
 }
 
-std::string templateMusic(PreparedGroup& prepared, const MusicSettings& settings) {
+std::string templateMusic(PreparedGroup& prepared, const MusicSettings& settings, Notes& notes) {
     const std::string& path = prepared.playable.musicPath;
     if (path.empty()) return {};
     FileGate::Opened opened = FileGate::shared().open(path);
     if (opened.verdict == FileGate::Verdict::Missing) {
-        prepared.notes.push_back("the template's music is missing: " + path);
+        notes.push_back("the template's music is missing: " + path);
         return {};
     }
     if (opened.verdict != FileGate::Verdict::Allowed)
@@ -86,8 +74,8 @@ std::string templateMusic(PreparedGroup& prepared, const MusicSettings& settings
     return path;
 }
 
-std::string musicOf(const RenderRequest& request, PreparedGroup& prepared) {
-    if (!request.music) return templateMusic(prepared, request.musicSettings);
+std::string musicOf(const RenderRequest& request, PreparedGroup& prepared, Notes& notes) {
+    if (!request.music) return templateMusic(prepared, request.musicSettings, notes);
     return *request.music == "none" ? std::string() : userMusic(*request.music, request.musicSettings);
 }
 
@@ -100,34 +88,51 @@ void shareFolders(const PreparedGroup& prepared, const JobFolder& job) {
     settings.setCurrentSceneGroupUserResourcePathFloder(folder.string() + "/");
 }
 
-void addNotes(PreparedGroup& prepared, const RenderRequest& request) {
+void addNotes(const PreparedGroup& prepared, const RenderRequest& request, Notes& notes) {
     if (prepared.musicPath.empty() && request.musicSettings != MusicSettings())
-        prepared.notes.push_back("there is no music whose volume, start or fade could be set");
+        notes.push_back("there is no music whose volume, start or fade could be set");
     const std::string shape = shapeNote(request, prepared.playable, prepared.format);
-    if (!shape.empty()) prepared.notes.push_back(shape);
+    if (!shape.empty()) notes.push_back(shape);
     const std::string speed = speedNote(prepared.format, prepared.playable, prepared.totalFrames);
-    if (!speed.empty()) prepared.notes.push_back(speed);
+    if (!speed.empty()) notes.push_back(speed);
+}
+
+/// Tells what the user should know before it starts; who is strict wants none of it.
+void tellNotes(const Notes& notes, const RenderRequest& request, JobObserver& observer) {
+    for (const std::string& note : notes) {
+        if (request.isStrict) throw Error(ErrorKind::Input, note);
+        observer.jobNote(note);
+    }
+}
+
+void requireInputs(const std::vector<std::string>& missing) {
+    if (!missing.empty()) throw Error(ErrorKind::Input, "is not given", "", missing.front());
 }
 
 }  // namespace
 
-PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, const std::stop_token& stop) {
+PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, JobObserver& observer,
+                           const std::stop_token& stop) {
+    if (request.isStrict && request.isForced)
+        throw Error(ErrorKind::Usage, "one of --strict and --force, not both", "", "--strict");
     PreparedGroup prepared;
     prepared.playable = open(request, job);
     SceneCatalogue::setShared(prepared.playable.catalogue);
+    judgeAloud(prepared.playable, request, observer);
     prepared.format = formatOf(request, prepared.playable);
     prepared.layout = layoutOf(request, prepared.playable, prepared.format);
     UserValues values = collectUserValues(request.inputs, prepared.playable, job, prepared.format, stop);
     prepared.missingInputs = std::move(values.missing);
-    prepared.notes = std::move(values.notes);
+    if (request.isStrict) requireInputs(prepared.missingInputs);
     prepared.group = groupOf(prepared.playable, values.map);
     prepared.totalFrames = prepared.group.integer("sceneGroupFpsTotal");
     prepared.groupFile = job.file(kGroupName);
     shareFolders(prepared, job);
-    validate(prepared);
-    prepared.musicPath = musicOf(request, prepared);
+    Notes notes = std::move(values.notes);
+    prepared.musicPath = musicOf(request, prepared, notes);
     QVMultiSceneRenderShareSettings::shared().setBgAudioPath(prepared.musicPath);
-    addNotes(prepared, request);
+    addNotes(prepared, request, notes);
+    tellNotes(notes, request, observer);
     platform::writePropertyList(prepared.groupFile, prepared.group);
     return prepared;
 }

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/Job/JobFolder.h"
+#include "app/Job/JobObserver.h"
 #include "app/Job/Playable.h"
 #include "app/Job/RenderRequest.h"
 
@@ -22,13 +23,14 @@ struct PreparedGroup {
     int64_t totalFrames = 0;                 ///< as the catalogue says; below 1 when it does not
     std::string musicPath;                   ///< empty: no music
     std::vector<std::string> missingInputs;  ///< keys that the user did not give
-    std::vector<std::string> notes;          ///< what the user should know before it starts
 
     double seconds(int64_t frames) const { return static_cast<double>(frames) / format.framesPerSecond; }
 };
 
-/// Opens the source, takes in the user's values, writes the scene-group file and validates all of it. Sets
-/// the process up for this one group: gate, scene folder, catalogue, group folders. Throws platform::Error.
-PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, const std::stop_token& stop);
+/// Opens the source, judges it, takes in the user's values and writes the scene-group file; tells the
+/// observer what the user should know before it starts. Sets the process up for this one group: gate, scene
+/// folder, catalogue, group folders. Throws platform::Error.
+PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, JobObserver& observer,
+                           const std::stop_token& stop);
 
 }  // namespace multiscene

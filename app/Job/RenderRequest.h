@@ -27,6 +27,9 @@ struct RenderRequest {
     std::optional<int> framesPerSecond;  ///< none: the template's
     std::optional<std::string> music;    ///< a file, or "none"; nothing: the template's
     MusicSettings musicSettings;
+    bool isStrict = false;  ///< what would only be noted is refused
+    bool isForced = false;  ///< goes on in spite of errors of the template
+    bool isJudged = false;  ///< the template has been judged before, aloud
 };
 
 }  // namespace multiscene

@@ -27,6 +27,7 @@ struct PlayedFromItsFolder {
 
 void playSample(RenderRequest& request, const TemplateFolder& folder) {
     request.source = folder.folder.string();
+    request.isJudged = true;
     std::error_code ignored;
     if (fs::exists(folder.folder / kInputs, ignored)) request.inputs.mediaFile = folder.folder / kInputs;
 }

@@ -11,8 +11,7 @@ JobSummary traceFrames(const TraceRequest& request, const std::function<void(con
                        JobObserver& observer, std::stop_token stop) {
     const double start = platform::monotonicSeconds();
     const JobFolder job;
-    const PreparedGroup group = prepareGroup(request, job, stop);
-    for (const std::string& note : group.notes) observer.jobNote(note);
+    const PreparedGroup group = prepareGroup(request, job, observer, stop);
 
     std::shared_ptr<FrameSink> sink;
     if (request.draws) sink = std::make_shared<PictureSink>(group.layout, [](const PictureSink::Picture&) {});

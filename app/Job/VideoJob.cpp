@@ -86,8 +86,7 @@ JobSummary makeVideo(const VideoRequest& request, JobObserver& observer, std::st
     const double start = platform::monotonicSeconds();
     const OutputFile output(request.output);
     const JobFolder job;
-    const PreparedGroup group = prepareGroup(request, job, stop);
-    for (const std::string& note : group.notes) observer.jobNote(note);
+    const PreparedGroup group = prepareGroup(request, job, observer, stop);
 
     const auto exporter = makeExporter(request, group, job);
     const auto end = std::make_shared<ExportEnd>();

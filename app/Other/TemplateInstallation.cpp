@@ -4,6 +4,7 @@
 #include <set>
 
 #include "app/Other/FolderSwap.h"
+#include "app/Other/TemplateArchive.h"
 #include "app/Other/TemplateLocks.h"
 #include "other/QVUtil.h"
 #include "platform/archive/ZipArchive.h"
@@ -160,6 +161,7 @@ InstallResult TemplateInstallation::judged(const TemplateFolder& folder) {
 
 InstallResult TemplateInstallation::install(const fs::path& archivePath) {
     platform::ZipArchive archive(archivePath, ErrorKind::Template, options_.limits);
+    onlyFolderOf(archive, archivePath.string());
     const std::string plist = name_ + "/" + name_ + ".plist";
     const auto& entries = archive.entries();
     if (std::none_of(entries.begin(), entries.end(), [&](const auto& entry) { return entry.name == plist; }))

@@ -232,7 +232,8 @@ def cube():
     landing = scene.path(30006, ((0, 0), (0.3, 1.9), (0.6, 0.6), (0.85, 1.1), (1, 1)), 200)
     spinning = scene.group(scene.span(0, LAST), parts, "turning", MutableTransformArray=turn)
     return scene.group(scene.span(0, LAST, 100), [spinning], "cube", BezierArray=[landing], TransformArray=rise.items(),
-                       MutableTransformArray=scene.swing("translate", 61, LAST, 29, (0, 0, 0), (0, 26, 0)))
+                       MutableTransformArray=scene.swing("translate", 61, LAST, 29, (0, 0, 0), (0, 26, 0)),
+                       ComponentsInfo=[scene.sound("res/rise.mp3", 0, 60, "rise", 0.5)])
 
 
 def comets():
@@ -272,8 +273,7 @@ def texts():
     under = scene.path(30002, ((1250, -420), (420, 160), (-260, -480), (0, -258)), 200)
     second = scene.faded(neon("subtitle", 52, 900, 110, "#04101f", "Noto Sans Bold"), scene.box(760, 93, 1), scene.span(48, LAST, 10),
                          "subtitle", [scene.fade(48, 64, 0, 1)], BezierArray=[under],
-                         TransformArray=scene.Motion(48, (1250, -420, -FAR)).along(104, 30002, (0, -258, -FAR), scene.CUBIC_OUT).items(),
-                         ComponentsInfo=[scene.sound("res/rise.mp3", 0, 60, "rise", 0.5)])
+                         TransformArray=scene.Motion(48, (1250, -420, -FAR)).along(104, 30002, (0, -258, -FAR), scene.CUBIC_OUT).items())
     return [title, second]
 
 

@@ -51,12 +51,13 @@ TEST_F(Validation, JudgesAGroupWithItsTransitionsAndEachFileOnce) {
     std::filesystem::remove(folder_ / "scene3.plist");
     play(1, testing::transition(7, 2, 0));
     play(2, testing::transition(8, 2, 2));  // of a type that builds none
+    play(1, testing::transition(0, 2, 0));  // to no scene
     play(2);
     play(3);
     play(4);
     const auto problems = groupProblems();
     EXPECT_EQ(keysOf(problems), (Keys{"scene[0].sceneTansitionsInfo.tansitionsSceneId", "TimeSource", "",
-                                      "scene[4].mainSceneId"}));
+                                      "scene[5].mainSceneId"}));
     EXPECT_EQ(problems[1].file(), (folder_ / "scene2.plist").string());
     EXPECT_EQ(problems[2].file(), (folder_ / "scene3.plist").string());
     for (const auto& problem : problems) EXPECT_EQ(problem.kind(), platform::ErrorKind::Template);

@@ -3,6 +3,12 @@
 #include <fstream>
 #include <functional>
 
+#include "app/Job/PreparedGroup.h"
+#include "platform/archive/ZipWriter.h"
+#include "platform/base/Paths.h"
+#include "platform/base/PropertyList.h"
+#include "platform/crypto/Cipher.h"
+#include "platform/image/ImageWriter.h"
 #include "tests/program/ProgramTest.h"
 
 namespace multiscene::test {
@@ -378,6 +384,186 @@ std::vector<Fault> faults() {
     };
 }
 
+constexpr const char* kTrackKey = "object3D[1].TrackInfo.trackFliePath";
+constexpr const char* kCopyingShader =
+    "uniform sampler2D videoFrame; void main() { gl_FragColor = texture2D(videoFrame, vec2(0.5)); }";
+
+std::function<void(SmallTemplate&)> mask(const Value::Dictionary& info) {
+    return [info](SmallTemplate& small) {
+        nodeWith("type", "QVQuadMaskObject3D")(small);
+        nodeWith("MaskInfo", info)(small);
+    };
+}
+
+/// A track of one frame, changed and stored without the judgement of "encrypt-track".
+std::function<void(SmallTemplate&)> track(const std::string& right, const std::string& wrong) {
+    return [=](SmallTemplate& small) {
+        nodeWith("type", "QVQuadTrackObject3D")(small);
+        nodeWith("TrackInfo", Value::Dictionary{{"trackFliePath", "$(currentScenePlistROOT)/t.xml"}})(small);
+        std::string plain = "<CornerPinInfoDoc><Object><Frame";
+        for (const std::string corner : {"topleft", "topright", "bottomleft", "bottomright"})
+            plain += " " + corner + "x=\"0.5\" " + corner + "y=\"0.5\"";
+        plain += "/></Object></CornerPinInfoDoc>";
+        plain.replace(plain.find(right), right.size(), wrong);
+        small.more = [plain](const fs::path& at) {
+            const auto key = platform::cipherKeyFromText("multiscene corner-pin tracks, 1");
+            const auto stored = platform::encryptAES256({plain.begin(), plain.end()}, key);
+            std::ofstream(at / "t.xml")
+                .write(reinterpret_cast<const char*>(stored.data()),
+                       static_cast<std::streamsize>(stored.size()));
+        };
+    };
+}
+
+std::function<void(SmallTemplate&)> curve(int samples, const Value::Array& points) {
+    return nodeWith("BezierArray", Value::Array{Value::Dictionary{{"bezierIdentifier", "30001"},
+                                                                  {"interpolationTotal", samples},
+                                                                  {"interpolationXYZ", 21},
+                                                                  {"controlPoints", points}}});
+}
+
+Value overlapping() {
+    return Value::Dictionary{{"transformType", "translate"}, {"fpsStart", 0}, {"fpsEnd", 3}};
+}
+
+std::function<void(SmallTemplate&)> placedAt(const std::string& place) {
+    return nodeWith("TransformArray", Value::Array{frames(0, 5).with("startTranslate", place)});
+}
+
+/// A film of 6 pictures at `rate`, played by the picture or the mask of a node at `playedAt`.
+std::function<void(SmallTemplate&)> film(const std::string& where, int rate, int playedAt) {
+    return [=](SmallTemplate& small) {
+        const Value::Dictionary info{{"textureType", "mp4Video"},
+                                     {"texture", "$(currentScenePlistROOT)/film.mp4"},
+                                     {"videoFps", playedAt}};
+        if (where == "MaskInfo")
+            mask(info)(small);
+        else
+            texture(info)(small);
+        small.more = [rate](const fs::path& at) { writeVideo(at / "film.mp4", 6, rate); };
+    };
+}
+
+std::function<void(SmallTemplate&)> soundAt(int start) {
+    return [start](SmallTemplate& small) {
+        nodeWith("FpsInfo", range(2, 4))(small);
+        nodeWith("ComponentsInfo",
+                 Value::Array{Value::Dictionary{{"type", "QVObject3DSoundSourceComponent"},
+                                                {"startFps", start},
+                                                {"endFps", 5},
+                                                {"audioVolume", 1},
+                                                {"audioFilePath", "$(currentScenePlistROOT)/s.wav"}}})(small);
+        small.more = [](const fs::path& at) { writeSound(at / "s.wav", 0.2); };
+    };
+}
+
+/// Faults that once were drawn wrongly without a word.
+std::vector<Fault> silentFaults() {
+    return {
+        {"MaskThatNobodyDraws", "object3D[1].MaskInfo.textureMapKey", "\"card\"",
+         mask({{"textureType", "RTTTexture"}, {"textureMapKey", "card"}})},
+        {"MaskOfASceneOutsideATransition", "object3D[1].MaskInfo.textureType", "transition scene",
+         mask({{"textureType", "currentSceneRenderTexture"}})},
+        {"TrackWithAMisspeltCorner", kTrackKey, "has no \"topleftx\"", track("topleftx=", "toplefx=")},
+        {"TrackWithADecimalComma", kTrackKey, "\"toprighty\" is \"0,5\"",
+         track("toprighty=\"0.5\"", "toprighty=\"0,5\"")},
+        {"TrackWithoutANumber", kTrackKey, "\"bottomleftx\" is \"nan\"",
+         track("bottomleftx=\"0.5\"", "bottomleftx=\"nan\"")},
+        {"TrackWithAnEmptyCorner", kTrackKey, "\"bottomrighty\" is \"\"",
+         track("bottomrighty=\"0.5\"", "bottomrighty=\"\"")},
+        {"VariableThatIsNotListed", "Uniforms", "\"speed\"",
+         shader("uniform mediump float speed; void main() { gl_FragColor = vec4(speed); }")},
+        {"PictureThatIsNotTheFirst", "Uniforms", "\"second\"",
+         shader("uniform sampler2D second; void main() { gl_FragColor = texture2D(second, vec2(0.5)); }")},
+        {"ShaderThatDarkensEdges", "object3D[1].FpsInfo.customShaderPath", "soft edges become dark",
+         [](SmallTemplate& small) {
+             shader(kCopyingShader)(small);
+             texture({{"textureType", "text2d"}, {"textString", "title"}})(small);
+         }},
+        {"ShaderThatDarkensAPicture", "object3D[1].FpsInfo.customShaderPath", "soft edges become dark",
+         [](SmallTemplate& small) {
+             shader(kCopyingShader)(small);
+             image("$(currentScenePlistROOT)/soft.png")(small);
+             small.more = [](const fs::path& at) {
+                 platform::writePng(at / "soft.png", platform::Bitmap(16, 16));
+             };
+         }},
+        {"NoSuchEase", "object3D[1].TransformArray[0].translateEase", "no ease 99",
+         nodeWith("TransformArray", Value::Array{frames(0, 3).with("translateEase", 99)})},
+        {"NoSuchEaseOfAKey", "object3D[1].AnimationInfo[0].ease", "no ease 31",
+         nodeWith("AnimationInfo", Value::Array{frames(0, 3).with("ease", 31)})},
+        {"NoSuchEaseOfAMotion", "object3D[1].MutableTransformArray[0].iTranslate", "no ease 29999",
+         nodeWith("MutableTransformArray", Value::Array{overlapping().with("iTranslate", 29999)})},
+        {"NoSuchEaseOfTheCamera", "Camera.LookAtAnimation[0].moveTargetPointEase", "no ease 40",
+         [](SmallTemplate& small) {
+             small.camera["LookAtAnimation"] =
+                 Value::Array{frames(0, 3).with("isMoveTargetPoint", 1).with("moveTargetPointEase", 40)};
+         }},
+        {"TextureOnACurve", "object3D[1].TransformArray[0].rotateEase", "a texture follows no curve",
+         [](SmallTemplate& small) {
+             curve(10, {"0,0", "1,1"})(small);
+             nodeWith("TransformArray", Value::Array{frames(0, 3)
+                                                         .with("rotateEase", 30001)
+                                                         .with("startTextureSize", "1,1")
+                                                         .with("endTextureSize", "2,2")})(small);
+         }},
+        {"EndlessCurve", "object3D[1].BezierArray[0].controlPoints[1]", "\"inf,1\" is no point",
+         curve(10, {"0,0", "inf,1"})},
+        {"CurveWithoutANumber", "object3D[1].BezierArray[0].controlPoints[0]", "\"nan,nan\" is no point",
+         curve(10, {"nan,nan", "1,1"})},
+        {"CurveThatTakesSeconds", "object3D[1].BezierArray[0]", "too long to work out",
+         curve(100'000, Value::Array(100, "1,1"))},
+        {"PlaceWithoutANumber", "object3D[1].TransformArray[0].startTranslate", "text of 3 numbers",
+         nodeWith("TransformArray", Value::Array{frames(0, 3).with("startTranslate", "nan,0,0")})},
+        {"EndlessNumber", "object3D[1].QuadInfo.modelWidth", "\"inf\", not a number",
+         nodeWith("QuadInfo", Value::Dictionary{{"modelWidth", "inf"}, {"modelHeight", 3}})},
+        {"BeforeTheCamera", "object3D[1]", "the camera sees z from -2500 to 1000", placedAt("0,0,1100")},
+        {"BeyondTheCamera", "object3D[1]", "lies at z -2600", placedAt("0,0,-2600")},
+        {"MovesBeyondTheCamera", "object3D[1]", "lies at z -2600",
+         nodeWith("TransformArray",
+                  Value::Array{
+                      frames(0, 5).with("startTranslate", "0,0,-2600").with("endTranslate", "9,0,-3000")})},
+        {"ChildBeyondTheCamera", "object3D[1].childNode[0]", "lies at z -2600",
+         node([](Value::Dictionary& dictionary) {
+             const auto at = [](const char* place) {
+                 return Value::Array{frames(0, 5).with("startTranslate", place)};
+             };
+             Value::Dictionary child = quad("child", "photo");
+             child["TransformArray"] = at("0,0,-1300");
+             dictionary["TransformArray"] = at("0,0,-1300");
+             dictionary["childNode"] = Value::Array{child};
+         })},
+        {"AtTheEyeOfAPerspective", "object3D[1]", "the camera sees z from -2500 to -1",
+         [](SmallTemplate& small) {
+             small.camera = {{"type", "QVFrustumCamera"}, {"FrustumFov", 60}};
+         }},
+        {"AtTheEyeOfItsOwnCamera", "object3D[1]", "the camera sees z from -2500 to -1",
+         nodeWith("CameraInfo", Value::Dictionary{{"type", "QVFrustumCamera"}, {"FrustumFov", 60}})},
+        {"BoxBeforeTheCamera", "object3D[1]", "lies at z 1050",
+         [](SmallTemplate& small) {
+             nodeWith("type", "QVCubeObject3D")(small);
+             nodeWith(
+                 "MeshInfo",
+                 Value::Dictionary{
+                     {"modelWidth", 9}, {"modelHeight", 9}, {"modelDepth", 100}, {"anchorZ", 1100}})(small);
+             node([](Value::Dictionary& dictionary) { dictionary.erase("QuadInfo"); })(small);
+         }},
+        {"FilmOfAnotherRate", "object3D[1].TextureInfo.videoFps", "but the template has 10",
+         film("TextureInfo", 5, 5)},
+        {"FilmPlayedAtAnotherRate", "object3D[1].TextureInfo.texture", "has 5 frames a second",
+         film("TextureInfo", 5, 10)},
+        {"MaskFilmOfAnotherRate", "object3D[1].MaskInfo.videoFps", "but the template has 10",
+         film("MaskInfo", 5, 5)},
+        {"MaskFilmThatIsNone", "object3D[1].MaskInfo.texture", "red.png",
+         mask({{"textureType", "mp4Video"},
+               {"texture", "$(currentScenePlistROOT)/red.png"},
+               {"videoFps", 10}})},
+        {"SoundBeforeItsNode", "object3D[1].ComponentsInfo[0].startFps", "only there from frame 2",
+         soundAt(1)},
+        {"SoundAfterItsNode", "object3D[1].ComponentsInfo[0].startFps", "only there to frame 4", soundAt(5)},
+    };
+}
+
 class CheckTest : public ::testing::TestWithParam<Fault> {
   protected:
     TemporaryFolder folder;
@@ -397,6 +583,51 @@ TEST_P(CheckTest, NamesPlaceFaultAndRemedy) {
     });
     EXPECT_TRUE(isNamed) << all;
 }
+
+/// What a job hears before it draws.
+class Listener : public JobObserver {
+  public:
+    void jobFinding(const Finding& finding) override { heard.push_back(finding); }
+    Findings heard;
+};
+
+/// The judgement of a job, as findings; what it threw comes last.
+Findings judgedByAJob(const fs::path& path, bool& wasThrown) {
+    RenderRequest request;
+    request.source = path;
+    Listener listener;
+    try {
+        prepareGroup(request, JobFolder(), listener, {});
+    } catch (const platform::Error& error) {
+        wasThrown = true;
+        EXPECT_EQ(error.kind(), platform::ErrorKind::Template);
+        listener.heard.push_back({Severity::Error, error.file(), error.key(), error.message(), {}});
+    }
+    return listener.heard;
+}
+
+std::vector<std::string> sentencesOf(const Findings& findings) {
+    std::vector<std::string> sentences;
+    for (const Finding& finding : findings) sentences.push_back(describe(finding));
+    return sentences;
+}
+
+TEST_P(CheckTest, AJobSaysTheSameBeforeItDraws) {
+    platform::setDataHome(folder.path() / "home");
+    SmallTemplate small;
+    GetParam().make(small);
+    const fs::path path = small.write(folder.path());
+    const Findings checked = checkPath(path);
+    bool wasThrown = false;
+    const Findings judged = judgedByAJob(path, wasThrown);
+    EXPECT_EQ(wasThrown, std::any_of(checked.begin(), checked.end(), [](const Finding& finding) {
+                  return finding.severity == Severity::Error;
+              }));
+    EXPECT_THAT(sentencesOf(judged), ::testing::UnorderedElementsAreArray(sentencesOf(checked)));
+}
+
+INSTANTIATE_TEST_SUITE_P(Silent, CheckTest, ::testing::ValuesIn(silentFaults()),
+                         [](const auto& fault) { return std::string(fault.param.name); });
 
 INSTANTIATE_TEST_SUITE_P(All, CheckTest, ::testing::ValuesIn(faults()),
                          [](const auto& fault) { return std::string(fault.param.name); });
@@ -439,6 +670,149 @@ TEST_F(CheckProgramTest, ExitCodeTellsWhetherAnythingIsWrong) {
     ASSERT_EQ(faulty.jsonLines().size(), 2u);
     EXPECT_EQ(faulty.jsonLines()[0].string("key"), "installScenes[0].fpsLength");
     EXPECT_EQ(faulty.jsonLines()[1].integer("errors"), 1);
+}
+
+TEST_F(CheckProgramTest, WarningsAloneAreForTheAuthorToJudge) {
+    SmallTemplate small;
+    nodeWith("childNode", Value::Array{childStartingAt(0)})(small);
+    nodeWith("FpsInfo", range(2, 5))(small);  // a child that starts before its parent
+    const fs::path path = small.write(folder.path());
+    const auto answer = [&](std::vector<std::string> words) {
+        const Result result = multiscene(std::move(words));
+        EXPECT_THAT(result.output + result.errors, HasSubstr("before its parent"));
+        return result.exitCode;
+    };
+    const std::string pictures = folder.file("pictures");
+    EXPECT_EQ(answer({"check", path}), 0);
+    EXPECT_EQ(answer({"check", path, "--strict"}), 3);
+    EXPECT_EQ(answer({"frames", path, "--at", "0", "-o", pictures}), 0);
+    EXPECT_EQ(answer({"trace", path, "--at", "0"}), 0);
+    EXPECT_EQ(answer({"frames", path, "--at", "0", "-o", pictures, "--strict"}), 3);
+}
+
+TEST_F(CheckProgramTest, StrictJobsRefuseWhatWouldBeNoted) {
+    const fs::path path = SmallTemplate().write(folder.path());
+    std::vector<std::string> words{"frames",   path,     "--at",    "0", "-o", folder.file("pictures"),
+                                   "--strict", "--text", "title=Hi"};
+    const Result missing = multiscene(words);
+    EXPECT_EQ(missing.exitCode, 4);
+    EXPECT_THAT(missing.errors, HasSubstr("photo: is not given"));
+    writePicture(folder.path() / "me.png", 0x00ff00);
+    words.insert(words.end(), {"--photo", "photo=" + folder.file("me.png")});
+    EXPECT_EQ(multiscene(words).exitCode, 0);
+    words.insert(words.end(), {"--fps", "20"});
+    EXPECT_EQ(multiscene(words).exitCode, 4) << "another rate changes the speed";
+    EXPECT_EQ(multiscene({"frames", path, "-o", folder.file("p"), "--strict", "--force"}).exitCode, 2);
+}
+
+TEST_F(CheckProgramTest, ForceGoesOnUnlessNothingCouldBePlayed) {
+    SmallTemplate small;
+    image("$(currentScenePlistROOT)/none.png")(small);
+    fs::path path = small.write(folder.path());
+    const auto frames = [&](std::vector<std::string> more) {
+        std::vector<std::string> words{"frames", path, "--at", "0", "-o", folder.file("pictures")};
+        words.insert(words.end(), more.begin(), more.end());
+        return multiscene(words);
+    };
+    const Result refused = frames({});
+    EXPECT_EQ(refused.exitCode, 3);
+    EXPECT_EQ(refused.errorLines().size(), 1u) << refused.errors;
+    EXPECT_THAT(refused.errors, HasSubstr("none.png\" does not exist"));
+    EXPECT_TRUE(fs::is_empty(folder.path() / "pictures"));
+    const Result forced = frames({"--force"});
+    EXPECT_EQ(forced.exitCode, 0) << forced.errors;
+    EXPECT_THAT(forced.output, HasSubstr("none.png\" does not exist"));
+
+    small.clock = {};
+    path = small.write(folder.path());
+    const Result endless = frames({"--force"});
+    EXPECT_EQ(endless.exitCode, 3);
+    EXPECT_THAT(endless.errors, HasSubstr("no clock"));
+}
+
+TEST_F(CheckProgramTest, ATransitionToNoSceneIsNone) {
+    for (const int sceneId : {0, -1}) {
+        SmallTemplate small;
+        const Value::Dictionary transition{
+            {"tansitionsSceneId", sceneId}, {"fpsTotal", 3}, {"sceneTansitionsType", 0}};
+        small.description["sceneGroup"] =
+            Value::Array{entry(7, "a").with("sceneTansitionsInfo", Value(transition)), entry(8, "b")};
+        small.moreRecords = {recordOf(8, "small", "scene.plist", SmallTemplate::frames)};
+        const fs::path path = small.write(folder.path());
+        const Result checked = multiscene({"check", path, "--strict"});
+        EXPECT_EQ(checked.exitCode, 0) << checked.output;
+        const Result traced = multiscene({"trace", path});
+        EXPECT_EQ(traced.exitCode, 0) << traced.errors;
+        const auto lines = traced.jsonLines();
+        ASSERT_EQ(lines.size(), 12u) << "both scenes whole, one after the other";
+        for (const Value& line : lines) EXPECT_EQ(line.array("scenes").size(), 1u);
+    }
+}
+
+TEST_F(CheckProgramTest, AnArchiveHoldsOneFolderAndNothingElse) {
+    const fs::path path = SmallTemplate().write(folder.path());
+    std::vector<platform::ZipSource> files;
+    for (const std::string name : {"small.plist", "scene.plist", "red.png"})
+        files.push_back({"small/" + name, path / name});
+    const std::string archive = folder.file("small.zip"), pictures = folder.file("pictures");
+    const std::vector<std::vector<std::string>> commands{{"check", archive},
+                                                         {"frames", archive, "--at", "0", "-o", pictures},
+                                                         {"make", archive, "-o", folder.file("out.mp4")},
+                                                         {"templates", "install", archive}};
+    for (const std::string beside : {"other/red.png", "readme.txt"}) {
+        std::vector<platform::ZipSource> more = files;
+        more.push_back({beside, path / "red.png"});
+        platform::writeZip(archive, more);
+        for (const auto& words : commands) {
+            const Result result = multiscene(words);
+            EXPECT_EQ(result.exitCode, 3) << words[0];
+            EXPECT_THAT(result.errors, HasSubstr("holds \"" + beside.substr(0, beside.find('/')) +
+                                                 "\" beside the folder \"small\""))
+                << words[0];
+        }
+    }
+    platform::writeZip(archive, files);
+    for (const auto& words : commands) EXPECT_EQ(multiscene(words).exitCode, 0) << words[0];
+}
+
+TEST_F(CheckProgramTest, AGroupFileIsJudgedAgainstTheCatalogueAsItIsPlayed) {
+    SmallTemplate small;
+    small.moreRecords = {recordOf(8, "small", "scene.plist", SmallTemplate::frames)};
+    const fs::path path = small.write(folder.path());
+    std::vector<platform::ZipSource> files;
+    for (const std::string name : {"small.plist", "scene.plist", "red.png"})
+        files.push_back({"small/" + name, path / name});
+    platform::writeZip(folder.file("small.zip"), files);
+    ASSERT_EQ(multiscene({"templates", "install", folder.file("small.zip")}).exitCode, 0);
+    fs::remove_all(path);
+    writePicture(folder.path() / "me.png", 0x00ff00);
+
+    const std::string group = folder.file("group.plist");
+    const auto write = [&](const Value::Array& entries, int frames) {
+        // Every value under its key and under key + identifier, as a job writes them.
+        platform::writePropertyList(
+            group, Value::Dictionary{{"scene", entries},
+                                     {"sceneGroupFpsTotal", frames},
+                                     {"userMediaMap", Value::Dictionary{{"title", "A"},
+                                                                        {"titlea", "A"},
+                                                                        {"titleb", "B"},
+                                                                        {"photo", folder.file("me.png")},
+                                                                        {"photoa", folder.file("me.png")}}}});
+    };
+    write({entry(7, "a"), entry(8, "b")}, 12);
+    const Result checked = multiscene({"check", group, "--strict"});
+    EXPECT_EQ(checked.exitCode, 0) << checked.output;
+    const std::vector<std::string> frames{"frames", group,  "--size", "64x96", "--fps",
+                                          "10",     "--at", "0",      "-o",    folder.file("pictures")};
+    EXPECT_EQ(multiscene(frames).exitCode, 0) << multiscene(frames).errors;
+
+    write({entry(7, "a", 9), entry(8, "b")}, 3);
+    for (const auto& words : {std::vector<std::string>{"check", group}, frames}) {
+        const Result faulty = multiscene(words);
+        EXPECT_EQ(faulty.exitCode, 3) << words[0];
+        EXPECT_THAT(faulty.output + faulty.errors,
+                    HasSubstr("the transition of 9 frames is longer than the 5 that the ending scene has"));
+    }
 }
 
 TEST_F(CheckProgramTest, BrokenSyntaxAndStrangeFilesAreFindings) {

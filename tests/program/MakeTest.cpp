@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 
 #include "app/Other/TemplateInstallation.h"
@@ -118,8 +119,8 @@ TEST_F(MakeTest, NamesWhatItLeftOutOnceAndCarriesOn) {
     shaded["FpsInfo"] = Value::Dictionary{{"customShaderPath", "$(currentScenePlistROOT)/own.plist"}};
     small.nodes.push_back(shaded);
     small.shaderSource = "no shader";
-    const Result result =
-        multiscene({"make", small.write(folder.path()), "--text", "title=Hi", "-o", output(), "--json"});
+    const Result result = multiscene(
+        {"make", small.write(folder.path()), "--text", "title=Hi", "-o", output(), "--json", "--force"});
     ASSERT_EQ(result.exitCode, 0) << result.errors;
     const Value done = result.jsonLines().back();
     ASSERT_EQ(done.string("event"), "done");

@@ -95,6 +95,7 @@ fs::path SmallTemplate::write(const fs::path& parent) const {
     platform::writePropertyList(folder / "scene.plist", scene());
     writePicture(folder / "red.png", 0xff0000);
     if (!shaderSource.empty()) writeShader(folder, shaderSource);
+    if (more) more(folder);
     return folder;
 }
 

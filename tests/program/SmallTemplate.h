@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <string>
 
 #include "platform/base/Value.h"
@@ -20,6 +21,9 @@ struct SmallTemplate {
     platform::Value::Array nodes;             ///< "object3D"
     platform::Value::Array moreRecords;
     std::string shaderSource;  ///< of the fragment shader of "own.plist"; empty: there is none
+
+    /// Called with the folder when everything else is written.
+    std::function<void(const std::filesystem::path&)> more;
 
     /// A red picture behind a photo ("photo", 1:1) and a text ("title", 5 characters in a line).
     SmallTemplate();

@@ -36,6 +36,7 @@ void playVideo(SmallTemplate& small) {
     small.clock = {{"type", "QVSingleVideoTimeSource"},
                    {"VideoInfo", Value::Dictionary{{"msaterVideoPath", "$(currentScenePlistROOT)/film.mp4"},
                                                    {"videoFps", 10}}},
+                   {"QuadInfo", Value::Dictionary{{"modelWidth", 64}, {"modelHeight", 96}}},
                    {"FpsInfo", Value::Dictionary{{"startFps", 0}, {"endFps", 5}}}};
 }
 

@@ -31,8 +31,9 @@ TimeSourceBase::TimeSourceBase(const TimeSourceContext& context)
 void TimeSourceBase::sceneTansitionsInit() {
     const platform::Value& info = context_.sceneTansitionsInfo;
     if (!info) return;
-    tansitionsType_ = renderTypeOfTransition(info.integer("sceneTansitionsType"));
     tansitionsSceneId_ = info.integer("tansitionsSceneId");
+    if (tansitionsSceneId_ >= 1)
+        tansitionsType_ = renderTypeOfTransition(info.integer("sceneTansitionsType"));
     tansitionsFpsTotal_ = info.integer("fpsTotal");
 }
 

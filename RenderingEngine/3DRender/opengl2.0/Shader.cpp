@@ -137,6 +137,24 @@ bool Shader::hasUniform(std::string_view name) const {
     return found != uniformHandles_.end() && found->second >= 0;
 }
 
+std::vector<std::string> Shader::activeUniforms() const {
+    std::vector<std::string> names;
+    GLint count = 0, longest = 0;
+    if (programHandle_ == 0) return names;
+    glGetProgramiv(programHandle_, GL_ACTIVE_UNIFORMS, &count);
+    glGetProgramiv(programHandle_, GL_ACTIVE_UNIFORM_MAX_LENGTH, &longest);
+    for (GLint index = 0; index < count; ++index) {
+        std::string name(static_cast<size_t>(longest), '\0');
+        GLsizei length = 0;
+        GLint size = 0;
+        GLenum type = 0;
+        glGetActiveUniform(programHandle_, static_cast<GLuint>(index), longest, &length, &size, &type,
+                           name.data());
+        names.emplace_back(name, 0, static_cast<size_t>(length));
+    }
+    return names;
+}
+
 void Shader::setUniform(std::string_view name, const UniformValue& value) {
     if (hasUniform(name)) value.write(uniformLocation(name));
 }

@@ -53,6 +53,9 @@ class Shader {
 
     /// The description lists the uniform and the linked program has it.
     bool hasUniform(std::string_view name) const;
+    /// What the linked program has, listed or not; elements of arrays and members of structures by their
+    /// whole names.
+    std::vector<std::string> activeUniforms() const;
     /// Sets a listed uniform of this program, which must be the current one; skips one that is not there.
     void setUniform(std::string_view name, const UniformValue& value);
     /// The same for a member of an array or structure, or any other name that is not listed.

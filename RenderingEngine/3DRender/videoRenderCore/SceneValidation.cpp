@@ -92,9 +92,9 @@ class GroupProblems {
         checkScene(entry.integer("mainSceneId"), key + ".mainSceneId");
         const Value& transition = entry["sceneTansitionsInfo"];
         const int64_t type = transition.integer("sceneTansitionsType");
-        if (transition.isDictionary() && (type == 0 || type == 1))
-            checkScene(transition.integer("tansitionsSceneId"),
-                       key + ".sceneTansitionsInfo.tansitionsSceneId");
+        const int64_t sceneId = transition.integer("tansitionsSceneId");
+        if (sceneId >= 1 && (type == 0 || type == 1))
+            checkScene(sceneId, key + ".sceneTansitionsInfo.tansitionsSceneId");
     }
 
     void checkScene(int64_t sceneId, const std::string& key) {

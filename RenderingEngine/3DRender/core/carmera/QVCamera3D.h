@@ -17,6 +17,9 @@ class QVCamera3D : public QVObject3DTransformBase {
   public:
     const char* className() const override { return "QVCamera3D"; }
 
+    /// Distances before the eye, in model units, between which a camera of a scene file sees.
+    static constexpr float defaultNear = 1, defaultFar = 2500, defaultOrthNear = -1000, defaultOrthFar = 2500;
+
     /// "QVOrthCamera" or "QVFrustumCamera"; any other type gives none. A camera without a usable aspect takes
     /// the scene's.
     static std::shared_ptr<QVCamera3D> cameraWithInfo(const platform::Value& info,
@@ -58,8 +61,8 @@ class QVCamera3D : public QVObject3DTransformBase {
     glm::mat4 perspective() const;
     glm::mat4 orthographic() const;
 
-    float fov_ = 0, near_ = 1, far_ = 2500, aspect_ = 1;
-    float OrthWidth_ = 2, OrthAspect_ = 1, OrthNear_ = -1000, OrthFar_ = 2500;
+    float fov_ = 0, near_ = defaultNear, far_ = defaultFar, aspect_ = 1;
+    float OrthWidth_ = 2, OrthAspect_ = 1, OrthNear_ = defaultOrthNear, OrthFar_ = defaultOrthFar;
     bool isPerspectiveCamera3D_ = true;
     glm::vec2 ppCenter_{0};
     glm::mat4 ppTransform_{1};

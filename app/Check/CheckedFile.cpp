@@ -1,0 +1,36 @@
+#include "app/Check/CheckedFile.h"
+
+#include "platform/base/FileGate.h"
+#include "platform/base/PropertyList.h"
+#include "platform/base/PropertyListFaults.h"
+
+namespace multiscene {
+
+using platform::FileGate;
+using platform::Value;
+
+Finding findingOf(const platform::Error& error, const std::string& file) {
+    return {Severity::Error, error.file().empty() ? file : error.file(), error.key(), error.message(), {}};
+}
+
+Value readDictionary(const std::string& file, Findings& findings) {
+    const FileGate::Opened opened = FileGate::shared().open(file);
+    if (opened.verdict != FileGate::Verdict::Allowed) {
+        findings.push_back({Severity::Error, file, "", platform::describe(opened.verdict), {}});
+        return {};
+    }
+    try {
+        const auto bytes = platform::readFile(opened.file, file, platform::PropertyListLimits().maxBytes);
+        const Value content = platform::parsePropertyList(bytes, file);
+        for (const platform::PropertyListFault& fault : platform::propertyListFaults(bytes))
+            findings.push_back(
+                {Severity::Error, file, "", "line " + std::to_string(fault.line) + ": " + fault.message, {}});
+        if (content.isDictionary()) return content;
+        findings.push_back({Severity::Error, file, "", "holds no dictionary", {}});
+    } catch (const platform::Error& error) {
+        findings.push_back(findingOf(error, file));
+    }
+    return {};
+}
+
+}  // namespace multiscene

@@ -1,0 +1,67 @@
+#include "app/Job/JobJudgement.h"
+
+#include <algorithm>
+
+#include "app/Check/CheckedFile.h"
+#include "app/Check/Judgement.h"
+#include "platform/base/Error.h"
+#include "videoRenderCore/SceneValidation.h"
+
+namespace multiscene {
+
+using platform::Error;
+using platform::ErrorKind;
+using platform::Value;
+
+namespace {
+
+Judgement judgementOf(const Playable& playable) {
+    if (playable.isGroupFile)
+        return judgeSceneGroup(playable.file.string(), playable.groupFile, playable.catalogue.get());
+    try {
+        return judgeTemplate(readTemplateFolder(playable.templateFolder), playable.catalogue.get());
+    } catch (const Error& error) {
+        return {{findingOf(error, playable.templateFolder.string())}, {}};
+    }
+}
+
+/// Whoever is told goes on reading; whoever is thrown at gets the same words.
+Error errorOf(const Finding& finding) {
+    const std::string remedy = finding.remedy.empty() ? "" : "; " + finding.remedy;
+    return {ErrorKind::Template, finding.message + remedy, finding.file, finding.keyPath};
+}
+
+void tell(const Findings& findings, const RenderRequest& request, JobObserver& observer) {
+    const auto ends = [&](const Finding& finding) {
+        return finding.severity == Severity::Error ? !request.isForced : request.isStrict;
+    };
+    const auto fatal = std::find_if(findings.begin(), findings.end(), ends);
+    for (auto finding = findings.begin(); finding != findings.end(); ++finding)
+        if (finding != fatal) observer.jobFinding(*finding);
+    if (fatal != findings.end()) throw errorOf(*fatal);
+}
+
+/// What even a forced job needs. Faults of the group are blamed on the file in which the author wrote it.
+void requirePlayable(const Playable& playable) {
+    const Value group(Value::Dictionary{{"scene", Value(playable.entries)}});
+    try {
+        SceneValidation::requirePlayable(group, playable.file.string(), *playable.catalogue);
+    } catch (const Error& error) {
+        if (playable.isGroupFile || !error.key().starts_with("scene[")) throw;
+        throw Error(error.kind(), error.message(), error.file(),
+                    "installScenes[0].wechartTempletInfo.sceneGroup" + error.key().substr(5));
+    }
+}
+
+}  // namespace
+
+void judgeAloud(Playable& playable, const RenderRequest& request, JobObserver& observer) {
+    if (!request.isJudged) {
+        Judgement judgement = judgementOf(playable);
+        tell(judgement.findings, request, observer);
+        playable.sceneFiles = std::move(judgement.scenes);
+    }
+    if (request.isJudged || request.isForced) requirePlayable(playable);
+}
+
+}  // namespace multiscene
