@@ -78,8 +78,8 @@ class NodeOwnedWalk : public DictionaryVisitor {
 
     /// The tween of a texture has no node, so it finds no curve.
     void judgeTexture(const Value& item, const std::string& keyPath) {
-        const bool moves = item.has("endTextureOrigin") || item.has("endTextureSize");
-        if (!moves || !isBezierEase(static_cast<int32_t>(item.integer("rotateEase")))) return;
+        const auto ease = static_cast<int32_t>(item.integer("rotateEase"));
+        if (!item.has("endTextureOrigin") || !isBezierEase(ease)) return;
         findings_.push_back({Severity::Warning, scene_.file, keyPath + ".rotateEase",
                              "a texture follows no curve: it moves evenly", "choose an ease below 30000"});
     }

@@ -504,6 +504,7 @@ std::vector<Fault> silentFaults() {
              curve(10, {"0,0", "1,1"})(small);
              nodeWith("TransformArray", Value::Array{frames(0, 3)
                                                          .with("rotateEase", 30001)
+                                                         .with("endTextureOrigin", "1,0")
                                                          .with("startTextureSize", "1,1")
                                                          .with("endTextureSize", "2,2")})(small);
          }},
