@@ -170,7 +170,7 @@ TEST_F(MakeTest, MakesLettersInTheSceneSmallerWhereATextIsTooLong) {
     Value::Dictionary letters = small.nodes.back().dictionary();
     letters["type"] = "QVGLFont2DTextureFontObject3D";
     letters["TextureFontInfo"] = Value::Dictionary{
-        {"textString", "title"}, {"fontName", "DejaVu Sans"}, {"fontSize", 12}, {"textColor", "1,1,1"}};
+        {"textString", "title"}, {"fontName", "DejaVu Sans"}, {"fontSize", 12}, {"textColor", "1,1,1,1"}};
     letters.erase("TextureInfo");
     letters.erase("QuadInfo");
     small.nodes.back() = letters;
