@@ -255,7 +255,7 @@ def pinned(texture, depth, name):
 
 
 def words(key, size, width, height, y, first, tint):
-    motion = scene.Motion(first, (0, y - 40, 0), 0.9).to(first + 34, at=(0, y, 0), scale=1.0, ease=scene.BACK_OUT)
+    motion = scene.Motion(first, (0, y - 40, 0), 0.9).to(first + 34, at=(0, y, 0), scale=1.0)
     return scene.faded(scene.words(key, size, width, height, tint), scene.box(width, height, 1), scene.span(first, LAST, 20),
                        key, [scene.fade(first, first + 18, 0, 1)], TransformArray=motion.items())
 
@@ -279,7 +279,7 @@ def scene_file():
     return {"Camera": scene.orthographic(WIDTH, HEIGHT),
             "TimeSource": scene.video_clock("res/dusk.mp4", FRAMES, (WIDTH, HEIGHT), name="dusk"),
             "object3D": [pinned(scene.user_image("photo"), 60, "photo"), pinned(scene.image("res/cloth.png"), 50, "cloth"), *stars(),
-                         words("title", 84, 690, 130, 570, 20, "#fff3dc"), words("message", 42, 640, 120, -568, 44, "#6a2f55")]}
+                         words("title", 84, 640, 124, 560, 8, "#fff3dc"), words("message", 42, 620, 112, -570, 36, "#6a2f55")]}
 
 
 def music(template):

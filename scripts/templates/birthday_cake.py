@@ -289,7 +289,7 @@ def still_pvr(name, extension="pvr.gz"):
 
 
 CANDLES = ((-92, 0), (-46, 10), (0, 14), (46, 10), (92, 0))
-CAKE = (0, -330)
+CAKE = (0, -298)
 
 
 def scene_file():
@@ -302,10 +302,10 @@ def room():
     back = scene.quad(still_pvr("wall"), scene.box(WIDTH, HEIGHT), fps(300), "wall")
     board = scene.quad(still_pvr("table"), scene.box(WIDTH, 190, at=(0, -545, 0)), fps(290), "table")
     lights = scene.quad(scene.image("res/garland.png"), scene.box(760, 150), fps(200), "garland",
-                        TransformArray=scene.Motion(0, (0, 720, 0)).to(34, at=(0, 570, 0), ease=scene.BACK_OUT).items())
+                        TransformArray=scene.Motion(0, (0, 592, 0)).to(34, at=(0, 570, 0), ease=scene.BACK_OUT).items())
     haze = scene.node("QVQuadBlendObject3D", fps(285), "haze", TextureInfo=still_pvr("haze"),
                       QuadInfo=scene.box(1000, 1000, at=(0, 160, 0)), BlendInfo={"srcBlend": 770, "decBlend": 1},
-                      AnimationInfo=[scene.fade(0, 40, 0, 0.14)])
+                      AnimationInfo=[scene.fade(0, 40, 0.06, 0.14)])
     warm = scene.node("QVQuadBlendObject3D", scene.span(30, LAST, 280), "warm light", TextureInfo=still_pvr("glow"),
                       QuadInfo=scene.box(1100, 1100, at=(0, -140, 0)), BlendInfo={"srcBlend": 770, "decBlend": 1},
                       AnimationInfo=[scene.fade(30, 60, 0, 0.3), scene.fade(61, OUT - 1, 0.3, 0.34), scene.fade(OUT, OUT + 14, 0.34, 0.08)])
@@ -313,23 +313,23 @@ def room():
 
 
 def photo():
-    motion = scene.Motion(6, (0, 148, 0), 0.4).to(44, scale=1.0, ease=scene.BACK_OUT)
-    fps = scene.span(6, LAST)
-    parts = [scene.faded(scene.image("res/empty.png"), scene.box(400, 400), fps, "empty", [scene.fade(6, 20, 0, 1)]),
+    motion = scene.Motion(0, (0, 148, 0), 0.84).to(44, scale=1.0, ease=scene.BACK_OUT)
+    fps = scene.span(0, LAST)
+    parts = [scene.quad(scene.image("res/empty.png"), scene.box(400, 400), fps, "empty"),
              scene.node("QVQuadMaskObject3D", fps, "photo", TextureInfo=scene.user_image("photo"), QuadInfo=scene.box(349, 349),
                         MaskInfo=scene.image("res/disc.png"), AnimationInfo=[
-                            {"sartFps": 6, "endFps": 26, "ease": scene.SINE_OUT, "startMaskAlpha": 0.0, "endMaskAlpha": 1.0}]),
-             scene.faded(scene.image("res/rim.png"), scene.box(400, 400), fps, "rim", [scene.fade(6, 20, 0, 1)])]
-    return scene.group(scene.span(6, LAST, 150), parts, "photo frame", TransformArray=motion.items(),
+                            {"sartFps": 0, "endFps": 26, "ease": scene.SINE_OUT, "startMaskAlpha": 0.8, "endMaskAlpha": 1.0}]),
+             scene.quad(scene.image("res/rim.png"), scene.box(400, 400), fps, "rim")]
+    return scene.group(scene.span(0, LAST, 150), parts, "photo frame", TransformArray=motion.items(),
                        MutableTransformArray=scene.swing("translate", 45, LAST, 44, (0, 0, 0), (0, 12, 0)))
 
 
 def captions():
-    top = scene.faded(scene.words("title", 76, 700, 200, "#ffe2a6"), scene.box(560, 160, 1), scene.span(40, LAST, 20), "title",
-                      [scene.fade(40, 56, 0, 1)], TransformArray=scene.Motion(40, (0, 444, 0), 0.7).to(
+    top = scene.faded(scene.words("title", 61, 560, 146, "#ffe2a6"), scene.box(560, 146, 1), scene.span(40, LAST, 20), "title",
+                      [scene.fade(40, 56, 0, 1)], TransformArray=scene.Motion(40, (0, 446, 0), 0.7).to(
                           66, scale=1.0, ease=scene.BACK_OUT).items())
-    name = scene.faded(scene.words("name", 64, 420, 96, "#ffffff"), scene.box(420, 96, 1), scene.span(60, LAST, 20), "name",
-                       [scene.fade(60, 78, 0, 1)], TransformArray=scene.Motion(60, (0, -630, 0)).to(84, at=(0, -594, 0), ease=scene.BACK_OUT).items())
+    name = scene.faded(scene.words("name", 56, 400, 80, "#ffffff"), scene.box(400, 80, 1), scene.span(60, LAST, 20), "name",
+                       [scene.fade(60, 78, 0, 1)], TransformArray=scene.Motion(60, (0, -618, 0)).to(84, at=(0, -588, 0)).items())
     return [top, name]
 
 
@@ -342,7 +342,7 @@ def whole_cake():
         parts.append(scene.quad(scene.image("res/candle.png"), scene.box(36, 108, at=(x, 118 - low, 0)), fps, "candle"))
     for i, (x, low) in enumerate(CANDLES):
         parts += flames(i, x, 118 - low + 54)
-    return scene.group(scene.span(0, LAST, 100), parts, "whole cake", TransformArray=scene.Motion(0, (0, -1000, 0)).hold(11).to(
+    return scene.group(scene.span(0, LAST, 100), parts, "whole cake", TransformArray=scene.Motion(0, (0, -390, 0)).hold(7).to(
         44, at=(*CAKE, 0), ease=scene.BACK_OUT).items(),
         ComponentsInfo=[scene.sound("res/blow.mp3", OUT - 10, OUT + 20, "blow", 0.8)])
 
@@ -382,7 +382,8 @@ def stars():
 
 
 def twinkle(random, first):
-    spot = (random.uniform(-340, 340), random.uniform(-40, 540), 0)
+    # Beside the title and the photo, not behind them.
+    spot = (random.choice((-1, 1)) * random.uniform(215, 345), random.uniform(-40, 345), 0)
     size = random.uniform(24, 60)
     blink = scene.swing("scale", first, LAST, random.randint(10, 22), (0.2, 0.2, 1), (1, 1, 1))
     inner = scene.quad(still_pvr("star", "pvr"), scene.box(size, size), scene.span(first, LAST), "star", MutableTransformArray=blink)
@@ -400,7 +401,7 @@ def paper(random, i):
     x, size = random.uniform(-340, 340), random.uniform(30, 52)
     fall = scene.glide("translate", first, last, (x, 700, 0), (x + random.uniform(-120, 120), random.uniform(-400, 200), 0), scene.SINE_IN)
     return scene.quad(series("res/bit/bit", 0, 5, "pvr", random.choice((2, 3)), kind=2), scene.box(size, size),
-                      scene.span(first, last, 10), "paper", MutableTransformArray=[fall])
+                      scene.span(first, last, 160), "paper", MutableTransformArray=[fall])
 
 
 def music(template):

@@ -285,8 +285,8 @@ def scene_file():
     clock = {"type": "QVChromaKeyVideoBgObject",
              "VideoInfo": {"msaterVideoPath": scene.ROOT + "res/cat.mp4", "videoFps": 30}, "name": "cat",
              "ChromaKeyInfo": {"ChromaKeyColor": scene.vector(*paint.colour(GREEN)), "maxEclosion": 0.55},
-             "FpsInfo": scene.span(0, LAST, 40), "QuadInfo": scene.box(600, 800),
-             "TransformArray": scene.Motion(0, (0, -1120, 0)).hold(15).to(48, at=(0, -232, 0), ease=scene.BACK_OUT).items()}
+             "FpsInfo": scene.span(0, LAST, 40), "QuadInfo": scene.box(560, 747),
+             "TransformArray": scene.Motion(0, (0, -600, 0)).hold(11).to(40, at=(0, -262, 0)).to(52, at=(0, -272, 0), ease=scene.SINE_IN_OUT).items()}
     return {"Camera": scene.orthographic(WIDTH, HEIGHT), "TimeSource": clock,
             "object3D": [*stage(), photo(), *balloons(), *captions(), *burst()]}
 
@@ -296,11 +296,11 @@ def stage():
     back = scene.quad(scene.image("res/wall.png"), scene.box(WIDTH, HEIGHT), fps(300), "wall")
     shine = scene.node("QVQuadBlendObject3D", fps(290), "rays", TextureInfo=scene.image("res/rays.png"),
                        QuadInfo=scene.box(1700, 1700), BlendInfo={"srcBlend": 770, "decBlend": 1},
-                       AnimationInfo=[scene.fade(0, 40, 0, 0.32)],
-                       MutableTransformArray=[scene.glide("translate", 0, LAST, (0, 164, 0), (0, 164, 0)),
+                       AnimationInfo=[scene.fade(0, 40, 0.2, 0.32)],
+                       MutableTransformArray=[scene.glide("translate", 0, LAST, (0, 160, 0), (0, 160, 0)),
                                               scene.glide("rotate", 0, LAST, (0, 0, 0), (0, 0, 60))])
     flags = scene.quad(scene.image("res/bunting.png"), scene.box(760, 190), fps(100), "bunting",
-                       TransformArray=scene.Motion(0, (0, 760, 0)).to(30, at=(0, 586, 0), ease=scene.BOUNCE_OUT).items())
+                       TransformArray=scene.Motion(0, (0, 606, 0)).to(30, at=(0, 586, 0), ease=scene.BOUNCE_OUT).items())
     ground = scene.faded(scene.image("res/floor.png"), scene.box(560, 110), scene.span(24, LAST, 60), "shadow",
                          [scene.fade(24, 48, 0, 1)], TransformArray=scene.still(24, (0, -604, 0)))
     return [back, shine, *(spot(side) for side in (-1, 1)), flags, ground]
@@ -310,20 +310,21 @@ def spot(side):
     """A beam that swings about its upper end."""
     beam = scene.node("QVQuadBlendObject3D", scene.span(0, LAST), "beam", TextureInfo=scene.image("res/light.png"),
                       QuadInfo=scene.box(420, 1300, at=(0, -650, 0)), BlendInfo={"srcBlend": 770, "decBlend": 1},
-                      AnimationInfo=[scene.fade(0, 30, 0, 0.3)],
+                      AnimationInfo=[scene.fade(0, 30, 0.1, 0.3)],
                       MutableTransformArray=scene.swing("rotate", 0, LAST, 44, (0, 0, side * 8), (0, 0, side * 40)))
     return scene.group(scene.span(0, LAST, 200), [beam], TransformArray=scene.still(0, (side * 300, 690, 0)))
 
 
 def photo():
-    motion = scene.Motion(8, (0, 164, 0), 0.001, 90).to(48, scale=1.0, rotate=0, ease=scene.ELASTIC_OUT)
-    fps, size = scene.span(8, LAST), scene.box(430, 430)
+    # It is there from the first frame on, as many players stand on that one.
+    motion = scene.Motion(0, (0, 160, 0), 0.86, 12).hold(7).to(48, scale=1.0, rotate=0, ease=scene.ELASTIC_OUT)
+    fps, size = scene.span(0, LAST), scene.box(400, 400)
     blank = scene.quad(scene.image("res/empty.png"), size, fps, "empty")
     picture = scene.node("QVQuadMaskObject3D", fps, "photo", TextureInfo=scene.user_image("photo"), QuadInfo=size,
                          MaskInfo=scene.image("res/disc.png"))
-    rim = scene.quad(scene.image("res/ring.png"), scene.box(540, 540), fps, "ring",
-                     MutableTransformArray=[scene.glide("rotate", 8, LAST, (0, 0, 0), (0, 0, -70))])
-    return scene.group(scene.span(8, LAST, 120), [blank, picture, rim], "photo frame", TransformArray=motion.items(),
+    rim = scene.quad(scene.image("res/ring.png"), scene.box(502, 502), fps, "ring",
+                     MutableTransformArray=[scene.glide("rotate", 0, LAST, (0, 0, 0), (0, 0, -70))])
+    return scene.group(scene.span(0, LAST, 120), [blank, picture, rim], "photo frame", TransformArray=motion.items(),
                        ComponentsInfo=[scene.sound("res/pop.mp3", 10, 30, "pop", 0.6)])
 
 
@@ -342,14 +343,14 @@ def rising(x, kind, first):
 
 
 def captions():
-    title = scene.faded(scene.words("title", 92, 690, 130, "#ffffff"), scene.box(690, 130, 1), scene.span(52, LAST, 20), "title",
-                        [scene.fade(52, 60, 0, 1)], TransformArray=scene.Motion(52, (0, 456, 0), 2.2, -6).to(
+    title = scene.faded(scene.words("title", 92, 630, 124, "#ffffff"), scene.box(630, 124, 1), scene.span(52, LAST, 20), "title",
+                        [scene.fade(52, 60, 0, 1)], TransformArray=scene.Motion(52, (0, 450, 0), 1.5, -6).to(
                             74, scale=1.0, rotate=-3, ease=scene.BACK_OUT).items(),
                         ComponentsInfo=[scene.sound("res/horn.mp3", 54, 110, "horn", 0.5)])
     rise = lambda first, y: scene.Motion(first, (0, y - 200, 0)).to(first + 28, at=(0, y, 0), ease=scene.BACK_OUT).items()
     label = scene.quad(scene.image("res/plate.png"), scene.box(660, 110), scene.span(72, LAST, 30), "plate",
                        TransformArray=rise(72, -566))
-    message = scene.faded(scene.words("message", 38, 600, 70, "#ffffff", "Noto Sans"), scene.box(600, 70, 1),
+    message = scene.faded(scene.words("message", 38, 570, 60, "#ffffff", "Noto Sans"), scene.box(570, 60, 1),
                           scene.span(72, LAST, 20), "message", TransformArray=rise(72, -563))
     return [title, label, message]
 
@@ -370,7 +371,7 @@ def shot(random, i):
     moves = [scene.glide("translate", first, rise, (side * 380, -200, 0), top, scene.CUBIC_OUT),
              scene.glide("translate", rise + 1, last, top, fall, scene.SINE_IN),
              scene.glide("rotate", first, last, (0, 0, 0), spin)]
-    return scene.quad(scene.image(f"res/paper-{i % 3}.png"), scene.box(size, size), scene.span(first, last, 10), "paper",
+    return scene.quad(scene.image(f"res/paper-{i % 3}.png"), scene.box(size, size), scene.span(first, last, 125), "paper",
                       MutableTransformArray=moves)
 
 

@@ -137,7 +137,7 @@ def flares():
     for name, stops in PLACES.items():
         moves = [scene.glide("translate", first, last, stops[i], stops[i + 1], scene.SINE_IN_OUT)
                  for i, (first, last) in enumerate(LEGS)]
-        out.append(added(f"flare-{name}", 360, scene.span(0, LAST, 20), "lamp", [scene.fade(0, 20, 0, 0.9)], MutableTransformArray=moves))
+        out.append(added(f"flare-{name}", 360, scene.span(0, LAST, 20), "lamp", [scene.fade(0, 20, 0.6, 0.9)], MutableTransformArray=moves))
     return out
 
 
@@ -159,7 +159,7 @@ def camera():
     """Comes down from the ceiling, then goes past the stage with its eyes on it."""
     goal = world((0, 0, STAGE[2]))
     down = {"sartFps": 0, "endFps": 54, "ease": 0, "isRotateFromRightVector": True, "rotateFromRightVectorEase": scene.CUBIC_OUT,
-            "startRotateFromRightVector": 20.0, "endRotateFromRightVector": 0.0}
+            "startRotateFromRightVector": 3.0, "endRotateFromRightVector": 0.0}
 
     def ride(first, last, start, end):
         return {"sartFps": first, "endFps": last, "ease": 0, "isMoveCameraPosition": True,
@@ -228,7 +228,8 @@ def cube():
     parts = [mesh("QVCubeObject3D", scene.image("res/box.png"), (330, 330, 330), lit(0), "box", LightSourceArray=own),
              mesh("QVCubeObject3D", scene.user_image("photo"), (350, 350, 350), lit(0), "photo", LightSourceArray=own)]
     turn = [scene.glide("rotate", 0, LAST, (8, -30, 0), (14, 330, 0), scene.SINE_OUT)]
-    rise = scene.Motion(0, (STAGE[0], -900, STAGE[2])).hold(9).to(60, at=STAGE, ease=30006)
+    # In the first frame it stands on the floor already.
+    rise = scene.Motion(0, (STAGE[0], -150, STAGE[2])).hold(9).to(60, at=STAGE, ease=30006)
     landing = scene.path(30006, ((0, 0), (0.3, 1.9), (0.6, 0.6), (0.85, 1.1), (1, 1)), 200)
     spinning = scene.group(scene.span(0, LAST), parts, "turning", MutableTransformArray=turn)
     return scene.group(scene.span(0, LAST, 100), [spinning], "cube", BezierArray=[landing], TransformArray=rise.items(),
@@ -266,14 +267,14 @@ def neon(key, size, width, height, glow, font):
 
 def texts():
     """They swing in along paths of their own, one from each side."""
-    swing_in = scene.path(30001, ((-1250, 420), (-500, -260), (260, 560), (0, 250)), 200)
-    title = scene.faded(neon("title", 120, 900, 190, PINK, "Noto Serif Display Bold"), scene.box(860, 182, 1), scene.span(34, LAST, 10),
+    swing_in = scene.path(30001, ((-1250, 60), (-500, -160), (260, 330), (0, 250)), 200)
+    title = scene.faded(neon("title", 120, 900, 176, PINK, "Noto Serif Display Bold"), scene.box(820, 160, 1), scene.span(34, LAST, 10),
                         "title", [scene.fade(34, 50, 0, 1)], BezierArray=[swing_in],
-                        TransformArray=scene.Motion(34, (-1250, 420, -FAR)).along(86, 30001, (0, 250, -FAR), scene.CUBIC_OUT).items())
-    under = scene.path(30002, ((1250, -420), (420, 160), (-260, -480), (0, -258)), 200)
+                        TransformArray=scene.Motion(34, (-1250, 60, -FAR)).along(86, 30001, (0, 250, -FAR), scene.CUBIC_OUT).items())
+    under = scene.path(30002, ((1250, -200), (500, -400), (-260, -220), (0, -258)), 200)
     second = scene.faded(neon("subtitle", 52, 900, 110, "#04101f", "Noto Sans Bold"), scene.box(760, 93, 1), scene.span(48, LAST, 10),
                          "subtitle", [scene.fade(48, 64, 0, 1)], BezierArray=[under],
-                         TransformArray=scene.Motion(48, (1250, -420, -FAR)).along(104, 30002, (0, -258, -FAR), scene.CUBIC_OUT).items())
+                         TransformArray=scene.Motion(48, (1250, -200, -FAR)).along(104, 30002, (0, -258, -FAR), scene.CUBIC_OUT).items())
     return [title, second]
 
 

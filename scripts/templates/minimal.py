@@ -75,10 +75,10 @@ def background_node():
 
 def photo_node():
     return {
-        Note("The user's photo. It rises into its place and fades in."): 0,
-        "type": "QVQuadDiaphaneityObject3D",
+        Note("The user's photo. It is there from the first frame, the one many players stand on, and rises into its place."): 0,
+        "type": "QVQuadObject3D",
         "name": "photo",
-        "FpsInfo": {"startFps": 6, "endFps": LAST, "RenderDepth": 50},
+        "FpsInfo": {"startFps": 0, "endFps": LAST, "RenderDepth": 50},
         "TextureInfo": {
             "textureType": "image",
             Note("The \"renderMapKey\" of an input in minimal.plist. Nothing is drawn until the user gives a photo."): 0,
@@ -95,7 +95,7 @@ def photo_node():
         "TransformArray": [
             {
                 Note("Mind the spelling: \"sartFps\" here, \"startFps\" in \"FpsInfo\"."): 0,
-                "sartFps": 6,
+                "sartFps": 0,
                 "endFps": 36,
                 "startTranslate": "0,40,0",
                 "endTranslate": "0,120,0",
@@ -110,16 +110,12 @@ def photo_node():
                 "startTranslate": "0,120,0",
             },
         ],
-        Note("Opacity over time. Before the first item it is 1, after the last one it stays."): 0,
-        "AnimationInfo": [
-            {"sartFps": 6, "endFps": 24, "ease": scene.SINE_OUT, "startRenderAlpha": 0.0, "endRenderAlpha": 1.0},
-        ],
     }
 
 
 def text_node():
     return {
-        Note("The user's text, below the photo."): 0,
+        Note("The user's text, below the photo. This type has an opacity that changes."): 0,
         "type": "QVQuadDiaphaneityObject3D",
         "name": "text",
         "FpsInfo": {"startFps": 20, "endFps": LAST, "RenderDepth": 40},
@@ -141,6 +137,7 @@ def text_node():
         "QuadInfo": {"modelWidth": 640, "modelHeight": 200, "quadObject3DContentMode": 1},
         Note("A still placement: one item with start values."): 0,
         "TransformArray": [{"sartFps": 20, "endFps": 21, "startTranslate": "0,-310,0"}],
+        Note("Opacity over time. Before the first item it is 1, after the last one it stays."): 0,
         "AnimationInfo": [
             {"sartFps": 20, "endFps": 40, "ease": scene.SINE_OUT, "startRenderAlpha": 0.0, "endRenderAlpha": 1.0},
         ],

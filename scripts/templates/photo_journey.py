@@ -159,27 +159,30 @@ def gradient(start, end, depth, first=0):
                                   "interpolation": 3})
 
 
-def line(key, size, width, height, tint, at, first, font=SERIF, rise=36, **more):
-    """A text that comes up while it fades in."""
+def line(key, size, width, height, tint, at, first, font=SERIF, rise=36, seen=0, **more):
+    """A text that comes up while it fades in; `seen` is its first opacity."""
     x, y = at
     motion = scene.Motion(first, (x, y - rise, 0)).to(first + 30, at=(x, y, 0), ease=scene.QUINT_OUT)
     return scene.faded(scene.words(key, size, width, height, tint, font, **more), scene.box(width, height, 1),
-                       scene.span(first, LAST, 20), key, [scene.fade(first, first + 20, 0, 1, scene.SINE_OUT)],
+                       scene.span(first, LAST, 20), key, [scene.fade(first, first + 20, seen, 1, scene.SINE_OUT)],
                        TransformArray=motion.items())
 
 
 def cover_scene():
     zoom = [scene.glide("scale", 0, LAST, (1.03, 1.03, 1), (1.09, 1.09, 1))]
-    photo = scene.quad(scene.user_image("cover"), scene.box(WIDTH, HEIGHT, 1, blurred=True), scene.span(0, LAST, 150), "cover",
-                       MutableTransformArray=zoom)
+    fps = scene.span(0, LAST)
+    photo = scene.quad(scene.user_image("cover"), scene.box(WIDTH, HEIGHT, 1, blurred=True), fps, "cover")
+    # A line where the photo meets its blurred copy; it grows with both.
+    edges = [scene.quad(scene.image("res/line.png"), scene.box(WIDTH, 3, at=(0, y, 0)), fps, "edge") for y in (240, -240)]
+    picture = scene.group(scene.span(0, LAST, 150), [photo, *edges], "picture", MutableTransformArray=zoom)
     rule = scene.quad(scene.image("res/line.png"), scene.box(440, 4), scene.span(22, LAST, 20), "rule",
-                      TransformArray=scene.Motion(22, (0, 318, 0), (0.001, 1, 1)).to(54, scale=1.0, ease=scene.QUINT_OUT).items())
+                      TransformArray=scene.Motion(22, (0, 394, 0), (0.001, 1, 1)).to(54, scale=1.0, ease=scene.QUINT_OUT).items())
     rose = scene.faded(scene.image("res/compass.png"), scene.box(130, 130), scene.span(6, LAST, 20), "compass",
                        [scene.fade(6, 24, 0, 0.95)], TransformArray=scene.Motion(6, (0, -430, 0), 0.5, -120).to(
                            60, scale=1.0, rotate=0, ease=scene.BACK_OUT).items())
-    return whole([full("dusk"), photo, gradient("0,0.85", "0.55,0.08", 100), rule, rose,
-                  line("title", 104, 690, 150, "#ffffff", (0, 410), 10),
-                  line("place", 40, 640, 70, "#f3dcbc", (0, 268), 28, SANS)])
+    return whole([full("dusk"), picture, gradient("0,0.85", "0.55,0.08", 100), rule, rose,
+                  line("title", 98, 640, 144, "#ffffff", (0, 490), 0, seen=0.6),
+                  line("place", 40, 640, 68, "#f3dcbc", (0, 336), 28, SANS)])
 
 
 def framed(key, size, spot, first, come_from, style, tilt):
@@ -217,7 +220,7 @@ def finale_scene():
     rule = scene.quad(scene.image("res/line.png"), scene.box(220, 5), scene.span(40, LAST, 20), "rule",
                       TransformArray=scene.Motion(40, (0, -250, 0), (0.001, 1, 1)).to(70, scale=1.0, ease=scene.QUINT_OUT).items())
     return whole([full("night"), photo, gradient("0.45,0", "1,0.85", 100), rule,
-                  line("closing", 84, 680, 250, "#ffffff", (0, -410), 30)])
+                  line("closing", 84, 640, 250, "#ffffff", (0, -410), 30)])
 
 
 # Transitions --------------------------------------------------------------------------------------------------------

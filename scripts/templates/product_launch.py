@@ -155,6 +155,7 @@ void main()
 
 CARD = 400
 SPOT = (-290, 66, -FAR)
+MIDDLE, COLUMN = 296, 520  # where the lines stand, clear of the badge
 
 
 def scene_file():
@@ -170,7 +171,7 @@ def camera():
                 "endMoveCameraPosition": scene.vector(*end),
                 "isMoveTargetPoint": True, "moveTargetPointEase": ease, "startTargetPoint": scene.vector(0, 0, -FAR),
                 "endTargetPoint": scene.vector(0, 0, -FAR)}
-    return scene.perspective(FOV, WIDTH, HEIGHT, [key(0, 90, (-420, 90, -160), (0, 0, 0), scene.CUBIC_OUT),
+    return scene.perspective(FOV, WIDTH, HEIGHT, [key(0, 90, (-300, 60, -120), (0, 0, 0), scene.CUBIC_OUT),
                                                   key(91, LAST, (0, 0, 0), (90, 20, -60), scene.SINE_IN_OUT)])
 
 
@@ -194,7 +195,7 @@ def backdrop():
                       scene.box(2900, 1632, at=(0, 0, -FAR - 620)), scene.span(0, LAST, 900), "video wall")
     halo = scene.node("QVQuadBlendObject3D", scene.span(0, LAST, 800), "halo", TextureInfo=scene.image("res/glow.png"),
                       QuadInfo=scene.box(1150, 1150), BlendInfo={"srcBlend": 770, "decBlend": 1},
-                      AnimationInfo=[scene.fade(0, 40, 0, 0.55, scene.SINE_OUT)],
+                      AnimationInfo=[scene.fade(0, 40, 0.3, 0.55, scene.SINE_OUT)],
                       TransformArray=scene.still(0, (SPOT[0], SPOT[1], -FAR - 140)),
                       MutableTransformArray=scene.swing("translate", 0, LAST, 60, (0, 0, 0), (26, 18, 0)))
     return [wall, halo]
@@ -204,7 +205,7 @@ def card_and_reflection():
     """The card turns in; its mirror image below turns with it and fades downwards."""
     fps = scene.span(0, LAST)
     picture = {"textureType": "RTTTexture", "textureMapKey": "card"}
-    front = scene.faded(picture, scene.box(CARD, CARD), fps, "card", [scene.fade(0, 20, 0, 1)])
+    front = scene.quad(picture, scene.box(CARD, CARD), fps, "card")
     mirror = scene.node("QVQuadTextureRenderSelectShaderObject3D", fps, "reflection", TextureInfo=picture,
                         QuadInfo=scene.box(CARD, CARD), TransformArray=scene.still(0, (0, -CARD - 14, 0), (1, -1, 1)),
                         RenderInfo={"renderType": "QVAlphaGradualNoLight", "startAlpha": "0.6,0", "endAlpha": "1,0.36",
@@ -215,7 +216,7 @@ def card_and_reflection():
                        CustomShaderInfo={"startOneVariable": 0.0},
                        AnimationInfo=[{"sartFps": 56, "endFps": 92, "ease": scene.SINE_IN_OUT, "startOneVariable": 0.0,
                                        "endOneVariable": 1.0}])
-    turn = scene.Motion(0, (SPOT[0] - 260, SPOT[1], SPOT[2] - 200), 0.9, (0, 78, 0)).to(
+    turn = scene.Motion(0, (SPOT[0] + 60, SPOT[1], SPOT[2] - 60), 0.96, (0, 38, 0)).to(
         60, at=SPOT, scale=1.0, rotate=(0, 14, 0), ease=scene.QUINT_OUT).to(LAST, rotate=(0, -6, 0), ease=scene.SINE_IN_OUT)
     return [scene.group(scene.span(0, LAST, 500), [mirror, front, light], "stage", TransformArray=turn.items(),
                         ComponentsInfo=[scene.sound("res/whoosh.mp3", 2, 40, "whoosh", 0.5),
@@ -228,13 +229,13 @@ def lines():
             "AnimationInfo": [{"sartFps": 26, "endFps": 60, "ease": 0, "startStartAlpha": "0,0", "endStartAlpha": "0.999,1",
                                "startAlphaEase": scene.SINE_OUT}]}
     headline = scene.node("QVQuadTextureRenderSelectShaderObject3D", scene.span(26, LAST, 100), "headline",
-                          TextureInfo=scene.words("headline", 112, 700, 150, ICE), QuadInfo=scene.box(620, 133, 1), RenderInfo=wipe,
-                          TransformArray=scene.Motion(26, (250, 150, -FAR)).to(70, at=(270, 150, -FAR)).items())
+                          TextureInfo=scene.words("headline", 112, 586, 150, ICE), QuadInfo=scene.box(COLUMN, 133, 1), RenderInfo=wipe,
+                          TransformArray=scene.Motion(26, (MIDDLE - 20, 150, -FAR)).to(70, at=(MIDDLE, 150, -FAR)).items())
     bar = scene.quad(scene.image("res/rule.png"), scene.box(420, 6, at=(210, 0, 0)), scene.span(40, LAST, 100), "rule",
-                     TransformArray=scene.Motion(40, (30, 70, -FAR), (0.001, 1, 1)).to(76, scale=1.0, ease=scene.QUINT_OUT).items())
-    subline = scene.faded(scene.words("subline", 44, 600, 130, "#b9c3e6", "Noto Sans"), scene.box(560, 121, 1),
+                     TransformArray=scene.Motion(40, (MIDDLE - 210, 70, -FAR), (0.001, 1, 1)).to(76, scale=1.0, ease=scene.QUINT_OUT).items())
+    subline = scene.faded(scene.words("subline", 44, 559, 130, "#b9c3e6", "Noto Sans"), scene.box(COLUMN, 121, 1),
                           scene.span(52, LAST, 100), "subline", [scene.fade(52, 74, 0, 1)],
-                          TransformArray=scene.Motion(52, (270, -40, -FAR)).to(84, at=(270, -6, -FAR)).items())
+                          TransformArray=scene.Motion(52, (MIDDLE, -40, -FAR)).to(84, at=(MIDDLE, -6, -FAR)).items())
     return [headline, bar, subline]
 
 
@@ -243,17 +244,17 @@ def offer():
     landing = scene.path(30005, ((0, 0), (0.2, 2.6), (0.55, 0.2), (0.8, 1.25), (1, 1)), 200)
     fps = scene.span(80, LAST)
     price = scene.group(scene.span(80, LAST, 60), [
-        scene.quad(scene.image("res/badge.png"), scene.box(210, 210), fps, "badge",
+        scene.quad(scene.image("res/badge.png"), scene.box(230, 230), fps, "badge",
                    MutableTransformArray=[scene.glide("rotate", 80, LAST, (0, 0, 0), (0, 0, -80))]),
-        scene.quad(scene.words("price", 46, 180, 70, "#5a2208"), scene.box(150, 58, 1), fps, "price")],
+        scene.quad(scene.words("price", 50, 168, 78, "#5a2208"), scene.box(121, 56, 1), fps, "price")],
         "price badge", BezierArray=[landing],
-        TransformArray=scene.Motion(80, (-96, 222, -FAR + 60), 0.001, 0).to(112, scale=0.94, rotate=10, ease=30005).items(),
+        TransformArray=scene.Motion(80, (-92, 214, -FAR + 60), 0.001, 0).to(112, scale=0.94, rotate=10, ease=30005).items(),
         ComponentsInfo=[scene.sound("res/pop.mp3", 82, 96, "pop", 0.6)])
     press = scene.group(scene.span(96, LAST, 60), [
         scene.quad(scene.image("res/button.png"), scene.box(340, 97), scene.span(96, LAST), "button"),
         scene.quad(scene.words("call", 40, 330, 60, "#ffffff", "Noto Sans"), scene.box(280, 51, 1, at=(0, 6, 0)), scene.span(96, LAST),
                    "call")],
-        "call to action", TransformArray=scene.Motion(96, (270, -340, -FAR)).to(124, at=(270, -148, -FAR), ease=scene.QUINT_OUT).items())
+        "call to action", TransformArray=scene.Motion(96, (MIDDLE, -340, -FAR)).to(124, at=(MIDDLE, -148, -FAR), ease=scene.QUINT_OUT).items())
     return [price, press, ticker()]
 
 
@@ -275,7 +276,7 @@ def ember(random, first):
     last = min(LAST, first + random.randint(80, 130))
     x, z, size = random.uniform(-760, 760), -FAR + random.uniform(-320, 420), random.uniform(8, 26)
     rise = scene.glide("translate", first, last, (x, -460, z), (x + random.uniform(-140, 140), 460, z))
-    return scene.node("QVQuadBlendObject3D", scene.span(first, last, 20), "ember", TextureInfo=scene.image("res/spark.png"),
+    return scene.node("QVQuadBlendObject3D", scene.span(first, last, 300), "ember", TextureInfo=scene.image("res/spark.png"),
                       QuadInfo=scene.box(size, size), BlendInfo={"srcBlend": 770, "decBlend": 1},
                       AnimationInfo=[scene.fade(first, first + 20, 0, 0.8), scene.fade(first + 21, last, 0.8, 0)],
                       MutableTransformArray=[rise])

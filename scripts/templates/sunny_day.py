@@ -181,6 +181,7 @@ def draw_motes(pen, turn):
 
 CARD = (600, 740)
 WINDOW = (60, 60, 480, 600)
+RIBBON = (700, 244)
 
 
 def pictures(template):
@@ -196,8 +197,6 @@ def pictures(template):
     paint.save_png(body(), template.file("res/body.png"))
     for i, tint in enumerate((CORAL, SUN, "#7cc4b4", "#ffffff")):
         paint.save_png(confetto(tint, i), template.file(f"res/confetti-{i}.png"))
-    veil, _ = paint.canvas(64, 64, CREAM)
-    paint.save_png(veil, template.file("res/veil.png"))
 
 
 def card_back():
@@ -252,23 +251,24 @@ def tape(tint):
 
 
 def banner():
-    surface, pen = paint.canvas(700, 210)
+    """The ribbon; inside its stitches there is room for 552 by 112 pixels, 16 above the middle."""
+    surface, pen = paint.canvas(*RIBBON)
     for sign in (-1, 1):
         pen.save()
         pen.translate(350, 0)
         pen.scale(sign, 1)
-        for x, y in ((250, 66), (336, 66), (308, 113), (336, 160), (250, 160)):
+        for x, y in ((250, 66), (336, 66), (308, 129), (336, 192), (250, 192)):
             pen.line_to(x, y)
         pen.close_path()
         paint.fill(pen, "#c9523c")
-        for x, y in ((250, 160), (290, 160), (290, 146)):
+        for x, y in ((250, 192), (290, 192), (290, 178)):
             pen.line_to(x, y)
         pen.close_path()
         paint.fill(pen, "#8f3526")
         pen.restore()
-    paint.rounded(pen, 58, 34, 584, 114, 10)
-    paint.fill(pen, paint.linear((0, 34), (0, 148), ((0, "#fa8a6f"), (1, "#ee6b52"))))
-    paint.rounded(pen, 66, 42, 568, 98, 7)
+    paint.rounded(pen, 58, 32, 584, 148, 10)
+    paint.fill(pen, paint.linear((0, 32), (0, 180), ((0, "#fa8a6f"), (1, "#ee6b52"))))
+    paint.rounded(pen, 66, 40, 568, 132, 7)
     pen.set_dash((7, 8))
     paint.stroke(pen, paint.colour("#ffe9dc", 0.75), 2.2)
     return paint.with_shadow(surface, 10, 0.4, "#3a1c16", (0, 9))
@@ -404,13 +404,14 @@ def strum(mix, hertz, start, beat):
 
 def scene_file():
     clock = scene.video_clock("res/morning.mp4", FRAMES, (WIDTH, HEIGHT), name="morning")
-    nodes = [card(), *title(), *message(), *stickers(), butterfly(), *confetti(), veil()]
+    nodes = [card(), *title(), *message(), *stickers(), butterfly(), *confetti()]
     return {"Camera": scene.orthographic(WIDTH, HEIGHT), "TimeSource": clock, "object3D": nodes}
 
 
 def card():
-    motion = scene.Motion(0, (0, 1120, 0), 1.0, -24).hold(13)
-    motion.to(50, at=(0, 2, 0), rotate=-3, ease=scene.BACK_OUT)
+    # The first frame shows it whole, a little above its place: many players stand on that frame.
+    motion = scene.Motion(0, (0, 190, 0), 0.96, -13).hold(9)
+    motion.to(46, at=(0, 2, 0), scale=1.0, rotate=-3, ease=scene.BACK_OUT)
     frame = lambda name, picture: scene.quad(scene.image(picture), scene.box(*CARD), scene.span(0, LAST), name)
     strip = scene.quad(scene.image("res/tape.png"), scene.box(190, 64), scene.span(0, LAST), "tape",
                        TransformArray=scene.still(0, (0, 330, 0), 1.0, 4))
@@ -418,13 +419,13 @@ def card():
     return scene.group(
         scene.span(0, LAST, 80), [frame("card", "res/card.png"), photo, frame("card front", "res/card-front.png"), strip],
         "card", TransformArray=motion.items(),
-        MutableTransformArray=scene.swing("rotate", 51, LAST, 70, (0, 0, 0), (0, 0, 1.6)),
-        ComponentsInfo=[scene.sound("res/whoosh.mp3", 14, 44, "whoosh", 0.35)])
+        MutableTransformArray=scene.swing("rotate", 47, LAST, 70, (0, 0, 0), (0, 0, 1.6)),
+        ComponentsInfo=[scene.sound("res/whoosh.mp3", 8, 38, "whoosh", 0.35)])
 
 
 def title():
-    motion = scene.Motion(52, (0, 430, 0), 0.8).to(80, at=(0, 490, 0), scale=1.0, ease=scene.BACK_OUT)
-    words = scene.faded(scene.words("title", 88, 680, 130, INK), scene.box(680, 130, 1), scene.span(52, LAST, 60), "title",
+    motion = scene.Motion(52, (0, 436, 0), 0.8).to(80, at=(0, 496, 0), scale=1.0, ease=scene.BACK_OUT)
+    words = scene.faded(scene.words("title", 88, 640, 124, INK), scene.box(640, 124, 1), scene.span(52, LAST, 60), "title",
                         [scene.fade(52, 68, 0, 1, scene.SINE_OUT)], TransformArray=motion.items(),
                         ComponentsInfo=[scene.sound("res/chime.mp3", 56, 136, "chime", 0.28)])
     line = scene.faded(scene.image("res/flourish.png"), scene.box(420, 56), scene.span(70, LAST, 60), "flourish",
@@ -434,20 +435,20 @@ def title():
 
 
 def message():
-    motion = scene.Motion(92, (0, -470, 0), (0.02, 0.9, 1)).to(118, scale=1.0, ease=scene.BACK_OUT)
-    ribbon = scene.quad(scene.image("res/banner.png"), scene.box(700, 210), scene.span(92, LAST, 50), "banner",
+    motion = scene.Motion(92, (0, -490, 0), (0.02, 0.9, 1)).to(118, scale=1.0, ease=scene.BACK_OUT)
+    ribbon = scene.quad(scene.image("res/banner.png"), scene.box(*RIBBON), scene.span(92, LAST, 50), "banner",
                         TransformArray=motion.items())
-    words = scene.faded(scene.words("message", 38, 560, 104, "#fffaf2"), scene.box(560, 104, 1), scene.span(108, LAST, 40),
+    words = scene.faded(scene.words("message", 38, 536, 104, "#fffaf2"), scene.box(536, 104, 1), scene.span(108, LAST, 40),
                         "message", [scene.fade(108, 128, 0, 1, scene.SINE_OUT)],
-                        TransformArray=scene.Motion(108, (0, -444, 0)).to(130, at=(0, -456, 0)).items())
+                        TransformArray=scene.Motion(108, (0, -462, 0)).to(130, at=(0, -474, 0)).items())
     return [ribbon, words]
 
 
 STICKERS = (  # picture, size, first frame, place, degrees a second
     ("flower-coral", 150, 60, (-262, 296), 9),
     ("flower-yellow", 112, 66, (-196, 366), -14),
-    ("flower-yellow", 140, 72, (268, -318), -10),
-    ("flower-coral", 96, 78, (206, -386), 16),
+    ("flower-yellow", 140, 72, (272, -300), -10),
+    ("flower-coral", 96, 78, (206, -348), 16),
     ("heart", 116, 86, (-266, -322), 0),
 )
 
@@ -479,7 +480,7 @@ def butterfly():
         wings.append(scene.quad(scene.image("res/wing.png"), scene.box(128, 192, at=(64, 0, 0)), scene.span(120, LAST),
                                 "wing", TransformArray=scene.still(120, scale=(sign, 1, 1)), MutableTransformArray=flap))
     torso = scene.quad(scene.image("res/body.png"), scene.box(64, 192), scene.span(120, LAST), "body")
-    return scene.group(scene.span(120, LAST, 20), [*wings, torso], "butterfly", BezierArray=paths,
+    return scene.group(scene.span(120, LAST, 65), [*wings, torso], "butterfly", BezierArray=paths,
                        TransformArray=motion.items())
 
 
@@ -496,10 +497,5 @@ def confetto_fall(random, i):
     fall = scene.glide("translate", first, last, (x, 690, 0), (x + random.uniform(-120, 120), -690, 0), scene.QUAD_IN
                        if i % 3 == 0 else scene.LINEAR)
     turn = scene.glide("rotate", first, last, (0, 0, 0), spin)
-    return scene.quad(scene.image(f"res/confetti-{i % 4}.png"), scene.box(size, size), scene.span(first, last, 10),
+    return scene.quad(scene.image(f"res/confetti-{i % 4}.png"), scene.box(size, size), scene.span(first, last, 85),
                       "confetti", MutableTransformArray=[fall, turn])
-
-
-def veil():
-    return scene.faded(scene.image("res/veil.png"), scene.box(WIDTH, HEIGHT), scene.span(0, 26, 1), "veil",
-                       [scene.fade(0, 26, 1, 0, scene.SINE_OUT)])

@@ -229,28 +229,29 @@ def paper_node(last):
     return scene.quad(scene.image("res/paper.png"), scene.box(WIDTH, HEIGHT), scene.span(0, last, 200), "paper")
 
 
-def corners(last, first=0):
+def corners(last):
     """Flowers that turn into two opposite corners and go on breathing."""
     out = []
     for x, y, turn in ((-158, 436, 0), (158, -436, 180)):
-        motion = scene.Motion(first, (x * 1.6, y * 1.4, 0), 0.75, turn + 50).to(
-            first + 44, at=(x, y, 0), scale=1.0, rotate=turn, ease=scene.QUINT_OUT)
-        bloom = scene.faded(scene.image("res/corner.png"), scene.box(470, 470), scene.span(first, last), "flowers",
-                            [scene.fade(first, first + 20, 0, 1)],
-                            MutableTransformArray=scene.swing("rotate", first, last, 50, (0, 0, -1.5), (0, 0, 2)))
-        out.append(scene.group(scene.span(first, last, 60), [bloom], "corner", TransformArray=motion.items()))
+        motion = scene.Motion(0, (x * 1.15, y * 1.1, 0), 0.86, turn + 16).to(
+            44, at=(x, y, 0), scale=1.0, rotate=turn, ease=scene.QUINT_OUT)
+        bloom = scene.quad(scene.image("res/corner.png"), scene.box(470, 470), scene.span(0, last), "flowers",
+                           MutableTransformArray=scene.swing("rotate", 0, last, 50, (0, 0, -1.5), (0, 0, 2)))
+        out.append(scene.group(scene.span(0, last, 60), [bloom], "corner", TransformArray=motion.items()))
     return out
 
 
 def names_scene():
     last = FIRST - 1
     rim = scene.faded(scene.image("res/frame.png"), scene.box(640, 1180), scene.span(0, last, 100), "frame",
-                      [scene.fade(0, 30, 0, 1)])
+                      [scene.fade(0, 30, 0.7, 1)])
     mark = scene.quad(scene.image("res/divider.png"), scene.box(420, 48), scene.span(26, last, 40), "divider",
                       TransformArray=scene.Motion(26, (0, -96, 0), (0.01, 1, 1)).to(60, scale=1.0, ease=scene.QUINT_OUT).items())
+    # Names and flowers are there from the first frame on, as many players stand on it.
+    names = scene.quad(scene.words("names", 98, 540, 310, GOLD, SERIF), scene.box(540, 310, 1), scene.span(0, last, 30), "names",
+                       TransformArray=scene.Motion(0, (0, 96, 0), 0.92).to(40, at=(0, 110, 0), scale=1.0, ease=scene.QUINT_OUT).items())
     return {"Camera": scene.orthographic(WIDTH, HEIGHT), "TimeSource": scene.null_clock(FIRST),
-            "object3D": [paper_node(last), rim, *corners(last), mark,
-                         line("names", 118, 640, 330, 120, 10, last, GOLD), line("line", 42, 620, 130, -190, 36, last)]}
+            "object3D": [paper_node(last), rim, *corners(last), mark, names, line("line", 42, 540, 130, -190, 36, last)]}
 
 
 def date_scene():
@@ -269,8 +270,8 @@ def date_scene():
     garland = scene.quad(scene.image("res/wreath.png"), scene.box(640, 266), scene.span(34, last, 50), "wreath",
                          TransformArray=bloom.items())
     return {"Camera": scene.orthographic(WIDTH, HEIGHT), "TimeSource": scene.null_clock(SECOND),
-            "object3D": [paper_node(last), arch_group, garland, line("date", 76, 660, 120, -340, 44, last, GOLD),
-                         line("place", 44, 640, 80, -446, 56, last), *petals(last)]}
+            "object3D": [paper_node(last), arch_group, garland, line("date", 76, 600, 120, -340, 44, last, GOLD),
+                         line("place", 44, 600, 84, -448, 56, last), *petals(last)]}
 
 
 def petals(last):
@@ -285,7 +286,7 @@ def petal_fall(rng, i, last):
     drift = scene.glide("translate", first, end, (x, 680, 0), (x + rng.uniform(-160, 160), -720, 0))
     spin = scene.glide("rotate", first, end, (0, 0, rng.uniform(0, 360)), (rng.uniform(200, 500), rng.uniform(-300, 300), 200))
     name = "petal" if i % 2 else "petal-pale"
-    return scene.quad(scene.image(f"res/{name}.png"), scene.box(size, size), scene.span(first, end, 10), "petal",
+    return scene.quad(scene.image(f"res/{name}.png"), scene.box(size, size), scene.span(first, end, 90), "petal",
                       MutableTransformArray=[drift, spin])
 
 
