@@ -261,7 +261,10 @@ TEST_F(TemplatesTest, StartFromANewOneThatPlaysAtOnce) {
 
 TEST_F(TemplatesTest, KeepTracksEncrypted) {
     const std::string plain = folder.file("plain.xml"), stored = folder.file("stored.xml");
-    std::ofstream(plain) << "<CornerPinInfoDoc><Object><Frame/><Frame/></Object></CornerPinInfoDoc>";
+    const std::string frame =
+        "<Frame bottomleftx=\"0\" bottomlefty=\"0\" bottomrightx=\"1\" bottomrighty=\"0\" "
+        "toprightx=\"1\" toprighty=\"1\" topleftx=\"0\" toplefty=\"1\"/>";
+    std::ofstream(plain) << "<CornerPinInfoDoc><Object>" << frame << frame << "</Object></CornerPinInfoDoc>";
     const Result result = multiscene({"template", "encrypt-track", plain, "-o", stored, "--json"});
     ASSERT_EQ(result.exitCode, 0) << result.errors;
     EXPECT_EQ(result.jsonLines().back().integer("frames"), 2);
