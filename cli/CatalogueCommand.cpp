@@ -39,6 +39,7 @@ platform::Value::Dictionary overviewFields(const TemplateOverview& overview) {
             {"installed", overview.isInstalled},
             {"offered", overview.isOffered},
             {"new", overview.isNew},
+            {"newerOffered", overview.newerOffered},
             {"needsNewerVersion", overview.needsNewerVersion},
             {"minVersion", overview.minVersion},
             {"megabytes", overview.megabytes},
@@ -55,6 +56,7 @@ std::string stateText(const TemplateOverview& overview) {
     std::ostringstream text;
     text << (overview.isInstalled ? "installed" : "offered");
     if (overview.isNew) text << ", new";
+    if (overview.newerOffered) text << ", newer offered";
     if (overview.needsNewerVersion) text << ", needs version " << overview.minVersion;
     return text.str();
 }

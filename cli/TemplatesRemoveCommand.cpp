@@ -23,8 +23,8 @@ class TemplatesRemoveCommand : public Command {
         QVDataManager& catalogue = openCatalogue();
         const auto found = findInstalledTemplate(catalogue, wanted_);
         if (!found)
-            throw Error(ErrorKind::Usage, "no template of this id or name is installed; nothing was removed",
-                        wanted_);
+            throw Error(ErrorKind::Template,
+                        "no template of this id or name is installed; nothing was removed", wanted_);
         const InstallResult result = TemplateInstallation(catalogue, found->name).remove();
         if (console.isJson())
             console.event("done", {{"outcome", "removed"},

@@ -73,7 +73,8 @@ class TemplatesShowCommand : public Command {
     int run(Console& console, std::stop_token) override {
         const auto found = findTemplateOverview(openCatalogue(), wanted_);
         if (!found)
-            throw Error(ErrorKind::Usage, "no template of this id or name is installed or offered", wanted_);
+            throw Error(ErrorKind::Template, "no template of this id or name is installed or offered",
+                        wanted_);
         console.isJson() ? printEvent(console, *found) : printLines(console, *found);
         return 0;
     }

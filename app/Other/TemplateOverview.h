@@ -16,6 +16,7 @@ struct TemplateOverview {
     std::string name;   ///< of its folder and its archive
     std::string title;  ///< in the user's language
     bool isInstalled = false, isOffered = false, isNew = false;
+    bool newerOffered = false;       ///< installed, and the server has another archive of it
     bool needsNewerVersion = false;  ///< as offered
     double minVersion = 0;           ///< of the program; 0: any
     double megabytes = 0;            ///< of the offered archive, else of the installed files
