@@ -27,7 +27,7 @@ std::vector<uint8_t> readShaderFile(const std::string& file) {
 
 /// The reason why a template's shader is skipped; throws what is no fault of the template.
 std::string skippedFor(const platform::Error& error, const std::string& file) {
-    if (isOwn(file) || error.kind() == platform::ErrorKind::Transient) throw platform::Error(error);
+    if (isOwnShaderFile(file) || error.kind() == platform::ErrorKind::Transient) throw platform::Error(error);
     return error.message();
 }
 
