@@ -20,10 +20,10 @@ using platform::Value;
 
 std::span<const TemplateRule> templateRules() {
     static constexpr std::array table{
-        rules::lengthsAreTheClocks,        rules::numbersAreUnique,  rules::resourceFoldersAreFolders,
-        rules::thumbnailsAreThere,         rules::pictureSizeIsEven, rules::camerasHaveThePicturesShape,
-        rules::videosHaveTheTemplatesRate, rules::musicCanBePlayed,  rules::inputKeysAreUnique,
-        rules::inputTypesAreKnown,         rules::inputKeysAreFree,  rules::sceneGroupIsNotEmpty,
+        rules::lengthsAreTheClocks,        rules::numbersAreUnique,        rules::resourceFoldersAreFolders,
+        rules::thumbnailsAreThere,         rules::pictureSizeCanBeWritten, rules::camerasHaveThePicturesShape,
+        rules::videosHaveTheTemplatesRate, rules::musicCanBePlayed,        rules::inputKeysAreUnique,
+        rules::inputTypesAreKnown,         rules::inputKeysAreFree,        rules::sceneGroupIsNotEmpty,
         rules::photoShapesAreWhole,        rules::inputsAreUsed,
     };
     return table;
@@ -71,12 +71,17 @@ void numbersAreUnique(const TemplateView& view, Findings& findings) {
                                 "an earlier record has this number too", "give each scene its own"});
 }
 
-void pictureSizeIsEven(const TemplateView& view, Findings& findings) {
+void pictureSizeCanBeWritten(const TemplateView& view, Findings& findings) {
     const std::string text = view.inputs().string("mediaSize");
     const auto size = parseMediaSize(text);
-    if (!size || (size->width % 2 == 0 && size->height % 2 == 0)) return;
-    findings.push_back({Severity::Error, view.file, recordPath(0, "wechartTempletInfo.mediaSize"),
-                        "\"" + text + "\" is odd, which video cannot be", "use even numbers"});
+    if (!size) return;
+    const std::string place = recordPath(0, "wechartTempletInfo.mediaSize");
+    if (size->width % 2 != 0 || size->height % 2 != 0)
+        findings.push_back({Severity::Error, view.file, place,
+                            "\"" + text + "\" is odd, which video cannot be", "use even numbers"});
+    if (isTooLarge(*size))
+        findings.push_back({Severity::Error, view.file, place, "\"" + text + "\" is too large for a video",
+                            "give it " + std::to_string(kMostPixels) + " pixels at most, as 4096,2304 has"});
 }
 
 void musicCanBePlayed(const TemplateView& view, Findings& findings) {

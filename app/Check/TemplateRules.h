@@ -22,7 +22,7 @@ void sceneGroupIsNotEmpty(const TemplateView&, Findings&);
 void numbersAreUnique(const TemplateView&, Findings&);
 void resourceFoldersAreFolders(const TemplateView&, Findings&);
 void thumbnailsAreThere(const TemplateView&, Findings&);
-void pictureSizeIsEven(const TemplateView&, Findings&);
+void pictureSizeCanBeWritten(const TemplateView&, Findings&);
 void camerasHaveThePicturesShape(const TemplateView&, Findings&);
 void videosHaveTheTemplatesRate(const TemplateView&, Findings&);
 void musicCanBePlayed(const TemplateView&, Findings&);

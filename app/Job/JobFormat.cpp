@@ -21,6 +21,15 @@ std::string secondsText(double seconds) {
     return text;
 }
 
+void requireNotTooLarge(const MediaFormat& format, const RenderRequest& request, const Playable& playable) {
+    if (!isTooLarge({format.width, format.height})) return;
+    const std::string message = sizeText(format) + " is too large; a video may have " +
+                                std::to_string(kMostPixels) + " pixels (4096x2304), each side " +
+                                std::to_string(kLongestSide);
+    if (request.size) throw Error(ErrorKind::Usage, message, "", "--size");
+    throw Error(ErrorKind::Template, message, playable.file.string(), "mediaSize");
+}
+
 }  // namespace
 
 MediaFormat formatOf(const RenderRequest& request, const Playable& playable) {
@@ -33,6 +42,7 @@ MediaFormat formatOf(const RenderRequest& request, const Playable& playable) {
         format.height = request.size->height;
     }
     format.framesPerSecond = request.framesPerSecond.value_or(format.framesPerSecond);
+    requireNotTooLarge(format, request, playable);
     const bool isEven = format.width % 2 == 0 && format.height % 2 == 0;
     if (!isEven && request.size)
         throw Error(ErrorKind::Usage, sizeText(format) + " is odd; video needs even sizes", "", "--size");

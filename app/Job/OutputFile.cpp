@@ -1,14 +1,10 @@
 #include "app/Job/OutputFile.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
-#include <cerrno>
+#include <cctype>
 #include <climits>
 
 #include "platform/base/Error.h"
-#include "platform/base/File.h"
-#include "platform/base/Paths.h"
+#include "platform/base/PartFile.h"
 
 namespace multiscene {
 
@@ -34,11 +30,9 @@ fs::path absolutePath(const fs::path& path) {
 }
 
 /// Permissions do not tell everything (read-only disks, quotas): only writing does.
-void requireWritable(const fs::path& folder, const fs::path& output) {
-    const fs::path probe = folder / ("." + platform::uniqueIdentifier() + ".probe");
-    const platform::FileHandle file(::open(probe.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
-    if (!file) throw platform::errnoError(errno, "cannot write there", output.string());
-    ::unlink(probe.c_str());
+void requireWritable(const fs::path& file) {
+    platform::removeAbandonedParts(file.parent_path());
+    const platform::PartFile probe(file);
 }
 
 }  // namespace
@@ -52,7 +46,17 @@ OutputFile::OutputFile(const fs::path& path) : path_(absolutePath(path)) {
         throw Error(ErrorKind::Usage, "the output is not a regular file", path.string());
     if (!fs::is_directory(path_.parent_path(), failure) && failure != std::errc::permission_denied)
         throw Error(ErrorKind::Usage, "there is no folder " + path_.parent_path().string(), path.string());
-    requireWritable(path_.parent_path(), path);
+    requireWritable(path_);
+}
+
+OutputFile OutputFile::video(const fs::path& path) {
+    std::string ending = path.extension().string();
+    for (char& letter : ending) letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+    if (!ending.empty() && ending != ".mp4" && ending != ".m4v")
+        throw Error(ErrorKind::Usage,
+                    "videos are written as MP4: give the output a name that ends in .mp4, not " + ending,
+                    path.string());
+    return OutputFile(path);
 }
 
 void OutputFile::publish(const fs::path& finished) const { platform::moveFile(finished, path_); }
@@ -63,7 +67,7 @@ fs::path outputFolder(const fs::path& path) {
     if (fs::exists(folder, failure) && !fs::is_directory(folder, failure))
         throw Error(ErrorKind::Usage, "the output is a file, not a folder", path.string());
     platform::createFolders(folder);
-    requireWritable(folder, path);
+    requireWritable(folder / "frame");
     return folder;
 }
 

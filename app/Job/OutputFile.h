@@ -12,6 +12,10 @@ class OutputFile {
     /// when nothing can be written there, Transient when the disk is full.
     explicit OutputFile(const std::filesystem::path& path);
 
+    /// An output that will be an MP4. Throws platform::Error(Usage) also when its name ends like another
+    /// format; a name without an ending is none of another format.
+    static OutputFile video(const std::filesystem::path& path);
+
     const std::filesystem::path& path() const { return path_; }
     /// The finished file takes its name, replacing an older one, all at once. Throws platform::Error.
     void publish(const std::filesystem::path& finished) const;

@@ -84,7 +84,7 @@ std::string loudnessNote(const std::optional<double>& wanted,
 
 JobSummary makeVideo(const VideoRequest& request, JobObserver& observer, std::stop_token stop) {
     const double start = platform::monotonicSeconds();
-    const OutputFile output(request.output);
+    const OutputFile output = OutputFile::video(request.output);
     const JobFolder job;
     const PreparedGroup group = prepareGroup(request, job, observer, stop);
 

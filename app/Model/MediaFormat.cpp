@@ -1,12 +1,13 @@
 #include "app/Model/MediaFormat.h"
 
+#include <algorithm>
 #include <charconv>
 
 namespace multiscene {
 
 namespace {
 
-constexpr int kMaxSide = 16384;
+constexpr int kMaxReadSide = 1'000'000;
 constexpr int kMaxFramesPerSecond = 1000;
 
 std::string_view trimmed(std::string_view text) {
@@ -20,7 +21,7 @@ std::optional<int> side(std::string_view text) {
     int number = 0;
     const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
     const bool whole = failure == std::errc() && end == text.data() + text.size();
-    return whole && number >= 1 && number <= kMaxSide ? std::optional(number) : std::nullopt;
+    return whole && number >= 1 && number <= kMaxReadSide ? std::optional(number) : std::nullopt;
 }
 
 }  // namespace
@@ -30,6 +31,11 @@ std::optional<MediaSize> parseMediaSize(std::string_view text) {
     if (comma == std::string_view::npos) return std::nullopt;
     const auto width = side(text.substr(0, comma)), height = side(text.substr(comma + 1));
     return width && height ? std::optional(MediaSize{*width, *height}) : std::nullopt;
+}
+
+bool isTooLarge(const MediaSize& size) {
+    return std::max(size.width, size.height) > kLongestSide ||
+           int64_t{size.width} * size.height > kMostPixels;
 }
 
 MediaFormat mediaFormatOf(const platform::Value& wechartTempletInfo) {

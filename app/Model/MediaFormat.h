@@ -22,10 +22,15 @@ struct MediaFormat {
 /// positive number, keeps its default.
 MediaFormat mediaFormatOf(const platform::Value& wechartTempletInfo);
 
-/// Width and height of "720,1280"; nothing unless both are whole positive numbers of at most 16384.
+/// Width and height of "720,1280"; nothing unless both are whole positive numbers of at most a million.
 struct MediaSize {
     int width, height;
 };
 std::optional<MediaSize> parseMediaSize(std::string_view text);
+
+/// The largest video: what players of H.264 level 5.2 take. It needs about 1.5 GB of memory.
+inline constexpr int64_t kMostPixels = 4096 * 2304;
+inline constexpr int kLongestSide = 8192;
+bool isTooLarge(const MediaSize& size);
 
 }  // namespace multiscene

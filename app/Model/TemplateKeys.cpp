@@ -1,5 +1,6 @@
 #include "app/Model/TemplateKeys.h"
 
+#include "app/Model/MediaFormat.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {
@@ -60,7 +61,7 @@ static constexpr Key descriptionKeyList[] = {
      .fallback = "720,1280",
      .meaning = "size of the video, two even numbers",
      .minimum = 2,
-     .maximum = 16384},
+     .maximum = kLongestSide},
     {.name = "videoFrameRate",
      .type = KeyType::Integer,
      .unit = "frames a second",
@@ -139,11 +140,6 @@ static constexpr Key templateFileKeyList[] = {
      .meaning = "the catalogue records; the first is the template itself",
      .required = true,
      .children = &catalogueRecordKeys},
-    {.name = "minVersion",
-     .type = KeyType::Number,
-     .fallback = "0",
-     .meaning = "lowest version of the program that can play the template, as a decimal number",
-     .minimum = 0},
 };
 const KeyTable templateFileKeys{"Template file", "NAME/NAME.plist, the description of a template.", nullptr,
                                 templateFileKeyList};

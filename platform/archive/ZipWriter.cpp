@@ -11,8 +11,7 @@
 #include <set>
 #include <utility>
 
-#include "platform/base/File.h"
-#include "platform/base/Paths.h"
+#include "platform/base/PartFile.h"
 
 namespace platform {
 
@@ -42,19 +41,15 @@ FileHandle openSource(const ZipSource& source) {
     return file;
 }
 
-/// An archive under a provisional name; closed and removed unless it is published.
+/// An archive that has its name only when it is published.
 class PartialZip {
   public:
     explicit PartialZip(const fs::path& target)
-        : target_(target),
-          part_(target.parent_path() /
-                ("." + target.filename().string() + "." + uniqueIdentifier() + ".part")),
-          zip_(zipOpen64(part_.c_str(), APPEND_STATUS_CREATE)) {
+        : target_(target), part_(target), zip_(zipOpen64(part_.path().c_str(), APPEND_STATUS_CREATE)) {
         if (!zip_) throw errnoError(errno, "cannot write", target.string());
     }
     ~PartialZip() {
         if (zip_) zipClose(zip_, nullptr);
-        ::unlink(part_.c_str());
     }
     PartialZip(const PartialZip&) = delete;
     PartialZip& operator=(const PartialZip&) = delete;
@@ -66,13 +61,14 @@ class PartialZip {
         if (zipCloseFileInZip(zip_) != ZIP_OK) fail();
     }
 
-    void publish() {
+    /// Returns a path of the complete archive.
+    fs::path close() {
         const int state = zipClose(std::exchange(zip_, nullptr), nullptr);
-        if (state != ZIP_OK) fail();
-        const FileHandle file(::open(part_.c_str(), O_RDONLY | O_CLOEXEC));
-        if (!file || ::fsync(file.descriptor()) != 0) fail();
-        moveFile(part_, target_);
+        if (state != ZIP_OK || ::fsync(part_.descriptor()) != 0) fail();
+        return part_.path();
     }
+
+    void publish() { part_.publish(); }
 
   private:
     void open(const ZipSource& source, bool zip64) {
@@ -101,17 +97,21 @@ class PartialZip {
         throw errnoError(errno ? errno : EIO, "cannot write", target_.string());
     }
 
-    fs::path target_, part_;
+    fs::path target_;
+    PartFile part_;
     zipFile zip_;
 };
 
 }  // namespace
 
-void writeZip(const fs::path& archive, std::vector<ZipSource> sources) {
+void writeZip(const fs::path& archive, std::vector<ZipSource> sources,
+              const std::function<void(const fs::path& written)>& judge) {
     std::sort(sources.begin(), sources.end(),
               [](const ZipSource& left, const ZipSource& right) { return left.name < right.name; });
     PartialZip zip(archive);
     for (const ZipSource& source : sources) zip.add(source);
+    const fs::path written = zip.close();
+    if (judge) judge(written);
     zip.publish();
 }
 

@@ -6,27 +6,13 @@
 
 #include <cerrno>
 
-#include "platform/base/Paths.h"
-#include "platform/base/PrivateFolder.h"
+#include "platform/base/PartFile.h"
 
 namespace platform {
 
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr size_t kKeptName = 100;  // bytes; the whole name has to stay below 256
-
-fs::path besideName(const fs::path& file) {
-    std::string name = file.filename().string();
-    if (name.size() > kKeptName) {
-        // Not within a character.
-        size_t end = kKeptName;
-        while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) --end;
-        name.resize(end);
-    }
-    return file.parent_path() / ("." + name + "." + uniqueIdentifier() + ".part");
-}
 
 void writeAll(int descriptor, std::string_view bytes, const std::string& name) {
     while (!bytes.empty()) {
@@ -37,33 +23,16 @@ void writeAll(int descriptor, std::string_view bytes, const std::string& name) {
     }
 }
 
-/// Removes a file unless it was given its final name.
-struct PartFile {
-    explicit PartFile(const fs::path& target) : path(besideName(target)) {}
-    ~PartFile() {
-        if (!published) ::unlink(path.c_str());
-    }
-    void publishAs(const fs::path& target) {
-        if (::rename(path.c_str(), target.c_str()) != 0)
-            throw errnoError(errno, "cannot write", target.string());
-        published = true;
-    }
-    fs::path path;
-    bool published = false;
-};
-
-void copyInto(const fs::path& from, const fs::path& to, const fs::path& reportedTarget) {
+void copyInto(const fs::path& from, int target, const std::string& reportedTarget) {
     const FileHandle source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
     if (!source) throw errnoError(errno, "cannot read", from.string());
-    const FileHandle target(::open(to.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    if (!target) throw errnoError(errno, "cannot write", reportedTarget.string());
     std::vector<char> buffer(1 << 20);
     for (;;) {
         const ssize_t count = ::read(source.descriptor(), buffer.data(), buffer.size());
         if (count < 0 && errno == EINTR) continue;
         if (count < 0) throw errnoError(errno, "cannot read", from.string());
         if (count == 0) return;
-        writeAll(target.descriptor(), {buffer.data(), static_cast<size_t>(count)}, reportedTarget.string());
+        writeAll(target, {buffer.data(), static_cast<size_t>(count)}, reportedTarget);
     }
 }
 
@@ -126,12 +95,10 @@ std::vector<uint8_t> readFile(const fs::path& file, uint64_t maxBytes, ErrorKind
 
 void writeFileAtomically(const fs::path& file, std::string_view bytes) {
     PartFile part(file);
-    const FileHandle handle(::open(part.path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
-    if (!handle) throw errnoError(errno, "cannot write", file.string());
-    writeAll(handle.descriptor(), bytes, file.string());
-    if (::fsync(handle.descriptor()) != 0 && errno != EINVAL)
+    writeAll(part.descriptor(), bytes, file.string());
+    if (::fsync(part.descriptor()) != 0 && errno != EINVAL)
         throw errnoError(errno, "cannot write", file.string());
-    part.publishAs(file);
+    part.publish();
 }
 
 void createFolders(const fs::path& folder) {
@@ -141,12 +108,11 @@ void createFolders(const fs::path& folder) {
 }
 
 void moveFile(const fs::path& from, const fs::path& to) {
-    makeUsuallyReadable(from);
     if (::rename(from.c_str(), to.c_str()) == 0) return;
     if (errno != EXDEV) throw errnoError(errno, "cannot write", to.string());
     PartFile part(to);
-    copyInto(from, part.path, to);
-    part.publishAs(to);
+    copyInto(from, part.descriptor(), to.string());
+    part.publish();
     ::unlink(from.c_str());
 }
 

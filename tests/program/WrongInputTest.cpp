@@ -3,6 +3,7 @@
 #include <fstream>
 #include <functional>
 
+#include "platform/store/FileLock.h"
 #include "tests/program/ProgramTest.h"
 
 namespace multiscene::test {
@@ -121,6 +122,9 @@ std::vector<WrongInput> wrongInputs() {
         {"NoFade", 2, "--music-fade", {}, {}, Words{"--music-fade", "1,x"}},
         {"NoLoudness", 2, "--loudness", {}, {}, Words{"--loudness", "3"}},
         {"OddSize", 2, "--size", {}, {}, Words{"--size", "65x96"}},
+        {"HugeSize", 2, "--size: 8192x8192 is too large", {}, {}, Words{"--size", "8192x8192"}},
+        {"HugeOwnSize", 3, "mediaSize",
+         [](SmallTemplate& small) { small.description["mediaSize"] = "4098,2304"; }},
         {"NoSize", 2, "--size", {}, {}, Words{"--size", "big"}},
         {"NoFit", 2, "--fit", {}, {}, Words{"--fit", "squash"}},
         {"NoPreset", 2, "--preset", {}, {}, Words{"--preset", "placebo!"}},
@@ -172,9 +176,23 @@ TEST_F(OutputTest, IsJudgedBeforeAnythingIsRendered) {
     EXPECT_EQ(answer(folder.file("no/such/folder.mp4")), 2);
     EXPECT_EQ(answer(folder.file(std::string(252, 'a') + ".mp4")), 2);
     EXPECT_EQ(answer("/proc/out.mp4"), 1);
+    for (const char* name : {"out.gif", "out.webm", "out.MOV"}) EXPECT_EQ(answer(folder.file(name)), 2);
     EXPECT_EQ(answer(folder.path()), 2);
     EXPECT_EQ(answer("/dev/full"), 2);
     EXPECT_TRUE(fs::is_character_file("/dev/full"));
+}
+
+TEST_F(OutputTest, ClearsAwayWhatAKilledProgramLeftThere) {
+    const fs::path path = SmallTemplate().write(folder.path());
+    const std::string left = folder.file(".out.mp4.12-0123456789abcdef.part");
+    const std::string used = folder.file(".out.mp4.13-0123456789abcdef.part");
+    const std::string notes = folder.file(".notes.part");
+    for (const std::string& file : {left, used, notes}) write(file, "half");
+    const auto lock = platform::FileLock::acquire(used);
+    EXPECT_EQ(multiscene({"make", path, "-o", folder.file("out.MP4")}).exitCode, 0);
+    EXPECT_FALSE(fs::exists(left));
+    EXPECT_TRUE(fs::exists(used)) << "somebody is writing it";
+    EXPECT_TRUE(fs::exists(notes));
 }
 
 TEST_F(OutputTest, KeepsAnOlderFileWhenTheDiskIsFull) {

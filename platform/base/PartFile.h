@@ -1,0 +1,39 @@
+// A file that is written beside its target and takes the target's name when it is complete.
+#pragma once
+
+#include <filesystem>
+
+#include "platform/base/File.h"
+
+namespace platform {
+
+/// Where the file system can do that (O_TMPFILE), the file has no name until it is published, so that nothing
+/// is left of a program that is killed. Elsewhere it lies hidden beside the target and is locked by its
+/// writer, so that removeAbandonedParts() can tell what a killed one has left. One thread.
+class PartFile {
+  public:
+    /// Throws Error naming the target.
+    explicit PartFile(const std::filesystem::path& target);
+    ~PartFile();
+    PartFile(const PartFile&) = delete;
+    PartFile& operator=(const PartFile&) = delete;
+
+    int descriptor() const { return file_.descriptor(); }
+    /// Opens the file while this object lives, whether it has a name or not.
+    std::string path() const { return file_.path(); }
+    /// Replaces the target. Throws Error; the target is then untouched.
+    void publish();
+
+  private:
+    bool openWithoutName();
+    void openLocked();
+
+    std::filesystem::path target_;
+    std::filesystem::path hidden_;  ///< the name beside the target; empty: none yet
+    FileHandle file_;
+};
+
+/// Removes the hidden parts in a folder that nobody writes any more. Never throws.
+void removeAbandonedParts(const std::filesystem::path& folder);
+
+}  // namespace platform
