@@ -68,11 +68,18 @@ double share(int64_t done, int64_t total) {
     return total > 0 ? static_cast<double>(done) / static_cast<double>(total) : 0;
 }
 
+/// " (node photo in DIR/scene.plist)".
+std::string placeOf(const RenderReport::Entry& entry) {
+    std::string place = entry.node.empty() ? "" : "node " + entry.node;
+    if (!entry.scene.empty()) place += (place.empty() ? "in " : " in ") + entry.scene;
+    return place.empty() ? place : " (" + place + ")";
+}
+
+/// "left out gone.png: missing file (…)", "film.mp4 has 25 frames a second, … (…)".
 std::string describe(const RenderReport::Entry& entry) {
-    std::string text = entry.what + ": " + entry.name;
-    if (!entry.scene.empty()) text += ", scene " + entry.scene;
-    if (!entry.node.empty()) text += ", node " + entry.node;
-    return text;
+    const std::string name = entry.name.empty() ? "a file without a name" : entry.name;
+    return printable((entry.isLeftOut ? "left out " + name + ": " : name + " ") + entry.what +
+                     placeOf(entry));
 }
 
 std::string contentText(const JobSummary& summary) {
@@ -83,9 +90,9 @@ std::string contentText(const JobSummary& summary) {
                   summary.videoSeconds(), summary.format.framesPerSecond);
 }
 
-Value skippedValue(const JobSummary& summary) {
+Value entriesValue(const std::vector<RenderReport::Entry>& entries) {
     Value::Array list;
-    for (const RenderReport::Entry& entry : summary.skipped)
+    for (const RenderReport::Entry& entry : entries)
         list.emplace_back(Value::Dictionary{
             {"what", entry.what}, {"name", entry.name}, {"scene", entry.scene}, {"node", entry.node}});
     return list;
@@ -127,11 +134,17 @@ std::string soundText(const JobSummary& summary) {
 }
 
 Value::Dictionary summaryFields(const JobSummary& summary) {
-    return {{"output", summary.output.string()},      {"frames", summary.frames},
-            {"pictures", summary.pictures},           {"width", summary.format.width},
-            {"height", summary.format.height},        {"framesPerSecond", summary.format.framesPerSecond},
-            {"videoSeconds", summary.videoSeconds()}, {"seconds", summary.wallSeconds},
-            {"sound", soundValue(summary)},           {"skipped", skippedValue(summary)},
+    return {{"output", summary.output.string()},
+            {"frames", summary.frames},
+            {"pictures", summary.pictures},
+            {"width", summary.format.width},
+            {"height", summary.format.height},
+            {"framesPerSecond", summary.format.framesPerSecond},
+            {"videoSeconds", summary.videoSeconds()},
+            {"seconds", summary.wallSeconds},
+            {"sound", soundValue(summary)},
+            {"skipped", entriesValue(summary.skipped)},
+            {"usedOtherwise", entriesValue(summary.usedOtherwise)},
             {"missingInputs", missingValue(summary)}};
 }
 
@@ -262,7 +275,8 @@ void Console::jobNote(const std::string& text) {
 void Console::jobDone(const JobSummary& summary) {
     clearBar();
     if (isReserved_) {
-        for (const RenderReport::Entry& entry : summary.skipped) jobNote("left out " + describe(entry));
+        for (const auto* entries : {&summary.skipped, &summary.usedOtherwise})
+            for (const RenderReport::Entry& entry : *entries) jobNote(describe(entry));
     } else if (isJson_) {
         event("done", summaryFields(summary));
     } else {
@@ -275,8 +289,8 @@ void Console::printSummary(const JobSummary& summary) {
     line("made " + summary.output.string() + ": " + contentText(summary) +
          format(", %dx%d, in %.1f s", summary.format.width, summary.format.height, summary.wallSeconds));
     if (const std::string sound = soundText(summary); !sound.empty()) line(sound);
-    for (const RenderReport::Entry& entry : summary.skipped) line("left out " + describe(entry));
-    for (const std::string& key : summary.missingInputs) line("not given: " + key);
+    for (const RenderReport::Entry& entry : summary.skipped) line(describe(entry));
+    for (const RenderReport::Entry& entry : summary.usedOtherwise) line("note: " + describe(entry));
 }
 
 void Console::error(const platform::Error& error) {

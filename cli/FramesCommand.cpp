@@ -18,7 +18,8 @@ class FramesCommand : public Command {
         arguments.flag("--alpha", "Keep transparency; else the pictures are what the video shows",
                        request_.keepsAlpha);
         arguments.option(
-            "-o,--output", "DIR", "The folder for frame-000000.png and so on",
+            "-o,--output", "DIR",
+            "The folder for frame-000000.png and so on; such pictures of earlier runs go",
             [this](const std::string& value) { request_.output = value; }, Occurs::Once);
         arguments.example("multiscene frames templates/minimal --text text=Hello --at 0,45,89 -o pictures");
     }

@@ -15,6 +15,11 @@ struct FrameSelection {
     int64_t framesNeeded() const { return at.empty() ? INT64_MAX : *at.rbegin() + 1; }
     /// Throws platform::Error(Usage), naming the last frame, when a group of `frames` has not all of them.
     void requireWithin(int64_t frames) const;
+    /// The same before anything is rendered, for the number of frames that the catalogue says; below 1: it
+    /// does not.
+    void requireAnnounced(int64_t frames) const {
+        if (frames >= 1) requireWithin(frames);
+    }
 };
 
 }  // namespace multiscene

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <set>
+#include <string_view>
 #include <vector>
 
 #include "app/Job/GroupRun.h"
@@ -29,6 +31,21 @@ void divideByAlpha(std::vector<uint8_t>& rgba) {
     }
 }
 
+std::string pictureName(int64_t frame) {
+    char name[40];
+    std::snprintf(name, sizeof name, "frame-%06lld.png", static_cast<long long>(frame));
+    return name;
+}
+
+bool isPictureName(std::string_view name) {
+    constexpr std::string_view before = "frame-", after = ".png";
+    constexpr size_t leastDigits = 6;
+    if (!name.starts_with(before) || !name.ends_with(after)) return false;
+    name.remove_prefix(before.size());
+    name.remove_suffix(after.size());
+    return name.size() >= leastDigits && name.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
 /// The pictures of one job, written on the render queue; removed again unless kept.
 class PictureFiles {
   public:
@@ -41,23 +58,35 @@ class PictureFiles {
     PictureFiles& operator=(const PictureFiles&) = delete;
 
     void write(const PictureSink::Picture& picture) {
-        char name[40];
-        std::snprintf(name, sizeof name, "frame-%06lld.png", static_cast<long long>(picture.frame));
+        const fs::path file = folder_ / pictureName(picture.frame);
         const int stride = picture.width * 4;
         shown_.assign(picture.rgba, picture.rgba + size_t(stride) * size_t(picture.height));
         keepsAlpha_ ? divideByAlpha(shown_) : makeOpaque(shown_);
-        platform::writePng(folder_ / name, {picture.width, picture.height, shown_.data(), stride});
-        written_.push_back(folder_ / name);
+        platform::writePng(file, {picture.width, picture.height, shown_.data(), stride});
+        written_.push_back(file);
     }
 
-    /// The pictures stay; returns how many there are.
+    /// The pictures stay, and those of earlier jobs go; returns how many there are.
     int64_t keep() {
+        removeOlder();
         const auto count = static_cast<int64_t>(written_.size());
         written_.clear();
         return count;
     }
 
   private:
+    /// A mixture of two jobs would look like one.
+    void removeOlder() const {
+        std::error_code failure;
+        const std::set<fs::path> own(written_.begin(), written_.end());
+        std::vector<fs::path> older;
+        for (const fs::directory_entry& entry : fs::directory_iterator(folder_, failure))
+            if (isPictureName(entry.path().filename().string()) && entry.is_regular_file(failure) &&
+                !own.contains(entry.path()))
+                older.push_back(entry.path());
+        for (const fs::path& file : older) fs::remove(file, failure);
+    }
+
     fs::path folder_;
     bool keepsAlpha_;
     std::vector<uint8_t> shown_;
@@ -73,6 +102,7 @@ JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std:
     const PreparedGroup group = prepareGroup(request, job, observer, stop);
 
     const FrameSelection& wanted = request.selection;
+    wanted.requireAnnounced(group.totalFrames);
     PictureFiles files(folder, request.keepsAlpha);
     const auto sink = std::make_shared<PictureSink>(
         group.layout, [&files](const PictureSink::Picture& picture) { files.write(picture); },

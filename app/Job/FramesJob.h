@@ -17,9 +17,9 @@ struct FramesRequest : RenderRequest {
 };
 
 /// Writes frames as PNG files "frame-000010.png", top row first: what the video shows, or, with alpha, what
-/// gives that over black. Frame N is the video's frame stamped (N + 1)/fps. A job that does not end well
-/// takes its pictures away again. Main thread; pumps the main queue. Throws platform::Error, Cancelled when a
-/// stop was requested.
+/// gives that over black. Frame N is the video's frame stamped (N + 1)/fps. A job that ends well takes the
+/// pictures of earlier jobs out of the folder, any other its own. Main thread; pumps the main queue. Throws
+/// platform::Error, Cancelled when a stop was requested.
 JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std::stop_token stop);
 
 }  // namespace multiscene

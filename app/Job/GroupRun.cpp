@@ -1,5 +1,7 @@
 #include "app/Job/GroupRun.h"
 
+#include <algorithm>
+
 #include "opengl2.0/ShaderManager/ShaderManager.h"
 #include "other/RenderReport.h"
 #include "platform/base/DispatchQueue.h"
@@ -100,8 +102,11 @@ int64_t GroupRun::play() {
     if (!shared_->isComplete) cancel();
     finishShaderReport();
     reportProgress();
-    return shared_->frames;
+    return framesDone();
 }
+
+/// The render queue may go on for a moment after the last frame that is wanted.
+int64_t GroupRun::framesDone() const { return std::min<int64_t>(shared_->frames, shared_->frameLimit); }
 
 bool GroupRun::isOver() {
     return shared_->isComplete || shared_->frames >= shared_->frameLimit || shared_->failure();
@@ -129,7 +134,7 @@ void GroupRun::cancel() {
 
 void GroupRun::reportProgress() {
     JobProgress progress;
-    progress.frame = shared_->frames;
+    progress.frame = framesDone();
     progress.totalFrames = group_.totalFrames;
     reportedSeconds_ = platform::monotonicSeconds();
     const double elapsed = reportedSeconds_ - startSeconds_;

@@ -56,6 +56,7 @@ class GroupRun {
 
     void load();
     bool isOver();
+    int64_t framesDone() const;
     void cancel();
     void reportProgress();
     void startShaderReport();

@@ -12,11 +12,11 @@ JobSummary summaryOf(const PreparedGroup& group, int64_t frames, const FrameStat
     summary.frames = frames;
     summary.missingInputs = group.missingInputs;
     summary.statistics = statistics;
-    summary.skipped = RenderReport::shared().entries();
-    std::erase_if(summary.skipped, [&](const RenderReport::Entry& entry) {
+    for (RenderReport::Entry& entry : RenderReport::shared().entries()) {
         const auto& missing = group.missingInputs;
-        return std::find(missing.begin(), missing.end(), entry.name) != missing.end();
-    });
+        if (std::find(missing.begin(), missing.end(), entry.name) != missing.end()) continue;
+        (entry.isLeftOut ? summary.skipped : summary.usedOtherwise).push_back(std::move(entry));
+    }
     return summary;
 }
 

@@ -25,7 +25,8 @@ struct JobSummary {
     double wallSeconds = 0;  ///< of the whole job
     /// What was left out, each once: missing files, shaders that do not build.
     std::vector<RenderReport::Entry> skipped;
-    std::vector<std::string> missingInputs;  ///< keys that the user did not give
+    std::vector<RenderReport::Entry> usedOtherwise;  ///< not as the template says, each once
+    std::vector<std::string> missingInputs;          ///< keys that the user did not give
     FrameStatistics statistics;
     platform::VideoWriter::Statistics encoder;      ///< of a video
     std::optional<platform::AudioMixReport> sound;  ///< none: the video is silent

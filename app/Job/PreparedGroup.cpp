@@ -88,7 +88,17 @@ void shareFolders(const PreparedGroup& prepared, const JobFolder& job) {
     settings.setCurrentSceneGroupUserResourcePathFloder(folder.string() + "/");
 }
 
+/// "not given, so their places stay empty: title, photo".
+std::string missingNote(const std::vector<std::string>& keys) {
+    std::string note;
+    for (const std::string& key : keys) note += (note.empty() ? "" : ", ") + key;
+    return (keys.size() == 1 ? "not given, so its place stays empty: "
+                             : "not given, so their places stay empty: ") +
+           note;
+}
+
 void addNotes(const PreparedGroup& prepared, const RenderRequest& request, Notes& notes) {
+    if (!prepared.missingInputs.empty()) notes.push_back(missingNote(prepared.missingInputs));
     if (prepared.musicPath.empty() && request.musicSettings != MusicSettings())
         notes.push_back("there is no music whose volume, start or fade could be set");
     const std::string shape = shapeNote(request, prepared.playable, prepared.format);

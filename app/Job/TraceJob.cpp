@@ -13,6 +13,7 @@ JobSummary traceFrames(const TraceRequest& request, const std::function<void(con
     const JobFolder job;
     const PreparedGroup group = prepareGroup(request, job, observer, stop);
 
+    request.selection.requireAnnounced(group.totalFrames);
     std::shared_ptr<FrameSink> sink;
     if (request.draws) sink = std::make_shared<PictureSink>(group.layout, [](const PictureSink::Picture&) {});
     GroupRun run(group, sink, nullptr, observer, std::move(stop));

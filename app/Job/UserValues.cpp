@@ -45,6 +45,21 @@ int photoSide(const MediaFormat& format) {
     return std::max(2 * std::max(format.width, format.height), kLeastPhotoSide);
 }
 
+/// " (--photo me=FILE)"; empty for a kind that several options give.
+std::string optionFor(InputKind kind, const std::string& key) {
+    switch (kind) {
+        case InputKind::Text:
+            return " (--text " + key + "=TEXT)";
+        case InputKind::Photo:
+            return " (--photo " + key + "=FILE)";
+        case InputKind::Video:
+            return " (--video " + key + "=FILE)";
+        case InputKind::File:
+            break;
+    }
+    return {};
+}
+
 class Collector {
   public:
     Collector(const Playable& playable, const JobFolder& job, const MediaFormat& format,
@@ -305,7 +320,9 @@ class Collector {
         const AskedFor& asked = requireKnown(key);
         if (!fits(given, asked.kind))
             throw Error(ErrorKind::Input,
-                        std::string("the template asks for ") + inputKindName(asked.kind) + " here", "", key);
+                        std::string("the template asks for ") + inputKindName(asked.kind) + " here" +
+                            optionFor(asked.kind, key),
+                        "", key);
         return asked;
     }
 

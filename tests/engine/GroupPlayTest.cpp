@@ -351,8 +351,8 @@ TEST_F(GroupPlay, TraceListsEveryChildInTreeOrder) {
     EXPECT_EQ(nodes[1].string("name"), "inner");
     EXPECT_EQ(nodes[1].array("path").size(), 2u);
     EXPECT_EQ(nodes[1]["parent"], nodes[0]["path"]);
-    EXPECT_EQ(nodes[2].string("type"), "QVCamera3D");
-    EXPECT_EQ(nodes[3].string("type"), "QVNullVideoBgObject3D");
+    EXPECT_EQ(nodes[2].string("type"), "QVFrustumCamera");
+    EXPECT_EQ(nodes[3].string("type"), "QVNullVideoTimeSource");
 }
 
 }  // namespace

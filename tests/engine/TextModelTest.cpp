@@ -157,7 +157,7 @@ TEST_F(TextModelTest, FontsThatAreNotThereAreReportedOnce) {
     model({{"fontName", "No Such Letters"}});
     model({});
     ASSERT_EQ(RenderReport::shared().entries().size(), 2u);
-    EXPECT_EQ(RenderReport::shared().entries()[0].what, "missing font file");
+    EXPECT_EQ(RenderReport::shared().entries()[0].what, "is a missing font file; another font is used");
     EXPECT_EQ(RenderReport::shared().entries()[1].name, "No Such Letters");
 }
 

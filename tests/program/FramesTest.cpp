@@ -158,6 +158,42 @@ TEST_F(FramesTest, BeyondTheEndNameTheLastFrameAndLeaveNone) {
     EXPECT_TRUE(fs::is_empty(folder.path() / "none"));
 }
 
+TEST_F(FramesTest, BeyondTheEndAreRefusedBeforeAnythingIsPlayed) {
+    SmallTemplate endless;
+    endless.name = "endless";
+    endless.clock = clockOf(1'000'000'000);
+    endless.record = recordOf(8, "endless", "scene.plist", 1'000'000'000);
+    const Result result =
+        multiscene({"frames", endless.write(folder.path()), "--at", "1000000000", "-o", folder.file("none")});
+    EXPECT_EQ(result.exitCode, 2);
+    EXPECT_THAT(result.errors, HasSubstr("the last frame is 999999999"));
+}
+
+TEST_F(FramesTest, AreCountedTheSameInEveryRun) {
+    SmallTemplate longer;
+    longer.name = "longer";
+    longer.clock = clockOf(1000);
+    longer.record = recordOf(8, "longer", "scene.plist", 1000);
+    const Result result =
+        multiscene({"frames", longer.write(folder.path()), "--at", "0", "--json", "-o", folder.file("one")});
+    ASSERT_EQ(result.exitCode, 0) << result.errors;
+    const Value done = result.jsonLines().back();
+    EXPECT_EQ(done.integer("frames"), 1);
+    EXPECT_DOUBLE_EQ(done["videoSeconds"].doubleValue(), 0.1);
+}
+
+TEST_F(FramesTest, TakeThePlaceOfEarlierOnesAndOfNothingElse) {
+    frames("used", {"--at", "0,1,5"});
+    for (const char* other : {"frame-1.png", "frame-00000x.png", "cover.png"})
+        writePicture(folder.path() / "used" / other, 0x00ff00);
+    EXPECT_EQ(multiscene({"frames", path, "--at", "6", "-o", folder.file("used")}).exitCode, 2);
+    EXPECT_TRUE(fs::exists(folder.path() / "used/frame-000005.png")) << "a refused job took it away";
+    std::vector<std::string> names;
+    for (const auto& [name, content] : frames("used", {"--at", "1,2"})) names.push_back(name);
+    EXPECT_THAT(names, ::testing::ElementsAre("cover.png", "frame-000001.png", "frame-000002.png",
+                                              "frame-00000x.png", "frame-1.png"));
+}
+
 TEST_F(FramesTest, AreTracedTheSameDrawnOrNot) {
     const Result plain = multiscene({"trace", path});
     const Result drawn = multiscene({"trace", path, "--draw"});

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <fstream>
 
 #include "app/Other/TemplateInstallation.h"
@@ -130,6 +131,7 @@ TEST_F(MakeTest, NamesWhatItLeftOutOnceAndCarriesOn) {
     EXPECT_THAT(shader.string("name"), HasSubstr("own.fsh"));
     EXPECT_EQ(shader.string("node"), "shaded");
     EXPECT_EQ(done["missingInputs"], Value(Value::Array{"photo"}));
+    EXPECT_LT(result.output.find("not given"), result.output.find("\"progress\"")) << result.output;
 }
 
 TEST_F(MakeTest, CountsLettersAsReadersDoAndNotesATextThatIsALittleTooLong) {
@@ -202,8 +204,32 @@ TEST_F(MakeTest, NamesLettersThatNoFontHas) {
     const Result result = multiscene({"frames", small.write(folder.path()), "--at", "0", "--text",
                                       "title=a\U0010FFFF", "-o", folder.file("pictures")});
     EXPECT_EQ(result.exitCode, 0) << result.errors;
-    EXPECT_THAT(result.output, HasSubstr("left out letters that cannot be drawn: U+10FFFF"));
-    EXPECT_THAT(result.output, HasSubstr("left out letters that cannot be drawn: U+10FFFE"));
+    EXPECT_THAT(result.output, HasSubstr("left out U+10FFFF: letters that cannot be drawn"));
+    EXPECT_THAT(result.output, HasSubstr("left out U+10FFFE: letters that cannot be drawn"));
+}
+
+TEST_F(MakeTest, NamesWhatItUsedOtherwiseButNotAsLeftOut) {
+    SmallTemplate small;
+    Value::Dictionary node = quad("loud", "$(currentScenePlistROOT)/red.png");
+    node["ComponentsInfo"] =
+        Value::Array{Value::Dictionary{{"type", "QVObject3DSoundSourceComponent"},
+                                       {"audioFilePath", "$(currentScenePlistROOT)/long.wav"},
+                                       {"audioVolume", 1},
+                                       {"startFps", 0},
+                                       {"endFps", 2}}};
+    small.nodes.push_back(node);
+    const auto path = small.write(folder.path());
+    writeSound(path / "long.wav", 2);
+    const std::vector<std::string> words{"make", path, "--text", "title=Hi", "-o", output()};
+    const Result result = multiscene(words);
+    ASSERT_EQ(result.exitCode, 0) << result.errors;
+    EXPECT_THAT(result.output, HasSubstr("long.wav is longer than its time in the scene"));
+    EXPECT_THAT(result.output, Not(HasSubstr("left out")));
+    std::vector<std::string> json = words;
+    json.emplace_back("--json");
+    const Value done = multiscene(json).jsonLines().back();
+    EXPECT_THAT(done.array("skipped"), IsEmpty());
+    EXPECT_EQ(done.array("usedOtherwise").size(), 1u);
 }
 
 TEST_F(MakeTest, TakesInputsFromAFileAndLetsTheCommandLineWin) {

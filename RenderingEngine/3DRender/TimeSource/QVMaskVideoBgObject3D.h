@@ -20,7 +20,7 @@ class QVMaskVideoBgObject3D : public QVQuadObject3D, public TimeSourceBase {
     /// The same with paths and rate from "VideoInfo".
     void initWithVideoInfo(const platform::Value& videoInfo);
 
-    const char* className() const override { return "QVMaskVideoBgObject3D"; }
+    const char* className() const override { return "QVMaskVideoTimeSource"; }
     std::shared_ptr<QVObjectContainer3D> node() override { return shared_from_this(); }
     void renderComplete(const platform::CMTime& time) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;

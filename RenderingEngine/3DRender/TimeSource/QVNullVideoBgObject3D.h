@@ -13,7 +13,7 @@ class QVNullVideoBgObject3D : public QVObject3DFpsBase, public TimeSourceBase {
     /// Once, right after construction.
     void initWithMaterWithFps(int32_t materWithFps, int32_t totalFps);
 
-    const char* className() const override { return "QVNullVideoBgObject3D"; }
+    const char* className() const override { return "QVNullVideoTimeSource"; }
     std::shared_ptr<QVObjectContainer3D> node() override { return shared_from_this(); }
     void computeTimeSourceFpsTotal() override;
     void renderComplete(const platform::CMTime& time) override;

@@ -19,7 +19,7 @@ class QVSingleVideoBgObject3D : public QVQuadObject3D, public TimeSourceBase {
     /// The same with path and rate from "VideoInfo".
     void initWithVideoInfo(const platform::Value& videoInfo);
 
-    const char* className() const override { return "QVSingleVideoBgObject3D"; }
+    const char* className() const override { return "QVSingleVideoTimeSource"; }
     std::shared_ptr<QVObjectContainer3D> node() override { return shared_from_this(); }
     void renderComplete(const platform::CMTime& time) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;

@@ -110,10 +110,10 @@ void TimeSourceBase::report(const QVVideoReader& reader) {
     if (!reader.isReadable()) {
         reportSkipped(self(), "missing or unreadable video", reader.url());
     } else if (reader.hasOtherFrameRate()) {
-        char rates[80];
-        std::snprintf(rates, sizeof rates, ": %.2f instead of %d", reader.sourceFrameRate(),
-                      reader.videoFps());
-        reportSkipped(self(), "video of another frame rate than its \"videoFps\"", reader.url() + rates);
+        char rates[120];
+        std::snprintf(rates, sizeof rates, "has %.2f frames a second, its \"videoFps\" says %d",
+                      reader.sourceFrameRate(), reader.videoFps());
+        reportUsedOtherwise(self(), rates, reader.url());
     }
 }
 

@@ -38,7 +38,7 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
     QVObjectContainer3D();
     ~QVObjectContainer3D() override;
 
-    /// The class, as scene files name it.
+    /// The type, as scene files name it.
     virtual const char* className() const = 0;
     /// An optional name from the dictionary, for people: messages and traces show it.
     const std::string& name() const { return name_; }

@@ -14,13 +14,22 @@ std::string sceneName(const QVObjectContainer3D& node) {
     return file.empty() ? scene->sceneIdentifier() : file;
 }
 
-}  // namespace
-
-void reportSkipped(const QVObjectContainer3D& node, std::string what, std::string name) {
+void report(const QVObjectContainer3D& node, std::string what, std::string name, bool isLeftOut) {
     RenderReport::shared().add({.what = std::move(what),
                                 .name = std::move(name),
                                 .scene = sceneName(node),
-                                .node = node.name().empty() ? node.className() : node.name()});
+                                .node = node.name().empty() ? node.className() : node.name(),
+                                .isLeftOut = isLeftOut});
+}
+
+}  // namespace
+
+void reportSkipped(const QVObjectContainer3D& node, std::string what, std::string name) {
+    report(node, std::move(what), std::move(name), true);
+}
+
+void reportUsedOtherwise(const QVObjectContainer3D& node, std::string what, std::string name) {
+    report(node, std::move(what), std::move(name), false);
 }
 
 }  // namespace multiscene

@@ -10,4 +10,7 @@ class QVObjectContainer3D;
 /// of trouble such as "missing file", `name` the file or key. Any number of times: listed once.
 void reportSkipped(const QVObjectContainer3D& node, std::string what, std::string name);
 
+/// The same for what a node used in another way than its dictionary says; `what` says how.
+void reportUsedOtherwise(const QVObjectContainer3D& node, std::string what, std::string name);
+
 }  // namespace multiscene

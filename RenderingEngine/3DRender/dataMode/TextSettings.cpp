@@ -54,15 +54,18 @@ float findTextScale(const std::string& key, const std::string& sceneIdentifier) 
 }
 
 platform::TextFont findFont(const std::string& name, float size, const std::string& sceneFolder) {
-    auto& report = RenderReport::shared();
+    const auto report = [&](const char* what) {
+        RenderReport::shared().add(
+            {.what = what, .name = name, .scene = sceneFolder, .node = {}, .isLeftOut = false});
+    };
     if (!namesFile(name)) {
-        if (!platform::isFontInstalled(name)) report.add({"font not installed", name, sceneFolder, ""});
+        if (!platform::isFontInstalled(name)) report("is not installed; another font is used");
         return {name, "", size};
     }
     const std::string file =
         QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(name, sceneFolder);
     if (file.empty() || !platform::FileGate::shared().exists(file))
-        report.add({"missing font file", name, sceneFolder, ""});
+        report("is a missing font file; another font is used");
     return {"", file, size};
 }
 

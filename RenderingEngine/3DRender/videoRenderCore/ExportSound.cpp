@@ -39,9 +39,9 @@ float secondsOf(const platform::AudioFile& sound) {
 
 platform::CMTime time(int64_t hundredthsOfSecond) { return platform::CMTimeMake(hundredthsOfSecond, 100); }
 
-void report(const std::string& what, const platform::Value& entry) {
+void report(const std::string& what, const platform::Value& entry, bool isLeftOut = true) {
     RenderReport::shared().add(
-        {.what = what, .name = entry.string("audioPath"), .scene = {}, .node = entry.string("audioName")});
+        {.what = what, .name = entry.string("audioPath"), .scene = {}, .node = {}, .isLeftOut = isLeftOut});
 }
 
 /// The sounds of one mix, each file opened once.
@@ -58,13 +58,13 @@ class SoundFiles {
   private:
     static SoundFile read(const platform::Value& entry, const std::string& path) {
         platform::FileGate::Opened opened = platform::FileGate::shared().open(path);
-        if (!opened.file && opened.verdict != platform::FileGate::Verdict::Missing)
+        if (opened.verdict == platform::FileGate::Verdict::Outside ||
+            opened.verdict == platform::FileGate::Verdict::NotRegular)
             throw platform::Error(platform::ErrorKind::Template, platform::describe(opened.verdict), path);
         try {
             if (opened.file) return std::make_shared<platform::AudioFile>(std::move(opened.file), path);
             report("missing file", entry);
         } catch (const platform::Error& error) {
-            if (error.kind() == platform::ErrorKind::Transient) throw;
             report(error.message(), entry);
         }
         return nullptr;
@@ -78,7 +78,7 @@ void reportLongerThanWindow(const platform::Value& entry, const platform::AudioF
     const int64_t window = ExportSound::hundredthsOfFrame(entry.integer("fpsEnd"), framesPerSecond) -
                            ExportSound::hundredthsOfFrame(entry.integer("fpsStart"), framesPerSecond);
     const int64_t length = hundredths(static_cast<float>(CMTimeGetSeconds(sound.duration())));
-    if (length > window) report("sound longer than its window: it plays to its end", entry);
+    if (length > window) report("is longer than its time in the scene and plays to its end", entry, false);
 }
 
 /// Hundredths of a second at which the last piece ends.

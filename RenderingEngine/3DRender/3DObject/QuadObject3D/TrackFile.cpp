@@ -72,8 +72,7 @@ platform::Value::Array TrackFile::read(const std::string& path) {
         const auto plain =
             decryptedAES256DataUsingDefaultKey(platform::readFile(opened.file, path, maxBytes));
         return plain ? frames(*plain) : platform::Value::Array();
-    } catch (const platform::Error& error) {
-        if (error.kind() == platform::ErrorKind::Transient) throw;
+    } catch (const platform::Error&) {
         return {};
     }
 }

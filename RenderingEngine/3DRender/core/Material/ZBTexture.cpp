@@ -50,8 +50,7 @@ platform::Bitmap decodeStretched(const platform::FileHandle& file, const std::st
                                  platform::ImageSize size) {
     try {
         return platform::decodeImage(file, {.canvas = size, .source = {.name = name}});
-    } catch (const platform::Error& error) {
-        if (error.kind() == platform::ErrorKind::Transient) throw;
+    } catch (const platform::Error&) {
         return {};
     }
 }
@@ -103,8 +102,7 @@ platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path, const Show
         if (!canvas.isEmpty())
             textureContentSize_ = {static_cast<double>(size.width), static_cast<double>(size.height)};
         return canvas;
-    } catch (const platform::Error& error) {
-        if (error.kind() == platform::ErrorKind::Transient) throw;
+    } catch (const platform::Error&) {
         return {};
     }
 }

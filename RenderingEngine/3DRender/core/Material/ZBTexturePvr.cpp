@@ -10,8 +10,7 @@ void ZBTexture::loadTextureFromPvr(const std::string& path) {
         const PvrFile file(platform::readFile(opened, path, PvrFile::maxBytes));
         textureContentSize_ = {static_cast<double>(file.width()), static_cast<double>(file.height())};
         uploadPvr(texture_, file);
-    } catch (const platform::Error& error) {
-        if (error.kind() == platform::ErrorKind::Transient) throw;
+    } catch (const platform::Error&) {
         // Unreadable: the texture stays 0.
     }
 }

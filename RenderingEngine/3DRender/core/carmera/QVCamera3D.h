@@ -15,7 +15,9 @@ extern const KeyTable lookAtKeys;
 /// Its own placement (transform) plays no part; it moves by its "LookAtAnimation".
 class QVCamera3D : public QVObject3DTransformBase {
   public:
-    const char* className() const override { return "QVCamera3D"; }
+    const char* className() const override {
+        return isPerspectiveCamera3D_ ? "QVFrustumCamera" : "QVOrthCamera";
+    }
 
     /// Distances before the eye, in model units, between which a camera of a scene file sees.
     static constexpr float defaultNear = 1, defaultFar = 2500, defaultOrthNear = -1000, defaultOrthFar = 2500;
