@@ -37,9 +37,9 @@ platform::Value::Dictionary overviewFields(const TemplateOverview& overview) {
             {"name", overview.name},
             {"title", overview.title},
             {"installed", overview.isInstalled},
+            {"sample", overview.isSample},
             {"offered", overview.isOffered},
             {"new", overview.isNew},
-            {"newerOffered", overview.newerOffered},
             {"needsNewerVersion", overview.needsNewerVersion},
             {"minVersion", overview.minVersion},
             {"megabytes", overview.megabytes},
@@ -54,9 +54,14 @@ std::string lengthText(const TemplateOverview& overview) {
 
 std::string stateText(const TemplateOverview& overview) {
     std::ostringstream text;
-    text << (overview.isInstalled ? "installed" : "offered");
-    if (overview.isNew) text << ", new";
-    if (overview.newerOffered) text << ", newer offered";
+    const auto add = [&](bool isSo, const char* words) {
+        if (isSo) text << (text.tellp() > 0 ? ", " : "") << words;
+    };
+    add(overview.isInstalled, "installed");
+    add(overview.isSample, "sample");
+    add(overview.isOffered && !overview.isInstalled, "offered");
+    add(text.tellp() <= 0, "not installed");
+    add(overview.isNew, "new");
     if (overview.needsNewerVersion) text << ", needs version " << overview.minVersion;
     return text.str();
 }

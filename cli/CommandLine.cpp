@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <map>
+#include <set>
 #include <string_view>
 #include <vector>
 
@@ -22,7 +23,9 @@ namespace {
 
 class ParserArguments : public Arguments {
   public:
-    explicit ParserArguments(CLI::App& app) : app_(app) {}
+    /// Adds the names of options that may be given again to `repeatedNames`.
+    ParserArguments(CLI::App& app, std::set<std::string, std::less<>>& repeatedNames)
+        : app_(app), repeatedNames_(repeatedNames) {}
 
     void word(const std::string& name, const std::string& help, Handler handler) override {
         app_.add_option_function<std::string>(name, handled(name, std::move(handler)), help)->required();
@@ -67,12 +70,15 @@ class ParserArguments : public Arguments {
                                handled(names, std::move(handler))](const std::vector<std::string>& values) {
             for (const std::string& value : values) take(value);
         };
-        return app_.add_option_function<std::vector<std::string>>(names, each, help)
-            ->type_size(1)
-            ->allow_extra_args(false);
+        CLI::Option* option = app_.add_option_function<std::vector<std::string>>(names, each, help)
+                                  ->type_size(1)
+                                  ->allow_extra_args(false);
+        for (const std::string& name : option->get_lnames()) repeatedNames_.insert("--" + name);
+        return option;
     }
 
     CLI::App& app_;
+    std::set<std::string, std::less<>>& repeatedNames_;
 };
 
 /// A command's name taken apart: "templates list", or "make" without a group.
@@ -112,6 +118,7 @@ struct Parser {
     CommandLine result;
     std::map<CLI::App*, std::unique_ptr<Command>> byApp;
     std::map<std::string_view, CLI::App*> groups;
+    std::set<std::string, std::less<>> repeatedNames;
 
     Parser() {
         app.set_version_flag("--version", "multiscene " + programVersion());
@@ -144,7 +151,7 @@ struct Parser {
         CLI::App* sub = parentOf(words).add_subcommand(std::string(words.name), entry.summary);
         sub->fallthrough();
         auto command = entry.make();
-        ParserArguments arguments(*sub);
+        ParserArguments arguments(*sub, repeatedNames);
         command->declare(arguments);
         byApp.emplace(sub, std::move(command));
     }
@@ -155,6 +162,32 @@ struct Parser {
         return std::move(byApp.at(sub));
     }
 };
+
+/// "KEY=VALUE", and no path.
+bool isPair(std::string_view word) {
+    const size_t equals = word.find('=');
+    return equals != std::string_view::npos && equals > 0 && word.front() != '-' &&
+           word.substr(0, equals).find('/') == std::string_view::npos;
+}
+
+/// "--text a=1 b=2" spelt out as "--text a=1 --text b=2". The parser's own way would swallow TEMPLATE too.
+std::vector<std::string> spelledOut(int count, const char* const* words,
+                                    const std::set<std::string, std::less<>>& repeatedNames) {
+    std::vector<std::string> all;
+    std::string repeated;  // the option that the next pair belongs to
+    for (int at = 1; at < count; ++at) {
+        const std::string word = words[at];
+        const std::string name = word.substr(0, word.find('='));
+        const bool follows = !repeated.empty() && isPair(word);
+        if (follows && all.back() != repeated) all.push_back(repeated);
+        if (repeatedNames.contains(name))
+            repeated = name;
+        else if (!follows)
+            repeated.clear();
+        all.push_back(word);
+    }
+    return all;
+}
 
 std::string oneLine(std::string text) {
     std::replace(text.begin(), text.end(), '\n', ' ');
@@ -194,12 +227,51 @@ std::string unknownCommand(const CommandWords& given) {
     return unknown.empty() && !seconds.empty() ? unlessKnown(given.name, seconds) : unknown;
 }
 
+/// The words of the command that was understood, as "multiscene templates show".
+std::string programWords(const CLI::App& app) {
+    const auto chosen = app.get_subcommands();
+    return chosen.empty() ? app.get_name() : app.get_name() + " " + programWords(*chosen.front());
+}
+
+const CLI::App& innermost(const CLI::App& app) {
+    const auto chosen = app.get_subcommands();
+    return chosen.empty() ? app : innermost(*chosen.front());
+}
+
+std::string unexpectedWord(const CLI::App& app, const std::string& word) {
+    if (!word.starts_with('-'))
+        return "\"" + word +
+               "\" is one word too many; a value that holds blanks needs quotes: \"KEY=two words\"";
+    std::vector<std::string> names;
+    for (const CLI::Option* option : innermost(app).get_options())
+        for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+    const std::string given = word.substr(0, word.find('='));
+    const std::string remedy = didYouMean(given, {names.begin(), names.end()});
+    return "unknown option " + given + (remedy.empty() ? "" : "; " + remedy);
+}
+
+/// What is wrong, in words of our own where the parser's are hard to read.
+std::string faultOf(const CLI::App& app, const CLI::ParseError& error) {
+    const std::vector<std::string> rest = app.remaining(true);
+    const auto option =
+        std::find_if(rest.begin(), rest.end(), [](const std::string& word) { return word.starts_with('-'); });
+    if (option != rest.end()) return unexpectedWord(app, *option);
+    if (!rest.empty()) return unexpectedWord(app, rest.front());
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error)) {
+        const std::string text = oneLine(error.what());
+        return text.substr(0, text.find(':')) + " needs a value";
+    }
+    return oneLine(error.what());
+}
+
 }  // namespace
 
 CommandLine parseCommandLine(int count, const char* const* words) {
     Parser parser;
     try {
-        parser.app.parse(count, words);
+        std::vector<std::string> all = spelledOut(count, words, parser.repeatedNames);
+        std::reverse(all.begin(), all.end());  // as the parser wants them
+        parser.app.parse(std::move(all));
     } catch (const LimitsCall&) {
         parser.result.text = limitsText(asksForJson(count, words));
         return std::move(parser.result);
@@ -210,8 +282,8 @@ CommandLine parseCommandLine(int count, const char* const* words) {
         return std::move(parser.result);
     } catch (const CLI::ParseError& error) {
         const std::string unknown = unknownCommand(commandWords(count, words));
-        throw Error(ErrorKind::Usage,
-                    (unknown.empty() ? oneLine(error.what()) : unknown) + " (see multiscene --help)");
+        throw Error(ErrorKind::Usage, (unknown.empty() ? faultOf(parser.app, error) : unknown) + " (see " +
+                                          programWords(parser.app) + " --help)");
     }
     parser.result.command = parser.chosen();
     return std::move(parser.result);

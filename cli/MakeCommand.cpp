@@ -16,8 +16,9 @@ class MakeCommand : public Command {
         declareJudgement(arguments, request_);
         declareVideo(arguments, request_);
         arguments.example(
-            "multiscene make templates/minimal --text text=Hello --photo photo=me.jpg -o hello.mp4");
-        arguments.example("multiscene make 1100 --media inputs.json --music none -o out.mp4");
+            "multiscene make sunny-day --text title=Hello message='For\\nyou' --photo photo=me.jpg -o "
+            "hello.mp4");
+        arguments.example("multiscene make my-template.zip --media inputs.json --music none -o out.mp4");
     }
 
     int run(Console& console, std::stop_token stop) override {

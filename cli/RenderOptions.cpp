@@ -14,6 +14,8 @@ using platform::ErrorKind;
 namespace {
 
 constexpr int kMaxFramesPerSecond = 1000;
+constexpr const char* kPair = "KEY=VALUE; multiscene templates show TEMPLATE lists the keys";
+constexpr const char* kFilePair = "KEY=FILE; multiscene templates show TEMPLATE lists the keys";
 constexpr double kMostSeconds = 86400;
 constexpr int64_t kLeastBitRate = 1000, kMostBitRate = 500'000'000;  // bits a second
 
@@ -79,6 +81,18 @@ JobInputs::PhotoPart focusOf(const std::string& text) {
     const JobInputs::Given given = keyAndValue(text, wanted);
     const auto n = sharesOf(given.value, 2, wanted);
     return {given.key, {platform::PhotoCrop::Kind::Focus, n[0], n[1]}};
+}
+
+/// A text as it is typed: \n begins a new line, \\ is a backslash, and others stay as they are.
+std::string withLineBreaks(const std::string& typed) {
+    std::string text;
+    for (size_t at = 0; at < typed.size(); ++at) {
+        const char next = typed[at] == '\\' && at + 1 < typed.size() ? typed[at + 1] : '\0';
+        const bool isEscape = next == 'n' || next == '\\';
+        text += next == 'n' ? '\n' : typed[at];
+        if (isEscape) ++at;
+    }
+    return text;
 }
 
 MediaSize sizeOf(std::string text) {
@@ -166,13 +180,19 @@ void declareSource(Arguments& arguments, RenderRequest& request, bool takesGroup
 void declareInputs(Arguments& arguments, RenderRequest& request) {
     arguments.option(
         "--text", "KEY=VALUE",
-        "A text that the template asks for; up to twice as long as there is room for, it is drawn smaller",
-        [&](const std::string& value) { request.inputs.texts.push_back(keyAndValue(value, "KEY=VALUE")); },
+        "Texts that the template asks for; \\n begins a new line, \\\\ is a backslash; up to twice as long "
+        "as "
+        "there is room for, a text is drawn smaller",
+        [&](const std::string& value) {
+            JobInputs::Given text = keyAndValue(value, kPair);
+            text.value = withLineBreaks(text.value);
+            request.inputs.texts.push_back(std::move(text));
+        },
         Occurs::AnyNumber);
     arguments.option(
         "--photo", "KEY=FILE",
-        "A photo; it is turned upright and cropped to the shape the template wants, so that faces stay",
-        [&](const std::string& value) { request.inputs.photos.push_back(keyAndValue(value, "KEY=FILE")); },
+        "Photos; each is turned upright and cropped to the shape the template wants, so that faces stay",
+        [&](const std::string& value) { request.inputs.photos.push_back(keyAndValue(value, kFilePair)); },
         Occurs::AnyNumber);
     arguments.option(
         "--crop", "KEY=x,y,w,h",
@@ -185,8 +205,8 @@ void declareInputs(Arguments& arguments, RenderRequest& request) {
         [&](const std::string& value) { request.inputs.photoParts.push_back(focusOf(value)); },
         Occurs::AnyNumber);
     arguments.option(
-        "--video", "KEY=FILE", "A video; it is turned upright, keeps its speed and is trimmed to its place",
-        [&](const std::string& value) { request.inputs.videos.push_back(keyAndValue(value, "KEY=FILE")); },
+        "--video", "KEY=FILE", "Videos; each is turned upright, keeps its speed and is trimmed to its place",
+        [&](const std::string& value) { request.inputs.videos.push_back(keyAndValue(value, kFilePair)); },
         Occurs::AnyNumber);
     arguments.option(
         "--video-volume", "KEY=N", "How loud a video's own sound is, 0 to 1; else as the template says",
@@ -200,10 +220,10 @@ void declareInputs(Arguments& arguments, RenderRequest& request) {
 
 void declareFormat(Arguments& arguments, RenderRequest& request, Occurs occurs) {
     arguments.option(
-        "--size", "WxH", "Size in pixels, even numbers",
+        "--size", "WxH", "Size in pixels, even numbers; the template's if not given",
         [&](const std::string& value) { request.size = sizeOf(value); }, occurs);
     arguments.option(
-        "--fps", "N", "Frames a second",
+        "--fps", "N", "Frames a second; the template's if not given",
         [&](const std::string& value) {
             request.framesPerSecond = static_cast<int>(numberWithin(value, 1, kMaxFramesPerSecond));
         },
@@ -230,9 +250,10 @@ void declareJudgement(Arguments& arguments, RenderRequest& request) {
 
 void declareVideo(Arguments& arguments, VideoRequest& request) {
     declareSound(arguments, request);
-    arguments.option("--bitrate", "B", "Video bits a second: 1500k, 4M",
+    arguments.option("--bitrate", "B", "Video bits a second: 1500k, 4M; 1500k if not given",
                      [&](const std::string& value) { request.bitRate = bitRateOf(value); });
-    arguments.option("--preset", "P", "Speed of the encoder: " + platform::VideoWriter::presets(),
+    arguments.option("--preset", "P",
+                     "Speed of the encoder: " + platform::VideoWriter::presets() + "; veryfast if not given",
                      [&](const std::string& value) { request.preset = presetOf(value); });
     arguments.option(
         "-o,--output", "OUT.mp4", "The video; it appears when it is complete",

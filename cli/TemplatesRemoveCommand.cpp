@@ -1,4 +1,5 @@
 #include "app/Other/InstalledTemplates.h"
+#include "app/Other/SampleTemplates.h"
 #include "app/Other/TemplateInstallation.h"
 #include "cli/CatalogueCommand.h"
 #include "cli/Commands.h"
@@ -23,8 +24,11 @@ class TemplatesRemoveCommand : public Command {
         QVDataManager& catalogue = openCatalogue();
         const auto found = findInstalledTemplate(catalogue, wanted_);
         if (!found)
-            throw Error(ErrorKind::Template,
-                        "no template of this id or name is installed; nothing was removed", wanted_);
+            throw Error(ErrorKind::Usage,
+                        findSampleTemplate(wanted_)
+                            ? "ships with the program and is not installed; nothing was removed"
+                            : "no template of this id or name is installed; nothing was removed",
+                        wanted_);
         const InstallResult result = TemplateInstallation(catalogue, found->name).remove();
         if (console.isJson())
             console.event("done", {{"outcome", "removed"},

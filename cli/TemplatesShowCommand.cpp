@@ -1,3 +1,7 @@
+#include <filesystem>
+
+#include "app/Job/JobFolder.h"
+#include "app/Job/Playable.h"
 #include "app/Model/QVUserPhotoInputModel.h"
 #include "app/Model/QVUserTextInputModel.h"
 #include "app/Model/QVUserVideoInputModel.h"
@@ -64,22 +68,38 @@ std::string inputLine(const QVUserInputModelBase& input) {
 class TemplatesShowCommand : public Command {
   public:
     void declare(Arguments& arguments) override {
-        arguments.word("TEMPLATE", "Id or name of a template that is installed or offered",
+        arguments.word("TEMPLATE",
+                       "Id or name of a template that is installed, a sample or offered; a template's folder "
+                       "or a zip of one",
                        [this](const std::string& value) { wanted_ = value; });
         declareServer(arguments);
-        arguments.example("multiscene templates show 1000");
+        arguments.example("multiscene templates show sunny-day");
+        arguments.example("multiscene templates show birthday.zip");
     }
 
     int run(Console& console, std::stop_token) override {
-        const auto found = findTemplateOverview(openCatalogue(), wanted_);
+        const auto found = find();
         if (!found)
-            throw Error(ErrorKind::Template, "no template of this id or name is installed or offered",
-                        wanted_);
+            throw Error(
+                ErrorKind::Usage,
+                "neither a folder, a zip nor the id or name of a template that is installed, a sample "
+                "or offered (multiscene templates list)",
+                wanted_);
         console.isJson() ? printEvent(console, *found) : printLines(console, *found);
         return 0;
     }
 
   private:
+    std::optional<TemplateOverview> find() const {
+        const JobFolder job;
+        const auto folder = templateFolderAt(wanted_, job);
+        if (!folder) return findTemplateOverview(openCatalogue(), wanted_);
+        TemplateOverview overview = overviewOf(readTemplateFolder(*folder));
+        std::error_code ignored;
+        if (std::filesystem::is_regular_file(wanted_, ignored)) overview.folder = wanted_;
+        return overview;
+    }
+
     static void printEvent(Console& console, const TemplateOverview& found) {
         Value::Dictionary fields = overviewFields(found);
         Value::Array inputs;

@@ -8,12 +8,11 @@
 
 namespace multiscene {
 
-/// A job's private folder below the data home: scene-group file, prepared photos, silent video, mix. Nobody
-/// but its user may look into it. It is removed when the object ends; what a killed job left is removed when
-/// the next job starts. Where the data home cannot be written it lies below the temporary folder.
+/// A job's private folder below the data home: scene-group file, prepared photos, silent video, mix. It is
+/// removed when the object ends; what a killed job left is removed when the next job starts.
 class JobFolder {
   public:
-    /// Makes jobs/<unique>. Throws platform::Error.
+    /// Makes jobs/<unique> in the data home. Throws platform::Error.
     JobFolder();
     ~JobFolder();
     JobFolder(const JobFolder&) = delete;
@@ -27,8 +26,6 @@ class JobFolder {
     static void removeAllOfThisProcess();
 
   private:
-    void makeIn(const std::filesystem::path& home);
-
     std::filesystem::path path_;
     std::optional<platform::FileLock> lock_;
 };

@@ -7,7 +7,7 @@
 #include "app/Model/TemplateFolder.h"
 #include "app/Other/InstalledTemplates.h"
 #include "app/Other/OpenedFiles.h"
-#include "app/Other/ProgramVersion.h"
+#include "app/Other/SampleTemplates.h"
 #include "app/Other/TemplateArchive.h"
 #include "app/Other/TemplateInstallation.h"
 #include "app/Other/TemplateLocks.h"
@@ -67,7 +67,6 @@ Playable openFolder(const fs::path& path) {
     const TemplateFolder folder = readTemplateFolder(path);
     QVUtil::setSceneRoot(folder.folder.parent_path().string());
     requireOwnPaths(folder);
-    requireProgramVersion(folder.minVersion(), folder.name);
     FileGate::shared().allowFolder(folder.folder);
     const auto catalogue = std::make_shared<QVDataManager>(platform::Database::kInMemory);
     catalogue->checkUsable();
@@ -98,8 +97,7 @@ std::vector<platform::FileLock> locksOf(const Playable& playable) {
         if (const std::string name = templateOwning(scene.scenePlistPath); isTemplateName(name))
             names.insert(name);
     std::vector<platform::FileLock> locks;
-    for (const std::string& name : names)
-        if (auto lock = lockForUse(name, kPatience)) locks.push_back(std::move(*lock));
+    for (const std::string& name : names) locks.push_back(lockForUse(name, kPatience));
     return locks;
 }
 
@@ -135,7 +133,8 @@ Playable openFile(const fs::path& file, const JobFolder& job) {
 }
 
 Error notFound(const std::string& argument) {
-    return Error(ErrorKind::Template, "no such template: neither a folder, a zip nor an installed one",
+    return Error(ErrorKind::Template,
+                 "no such template: neither a folder, a zip nor the name of one (multiscene templates list)",
                  argument);
 }
 
@@ -173,10 +172,21 @@ Playable openPlayable(const std::string& argument, const JobFolder& job) {
     const bool isPath = argument.find('/') != std::string::npos;
     if (fs::is_directory(path, failure) && (isPath || isTemplateFolder(path))) return openFolder(path);
     if (fs::is_regular_file(path, failure)) return openFile(path, job);
-    if (!isPath)
+    if (!isPath) {
         if (auto installed = openInstalled(argument)) return std::move(*installed);
+        if (const auto sample = findSampleTemplate(argument)) return openFolder(sample->folder);
+    }
     if (fs::is_directory(path, failure)) return openFolder(path);
     throw notFound(argument);
+}
+
+std::optional<fs::path> templateFolderAt(const std::string& argument, const JobFolder& job) {
+    std::error_code failure;
+    const fs::path path(argument);
+    const bool isPath = argument.find('/') != std::string::npos;
+    if (fs::is_directory(path, failure) && (isPath || isTemplateFolder(path))) return path;
+    if (!fs::is_regular_file(path, failure)) return std::nullopt;
+    return path.extension() == ".plist" ? fs::absolute(path).parent_path() : unpackTemplate(path, job);
 }
 
 fs::path unpackTemplate(const fs::path& archive, const JobFolder& job) {

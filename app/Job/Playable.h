@@ -49,11 +49,15 @@ struct Playable {
 };
 
 /// Finds what `argument` names: a path (a template's folder, its NAME.plist, a zip, a scene-group file), else
-/// the number or the name of an installed template. Opens the gate for its files; a template that is not
-/// installed is played from where it lies, its parent standing in for the scene folder until the program
-/// ends. A zip is unpacked into the job's folder. Throws platform::Error(Template), or Transient while an
-/// installed template is being replaced.
+/// the number or the name of a template that is installed or ships with the program. Opens the gate for its
+/// files; a template that is not installed is played from where it lies, its parent standing in for the scene
+/// folder until the program ends. A zip is unpacked into the job's folder. Throws platform::Error(Template),
+/// or Transient while an installed template is being replaced.
 Playable openPlayable(const std::string& argument, const JobFolder& job);
+
+/// The template's folder to which a path leads: the folder, its NAME.plist, or a zip, which is unpacked into
+/// the job's folder. None where nothing lies. Throws platform::Error(Template).
+std::optional<std::filesystem::path> templateFolderAt(const std::string& argument, const JobFolder& job);
 
 /// Unpacks a zip into the job's folder and returns the one template folder in it. Throws
 /// platform::Error(Template).

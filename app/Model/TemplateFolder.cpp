@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <set>
 
+#include "app/Model/LocalizedName.h"
 #include "app/Model/TemplateKeys.h"
 #include "other/QVUtil.h"
 #include "platform/base/Error.h"
@@ -141,6 +142,16 @@ TemplateFolder readTemplateFolder(const fs::path& folder) {
     if (!result.description.isDictionary()) throw Error(ErrorKind::Template, "holds no dictionary", file);
     result.records = templateRecords(result.description, file);
     return result;
+}
+
+std::string nameInDescription(const Value& description) {
+    const auto& records = description.array("installScenes");
+    return records.empty() ? "" : nameInUserLanguage(namesOf(records.front()));
+}
+
+std::string displayName(const TemplateFolder& folder) {
+    const std::string name = nameInDescription(folder.description);
+    return name.empty() ? folder.name : name;
 }
 
 void requireOwnPaths(const TemplateFolder& folder) {

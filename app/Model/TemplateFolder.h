@@ -20,8 +20,6 @@ struct TemplateFolder {
     /// "installScenes"; the first is the template itself, the others are further scenes that it uses.
     std::vector<QVTempletDataModel> records;
 
-    /// Lowest version of the program that can play it; 0: any.
-    float minVersion() const { return description.real("minVersion"); }
     std::filesystem::path plistPath() const { return folder / (name + ".plist"); }
 };
 
@@ -32,6 +30,12 @@ TemplateFolder readTemplateFolder(const std::filesystem::path& folder);
 
 /// The judgement of readTemplateFolder on a content that is already in memory; `file` is for messages.
 std::vector<QVTempletDataModel> templateRecords(const platform::Value& description, const std::string& file);
+
+/// The first record's name in the user's language; empty when it has none.
+std::string nameInDescription(const platform::Value& description);
+
+/// The same, or the folder's name where it has none.
+std::string displayName(const TemplateFolder& folder);
 
 /// Throws Error(Template) unless the scene file and resource folder of every record lie in the template's own
 /// folder: a record that points into another template would be played with that template's files, and would

@@ -42,9 +42,8 @@ std::vector<InstalledTemplate> installedTemplates(QVDataManager& catalogue) {
 std::string displayName(const InstalledTemplate& installed) {
     const std::string file = QVUtil::scenePath() + installed.name + "/" + installed.name + ".plist";
     try {
-        const platform::Value content = platform::readPropertyList(file, platform::ErrorKind::Template);
-        const auto& records = content.array("installScenes");
-        const std::string name = records.empty() ? "" : nameInUserLanguage(namesOf(records.front()));
+        const std::string name =
+            nameInDescription(platform::readPropertyList(file, platform::ErrorKind::Template));
         if (!name.empty()) return name;
     } catch (const platform::Error&) {  // what the catalogue keeps is good enough
     }

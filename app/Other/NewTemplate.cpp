@@ -16,7 +16,7 @@ namespace fs = std::filesystem;
 namespace {
 
 // The pattern is one of the sample templates, so it is played and checked like them.
-constexpr const char* kPatternFolder = "newTemplate";
+constexpr const char* kPatternFolder = "templates/minimal";
 constexpr const char* kPatternName = "minimal";
 constexpr const char* kPatternNumber = "<integer>1000</integer>";
 constexpr const char* kPatternTitles[] = {"<string>Minimal</string>", "<string>极简</string>",

@@ -59,22 +59,18 @@ InstallReport QVSceneInstallManager::guarded(const std::function<InstallResult()
 void QVSceneInstallManager::installSceneZipWithUrl(const std::string& url, InstallOptions options,
                                                    Completion completion) {
     background_.async([this, url, options = std::move(options), completion = std::move(completion)] {
-        bool reachesInstallation = false;
+        bool downloaded = false;
         const InstallReport report = guarded([&] {
             TemplateInstallation installation(catalogue(), templateNameOfUrl(url), options);
-            if (const auto known = options.replace ? std::nullopt : installation.alreadyInstalled()) {
-                reachesInstallation = true;
-                return *known;
-            }
             download(installation, url, options);
-            reachesInstallation = true;
+            downloaded = true;
             const DeletedAfterwards archive{installation.archivePath()};
             show([](SceneInstallDisplay& display) {
                 display.showInfo(localizedString("Template installation ing"));
             });
             return installation.install(archive.file);
         });
-        finish(report, reachesInstallation, completion);
+        finish(report, downloaded, completion);
     });
 }
 

@@ -1,7 +1,5 @@
 #include "app/Other/TemplateLocks.h"
 
-#include <unistd.h>
-
 #include <filesystem>
 
 #include "other/QVUtil.h"
@@ -16,19 +14,11 @@ using platform::FileLock;
 
 namespace {
 
-std::filesystem::path lockFolder() { return std::filesystem::path(QVUtil::dataPath()) / "locks"; }
-
 std::filesystem::path lockFile(const std::string& fileName) {
     QVUtil::createMultiSceneLocalPaths();
-    platform::createFolders(lockFolder());
-    return lockFolder() / fileName;
-}
-
-bool canBeWritten(std::filesystem::path folder) {
-    std::error_code failure;
-    while (!std::filesystem::exists(folder, failure) && folder.has_relative_path())
-        folder = folder.parent_path();
-    return ::access(folder.c_str(), W_OK) == 0;
+    const std::filesystem::path folder = std::filesystem::path(QVUtil::dataPath()) / "locks";
+    platform::createFolders(folder);
+    return folder / fileName;
 }
 
 FileLock useLock(const std::string& name, std::chrono::milliseconds patience, FileLock::Mode mode,
@@ -44,10 +34,7 @@ std::optional<FileLock> lockForChange(const std::string& name, std::chrono::mill
     return FileLock::acquire(lockFile(name + ".lock"), patience);
 }
 
-std::optional<FileLock> lockForUse(const std::string& name, std::chrono::milliseconds patience) {
-    std::error_code failure;
-    if (!canBeWritten(lockFolder()) && !std::filesystem::exists(lockFolder() / (name + ".use"), failure))
-        return std::nullopt;
+FileLock lockForUse(const std::string& name, std::chrono::milliseconds patience) {
     return useLock(name, patience, FileLock::Mode::Shared, "another program is changing this template");
 }
 

@@ -2,13 +2,12 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <map>
 
 #include "app/Other/InstalledTemplates.h"
 #include "app/Other/QVDownloadInfoManager.h"
+#include "app/Other/SampleTemplates.h"
 #include "app/Other/TemplateLength.h"
 #include "app/Other/UrlText.h"
-#include "app/data/InstalledArchives.h"
 #include "other/QVUtil.h"
 
 namespace multiscene {
@@ -27,35 +26,55 @@ double megabytesIn(const fs::path& folder) {
     return static_cast<double>(bytes) / kBytesPerMegabyte;
 }
 
-TemplateOverview overviewOf(const InstalledTemplate& installed) {
-    const QVTempletDataModel& main = installed.main();
+TemplateOverview overviewOf(const std::vector<QVTempletDataModel>& records, const std::string& name,
+                            const std::string& title, const fs::path& folder) {
+    const QVTempletDataModel& main = records.front();
     TemplateOverview overview;
     overview.sId = main.sId();
-    overview.name = installed.name;
-    overview.title = displayName(installed);
-    overview.isInstalled = true;
-    overview.frames = lengthInFrames(installed.records);
+    overview.name = name;
+    overview.title = title;
+    overview.frames = lengthInFrames(records);
     overview.photos = photosWanted(main);
     overview.format = main.mediaFormat();
     overview.inputs = main.userInputInfo();
-    overview.folder = QVUtil::scenePath() + installed.name;
-    overview.megabytes = megabytesIn(overview.folder);
+    overview.folder = folder.string();
+    overview.megabytes = megabytesIn(folder);
     overview.videoPreviewUrl = main.videoPreviewUrl();
     overview.youtubePreviewUrl = main.youtubePreviewUrl();
     return overview;
 }
 
-/// What only the server knows, on top of what is installed, of which `archives` holds the digests.
-void addOffer(TemplateOverview& overview, const QVSeverTempletDataModel& offered,
-              const std::map<std::string, std::string>& archives) {
+TemplateOverview overviewOf(const InstalledTemplate& installed) {
+    TemplateOverview overview = overviewOf(installed.records, installed.name, displayName(installed),
+                                           QVUtil::scenePath() + installed.name);
+    overview.isInstalled = true;
+    return overview;
+}
+
+bool isNamed(const TemplateOverview& overview, const std::string& numberOrName) {
+    return std::to_string(overview.sId) == numberOrName || overview.name == numberOrName ||
+           overview.title == numberOrName;
+}
+
+/// Those in whose place no template is installed.
+void addSamples(std::vector<TemplateOverview>& overviews) {
+    for (const TemplateFolder& sample : sampleTemplates()) {
+        const bool isInstalled = std::any_of(overviews.begin(), overviews.end(), [&](const auto& each) {
+            return each.isInstalled && each.name == sample.name;
+        });
+        if (isInstalled) continue;
+        overviews.push_back(overviewOf(sample));
+        overviews.back().isSample = true;
+    }
+}
+
+/// What only the server knows, on top of what is installed.
+void addOffer(TemplateOverview& overview, const QVSeverTempletDataModel& offered) {
     const auto complete = [](const std::string& location) {
         return location.empty() ? location : QVDownloadInfoManager::sharedInstance().completeUrl(location);
     };
     overview.isOffered = true;
     overview.isNew = offered.isNew();
-    const auto installed = archives.find(overview.name);
-    overview.newerOffered = overview.isInstalled && !offered.archiveDigest().empty() &&
-                            (installed == archives.end() || installed->second != offered.archiveDigest());
     overview.minVersion = offered.minVersion();
     overview.needsNewerVersion = !offered.isVersionSupported();
     overview.megabytes = offered.templateSize();
@@ -80,18 +99,21 @@ TemplateOverview overviewOf(const QVSeverTempletDataModel& offered) {
 
 }  // namespace
 
+TemplateOverview overviewOf(const TemplateFolder& folder) {
+    return overviewOf(folder.records, folder.name, displayName(folder), folder.folder);
+}
+
 std::vector<TemplateOverview> templateOverviews(QVDataManager& catalogue) {
     std::vector<TemplateOverview> overviews;
     for (const InstalledTemplate& installed : installedTemplates(catalogue))
         overviews.push_back(overviewOf(installed));
-    const auto archives = InstalledArchives(catalogue).digests();
+    addSamples(overviews);
     for (const QVSeverTempletDataModel& offered : QVDownloadInfoManager::sharedInstance().severTemplets()) {
         TemplateOverview overview = overviewOf(offered);
         const auto known = std::find_if(overviews.begin(), overviews.end(), [&](const auto& each) {
             return each.name == overview.name && each.sId == overview.sId;
         });
-        addOffer(known == overviews.end() ? overviews.emplace_back(std::move(overview)) : *known, offered,
-                 archives);
+        addOffer(known == overviews.end() ? overviews.emplace_back(std::move(overview)) : *known, offered);
     }
     return overviews;
 }
@@ -99,10 +121,11 @@ std::vector<TemplateOverview> templateOverviews(QVDataManager& catalogue) {
 std::optional<TemplateOverview> findTemplateOverview(QVDataManager& catalogue,
                                                      const std::string& numberOrName) {
     const auto installed = findInstalledTemplate(catalogue, numberOrName);
+    const auto sample = installed ? std::nullopt : findSampleTemplate(numberOrName);
     for (TemplateOverview& overview : templateOverviews(catalogue)) {
         const bool isWanted = installed ? overview.isInstalled && overview.name == installed->name
-                                        : std::to_string(overview.sId) == numberOrName ||
-                                              overview.name == numberOrName || overview.title == numberOrName;
+                              : sample  ? overview.isSample && overview.name == sample->name
+                                        : isNamed(overview, numberOrName);
         if (isWanted) return std::move(overview);
     }
     return std::nullopt;

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/Model/MediaFormat.h"
+#include "app/Model/TemplateFolder.h"
 #include "app/Model/UserInputList.h"
 #include "app/data/QVDataManager.h"
 
@@ -16,7 +17,7 @@ struct TemplateOverview {
     std::string name;   ///< of its folder and its archive
     std::string title;  ///< in the user's language
     bool isInstalled = false, isOffered = false, isNew = false;
-    bool newerOffered = false;       ///< installed, and the server has another archive of it
+    bool isSample = false;           ///< ships with the program
     bool needsNewerVersion = false;  ///< as offered
     double minVersion = 0;           ///< of the program; 0: any
     double megabytes = 0;            ///< of the offered archive, else of the installed files
@@ -24,18 +25,21 @@ struct TemplateOverview {
     int64_t photos = 0;
     MediaFormat format;
     UserInputList inputs;
-    std::string folder;       ///< of an installed template
+    std::string folder;       ///< of a template that is installed, or lies in a folder
     std::string templateUrl;  ///< of an offered one; this and the next are complete
     std::string thumbUrl, videoPreviewUrl, youtubePreviewUrl;
 
     double seconds() const { return static_cast<double>(frames) / format.framesPerSecond; }
 };
 
-/// Installed templates in the order of installation, then the others that the server's kept list offers.
-/// Throws platform::Error.
+/// Installed templates in the order of installation, then the samples that ship with the program, then the
+/// others that the server's kept list offers. Throws platform::Error.
 std::vector<TemplateOverview> templateOverviews(QVDataManager& catalogue);
 
-/// By number, name or title; what is installed comes first.
+/// A template as it lies in its folder.
+TemplateOverview overviewOf(const TemplateFolder& folder);
+
+/// By number, name or title; what is installed comes first, then the samples.
 std::optional<TemplateOverview> findTemplateOverview(QVDataManager& catalogue,
                                                      const std::string& numberOrName);
 

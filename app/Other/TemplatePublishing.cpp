@@ -9,7 +9,6 @@
 #include "platform/base/File.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/PropertyList.h"
-#include "platform/crypto/Digest.h"
 #include "platform/store/FileLock.h"
 
 namespace multiscene {
@@ -23,7 +22,6 @@ namespace {
 
 constexpr std::chrono::seconds kPatience{60};
 constexpr double kBytesPerMegabyte = 1024.0 * 1024.0;
-constexpr float kFirstVersion = 1;
 constexpr uint64_t kMaxThumbnailBytes = 32u << 20;
 
 /// The thumbnail that the template brings; empty when it has none, or names one outside its folder.
@@ -51,12 +49,11 @@ class Publication {
 
     void run() {
         const std::string archive = place("templates", ".zip");
-        packTemplate(folder_.folder, server_ / archive, options_.judge, options_.minVersion);
+        packTemplate(folder_.folder, server_ / archive, options_.judge);
         const double size = static_cast<double>(fs::file_size(server_ / archive)) / kBytesPerMegabyte;
         Value::Dictionary entry{{"templateUrl", url(archive)}, {"templateSize", size}};
-        entry["templateSha256"] = platform::fileDigest(server_ / archive);
-        entry["videoPreviewUrl"] = url(placePreview());
         entry["thumbUrl"] = url(placeThumbnail());
+        entry["videoPreviewUrl"] = url(placePreview());
         writeConfiguration(std::move(entry));
     }
 
@@ -76,9 +73,6 @@ class Publication {
         return platform::readPropertyList(configurationPath(), ErrorKind::Failed);
     }
 
-    float minVersion() const {
-        return options_.minVersion.value_or(std::max(folder_.minVersion(), kFirstVersion));
-    }
     int64_t number() const { return folder_.records.front().sId(); }
     std::string url(const std::string& place) const {
         return place.empty() ? "" : options_.baseUrl + percentEncoded(place);
@@ -118,7 +112,7 @@ class Publication {
         for (const char* key : {"cName", "eName", "jName", "youtubePreviewUrl", "wechartTempletInfo"})
             if (record.has(key)) entry[key] = record[key];
         entry["sId"] = number();
-        entry["minVersion"] = static_cast<double>(minVersion());
+        entry["minVersion"] = static_cast<double>(options_.minVersion);
         entry["isNew"] = options_.isNew;
         entry["fpsLength"] = lengthInFrames(folder_.records);
         entry["photoTotal"] = photosWanted(folder_.records.front());

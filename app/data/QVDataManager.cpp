@@ -1,7 +1,5 @@
 #include "app/data/QVDataManager.h"
 
-#include <filesystem>
-
 #include "other/QVUtil.h"
 #include "platform/base/Error.h"
 #include "platform/base/Json.h"
@@ -67,14 +65,6 @@ QVTempletDataModel modelOfRow(const Statement& row) {
     return model;
 }
 
-void makeFolders() {
-    try {
-        QVUtil::createMultiSceneLocalPaths();
-    } catch (const Error& failure) {
-        throw platform::UnwritableDatabase(failure.kind(), failure.message(), failure.file());
-    }
-}
-
 /// Holds a flag up for the length of a block.
 class Raised {
   public:
@@ -99,39 +89,14 @@ std::string QVDataManager::databasePath() { return QVUtil::dataPath() + "sceneDa
 
 Database& QVDataManager::database() {
     if (database_) return *database_;
-    try {
-        if (path_ == databasePath()) makeFolders();
-        database_ = opened();
-    } catch (const platform::UnwritableDatabase& failure) {
-        unwritable_ = failure;
-        database_ = openedForReading();
-        platform::log::info(std::string("the catalogue can only be read: ") + failure.what());
-    }
-    return *database_;
-}
-
-std::unique_ptr<Database> QVDataManager::opened() const {
+    if (path_ == databasePath()) QVUtil::createMultiSceneLocalPaths();
     auto opened = std::make_unique<Database>(path_);
     if (!opened->tableExists(kTable)) {
         opened->execute(kCreate);
         platform::log::info("made the table " + std::string(kTable) + " in " + path_);
     }
-    return opened;
-}
-
-/// Where nothing can be written, what was installed can still be used; without a file there is nothing.
-std::unique_ptr<Database> QVDataManager::openedForReading() const {
-    std::error_code failure;
-    if (std::filesystem::file_size(path_, failure) > 0 && !failure) return Database::unchanging(path_);
-    auto empty = std::make_unique<Database>(Database::kInMemory);
-    empty->execute(kCreate);
-    return empty;
-}
-
-Database& QVDataManager::writableDatabase() {
-    Database& connection = database();
-    if (unwritable_) throw Error(*unwritable_);
-    return connection;
+    database_ = std::move(opened);
+    return *database_;
 }
 
 template <typename Result>
@@ -181,7 +146,7 @@ int64_t QVDataManager::insertSignSceneDataWithSignSceneDataModel(const QVTemplet
     return logged<int64_t>("storing a scene", -1, [&] {
         int64_t stored = -1;
         // Asking and inserting belong together: another process may be installing the same scene.
-        writableDatabase().transaction([&] { stored = insert(model); });
+        database().transaction([&] { stored = insert(model); });
         return stored;
     });
 }
@@ -233,7 +198,7 @@ std::optional<SceneConfigData> QVDataManager::querySceneWithSid(int64_t sId) {
 
 void QVDataManager::transaction(const std::function<void(Database&)>& work) {
     const std::lock_guard lock(mutex_);
-    Database& connection = writableDatabase();
+    Database& connection = database();
     const Raised throwing(throwing_);
     connection.transaction([&] { work(connection); });
 }
@@ -245,7 +210,7 @@ void QVDataManager::withDatabase(const std::function<void(Database&)>& work) {
 
 void QVDataManager::removeSignSceneDataWithSid(int64_t sId) {
     const std::lock_guard lock(mutex_);
-    writableDatabase().prepare(kDelete).bind(1, sId).step();
+    database().prepare(kDelete).bind(1, sId).step();
 }
 
 }  // namespace multiscene

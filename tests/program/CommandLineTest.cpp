@@ -1,7 +1,11 @@
+#include <algorithm>
+
+#include "platform/base/Clock.h"
 #include "tests/program/ProgramTest.h"
 
 namespace multiscene::test {
 
+using platform::Value;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
@@ -34,6 +38,10 @@ TEST_F(CommandLineTest, WrongUsageIsOneLineAndExitTwo) {
         EXPECT_THAT(result.output, IsEmpty());
     }
     EXPECT_THAT(multiscene({"mak"}).errors, HasSubstr("did you mean \"make\"?"));
+    EXPECT_THAT(multiscene({"make", "x", "--musik", "y"}).errors, HasSubstr("did you mean \"--music\"?"));
+    EXPECT_THAT(multiscene({"make", "x", "--text", "a=Happy", "birthday"}).errors,
+                HasSubstr("\"birthday\" is one word too many"));
+    EXPECT_THAT(multiscene({"make", "x", "-o"}).errors, HasSubstr("--output needs a value"));
 }
 
 TEST_F(CommandLineTest, GlobalOptionsStandAnywhereAndJsonTellsErrorsToo) {
@@ -48,6 +56,43 @@ TEST_F(CommandLineTest, GlobalOptionsStandAnywhereAndJsonTellsErrorsToo) {
     ASSERT_EQ(wrong.jsonLines().size(), 1u) << wrong.output;
     EXPECT_EQ(wrong.jsonLines()[0].string("event"), "error");
     EXPECT_EQ(wrong.jsonLines()[0].integer("code"), 2);
+}
+
+TEST_F(CommandLineTest, PairsMayFollowOneOptionAndTextsHoldLineBreaks) {
+    SmallTemplate small;
+    small.description["userInputArray"] =
+        Value::Array{Value::Dictionary{{"userInputType", 0}, {"renderMapKey", "title"}},
+                     Value::Dictionary{{"userInputType", 1}, {"renderMapKey", "photo"}}};
+    const std::string path = small.write(folder.path());
+    const auto frame = [&](const std::vector<std::string>& inputs) {
+        std::vector<std::string> words{"frames", "--at", "0", "-o", folder.file("out")};
+        words.insert(words.end(), inputs.begin(), inputs.end());
+        words.push_back(path);
+        const Result result = multiscene(words);
+        EXPECT_EQ(result.exitCode, 0) << result.errors;
+        return contentOf(folder.path() / "out/frame-000000.png");
+    };
+    EXPECT_TRUE(frame({"--text", R"(title=a\nb)"}) == frame({"--text", "title=a\nb"}));
+    EXPECT_TRUE(frame({"--text", R"(title=a\\nb)"}) != frame({"--text", "title=a\nb"}));
+    EXPECT_TRUE(frame({"--text", R"(title=a\\nb)"}) != frame({"--text", "title=a"}));
+    const Result second = multiscene({"frames", path, "--text", "title=Hi", "titel=x", "-o", "none"});
+    EXPECT_EQ(second.exitCode, 4);
+    EXPECT_THAT(second.errors, HasSubstr("titel: the template does not ask for this"));
+}
+
+TEST_F(CommandLineTest, EndsWhenTheCommandHasEnded) {
+    const auto shortest = [](const std::vector<std::string>& words) {
+        double seconds = 1e9;
+        for (int round = 0; round < 10; ++round) {
+            const double start = platform::monotonicSeconds();
+            run(words);
+            seconds = std::min(seconds, platform::monotonicSeconds() - start);
+        }
+        return seconds;
+    };
+    // Both print a text; only a command listens for signals meanwhile.
+    const double listening = shortest({program(), "scene-format"});
+    EXPECT_LT(listening - shortest({program(), "--limits"}), 0.12);
 }
 
 }  // namespace multiscene::test
