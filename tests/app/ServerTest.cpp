@@ -89,6 +89,9 @@ TEST_F(ServerTest, WhatAnAuthorPublishesAUserCanInstall) {
         test::writeText(video, "preview of " + read.name);
     };
     publishTemplate(made, offered, options);
+    const fs::path configuration = offered / "severConfig" / "info1-1.plist";
+    platform::writePropertyList(configuration,
+                                platform::readPropertyList(configuration).with("isVideoCache", true));
     publishTemplate(makeNewTemplate(author, "second", 4712), offered);
     publishTemplate(made, offered, options);  // an update keeps its place
     EXPECT_THROW(publishTemplate(makeNewTemplate(author, "third", 4712), offered), Error);
@@ -103,7 +106,8 @@ TEST_F(ServerTest, WhatAnAuthorPublishesAUserCanInstall) {
     EXPECT_EQ(templates[0].sceneName(), "Tag & Nacht");
     EXPECT_EQ(templates[0].userInputInfo().size(), 2u);
     EXPECT_TRUE(templates[0].isNew() && templates[0].isVersionSupported() && templates[0].templateSize() > 0);
-    EXPECT_FALSE(list.isVideoCache());
+    EXPECT_TRUE(list.isVideoCache()) << "publishing keeps what the list says";
+    EXPECT_FALSE(list.isWechatTimelineShare());
 
     const auto wanted = list.findSeverTemplet("4711");
     ASSERT_TRUE(wanted);

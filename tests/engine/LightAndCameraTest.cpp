@@ -159,6 +159,7 @@ class CameraTest : public DrawableFixture {
         newScene();
         move.insert({{"sartFps", 0},
                      {"endFps", 10},
+                     {"ease", 4},  // of no channel
                      {"isMoveCameraPosition", true},
                      {"startMoveCameraPosition", "0,0,32"},
                      {"endMoveCameraPosition", "0,0,32"}});

@@ -35,12 +35,15 @@ TEST_F(RunControl, PauseStopsFramesAndResumingTellsTheDecodersFirst) {
     addScene(1, 1000000);
     play(1);
     create(nullptr);
+    constexpr int64_t paused = 4;
+    driver_->setFrameRenderingCompleteBlock([this](int64_t count) {
+        // Between two turns, so that no turn is under way.
+        if (count == paused) player_->pauseRun();
+        frames_ = count;
+    });
     start();
-    pumpUntil([&] { return frames_ > 3; });
-    player_->pauseRun();
-    platform::sleepSeconds(0.05);
-    const int64_t paused = frames_;
-    platform::sleepSeconds(0.05);
+    pumpUntil([&] { return frames_ >= paused; });
+    settle();
     EXPECT_EQ(frames_, paused);
     std::atomic<bool> wasPausedWhenTold = false;
     const auto token = platform::NotificationCenter::shared().addObserver(

@@ -71,9 +71,31 @@ class TextureTest : public DrawableFixture {
 };
 
 TEST_F(TextureTest, PicturesAreStretchedOverTheirCanvas) {
+    // Red, the last fifth of its columns green and of its rows blue, on a canvas of 128 x 64.
+    std::vector<Pixel> colors(100 * 20, kRed);
+    for (size_t i = 0; i < colors.size(); ++i)
+        if (i >= 100 * 16)
+            colors[i] = kBlue;
+        else if (i % 100 >= 80)
+            colors[i] = kGreen;
+    const std::string file = picture("wide.png", colors, 100);
+    // As it is drawn by a quad that tells how large it is shown, and by a mesh, which does not.
+    for (const bool isMesh : {false, true}) {
+        newScene();
+        Dictionary info = quad(isMesh ? "QVPlaneObject3D" : "QVQuadObject3D", file);
+        info["MeshInfo"] = dictionary({{"modelWidth", side}, {"modelHeight", side}});
+        add(info);
+        draw(0);
+        for (const auto& [x, y, color] : {std::tuple{1, 1, kRed},
+                                          {47, 47, kRed},
+                                          {55, 1, kGreen},
+                                          {62, 47, kGreen},
+                                          {1, 55, kBlue},
+                                          {62, 62, kBlue}})
+            EXPECT_TRUE(isNear(at(x, y), color, 2)) << isMesh << ": " << x << "," << y;
+    }
     ZBTexture loaded;
-    loaded.loadloadTexture(picture("wide.png", std::vector<Pixel>(100 * 20, kRed), 100));
-    EXPECT_NE(loaded.textureId(), 0u);
+    loaded.loadloadTexture(file);
     EXPECT_EQ(loaded.textureContentSize().width, 100);
     EXPECT_EQ(loaded.textureContentSize().height, 20);
     ZBTexture missing;
@@ -113,17 +135,39 @@ TEST_F(TextureTest, PhotoSlotsBeyondThePhotosShowThemAgain) {
 }
 
 TEST_F(TextureTest, LargeTextsAreDrawnSmallerButKeepTheirCoordinates) {
-    const Value info = dictionary({{"textureType", "text2d"},
-                                   {"textString", "wide"},
-                                   {"fontSize", 40},
-                                   {"textColor", "1,1,1,1"},
-                                   {"textFixedResolution", "2000,500"}});
-    QVTexture2dMaterial text({}, info);
+    const auto textOf = [](double scale) {
+        return dictionary(
+            {{"textureType", "text2d"},
+             {"textString", "wide"},
+             {"fontSize", 40 * scale},
+             {"textColor", "1,1,1,1"},
+             {"textAlignment", 1},
+             {"textFixedResolution", std::to_string(2000 * scale) + "," + std::to_string(500 * scale)}});
+    };
+    QVTexture2dMaterial text({}, textOf(1));
     text.loadMaterial();
-    ASSERT_NE(text.textureId(), 0u);
     EXPECT_EQ(text.textureSize().width, 2000);
     const float right = 2000 / 2048.0f, bottom = 500 / 512.0f;
     EXPECT_THAT(text.textureCoordinates(), ::testing::ElementsAre(0, bottom, right, bottom, right, 0, 0, 0));
+    // Enlarged, so that the edges of its letters tell the size of its pixels: those of the same text at half
+    // the size.
+    const auto enlarged = [&](double scale) {
+        newScene();
+        Dictionary info = quad("QVQuadObject3D", "", 4000, 1000);
+        info["TextureInfo"] = textOf(scale);
+        add(info);
+        draw(0, kBlack);
+        return pixels;
+    };
+    const std::vector<Pixel> large = enlarged(1), half = enlarged(0.5);
+    int bright = 0, different = 0;
+    for (size_t i = 0; i < large.size(); ++i) {
+        bright += half[i][0] > 128;
+        different += !isNear(large[i], half[i], 8);
+    }
+    EXPECT_GT(bright, 500);
+    EXPECT_LT(bright, 3500);
+    EXPECT_LT(different, 40);
 }
 
 TEST_F(TextureTest, TheCopyOfATextGoesWhereTheJobWantsIt) {
