@@ -382,7 +382,11 @@ TEST_P(ThreeScenes, PauseInATransitionHoldsTheFilmAndGoesOn) {
     playAndInterrupt([&] {
         player_->pauseRun();
         resume = std::thread([&] {
-            platform::sleepSeconds(0.15);
+            // The frame under way is completed; then there is time for one that must not come.
+            const double deadline = platform::monotonicSeconds() + 60;
+            while (frames_ <= middleOfTransition && platform::monotonicSeconds() < deadline)
+                platform::sleepSeconds(0.002);
+            platform::sleepSeconds(0.05);
             EXPECT_EQ(frames_, middleOfTransition + 1);
             player_->continueRun();
         });
