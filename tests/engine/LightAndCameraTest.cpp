@@ -216,6 +216,21 @@ TEST_F(CameraTest, TheViewTurnsToATargetWithItsOwnEase) {
         {{32, 32}, {28, 32}, {16, 32}});
 }
 
+TEST_F(CameraTest, LookingBackItTurnsOverItsHeadAndStaysUpsideDown) {
+    expectNear(seen(8, 4,
+                    {{"isMoveTargetPoint", true},
+                     {"startMoveCameraPosition", "0,0,-32"},
+                     {"endMoveCameraPosition", "0,0,-32"}}),
+               {{40, 36}, {40, 36}, {40, 36}});
+}
+
+TEST_F(CameraTest, AnAngleReplacesTheTurnToATarget) {
+    expectNear(
+        seen(8, 0,
+             {{"isMoveTargetPoint", true}, {"endTargetPoint", "16,0,0"}, {"isRotateFromUpVector", true}}),
+        {{40, 32}, {40, 32}, {40, 32}});
+}
+
 TEST_F(CameraTest, TurnsAboutTheThreeAxes) {
     const auto about = [](const std::string& axis, double degrees) {
         return Dictionary{{"isRotateFrom" + axis, true}, {"endRotateFrom" + axis, degrees}};
