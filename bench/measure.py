@@ -1,5 +1,6 @@
 """What the benchmarks share: running a command and saying what it cost, medians, and where things are."""
 
+import argparse
 import dataclasses
 import os
 import re
@@ -14,6 +15,21 @@ ROOT = Path(__file__).resolve().parent.parent
 PROGRAM = ROOT / "build/bin/multiscene"
 ENCODE_FRAMES = ROOT / "build/bench/encode-frames"
 WORK = ROOT / "build/bench/work"
+
+
+def arguments(description, names, full, *numbers):
+    """The command line of a benchmark: which of `names` to measure, what --full means, options that take a number."""
+    parser = argparse.ArgumentParser(description=description, formatter_class=argparse.RawDescriptionHelpFormatter)
+    parser.add_argument("--full", action="store_true", help=full)
+    for number in numbers:
+        parser.add_argument(number, type=int, metavar="N")
+    parser.add_argument("names", nargs="*", metavar="NAME", help=", ".join(names))
+    given = parser.parse_args()
+    unknown = sorted(set(given.names) - set(names))
+    if unknown:
+        parser.error(f"there is no {', '.join(unknown)}")
+    given.names = given.names or list(names)
+    return given
 
 
 @dataclasses.dataclass
