@@ -40,6 +40,7 @@ platform::Value::Dictionary overviewFields(const TemplateOverview& overview) {
             {"sample", overview.isSample},
             {"offered", overview.isOffered},
             {"new", overview.isNew},
+            {"newerOffered", overview.newerOffered},
             {"needsNewerVersion", overview.needsNewerVersion},
             {"minVersion", overview.minVersion},
             {"megabytes", overview.megabytes},
@@ -62,6 +63,7 @@ std::string stateText(const TemplateOverview& overview) {
     add(overview.isOffered && !overview.isInstalled, "offered");
     add(text.tellp() <= 0, "not installed");
     add(overview.isNew, "new");
+    add(overview.newerOffered, "newer offered");
     if (overview.needsNewerVersion) text << ", needs version " << overview.minVersion;
     return text.str();
 }

@@ -41,7 +41,8 @@ class TemplatePublishCommand : public Command {
                          "Write complete addresses; else they are relative to the server",
                          [this](const std::string& value) { options_.baseUrl = baseUrlOf(value); });
         arguments.option("--min-version", "V",
-                         "Lowest version of the program that can play it, 1 unless given",
+                         "Lowest version of the program that can play it; else what the template's own "
+                         "file says, or 1",
                          [this](const std::string& value) { options_.minVersion = versionOf(value); });
         arguments.flag("--not-new", "Do not mark it as new", isOld_);
         arguments.example("multiscene template publish templates/minimal --to /var/www/templates");
@@ -52,11 +53,12 @@ class TemplatePublishCommand : public Command {
         options_.judge = judgeAloud(console, "nothing was published");
         options_.renderPreview = [&](const TemplateFolder& folder, const fs::path& video) {
             console.status("rendering the preview of " + folder.name);
-            renderSampleVideo(folder, video, console, stop);
+            frames_ = renderSampleVideo(folder, video, console, stop);
         };
         options_.renderThumbnail = [&](const TemplateFolder& folder, const fs::path& picture) {
             console.status("rendering the thumbnail of " + folder.name);
-            renderSamplePicture(folder, picture, console, stop);
+            // What a template is about is seen in its middle; often it starts and ends empty.
+            renderSamplePicture(folder, frames_ / 2, picture, console, stop);
         };
         publishTemplate(folder_, server_, options_);
         if (console.isJson())
@@ -70,6 +72,7 @@ class TemplatePublishCommand : public Command {
     fs::path folder_, server_;
     PublishOptions options_;
     bool isOld_ = false;
+    int64_t frames_ = 0;  ///< of the preview
 };
 
 }  // namespace

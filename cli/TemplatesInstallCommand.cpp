@@ -1,53 +1,19 @@
 #include <filesystem>
 
+#include "app/Other/ProgramVersion.h"
 #include "app/Other/QVDownloadInfoManager.h"
-#include "app/Other/QVSceneInstallManager.h"
-#include "app/Other/SceneJudge.h"
-#include "app/Other/Strings.h"
 #include "cli/CatalogueCommand.h"
 #include "cli/Commands.h"
-#include "platform/base/Clock.h"
-#include "platform/base/DispatchQueue.h"
+#include "cli/TemplateInstaller.h"
 #include "platform/net/HttpDownload.h"
 
 namespace multiscene::cli {
 
-using platform::DispatchQueue;
 using platform::Error;
 using platform::ErrorKind;
-using platform::Value;
 namespace fs = std::filesystem;
 
 namespace {
-
-struct OutcomeText {
-    const char* word;  ///< in JSON lines
-    const char* before;
-    const char* after;
-    bool isInstalled;  ///< something was installed
-};
-
-OutcomeText textOf(InstallOutcome outcome) {
-    switch (outcome) {
-        case InstallOutcome::Installed:
-            return {"installed", "installed ", "", true};
-        case InstallOutcome::Replaced:
-            return {"replaced", "installed ", " in place of the version of before", true};
-        default:
-            return {"alreadyInstalled", "nothing was installed: ",
-                    " is installed already (--replace takes the archive's version)", false};
-    }
-}
-
-/// What the installation says while it runs. Its failure is reported as the command's own.
-class ConsoleDisplay : public SceneInstallDisplay {
-  public:
-    explicit ConsoleDisplay(Console& console) : console_(console) {}
-    void showInfo(const std::string& text) override { console_.status(text); }
-
-  private:
-    Console& console_;
-};
 
 class TemplatesInstallCommand : public Command {
   public:
@@ -64,11 +30,12 @@ class TemplatesInstallCommand : public Command {
 
     int run(Console& console, std::stop_token stop) override {
         openCatalogue();
-        const InstallReport report = installed(console, stop);
+        const TemplateInstaller installer(console, stop, replaces_);
+        const InstallReport report = installed(installer, stop);
         if (report.failure) throw nothingInstalled(*report.failure);
         if (report.result.outcome == InstallOutcome::NothingInstalled)
             throw nothingInstalled(Error(ErrorKind::Template, report.result.remark, source_));
-        print(console, report.result);
+        installer.tell(report.result, "done");
         return 0;
     }
 
@@ -77,67 +44,45 @@ class TemplatesInstallCommand : public Command {
         return Error(error.kind(), error.message() + "; nothing was installed", error.file(), error.key());
     }
 
-    InstallOptions options(Console& console, const std::stop_token& stop) const {
-        InstallOptions options;
-        options.replace = replaces_;
-        options.judge = requirePlayableScenes;
-        options.isCancelled = [stop] { return stop.stop_requested(); };
-        options.onReceived = [&console, start = platform::monotonicSeconds()](uint64_t received,
-                                                                              uint64_t total) {
-            const double seconds = platform::monotonicSeconds() - start;
-            DispatchQueue::main().async(
-                [=, &console] { console.downloadProgress(received, total, seconds); });
-        };
-        return options;
-    }
-
-    InstallReport installed(Console& console, const std::stop_token& stop) const {
-        auto& manager = QVSceneInstallManager::sharedInstance();
-        const auto display = std::make_shared<ConsoleDisplay>(console);
-        manager.setDisplay(display);
-        std::optional<InstallReport> report;
-        const auto completion = [&](const InstallReport& ending) { report = ending; };
+    InstallReport installed(const TemplateInstaller& installer, const std::stop_token& stop) const {
         std::error_code ignored;
-        if (!platform::isHttpUrl(source_) && fs::is_regular_file(source_, ignored))
-            manager.installSceneWithZipPath(source_, fs::path(source_).stem().string(),
-                                            options(console, stop), completion);
-        else
-            manager.installSceneZipWithUrl(urlOf(stop), options(console, stop), completion);
-        DispatchQueue::main().pumpUntil([&] { return report.has_value(); });
-        return *report;
+        const bool isUrl = platform::isHttpUrl(source_);
+        if (!isUrl && fs::is_regular_file(source_, ignored)) return installer.fromArchive(source_);
+        const auto offered = isUrl ? offeredAt(source_) : offeredAs(source_, stop);
+        if (offered) requireSupported(*offered);
+        if (isUrl) return installer.fromUrl(source_);
+        return installer.fromUrl(QVDownloadInfoManager::sharedInstance().completeUrl(offered->templateUrl()),
+                                 offered->sId());
     }
 
-    std::string urlOf(const std::stop_token& stop) const {
-        if (platform::isHttpUrl(source_)) return source_;
+    static std::optional<QVSeverTempletDataModel> offeredAt(const std::string& url) {
         const QVDownloadInfoManager& list = QVDownloadInfoManager::sharedInstance();
-        std::error_code ignored;
-        if (!fs::exists(list.saveInfoPath(), ignored) && !list.serverAddress().empty())
+        for (QVSeverTempletDataModel& offered : list.severTemplets())
+            if (list.completeUrl(offered.templateUrl()) == url) return std::move(offered);
+        return std::nullopt;
+    }
+
+    static std::optional<QVSeverTempletDataModel> offeredAs(const std::string& numberOrName,
+                                                            const std::stop_token& stop) {
+        const QVDownloadInfoManager& list = QVDownloadInfoManager::sharedInstance();
+        if (!list.ageOfInfo() && !list.serverAddress().empty())
             list.downloadInfo([&] { return stop.stop_requested(); });
-        const auto offered = list.findSeverTemplet(source_);
+        auto offered = list.findSeverTemplet(numberOrName);
         if (!offered)
-            throw Error(ErrorKind::Usage,
+            throw Error(ErrorKind::Template,
                         "neither an archive nor the id or name of an offered template (multiscene templates "
                         "update fetches what is offered); nothing was installed",
-                        source_);
-        requireSupported(*offered);
-        return list.completeUrl(offered->templateUrl());
+                        numberOrName);
+        return offered;
     }
 
     void requireSupported(const QVSeverTempletDataModel& offered) const {
         offered.checkShowTemplateVersionSupport([&](const AlertView& alert) {
-            throw Error(ErrorKind::Failed, alert.message + " Nothing was installed.", source_);
+            throw Error(
+                ErrorKind::Failed,
+                alert.message + " (" + versionsText(offered.minVersion()) + "); nothing was installed",
+                source_);
         });
-    }
-
-    static void print(Console& console, const InstallResult& result) {
-        const OutcomeText text = textOf(result.outcome);
-        if (!console.isJson())
-            return console.status(text.before + result.name + " (" + std::to_string(result.sIds.front()) +
-                                  ")" + text.after);
-        console.event("done", {{"outcome", text.word},
-                               {"installed", text.isInstalled},
-                               {"name", result.name},
-                               {"ids", Value::Array(result.sIds.begin(), result.sIds.end())}});
     }
 
     std::string source_;

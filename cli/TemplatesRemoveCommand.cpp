@@ -24,7 +24,7 @@ class TemplatesRemoveCommand : public Command {
         QVDataManager& catalogue = openCatalogue();
         const auto found = findInstalledTemplate(catalogue, wanted_);
         if (!found)
-            throw Error(ErrorKind::Usage,
+            throw Error(ErrorKind::Template,
                         findSampleTemplate(wanted_)
                             ? "ships with the program and is not installed; nothing was removed"
                             : "no template of this id or name is installed; nothing was removed",

@@ -81,7 +81,7 @@ class TemplatesShowCommand : public Command {
         const auto found = find();
         if (!found)
             throw Error(
-                ErrorKind::Usage,
+                ErrorKind::Template,
                 "neither a folder, a zip nor the id or name of a template that is installed, a sample "
                 "or offered (multiscene templates list)",
                 wanted_);

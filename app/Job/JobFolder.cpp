@@ -1,24 +1,30 @@
 #include "app/Job/JobFolder.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <chrono>
 #include <mutex>
 #include <set>
 
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
+#include "platform/base/Log.h"
 #include "platform/base/Paths.h"
+#include "platform/base/PrivateFolder.h"
 
 namespace multiscene {
 
 namespace fs = std::filesystem;
+using platform::Error;
 using platform::FileLock;
 
 namespace {
 
 constexpr const char* kLockName = ".lock";
 constexpr std::chrono::seconds kPatience{30};
-
-fs::path jobsFolder() { return platform::dataHome() / "jobs"; }
+constexpr off_t kLeastRoom = 1 << 20;  // bytes
 
 struct LivingFolders {
     std::mutex mutex;
@@ -35,32 +41,69 @@ void removeTree(const fs::path& folder) {
     fs::remove_all(folder, ignored);
 }
 
-/// Whoever lives holds the lock in its folder.
+/// Whoever lives holds the lock in its folder. Other jobs end meanwhile and take their folders away, and
+/// another user's folder cannot be opened: a sweep that does not succeed is left to the next job.
 void removeWhereAbandoned(const fs::path& folder) {
-    const auto lock = FileLock::acquire(folder / kLockName);
-    if (lock) removeTree(folder);
+    try {
+        const auto lock = FileLock::acquire(folder / kLockName);
+        if (lock) removeTree(folder);
+    } catch (const Error& failure) {
+        platform::log::info(std::string("not swept: ") + failure.what());
+    }
 }
 
 void sweep(const fs::path& jobs) {
     std::error_code failure;
-    for (const fs::directory_entry& entry : fs::directory_iterator(jobs, failure))
-        if (entry.is_directory(failure) && !entry.is_symlink(failure)) removeWhereAbandoned(entry.path());
+    for (fs::directory_iterator entry(jobs, failure); !failure && entry != fs::directory_iterator();
+         entry.increment(failure)) {
+        std::error_code gone;
+        if (entry->is_directory(gone) && !entry->is_symlink(gone)) removeWhereAbandoned(entry->path());
+    }
+}
+
+/// On a full disk folders and empty files can still be made.
+void requireRoom(const fs::path& folder) {
+    const fs::path probe = folder / ".room";
+    const platform::FileHandle file(::open(probe.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0600));
+    const int failure = file ? ::posix_fallocate(file.descriptor(), 0, kLeastRoom) : errno;
+    ::unlink(probe.c_str());
+    if (failure != 0) throw platform::errnoError(failure, "cannot write", folder.string());
 }
 
 }  // namespace
 
-JobFolder::JobFolder() : path_(jobsFolder() / platform::uniqueIdentifier()) {
-    platform::createFolders(jobsFolder());
-    // A folder without its lock looks abandoned, so making and sweeping exclude each other.
-    const auto turn = FileLock::acquire(jobsFolder() / kLockName, kPatience);
-    if (!turn)
-        throw platform::Error(platform::ErrorKind::Transient, "another program keeps the jobs locked",
-                              jobsFolder().string());
-    sweep(jobsFolder());
-    platform::createFolders(path_);
-    lock_ = FileLock::acquire(path_ / kLockName);
+JobFolder::JobFolder() {
+    try {
+        makeIn(platform::dataHome());
+    } catch (const Error& failure) {
+        platform::log::info(std::string("the job uses the temporary folder: ") + failure.what());
+        try {
+            makeIn(platform::privateTemporaryFolder());
+        } catch (const Error&) {
+            throw Error(failure);  // the data home is what a user can do something about
+        }
+    }
     const std::lock_guard guard(livingFolders().mutex);
     livingFolders().paths.insert(path_);
+}
+
+void JobFolder::makeIn(const fs::path& home) {
+    const fs::path jobs = home / "jobs";
+    platform::createFolders(jobs);
+    // A folder without its lock looks abandoned, so making and sweeping exclude each other.
+    const auto turn = FileLock::acquire(jobs / kLockName, kPatience);
+    if (!turn)
+        throw Error(platform::ErrorKind::Transient, "another program keeps the jobs locked", jobs.string());
+    sweep(jobs);
+    path_ = jobs / platform::uniqueIdentifier();
+    platform::makePrivateFolder(path_);
+    try {
+        lock_ = FileLock::acquire(path_ / kLockName);
+        requireRoom(path_);
+    } catch (...) {
+        removeTree(path_);
+        throw;
+    }
 }
 
 JobFolder::~JobFolder() {

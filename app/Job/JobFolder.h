@@ -8,11 +8,12 @@
 
 namespace multiscene {
 
-/// A job's private folder below the data home: scene-group file, prepared photos, silent video, mix. It is
-/// removed when the object ends; what a killed job left is removed when the next job starts.
+/// A job's private folder below the data home: scene-group file, prepared photos, silent video, mix. Nobody
+/// but its user may look into it. It is removed when the object ends; what a killed job left is removed when
+/// the next job starts. Where the data home cannot be written it lies below the temporary folder.
 class JobFolder {
   public:
-    /// Makes jobs/<unique> in the data home. Throws platform::Error.
+    /// Makes jobs/<unique>. Throws platform::Error.
     JobFolder();
     ~JobFolder();
     JobFolder(const JobFolder&) = delete;
@@ -26,6 +27,8 @@ class JobFolder {
     static void removeAllOfThisProcess();
 
   private:
+    void makeIn(const std::filesystem::path& home);
+
     std::filesystem::path path_;
     std::optional<platform::FileLock> lock_;
 };

@@ -7,6 +7,7 @@
 #include "app/Model/TemplateFolder.h"
 #include "app/Other/InstalledTemplates.h"
 #include "app/Other/OpenedFiles.h"
+#include "app/Other/ProgramVersion.h"
 #include "app/Other/SampleTemplates.h"
 #include "app/Other/TemplateArchive.h"
 #include "app/Other/TemplateInstallation.h"
@@ -67,6 +68,7 @@ Playable openFolder(const fs::path& path) {
     const TemplateFolder folder = readTemplateFolder(path);
     QVUtil::setSceneRoot(folder.folder.parent_path().string());
     requireOwnPaths(folder);
+    requireProgramVersion(folder.minVersion(), folder.name);
     FileGate::shared().allowFolder(folder.folder);
     const auto catalogue = std::make_shared<QVDataManager>(platform::Database::kInMemory);
     catalogue->checkUsable();
@@ -97,7 +99,8 @@ std::vector<platform::FileLock> locksOf(const Playable& playable) {
         if (const std::string name = templateOwning(scene.scenePlistPath); isTemplateName(name))
             names.insert(name);
     std::vector<platform::FileLock> locks;
-    for (const std::string& name : names) locks.push_back(lockForUse(name, kPatience));
+    for (const std::string& name : names)
+        if (auto lock = lockForUse(name, kPatience)) locks.push_back(std::move(*lock));
     return locks;
 }
 

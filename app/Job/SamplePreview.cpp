@@ -1,11 +1,8 @@
 #include "app/Job/SamplePreview.h"
 
-#include <algorithm>
-
 #include "app/Job/FramesJob.h"
 #include "app/Job/JobFolder.h"
 #include "app/Job/VideoJob.h"
-#include "app/Other/TemplateLength.h"
 #include "other/QVUtil.h"
 #include "platform/base/File.h"
 
@@ -34,22 +31,22 @@ void playSample(RenderRequest& request, const TemplateFolder& folder) {
 
 }  // namespace
 
-void renderSampleVideo(const TemplateFolder& folder, const fs::path& video, JobObserver& observer,
-                       const std::stop_token& stop) {
+int64_t renderSampleVideo(const TemplateFolder& folder, const fs::path& video, JobObserver& observer,
+                          const std::stop_token& stop) {
     const PlayedFromItsFolder played;
     VideoRequest request;
     playSample(request, folder);
     request.output = video;
-    makeVideo(request, observer, stop);
+    return makeVideo(request, observer, stop).frames;
 }
 
-void renderSamplePicture(const TemplateFolder& folder, const fs::path& picture, JobObserver& observer,
-                         const std::stop_token& stop) {
+void renderSamplePicture(const TemplateFolder& folder, int64_t frame, const fs::path& picture,
+                         JobObserver& observer, const std::stop_token& stop) {
     const PlayedFromItsFolder played;
     const JobFolder job;
     FramesRequest request;
     playSample(request, folder);
-    request.selection.at = {std::max<int64_t>(lengthInFrames(folder.records), 1) / 2};
+    request.selection.at = {frame};
     request.output = job.file("pictures");
     writeFrames(request, observer, stop);
     platform::moveFile(fs::directory_iterator(request.output)->path(), picture);

@@ -16,7 +16,10 @@ Value namesOf(const Value& record) {
 std::string nameInUserLanguage(const Value& name) {
     if (!name.isDictionary()) return name.stringValue();
     const std::string word = languageWord();
-    return name.string(word == "chinese" ? "cName" : word == "japanese" ? "jName" : "eName");
+    const char* own = word == "chinese" ? "cName" : word == "japanese" ? "jName" : "eName";
+    for (const char* key : {own, "eName", "cName", "jName"})
+        if (std::string text = name.string(key); !text.empty()) return text;
+    return {};
 }
 
 }  // namespace multiscene

@@ -21,6 +21,7 @@ void QVSeverSignSceneDataModel::copyDataModelFormDic(const platform::Value& info
     youtubePreviewUrl_ = info.string("youtubePreviewUrl");
     templateSize_ = info.real("templateSize");
     isNew_ = info.boolean("isNew");
+    archiveDigest_ = info.string("templateSha256");
     fpsLength_ = info.integer("fpsLength");
     photoTotal_ = info.integer("photoTotal");
 }

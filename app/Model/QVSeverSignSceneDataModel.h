@@ -29,6 +29,8 @@ class QVSeverSignSceneDataModel {
     const std::string& youtubePreviewUrl() const { return youtubePreviewUrl_; }
     /// Size of the archive as shown to the user, in megabytes.
     float templateSize() const { return templateSize_; }
+    /// SHA-256 of the archive, as hexadecimal digits; empty where the server does not say.
+    const std::string& archiveDigest() const { return archiveDigest_; }
     bool isNew() const { return isNew_; }
     /// Frames of its video and photos that it asks for; 0 where the server does not say.
     int64_t fpsLength() const { return fpsLength_; }
@@ -38,7 +40,7 @@ class QVSeverSignSceneDataModel {
     int64_t sId_ = 0, fpsLength_ = 0, photoTotal_ = 0;
     platform::Value muName_;
     float minVersion_ = 0, templateSize_ = 0;
-    std::string templateUrl_, thumbUrl_, videoPreviewUrl_, youtubePreviewUrl_;
+    std::string templateUrl_, thumbUrl_, videoPreviewUrl_, youtubePreviewUrl_, archiveDigest_;
     bool isNew_ = false;
 };
 

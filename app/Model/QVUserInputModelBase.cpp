@@ -7,10 +7,21 @@
 
 namespace multiscene {
 
+namespace {
+
+std::string placeholderOf(const platform::Value& info) {
+    for (const std::string& word :
+         {languageWord(), std::string("english"), std::string("chinese"), std::string("japanese")})
+        if (std::string text = info.string(word + "Placeholder"); !text.empty()) return text;
+    return {};
+}
+
+}  // namespace
+
 QVUserInputModelBase::QVUserInputModelBase(const platform::Value& info)
     : userInputType_(info.integer("userInputType")),
       renderMapKey_(info.string("renderMapKey")),
-      placeholder_(info.string(languageWord() + "Placeholder")) {}
+      placeholder_(placeholderOf(info)) {}
 
 std::shared_ptr<const QVUserInputModelBase> QVUserInputModelBase::inputModelWithDic(
     const platform::Value& info) {

@@ -20,6 +20,8 @@ struct TemplateFolder {
     /// "installScenes"; the first is the template itself, the others are further scenes that it uses.
     std::vector<QVTempletDataModel> records;
 
+    /// Lowest version of the program that can play it; 0: any.
+    float minVersion() const { return description.real("minVersion"); }
     std::filesystem::path plistPath() const { return folder / (name + ".plist"); }
 };
 

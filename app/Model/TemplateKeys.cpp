@@ -140,6 +140,11 @@ static constexpr Key templateFileKeyList[] = {
      .meaning = "the catalogue records; the first is the template itself",
      .required = true,
      .children = &catalogueRecordKeys},
+    {.name = "minVersion",
+     .type = KeyType::Number,
+     .fallback = "0",
+     .meaning = "lowest version of the program that can play the template, as a decimal number",
+     .minimum = 0},
 };
 const KeyTable templateFileKeys{"Template file", "NAME/NAME.plist, the description of a template.", nullptr,
                                 templateFileKeyList};

@@ -25,4 +25,8 @@ std::string folderIdentity(const std::filesystem::path& folder);
 /// Makes renames in a folder survive a loss of power. Does nothing where the file system cannot.
 void syncFolder(const std::filesystem::path& folder);
 
+/// Makes every file below a folder survive a loss of power, in one step however many there are. Throws
+/// platform::Error when the disk does not take them.
+void syncFilesBelow(const std::filesystem::path& folder);
+
 }  // namespace multiscene

@@ -1,8 +1,10 @@
 #include "app/Other/QVDownloadInfoManager.h"
 
 #include <algorithm>
+#include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <utility>
 
 #include "app/Other/Settings.h"
 #include "app/Other/UrlText.h"
@@ -23,6 +25,17 @@ namespace {
 
 constexpr const char* kConfigurationPath = "severConfig/info1-1.plist";
 constexpr const char* kFileName = "fe23fa79c74c";
+constexpr double kMostSeconds = 600;  ///< for a list of a megabyte or so
+
+/// "3 days ago".
+std::string ageText(double seconds) {
+    constexpr std::pair<double, const char*> units[] = {{86400, "day"}, {3600, "hour"}, {60, "minute"}};
+    for (const auto& [length, unit] : units) {
+        const auto count = static_cast<int64_t>(seconds / length);
+        if (count > 0) return std::to_string(count) + " " + unit + (count == 1 ? " ago" : "s ago");
+    }
+    return "a moment ago";
+}
 
 bool hasScheme(const std::string& location) {
     const size_t end = location.find("://");
@@ -53,15 +66,30 @@ void QVDownloadInfoManager::downloadInfo(const std::function<bool()>& isCancelle
     if (address.empty())
         throw Error(ErrorKind::Usage,
                     "no template server is set: name one with --server or MULTISCENE_SERVER");
+    try {
+        fetch(address + kConfigurationPath, isCancelled);
+    } catch (const Error& failure) {
+        const auto age = ageOfInfo();
+        if (!age || failure.kind() == ErrorKind::Cancelled) throw;
+        throw Error(failure.kind(), failure.message() + "; the list of " + ageText(*age) + " is kept",
+                    failure.file(), failure.key());
+    }
+}
+
+std::optional<double> QVDownloadInfoManager::ageOfInfo() const {
+    std::error_code failure;
+    const auto written = fs::last_write_time(saveInfoPath(), failure);
+    if (failure) return std::nullopt;
+    return std::chrono::duration<double>(fs::file_time_type::clock::now() - written).count();
+}
+
+void QVDownloadInfoManager::fetch(const std::string& url, const std::function<bool()>& isCancelled) const {
     const fs::path saved = saveInfoPath(), fetched = saved.string() + "." + platform::uniqueIdentifier();
     platform::createFolders(saved.parent_path());
-    std::error_code ignored;
-    fs::remove(saved, ignored);
-
     platform::HttpDownloadOptions options;
     options.maxBytes = platform::PropertyListLimits().maxBytes;
+    options.maxSeconds = kMostSeconds;
     options.isCancelled = isCancelled;
-    const std::string url = address + kConfigurationPath;
     platform::downloadToFile(url, fetched, options);
     try {
         const auto bytes = platform::readFile(fetched, options.maxBytes);
@@ -69,6 +97,7 @@ void QVDownloadInfoManager::downloadInfo(const std::function<bool()>& isCancelle
             throw Error(ErrorKind::Failed, "is no list of templates", url);
         platform::moveFile(fetched, saved);
     } catch (...) {
+        std::error_code ignored;
         fs::remove(fetched, ignored);
         throw;
     }

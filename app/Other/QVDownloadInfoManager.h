@@ -21,9 +21,13 @@ class QVDownloadInfoManager {
     void setServerAddress(const std::string& address) { serverAddress_ = address; }
     std::string serverAddress() const;
 
-    /// Fetches the configuration afresh; the copy of before is deleted first. Throws Error: Usage when no
-    /// server is set, else as downloadToFile; Failed when the answer is no property list.
+    /// Fetches the configuration afresh; the copy of before stays until the new one is there. Throws Error:
+    /// Usage when no server is set, else as downloadToFile; Failed when the answer is no property list. The
+    /// message says how old the kept copy is.
     void downloadInfo(const std::function<bool()>& isCancelled = {}) const;
+
+    /// Seconds since the kept copy was fetched; nothing when there is none.
+    std::optional<double> ageOfInfo() const;
 
     /// The kept copy.
     std::string saveInfoPath() const;
@@ -41,6 +45,7 @@ class QVDownloadInfoManager {
 
   private:
     QVDownloadInfoManager() = default;
+    void fetch(const std::string& url, const std::function<bool()>& isCancelled) const;
     platform::Value info() const;
 
     std::string serverAddress_;

@@ -59,18 +59,22 @@ InstallReport QVSceneInstallManager::guarded(const std::function<InstallResult()
 void QVSceneInstallManager::installSceneZipWithUrl(const std::string& url, InstallOptions options,
                                                    Completion completion) {
     background_.async([this, url, options = std::move(options), completion = std::move(completion)] {
-        bool downloaded = false;
+        bool reachesInstallation = false;
         const InstallReport report = guarded([&] {
             TemplateInstallation installation(catalogue(), templateNameOfUrl(url), options);
+            if (const auto known = options.replace ? std::nullopt : installation.alreadyInstalled()) {
+                reachesInstallation = true;
+                return *known;
+            }
             download(installation, url, options);
-            downloaded = true;
+            reachesInstallation = true;
             const DeletedAfterwards archive{installation.archivePath()};
             show([](SceneInstallDisplay& display) {
                 display.showInfo(localizedString("Template installation ing"));
             });
             return installation.install(archive.file);
         });
-        finish(report, downloaded, completion);
+        finish(report, reachesInstallation, completion);
     });
 }
 

@@ -46,8 +46,8 @@ class QVSceneInstallManager {
     double curentProgress() const { return curentProgress_; }
 
     /// Downloads an archive, then installs it as installSceneWithZipPath does. The folder's name is the URL's
-    /// last path component without its extension. A download that fails shows "Installation failed" and posts
-    /// nothing.
+    /// last path component without its extension. A template that is installed already is not downloaded,
+    /// unless to be replaced. A download that fails shows "Installation failed" and posts nothing.
     void installSceneZipWithUrl(const std::string& url, InstallOptions options, Completion completion);
 
     /// Installs an archive that lies on disk. `completion` is called on the main queue, after the

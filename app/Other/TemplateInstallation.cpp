@@ -4,6 +4,7 @@
 #include <set>
 
 #include "app/Other/FolderSwap.h"
+#include "app/Other/ProgramVersion.h"
 #include "app/Other/TemplateArchive.h"
 #include "app/Other/TemplateLocks.h"
 #include "other/QVUtil.h"
@@ -11,6 +12,7 @@
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
 #include "platform/base/Log.h"
+#include "platform/crypto/Digest.h"
 
 namespace multiscene {
 
@@ -82,6 +84,7 @@ TemplateInstallation::TemplateInstallation(QVDataManager& catalogue, const std::
                                            InstallOptions options)
     : catalogue_(catalogue),
       journal_(catalogue),
+      archives_(catalogue),
       name_(requireName(name)),
       options_(std::move(options)),
       lock_(lockOrFail(name, options_.patience)) {
@@ -90,7 +93,7 @@ TemplateInstallation::TemplateInstallation(QVDataManager& catalogue, const std::
 }
 
 TemplateInstallation::TemplateInstallation(QVDataManager& catalogue, const std::string& name, FileLock lock)
-    : catalogue_(catalogue), journal_(catalogue), name_(name), lock_(std::move(lock)) {
+    : catalogue_(catalogue), journal_(catalogue), archives_(catalogue), name_(name), lock_(std::move(lock)) {
     recoverThis();
 }
 
@@ -131,8 +134,19 @@ void TemplateInstallation::refuseForeignNumbers(const TemplateFolder& folder) {
         }
 }
 
+bool TemplateInstallation::hasOwnFile() const { return fs::exists(finalFolder() / (name_ + ".plist")); }
+
+std::optional<InstallResult> TemplateInstallation::alreadyInstalled() {
+    const std::vector<int64_t> numbers = numbersOf(installedRecords());
+    if (numbers.empty() || !hasOwnFile()) return std::nullopt;
+    const auto& offered = options_.offeredNumber;
+    if (offered && std::find(numbers.begin(), numbers.end(), *offered) == numbers.end()) return std::nullopt;
+    return InstallResult{InstallOutcome::AlreadyInstalled, name_, numbers, ""};
+}
+
 InstallResult TemplateInstallation::judged(const TemplateFolder& folder) {
     requireOwnPaths(folder);
+    requireProgramVersion(folder.minVersion(), name_);
     for (const QVTempletDataModel& record : folder.records)
         if (!fs::is_regular_file(stagedFile(folder.folder, finalFolder(), record.scenePlistPath())))
             throw Error(ErrorKind::Template, "the scene file " + record.scenePlistPath() + " is missing",
@@ -141,7 +155,7 @@ InstallResult TemplateInstallation::judged(const TemplateFolder& folder) {
     refuseForeignNumbers(folder);
 
     const std::vector<int64_t> before = numbersOf(installedRecords()), now = numbersOf(folder.records);
-    const bool present = fs::exists(finalFolder() / (name_ + ".plist"));
+    const bool present = hasOwnFile();
     InstallResult result{InstallOutcome::Installed, name_, now, ""};
     if (before.empty() && !present && fs::exists(finalFolder()) && !options_.replace)
         throw Error(ErrorKind::Failed,
@@ -173,6 +187,8 @@ InstallResult TemplateInstallation::install(const fs::path& archivePath) {
         folder = unpacked(archive);
         result = judged(folder);
         step("judged");
+        if (result.outcome != InstallOutcome::AlreadyInstalled) syncFilesBelow(stagingFolder());
+        step("synced");
     } catch (...) {
         clearLeftovers();
         throw;
@@ -180,7 +196,7 @@ InstallResult TemplateInstallation::install(const fs::path& archivePath) {
     if (result.outcome == InstallOutcome::AlreadyInstalled)
         clearLeftovers();
     else
-        moveIn(folder);
+        moveIn(folder, platform::fileDigest(archivePath));
     return result;
 }
 
@@ -195,34 +211,36 @@ TemplateFolder TemplateInstallation::unpacked(platform::ZipArchive& archive) {
     return readTemplateFolder(stagedFolder());
 }
 
-void TemplateInstallation::moveIn(const TemplateFolder& folder) {
-    syncFolder(stagedFolder());
-    change(folderIdentity(stagedFolder()), [&] {
+void TemplateInstallation::moveIn(const TemplateFolder& folder, const std::string& digest) {
+    change(folderIdentity(stagedFolder()), [&](platform::Database& database) {
         refuseForeignNumbers(folder);
         for (const int64_t sId : numbersOf(installedRecords())) catalogue_.removeSignSceneDataWithSid(sId);
         for (const QVTempletDataModel& record : folder.records)
             if (catalogue_.insertSignSceneDataWithSignSceneDataModel(record) == -1)
                 throw Error(ErrorKind::Failed, "the catalogue does not take the template", name_);
+        archives_.remember(database, name_, digest);
     });
 }
 
 InstallResult TemplateInstallation::remove() {
     const std::vector<int64_t> numbers = numbersOf(installedRecords());
-    if (numbers.empty()) throw Error(ErrorKind::Usage, "is not installed", name_);
+    if (numbers.empty()) throw Error(ErrorKind::Template, "is not installed", name_);
     platform::createFolders(stagingFolder());
-    change("", [&] {
+    change("", [&](platform::Database& database) {
         for (const int64_t sId : numbers) catalogue_.removeSignSceneDataWithSid(sId);
+        archives_.forget(database, name_);
     });
     return {InstallOutcome::Removed, name_, numbers, ""};
 }
 
-void TemplateInstallation::change(const std::string& newIdentity, const std::function<void()>& changeRows) {
+void TemplateInstallation::change(const std::string& newIdentity,
+                                  const std::function<void(platform::Database&)>& changeRows) {
     const FileLock alone = aloneWithFiles();
-    journal_.announce(name_, newIdentity);
+    announce(newIdentity);
     step("announced");
     try {
         catalogue_.transaction([&](platform::Database& database) {
-            changeRows();
+            changeRows(database);
             journal_.markCommitted(database, name_);
             step("recorded");
             swapFolders(finalFolder(), stagedFolder());
@@ -234,10 +252,28 @@ void TemplateInstallation::change(const std::string& newIdentity, const std::fun
         throw;
     }
     step("committed");
+    tidyUp();
+    step("finished");
+}
+
+void TemplateInstallation::announce(const std::string& newIdentity) {
+    try {
+        journal_.announce(name_, newIdentity);
+    } catch (...) {
+        clearLeftovers();
+        throw;
+    }
+}
+
+/// The change is made; what is left of it hurts nobody, and goes at the next start.
+void TemplateInstallation::tidyUp() {
     clearLeftovers();
     step("tidied");
-    journal_.forget(name_);
-    step("finished");
+    try {
+        journal_.forget(name_);
+    } catch (const Error& failure) {
+        platform::log::info("the change of " + name_ + " stays in the journal: " + failure.what());
+    }
 }
 
 /// A video is made with the files of one version, so the exchange waits for those who read them.
@@ -277,14 +313,21 @@ void TemplateInstallation::recover(QVDataManager& catalogue) {
     collectLeftovers(QVUtil::scenePath(), kStagingPrefix, "", names);
     collectLeftovers(QVUtil::scenePath(), kArchivePrefix, ".zip", names);
     collectLeftovers(QVUtil::multiSceneRootPath(), kDownloadPrefix, ".zip", names);
-    for (const std::string& name : names) {
-        auto lock = lockForChange(name, std::chrono::milliseconds(0));
-        if (!lock) continue;
-        const TemplateInstallation leftover(catalogue, name, std::move(*lock));
-        std::error_code ignored;
-        fs::remove(leftover.archivePath(), ignored);
-        fs::remove(leftover.partialDownloadPath(), ignored);
-    }
+    for (const std::string& name : names) try {
+            recoverOne(catalogue, name);
+        } catch (const Error& failure) {
+            // Where nothing can be written the program can still be used.
+            platform::log::info(name + " is not put right: " + failure.what());
+        }
+}
+
+void TemplateInstallation::recoverOne(QVDataManager& catalogue, const std::string& name) {
+    auto lock = lockForChange(name, std::chrono::milliseconds(0));
+    if (!lock) return;
+    const TemplateInstallation leftover(catalogue, name, std::move(*lock));
+    std::error_code ignored;
+    fs::remove(leftover.archivePath(), ignored);
+    fs::remove(leftover.partialDownloadPath(), ignored);
 }
 
 }  // namespace multiscene

@@ -5,11 +5,13 @@
 #include <chrono>
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
 #include "app/Model/TemplateFolder.h"
 #include "app/data/InstallJournal.h"
+#include "app/data/InstalledArchives.h"
 #include "platform/archive/ZipArchive.h"
 #include "platform/store/FileLock.h"
 
@@ -30,6 +32,8 @@ struct InstallOptions {
     /// How long to wait for programs that change the template or make a video with it.
     std::chrono::milliseconds patience = std::chrono::seconds(60);
     std::function<bool()> isCancelled = {};
+    /// The number under which a server offers the template; see alreadyInstalled().
+    std::optional<int64_t> offeredNumber = {};
     /// A further judgement of the unpacked folder before it moves in; throws platform::Error to refuse it.
     std::function<void(const TemplateFolder&)> judge = {};
     /// Bytes of a download so far, and in all or 0 when the server does not say. On the background queue.
@@ -46,13 +50,17 @@ class TemplateInstallation {
     /// have, Transient when the other change takes too long.
     TemplateInstallation(QVDataManager& catalogue, const std::string& name, InstallOptions options = {});
 
+    /// What install() would find without `replace`, known before an archive is fetched: nothing unless the
+    /// template is installed, with the offered number where there is one.
+    std::optional<InstallResult> alreadyInstalled();
+
     /// Unpacks an archive that holds NAME/NAME.plist, judges it, and moves it in. The archive itself is left
     /// alone; what it holds outside NAME/ is ignored. Throws Error, and then nothing has changed: Template
     /// for an archive or template at fault, or a scene number that another template owns; Transient while
-    /// videos are made with the template.
+    /// videos are made with the template; Failed when it needs a newer program.
     InstallResult install(const std::filesystem::path& archive);
 
-    /// Takes the template's rows and files away. Throws Error(Usage) when it is not installed.
+    /// Takes the template's rows and files away. Throws Error(Template) when it is not installed.
     InstallResult remove();
 
     /// Where a download of this template is kept while it is fetched, and when it is complete.
@@ -60,12 +68,14 @@ class TemplateInstallation {
     std::filesystem::path archivePath() const;
 
     /// Finishes or undoes every change that a killed program left, and removes its leftovers. Called at the
-    /// start of the program. Templates that another program is changing at this moment are passed over.
+    /// start of the program. Templates that another program is changing at this moment, and what cannot be
+    /// put right because the data home cannot be written, are passed over.
     static void recover(QVDataManager& catalogue);
 
   private:
     TemplateInstallation(QVDataManager& catalogue, const std::string& name, platform::FileLock lock);
 
+    static void recoverOne(QVDataManager& catalogue, const std::string& name);
     void step(const char* name) const;
     platform::FileLock aloneWithFiles();
     void recoverThis();
@@ -74,8 +84,11 @@ class TemplateInstallation {
     void refuseForeignNumbers(const TemplateFolder& folder);
     TemplateFolder unpacked(platform::ZipArchive& archive);
     InstallResult judged(const TemplateFolder& folder);
-    void moveIn(const TemplateFolder& folder);
-    void change(const std::string& newIdentity, const std::function<void()>& changeRows);
+    bool hasOwnFile() const;
+    void moveIn(const TemplateFolder& folder, const std::string& digest);
+    void change(const std::string& newIdentity, const std::function<void(platform::Database&)>& changeRows);
+    void announce(const std::string& newIdentity);
+    void tidyUp();
 
     std::filesystem::path finalFolder() const;
     std::filesystem::path stagingFolder() const;
@@ -83,6 +96,7 @@ class TemplateInstallation {
 
     QVDataManager& catalogue_;
     InstallJournal journal_;
+    InstalledArchives archives_;
     std::string name_;
     InstallOptions options_;
     platform::FileLock lock_;

@@ -1,5 +1,7 @@
 #include "app/Other/TemplateLocks.h"
 
+#include <unistd.h>
+
 #include <filesystem>
 
 #include "other/QVUtil.h"
@@ -14,11 +16,19 @@ using platform::FileLock;
 
 namespace {
 
+std::filesystem::path lockFolder() { return std::filesystem::path(QVUtil::dataPath()) / "locks"; }
+
 std::filesystem::path lockFile(const std::string& fileName) {
     QVUtil::createMultiSceneLocalPaths();
-    const std::filesystem::path folder = std::filesystem::path(QVUtil::dataPath()) / "locks";
-    platform::createFolders(folder);
-    return folder / fileName;
+    platform::createFolders(lockFolder());
+    return lockFolder() / fileName;
+}
+
+bool canBeWritten(std::filesystem::path folder) {
+    std::error_code failure;
+    while (!std::filesystem::exists(folder, failure) && folder.has_relative_path())
+        folder = folder.parent_path();
+    return ::access(folder.c_str(), W_OK) == 0;
 }
 
 FileLock useLock(const std::string& name, std::chrono::milliseconds patience, FileLock::Mode mode,
@@ -34,7 +44,10 @@ std::optional<FileLock> lockForChange(const std::string& name, std::chrono::mill
     return FileLock::acquire(lockFile(name + ".lock"), patience);
 }
 
-FileLock lockForUse(const std::string& name, std::chrono::milliseconds patience) {
+std::optional<FileLock> lockForUse(const std::string& name, std::chrono::milliseconds patience) {
+    std::error_code failure;
+    if (!canBeWritten(lockFolder()) && !std::filesystem::exists(lockFolder() / (name + ".use"), failure))
+        return std::nullopt;
     return useLock(name, patience, FileLock::Mode::Shared, "another program is changing this template");
 }
 

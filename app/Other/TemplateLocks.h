@@ -14,8 +14,9 @@ namespace multiscene {
 std::optional<platform::FileLock> lockForChange(const std::string& name, std::chrono::milliseconds patience);
 
 /// For programs that read the template's files: shared. Whoever exchanges the files takes it alone, for that
-/// moment only. Throws Error(Transient) after `patience`.
-platform::FileLock lockForUse(const std::string& name, std::chrono::milliseconds patience);
+/// moment only. Throws Error(Transient) after `patience`. Nothing where the data folder cannot be written:
+/// nobody exchanges anything there.
+std::optional<platform::FileLock> lockForUse(const std::string& name, std::chrono::milliseconds patience);
 platform::FileLock lockForExchange(const std::string& name, std::chrono::milliseconds patience);
 
 }  // namespace multiscene

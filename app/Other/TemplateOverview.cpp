@@ -2,12 +2,14 @@
 
 #include <algorithm>
 #include <filesystem>
+#include <map>
 
 #include "app/Other/InstalledTemplates.h"
 #include "app/Other/QVDownloadInfoManager.h"
 #include "app/Other/SampleTemplates.h"
 #include "app/Other/TemplateLength.h"
 #include "app/Other/UrlText.h"
+#include "app/data/InstalledArchives.h"
 #include "other/QVUtil.h"
 
 namespace multiscene {
@@ -68,13 +70,17 @@ void addSamples(std::vector<TemplateOverview>& overviews) {
     }
 }
 
-/// What only the server knows, on top of what is installed.
-void addOffer(TemplateOverview& overview, const QVSeverTempletDataModel& offered) {
+/// What only the server knows, on top of what is installed, of which `archives` holds the digests.
+void addOffer(TemplateOverview& overview, const QVSeverTempletDataModel& offered,
+              const std::map<std::string, std::string>& archives) {
     const auto complete = [](const std::string& location) {
         return location.empty() ? location : QVDownloadInfoManager::sharedInstance().completeUrl(location);
     };
     overview.isOffered = true;
     overview.isNew = offered.isNew();
+    const auto installed = archives.find(overview.name);
+    overview.newerOffered = overview.isInstalled && !offered.archiveDigest().empty() &&
+                            (installed == archives.end() || installed->second != offered.archiveDigest());
     overview.minVersion = offered.minVersion();
     overview.needsNewerVersion = !offered.isVersionSupported();
     overview.megabytes = offered.templateSize();
@@ -108,12 +114,14 @@ std::vector<TemplateOverview> templateOverviews(QVDataManager& catalogue) {
     for (const InstalledTemplate& installed : installedTemplates(catalogue))
         overviews.push_back(overviewOf(installed));
     addSamples(overviews);
+    const auto archives = InstalledArchives(catalogue).digests();
     for (const QVSeverTempletDataModel& offered : QVDownloadInfoManager::sharedInstance().severTemplets()) {
         TemplateOverview overview = overviewOf(offered);
         const auto known = std::find_if(overviews.begin(), overviews.end(), [&](const auto& each) {
             return each.name == overview.name && each.sId == overview.sId;
         });
-        addOffer(known == overviews.end() ? overviews.emplace_back(std::move(overview)) : *known, offered);
+        addOffer(known == overviews.end() ? overviews.emplace_back(std::move(overview)) : *known, offered,
+                 archives);
     }
     return overviews;
 }

@@ -18,6 +18,7 @@ struct TemplateOverview {
     std::string title;  ///< in the user's language
     bool isInstalled = false, isOffered = false, isNew = false;
     bool isSample = false;           ///< ships with the program
+    bool newerOffered = false;       ///< installed, and the server has another archive of it
     bool needsNewerVersion = false;  ///< as offered
     double minVersion = 0;           ///< of the program; 0: any
     double megabytes = 0;            ///< of the offered archive, else of the installed files

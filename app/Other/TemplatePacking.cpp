@@ -3,11 +3,14 @@
 #include "platform/archive/ZipArchive.h"
 #include "platform/archive/ZipWriter.h"
 #include "platform/base/Error.h"
+#include "platform/base/Paths.h"
+#include "platform/base/PropertyList.h"
 
 namespace multiscene {
 
 using platform::Error;
 using platform::ErrorKind;
+using platform::Value;
 namespace fs = std::filesystem;
 
 namespace {
@@ -32,6 +35,27 @@ std::vector<platform::ZipSource> filesOf(const TemplateFolder& folder) {
     return files;
 }
 
+/// A file that goes away unless it has been moved to its final name.
+struct Provisional {
+    fs::path file;
+    ~Provisional() {
+        std::error_code ignored;
+        fs::remove(file, ignored);
+    }
+};
+
+/// Writes the template's own file, with that version in it, to `file`.
+fs::path withMinVersion(const TemplateFolder& folder, float minVersion, const fs::path& file) {
+    const Value version(static_cast<double>(minVersion));
+    platform::writePropertyList(file, folder.description.with("minVersion", version));
+    return file;
+}
+
+void replace(std::vector<platform::ZipSource>& files, const fs::path& file, const fs::path& by) {
+    for (platform::ZipSource& each : files)
+        if (each.file == file) each.file = by;
+}
+
 /// Whoever installs the archive will judge it like this.
 void requireInstallable(const fs::path& archive, const fs::path& folder) {
     try {
@@ -43,13 +67,19 @@ void requireInstallable(const fs::path& archive, const fs::path& folder) {
 
 }  // namespace
 
-void packTemplate(const fs::path& folder, const fs::path& archive, const TemplateJudge& judge) {
+void packTemplate(const fs::path& folder, const fs::path& archive, const TemplateJudge& judge,
+                  std::optional<float> minVersion) {
     const TemplateFolder read = readTemplateFolder(folder);
     if (!isTemplateName(read.name))
         throw Error(ErrorKind::Template, "is no name that a template can have", read.name);
     requireOwnPaths(read);
     if (judge) judge(read);
-    platform::writeZip(fs::absolute(archive), filesOf(read),
+    const fs::path target = fs::absolute(archive);
+    const Provisional ownFile{target.parent_path() / (".pack-" + platform::uniqueIdentifier() + ".plist")};
+    std::vector<platform::ZipSource> files = filesOf(read);
+    if (minVersion && *minVersion != read.minVersion())
+        replace(files, read.plistPath(), withMinVersion(read, *minVersion, ownFile.file));
+    platform::writeZip(target, std::move(files),
                        [&](const fs::path& written) { requireInstallable(written, read.folder); });
 }
 

@@ -9,6 +9,7 @@
 #include "platform/base/File.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/PropertyList.h"
+#include "platform/crypto/Digest.h"
 #include "platform/store/FileLock.h"
 
 namespace multiscene {
@@ -22,6 +23,7 @@ namespace {
 
 constexpr std::chrono::seconds kPatience{60};
 constexpr double kBytesPerMegabyte = 1024.0 * 1024.0;
+constexpr float kFirstVersion = 1;
 constexpr uint64_t kMaxThumbnailBytes = 32u << 20;
 
 /// The thumbnail that the template brings; empty when it has none, or names one outside its folder.
@@ -49,11 +51,12 @@ class Publication {
 
     void run() {
         const std::string archive = place("templates", ".zip");
-        packTemplate(folder_.folder, server_ / archive, options_.judge);
+        packTemplate(folder_.folder, server_ / archive, options_.judge, options_.minVersion);
         const double size = static_cast<double>(fs::file_size(server_ / archive)) / kBytesPerMegabyte;
         Value::Dictionary entry{{"templateUrl", url(archive)}, {"templateSize", size}};
-        entry["thumbUrl"] = url(placeThumbnail());
+        entry["templateSha256"] = platform::fileDigest(server_ / archive);
         entry["videoPreviewUrl"] = url(placePreview());
+        entry["thumbUrl"] = url(placeThumbnail());
         writeConfiguration(std::move(entry));
     }
 
@@ -73,6 +76,9 @@ class Publication {
         return platform::readPropertyList(configurationPath(), ErrorKind::Failed);
     }
 
+    float minVersion() const {
+        return options_.minVersion.value_or(std::max(folder_.minVersion(), kFirstVersion));
+    }
     int64_t number() const { return folder_.records.front().sId(); }
     std::string url(const std::string& place) const {
         return place.empty() ? "" : options_.baseUrl + percentEncoded(place);
@@ -112,7 +118,7 @@ class Publication {
         for (const char* key : {"cName", "eName", "jName", "youtubePreviewUrl", "wechartTempletInfo"})
             if (record.has(key)) entry[key] = record[key];
         entry["sId"] = number();
-        entry["minVersion"] = static_cast<double>(options_.minVersion);
+        entry["minVersion"] = static_cast<double>(minVersion());
         entry["isNew"] = options_.isNew;
         entry["fpsLength"] = lengthInFrames(folder_.records);
         entry["photoTotal"] = photosWanted(folder_.records.front());

@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <functional>
+#include <optional>
 #include <string>
 
 #include "app/Other/TemplatePacking.h"
@@ -12,11 +13,13 @@ struct PublishOptions {
     TemplateJudge judge = {};
     /// Renders the preview video of a template from its sample inputs into a file. Absent: no preview.
     std::function<void(const TemplateFolder&, const std::filesystem::path& video)> renderPreview = {};
-    /// Renders a picture for a template that brings no thumbnail. Absent: no thumbnail then.
+    /// Renders a picture for a template that brings no thumbnail, after the preview. Absent: no thumbnail
+    /// then.
     std::function<void(const TemplateFolder&, const std::filesystem::path& picture)> renderThumbnail = {};
     /// Put before the locations in the configuration; empty: they are relative to the server's address.
     std::string baseUrl;
-    float minVersion = 1;
+    /// Absent: what the template's own file says. Else the archive says it too.
+    std::optional<float> minVersion = {};
     bool isNew = true;
 };
 

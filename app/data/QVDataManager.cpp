@@ -1,5 +1,7 @@
 #include "app/data/QVDataManager.h"
 
+#include <filesystem>
+
 #include "other/QVUtil.h"
 #include "platform/base/Error.h"
 #include "platform/base/Json.h"
@@ -65,6 +67,14 @@ QVTempletDataModel modelOfRow(const Statement& row) {
     return model;
 }
 
+void makeFolders() {
+    try {
+        QVUtil::createMultiSceneLocalPaths();
+    } catch (const Error& failure) {
+        throw platform::UnwritableDatabase(failure.kind(), failure.message(), failure.file());
+    }
+}
+
 /// Holds a flag up for the length of a block.
 class Raised {
   public:
@@ -89,14 +99,39 @@ std::string QVDataManager::databasePath() { return QVUtil::dataPath() + "sceneDa
 
 Database& QVDataManager::database() {
     if (database_) return *database_;
-    if (path_ == databasePath()) QVUtil::createMultiSceneLocalPaths();
+    try {
+        if (path_ == databasePath()) makeFolders();
+        database_ = opened();
+    } catch (const platform::UnwritableDatabase& failure) {
+        unwritable_ = failure;
+        database_ = openedForReading();
+        platform::log::info(std::string("the catalogue can only be read: ") + failure.what());
+    }
+    return *database_;
+}
+
+std::unique_ptr<Database> QVDataManager::opened() const {
     auto opened = std::make_unique<Database>(path_);
     if (!opened->tableExists(kTable)) {
         opened->execute(kCreate);
         platform::log::info("made the table " + std::string(kTable) + " in " + path_);
     }
-    database_ = std::move(opened);
-    return *database_;
+    return opened;
+}
+
+/// Where nothing can be written, what was installed can still be used; without a file there is nothing.
+std::unique_ptr<Database> QVDataManager::openedForReading() const {
+    std::error_code failure;
+    if (std::filesystem::file_size(path_, failure) > 0 && !failure) return Database::unchanging(path_);
+    auto empty = std::make_unique<Database>(Database::kInMemory);
+    empty->execute(kCreate);
+    return empty;
+}
+
+Database& QVDataManager::writableDatabase() {
+    Database& connection = database();
+    if (unwritable_) throw Error(*unwritable_);
+    return connection;
 }
 
 template <typename Result>
@@ -146,7 +181,7 @@ int64_t QVDataManager::insertSignSceneDataWithSignSceneDataModel(const QVTemplet
     return logged<int64_t>("storing a scene", -1, [&] {
         int64_t stored = -1;
         // Asking and inserting belong together: another process may be installing the same scene.
-        database().transaction([&] { stored = insert(model); });
+        writableDatabase().transaction([&] { stored = insert(model); });
         return stored;
     });
 }
@@ -198,7 +233,7 @@ std::optional<SceneConfigData> QVDataManager::querySceneWithSid(int64_t sId) {
 
 void QVDataManager::transaction(const std::function<void(Database&)>& work) {
     const std::lock_guard lock(mutex_);
-    Database& connection = database();
+    Database& connection = writableDatabase();
     const Raised throwing(throwing_);
     connection.transaction([&] { work(connection); });
 }
@@ -210,7 +245,7 @@ void QVDataManager::withDatabase(const std::function<void(Database&)>& work) {
 
 void QVDataManager::removeSignSceneDataWithSid(int64_t sId) {
     const std::lock_guard lock(mutex_);
-    database().prepare(kDelete).bind(1, sId).step();
+    writableDatabase().prepare(kDelete).bind(1, sId).step();
 }
 
 }  // namespace multiscene

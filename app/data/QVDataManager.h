@@ -60,6 +60,9 @@ class QVDataManager : public SceneCatalogue {
 
   private:
     platform::Database& database();
+    std::unique_ptr<platform::Database> opened() const;
+    std::unique_ptr<platform::Database> openedForReading() const;
+    platform::Database& writableDatabase();
     template <typename Result>
     Result logged(const char* action, Result onFailure, const std::function<Result()>& work);
     int64_t insert(const QVTempletDataModel& model);
@@ -68,7 +71,8 @@ class QVDataManager : public SceneCatalogue {
     std::string path_;
     std::recursive_mutex mutex_;
     std::unique_ptr<platform::Database> database_;
-    bool throwing_ = false;  ///< a transaction is running
+    std::optional<platform::Error> unwritable_;  ///< why the data folder cannot be written
+    bool throwing_ = false;                      ///< a transaction is running
 };
 
 }  // namespace multiscene

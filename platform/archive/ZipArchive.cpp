@@ -5,10 +5,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <algorithm>
 #include <array>
 #include <cerrno>
 
+#include "platform/archive/ZipLayout.h"
 #include "platform/archive/ZipNames.h"
 #include "platform/base/File.h"
 
@@ -18,8 +18,6 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr uint64_t kLocalHeaderBytes = 30;
-constexpr uint64_t kEndRecordBytes = 22, kMaxCommentBytes = 0xffff;
 constexpr uLong kEncryptedFlags = 0x0001 | 0x0040 | 0x2000;
 constexpr uLong kStored = 0, kDeflated = 8;
 
@@ -27,12 +25,6 @@ struct CloseArchive {
     void operator()(void* archive) const { unzClose(archive); }
 };
 using OpenArchive = std::unique_ptr<void, CloseArchive>;
-
-/// The part of the file that an entry takes up.
-struct Extent {
-    uint64_t begin, end;
-    std::string name;
-};
 
 bool isPlain(const unz_file_info64& info) {
     const uLong mode = info.external_fa >> 16;
@@ -46,21 +38,6 @@ FileHandle openRegular(const fs::path& archive, ErrorKind kind) {
     if (::fstat(file.descriptor(), &info) != 0 || !S_ISREG(info.st_mode))
         throw Error(kind, "is no file", archive.string());
     return file;
-}
-
-/// Whether the file ends with a whole end record. The library reads what is cut off as zeros, and so a cut
-/// archive as an empty one.
-bool endsAsArchive(const FileHandle& file) {
-    const uint64_t size = file.size();
-    if (size < kEndRecordBytes) return false;
-    std::string tail(std::min(size, kEndRecordBytes + kMaxCommentBytes), '\0');
-    const auto offset = static_cast<off_t>(size - tail.size());
-    if (::pread(file.descriptor(), tail.data(), tail.size(), offset) != static_cast<ssize_t>(tail.size()))
-        return false;
-    const size_t start = tail.rfind("PK\5\6");
-    if (start == std::string::npos || tail.size() - start < kEndRecordBytes) return false;
-    const auto byte = [&](size_t index) { return static_cast<unsigned char>(tail[start + index]); };
-    return tail.size() - start - kEndRecordBytes == byte(20) + 256u * byte(21);
 }
 
 void writeAll(const FileHandle& file, const char* bytes, size_t count, const std::string& name) {
@@ -100,7 +77,7 @@ struct ZipArchive::Core {
     void list();
     ZipEntry judgedEntry();
     void judgeSizes(const ZipEntry& entry, const unz_file_info64& info);
-    void judgeOverlaps();
+    void judgeLayout() const;
     void noteExtent(const ZipEntry& entry);
     void unpack(const ZipEntry& entry, const FileHandle& root, const ZipExtraction& extraction);
     void copyContent(const ZipEntry& entry, const FileHandle& target, const ZipExtraction& extraction);
@@ -111,7 +88,8 @@ struct ZipArchive::Core {
     FileHandle file;
     OpenArchive archive;
     std::vector<ZipEntry> entries;
-    std::vector<Extent> extents;
+    std::vector<ZipExtent> extents;
+    ZipDirectoryPlace directory;
     ZipNameSet names;
     uint64_t totalBytes = 0, bytesDone = 0;
 };
@@ -120,10 +98,15 @@ ZipArchive::Core::Core(const fs::path& source, ErrorKind errorKind, const ZipLim
     : path(source.string()), kind(errorKind), limits(theLimits), file(openRegular(source, errorKind)) {
     if (file.size() > limits.maxArchiveBytes)
         refuse("the archive is larger than " + std::to_string(limits.maxArchiveBytes) + " bytes");
-    if (endsAsArchive(file)) archive.reset(unzOpen64(file.path().c_str()));
-    if (!archive) refuse("is no zip archive, or is cut off");
+    // The library reads what is cut off as zeros, and looks for an archive behind whatever stands before it.
+    std::string fault;
+    const auto place = findZipDirectory(file, fault);
+    if (!place) refuse(fault);
+    directory = *place;
+    archive.reset(unzOpen64(file.path().c_str()));
+    if (!archive) refuse("is no zip archive");
     list();
-    judgeOverlaps();
+    judgeLayout();
 }
 
 void ZipArchive::Core::list() {
@@ -182,21 +165,17 @@ void ZipArchive::Core::judgeSizes(const ZipEntry& entry, const unz_file_info64& 
 void ZipArchive::Core::noteExtent(const ZipEntry& entry) {
     if (unzOpenCurrentFile(archive.get()) != UNZ_OK)
         refuse("the entry contradicts the archive's directory", entry.name);
-    const uint64_t data = unzGetCurrentFileZStreamPos64(archive.get());
     unzCloseCurrentFile(archive.get());
-    const uint64_t header = kLocalHeaderBytes + entry.name.size();
-    if (data < header || entry.packedBytes > file.size() || data > file.size() - entry.packedBytes)
-        refuse("the entry lies outside the archive", entry.name);
-    extents.push_back({data - header, data + entry.packedBytes, entry.name});
+    std::string fault;
+    const uint64_t listed = unzGetOffset64(archive.get());
+    auto extent = findZipEntry(file, listed, entry.name, entry.packedBytes, fault);
+    if (!extent) refuse(fault, entry.name);
+    extents.push_back(std::move(*extent));
 }
 
-void ZipArchive::Core::judgeOverlaps() {
-    std::sort(extents.begin(), extents.end(),
-              [](const Extent& left, const Extent& right) { return left.begin < right.begin; });
-    for (size_t index = 1; index < extents.size(); ++index)
-        if (extents[index].begin < extents[index - 1].end)
-            refuse("the entry shares its data with \"" + printableName(extents[index - 1].name) + "\"",
-                   extents[index].name);
+void ZipArchive::Core::judgeLayout() const {
+    std::string entry;
+    if (const auto fault = faultOfZipLayout(extents, directory.offset, entry)) refuse(*fault, entry);
 }
 
 void ZipArchive::Core::unpack(const ZipEntry& entry, const FileHandle& root,
@@ -229,7 +208,6 @@ void ZipArchive::Core::copyContent(const ZipEntry& entry, const FileHandle& targ
         if (extraction.progress) extraction.progress(bytesDone, totalBytes);
     }
     if (copied != entry.bytes) refuse("the entry holds another number of bytes than it states", entry.name);
-    if (::fsync(target.descriptor()) != 0 && errno != EINVAL) throw errnoError(errno, "cannot write", path);
 }
 
 ZipArchive::ZipArchive(const fs::path& archive, ErrorKind kind, const ZipLimits& limits)

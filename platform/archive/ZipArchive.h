@@ -31,10 +31,11 @@ struct ZipExtraction {
 /// An open archive. Not for use by two threads at a time.
 class ZipArchive {
   public:
-    /// Opens and judges. Refused, as an Error(kind): what is no archive or is cut off; names that leave the
-    /// folder, are absolute, hold drive letters, backslashes or control characters, or are not UTF-8; names
-    /// given twice, also when they differ in case alone; links and devices; encrypted entries and unknown
-    /// methods; entries that share data; everything beyond the limits.
+    /// Opens and judges. Refused, as an Error(kind): what is no archive, is cut off, or is a part of several;
+    /// bytes before the archive or in it that belong to no entry; entries whose own name is another than the
+    /// directory's; names that leave the folder, are absolute, hold drive letters, backslashes or control
+    /// characters, or are not UTF-8; names given twice, also when they differ in case alone; links and
+    /// devices; encrypted entries and unknown methods; entries that share data; everything beyond the limits.
     explicit ZipArchive(const std::filesystem::path& archive, ErrorKind kind = ErrorKind::Template,
                         const ZipLimits& limits = {});
     ~ZipArchive();
@@ -45,8 +46,9 @@ class ZipArchive {
     const std::vector<ZipEntry>& entries() const;
 
     /// Unpacks below an existing folder that nobody else writes to. Nothing there is overwritten, no link is
-    /// followed, files are made plain and unexecutable. Throws Error: wrong check sum or size (kind), a full
-    /// disk (Transient), Cancelled; what was unpacked until then stays for the caller to remove.
+    /// followed, files are made plain and unexecutable. They need not have reached the disk. Throws Error:
+    /// wrong check sum or size (kind), a full disk (Transient), Cancelled; what was unpacked until then stays
+    /// for the caller to remove.
     void extract(const std::filesystem::path& folder, const ZipExtraction& extraction = {});
 
   private:

@@ -22,7 +22,7 @@ std::string oneLine(const std::string& file, const std::string& key, const std::
 
 bool isPassing(int errnoValue) {
     return errnoValue == ENOSPC || errnoValue == EDQUOT || errnoValue == EFBIG || errnoValue == ENOMEM ||
-           errnoValue == EMFILE || errnoValue == ENFILE || errnoValue == EAGAIN;
+           errnoValue == EMFILE || errnoValue == ENFILE || errnoValue == EAGAIN || errnoValue == EIO;
 }
 
 }  // namespace

@@ -7,6 +7,8 @@
 #include <cerrno>
 
 #include "platform/base/PartFile.h"
+#include "platform/base/Paths.h"
+#include "platform/base/PrivateFolder.h"
 
 namespace platform {
 
@@ -108,6 +110,7 @@ void createFolders(const fs::path& folder) {
 }
 
 void moveFile(const fs::path& from, const fs::path& to) {
+    makeUsuallyReadable(from);
     if (::rename(from.c_str(), to.c_str()) == 0) return;
     if (errno != EXDEV) throw errnoError(errno, "cannot write", to.string());
     PartFile part(to);

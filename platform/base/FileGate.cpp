@@ -22,9 +22,22 @@ fs::path realPathOf(const FileHandle& file) {
     return fs::read_symlink(file.path(), failure);
 }
 
-FileGate::Verdict verdictOfErrno(int errnoValue) {
-    // Opening a socket fails with ENXIO: it exists, but is no file.
-    return errnoValue == ENXIO ? FileGate::Verdict::NotRegular : FileGate::Verdict::Missing;
+FileGate::Verdict verdictOfErrno(int errnoValue, const fs::path& file) {
+    switch (errnoValue) {
+        case ENOENT:
+        case ENOTDIR:
+        case ELOOP:
+        case ENAMETOOLONG:
+        case EINVAL:
+            return FileGate::Verdict::Missing;
+        case ENXIO:  // a socket: it exists, but is no file
+            return FileGate::Verdict::NotRegular;
+        case EACCES:
+        case EPERM:
+            return FileGate::Verdict::Unreadable;
+        default:
+            throw errnoError(errnoValue, "cannot open", file.string());
+    }
 }
 
 }  // namespace
@@ -62,7 +75,7 @@ FileGate::Opened FileGate::open(const fs::path& file) {
     FileHandle handle(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
     Verdict verdict = Verdict::Allowed;
     if (!handle) {
-        verdict = verdictOfErrno(errno);
+        verdict = verdictOfErrno(errno, file);
     } else {
         struct stat info {};
         if (!isAllowed(realPathOf(handle)))
@@ -104,6 +117,8 @@ const char* describe(FileGate::Verdict verdict) {
             return "lies outside the template's folder";
         case FileGate::Verdict::NotRegular:
             return "is not a regular file";
+        case FileGate::Verdict::Unreadable:
+            return "may not be read";
     }
     return "";
 }

@@ -14,7 +14,7 @@ namespace platform {
 /// the user's own inputs, and only regular files. All operations are safe from any thread.
 class FileGate {
   public:
-    enum class Verdict { Allowed, Missing, Outside, NotRegular };
+    enum class Verdict { Allowed, Missing, Outside, NotRegular, Unreadable };
 
     struct Opened {
         Verdict verdict = Verdict::Missing;
@@ -36,7 +36,8 @@ class FileGate {
     void reset();
 
     /// Opens a file for reading. The verdict holds for the descriptor itself, so a link swapped in afterwards
-    /// changes nothing. Refusals (not missing files) are remembered.
+    /// changes nothing. Refusals (not missing files) are remembered. Throws Error when the machine does not
+    /// manage to look: no file is missing because the program has too many open.
     Opened open(const std::filesystem::path& file);
     /// The verdict alone; remembers refusals as open() does.
     Verdict check(const std::filesystem::path& file) { return open(file).verdict; }

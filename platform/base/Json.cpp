@@ -67,6 +67,15 @@ json toJson(const Value& value) {
     return json();
 }
 
+/// The library's words without the name of its exception: "[json.exception.parse_error.101] parse error at
+/// line 1, column 2: …".
+std::string withoutExceptionName(const std::string& words) {
+    const size_t end = words.starts_with("[json.") ? words.find("] ") : std::string::npos;
+    std::string rest = end == std::string::npos ? words : words.substr(end + 2);
+    constexpr std::string_view start = "parse error ";
+    return rest.starts_with(start) ? rest.substr(start.size()) : rest;
+}
+
 }  // namespace
 
 Value parseJson(std::string_view text, const std::string& name, ErrorKind kind) {
@@ -78,7 +87,7 @@ Value parseJson(std::string_view text, const std::string& name, ErrorKind kind) 
     try {
         return fromJson(json::parse(text, refuseDeep));
     } catch (const json::exception& fault) {
-        throw Error(kind, std::string("not valid JSON: ") + fault.what(), name);
+        throw Error(kind, "not valid JSON, " + withoutExceptionName(fault.what()), name);
     }
 }
 

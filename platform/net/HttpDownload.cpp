@@ -9,6 +9,7 @@
 #include <cstdlib>
 #include <exception>
 #include <memory>
+#include <sstream>
 #include <utility>
 
 #include "platform/base/Clock.h"
@@ -40,6 +41,22 @@ std::string withoutCredentials(const std::string& url) {
 }
 
 bool isWorthAnotherTry(int status) { return status >= 500 || status == 408 || status == 429; }
+
+const char* reasonOf(int status) {
+    switch (status) {
+        case 401:
+        case 403:
+            return ": it does not give this file to everybody";
+        case 404:
+        case 410:
+            return ": there is no file at this address";
+        case 429:
+        case 503:
+            return ": it is too busy";
+        default:
+            return "";
+    }
+}
 
 bool isWorthAnotherTry(CURLcode code) {
     static constexpr CURLcode permanent[] = {CURLE_UNSUPPORTED_PROTOCOL, CURLE_URL_MALFORMAT,
@@ -86,6 +103,8 @@ class Download {
     void write(const char* bytes, size_t count);
     void pauseBefore(int nextAttempt) const;
     bool isCancelled() const { return options_.isCancelled && options_.isCancelled(); }
+    bool isTooLate() const { return monotonicSeconds() > startSeconds_ + options_.maxSeconds; }
+    [[noreturn]] void failInterrupted() const;
 
     /// Runs a step inside a callback of the C library; an exception ends the transfer and is passed on after
     /// it.
@@ -113,6 +132,7 @@ class Download {
     std::string validator_, lastFailure_;
     uint64_t received_ = 0, total_ = 0;
     bool bodyStarted_ = false, complete_ = false;
+    double startSeconds_ = monotonicSeconds();
     std::exception_ptr thrown_;
     char curlMessage_[CURL_ERROR_SIZE] = "";
 };
@@ -135,9 +155,16 @@ void Download::pauseBefore(int nextAttempt) const {
     const double until =
         monotonicSeconds() + options_.retryDelaySeconds * (1 << std::min(nextAttempt - 1, 6));
     while (monotonicSeconds() < until) {
-        if (isCancelled()) fail(ErrorKind::Cancelled, "cancelled");
+        if (isCancelled() || isTooLate()) failInterrupted();
         sleepSeconds(std::min(0.1, until - monotonicSeconds()));
     }
+}
+
+void Download::failInterrupted() const {
+    if (isCancelled()) fail(ErrorKind::Cancelled, "cancelled");
+    std::ostringstream text;
+    text << "the transfer has not ended within " << options_.maxSeconds << " seconds";
+    fail(ErrorKind::Transient, text.str());
 }
 
 std::unique_ptr<curl_slist, FreeList> Download::resumeHeaders() const {
@@ -158,7 +185,7 @@ void Download::configure(CURL* handle) {
     curl_easy_setopt(handle, CURLOPT_MAXREDIRS, kMaxRedirects);
     curl_easy_setopt(handle, CURLOPT_REDIR_PROTOCOLS_STR, url_.starts_with("https") ? "https" : "http,https");
     curl_easy_setopt(handle, CURLOPT_CONNECTTIMEOUT, options_.connectTimeoutSeconds);
-    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, 1L);
+    curl_easy_setopt(handle, CURLOPT_LOW_SPEED_LIMIT, options_.minBytesPerSecond);
     curl_easy_setopt(handle, CURLOPT_LOW_SPEED_TIME, options_.stallSeconds);
     curl_easy_setopt(handle, CURLOPT_HEADERFUNCTION, onHeader);
     curl_easy_setopt(handle, CURLOPT_HEADERDATA, this);
@@ -190,7 +217,7 @@ bool Download::attempt() {
 
 bool Download::judge(CURLcode code) {
     if (thrown_) std::rethrow_exception(std::exchange(thrown_, nullptr));
-    if (code == CURLE_ABORTED_BY_CALLBACK) fail(ErrorKind::Cancelled, "cancelled");
+    if (code == CURLE_ABORTED_BY_CALLBACK) failInterrupted();
     const int status = response_.status;
     const bool answered = code == CURLE_OK || code == CURLE_WRITE_ERROR;
     if (answered && status == 416) {
@@ -199,7 +226,7 @@ bool Download::judge(CURLcode code) {
         return false;
     }
     if (answered && status != 200 && status != 206) {
-        lastFailure_ = "the server answers with status " + std::to_string(status);
+        lastFailure_ = "the server answers with status " + std::to_string(status) + reasonOf(status);
         if (!isWorthAnotherTry(status)) fail(ErrorKind::Failed, lastFailure_);
         return false;
     }
@@ -271,7 +298,8 @@ size_t Download::onBody(char* bytes, size_t size, size_t count, void* self) {
 }
 
 int Download::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
-    return static_cast<Download*>(self)->isCancelled() ? 1 : 0;
+    const auto* download = static_cast<Download*>(self);
+    return download->isCancelled() || download->isTooLate() ? 1 : 0;
 }
 
 }  // namespace

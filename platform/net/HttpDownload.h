@@ -15,7 +15,10 @@ struct HttpDownloadOptions {
     int attempts = 5;                ///< connections made before giving up
     double retryDelaySeconds = 0.5;  ///< before the second attempt; doubles each time
     long connectTimeoutSeconds = 20;
-    long stallSeconds = 30;  ///< without a byte for this long, the connection counts as broken
+    /// A connection that is slower than this for so long counts as broken.
+    long minBytesPerSecond = 1000;
+    long stallSeconds = 30;
+    double maxSeconds = 4 * 3600;  ///< for all attempts together
     /// Bytes so far, and bytes in all or 0 when the server does not say. On the calling thread.
     std::function<void(uint64_t received, uint64_t total)> progress;
     /// Asked several times a second.

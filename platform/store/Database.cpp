@@ -4,6 +4,7 @@
 #include <sqlite3.h>
 
 #include <chrono>
+#include <cstdio>
 #include <thread>
 
 #include "platform/base/Error.h"
@@ -19,6 +20,19 @@ bool isPassing(int code) {
         case SQLITE_FULL:
         case SQLITE_NOMEM:
         case SQLITE_IOERR:  // a full disk, too: the shared index cannot grow
+            return true;
+        default:
+            return false;
+    }
+}
+
+bool isUnwritable(int code) {
+    switch (code & 0xff) {
+        case SQLITE_CANTOPEN:
+        case SQLITE_READONLY:
+        case SQLITE_PERM:
+        case SQLITE_FULL:
+        case SQLITE_IOERR:
             return true;
         default:
             return false;
@@ -45,8 +59,9 @@ std::string explanation(int code, const std::string& message) {
 
 [[noreturn]] void rethrow(const SQLite::Exception& failure, const std::string& file) {
     const int code = failure.getErrorCode();
-    throw Error(isPassing(code) ? ErrorKind::Transient : ErrorKind::Failed, explanation(code, failure.what()),
-                file);
+    const ErrorKind kind = isPassing(code) ? ErrorKind::Transient : ErrorKind::Failed;
+    if (isUnwritable(code)) throw UnwritableDatabase(kind, explanation(code, failure.what()), file);
+    throw Error(kind, explanation(code, failure.what()), file);
 }
 
 template <typename Work>
@@ -66,7 +81,8 @@ void useWriteAheadLog(SQLite::Database& connection) {
             connection.execAndGet("PRAGMA journal_mode=WAL");
             return;
         } catch (const SQLite::Exception& failure) {
-            if (!isPassing(failure.getErrorCode()) || attempt == 200) throw;
+            const int code = failure.getErrorCode() & 0xff;
+            if ((code != SQLITE_BUSY && code != SQLITE_LOCKED) || attempt == 200) throw;
             std::this_thread::sleep_for(std::chrono::milliseconds(20));
         }
     }
@@ -77,6 +93,10 @@ void useWriteAheadLog(SQLite::Database& connection) {
 struct Database::Core {
     Core(const std::string& name, int busyTimeoutMs)
         : file(name), connection(name, SQLite::OPEN_READWRITE | SQLite::OPEN_CREATE, busyTimeoutMs) {}
+
+    /// By a URI that says how.
+    Core(const std::string& name, const std::string& uri)
+        : file(name), connection(uri, SQLite::OPEN_READONLY | SQLite::OPEN_URI) {}
 
     std::string file;
     SQLite::Database connection;
@@ -127,7 +147,22 @@ Database::Database(const std::string& file, int busyTimeoutMs) {
     });
 }
 
+Database::Database(std::unique_ptr<Core> core) : core_(std::move(core)) {}
+
 Database::~Database() = default;
+
+std::unique_ptr<Database> Database::unchanging(const std::string& file) {
+    std::string uri = "file:";
+    for (const char letter : file) {
+        constexpr std::string_view special = "%?#";
+        char escaped[4];
+        std::snprintf(escaped, sizeof escaped, "%%%02X", static_cast<unsigned char>(letter));
+        uri += special.find(letter) == std::string_view::npos ? std::string(1, letter) : escaped;
+    }
+    return guarded(file, [&] {
+        return std::unique_ptr<Database>(new Database(std::make_unique<Core>(file, uri + "?immutable=1")));
+    });
+}
 
 const std::string& Database::file() const { return core_->file; }
 

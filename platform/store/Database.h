@@ -9,9 +9,18 @@
 #include <string>
 #include <string_view>
 
+#include "platform/base/Error.h"
+
 namespace platform {
 
 class Database;
+
+/// The file cannot be written, or not beside it either, where its index lies while it is open: no right to,
+/// or no room.
+class UnwritableDatabase : public Error {
+  public:
+    using Error::Error;
+};
 
 /// One prepared statement, refers to its database. Bind from 1 on, then step until it says false.
 class Statement {
@@ -44,6 +53,9 @@ class Database {
 
     /// Opens or creates. A writer of another process is waited for up to `busyTimeoutMs`.
     explicit Database(const std::string& file, int busyTimeoutMs = 20'000);
+    /// Opens a file that nobody can write: reads need no lock and no index. What another program should
+    /// change all the same is not seen.
+    static std::unique_ptr<Database> unchanging(const std::string& file);
     ~Database();
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;
@@ -63,6 +75,7 @@ class Database {
 
   private:
     struct Core;
+    explicit Database(std::unique_ptr<Core> core);
     std::unique_ptr<Core> core_;
 };
 

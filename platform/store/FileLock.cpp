@@ -11,6 +11,10 @@ namespace platform {
 std::optional<FileLock> FileLock::acquire(const std::filesystem::path& file,
                                           std::chrono::milliseconds patience, Mode mode) {
     FileHandle handle(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666));
+    if (const int failure = errno; !handle && mode == Mode::Shared) {
+        handle = FileHandle(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+        errno = failure;
+    }
     if (!handle) throw errnoError(errno, "cannot open the lock file", file.string());
     const auto deadline = std::chrono::steady_clock::now() + patience;
     const int kind = mode == Mode::Shared ? LOCK_SH : LOCK_EX;

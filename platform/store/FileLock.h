@@ -12,7 +12,8 @@ namespace platform {
 /// Held while the object lives. Two holders in one process exclude each other too. The file itself stays.
 class FileLock {
   public:
-    /// Nothing when somebody else still holds it after `patience`. Throws Error when the file cannot be made.
+    /// Nothing when somebody else still holds it after `patience`. Throws Error when the file cannot be made;
+    /// a shared lock only asks that it can be read.
     enum class Mode { Alone, Shared };
     static std::optional<FileLock> acquire(const std::filesystem::path& file,
                                            std::chrono::milliseconds patience = std::chrono::milliseconds(0),

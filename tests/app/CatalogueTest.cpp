@@ -117,6 +117,13 @@ TEST_F(CatalogueTest, NamesFollowTheLanguageInWhichTheyWereStored) {
     EXPECT_EQ(manager.queryCSignSceneDataWithSid(1).front().sceneName(), "誕生日");
     setUserLanguage("fr");
     EXPECT_EQ(model(2).sceneName(), "Birthday");
+    const auto chineseAlone = QVTempletDataModel::templetDataModelWithDic(Value::Dictionary{
+        {"cName", "生日"},
+        {"eName", ""},
+        {"wechartTempletInfo", Value::Dictionary{{"userInputArray", Value::Array{Value::Dictionary{
+                                                                        {"chinesePlaceholder", "名字"}}}}}}});
+    EXPECT_EQ(chineseAlone.sceneName(), "生日");
+    EXPECT_EQ(chineseAlone.userInputInfo().front()->placeholder(), "名字");
     EXPECT_EQ(localizedString("Installation failed"), "The installation failed");
     EXPECT_EQ(localizedString("no such text"), "");
 }

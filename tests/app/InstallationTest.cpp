@@ -7,6 +7,7 @@
 #include "TemporaryHome.h"
 #include "app/Other/FolderSwap.h"
 #include "app/Other/InstalledTemplates.h"
+#include "app/Other/ProgramVersion.h"
 #include "app/Other/TemplateInstallation.h"
 #include "app/Other/TemplateLocks.h"
 #include "other/QVUtil.h"
@@ -188,6 +189,73 @@ TEST_F(InstallationTest, FilesOrRowsThatAreThereAloneArePutRight) {
     test::writeText(scenes() / "U/note", "by hand");
     EXPECT_THAT(failureOf([&] { install("U", {2}); }), HasSubstr("without being installed"));
     EXPECT_EQ(test::readText(scenes() / "U/note"), "by hand");
+}
+
+TEST_F(InstallationTest, WhatFailsAfterTheChangeIsNoFailure) {
+    install("T", {1});
+    platform::Database other(QVDataManager::databasePath());
+    other.execute(
+        "CREATE TRIGGER broken BEFORE DELETE ON installJournal BEGIN SELECT RAISE(ABORT, 'disk error'); END");
+    EXPECT_EQ(failureOf([&] { EXPECT_EQ(install("T", {2}, "2", true).outcome, InstallOutcome::Replaced); }),
+              "");
+    EXPECT_EQ(state(catalogue, "T"), "2 /22");
+    other.execute("DROP TRIGGER broken");
+    TemplateInstallation::recover(catalogue);
+    EXPECT_EQ(state(catalogue, "T"), "2 /22");
+    EXPECT_THAT(sceneFolder(), ElementsAre("T"));
+    EXPECT_TRUE(InstallJournal(catalogue).pending().empty());
+}
+
+TEST_F(InstallationTest, WhatIsInstalledIsKnownBeforeAnArchiveIsFetched) {
+    const auto known = [&](std::optional<int64_t> offeredNumber) {
+        return TemplateInstallation(catalogue, "T", {.offeredNumber = offeredNumber}).alreadyInstalled();
+    };
+    EXPECT_FALSE(known({}));
+    install("T", {7, 8});
+    ASSERT_TRUE(known({}) && known(7));
+    EXPECT_THAT(known(7)->sIds, ElementsAre(7, 8));
+    EXPECT_FALSE(known(9)) << "another template of this name";
+    fs::remove_all(scenes() / "T");
+    EXPECT_FALSE(known({})) << "its files are gone";
+}
+
+TEST_F(InstallationTest, ATemplateSaysWhichProgramItNeeds) {
+    const auto zipOf = [&](double version) {
+        const Value own = platform::parsePropertyList(
+            [&] {
+                const std::string text = plistOf("T", {1});
+                return std::vector<uint8_t>(text.begin(), text.end());
+            }(),
+            "T.plist");
+        const std::string plist = platform::propertyListXml(own.with("minVersion", Value(version)));
+        test::writeText(
+            home.outside() / "T.zip",
+            platform::test::RawZip().add({"T/T.plist", plist}).add({"T/scene1.plist", ""}).bytes());
+        return home.outside() / "T.zip";
+    };
+    EXPECT_THAT(failureOf([&] { install("T", zipOf(99.5)); }),
+                HasSubstr("99.5 is needed, this is " + programVersion()));
+    EXPECT_TRUE(sceneFolder().empty());
+    EXPECT_EQ(install("T", zipOf(1)).outcome, InstallOutcome::Installed);
+}
+
+TEST_F(InstallationTest, ACatalogueThatCannotBeWrittenCanBeRead) {
+    const std::string file = QVDataManager::databasePath();
+    {
+        QVDataManager first(file);
+        TemplateInstallation(first, "T").install(archive("T", {7, 8}));
+    }
+    // The index that lies beside an open database cannot be made, as on a full or read-only disk.
+    fs::create_directory(file + "-shm");
+    fs::create_directory(file + "-wal");
+    QVDataManager readOnly(file);
+    readOnly.checkUsable();
+    TemplateInstallation::recover(readOnly);
+    EXPECT_EQ(state(readOnly, "T"), "7 8 /111");
+    EXPECT_NE(failureOf([&] { TemplateInstallation(readOnly, "T").remove(); }), "");
+    EXPECT_NE(failureOf([&] { TemplateInstallation(readOnly, "U").install(archive("U", {9})); }), "");
+    EXPECT_THAT(sceneFolder(), ElementsAre("T"));
+    EXPECT_EQ(state(readOnly, "T"), "7 8 /111");
 }
 
 /// Runs a change in a process of its own and kills it at the given step. Returns the name of that step, or

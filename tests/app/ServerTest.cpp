@@ -7,6 +7,7 @@
 #include "app/Other/NewTemplate.h"
 #include "app/Other/QVDownloadInfoManager.h"
 #include "app/Other/QVSceneInstallManager.h"
+#include "app/Other/TemplateOverview.h"
 #include "app/Other/TemplatePublishing.h"
 #include "app/Other/UrlText.h"
 #include "other/QVUtil.h"
@@ -132,10 +133,50 @@ TEST_F(ServerTest, WhatAnAuthorPublishesAUserCanInstall) {
     EXPECT_THAT(display->errors, ElementsAre("The installation failed"));
     EXPECT_EQ(notifications, 2);
 
+    fs::last_write_time(list.saveInfoPath(), fs::file_time_type::clock::now() - std::chrono::hours(50));
     list.setServerAddress(server.address() + "nowhere");
-    EXPECT_THROW(list.downloadInfo(), Error);
-    EXPECT_TRUE(list.getSeverTempletData().empty()) << "the copy of before is still there";
+    try {
+        list.downloadInfo();
+        ADD_FAILURE() << "there was a list";
+    } catch (const Error& error) {
+        EXPECT_THAT(error.what(), HasSubstr("404: there is no file at this address; the list of 2 days ago"));
+    }
+    EXPECT_EQ(list.severTemplets().size(), 2u) << "the last good list is lost";
     EXPECT_TRUE(hiddenFiles().empty());
+}
+
+TEST_F(ServerTest, ARepublishedTemplateIsNoticed) {
+    const fs::path author = folder("author-2"), offered = folder("www-2");
+    const fs::path made = makeNewTemplate(author, "again", 4720);
+    publishTemplate(made, offered);
+    const test::StaticServer server(offered, folder("nginx-2"));
+    auto& list = QVDownloadInfoManager::sharedInstance();
+    list.setServerAddress(server.address());
+    const auto isNewerOffered = [&] {
+        list.downloadInfo();
+        return findTemplateOverview(catalogue, "again")->newerOffered;
+    };
+    const std::string url = server.address() + "templates/again.zip";
+    EXPECT_FALSE(isNewerOffered()) << "it is not installed";
+    ASSERT_FALSE(installed(url).failure);
+    EXPECT_FALSE(isNewerOffered());
+    publishTemplate(made, offered);
+    EXPECT_FALSE(isNewerOffered()) << "the same was published again";
+    test::writeText(made / "res/more.txt", "more");
+    publishTemplate(made, offered);
+    EXPECT_TRUE(isNewerOffered());
+
+    int pieces = 0;
+    InstallOptions options;
+    options.onReceived = [&](uint64_t, uint64_t) { ++pieces; };
+    const auto start = [&](auto completion) { manager.installSceneZipWithUrl(url, options, completion); };
+    EXPECT_EQ(ended(start).result.outcome, InstallOutcome::AlreadyInstalled);
+    EXPECT_EQ(pieces, 0) << "it was downloaded for nothing";
+    EXPECT_EQ(notifications, 2);
+    options.replace = true;
+    EXPECT_EQ(ended(start).result.outcome, InstallOutcome::Replaced);
+    EXPECT_GT(pieces, 0);
+    EXPECT_FALSE(isNewerOffered());
 }
 
 TEST_F(ServerTest, CertificatesAreVerified) {

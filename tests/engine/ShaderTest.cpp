@@ -11,6 +11,7 @@
 #include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
+#include "tests/platform/NoFilesLeft.h"
 
 namespace multiscene {
 namespace {
@@ -111,6 +112,22 @@ TEST_F(ShaderTest, FailuresAreCachedAndToldOnce) {
     manager_.createShader("again", describe("again", {"good.vsh", "broken.fsh"}));
     EXPECT_THAT(manager_.failures().at(0).message, HasSubstr("3")) << "the line";
     EXPECT_THAT(manager_.failures().at(0).message, HasSubstr("nonsense"));
+}
+
+TEST_F(ShaderTest, ShadersOfTheProgramAreNeverSkipped) {
+    const std::string own = describe("own", {"good.vsh", "good.fsh"});
+    write("good.vsh", vertexText);
+    platform::FileGate::shared().allowFolder(folder_);
+    platform::resourcesFolder();
+    {
+        const platform::test::NoFilesLeft none;
+        EXPECT_THROW(manager_.createShader("normal_Shader", "normal_Shader.plist"), platform::Error);
+        EXPECT_THROW(manager_.createShader("own", own), platform::Error) << "the template's own was skipped";
+    }
+    EXPECT_THROW(manager_.createShader("nothing_Shader", "nothing_Shader.plist"), platform::Error);
+    EXPECT_TRUE(manager_.failures().empty());
+    EXPECT_EQ(manager_.createShader("own", own)->programHandle(), 0u) << "a missing source";
+    EXPECT_EQ(manager_.failures().size(), 1u);
 }
 
 TEST_F(ShaderTest, ADescriptionThatCannotBeReadGivesABrokenShader) {

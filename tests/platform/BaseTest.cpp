@@ -23,6 +23,7 @@
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
 #include "platform/base/PropertyListFaults.h"
+#include "tests/platform/NoFilesLeft.h"
 
 namespace platform {
 namespace {
@@ -163,7 +164,13 @@ TEST(Json, WritesNumbersThatAreNotFiniteAsNull) {
     const Value value(Value::Dictionary{{"b", std::nan("")}, {"a", 1}, {"c", "\xff"}});
     EXPECT_EQ(jsonText(value), "{\"a\":1,\"b\":null,\"c\":\"\xEF\xBF\xBD\"}");
     EXPECT_THROW(parseJson(repeated("[", 5000), "deep"), Error);
-    EXPECT_THROW(parseJson("{\"a\":", "cut"), Error);
+    try {
+        parseJson("{\"a\":", "cut");
+        ADD_FAILURE() << "it was taken";
+    } catch (const Error& error) {
+        EXPECT_TRUE(error.message().starts_with("not valid JSON, at line 1, column 6: ")) << error.what();
+        EXPECT_EQ(error.message().find("json."), std::string::npos) << error.what();
+    }
 }
 
 TEST_F(BaseTest, TheGateOpensOnlyWhatLiesInside) {
@@ -202,6 +209,24 @@ TEST_F(BaseTest, NothingIsLeftOfAProgramThatIsKilledWhileItWrites) {
     EXPECT_EQ(status, 0);
     removeAbandonedParts(folder);  // where the file system has no files without a name
     EXPECT_TRUE(fs::is_empty(folder));
+}
+
+TEST_F(BaseTest, WhatTheMachineCannotOpenIsNotMissing) {
+    const fs::path inside = write("template/picture.png", "x");
+    FileGate& gate = FileGate::shared();
+    gate.allowFolder(folder / "template");
+    const auto kindOf = [&]() -> std::optional<ErrorKind> {
+        const test::NoFilesLeft none;
+        try {
+            gate.check(inside);
+            return std::nullopt;
+        } catch (const Error& error) {
+            return error.kind();
+        }
+    };
+    EXPECT_EQ(kindOf(), ErrorKind::Transient);
+    EXPECT_EQ(gate.check(inside), FileGate::Verdict::Allowed);
+    EXPECT_TRUE(gate.refusals().empty());
 }
 
 TEST_F(BaseTest, FilesAppearWholeOrNotAtAll) {

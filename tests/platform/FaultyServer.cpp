@@ -5,6 +5,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <stdexcept>
 
 namespace platform::test {
@@ -25,6 +26,13 @@ std::string readHead(int connection) {
 void waitForEnd(int connection) {
     char byte;
     while (::recv(connection, &byte, 1, 0) > 0) {
+    }
+}
+
+void drip(int connection, const FaultyAnswer& answer) {
+    for (const char byte : answer.bytes) {
+        if (::send(connection, &byte, 1, MSG_NOSIGNAL) != 1) return;
+        std::this_thread::sleep_for(std::chrono::microseconds(1'000'000 / answer.bytesPerSecond));
     }
 }
 
@@ -59,7 +67,10 @@ void FaultyServer::serve() {
         const int connection = ::accept4(listener_, nullptr, nullptr, SOCK_CLOEXEC);
         if (connection < 0) return;
         requests_.push_back(readHead(connection));
-        ::send(connection, answer.bytes.data(), answer.bytes.size(), MSG_NOSIGNAL);
+        if (answer.bytesPerSecond > 0)
+            drip(connection, answer);
+        else
+            ::send(connection, answer.bytes.data(), answer.bytes.size(), MSG_NOSIGNAL);
         if (answer.stall) waitForEnd(connection);
         ::shutdown(connection, SHUT_WR);
         waitForEnd(connection);

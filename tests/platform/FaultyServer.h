@@ -10,7 +10,8 @@ namespace platform::test {
 
 struct FaultyAnswer {
     std::string bytes;
-    bool stall = false;  ///< keeps the connection open without another byte until the client goes away
+    bool stall = false;      ///< keeps the connection open without another byte until the client goes away
+    int bytesPerSecond = 0;  ///< 0: all at once
 };
 
 class FaultyServer {

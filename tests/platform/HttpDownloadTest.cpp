@@ -105,7 +105,7 @@ TEST_F(HttpDownloadTest, StartsAgainWhenTheFileHasChangedOrHasNoVersion) {
 TEST_F(HttpDownloadTest, AnErrorPageIsNoFile) {
     FaultyServer missing({{answer("404 Not Found", "Content-Length: 4\r\n", "oops")}});
     EXPECT_EQ(failure(missing.url()), ErrorKind::Failed);
-    EXPECT_THAT(message, HasSubstr("404"));
+    EXPECT_THAT(message, HasSubstr("404: there is no file at this address"));
 
     FaultyServer busy({{answer("503 Busy", "", "wait")}, {ok("done")}});
     EXPECT_EQ(failure(busy.url()), std::nullopt);
@@ -151,6 +151,23 @@ TEST_F(HttpDownloadTest, StopsAtItsLimitsAndWhenAsked) {
     FaultyServer cancelled({{answer("200 OK", "Content-Length: 8\r\n", "0123"), true}});
     EXPECT_EQ(failure(cancelled.url()), ErrorKind::Cancelled);
     EXPECT_LT(monotonicSeconds() - start, 5);
+}
+
+TEST_F(HttpDownloadTest, ATricklingServerIsGivenUp) {
+    options.attempts = 1;
+    const std::string trickle = ok(std::string(2000, 'x'));
+    const double start = monotonicSeconds();
+    options.stallSeconds = 1;
+    FaultyServer slow({{trickle, false, 200}});
+    EXPECT_EQ(failure(slow.url()), ErrorKind::Transient);
+    EXPECT_THAT(message, HasSubstr("too slow"));
+
+    options.minBytesPerSecond = 1;
+    options.maxSeconds = 0.5;
+    FaultyServer late({{trickle, false, 200}});
+    EXPECT_EQ(failure(late.url()), ErrorKind::Transient);
+    EXPECT_THAT(message, HasSubstr("within 0.5 seconds"));
+    EXPECT_LT(monotonicSeconds() - start, 8);
 }
 
 TEST_F(HttpDownloadTest, MessagesKeepPasswordsToThemselves) {

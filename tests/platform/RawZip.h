@@ -18,6 +18,8 @@ struct RawZipEntry {
     uint32_t mode = 0100644;
     std::optional<uint16_t> method = {};
     std::optional<uint32_t> crc = {}, packedBytes = {}, bytes = {}, localOffset = {};
+    std::optional<std::string> localName = {};
+    uint16_t disk = 0;
 };
 
 class RawZip {
@@ -28,12 +30,14 @@ class RawZip {
         if (!entry.localOffset) {
             number(data_, 0x04034b50, 4);
             describe(data_, entry, packed);
-            data_ += entry.name + packed;
+            data_ += entry.localName.value_or(entry.name) + packed;
         }
         number(directory_, 0x02014b50, 4);
         number(directory_, entry.madeBy, 2);
         describe(directory_, entry, packed);
-        number(directory_, 0, 2 + 2 + 2);  // comment, disk, internal attributes
+        number(directory_, 0, 2);  // comment
+        number(directory_, entry.disk, 2);
+        number(directory_, 0, 2);  // internal attributes
         number(directory_, entry.mode << 16, 4);
         number(directory_, offset, 4);
         directory_ += entry.name;
@@ -41,10 +45,20 @@ class RawZip {
         return *this;
     }
 
-    std::string bytes() const {
+    /// Bytes that belong to no entry.
+    RawZip& addBytes(const std::string& bytes) {
+        data_ += bytes;
+        return *this;
+    }
+
+    /// What comes before the directory.
+    const std::string& entriesAlone() const { return data_; }
+
+    std::string bytes(uint16_t disk = 0) const {
         std::string result = data_ + directory_;
         number(result, 0x06054b50, 4);
-        number(result, 0, 4);
+        number(result, disk, 2);
+        number(result, 0, 2);
         number(result, count_, 2);
         number(result, count_, 2);
         number(result, directory_.size(), 4);

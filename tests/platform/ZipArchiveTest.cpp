@@ -146,10 +146,12 @@ TEST_F(ZipArchiveTest, RefusesBombsBeforeUnpackingAnything) {
     limits.maxArchiveBytes = 100;
     EXPECT_THAT(refusal(test::RawZip().add(stored("a", 200)), limits), HasSubstr("larger than 100 bytes"));
 
-    // Many directory entries that all unpack the same few bytes.
+    // An entry within another one's data, so that the same bytes are unpacked twice.
+    const test::RawZipEntry inner{.name = "b", .content = std::string(1000, 'z')};
+    const uint32_t within = 30 + 1;
     test::RawZip shared;
-    shared.add({.name = "a", .content = std::string(1000, 'z')});
-    shared.add({.name = "b", .content = std::string(1000, 'z'), .localOffset = 0});
+    shared.add({.name = "a", .content = test::RawZip().add(inner).entriesAlone()});
+    shared.add({.name = "b", .content = inner.content, .localOffset = within});
     EXPECT_THAT(refusal(shared), HasSubstr("shares its data"));
 }
 
@@ -171,6 +173,53 @@ TEST_F(ZipArchiveTest, RefusesNumbersThatLie) {
     test::RawZip elsewhere;
     elsewhere.add({"a", text}).add({.name = "b", .content = text, .localOffset = 7});
     EXPECT_THAT(refusal(elsewhere), HasSubstr("contradicts the archive's directory"));
+}
+
+TEST_F(ZipArchiveTest, RefusesWhatProgramsReadDifferently) {
+    const test::RawZipEntry first{.name = "T/a", .content = "first"}, second{.name = "T/b", .content = "2"};
+    const std::string whole = test::RawZip().add(first).add(second).bytes();
+    const auto refusalOf = [&](const std::string& bytes) {
+        write(bytes);
+        const std::string why = refusal();
+        EXPECT_TRUE(!fs::exists(target) || fs::is_empty(target)) << "something was unpacked: " << why;
+        return why;
+    };
+    EXPECT_THAT(refusalOf("#!/bin/sh\n" + whole), HasSubstr("stands before the archive"));
+    EXPECT_THAT(refusalOf(whole + whole), HasSubstr("stands before the archive"));
+    // The same with places that have been corrected.
+    EXPECT_THAT(refusalOf(test::RawZip().addBytes("#!/bin/sh\n").add(first).bytes()), HasSubstr("no entry"));
+    EXPECT_THAT(refusalOf(test::RawZip().addBytes(whole).add(first).bytes()), HasSubstr("no entry"));
+    EXPECT_THAT(refusalOf(test::RawZip().add(first).addBytes("hidden").add(second).bytes()),
+                HasSubstr("no entry"));
+    EXPECT_THAT(refusalOf(test::RawZip().add(first).addBytes("hidden").bytes()), HasSubstr("no entry"));
+
+    test::RawZipEntry twoNames = first;
+    twoNames.localName = "T/x";
+    EXPECT_THAT(refusalOf(test::RawZip().add(twoNames).bytes()), HasSubstr("own name differs"));
+    test::RawZipEntry elsewhere = first;
+    elsewhere.disk = 1;
+    EXPECT_THAT(refusalOf(test::RawZip().add(elsewhere).bytes()), HasSubstr("another part"));
+    EXPECT_THAT(refusalOf(test::RawZip().add(first).bytes(1)), HasSubstr("one part of several"));
+}
+
+TEST_F(ZipArchiveTest, TakesWhatOtherProgramsWrite) {
+    const fs::path file = folder / "T" / "a.txt";
+    createFolders(file.parent_path());
+    std::ofstream(file) << "content";
+    // Sizes behind the data; and the end record of large archives around a small one.
+    const std::string piped = "cd " + folder.string() + " && rm -f a.zip && ";
+    const std::string streamed = piped +
+                                 "python3 -c \"import sys, zipfile\nclass Pipe:\n def write(s, b): return "
+                                 "sys.stdout.buffer.write(b)\n def flush(s): pass\n"
+                                 "with zipfile.ZipFile(Pipe(), 'w', 8) as z: z.write('T/a.txt')\" > a.zip";
+    const std::string large = piped +
+                              "python3 -c \"import zipfile\nzipfile.ZIP_FILECOUNT_LIMIT = 0\n"
+                              "with zipfile.ZipFile('a.zip', 'w', 8) as z: z.write('T/a.txt')\"";
+    for (const std::string& command : {streamed, large}) {
+        ASSERT_EQ(std::system(command.c_str()), 0);
+        EXPECT_EQ(refusal(), "") << command;
+        EXPECT_EQ(content("T/a.txt"), "content");
+    }
 }
 
 TEST_F(ZipArchiveTest, EveryPrefixAndEveryFlippedByteIsRefusedOrHarmless) {

@@ -1,8 +1,12 @@
+#include <fcntl.h>
+
 #include <algorithm>
 #include <fstream>
 #include <memory>
 
+#include "platform/base/File.h"
 #include "platform/base/PropertyList.h"
+#include "platform/image/ImageDecoder.h"
 #include "tests/app/StaticServer.h"
 #include "tests/program/ProgramTest.h"
 
@@ -219,8 +223,11 @@ TEST_F(TemplatesTest, SayWhetherAnythingWasInstalled) {
         EXPECT_TRUE(fs::exists(file)) << "the user's own archive was deleted";
     }
     EXPECT_THAT(installedFolders(), ::testing::ElementsAre("small"));
-    EXPECT_EQ(install({"nothing-like-it"}).exitCode, 2);
-    EXPECT_EQ(multiscene({"templates", "remove", "8"}).exitCode, 2);
+    // What names no template is answered alike everywhere.
+    EXPECT_EQ(install({"nothing-like-it"}).exitCode, 3);
+    EXPECT_EQ(multiscene({"templates", "remove", "8"}).exitCode, 3);
+    EXPECT_EQ(multiscene({"templates", "show", "8"}).exitCode, 3);
+    EXPECT_EQ(multiscene({"make", "8", "-o", folder.file("out.mp4")}).exitCode, 3);
 }
 
 TEST_F(TemplatesTest, ThatCannotBePlayedAreNeitherPackedNorInstalled) {
@@ -253,7 +260,111 @@ TEST_F(TemplatesTest, NeedingANewerVersionAreListedAsSuchAndNotInstalled) {
     const Result refused = in("C", {"templates", "install", "small"});
     EXPECT_EQ(refused.exitCode, 1);
     EXPECT_THAT(refused.errors, HasSubstr("newer version"));
+    // The address tells as much as the number, and the archive itself.
+    const Result byAddress = in("C", {"templates", "install", server.address() + "templates/small.zip"});
+    const Result byArchive = in("C", {"templates", "install", folder.file("www/templates/small.zip")});
+    for (const Result& each : {refused, byAddress, byArchive}) {
+        EXPECT_EQ(each.exitCode, 1);
+        EXPECT_THAT(each.errors,
+                    AllOf(HasSubstr("99.5 is needed, this is 1."), HasSubstr("nothing was installed")));
+    }
+    EXPECT_THAT(byAddress.output, Not(HasSubstr("B/s"))) << "it was downloaded for nothing";
+    EXPECT_EQ(
+        multiscene({"make", folder.file("www/templates/small.zip"), "-o", folder.file("out.mp4")}).exitCode,
+        1);
     EXPECT_THAT(installedFolders(), IsEmpty());
+}
+
+TEST_F(TemplatesTest, ThatWerePublishedAgainAreAnnouncedAndUpdatedAtOnce) {
+    const auto change = [&](const std::string& made) { writePicture(fs::path(made) / "more.png", 0x00ff00); };
+    std::vector<std::string> made;
+    for (const auto& [name, number] : {std::pair{"first", 7}, {"second", 8}, {"third", 9}}) {
+        made.push_back(author(namedTemplate(name, number)));
+        ASSERT_EQ(publish(made.back()).exitCode, 0);
+    }
+    const StaticServer server(folder.path() / "www", folder.path() / "nginx");
+    ASSERT_EQ(in("C", {"templates", "update", "--server", server.address()}).exitCode, 0);
+    for (const char* name : {"first", "second"})
+        ASSERT_EQ(in("C", {"templates", "install", name}).exitCode, 0);
+    change(made[0]);
+    change(made[2]);
+    ASSERT_EQ(publish(made[0]).exitCode, 0);
+    ASSERT_EQ(publish(made[2]).exitCode, 0);
+    EXPECT_FALSE(listed("C", "first").boolean("newerOffered"));
+    EXPECT_THAT(in("C", {"templates", "update"}).output, HasSubstr("newer versions of 1 installed one"));
+    EXPECT_THAT(in("C", {"templates", "list"}).output, HasSubstr("installed, new, newer offered"));
+    EXPECT_FALSE(fs::exists(scenes() / "first/more.png"));
+
+    const std::vector<Value> lines = in("C", {"templates", "update", "--all", "--json"}).jsonLines();
+    EXPECT_EQ(lines.back().integer("installed"), 1);
+    EXPECT_EQ(lines[lines.size() - 2].string("outcome"), "replaced");
+    EXPECT_EQ(lines[lines.size() - 2].string("name"), "first");
+    EXPECT_TRUE(fs::exists(scenes() / "first/more.png"));
+    EXPECT_THAT(installedFolders(), ::testing::UnorderedElementsAre("first", "second"));
+    EXPECT_FALSE(listed("C", "first").boolean("newerOffered"));
+    EXPECT_EQ(in("C", {"templates", "update", "--all", "--json"}).jsonLines().back().integer("installed"), 0);
+
+    fs::remove(folder.path() / "www/templates/third.zip");
+    const Result gone = in("C", {"templates", "install", "third"});
+    EXPECT_EQ(gone.exitCode, 1);
+    EXPECT_THAT(gone.errors,
+                AllOf(HasSubstr("404"), HasSubstr("templates update"), HasSubstr("nothing was")));
+    fs::remove_all(folder.path() / "www/severConfig");
+    const Result lost = in("C", {"templates", "update"});
+    EXPECT_EQ(lost.exitCode, 1);
+    EXPECT_THAT(lost.errors, AllOf(HasSubstr("404"), HasSubstr("a moment ago is kept"),
+                                   HasSubstr("address of a template server")));
+    EXPECT_TRUE(listed("C", "third").boolean("offered"));
+}
+
+TEST_F(TemplatesTest, GetTheirThumbnailFromTheMiddleOfTheVideo) {
+    SmallTemplate small = namedTemplate("small", 7);
+    Value::Dictionary middle = quad("middle", "$(currentScenePlistROOT)/green.png");
+    middle["FpsInfo"] = Value::Dictionary{{"startFps", 3}, {"endFps", 3}};
+    small.nodes.push_back(middle);
+    const std::string made = author(small);
+    writePicture(fs::path(made) / "green.png", 0x00ff00);
+    const Result published = publish(made);
+    ASSERT_EQ(published.exitCode, 0) << published.output << published.errors;
+    const auto colour = [](const fs::path& picture) {
+        const platform::FileHandle file(::open(picture.c_str(), O_RDONLY | O_CLOEXEC));
+        const platform::Bitmap bitmap = platform::decodeImage(file);
+        const size_t centre =
+            4 * (static_cast<size_t>(bitmap.height / 2) * static_cast<size_t>(bitmap.width) +
+                 static_cast<size_t>(bitmap.width / 2));
+        return std::pair(bitmap.rgba[centre] > 127, bitmap.rgba[centre + 1] > 127);
+    };
+    EXPECT_EQ(colour(folder.path() / "www/thumbnails/small.png"), std::pair(false, true));
+    EXPECT_EQ(fs::status(folder.path() / "www/thumbnails/small.png").permissions() & fs::perms::others_read,
+              fs::perms::others_read)
+        << "the server cannot offer it";
+}
+
+TEST_F(TemplatesTest, CanBeListedAndPlayedWhereTheHomeCannotBeWritten) {
+    std::ofstream(folder.file("file")) << "no folder";
+    const std::string nowhere = folder.file("file/home");
+    const auto there = [&](std::vector<std::string> words) {
+        words.insert(words.begin(), {program(), "--home", nowhere});
+        return run(words);
+    };
+    const std::string made = author(namedTemplate("small", 7)), zip = pack(made, "small.zip");
+    const Result list = there({"templates", "list"});
+    EXPECT_EQ(list.exitCode, 0) << list.errors;
+    const std::string media = folder.file("inputs.json");
+    writePicture(folder.path() / "me.png", 0x0000ff);
+    std::ofstream(media) << R"({"title": "Hi", "photo": "me.png"})";
+    for (const std::string& source : {made, zip}) {
+        const Result video = there({"make", source, "--media", media, "-o", folder.file("out.mp4")});
+        EXPECT_EQ(video.exitCode, 0) << video.errors;
+        EXPECT_EQ(fs::status(folder.file("out.mp4")).permissions() & fs::perms::owner_read,
+                  fs::perms::owner_read);
+    }
+    const Result install = there({"templates", "install", zip});
+    EXPECT_EQ(install.exitCode, 1);
+    EXPECT_THAT(install.errors,
+                AllOf(HasSubstr("cannot create the folder"), HasSubstr("nothing was installed")));
+    const Result unknown = there({"make", "7", "-o", folder.file("out.mp4")});
+    EXPECT_EQ(unknown.exitCode, 3) << unknown.errors;
 }
 
 TEST_F(TemplatesTest, ManyProcessesShareOneHome) {
@@ -296,7 +407,10 @@ TEST_F(TemplatesTest, StartFromANewOneThatPlaysAtOnce) {
 
 TEST_F(TemplatesTest, KeepTracksEncrypted) {
     const std::string plain = folder.file("plain.xml"), stored = folder.file("stored.xml");
-    std::ofstream(plain) << "<CornerPinInfoDoc><Object><Frame/><Frame/></Object></CornerPinInfoDoc>";
+    const std::string frame =
+        "<Frame bottomleftx=\"0\" bottomlefty=\"0\" bottomrightx=\"1\" bottomrighty=\"0\" "
+        "toprightx=\"1\" toprighty=\"1\" topleftx=\"0\" toplefty=\"1\"/>";
+    std::ofstream(plain) << "<CornerPinInfoDoc><Object>" << frame << frame << "</Object></CornerPinInfoDoc>";
     const Result result = multiscene({"template", "encrypt-track", plain, "-o", stored, "--json"});
     ASSERT_EQ(result.exitCode, 0) << result.errors;
     EXPECT_EQ(result.jsonLines().back().integer("frames"), 2);

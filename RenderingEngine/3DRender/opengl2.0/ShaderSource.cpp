@@ -25,6 +25,12 @@ std::vector<uint8_t> readShaderFile(const std::string& file) {
     return platform::readFile(opened.file, file, maxFileBytes);
 }
 
+/// The reason why a template's shader is skipped; throws what is no fault of the template.
+std::string skippedFor(const platform::Error& error, const std::string& file) {
+    if (isOwnShaderFile(file) || error.kind() == platform::ErrorKind::Transient) throw platform::Error(error);
+    return error.message();
+}
+
 }  // namespace
 
 bool isOwnShaderFile(const std::string& file) {
@@ -43,7 +49,7 @@ platform::Value readShaderDescription(const std::string& file, std::string& prob
         if (description.isDictionary()) return description;
         problem = "is not a dictionary";
     } catch (const platform::Error& error) {
-        problem = error.message();
+        problem = skippedFor(error, file);
     }
     return {};
 }
@@ -55,7 +61,7 @@ std::optional<std::string> readShaderText(const std::string& file, std::string& 
         if (platform::firstInvalidUtf8(text) == std::string::npos) return text;
         problem = "is not UTF-8 text";
     } catch (const platform::Error& error) {
-        problem = error.message();
+        problem = skippedFor(error, file);
     }
     return std::nullopt;
 }

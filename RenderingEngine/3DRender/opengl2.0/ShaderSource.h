@@ -14,6 +14,9 @@ std::string shaderDescriptionPath(const std::string& file);
 /// The file lies among the program's own shaders.
 bool isOwnShaderFile(const std::string& file);
 
+/// Both below throw platform::Error when one of the program's own files cannot be read, or when the machine
+/// does not manage to read: only what a template lacks may be skipped.
+
 /// The dictionary of a description file, or none with the reason in `problem`.
 platform::Value readShaderDescription(const std::string& file, std::string& problem);
 

@@ -31,7 +31,8 @@ void QVVideoReader::setup(const platform::VideoReaderSettings& settings) {
     try {
         reader_ = std::make_unique<platform::VideoReader>(std::move(opened.file), url_,
                                                           platform::ErrorKind::Template, settings);
-    } catch (const platform::Error&) {
+    } catch (const platform::Error& error) {
+        if (error.kind() == platform::ErrorKind::Transient) throw;
         // No pictures then: the source ends after one frame, and its owner reports the file.
     }
 }

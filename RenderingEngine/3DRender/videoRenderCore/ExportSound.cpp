@@ -58,13 +58,13 @@ class SoundFiles {
   private:
     static SoundFile read(const platform::Value& entry, const std::string& path) {
         platform::FileGate::Opened opened = platform::FileGate::shared().open(path);
-        if (opened.verdict == platform::FileGate::Verdict::Outside ||
-            opened.verdict == platform::FileGate::Verdict::NotRegular)
+        if (!opened.file && opened.verdict != platform::FileGate::Verdict::Missing)
             throw platform::Error(platform::ErrorKind::Template, platform::describe(opened.verdict), path);
         try {
             if (opened.file) return std::make_shared<platform::AudioFile>(std::move(opened.file), path);
             report("missing file", entry);
         } catch (const platform::Error& error) {
+            if (error.kind() == platform::ErrorKind::Transient) throw;
             report(error.message(), entry);
         }
         return nullptr;

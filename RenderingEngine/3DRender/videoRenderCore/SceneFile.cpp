@@ -21,6 +21,7 @@ platform::Value sceneFileOrEmpty(const std::string& path) {
     try {
         return readSceneFile(path);
     } catch (const platform::Error& error) {
+        if (error.kind() == platform::ErrorKind::Transient) throw;
         RenderReport::shared().add({.what = error.message(), .name = path, .scene = path, .node = {}});
         return {};
     }

@@ -72,7 +72,8 @@ platform::Value::Array TrackFile::read(const std::string& path) {
         const auto plain =
             decryptedAES256DataUsingDefaultKey(platform::readFile(opened.file, path, maxBytes));
         return plain ? frames(*plain) : platform::Value::Array();
-    } catch (const platform::Error&) {
+    } catch (const platform::Error& error) {
+        if (error.kind() == platform::ErrorKind::Transient) throw;
         return {};
     }
 }

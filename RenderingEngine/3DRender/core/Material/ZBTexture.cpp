@@ -50,7 +50,8 @@ platform::Bitmap decodeStretched(const platform::FileHandle& file, const std::st
                                  platform::ImageSize size) {
     try {
         return platform::decodeImage(file, {.canvas = size, .source = {.name = name}});
-    } catch (const platform::Error&) {
+    } catch (const platform::Error& error) {
+        if (error.kind() == platform::ErrorKind::Transient) throw;
         return {};
     }
 }
@@ -102,7 +103,8 @@ platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path, const Show
         if (!canvas.isEmpty())
             textureContentSize_ = {static_cast<double>(size.width), static_cast<double>(size.height)};
         return canvas;
-    } catch (const platform::Error&) {
+    } catch (const platform::Error& error) {
+        if (error.kind() == platform::ErrorKind::Transient) throw;
         return {};
     }
 }
