@@ -173,12 +173,12 @@ TEST_F(TemplatesTest, AreShownAsTheyLieInAFolderOrAZip) {
         EXPECT_FALSE(shown.boolean("installed"));
     }
     EXPECT_EQ(multiscene({"templates", "show", folder.file("author")}).exitCode, 3);
-    EXPECT_EQ(multiscene({"templates", "show", "nobody"}).exitCode, 2);
+    EXPECT_EQ(multiscene({"templates", "show", "nobody"}).exitCode, 3);
 }
 
 TEST_F(TemplatesTest, OfTheProgramAreFoundByNameUnlessOneIsInstalledInTheirPlace) {
     EXPECT_TRUE(listed("C", "minimal").boolean("sample"));
-    EXPECT_EQ(multiscene({"templates", "remove", "minimal"}).exitCode, 2);
+    EXPECT_EQ(multiscene({"templates", "remove", "minimal"}).exitCode, 3);
     const auto sceneOf = [&](const std::string& name) {
         std::vector<std::string> words{"env", "-C", folder.path()};
         for (const std::string& word : command({"trace", name, "--at", "0"})) words.push_back(word);
