@@ -1,5 +1,10 @@
 // A mesh, textured or of one colour, lit by up to eight lights. Ambient and diffuse light colour the texture, specular
 // light lies over it. A light's colours are its material colours.
+//
+// The program puts one definition before this text, so that it fits the lights of a draw:
+//   UNLIT    there are none
+//   LIGHTS   a LIGHT(index, kind, has specular light) for each of them; normals then face the viewer already
+// Without it the uniforms tell number and kinds.
 #ifdef GL_FRAGMENT_PRECISION_HIGH
 precision highp float;
 precision highp sampler2D;
@@ -19,6 +24,7 @@ struct LightSource
     float shininess;
     float spotLightExponent;
     float spotLightCutOffAngle;  // radians, from the middle of the cone to its edge
+    float spotLightCutOffCosine;  // the angle's, set beside it
     vec3 spotLightDirection;  // away from the light
 };
 
@@ -45,33 +51,67 @@ vec3 straightColor(vec4 color)
     return isPreMultiplication ? color.rgb / max(color.a, 1.0 / 255.0) : color.rgb;
 }
 
+#ifndef UNLIT
+
 // Of length 1; "otherwise" for one of length 0, which has no direction.
 vec3 direction(vec3 vector, vec3 otherwise)
 {
-    float size = length(vector);
-    return size > 0.0 ? vector / size : otherwise;
+    float squared = dot(vector, vector);
+    return squared > 0.0 ? vector * inversesqrt(squared) : otherwise;
 }
 
-// How much of a spot light goes into the direction away from the light; 1 for the other kinds. A spot light without a
-// direction shines straight ahead, into the picture.
+float edgeOfCone(LightSource light)
+{
+#ifdef LIGHTS
+    return light.spotLightCutOffCosine;
+#else
+    return cos(light.spotLightCutOffAngle);
+#endif
+}
+
+// How much of a spot light goes into the direction away from the light. One without a direction shines straight ahead,
+// into the picture.
 float spotFactor(LightSource light, vec3 toLight)
 {
-    if (light.useLight != 3) return 1.0;
     float inCone = dot(-toLight, direction(light.spotLightDirection, vec3(0.0, 0.0, -1.0)));
-    if (inCone < cos(light.spotLightCutOffAngle)) return 0.0;
-    return pow(max(inCone, 0.0001), light.spotLightExponent);
+    float isInside = inCone < edgeOfCone(light) ? 0.0 : 1.0;
+    return isInside * pow(max(inCone, 0.0001), light.spotLightExponent);
 }
 
-void addLight(LightSource light, vec3 normal, vec3 toEye, inout vec3 surface, inout vec3 gloss)
+// Factors of 0 instead of branches: software runs both sides of a branch, and loses time in between.
+void addLight(LightSource light, int kind, bool hasGloss, vec3 normal, vec3 toEye, inout vec3 surface, inout vec3 gloss)
 {
-    vec3 toLight = direction(light.useLight == 2 ? light.lightPosition : light.lightPosition - worldPosition, normal);
-    float facing = max(dot(normal, toLight), 0.0);
-    float strength = spotFactor(light, toLight);
-    surface += light.ambientMaterial + strength * facing * light.diffuseMaterial;
-    if (facing <= 0.0) return;
-    float mirrored = max(dot(reflect(-toLight, normal), toEye), 0.0001);
-    gloss += strength * pow(mirrored, light.shininess) * light.specularMaterial;
+    vec3 toLight = direction(kind == 2 ? light.lightPosition : light.lightPosition - worldPosition, normal);
+    float facing = dot(normal, toLight);
+    float strength = kind == 3 ? spotFactor(light, toLight) : 1.0;
+    surface += light.ambientMaterial + strength * max(facing, 0.0) * light.diffuseMaterial;
+    if (!hasGloss) return;
+    float mirrored = max(2.0 * facing * dot(normal, toEye) - dot(toLight, toEye), 0.0001);
+    float isFacing = facing > 0.0 ? 1.0 : 0.0;
+    gloss += strength * isFacing * pow(mirrored, light.shininess) * light.specularMaterial;
 }
+
+vec3 lit(vec3 texel)
+{
+    vec3 toEye = normalize(u_eyePosition - worldPosition);
+    vec3 surface = vec3(0.0);
+    vec3 gloss = vec3(0.0);
+#ifdef LIGHTS
+    vec3 normal = worldNormal;
+#define LIGHT(index, kind, hasGloss) addLight(lightSourceArray[index], kind, hasGloss, normal, toEye, surface, gloss);
+    LIGHTS
+#else
+    if (lightEnable == 0) return texel;
+    vec3 normal = normalize(gl_FrontFacing ? worldNormal : -worldNormal);
+    for (int i = 0; i < maxLights; ++i) {
+        if (i >= lightSourceNumber) break;
+        addLight(lightSourceArray[i], lightSourceArray[i].useLight, true, normal, toEye, surface, gloss);
+    }
+#endif
+    return clamp(texel * surface + gloss, 0.0, 1.0);
+}
+
+#endif
 
 vec4 sent(vec3 color, float alpha)
 {
@@ -83,17 +123,8 @@ void main()
     vec4 color = isOneColor ? SourceColor : texture2D(videoFrame, textureCoordinate);
     vec3 texel = straightColor(color);
     color.a *= 1.0 - fade;
-    if (lightEnable == 0) {
-        gl_FragColor = sent(texel, color.a);
-        return;
-    }
-    vec3 normal = normalize(gl_FrontFacing ? worldNormal : -worldNormal);
-    vec3 toEye = normalize(u_eyePosition - worldPosition);
-    vec3 surface = vec3(0.0);
-    vec3 gloss = vec3(0.0);
-    for (int i = 0; i < maxLights; ++i) {
-        if (i >= lightSourceNumber) break;
-        addLight(lightSourceArray[i], normal, toEye, surface, gloss);
-    }
-    gl_FragColor = sent(clamp(texel * surface + gloss, 0.0, 1.0), color.a);
+#ifndef UNLIT
+    texel = lit(texel);
+#endif
+    gl_FragColor = sent(texel, color.a);
 }

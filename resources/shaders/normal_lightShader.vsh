@@ -1,4 +1,4 @@
-// A textured mesh with normals: hands place and normal to the lights, both in the world's coordinates.
+// A textured mesh with normals: hands place and normal, of length 1, to the lights, in the world's coordinates.
 attribute vec4 position;
 attribute vec4 inputTextureCoordinate;
 attribute vec3 normal;
@@ -17,5 +17,5 @@ void main()
     gl_Position = u_mvpMatrix * position;
     textureCoordinate = (u_textureMatrix * inputTextureCoordinate).xy;
     worldPosition = (u_modelMatrix * position).xyz;
-    worldNormal = (u_normalMatrix * vec4(normal, 0.0)).xyz;
+    worldNormal = normalize((u_normalMatrix * vec4(normal, 0.0)).xyz);
 }

@@ -2,20 +2,51 @@
 
 #include "DrawableFixture.h"
 #include "core/QVLightBase.h"
+#include "platform/base/Paths.h"
 
 namespace multiscene::testing {
 
 class LightTest : public DrawableFixture {
   protected:
     /// A light grey wall over the whole picture with lights of its own.
-    void addWall(Value::Array lights, bool isLit = true) {
+    void addWall(Value::Array lights, bool isLit = true, bool seenFromBehind = false, int z = 0) {
+        const char* turn = seenFromBehind ? "0,3.14159265,0" : "0,0,0";  // radians without its end
         add(dictionary(
             {{"type", "QVPlaneObject3D"},
              {"TextureInfo", dictionary({{"textureType", "image"},
                                          {"texture", picture("wall.png", {{200, 200, 200, 255}})}})},
              {"MeshInfo", dictionary({{"modelWidth", side}, {"modelHeight", side}})},
              {"FpsInfo", dictionary({{"isLightEnable", isLit}})},
+             {"TransformArray",
+              array({dictionary(
+                  {{"startTranslate", "0,0," + std::to_string(z)}, {"startRotate", turn}, {"endFps", 99}})})},
              {"LightSourceArray", Value(std::move(lights))}}));
+    }
+
+    /// The same wall as a quad that a template's own shader draws, a copy of the program's.
+    void addWallWithOwnShader(Value::Array lights, bool isLit = true) {
+        for (const char* file :
+             {"normal_lightShader.plist", "normal_lightShader.vsh", "normal_lightShader.fsh"})
+            std::filesystem::copy_file(platform::resourcesFolder() / "shaders" / file, path(file),
+                                       std::filesystem::copy_options::skip_existing);
+        Dictionary wall = quad("QVQuadCustomShaderOneVariable", picture("wall.png", {{200, 200, 200, 255}}));
+        wall["FpsInfo"] = dictionary(
+            {{"isLightEnable", isLit}, {"customShaderPath", Value(path("normal_lightShader.plist"))}});
+        wall["LightSourceArray"] = Value(std::move(lights));
+        add(Value(wall));
+    }
+
+    /// Some pixels of a wall in these lights, 20 units before the eye.
+    std::vector<glm::vec3> litWall(Value::Array lights, bool seenFromBehind = false) {
+        newScene();
+        addWall(std::move(lights), true, seenFromBehind, -20);
+        draw(0);
+        std::vector<glm::vec3> colors;
+        for (const auto& [x, y] : {std::pair{8, 8}, {32, 32}, {42, 30}, {50, 20}, {20, 45}}) {
+            const Pixel pixel = at(x, y);
+            colors.emplace_back(pixel[0], pixel[1], pixel[2]);
+        }
+        return colors;
     }
 
     /// A uniform of the program that drew last.
@@ -59,7 +90,8 @@ TEST_F(LightTest, MovingLightsReachTheShaderInTheirOrder) {
                                                          {"endLightSourcePosition", "20,-40,10"},
                                                          {"startLightSourceColor", "0,0,0"}})})}});
     const Value point = dictionary({{"lightSourceType", 1}, {"spotLightExponent", 7}});
-    addWall({dictionary({{"lightSourceType", 0}}), spot, dictionary({{"lightSourceType", 4}}), point});
+    addWallWithOwnShader(
+        {dictionary({{"lightSourceType", 0}}), spot, dictionary({{"lightSourceType", 4}}), point});
     draw(0);
     EXPECT_EQ(uniform("lightSourceArray[0].lightPosition"), glm::vec3(0, 0, 10));
     draw(5);
@@ -79,12 +111,59 @@ TEST_F(LightTest, MovingLightsReachTheShaderInTheirOrder) {
         << "one end is missing";
 
     newScene();
-    addWall({dictionary({{"lightSourceType", 1}, {"lightSourcePosition", "1,2,3"}})}, false);
+    addWallWithOwnShader({dictionary({{"lightSourceType", 1}, {"lightSourcePosition", "1,2,3"}})}, false);
     draw(0);
     EXPECT_EQ(intUniform("lightEnable"), 0);
     EXPECT_EQ(intUniform("lightSourceNumber"), 0);
     EXPECT_EQ(uniform("lightSourceArray[0].lightPosition"), glm::vec3(5, -10, 10)) << "left as it was";
     EXPECT_TRUE(isNear(at(32, 32), {200, 200, 200, 255}));
+}
+
+TEST_F(LightTest, LightsOfAllKindsAddUpFromBothSides) {
+    const Value sun = dictionary({{"lightSourceType", 2},
+                                  {"lightSourcePosition", "1,1,2"},
+                                  {"ambientMaterialColor", "0.05,0,0.1"},
+                                  {"diffuseMaterialColor", "0.3,0,0"}});
+    const Value spot = dictionary({{"lightSourceType", 3},
+                                   {"lightSourcePosition", "10,0,20"},
+                                   {"spotLightDirection", "0,0,-2"},
+                                   {"spotLightCutOffAngle", 20},
+                                   {"spotLightExponent", 4},
+                                   {"diffuseMaterialColor", "0,0.3,0.1"},
+                                   {"specularMaterialColor", "0.2,0,0"},
+                                   {"specularShininess", 3}});
+    const Value lamp = dictionary({{"lightSourceType", 1},
+                                   {"lightSourcePosition", "-20,10,10"},
+                                   {"diffuseMaterialColor", "0.1,0.1,0.4"},
+                                   {"specularMaterialColor", "0,0.2,0"},
+                                   {"specularShininess", 2}});
+    const auto ofSun = litWall({sun}), ofSpot = litWall({spot}), ofLamp = litWall({lamp});
+    EXPECT_GT(ofSpot[2].y, 20);
+    EXPECT_EQ(ofSpot[0], glm::vec3(0)) << "outside of the cone";
+    EXPECT_GT(ofLamp[1].y, ofLamp[1].x + 10) << "a highlight";
+    for (const bool behind : {false, true}) {
+        const auto all = litWall({sun, spot, lamp}, behind), reordered = litWall({lamp, sun, spot}, behind);
+        for (size_t i = 0; i < all.size(); ++i) {
+            const glm::vec3 sum = ofSun[i] + ofSpot[i] + ofLamp[i];
+            EXPECT_LT(glm::distance(all[i], sum), 2.5f) << i << (behind ? " behind" : "");
+            EXPECT_LT(glm::distance(reordered[i], sum), 2.5f) << i << (behind ? " behind" : "");
+        }
+    }
+}
+
+TEST_F(LightTest, AnOpaqueCubeShowsItsNearSides) {
+    for (const bool comparesDepths : {false, true}) {
+        newScene();
+        add(dictionary(
+            {{"type", "QVCubeObject3D"},
+             {"TextureInfo",
+              dictionary({{"textureType", "image"}, {"texture", picture("halves.png", {kRed, kBlue}, 2)}})},
+             {"MeshInfo", dictionary({{"modelWidth", 40}, {"modelHeight", 40}, {"modelDepth", 40}})},
+             {"FpsInfo", dictionary({{"isEnableDephTest", comparesDepths}})}}));
+        draw(0);
+        EXPECT_TRUE(isNear(at(20, 32), kRed)) << comparesDepths;
+        EXPECT_TRUE(isNear(at(44, 32), kBlue)) << "the far side is the other way round";
+    }
 }
 
 TEST_F(LightTest, TheWallDarkensAsTheLightTurnsAway) {

@@ -120,6 +120,16 @@ void QVLightBase::glslLightParamWithLightArray(const Lights& lights, Shader& sha
     shader.setUniformStructOrArray("lightEnable", isLit ? 1 : 0);
 }
 
+std::string QVLightBase::definitionsForLightArray(const Lights& lights, bool isLightEnable) {
+    if (!isLightEnable || lights.empty()) return "#define UNLIT\n";
+    std::string text = "#define LIGHTS";
+    for (size_t i = 0; i < std::min(lights.size(), maxLights); ++i)
+        text += " LIGHT(" + std::to_string(i) + ", " +
+                std::to_string(static_cast<int>(lights[i]->lightSourceType_)) + ", " +
+                (lights[i]->hasGloss() ? "true" : "false") + ")";
+    return text + "\n";
+}
+
 void QVLightBase::upload(Shader& shader, const std::string& prefix) const {
     shader.setUniformStructOrArray(prefix + "useLight", static_cast<int>(lightSourceType_));
     shader.setUniformStructOrArray(prefix + "lightPosition", lightSourcePosition_);

@@ -2,6 +2,7 @@
 
 #include <glm/glm.hpp>
 #include <memory>
+#include <string>
 #include <vector>
 
 #include "core/KeyAnimationTarget.h"
@@ -34,6 +35,9 @@ class QVLightBase : public KeyAnimationTarget {
     /// are not part of it: the material colours carry them.
     static void glslLightParamWithLightArray(const Lights& lights, Shader& shader, bool isLightEnable);
 
+    /// The definition that makes "normal_lightShader" and its kin fit the lights of a draw.
+    static std::string definitionsForLightArray(const Lights& lights, bool isLightEnable);
+
     virtual void lightInfoWithDic(const platform::Value& info);
     void updateData(const platform::CMTime& time);
     void didNewKeyFrameWithEaseValue(float easeValue, float progressValue,
@@ -50,6 +54,8 @@ class QVLightBase : public KeyAnimationTarget {
     virtual void upload(Shader& shader, const std::string& prefix) const;
 
   private:
+    bool hasGloss() const { return material_.specularMaterialColor != glm::vec3(0); }
+
     LightSourceType lightSourceType_ = LightSourceType::Point;
     glm::vec3 lightSourceColor_{1}, lightSourcePosition_{0, 0, 1};
     LightMaterial material_;

@@ -1,5 +1,7 @@
 #include "core/QVSpotLight.h"
 
+#include <cmath>
+
 #include "core/Angles.h"
 #include "opengl2.0/Shader.h"
 
@@ -37,6 +39,7 @@ void QVSpotLight::upload(Shader& shader, const std::string& prefix) const {
     QVLightBase::upload(shader, prefix);
     shader.setUniformStructOrArray(prefix + "spotLightExponent", spotLightExponent_);
     shader.setUniformStructOrArray(prefix + "spotLightCutOffAngle", spotLightCutOffAngle_);
+    shader.setUniformStructOrArray(prefix + "spotLightCutOffCosine", std::cos(spotLightCutOffAngle_));
     shader.setUniformStructOrArray(prefix + "spotLightDirection", spotLightDirection_);
 }
 

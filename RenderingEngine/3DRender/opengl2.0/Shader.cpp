@@ -51,8 +51,9 @@ void deleteProgram(GLuint program) {
 
 }  // namespace
 
-Shader::Shader(const platform::Value& settings, const std::string& rootPath)
-    : keepsPremultiplication_(isOwnShaderFile(rootPath) && settings.boolean("KeepsPremultiplication")) {
+Shader::Shader(const platform::Value& settings, const std::string& rootPath, std::string definitions)
+    : keepsPremultiplication_(isOwnShaderFile(rootPath) && settings.boolean("KeepsPremultiplication")),
+      definitions_(std::move(definitions)) {
     begin();
     std::vector<unsigned int> shaders;
     for (const platform::Value& file : settings.array("Files")) {
@@ -171,7 +172,7 @@ bool Shader::compileShader(unsigned int& shader, const std::string& file) {
         failures_.push_back({{}, file, problem});
         return false;
     }
-    const bool compiled = compileShaderWithShader(shader, *text, stage);
+    const bool compiled = compileShaderWithShader(shader, definitions_ + *text, stage);
     if (!compiled && !failures_.empty()) failures_.back().file = file;
     return compiled;
 }

@@ -24,8 +24,8 @@ class Shader {
     using UniformHandles = std::map<std::string, int, std::less<>>;
 
     /// "Files" are names below `rootPath`: "vsh" is a vertex shader, "fsh" a fragment shader. Files outside
-    /// the program's resources are opened through the fence.
-    Shader(const platform::Value& settings, const std::string& rootPath);
+    /// the program's resources are opened through the fence. `definitions` are put before every source.
+    Shader(const platform::Value& settings, const std::string& rootPath, std::string definitions = {});
     Shader(const std::string& vertexSource, const std::string& fragmentSource,
            const std::vector<std::string>& attributes, const std::vector<std::string>& uniforms);
     ~Shader();
@@ -80,6 +80,7 @@ class Shader {
 
     unsigned int programHandle_ = 0;
     bool keepsPremultiplication_ = false;
+    std::string definitions_;
     AttributeHandles attributeHandles_;
     UniformHandles uniformHandles_;
     std::weak_ptr<platform::GLContext> context_;

@@ -8,7 +8,6 @@
 #include "core/GLESUtils/TextureUpload.h"
 #include "core/NodeTypes.h"
 #include "dataMode/TextSettings.h"
-#include "opengl2.0/ShaderManager/ShaderManager.h"
 #include "opengl2.0/TexturedQuad.h"
 
 namespace multiscene {
@@ -83,7 +82,7 @@ void QVGLFont3DExtrudeFontObject3D::uploadColors() {
 
 void QVGLFont3DExtrudeFontObject3D::drawLetters() {
     FrameEdges::shared().requireMultisampling();
-    const auto shader = ShaderManager::sharedManager().createShader("font_3dShader", "font_3dShader.plist");
+    const auto shader = shaderForSceneLight("font_3dShader", *this);
     uploadColors();
     drawWith(*shader, colors_.name(), triangles_, 0);
     if (!coloredTriangles_.empty()) drawWith(*shader, atlas_.name(), coloredTriangles_, 1 - shownColor().a);

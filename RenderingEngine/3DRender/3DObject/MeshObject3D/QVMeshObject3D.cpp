@@ -4,11 +4,9 @@
 
 #include "3DObject/MeshObject3D/SceneLight.h"
 #include "core/GLESUtils/DrawQuad.h"
-#include "core/GLESUtils/GLState.h"
 #include "core/Material/QVSignColorMaterial.h"
 #include "core/Material/QVTextureMaterial.h"
 #include "core/NodeTypes.h"
-#include "opengl2.0/ShaderManager/ShaderManager.h"
 #include "opengl2.0/TexturedQuad.h"
 
 namespace multiscene {
@@ -92,8 +90,7 @@ void QVMeshObject3D::render(const platform::CMTime& time) {
     if (!isNeedRenderWithCMTime(time) || faces_.empty()) return;
     const auto* flat = dynamic_cast<const QVSignColorMaterial*>(material());
     if (textureId() == 0 && !flat) return;
-    const auto shader =
-        ShaderManager::sharedManager().createShader("normal_lightShader", "normal_lightShader.plist");
+    const auto shader = shaderForSceneLight("normal_lightShader", *this);
     shader->useShader();
     shader->setUniform("isOneColor", flat ? 1 : 0);
     if (flat) shader->setUniform("SourceColor", flat->color());
@@ -112,21 +109,37 @@ void QVMeshObject3D::setTexture(Shader& shader) const {
     if (shown && shown->mayRepeat()) wrapTexture(textureMatrix(), masterTextureCoordinates());
 }
 
+SourceColors QVMeshObject3D::colors() const {
+    const auto* flat = dynamic_cast<const QVSignColorMaterial*>(material());
+    const QVTextureMaterial* shown = textureMaterial();
+    const bool isOpaque = flat ? flat->a() >= 1 : shown && shown->pictureAlpha().isOpaque;
+    return isOpaque ? SourceColors::Opaque : SourceColors::Straight;
+}
+
+/// A convex shape is in order when what faces away is drawn first. Where the near hides the far and depths
+/// are compared, what faces the viewer goes first: the rest is then never shaded.
 void QVMeshObject3D::drawFaces(Shader& shader) const {
+    FrameEdges::shared().requireMultisampling();
+    const bool hides = GLState::hides(colors());
+    if (hides) GLState::announceColors(SourceColors::Opaque);
+    const bool isNearFirst = hides && GLState::comparesDepths();
+    glEnable(GL_CULL_FACE);
+    for (const bool isNear : {isNearFirst, !isNearFirst}) drawSide(shader, isNear);
+    glDisable(GL_CULL_FACE);
+    if (hides) GLState::announceColors(SourceColors::Straight);
+}
+
+/// The faces that are seen from outside, or those that are seen from within.
+void QVMeshObject3D::drawSide(Shader& shader, bool isOutside) const {
     const unsigned int position = shader.attributeHandle("position");
     const unsigned int coordinates = shader.attributeHandle("inputTextureCoordinate");
     const unsigned int normal = shader.attributeHandle("normal");
-    FrameEdges::shared().requireMultisampling();
-    // A convex shape is in order when what faces away is drawn first.
-    glEnable(GL_CULL_FACE);
-    for (const GLenum hidden : {GL_FRONT, GL_BACK}) {
-        glCullFace(hidden);
-        for (const MeshFace& face : faces_) {
-            if (normal != 0) glVertexAttrib3fv(normal, &face.normal[0]);
-            drawQuadFan(position, coordinates, {face.corners.data(), masterTextureCoordinates()});
-        }
+    glCullFace(isOutside ? GL_BACK : GL_FRONT);
+    for (const MeshFace& face : faces_) {
+        const glm::vec3 towardsViewer = isOutside ? face.normal : -face.normal;
+        if (normal != 0) glVertexAttrib3fv(normal, &towardsViewer[0]);
+        drawQuadFan(position, coordinates, {face.corners.data(), masterTextureCoordinates()});
     }
-    glDisable(GL_CULL_FACE);
 }
 
 }  // namespace multiscene

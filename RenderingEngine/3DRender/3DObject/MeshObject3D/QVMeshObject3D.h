@@ -3,6 +3,7 @@
 #include <array>
 #include <vector>
 
+#include "core/GLESUtils/GLState.h"
 #include "core/QVObject3DTextureBase.h"
 #include "opengl2.0/Shader.h"
 
@@ -39,7 +40,9 @@ class QVMeshObject3D : public QVObject3DTextureBase {
     static MeshFace boxFace(const Box& box, int axis, float direction);
 
   private:
+    SourceColors colors() const;
     void drawFaces(Shader& shader) const;
+    void drawSide(Shader& shader, bool isOutside) const;
     void setTexture(Shader& shader) const;
 
     std::vector<MeshFace> faces_;

@@ -3,8 +3,15 @@
 #include "core/QVLightBase.h"
 #include "core/QVScene3D.h"
 #include "core/carmera/QVCamera3D.h"
+#include "opengl2.0/ShaderManager/ShaderManager.h"
 
 namespace multiscene {
+
+std::shared_ptr<Shader> shaderForSceneLight(const std::string& name, const QVObject3DTransformBase& node) {
+    return ShaderManager::sharedManager().createShaderWithDefinitions(
+        name, name + ".plist",
+        QVLightBase::definitionsForLightArray(node.ligthArray(), node.isLightEnable()));
+}
 
 void setSceneLight(Shader& shader, QVObject3DTransformBase& node) {
     const glm::mat4 model = node.sceneTransform();

@@ -12,6 +12,12 @@ void GLState::setDepthTest(bool enabled) {
         glDisable(GL_DEPTH_TEST);
 }
 
+bool GLState::comparesDepths() {
+    GLint bits = 0;
+    glGetIntegerv(GL_DEPTH_BITS, &bits);
+    return bits > 0 && glIsEnabled(GL_DEPTH_TEST);
+}
+
 namespace {
 
 struct BlendFunction {
@@ -41,6 +47,11 @@ bool GLState::canBlendPremultiplied() {
 bool GLState::takesColors(SourceColors colors) {
     return canBlendPremultiplied() || colors == SourceColors::Opaque ||
            (colors == SourceColors::Premultiplied && blendFunction.source == GL_ONE);
+}
+
+bool GLState::hides(SourceColors colors) {
+    return colors == SourceColors::Opaque && blendFunction.source == GL_SRC_ALPHA &&
+           blendFunction.destination == GL_ONE_MINUS_SRC_ALPHA;
 }
 
 glm::vec2 GLState::sentColors() {

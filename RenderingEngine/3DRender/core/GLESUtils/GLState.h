@@ -18,6 +18,8 @@ enum class SourceColors {
 class GLState {
   public:
     static void setDepthTest(bool enabled);
+    /// The depth test is on, and the bound target has a depth buffer for it.
+    static bool comparesDepths();
     /// Blending on with these colour factors (GL enums). Alpha is always accumulated with
     /// (ONE, ONE_MINUS_SRC_ALPHA), so that what is drawn into a texture keeps a usable alpha.
     static void setBlendFunction(uint32_t srcFactor, uint32_t dstFactor);
@@ -28,6 +30,8 @@ class GLState {
     static bool canBlendPremultiplied();
     /// The texture's colours, with an opacity on top, can be blended as they are.
     static bool takesColors(SourceColors colors);
+    /// What is drawn in these colours leaves nothing of what is behind it.
+    static bool hides(SourceColors colors);
     /// What else a shader must do to the straight colours that it gives, the uniform "sentColors". x is 1: it
     /// multiplies them by alpha and opacity, for source factor ONE. y is 1: by the opacity alone, so that it
     /// fades what a draw adds under factors that alpha is no part of.

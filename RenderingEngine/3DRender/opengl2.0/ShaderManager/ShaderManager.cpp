@@ -25,10 +25,14 @@ ShaderManager& ShaderManager::sharedManager() {
 std::shared_ptr<Shader> ShaderManager::createShader(const std::string& name, const std::string& file) {
     if (auto cached = shaderForName(name)) return cached;
     const std::string path = shaderDescriptionPath(file);
+    return createShader(name, readSettings(name, path), std::filesystem::path(path).parent_path().string());
+}
+
+platform::Value ShaderManager::readSettings(const std::string& name, const std::string& path) {
     std::string problem;
-    const platform::Value settings = readShaderDescription(path, problem);
+    platform::Value settings = readShaderDescription(path, problem);
     if (!problem.empty()) record({name, path, problem});
-    return createShader(name, settings, std::filesystem::path(path).parent_path().string());
+    return settings;
 }
 
 std::shared_ptr<Shader> ShaderManager::createShader(const std::string& name, const platform::Value& settings,
@@ -36,6 +40,17 @@ std::shared_ptr<Shader> ShaderManager::createShader(const std::string& name, con
     auto shader = std::make_shared<Shader>(settings, shaderRootPath);
     if (shaderForName(name)) removeShader(name);
     return store(name, std::move(shader));
+}
+
+std::shared_ptr<Shader> ShaderManager::createShaderWithDefinitions(const std::string& name,
+                                                                   const std::string& file,
+                                                                   const std::string& definitions) {
+    const std::string key = name + "\n" + definitions;
+    if (auto cached = shaderForName(key)) return cached;
+    const std::filesystem::path path = shaderDescriptionPath(file);
+    auto shader =
+        std::make_shared<Shader>(readSettings(name, path.string()), path.parent_path().string(), definitions);
+    return store(key, std::move(shader));
 }
 
 std::shared_ptr<Shader> ShaderManager::createShaderWithVertex(const std::string& vertexSource,

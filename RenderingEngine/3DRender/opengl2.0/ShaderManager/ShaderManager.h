@@ -24,6 +24,10 @@ class ShaderManager {
     /// Always builds; replaces a cached shader of that name.
     std::shared_ptr<Shader> createShader(const std::string& name, const platform::Value& settings,
                                          const std::string& shaderRootPath);
+    /// The cached shader of that name and these definitions, else one built from a description file, the
+    /// definitions before each of its sources.
+    std::shared_ptr<Shader> createShaderWithDefinitions(const std::string& name, const std::string& file,
+                                                        const std::string& definitions);
     /// The cached shader of that key, else one built from two source texts.
     std::shared_ptr<Shader> createShaderWithVertex(const std::string& vertexSource,
                                                    const std::string& fragmentSource,
@@ -56,6 +60,8 @@ class ShaderManager {
     friend class Shader;
 
     ShaderManager() = default;
+    /// The dictionary of a description file at this path; records why when there is none.
+    platform::Value readSettings(const std::string& name, const std::string& path);
     std::shared_ptr<Shader> store(const std::string& name, std::shared_ptr<Shader> shader);
     void record(ShaderFailure failure);
     void shaderIsGone(const Shader& shader);
