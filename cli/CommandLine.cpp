@@ -2,6 +2,7 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <iterator>
 #include <map>
 #include <set>
 #include <string_view>
@@ -13,6 +14,7 @@
 #include "platform/archive/ZipLimits.h"
 #include "platform/base/Error.h"
 #include "platform/base/Json.h"
+#include "platform/base/Limits.h"
 
 namespace multiscene::cli {
 
@@ -101,7 +103,9 @@ class LimitsCall : public CLI::Success {
 std::string limitsText(bool isJson) {
     std::string text;
     Table table({"LIMIT", "VALUE", "MEANING"});
-    for (const platform::ZipLimitRow& row : platform::zipLimitRows()) {
+    auto rows = platform::zipLimitRows();
+    std::ranges::move(platform::limitRows(), std::back_inserter(rows));
+    for (const platform::LimitRow& row : rows) {
         table.add({row.name, std::to_string(row.value), row.meaning});
         text += platform::jsonText(platform::Value::Dictionary{{"event", "limit"},
                                                                {"name", row.name},
@@ -109,7 +113,7 @@ std::string limitsText(bool isJson) {
                                                                {"meaning", row.meaning}}) +
                 "\n";
     }
-    return isJson ? text : "What an archive of a template may hold:\n" + table.text();
+    return isJson ? text : "What a template and its archive may hold:\n" + table.text();
 }
 
 /// Parser and commands, alive while the words are parsed.
@@ -129,7 +133,7 @@ struct Parser {
         app.add_flag("-v,--verbose", result.isVerbose, "Say more on standard error");
         app.add_flag("--json", result.isJson, "Progress and result as JSON lines on standard output");
         app.add_flag_callback(
-            "--limits", [] { throw LimitsCall(); }, "Show the limits for archives of templates");
+            "--limits", [] { throw LimitsCall(); }, "Show the limits for templates and their archives");
         for (const CommandEntry& entry : commands()) add(entry);
     }
 

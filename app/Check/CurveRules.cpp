@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <map>
 
-#include "app/Check/DictionaryWalk.h"
 #include "app/Check/KeyJudge.h"
 #include "app/Check/SceneRules.h"
 #include "core/TransformItemKeys.h"
+#include "other/DictionaryWalk.h"
 #include "tween/Ease.h"
 #include "videoRenderCore/SceneFileKeys.h"
 

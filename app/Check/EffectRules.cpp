@@ -1,10 +1,10 @@
 // Keys that are right one by one and together change nothing, or something else than they say.
-#include "app/Check/DictionaryWalk.h"
 #include "app/Check/SceneRules.h"
 #include "core/NodeTypes.h"
 #include "core/QVLightBase.h"
 #include "core/TransformItemKeys.h"
 #include "core/carmera/QVCamera3D.h"
+#include "other/DictionaryWalk.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::rules {

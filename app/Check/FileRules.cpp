@@ -1,6 +1,6 @@
-#include "app/Check/DictionaryWalk.h"
 #include "app/Check/SceneRules.h"
 #include "app/Check/UsedFiles.h"
+#include "other/DictionaryWalk.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::rules {

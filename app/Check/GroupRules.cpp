@@ -2,9 +2,9 @@
 #include <array>
 #include <optional>
 
-#include "app/Check/DictionaryWalk.h"
 #include "app/Check/TemplateRules.h"
 #include "core/Material/TextureInfoKeys.h"
+#include "other/DictionaryWalk.h"
 #include "platform/base/Saturating.h"
 #include "videoRenderCore/SceneFileKeys.h"
 

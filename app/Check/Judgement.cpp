@@ -10,7 +10,9 @@
 #include "app/Model/TemplateKeys.h"
 #include "other/QVUtil.h"
 #include "platform/base/Error.h"
+#include "platform/base/Limits.h"
 #include "videoRenderCore/SceneFileKeys.h"
+#include "videoRenderCore/SceneLimits.h"
 
 namespace multiscene {
 
@@ -24,6 +26,8 @@ void judgeKeys(const KeyTable& table, const Value& content, const std::string& f
 }
 
 void judgeScene(const SceneView& scene, Judgement& judgement) {
+    if (const auto beyond = sceneBeyondLimits(scene.content, scene.file))
+        return judgement.findings.push_back(findingOf(*beyond, scene.file));
     judgeKeys(sceneFileKeys, scene.content, scene.file, judgement.findings);
     for (const SceneRule rule : sceneRules()) rule(scene, judgement.findings);
     judgement.scenes.emplace(scene.file, scene.content);
@@ -38,10 +42,11 @@ void addScene(GroupView& group, int64_t number, const std::string& file, const s
               Findings& findings) {
     if (group.scenes.contains(number) || group.unreadable.contains(number)) return;
     const Value content = readDictionary(file, findings);
-    if (content.isDictionary())
-        group.scenes.emplace(number, sceneViewOf(file, folder, content));
-    else
+    if (!content.isDictionary()) {
         group.unreadable.insert(number);
+        return;
+    }
+    group.scenes.emplace(number, sceneViewOf(file, folder, content)).first->second.media = group.media;
 }
 
 /// Every spelling under which a scene of the group finds a value of the user.
@@ -119,9 +124,17 @@ Judgement judgeTemplate(const TemplateFolder& folder, SceneCatalogue* others) {
 
 Judgement judgeSceneGroup(const std::string& file, const Value& content, SceneCatalogue* catalogue) {
     Judgement judgement;
+    const Value::Array& entries = content.array("scene");
+    if (entries.size() > platform::Limits::maxGroupScenes)
+        return {{{Severity::Error,
+                  file,
+                  "scene",
+                  platform::beyondLimit(entries.size(), "scenes", platform::Limits::maxGroupScenes),
+                  {}}},
+                {}};
     judgeKeys(sceneGroupFileKeys, content, file, judgement.findings);
     // Its scenes may look up more than the map gives: what nobody gives stays empty.
-    GroupView group{file, "scene", content.array("scene"), {}, {}, {}};
+    GroupView group{file, "scene", entries, {}, {}, {}};
     addCatalogueScenes(group, catalogue, judgement.findings);
     judgeGroup(group, judgement);
     return judgement;

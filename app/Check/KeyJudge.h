@@ -1,7 +1,7 @@
 #pragma once
 
-#include "app/Check/DictionaryWalk.h"
 #include "app/Check/Finding.h"
+#include "other/DictionaryWalk.h"
 
 namespace multiscene {
 

@@ -1,6 +1,6 @@
 #include "app/Check/LookedUpKeys.h"
 
-#include "app/Check/DictionaryWalk.h"
+#include "other/DictionaryWalk.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {

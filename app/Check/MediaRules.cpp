@@ -1,17 +1,14 @@
 #include <cmath>
 #include <optional>
 
-#include "app/Check/DictionaryWalk.h"
-#include "app/Check/MediaFile.h"
+#include "app/Check/MediaReader.h"
 #include "app/Check/SceneRules.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
-#include "platform/base/FileGate.h"
+#include "other/DictionaryWalk.h"
 #include "platform/media/VideoInfo.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::rules {
 
-using platform::FileGate;
 using platform::Value;
 
 namespace {
@@ -30,24 +27,6 @@ void judgeRate(const platform::VideoInfo& video, double wanted, Finding place, F
                     rateText(wanted) + ", a picture a frame";
     place.remedy = "convert the video or correct \"videoFps\"";
     findings.push_back(std::move(place));
-}
-
-/// A video that a key names; none when it cannot be read. A missing file is another rule's.
-std::optional<platform::VideoInfo> judgeVideo(const std::string& path, double rate, const std::string& folder,
-                                              Finding place, Findings& findings) {
-    const auto opened = FileGate::shared().open(
-        QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(path, folder));
-    if (opened.verdict != FileGate::Verdict::Allowed) return std::nullopt;
-    try {
-        const platform::VideoInfo video = platform::probeVideo(opened.file, path);
-        judgeRate(video, rate, place, findings);
-        return video;
-    } catch (const platform::Error& error) {
-        place.message = "\"" + path + "\": " + error.message();
-        place.remedy = "use an MP4, MOV, WebM, AVI or MPEG-TS file";
-        findings.push_back(std::move(place));
-        return std::nullopt;
-    }
 }
 
 std::optional<MediaKind> kindOf(KeyFile file) {
@@ -71,8 +50,8 @@ class MediaFiles : public DictionaryVisitor {
     void known(const Key& key, const Value& value, const std::string& keyPath) override {
         const auto kind = kindOf(key.file);
         if (!kind || !value.isString()) return;
-        if (const auto finding = judgeMediaFile(*kind, value.stringValue(), scene_.folder,
-                                                {Severity::Error, scene_.file, keyPath, {}, {}}))
+        if (const auto finding = scene_.media->judge(*kind, value.stringValue(), scene_.folder,
+                                                     {Severity::Error, scene_.file, keyPath, {}, {}}))
             findings_.push_back(*finding);
     }
 
@@ -106,9 +85,15 @@ class Videos : public DictionaryVisitor {
     void judge(const KeySet& keys, std::string_view name, const Value& content, const std::string& keyPath) {
         if (keys.fileOf(*keys.find(name)) != KeyFile::Video || !content[name].isString()) return;
         const Finding place{Severity::Error, scene_.file, keyPath + "." + std::string(name), {}, {}};
-        const auto video =
-            judgeVideo(content.string(name), content.real("videoFps"), scene_.folder, place, findings_);
-        if (video && keyPath.starts_with("TimeSource.")) judgeLength(*video, scene_, place, findings_);
+        const std::string path = content.string(name);
+        if (auto finding = scene_.media->judge(MediaKind::Video, path, scene_.folder, place)) {
+            finding->remedy = "use an MP4, MOV, WebM, AVI or MPEG-TS file";
+            findings_.push_back(*finding);
+        }
+        const auto video = scene_.media->film(path, scene_.folder);
+        if (!video) return;
+        judgeRate(*video, content.real("videoFps"), place, findings_);
+        if (keyPath.starts_with("TimeSource.")) judgeLength(*video, scene_, place, findings_);
     }
 
     const SceneView& scene_;

@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <limits>
 
-#include "app/Check/DictionaryWalk.h"
 #include "app/Check/SceneRules.h"
 #include "core/QVKeyAnimationOperators.h"
 #include "core/TransformItemKeys.h"
+#include "other/DictionaryWalk.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::rules {

@@ -1,9 +1,9 @@
-#include "app/Check/DictionaryWalk.h"
 #include "app/Check/KeyJudge.h"
 #include "app/Check/LookedUpKeys.h"
 #include "app/Check/SceneRules.h"
 #include "core/Material/TextureInfoKeys.h"
 #include "core/NodeTypes.h"
+#include "other/DictionaryWalk.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::rules {

@@ -1,6 +1,6 @@
-#include "app/Check/DictionaryWalk.h"
 #include "app/Check/SceneRules.h"
 #include "core/component/QVObject3DComponentBase.h"
+#include "other/DictionaryWalk.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::rules {

@@ -1,13 +1,14 @@
 #include <algorithm>
 #include <filesystem>
+#include <map>
 
-#include "app/Check/DictionaryWalk.h"
 #include "app/Check/KeyJudge.h"
-#include "app/Check/MediaFile.h"
+#include "app/Check/MediaReader.h"
 #include "app/Check/SceneRules.h"
 #include "app/Model/TemplateKeys.h"
 #include "opengl2.0/Shader.h"
 #include "opengl2.0/ShaderSource.h"
+#include "other/DictionaryWalk.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "platform/base/FileGate.h"
 #include "platform/gl/GLContext.h"
@@ -31,20 +32,38 @@ class Shaders : public DictionaryVisitor {
     }
 
   private:
+    struct Built {
+        std::vector<std::string> problems;
+        bool ignoresPremultiplication = false;
+    };
+
     void judge(const std::string& file, const std::string& keyPath) {
+        auto known = built_.find(file);
+        if (known == built_.end()) known = built_.emplace(file, build(file)).first;
+        for (const std::string& problem : known->second.problems) add(keyPath, problem);
+        if (known->second.ignoresPremultiplication) judgeColours(keyPath);
+    }
+
+    Built build(const std::string& file) {
         std::string problem;
         const platform::Value description = readShaderDescription(file, problem);
-        if (!problem.empty()) return add(file, keyPath, problem);
+        if (!problem.empty()) return {{file + ": " + problem}};
         KeyJudge keys(file, findings_);
         walkDictionary(shaderFileKeys, description, "", keys);
         if (!context_) context_ = platform::GLContext::create();
         const platform::GLContextScope scope(*context_);
         const Shader shader(description, std::filesystem::path(file).parent_path().string());
+        Built built;
         for (const ShaderFailure& failure : shader.failures())
-            add(failure.file.empty() ? file : failure.file, keyPath, failure.message);
-        if (!shader.failures().empty()) return;
+            built.problems.push_back((failure.file.empty() ? file : failure.file) + ": " + failure.message);
+        if (!built.problems.empty()) return built;
         judgeNames(shader, file);
-        judgeColours(shader, keyPath);
+        const auto names = shader.activeUniforms();
+        const auto uses = [&](const char* name) {
+            return std::find(names.begin(), names.end(), name) != names.end();
+        };
+        built.ignoresPremultiplication = uses("videoFrame") && !uses("isPreMultiplication");
+        return built;
     }
 
     /// "videoFrame" is right as it stands, 0; members of arrays and structures are set without being listed.
@@ -61,12 +80,8 @@ class Shaders : public DictionaryVisitor {
     }
 
     /// The colours of a picture come multiplied by its alpha, and are blended as if they were not.
-    void judgeColours(const Shader& shader, const std::string& keyPath) {
-        const auto names = shader.activeUniforms();
-        const auto uses = [&](const char* name) {
-            return std::find(names.begin(), names.end(), name) != names.end();
-        };
-        if (!uses("videoFrame") || uses("isPreMultiplication") || !showsSoftEdges(keyPath)) return;
+    void judgeColours(const std::string& keyPath) {
+        if (!showsSoftEdges(keyPath)) return;
         findings_.push_back({Severity::Warning, scene_.file, keyPath,
                              "the shader does not ask for \"isPreMultiplication\", but the colours of this "
                              "picture are multiplied by its alpha: soft edges become dark",
@@ -79,22 +94,23 @@ class Shaders : public DictionaryVisitor {
             if (node.keyPath + ".FpsInfo.customShaderPath" != keyPath) continue;
             const platform::Value& texture = node.content["TextureInfo"];
             const std::string type = texture.string("textureType");
-            if (type == "image") return isTransparentPicture(texture.string("texture"), scene_.folder);
+            if (type == "image")
+                return scene_.media->isTransparentPicture(texture.string("texture"), scene_.folder);
             return type == "text2d" || type == "RTTTexture" || type == "filterImage";
         }
         return false;
     }
 
-    void add(const std::string& file, const std::string& keyPath, std::string problem) {
+    void add(const std::string& keyPath, std::string problem) {
         for (char& letter : problem)
             if (letter == '\n') letter = ' ';
-        findings_.push_back(
-            {Severity::Error, scene_.file, keyPath, file + ": " + problem, "mend the shader"});
+        findings_.push_back({Severity::Error, scene_.file, keyPath, std::move(problem), "mend the shader"});
     }
 
     const SceneView& scene_;
     Findings& findings_;
     std::shared_ptr<platform::GLContext> context_;
+    std::map<std::string, Built> built_;  ///< by path
 };
 
 }  // namespace

@@ -6,11 +6,11 @@
 #include <filesystem>
 #include <optional>
 
-#include "app/Check/DictionaryWalk.h"
-#include "app/Check/MediaFile.h"
+#include "app/Check/MediaReader.h"
 #include "app/Check/UsedFiles.h"
 #include "app/Model/MediaFormat.h"
 #include "app/Model/TemplateFolder.h"
+#include "other/DictionaryWalk.h"
 #include "other/QVUtil.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
@@ -90,7 +90,7 @@ void musicCanBePlayed(const TemplateView& view, Findings& findings) {
     const Finding place{Severity::Error, view.file, recordPath(0, "wechartTempletInfo.bgAudioPath"), {}, {}};
     std::optional<Finding> finding;
     if (!named.empty()) finding = judgeFileName(music, view.folder(), place);
-    if (!finding) finding = judgeMediaFile(MediaKind::Sound, music, view.folder(), place);
+    if (!finding) finding = view.group.media->judge(MediaKind::Sound, music, view.folder(), place);
     if (finding) findings.push_back(*finding);
 }
 
@@ -121,7 +121,7 @@ void thumbnailsAreThere(const TemplateView& view, Findings& findings) {
         auto finding = judgeFileName(picture, "", place);
         if (finding && QVUtil::multiScenePathWithString(picture).empty())
             finding->remedy = "write \"$(multiSceneSceneROOT)/" + view.name + "/…\"";
-        if (!finding) finding = judgeMediaFile(MediaKind::Picture, picture, "", place);
+        if (!finding) finding = view.group.media->judge(MediaKind::Picture, picture, "", place);
         if (finding) findings.push_back(*finding);
     }
 }

@@ -1,13 +1,13 @@
 #include <cstdlib>
 
-#include "app/Check/DictionaryWalk.h"
-#include "app/Check/MediaFile.h"
+#include "app/Check/MediaReader.h"
 #include "app/Check/SceneRules.h"
 #include "app/Check/UsedFiles.h"
 #include "core/Material/PictureSequence.h"
 #include "core/Material/ZBTexture.h"
 #include "core/NodeTypes.h"
 #include "core/QVObject3DTextureBase.h"
+#include "other/DictionaryWalk.h"
 #include "platform/text/TextRasterizer.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
@@ -42,7 +42,7 @@ class Sequences : public DictionaryVisitor {
         const Finding place{Severity::Error, scene_.file, keyPath, {}, {}};
         auto finding = judgeFileName(picture, scene_.folder, place);
         if (finding) finding->remedy = "add the picture or correct the numbers";
-        if (!finding) finding = judgeMediaFile(kind, picture, scene_.folder, place);
+        if (!finding) finding = scene_.media->judge(kind, picture, scene_.folder, place);
         if (finding) findings_.push_back(*finding);
         return !finding;
     }

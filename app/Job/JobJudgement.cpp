@@ -47,7 +47,8 @@ void requirePlayable(const Playable& playable) {
     try {
         SceneValidation::requirePlayable(group, playable.file.string(), *playable.catalogue);
     } catch (const Error& error) {
-        if (playable.isGroupFile || !error.key().starts_with("scene[")) throw;
+        const bool isOfTheGroup = error.key() == "scene" || error.key().starts_with("scene[");
+        if (playable.isGroupFile || !isOfTheGroup) throw;
         throw Error(error.kind(), error.message(), error.file(),
                     "installScenes[0].wechartTempletInfo.sceneGroup" + error.key().substr(5));
     }

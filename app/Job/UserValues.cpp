@@ -92,9 +92,13 @@ class Collector {
         const fs::path prepared = job_.file("photo-" + std::to_string(stored_.size()));
         const auto* shape = dynamic_cast<const QVUserPhotoInputModel*>(asked.input.get());
         const auto part = photoParts_.extract(key);
-        platform::prepareUserPhoto(opened.file, prepared, aspectOf(shape), photoSide(format_),
-                                   {photo.string(), ErrorKind::Input},
-                                   part ? part.mapped() : platform::PhotoCrop());
+        try {
+            platform::prepareUserPhoto(opened.file, prepared, aspectOf(shape), photoSide(format_),
+                                       {photo.string(), ErrorKind::Input},
+                                       part ? part.mapped() : platform::PhotoCrop());
+        } catch (const Error& error) {
+            throw Error(error.kind(), error.message(), error.file(), key);
+        }
         store(key, prepared.string());
     }
 

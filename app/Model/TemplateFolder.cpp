@@ -8,18 +8,18 @@
 #include "other/QVUtil.h"
 #include "platform/base/Error.h"
 #include "platform/base/FileGate.h"
+#include "platform/base/Limits.h"
 #include "platform/base/PropertyList.h"
 
 namespace multiscene {
 
 using platform::Error;
 using platform::ErrorKind;
+using platform::Limits;
 using platform::Value;
 namespace fs = std::filesystem;
 
 namespace {
-
-constexpr size_t kMaxRecords = 1000;
 
 bool isNumeric(const Value& value) {
     if (!value.isString()) return value.isNumber();
@@ -68,10 +68,15 @@ void judge(const Value& dictionary, const KeyTable& table, const Place& place) {
     }
 }
 
+void requireAtMost(uint64_t limit, const char* things, const Value::Array& list, const Place& place) {
+    if (list.size() > limit) place.fail(platform::beyondLimit(list.size(), things, limit));
+}
+
 void judgeDescription(const Value& description, const Place& place) {
     judge(description, templateDescriptionKeys, place);
     if (description.has("mediaSize") && !parseMediaSize(description.string("mediaSize")))
         place.at("mediaSize").fail("is no size such as \"720,1280\"");
+    requireAtMost(Limits::maxGroupScenes, "scenes", description.array("sceneGroup"), place.at("sceneGroup"));
     const Value::Array& inputs = description.array("userInputArray");
     for (size_t index = 0; index < inputs.size(); ++index)
         if (!inputs[index].isDictionary())
@@ -113,8 +118,7 @@ std::vector<QVTempletDataModel> templateRecords(const Value& description, const 
     const Value& scenes = description["installScenes"];
     if (scenes.isNone()) place.fail("is missing: a template lists its catalogue records there");
     if (!scenes.isArray() || scenes.array().empty()) place.fail("is not a filled array of catalogue records");
-    if (scenes.array().size() > kMaxRecords)
-        place.fail("holds more than " + std::to_string(kMaxRecords) + " records");
+    requireAtMost(Limits::maxRecords, "records", scenes.array(), place);
 
     std::vector<QVTempletDataModel> records;
     std::set<int64_t> numbers;

@@ -75,6 +75,17 @@ void makeFolders() {
     }
 }
 
+/// Without the input description: it lists a whole group, and is as long as there are scenes to look up.
+SceneConfigData sceneOfRow(const Statement& row) {
+    return {row.integer("sId"),
+            expandedPath(row, "scenePlistPath"),
+            expandedPath(row, "sceneResourceFolderPath"),
+            row.integer("fpsLength"),
+            row.integer("sourceType"),
+            row.integer("photoTotal"),
+            row.text("sceneName")};
+}
+
 /// Holds a flag up for the length of a block.
 class Raised {
   public:
@@ -223,12 +234,12 @@ std::vector<QVTempletDataModel> QVDataManager::allSignSceneData() {
 }
 
 std::optional<SceneConfigData> QVDataManager::querySceneWithSid(int64_t sId) {
-    const auto found = queryCSignSceneDataWithSid(sId);
-    if (found.empty()) return std::nullopt;
-    const QVTempletDataModel& model = found.front();
-    return SceneConfigData{model.sId(),       model.scenePlistPath(), model.sceneResourceFolderPath(),
-                           model.fpsLength(), model.sourceType(),     model.photoTotal(),
-                           model.sceneName()};
+    using Found = std::optional<SceneConfigData>;
+    return logged<Found>("looking a scene up", {}, [&]() -> Found {
+        Statement query = database().prepare(kBySid);
+        query.bind(1, sId);
+        return query.step() ? Found(sceneOfRow(query)) : Found();
+    });
 }
 
 void QVDataManager::transaction(const std::function<void(Database&)>& work) {

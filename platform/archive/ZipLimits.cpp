@@ -2,7 +2,7 @@
 
 namespace platform {
 
-std::vector<ZipLimitRow> zipLimitRows(const ZipLimits& limits) {
+std::vector<LimitRow> zipLimitRows(const ZipLimits& limits) {
     return {
         {"maxArchiveBytes", limits.maxArchiveBytes, "bytes of the archive itself"},
         {"maxEntries", limits.maxEntries, "files and folders in an archive"},

@@ -1,8 +1,9 @@
 #pragma once
 
 #include <cstdint>
-#include <string>
 #include <vector>
+
+#include "platform/base/Limits.h"
 
 namespace platform {
 
@@ -20,13 +21,6 @@ struct ZipLimits {
     uint64_t maxDepth = 32;
 };
 
-/// One limit as a user reads it.
-struct ZipLimitRow {
-    std::string name;
-    uint64_t value;
-    std::string meaning;
-};
-
-std::vector<ZipLimitRow> zipLimitRows(const ZipLimits& limits = {});
+std::vector<LimitRow> zipLimitRows(const ZipLimits& limits = {});
 
 }  // namespace platform

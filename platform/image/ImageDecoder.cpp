@@ -9,6 +9,7 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/base/Limits.h"
 #include "platform/image/PictureFile.h"
 #include "platform/image/Vips.h"
 
@@ -77,6 +78,8 @@ Header readHeader(const FileHandle& file, const ImageSource& source) {
     startVips();
     return blaming(source, [&] {
         const PictureFormat format = pictureFormatOf(file);
+        if (format != PictureFormat::Unknown && file.size() > Limits::maxPictureBytes)
+            throw Error(source.kind, beyondLimit(file.size(), "bytes", Limits::maxPictureBytes));
         const VImage image = openPicture(file, format);
         checkLimits(image, format, source);
         return Header{image, format, uprightSize(image)};

@@ -55,6 +55,28 @@ TEST_F(SceneGraphTest, DeeperNodesComeFirstAndEqualOnesKeepTheirOrder) {
     EXPECT_EQ(parent->children(), (QVObjectContainer3D::Children{c, a, b}));
 }
 
+TEST_F(SceneGraphTest, AddedNodesComeWhereSortingThemAllWouldBringThem) {
+    auto parent = group();
+    QVObjectContainer3D::Children added;
+    for (const float depth : {0.f, 2.f, -1.f, 0.f, 2.f, 5.f, -1.f, 0.f}) {
+        auto child = group(), top = group();
+        child->setRenderDepth(depth);
+        top->setScene(scene);  // as while it is configured
+        top->setRenderDepth(depth);
+        parent->addChild(child);
+        scene->addChild(top);
+        added.push_back(child);
+    }
+    QVObjectContainer3D::renderDepthSortWithArray(added);
+    EXPECT_EQ(parent->children(), added);
+    const auto isDeeper = [](const auto& first, const auto& second) {
+        return first->renderDepth() > second->renderDepth();
+    };
+    EXPECT_TRUE(std::is_sorted(scene->children().begin(), scene->children().end(), isDeeper));
+    scene->removeAllChild();
+    EXPECT_EQ(scene->numChildren(), 0u);
+}
+
 TEST_F(SceneGraphTest, AddingANodeToItsOwnParentTakesItOut) {
     auto parent = group(), child = group();
     parent->addChild(child);

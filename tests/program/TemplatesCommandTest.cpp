@@ -420,7 +420,8 @@ TEST_F(TemplatesTest, KeepTracksEncrypted) {
 }
 
 TEST_F(TemplatesTest, LimitsAndUnknownWordsAreAnsweredWithoutAHome) {
-    EXPECT_THAT(multiscene({"--limits"}).output, AllOf(HasSubstr("maxEntries"), HasSubstr("10000")));
+    EXPECT_THAT(multiscene({"--limits"}).output,
+                AllOf(HasSubstr("maxEntries"), HasSubstr("10000"), HasSubstr("maxSceneNodes")));
     EXPECT_EQ(multiscene({"templates", "install", "--limits", "--json"}).jsonLines()[1].string("name"),
               "maxEntries");
     const Result unknown = multiscene({"templates", "instal", "7"});

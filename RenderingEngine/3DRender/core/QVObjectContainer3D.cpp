@@ -35,8 +35,7 @@ QVObjectContainer3D::~QVObjectContainer3D() = default;
 // Tree
 
 void QVObjectContainer3D::addChild(const std::shared_ptr<QVObjectContainer3D>& child) {
-    children_.push_back(child);
-    renderDepthSortWithArray(children_);
+    insertByDepth(children_, child);
     if (const auto oldParent = child->parent()) {
         oldParent->removeChild(*child);
         child->setScene(nullptr);
@@ -232,18 +231,37 @@ void QVObjectContainer3D::renderShadow() {
 
 // Depth order and removal
 
+namespace {
+
+bool isDrawnBefore(const std::shared_ptr<QVObjectContainer3D>& first,
+                   const std::shared_ptr<QVObjectContainer3D>& second) {
+    return first->renderDepth() > second->renderDepth();
+}
+
+}  // namespace
+
 void QVObjectContainer3D::setRenderDepth(float depth) {
+    if (depth == renderDepth_) return;
     renderDepth_ = depth;
     if (const auto owner = parent())
-        renderDepthSortWithArray(owner->children_);
+        sortIfHeld(owner->children_);
     else if (const auto owningScene = scene())
-        owningScene->sortChildren();
+        owningScene->sortChildren(*this);
+}
+
+// A node that is being configured knows its scene before the scene holds it.
+void QVObjectContainer3D::sortIfHeld(Children& nodes) const {
+    const bool isHeld =
+        std::any_of(nodes.begin(), nodes.end(), [this](const auto& node) { return node.get() == this; });
+    if (isHeld) renderDepthSortWithArray(nodes);
 }
 
 void QVObjectContainer3D::renderDepthSortWithArray(Children& nodes) {
-    std::stable_sort(nodes.begin(), nodes.end(), [](const auto& first, const auto& second) {
-        return first->renderDepth() > second->renderDepth();
-    });
+    std::stable_sort(nodes.begin(), nodes.end(), isDrawnBefore);
+}
+
+void QVObjectContainer3D::insertByDepth(Children& nodes, const std::shared_ptr<QVObjectContainer3D>& node) {
+    nodes.insert(std::upper_bound(nodes.begin(), nodes.end(), node, isDrawnBefore), node);
 }
 
 namespace {

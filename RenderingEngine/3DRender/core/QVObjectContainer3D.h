@@ -106,6 +106,10 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
     void setRenderDepth(float depth);
     /// Larger depth first; equal depths keep their order.
     static void renderDepthSortWithArray(Children& nodes);
+    /// Where appending and sorting would bring the node; `nodes` are sorted.
+    static void insertByDepth(Children& nodes, const std::shared_ptr<QVObjectContainer3D>& node);
+    /// Sorts `nodes` if this node is one of them.
+    void sortIfHeld(Children& nodes) const;
 
     /// Asks the parent to drop the node when it completes the frame.
     bool isRenderFinishNeedRemove() const { return isRenderFinishNeedRemove_; }

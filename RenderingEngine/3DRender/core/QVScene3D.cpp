@@ -1,6 +1,7 @@
 #include "core/QVScene3D.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "core/GLESUtils/QVFrameBufferToTexture.h"
 #include "core/QVLightBase.h"
@@ -29,8 +30,7 @@ QVScene3D::QVScene3D(RenderDriver& renderManager)
 QVScene3D::~QVScene3D() = default;
 
 void QVScene3D::addChild(const std::shared_ptr<QVObjectContainer3D>& child) {
-    children_.push_back(child);
-    sortChildren();
+    QVObjectContainer3D::insertByDepth(children_, child);
     if (const auto oldParent = child->parent()) {
         oldParent->removeChild(*child);
         child->setScene(nullptr);
@@ -48,7 +48,10 @@ void QVScene3D::removeChild(QVObjectContainer3D& child) {
 }
 
 void QVScene3D::removeAllChild() {
-    while (!children_.empty()) removeChild(*children_.front());
+    for (const auto& child : std::exchange(children_, {})) {
+        child->setParent(nullptr);
+        child->invalidateSceneTransform();
+    }
 }
 
 bool QVScene3D::hasChild(const QVObjectContainer3D& child) const {
@@ -60,7 +63,7 @@ std::shared_ptr<QVObjectContainer3D> QVScene3D::getChildAt(size_t index) const {
     return index < children_.size() ? children_[index] : nullptr;
 }
 
-void QVScene3D::sortChildren() { QVObjectContainer3D::renderDepthSortWithArray(children_); }
+void QVScene3D::sortChildren(const QVObjectContainer3D& changed) { changed.sortIfHeld(children_); }
 
 void QVScene3D::setCamera(const std::shared_ptr<QVCamera3D>& camera) {
     if (camera_) removeChild(*camera_);

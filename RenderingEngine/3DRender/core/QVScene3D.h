@@ -31,7 +31,8 @@ class QVScene3D : public std::enable_shared_from_this<QVScene3D> {
     std::shared_ptr<QVObjectContainer3D> getChildAt(size_t index) const;
     size_t numChildren() const { return children_.size(); }
     const Children& children() const { return children_; }
-    void sortChildren();
+    /// After one of them has changed its depth; nothing when the scene does not hold `changed`.
+    void sortChildren(const QVObjectContainer3D& changed);
 
     const std::shared_ptr<QVCamera3D>& camera() const { return camera_; }
     /// The camera is also a sorted top-level node; it replaces the former one.

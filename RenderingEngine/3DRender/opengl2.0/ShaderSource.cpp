@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "platform/base/FileGate.h"
+#include "platform/base/Limits.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
 #include "platform/base/Utf8.h"
@@ -12,17 +13,15 @@ namespace multiscene {
 
 namespace {
 
-constexpr uint64_t maxFileBytes = 1u << 20;
-
 std::filesystem::path ownShaders() { return platform::resourcesFolder() / "shaders"; }
 
 /// The program's own shaders are read as they are; every other file passes the fence.
 std::vector<uint8_t> readShaderFile(const std::string& file) {
-    if (isOwnShaderFile(file)) return platform::readFile(file, maxFileBytes);
+    if (isOwnShaderFile(file)) return platform::readFile(file, platform::Limits::maxShaderBytes);
     const auto opened = platform::FileGate::shared().open(file);
     if (opened.verdict != platform::FileGate::Verdict::Allowed)
         throw platform::Error(platform::ErrorKind::Template, platform::describe(opened.verdict), file);
-    return platform::readFile(opened.file, file, maxFileBytes);
+    return platform::readFile(opened.file, file, platform::Limits::maxShaderBytes);
 }
 
 /// The reason why a template's shader is skipped; throws what is no fault of the template.

@@ -5,7 +5,9 @@
 #include "core/NodeTypes.h"
 #include "core/VideoTimeSource.h"
 #include "core/component/QVObject3DComponentBase.h"
+#include "platform/base/Limits.h"
 #include "videoRenderCore/SceneFile.h"
+#include "videoRenderCore/SceneLimits.h"
 
 namespace multiscene {
 
@@ -84,6 +86,9 @@ class GroupProblems {
     void check(const Value& sceneGroup) {
         const auto& scenes = sceneGroup.array("scene");
         if (scenes.empty()) group_.add("scene", "the list of scenes is empty");
+        if (scenes.size() > platform::Limits::maxGroupScenes)
+            return group_.add(
+                "scene", platform::beyondLimit(scenes.size(), "scenes", platform::Limits::maxGroupScenes));
         for (size_t i = 0; i < scenes.size(); ++i) checkEntry(scenes[i], element("scene", i));
     }
 
@@ -119,6 +124,7 @@ class GroupProblems {
 }  // namespace
 
 Problems SceneValidation::sceneProblems(const Value& scene, const std::string& file) {
+    if (auto beyond = sceneBeyondLimits(scene, file)) return {*std::move(beyond)};
     Problems problems;
     FileProblems checked(problems, file);
     checked.checkNodeContent(scene["Camera"], "Camera");

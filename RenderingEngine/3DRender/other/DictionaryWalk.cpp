@@ -1,4 +1,4 @@
-#include "app/Check/DictionaryWalk.h"
+#include "other/DictionaryWalk.h"
 
 namespace multiscene {
 
