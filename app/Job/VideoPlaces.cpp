@@ -1,10 +1,11 @@
 #include "app/Job/VideoPlaces.h"
 
 #include <algorithm>
+#include <map>
 #include <optional>
 
 #include "app/Check/SceneView.h"
-#include "videoRenderCore/SceneFile.h"
+#include "platform/base/Saturating.h"
 
 namespace multiscene {
 
@@ -25,7 +26,8 @@ int64_t transitionFrames(const Value& entry, bool onlyTexture) {
 /// A frame of its own before a transition and after one, as every scene of a group must have.
 int64_t framesForTransitions(const Value::Array& entries, size_t index) {
     const int64_t before = index == 0 ? 0 : transitionFrames(entries[index - 1], true);
-    return before + transitionFrames(entries[index], false) + 1;
+    return platform::saturatingSum(platform::saturatingSum(before, transitionFrames(entries[index], false)),
+                                   1);
 }
 
 /// The frames in which a node and all above it are due; an unknown end is the film's.
@@ -50,28 +52,56 @@ Due dueOf(const SceneView& scene, const NodeView& node) {
     return due;
 }
 
+struct FilmNode {
+    std::string key;
+    Due due;
+};
+
+std::vector<FilmNode> filmNodesOf(const SceneView& scene) {
+    std::vector<FilmNode> films;
+    for (const NodeView& node : scene.nodes) {
+        const Value& texture = node.content["TextureInfo"];
+        if (texture.string("textureType") == "mp4Video")
+            films.push_back({texture.string("texture"), dueOf(scene, node)});
+    }
+    return films;
+}
+
 class Places {
   public:
+    explicit Places(const Playable& playable) : playable_(playable) {}
+
     void addScene(const SceneConfigData& record, const std::string& identifier, int64_t leastFrames) {
-        const SceneView scene = sceneViewOf(record.scenePlistPath, record.sceneResourceFolderPath,
-                                            readSceneFile(record.scenePlistPath));
-        for (const NodeView& node : scene.nodes) {
-            const Value& texture = node.content["TextureInfo"];
-            if (texture.string("textureType") != "mp4Video") continue;
-            const Due due = dueOf(scene, node);
-            const bool isFixed = due.isEndKnown && due.end != INT64_MAX;
-            places.push_back({texture.string("texture"), identifier, isFixed ? due.frames() : leastFrames,
-                              isFixed ? due.frames() : INT64_MAX});
+        for (const FilmNode& film : filmsOf(record)) {
+            const bool isFixed = film.due.isEndKnown && film.due.end != INT64_MAX;
+            places.push_back({film.key, identifier, isFixed ? film.due.frames() : leastFrames,
+                              isFixed ? film.due.frames() : INT64_MAX});
         }
     }
 
     std::vector<VideoPlace> places;
+
+  private:
+    /// A group may play one scene file many times.
+    const std::vector<FilmNode>& filmsOf(const SceneConfigData& record) {
+        const std::string& file = record.scenePlistPath;
+        auto known = films_.find(file);
+        if (known == films_.end())
+            known = films_
+                        .emplace(file, filmNodesOf(sceneViewOf(file, record.sceneResourceFolderPath,
+                                                               playable_.sceneFile(file))))
+                        .first;
+        return known->second;
+    }
+
+    const Playable& playable_;
+    std::map<std::string, std::vector<FilmNode>> films_;  ///< by scene file
 };
 
 }  // namespace
 
 std::vector<VideoPlace> videoPlacesOf(const Playable& playable) {
-    Places places;
+    Places places(playable);
     for (size_t index = 0; index < playable.entries.size(); ++index) {
         const Value& entry = playable.entries[index];
         if (const auto scene = playable.catalogue->querySceneWithSid(entry.integer("mainSceneId")))
