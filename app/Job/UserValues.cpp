@@ -344,7 +344,8 @@ class Collector {
             return {ErrorKind::Input, message + "; " + remedy, "", key};
         if (keys.empty()) return {ErrorKind::Input, message, "", key};
         message += "; it asks for";
-        for (const std::string_view known : keys) message += " " + std::string(known);
+        for (const std::string_view& known : keys)
+            message += (&known == &keys.front() ? " " : ", ") + std::string(known);
         return {ErrorKind::Input, message, "", key};
     }
 
