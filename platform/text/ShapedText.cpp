@@ -73,18 +73,18 @@ struct ShapedText::Glyph {
         return info;
     }
     void addOutline(cairo_t* pen, double x, double y) const {
-        PangoGlyphInfo glyph = info();
-        int cluster = 0;
-        PangoGlyphString single{1, &glyph, &cluster, 1};
-        cairo_move_to(pen, x, y);
-        pango_cairo_glyph_string_path(pen, font.get(), &single);
+        place(pen, x, y, pango_cairo_glyph_string_path);
     }
-    void show(cairo_t* pen, double x, double y) const {
+    void show(cairo_t* pen, double x, double y) const { place(pen, x, y, pango_cairo_show_glyph_string); }
+
+  private:
+    void place(cairo_t* pen, double x, double y,
+               void (*draw)(cairo_t*, PangoFont*, PangoGlyphString*)) const {
         PangoGlyphInfo glyph = info();
         int cluster = 0;
         PangoGlyphString single{1, &glyph, &cluster, 1};
         cairo_move_to(pen, x, y);
-        pango_cairo_show_glyph_string(pen, font.get(), &single);
+        draw(pen, font.get(), &single);
     }
 };
 

@@ -4,7 +4,6 @@
 #include <cmath>
 
 #include "core/GLESUtils/GLState.h"
-#include "core/GLESUtils/TextureUpload.h"
 #include "core/NodeTypes.h"
 #include "opengl2.0/ShaderManager/ShaderManager.h"
 #include "opengl2.0/TexturedQuad.h"
@@ -36,11 +35,7 @@ std::vector<char32_t> QVGLFont2DTextureFontObject3D::makeLetters(const platform:
     platform::FlatLetters letters = platform::flatLetters(text);
     if (!letters.atlas.isEmpty()) {
         bounds_ = boundsOf(letters);
-        atlas_.create();
-        uploadTexture(atlas_.name(), {.pixels = letters.atlas.rgba.data(),
-                                      .width = letters.atlas.width,
-                                      .height = letters.atlas.height,
-                                      .stride = letters.atlas.stride()});
+        uploadAtlas(letters.atlas, atlas_);
     }
     triangles_ = std::move(letters.triangles);
     coloredTriangles_ = std::move(letters.coloredTriangles);

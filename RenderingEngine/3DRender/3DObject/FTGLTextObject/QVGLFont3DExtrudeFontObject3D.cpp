@@ -49,13 +49,7 @@ void QVGLFont3DExtrudeFontObject3D::rendInfoWithDic(const platform::Value& info)
 
 std::vector<char32_t> QVGLFont3DExtrudeFontObject3D::makeLetters(const platform::LetterText& text) {
     platform::SolidLetters letters = platform::solidLetters(text, textDepth_);
-    if (!letters.atlas.isEmpty()) {
-        atlas_.create();
-        uploadTexture(atlas_.name(), {.pixels = letters.atlas.rgba.data(),
-                                      .width = letters.atlas.width,
-                                      .height = letters.atlas.height,
-                                      .stride = letters.atlas.stride()});
-    }
+    if (!letters.atlas.isEmpty()) uploadAtlas(letters.atlas, atlas_);
     triangles_ = std::move(letters.triangles);
     coloredTriangles_ = std::move(letters.coloredTriangles);
     return std::move(letters.leftOut);

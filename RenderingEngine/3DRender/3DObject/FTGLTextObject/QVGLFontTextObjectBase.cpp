@@ -4,6 +4,7 @@
 
 #include "3DObject/QuadObject3D/QVQuadDiaphaneityObject3D.h"
 #include "core/GLESUtils/DrawTriangles.h"
+#include "core/GLESUtils/TextureUpload.h"
 #include "core/SkippedMedia.h"
 #include "dataMode/TextSettings.h"
 
@@ -96,6 +97,14 @@ void QVGLFontTextObjectBase::didNewKeyFrameWithEaseValue(float easeValue, float,
 
 glm::vec4 QVGLFontTextObjectBase::shownColor() const {
     return {textColor_.red, textColor_.green, textColor_.blue, textColor_.alpha * renderAlpha_};
+}
+
+void QVGLFontTextObjectBase::uploadAtlas(const platform::Bitmap& picture, GLTexture& atlas) {
+    atlas.create();
+    uploadTexture(atlas.name(), {.pixels = picture.rgba.data(),
+                                 .width = picture.width,
+                                 .height = picture.height,
+                                 .stride = picture.stride()});
 }
 
 void QVGLFontTextObjectBase::drawTriangles(Shader& shader,

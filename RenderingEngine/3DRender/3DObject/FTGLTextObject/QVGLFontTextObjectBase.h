@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "core/GLESUtils/GLObject.h"
 #include "core/QVObject3DTransformBase.h"
 #include "opengl2.0/Shader.h"
 #include "platform/font/Letters.h"
@@ -32,6 +33,8 @@ class QVGLFontTextObjectBase : public QVObject3DTransformBase {
 
     /// Red, green, blue, and the alpha of the text and of the node.
     glm::vec4 shownColor() const;
+    /// Creates the texture where there is none yet, and fills it.
+    static void uploadAtlas(const platform::Bitmap& picture, GLTexture& atlas);
     /// Draws with the shader in use.
     static void drawTriangles(Shader& shader, const std::vector<platform::LetterVertex>& triangles,
                               bool cullBack);
