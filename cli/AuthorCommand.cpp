@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "app/Check/Checker.h"
-#include "app/data/QVDataManager.h"
 
 namespace multiscene::cli {
 
@@ -12,8 +11,7 @@ using platform::ErrorKind;
 
 TemplateJudge judgeAloud(Console& console, const std::string& refusal) {
     return [&console, refusal](const TemplateFolder& folder) {
-        SceneCatalogue::setShared(QVDataManager::sharedDataManager());
-        const Findings findings = checkPath(folder.folder);
+        const Findings findings = checkPath(folder.folder, nullptr);
         for (const Finding& finding : findings) console.finding(finding);
         const auto errors = std::count_if(findings.begin(), findings.end(), [](const Finding& finding) {
             return finding.severity == Severity::Error;

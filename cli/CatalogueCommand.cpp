@@ -17,7 +17,6 @@ QVDataManager& openCatalogue() {
     const auto& catalogue = QVDataManager::sharedDataManager();
     catalogue->checkUsable();
     TemplateInstallation::recover(*catalogue);
-    SceneCatalogue::setShared(catalogue);
     return *catalogue;
 }
 

@@ -6,7 +6,6 @@
 #include "app/Job/Playable.h"
 #include "app/data/QVDataManager.h"
 #include "cli/Commands.h"
-#include "other/SceneCatalogue.h"
 
 namespace multiscene::cli {
 
@@ -28,7 +27,6 @@ class CheckCommand : public Command {
 
     int run(Console& console, std::stop_token) override {
         if (!std::filesystem::exists(path_)) throw Error(ErrorKind::Template, "does not exist", path_);
-        SceneCatalogue::setShared(QVDataManager::sharedDataManager());
         const Findings findings = findingsOf(path_);
         for (const Finding& finding : findings) console.finding(finding);
         printTotal(console, findings);
@@ -38,9 +36,11 @@ class CheckCommand : public Command {
   private:
     /// A zip is judged as the folder in it.
     static Findings findingsOf(const std::filesystem::path& path) {
-        if (std::filesystem::is_directory(path) || path.extension() == ".plist") return checkPath(path);
+        SceneCatalogue* catalogue = QVDataManager::sharedDataManager().get();
+        if (std::filesystem::is_directory(path) || path.extension() == ".plist")
+            return checkPath(path, catalogue);
         const JobFolder job;
-        return checkPath(unpackTemplate(path, job));
+        return checkPath(unpackTemplate(path, job), catalogue);
     }
 
     /// Warnings alone are for the author to judge.

@@ -94,7 +94,7 @@ class TemplatesShowCommand : public Command {
         const JobFolder job;
         const auto folder = templateFolderAt(wanted_, job);
         if (!folder) return findTemplateOverview(openCatalogue(), wanted_);
-        TemplateOverview overview = overviewOf(readTemplateFolder(*folder));
+        TemplateOverview overview = overviewOf(readTemplateFolder(*folder), nullptr);
         std::error_code ignored;
         if (std::filesystem::is_regular_file(wanted_, ignored)) overview.folder = wanted_;
         return overview;

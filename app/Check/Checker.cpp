@@ -5,7 +5,6 @@
 #include "app/Model/TemplateFolder.h"
 #include "app/Other/OpenedFiles.h"
 #include "other/QVUtil.h"
-#include "other/SceneCatalogue.h"
 #include "platform/base/Error.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
@@ -32,12 +31,12 @@ Findings checkTemplate(const fs::path& folder) {
     return findings;
 }
 
-Findings checkGroup(const fs::path& file, const Value& content) {
+Findings checkGroup(const fs::path& file, const Value& content, SceneCatalogue* catalogue) {
     openSceneGroupFiles(file.parent_path(), content["userMediaMap"]);
-    return judgeSceneGroup(file.string(), content, SceneCatalogue::shared().get()).findings;
+    return judgeSceneGroup(file.string(), content, catalogue).findings;
 }
 
-Findings checkFile(const fs::path& file) {
+Findings checkFile(const fs::path& file, SceneCatalogue* catalogue) {
     FileGate::shared().allowFolder(file.parent_path());
     Findings findings;
     const Value content = readDictionary(file.string(), findings);
@@ -45,18 +44,18 @@ Findings checkFile(const fs::path& file) {
     if (content.has("installScenes")) return checkTemplate(file.parent_path());
     const bool isGroup = content.has("scene") || content.has("sceneGroupFpsTotal");
     const Findings more =
-        isGroup ? checkGroup(file, content) : judgeSceneFile(file.string(), content).findings;
+        isGroup ? checkGroup(file, content, catalogue) : judgeSceneFile(file.string(), content).findings;
     findings.insert(findings.end(), more.begin(), more.end());
     return findings;
 }
 
 }  // namespace
 
-Findings checkPath(const fs::path& path) {
+Findings checkPath(const fs::path& path, SceneCatalogue* catalogue) {
     FileGate::shared().allowFolder(platform::resourcesFolder());
     const fs::path absolute = fs::absolute(path).lexically_normal();
     std::error_code failure;
-    return fs::is_directory(absolute, failure) ? checkTemplate(absolute) : checkFile(absolute);
+    return fs::is_directory(absolute, failure) ? checkTemplate(absolute) : checkFile(absolute, catalogue);
 }
 
 }  // namespace multiscene

@@ -56,7 +56,7 @@ GroupRun::GroupRun(const PreparedGroup& group, std::shared_ptr<FrameSink> frameS
     manager_->setExportPauseSeconds(0);
     manager_->setFrameRenderingCompleteBlock([shared = shared_](int64_t) { shared->countFrame(); });
     startShaderReport();
-    player_ = QVMediaManage::initWithRenderManager(manager_, false);
+    player_ = QVMediaManage::initWithRenderManager(manager_, group.playable.catalogue, false);
     player_->setIsRec(true);
     player_->setOnSceneGroupRenderingCompleteBlock([shared = shared_] {
         shared->isComplete = true;

@@ -35,8 +35,8 @@ namespace {
 constexpr std::chrono::seconds kPatience{30};  // an exchange takes a moment
 const std::string kOwnIdentifier = std::string(1, kOwnIdentifierMark) + "1";
 
-Value::Array ownScene(int64_t sceneId) {
-    QVMultiSceneGropPlistFileManager group("");
+Value::Array ownScene(int64_t sceneId, SceneCatalogue& catalogue) {
+    QVMultiSceneGropPlistFileManager group("", catalogue);
     group.addSceneWithId(sceneId, kOwnIdentifier);
     return group.sceneDataArray();
 }
@@ -55,7 +55,7 @@ Playable playableOf(const QVTempletDataModel& record, const fs::path& folder,
     Playable playable;
     playable.name = record.sceneName();
     playable.folder = folder;
-    playable.entries = record.sceneGroup().empty() ? ownScene(record.sId()) : record.sceneGroup();
+    playable.entries = record.sceneGroup().empty() ? ownScene(record.sId(), *catalogue) : record.sceneGroup();
     playable.inputs = record.userInputInfo();
     playable.format = record.mediaFormat();
     playable.musicPath = musicOf(record, folder);

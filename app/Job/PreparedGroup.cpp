@@ -37,9 +37,10 @@ Playable open(const RenderRequest& request, const JobFolder& job) {
 
 Value groupOf(const Playable& playable, const Value::Dictionary& userMediaMap) {
     const Value map(userMediaMap);
-    return Value::Dictionary{{"scene", Value(playable.entries)},
-                             {"userMediaMap", map},
-                             {"sceneGroupFpsTotal", totalFpsOfSceneGroup(playable.entries, map)}};
+    return Value::Dictionary{
+        {"scene", Value(playable.entries)},
+        {"userMediaMap", map},
+        {"sceneGroupFpsTotal", totalFpsOfSceneGroup(playable.entries, map, *playable.catalogue)}};
 }
 
 void requireWithin(const MusicSettings& settings, const platform::AudioFile& music, const std::string& path) {
@@ -127,7 +128,6 @@ PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, J
         throw Error(ErrorKind::Usage, "one of --strict and --force, not both", "", "--strict");
     PreparedGroup prepared;
     prepared.playable = open(request, job);
-    SceneCatalogue::setShared(prepared.playable.catalogue);
     judgeAloud(prepared.playable, request, observer);
     prepared.format = formatOf(request, prepared.playable);
     prepared.layout = layoutOf(request, prepared.playable, prepared.format);

@@ -29,7 +29,7 @@ struct PreparedGroup {
 
 /// Opens the source, judges it, takes in the user's values and writes the scene-group file; tells the
 /// observer what the user should know before it starts. Sets the process up for this one group: gate, scene
-/// folder, catalogue, group folders. Throws platform::Error.
+/// folder, group folders. Throws platform::Error.
 PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, JobObserver& observer,
                            const std::stop_token& stop);
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "other/QVMultiSceneGropPlistFileManager.h"
-#include "other/SceneCatalogue.h"
 
 namespace multiscene {
 
@@ -12,8 +11,8 @@ namespace {
 /// Knows the scenes of one template, whether it is installed or not, and asks another for the rest.
 class RecordCatalogue : public SceneCatalogue {
   public:
-    RecordCatalogue(const std::vector<QVTempletDataModel>& records, std::shared_ptr<SceneCatalogue> others)
-        : records_(records), others_(std::move(others)) {}
+    RecordCatalogue(const std::vector<QVTempletDataModel>& records, SceneCatalogue* others)
+        : records_(records), others_(others) {}
 
     std::optional<SceneConfigData> querySceneWithSid(int64_t sId) override {
         for (const QVTempletDataModel& record : records_)
@@ -30,31 +29,16 @@ class RecordCatalogue : public SceneCatalogue {
 
   private:
     const std::vector<QVTempletDataModel>& records_;
-    std::shared_ptr<SceneCatalogue> others_;
-};
-
-/// Puts a catalogue in the shared one's place for the length of a block.
-class CatalogueInstead {
-  public:
-    explicit CatalogueInstead(const std::vector<QVTempletDataModel>& records)
-        : before_(SceneCatalogue::shared()) {
-        SceneCatalogue::setShared(std::make_shared<RecordCatalogue>(records, before_));
-    }
-    ~CatalogueInstead() { SceneCatalogue::setShared(before_); }
-    CatalogueInstead(const CatalogueInstead&) = delete;
-    CatalogueInstead& operator=(const CatalogueInstead&) = delete;
-
-  private:
-    std::shared_ptr<SceneCatalogue> before_;
+    SceneCatalogue* others_;
 };
 
 }  // namespace
 
-int64_t lengthInFrames(const std::vector<QVTempletDataModel>& records) {
+int64_t lengthInFrames(const std::vector<QVTempletDataModel>& records, SceneCatalogue* others) {
     const auto& entries = records.front().sceneGroup();
     if (entries.empty()) return records.front().fpsLength();
-    const CatalogueInstead own(records);
-    return totalFpsOfSceneGroup(entries, platform::Value::Dictionary());
+    RecordCatalogue own(records, others);
+    return totalFpsOfSceneGroup(entries, platform::Value::Dictionary(), own);
 }
 
 int64_t photosWanted(const UserInputList& inputs) {

@@ -29,13 +29,13 @@ double megabytesIn(const fs::path& folder) {
 }
 
 TemplateOverview overviewOf(const std::vector<QVTempletDataModel>& records, const std::string& name,
-                            const std::string& title, const fs::path& folder) {
+                            const std::string& title, const fs::path& folder, SceneCatalogue* others) {
     const QVTempletDataModel& main = records.front();
     TemplateOverview overview;
     overview.sId = main.sId();
     overview.name = name;
     overview.title = title;
-    overview.frames = lengthInFrames(records);
+    overview.frames = lengthInFrames(records, others);
     overview.photos = photosWanted(main);
     overview.format = main.mediaFormat();
     overview.inputs = main.userInputInfo();
@@ -46,9 +46,9 @@ TemplateOverview overviewOf(const std::vector<QVTempletDataModel>& records, cons
     return overview;
 }
 
-TemplateOverview overviewOf(const InstalledTemplate& installed) {
+TemplateOverview overviewOf(const InstalledTemplate& installed, SceneCatalogue& catalogue) {
     TemplateOverview overview = overviewOf(installed.records, installed.name, displayName(installed),
-                                           QVUtil::scenePath() + installed.name);
+                                           QVUtil::scenePath() + installed.name, &catalogue);
     overview.isInstalled = true;
     return overview;
 }
@@ -59,13 +59,13 @@ bool isNamed(const TemplateOverview& overview, const std::string& numberOrName) 
 }
 
 /// Those in whose place no template is installed.
-void addSamples(std::vector<TemplateOverview>& overviews) {
+void addSamples(std::vector<TemplateOverview>& overviews, SceneCatalogue& catalogue) {
     for (const TemplateFolder& sample : sampleTemplates()) {
         const bool isInstalled = std::any_of(overviews.begin(), overviews.end(), [&](const auto& each) {
             return each.isInstalled && each.name == sample.name;
         });
         if (isInstalled) continue;
-        overviews.push_back(overviewOf(sample));
+        overviews.push_back(overviewOf(sample, &catalogue));
         overviews.back().isSample = true;
     }
 }
@@ -105,15 +105,15 @@ TemplateOverview overviewOf(const QVSeverTempletDataModel& offered) {
 
 }  // namespace
 
-TemplateOverview overviewOf(const TemplateFolder& folder) {
-    return overviewOf(folder.records, folder.name, displayName(folder), folder.folder);
+TemplateOverview overviewOf(const TemplateFolder& folder, SceneCatalogue* others) {
+    return overviewOf(folder.records, folder.name, displayName(folder), folder.folder, others);
 }
 
 std::vector<TemplateOverview> templateOverviews(QVDataManager& catalogue) {
     std::vector<TemplateOverview> overviews;
     for (const InstalledTemplate& installed : installedTemplates(catalogue))
-        overviews.push_back(overviewOf(installed));
-    addSamples(overviews);
+        overviews.push_back(overviewOf(installed, catalogue));
+    addSamples(overviews, catalogue);
     const auto archives = InstalledArchives(catalogue).digests();
     for (const QVSeverTempletDataModel& offered : QVDownloadInfoManager::sharedInstance().severTemplets()) {
         TemplateOverview overview = overviewOf(offered);

@@ -37,8 +37,9 @@ struct TemplateOverview {
 /// others that the server's kept list offers. Throws platform::Error.
 std::vector<TemplateOverview> templateOverviews(QVDataManager& catalogue);
 
-/// A template as it lies in its folder.
-TemplateOverview overviewOf(const TemplateFolder& folder);
+/// A template as it lies in its folder; scenes that it does not bring are looked up in `others`; null:
+/// nowhere.
+TemplateOverview overviewOf(const TemplateFolder& folder, SceneCatalogue* others);
 
 /// By number, name or title; what is installed comes first, then the samples.
 std::optional<TemplateOverview> findTemplateOverview(QVDataManager& catalogue,

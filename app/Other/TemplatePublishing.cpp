@@ -120,7 +120,7 @@ class Publication {
         entry["sId"] = number();
         entry["minVersion"] = static_cast<double>(minVersion());
         entry["isNew"] = options_.isNew;
-        entry["fpsLength"] = lengthInFrames(folder_.records);
+        entry["fpsLength"] = lengthInFrames(folder_.records, nullptr);
         entry["photoTotal"] = photosWanted(folder_.records.front());
 
         Value::Array offered = configuration_.array("severTempletData");

@@ -32,19 +32,17 @@ class FixedCatalogue : public SceneCatalogue {
 class SceneGroupTest : public testing::Test {
   protected:
     void SetUp() override {
-        catalogue->add(1, 100);
-        catalogue->add(2, 80);
-        catalogue->add(3, 60);
-        SceneCatalogue::setShared(catalogue);
+        catalogue.add(1, 100);
+        catalogue.add(2, 80);
+        catalogue.add(3, 60);
     }
     void TearDown() override {
-        SceneCatalogue::setShared(nullptr);
         QVUtil::setSceneRoot("");
         Settings::shared().setUserMediaMapDic({});
     }
 
     int32_t totalWithTransitions(int64_t type, int64_t onLast = 0) {
-        QVMultiSceneGropPlistFileManager group(file());
+        QVMultiSceneGropPlistFileManager group(file(), catalogue);
         group.addSceneWithId(1, "a", 9, 20, type);
         group.addSceneWithId(2, "b", 9, 20, type);
         group.addSceneWithId(3, "c", onLast, 20, type);
@@ -53,7 +51,7 @@ class SceneGroupTest : public testing::Test {
     std::string file() const { return (home.outside() / "sceneGroup.plist").string(); }
 
     test::TemporaryHome home;
-    std::shared_ptr<FixedCatalogue> catalogue = std::make_shared<FixedCatalogue>();
+    FixedCatalogue catalogue;
 };
 
 TEST_F(SceneGroupTest, TransitionsThatOverlapTwoScenesShortenTheGroup) {
@@ -61,14 +59,14 @@ TEST_F(SceneGroupTest, TransitionsThatOverlapTwoScenesShortenTheGroup) {
     EXPECT_EQ(totalWithTransitions(1), 240);
     EXPECT_EQ(totalWithTransitions(2), 240);
     EXPECT_EQ(totalWithTransitions(0, 9), 200) << "the last scene has nothing to overlap with";
-    EXPECT_EQ(QVMultiSceneGropPlistFileManager(file()).computeTotalFps(), 0);
+    EXPECT_EQ(QVMultiSceneGropPlistFileManager(file(), catalogue).computeTotalFps(), 0);
 }
 
 TEST_F(SceneGroupTest, LengthsComeFromTheUsersVideoOrSaturate) {
-    catalogue->add(7, 0, 7);
-    catalogue->add(8, 0, 1);
-    catalogue->add(9, int64_t(1) << 40);
-    QVMultiSceneGropPlistFileManager group(file());
+    catalogue.add(7, 0, 7);
+    catalogue.add(8, 0, 1);
+    catalogue.add(9, int64_t(1) << 40);
+    QVMultiSceneGropPlistFileManager group(file(), catalogue);
     group.addSceneWithId(7, "video");
     group.addSceneWithId(8, "video");
     group.addSceneWithId(404, "not in the catalogue");
@@ -80,7 +78,7 @@ TEST_F(SceneGroupTest, LengthsComeFromTheUsersVideoOrSaturate) {
 
 TEST_F(SceneGroupTest, WritesEntriesTheWayThePlayerReadsThem) {
     test::writeText(file(), "an earlier file");
-    QVMultiSceneGropPlistFileManager group(file());
+    QVMultiSceneGropPlistFileManager group(file(), catalogue);
     group.addSceneWithId(1, "a");
     group.addSceneWithId(2, "b", 5, 10, 1);
     group.addSceneWithId(3, "c", 0, 10, 1);

@@ -94,12 +94,10 @@ class PlayFixture : public ::testing::Test {
         platform::FileGate::shared().reset();
         platform::FileGate::shared().allowFolder(folder_);
         RenderReport::shared().clear();
-        SceneCatalogue::setShared(catalogue_);
     }
     ~PlayFixture() override {
         player_.reset();
         driver_.reset();
-        SceneCatalogue::setShared(nullptr);
         std::filesystem::remove_all(folder_);
     }
 
@@ -136,7 +134,7 @@ class PlayFixture : public ::testing::Test {
                                                           .multisamplesRegions = multisamplesRegions_});
         driver_->setExportPauseSeconds(0);
         driver_->setFrameRenderingCompleteBlock([this](int64_t count) { frames_ = count; });
-        player_ = QVMediaManage::initWithRenderManager(driver_, isLooping);
+        player_ = QVMediaManage::initWithRenderManager(driver_, catalogue_, isLooping);
         player_->setIsRec(true);
         player_->setOnSceneGroupRenderingCompleteBlock([this] { ++completions_; });
         player_->setOnSceneGroupRenderingFailedBlock([this](const platform::Error& error) {

@@ -30,7 +30,7 @@ class CheckTest : public ::testing::TestWithParam<Fault> {
 TEST_P(CheckTest, NamesPlaceFaultAndRemedy) {
     SmallTemplate small;
     GetParam().make(small);
-    const Findings findings = checkPath(small.write(folder.path()));
+    const Findings findings = checkPath(small.write(folder.path()), nullptr);
     std::string all;
     for (const Finding& finding : findings) all += describe(finding) + "\n";
     const bool isNamed = std::any_of(findings.begin(), findings.end(), [](const Finding& finding) {
@@ -73,7 +73,7 @@ TEST_P(CheckTest, AJobSaysTheSameBeforeItDraws) {
     SmallTemplate small;
     GetParam().make(small);
     const fs::path path = small.write(folder.path());
-    const Findings checked = checkPath(path);
+    const Findings checked = checkPath(path, nullptr);
     bool wasThrown = false;
     const Findings judged = judgedByAJob(path, wasThrown);
     EXPECT_EQ(wasThrown, std::any_of(checked.begin(), checked.end(), [](const Finding& finding) {
@@ -102,7 +102,7 @@ TEST(CheckSequence, SaysWhichPictureIsNoneAndWhy) {
     std::ofstream(path / "pic1.pvr") << std::string("PVR\3", 4) + std::string(60, '\0');
     const auto named = [&](const std::string& text) {
         std::string all;
-        for (const Finding& finding : checkPath(path)) all += describe(finding) + "\n";
+        for (const Finding& finding : checkPath(path, nullptr)) all += describe(finding) + "\n";
         EXPECT_THAT(all, HasSubstr(text));
     };
     named("pic1.pvr\": is a PVR file of version 3");
@@ -287,7 +287,7 @@ TEST_F(CheckProgramTest, BrokenSyntaxAndStrangeFilesAreFindings) {
 TEST(SampleTemplates, AreClean) {
     for (const auto& entry : fs::directory_iterator(MULTISCENE_SOURCE "/templates")) {
         if (!entry.is_directory()) continue;
-        for (const Finding& finding : checkPath(entry.path())) ADD_FAILURE() << describe(finding);
+        for (const Finding& finding : checkPath(entry.path(), nullptr)) ADD_FAILURE() << describe(finding);
     }
 }
 

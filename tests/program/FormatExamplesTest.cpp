@@ -65,7 +65,7 @@ size_t coloursOf(const fs::path& file) {
 }  // namespace
 
 TEST_F(FormatExamplesTest, PassTheCheckAndAreDrawn) {
-    for (const Finding& finding : checkPath(path)) ADD_FAILURE() << describe(finding);
+    for (const Finding& finding : checkPath(path, nullptr)) ADD_FAILURE() << describe(finding);
     const Result drawn =
         multiscene({"frames", path, "--text", "title=Anna", "--photo", "photo=" + folder.file("me.png"), "-o",
                     folder.file("out"), "--at", "5,14,25,40,60,80"});

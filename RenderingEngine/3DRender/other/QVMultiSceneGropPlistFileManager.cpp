@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <limits>
 
-#include "other/SceneCatalogue.h"
 #include "platform/base/PropertyList.h"
 
 namespace multiscene {
@@ -21,9 +20,8 @@ Value::Dictionary sceneEntry(int64_t sceneId, const std::string& sceneIdentifier
     return entry;
 }
 
-int64_t sceneLength(const Value& entry, const Value& userMediaMap) {
-    const auto catalogue = SceneCatalogue::shared();
-    const auto scene = catalogue ? catalogue->querySceneWithSid(entry.integer("mainSceneId")) : std::nullopt;
+int64_t sceneLength(const Value& entry, const Value& userMediaMap, SceneCatalogue& catalogue) {
+    const auto scene = catalogue.querySceneWithSid(entry.integer("mainSceneId"));
     if (!scene) return 0;
     if (scene->fpsLength >= 1 || scene->sourceType != kLengthFromUserVideo) return scene->fpsLength;
     return userMediaMap.integer("userVideo_totalFps" + entry.string("sceneIdentifier"));
@@ -43,10 +41,11 @@ int32_t saturatedTo32Bits(int64_t value) {
 
 }  // namespace
 
-int32_t totalFpsOfSceneGroup(const Value::Array& scenes, const Value& userMediaMap) {
+int32_t totalFpsOfSceneGroup(const Value::Array& scenes, const Value& userMediaMap,
+                             SceneCatalogue& catalogue) {
     int64_t total = 0;
     for (size_t index = 0; index < scenes.size(); ++index) {
-        total += saturatedTo32Bits(sceneLength(scenes[index], userMediaMap));
+        total += saturatedTo32Bits(sceneLength(scenes[index], userMediaMap, catalogue));
         if (index + 1 < scenes.size()) total -= saturatedTo32Bits(overlapWithNext(scenes[index]));
     }
     return saturatedTo32Bits(total);
@@ -76,7 +75,7 @@ void QVMultiSceneGropPlistFileManager::addObjectToUserMap(Value value, const std
 }
 
 int32_t QVMultiSceneGropPlistFileManager::computeTotalFps() const {
-    return totalFpsOfSceneGroup(sceneDataArray_, Value(userMediaMap_));
+    return totalFpsOfSceneGroup(sceneDataArray_, Value(userMediaMap_), catalogue_);
 }
 
 Value QVMultiSceneGropPlistFileManager::groupDictionary() const {

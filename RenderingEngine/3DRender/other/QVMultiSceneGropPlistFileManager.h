@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "other/SceneCatalogue.h"
 #include "platform/base/Value.h"
 
 namespace multiscene {
@@ -13,7 +14,9 @@ namespace multiscene {
 /// for use from several threads.
 class QVMultiSceneGropPlistFileManager {
   public:
-    explicit QVMultiSceneGropPlistFileManager(std::string plistPath) : plistPath_(std::move(plistPath)) {}
+    /// `catalogue` knows the scenes' lengths, and outlives the writer.
+    QVMultiSceneGropPlistFileManager(std::string plistPath, SceneCatalogue& catalogue)
+        : plistPath_(std::move(plistPath)), catalogue_(catalogue) {}
 
     /// Appends a scene that is played by a hard cut and looks its values up under key + identifier.
     void addSceneWithId(int64_t sceneId, const std::string& sceneIdentifier);
@@ -29,7 +32,7 @@ class QVMultiSceneGropPlistFileManager {
                             const std::string& sceneIdentifier);
 
     /// Frames of the whole group: each scene's catalogue length (or the user's video's), less the transitions
-    /// of type 0, during which two scenes overlap. Saturates at 32 bits. Uses SceneCatalogue::shared().
+    /// of type 0, during which two scenes overlap. Saturates at 32 bits.
     int32_t computeTotalFps() const;
 
     /// The file's content as it stands.
@@ -44,11 +47,13 @@ class QVMultiSceneGropPlistFileManager {
 
   private:
     std::string plistPath_;
+    SceneCatalogue& catalogue_;
     platform::Value::Array sceneDataArray_;
     platform::Value::Dictionary userMediaMap_;
 };
 
 /// computeTotalFps of a file that already exists: its "scene" and "userMediaMap".
-int32_t totalFpsOfSceneGroup(const platform::Value::Array& scenes, const platform::Value& userMediaMap);
+int32_t totalFpsOfSceneGroup(const platform::Value::Array& scenes, const platform::Value& userMediaMap,
+                             SceneCatalogue& catalogue);
 
 }  // namespace multiscene

@@ -26,10 +26,6 @@ class SceneCatalogue {
 
     /// The scene with this catalogue number; nothing when there is none or the catalogue cannot be read.
     virtual std::optional<SceneConfigData> querySceneWithSid(int64_t sId) = 0;
-
-    /// The catalogue that the playing group uses; null until the application has set one.
-    static std::shared_ptr<SceneCatalogue> shared();
-    static void setShared(std::shared_ptr<SceneCatalogue> catalogue);
 };
 
 }  // namespace multiscene

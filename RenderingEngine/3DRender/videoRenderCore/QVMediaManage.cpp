@@ -6,7 +6,6 @@
 #include "core/SceneNodes.h"
 #include "core/carmera/QVCamera3D.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
-#include "other/SceneCatalogue.h"
 #include "tween/QVTween.h"
 #include "videoRenderCore/SceneFile.h"
 #include "videoRenderCore/SceneFileKeys.h"
@@ -30,12 +29,17 @@ void cleanUp(const std::shared_ptr<QVScene3D>& scene, bool removesChildren) {
 }  // namespace
 
 std::shared_ptr<QVMediaManage> QVMediaManage::initWithRenderManager(
-    std::shared_ptr<QVMultiSceneRenderManager> renderManager, bool isLoopPlayer) {
-    return std::shared_ptr<QVMediaManage>(new QVMediaManage(std::move(renderManager), isLoopPlayer));
+    std::shared_ptr<QVMultiSceneRenderManager> renderManager, std::shared_ptr<SceneCatalogue> catalogue,
+    bool isLoopPlayer) {
+    return std::shared_ptr<QVMediaManage>(
+        new QVMediaManage(std::move(renderManager), std::move(catalogue), isLoopPlayer));
 }
 
-QVMediaManage::QVMediaManage(std::shared_ptr<QVMultiSceneRenderManager> renderManager, bool isLoopPlayer)
-    : renderManager_(std::move(renderManager)), isLoopPlayer_(isLoopPlayer) {
+QVMediaManage::QVMediaManage(std::shared_ptr<QVMultiSceneRenderManager> renderManager,
+                             std::shared_ptr<SceneCatalogue> catalogue, bool isLoopPlayer)
+    : renderManager_(std::move(renderManager)),
+      catalogue_(std::move(catalogue)),
+      isLoopPlayer_(isLoopPlayer) {
     renderManager_->performOnRenderQueue([this] {
         if (const auto placeholder = renderManager_->currentScene())
             placeholder->setCamera(QVCamera3D::initOrthWithWidth(placeholderWidth, placeholderAspect));
@@ -94,8 +98,7 @@ bool QVMediaManage::loadNextScene(const std::shared_ptr<QVScene3D>& scene) {
 void QVMediaManage::loadSceneWithSceneId(int64_t sceneId, const std::shared_ptr<QVScene3D>& scene,
                                          const std::string& sceneIdentifier,
                                          const platform::Value& sceneTansitionsInfo) {
-    const auto catalogue = SceneCatalogue::shared();
-    const auto record = catalogue ? catalogue->querySceneWithSid(sceneId) : std::nullopt;
+    const auto record = catalogue_->querySceneWithSid(sceneId);
     scene->setSceneIdentifier(sceneIdentifier);
     if (!record) return;
     scene->setSceneConfigData(*record);

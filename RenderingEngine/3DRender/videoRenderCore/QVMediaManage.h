@@ -6,6 +6,7 @@
 #include <string>
 
 #include "core/VideoTimeSource.h"
+#include "other/SceneCatalogue.h"
 #include "platform/base/Value.h"
 #include "videoRenderCore/QVMultiSceneRenderManager.h"
 
@@ -19,7 +20,8 @@ class QVMediaManage : public VideoTimeSourceDelegate, public std::enable_shared_
     using CompletionBlock = QVMultiSceneRenderManager::CompletionBlock;
 
     static std::shared_ptr<QVMediaManage> initWithRenderManager(
-        std::shared_ptr<QVMultiSceneRenderManager> renderManager, bool isLoopPlayer);
+        std::shared_ptr<QVMultiSceneRenderManager> renderManager, std::shared_ptr<SceneCatalogue> catalogue,
+        bool isLoopPlayer);
 
     // Settings, before loading
     /// Rendering for a file: video sources decode as fast as they can instead of at their own rate.
@@ -76,7 +78,8 @@ class QVMediaManage : public VideoTimeSourceDelegate, public std::enable_shared_
     const std::shared_ptr<QVMultiSceneRenderManager>& renderManager() const { return renderManager_; }
 
   private:
-    QVMediaManage(std::shared_ptr<QVMultiSceneRenderManager> renderManager, bool isLoopPlayer);
+    QVMediaManage(std::shared_ptr<QVMultiSceneRenderManager> renderManager,
+                  std::shared_ptr<SceneCatalogue> catalogue, bool isLoopPlayer);
 
     void takeGroup(const platform::Value::Array& sceneArray, const platform::Value& userMediaMap);
     void loadFirstScene();
@@ -92,6 +95,7 @@ class QVMediaManage : public VideoTimeSourceDelegate, public std::enable_shared_
     void completeOverlay(const std::shared_ptr<QVScene3D>& scene);
 
     std::shared_ptr<QVMultiSceneRenderManager> renderManager_;
+    std::shared_ptr<SceneCatalogue> catalogue_;
     bool isLoopPlayer_ = false, isRec_ = false;
     CompletionBlock completeBlock_;
     platform::Value::Array sceneArray_;
