@@ -7,13 +7,12 @@ namespace platform {
 
 namespace {
 
-using Matrix = std::array<double, 9>;  // row-major
-
 // A shape may gain a corner where it is cut in front of the camera.
 struct Outline {
     struct Side {
         PaintCorner from;
         bool smooth;
+        float reach;
     };
     std::vector<Side> sides;
 };
@@ -26,63 +25,78 @@ Outline inFrontOfCamera(const QuadPaint& paint) {
         const PaintCorner& here = paint.corners[static_cast<size_t>(i)];
         const PaintCorner& next = paint.corners[static_cast<size_t>((i + 1) % paint.cornerCount)];
         const bool smooth = paint.smooth[static_cast<size_t>(i)];
+        const float reach = paint.reach[static_cast<size_t>(i)];
         const bool isHere = here.w > kNearest, isNext = next.w > kNearest;
-        if (isHere) cut.sides.push_back({here, smooth});
+        if (isHere) cut.sides.push_back({here, smooth, reach});
         if (isHere == isNext) continue;
         const double t = (kNearest - here.w) / (next.w - here.w);
         const auto between = [t](double a, double b) { return a + t * (b - a); };
         const PaintCorner crossing{between(here.x, next.x), between(here.y, next.y), kNearest, 0, 0};
-        cut.sides.push_back({crossing, isNext && smooth});
+        cut.sides.push_back({crossing, isNext && smooth, isNext ? reach : 0});
     }
     return cut;
 }
 
-Matrix inverse(const Matrix& m) {
+PlaceMatrix inverse(const PlaceMatrix& m) {
     const double c0 = m[4] * m[8] - m[5] * m[7], c1 = m[5] * m[6] - m[3] * m[8],
                  c2 = m[3] * m[7] - m[4] * m[6];
     const double determinant = m[0] * c0 + m[1] * c1 + m[2] * c2;
-    Matrix result{c0, m[2] * m[7] - m[1] * m[8], m[1] * m[5] - m[2] * m[4],
-                  c1, m[0] * m[8] - m[2] * m[6], m[2] * m[3] - m[0] * m[5],
-                  c2, m[1] * m[6] - m[0] * m[7], m[0] * m[4] - m[1] * m[3]};
+    PlaceMatrix result{c0, m[2] * m[7] - m[1] * m[8], m[1] * m[5] - m[2] * m[4],
+                       c1, m[0] * m[8] - m[2] * m[6], m[2] * m[3] - m[0] * m[5],
+                       c2, m[1] * m[6] - m[0] * m[7], m[0] * m[4] - m[1] * m[3]};
     for (double& number : result) number /= determinant;
     return result;
 }
 
-Matrix product(const Matrix& a, const Matrix& b) {
-    Matrix result{};
+PlaceMatrix product(const PlaceMatrix& a, const PlaceMatrix& b) {
+    PlaceMatrix result{};
     for (size_t row = 0; row < 3; ++row)
         for (size_t column = 0; column < 3; ++column)
             for (size_t k = 0; k < 3; ++k) result[row * 3 + column] += a[row * 3 + k] * b[k * 3 + column];
     return result;
 }
 
+// Places in a picture of this size at the corners.
+using CornerPlaces = std::array<std::array<double, 2>, 3>;
+
 // Three corners say all: a place on the canvas (times w) is a sum of theirs, and so is the place in the
 // picture.
-Matrix texelsOf(const QuadPaint& paint) {
-    Matrix canvas{}, picture{};
+PlaceMatrix wayTo(const CornerPlaces& at, double width, double height, const PlaceMatrix& toCorners) {
+    PlaceMatrix picture{};
     for (size_t i = 0; i < 3; ++i) {
-        const PaintCorner& corner = paint.corners[i];
-        canvas[i] = corner.x;
-        canvas[3 + i] = corner.y;
-        canvas[6 + i] = corner.w;
-        picture[i] = corner.u * paint.picture.width;
-        picture[3 + i] = corner.v * paint.picture.height;
+        picture[i] = at[i][0] * width;
+        picture[3 + i] = at[i][1] * height;
         picture[6 + i] = 1;
     }
-    // Pixels are named by their upper left corner and looked at in their middle.
-    return product(product(picture, inverse(canvas)), {1, 0, 0.5, 0, 1, 0.5, 0, 0, 1});
+    return product(picture, toCorners);
 }
 
-// Without perspective q is 1. Pictures that are neither scaled nor turned lie on whole pixels when they do so
-// but for the rounding of the matrices that placed them: then they are copied.
-void settle(PreparedPaint& prepared) {
-    Matrix& m = prepared.toTexel;
-    const double far = std::max(prepared.right, prepared.bottom);
-    prepared.perspective = (std::abs(m[6]) + std::abs(m[7])) * far > 1e-7 * std::abs(m[8]);
-    if (prepared.perspective) return;
+// From a pixel to the shares of the first three corners in it.
+PlaceMatrix cornersOf(const QuadPaint& paint) {
+    PlaceMatrix canvas{};
+    for (size_t i = 0; i < 3; ++i) {
+        canvas[i] = paint.corners[i].x;
+        canvas[3 + i] = paint.corners[i].y;
+        canvas[6 + i] = paint.corners[i].w;
+    }
+    // Pixels are named by their upper left corner and looked at in their middle.
+    return product(inverse(canvas), {1, 0, 0.5, 0, 1, 0.5, 0, 0, 1});
+}
+
+bool isFinite(const PlaceMatrix& matrix) {
+    return std::all_of(matrix.begin(), matrix.end(), [](double number) { return std::isfinite(number); });
+}
+
+// Without perspective q is 1.
+void flatten(PlaceMatrix& m) {
     for (size_t i = 0; i < 6; ++i) m[i] /= m[8];
     m[6] = m[7] = 0;
     m[8] = 1;
+}
+
+// Pictures that are neither scaled nor turned lie on whole pixels when they do so but for the rounding of the
+// matrices that placed them: then they are copied.
+void settle(PlaceMatrix& m, double far) {
     const bool isStraight =
         (std::abs(m[0] - 1) + std::abs(m[1]) + std::abs(m[3]) + std::abs(m[4] - 1)) * far < 1.0 / 256;
     const double x = std::floor(m[2]) + 0.5, y = std::floor(m[5]) + 0.5;
@@ -90,15 +104,48 @@ void settle(PreparedPaint& prepared) {
         m = {1, 0, x, 0, 1, y, 0, 0, 1};
 }
 
-PaintEdge edgeBetween(double x0, double y0, double x1, double y1, bool clockwise, bool smooth) {
+// Which places belong to which pixels; false when none do.
+bool findPlaces(const QuadPaint& paint, PreparedPaint& prepared) {
+    const PlaceMatrix toCorners = cornersOf(paint);
+    const auto& c = paint.corners;
+    prepared.picture = {paint.picture, paint.wrap,
+                        wayTo({{{c[0].u, c[0].v}, {c[1].u, c[1].v}, {c[2].u, c[2].v}}}, paint.picture.width,
+                              paint.picture.height, toCorners)};
+    prepared.toPlace = wayTo({{{0, 1}, {1, 1}, {1, 0}}}, 1, 1, toCorners);
+    prepared.mask.reset();
+    if (paint.mask) {
+        const MaskPaint& mask = *paint.mask;
+        const CornerPlaces at{mask.at[0], mask.at[1], mask.at[2]};
+        const PlaceMatrix toMask = wayTo(at, mask.picture.width, mask.picture.height, toCorners);
+        prepared.mask = {{mask.picture, mask.wrap, toMask}, mask.byAlpha && !mask.premultiplied};
+        if (!isFinite(toMask)) return false;
+    }
+    if (!isFinite(prepared.picture.toTexel) || !isFinite(prepared.toPlace)) return false;
+
+    const PlaceMatrix& m = prepared.picture.toTexel;
+    const double far = std::max(prepared.right, prepared.bottom);
+    prepared.perspective = (std::abs(m[6]) + std::abs(m[7])) * far > 1e-7 * std::abs(m[8]);
+    if (prepared.perspective) return true;
+    flatten(prepared.toPlace);
+    flatten(prepared.picture.toTexel);
+    settle(prepared.picture.toTexel, far);
+    if (prepared.mask) {
+        flatten(prepared.mask->picture.toTexel);
+        settle(prepared.mask->picture.toTexel, far);
+    }
+    return true;
+}
+
+// From the middle, so that the line is the same from either end.
+PaintEdge edgeBetween(double x0, double y0, double x1, double y1, bool clockwise) {
     double x = y0 - y1, y = x1 - x0;
     const double length = std::hypot(x, y);
-    if (length == 0) return {0, 0, 1, smooth};  // no edge: inside everywhere
+    if (length == 0) return {0, 0, 1, true};  // no edge: inside everywhere
     const double turn = (clockwise ? 1 : -1) / length;
     x *= turn;
     y *= turn;
-    const double away = -(x * x0 + y * y0) + 0.5 * (x + y);
-    return {static_cast<float>(x), static_cast<float>(y), static_cast<float>(away), smooth};
+    const double away = 0.5 * (x + y) - (x * 0.5 * (x0 + x1) + y * 0.5 * (y0 + y1));
+    return {static_cast<float>(x), static_cast<float>(y), static_cast<float>(away), true};
 }
 
 constexpr PaintEdge kNoEdge{0, 0, 1, true};
@@ -111,52 +158,129 @@ void pairEdges(const std::vector<PaintEdge>& edges, PreparedPaint& prepared) {
         for (const PaintEdge& edge : edges) prepared.edgePairs.push_back({edge, kNoEdge});
 }
 
-}  // namespace
+// What the shape looks like on the canvas.
+struct Silhouette {
+    std::vector<double> x, y;
+    double area = 0;  // twice, with a sign
+};
 
-bool preparePaint(const QuadPaint& paint, int width, int height, PreparedPaint& prepared) {
-    prepared.opacity = static_cast<int>(std::clamp(paint.opacity, 0.0f, 1.0f) * 255 + 0.5f);
-    if (prepared.opacity == 0 || !paint.picture.pixels) return false;
-    const std::vector<Outline::Side> sides = inFrontOfCamera(paint).sides;
+bool seeSilhouette(const std::vector<Outline::Side>& sides, Silhouette& seen) {
     const size_t count = sides.size();
     if (count < 3) return false;
-
-    std::vector<double> x(count), y(count);
-    double area = 0;
-    for (size_t i = 0; i < count; ++i) {
-        x[i] = sides[i].from.x / sides[i].from.w;
-        y[i] = sides[i].from.y / sides[i].from.w;
-        if (!std::isfinite(x[i]) || !std::isfinite(y[i])) return false;
+    for (const Outline::Side& side : sides) {
+        seen.x.push_back(side.from.x / side.from.w);
+        seen.y.push_back(side.from.y / side.from.w);
+        if (!std::isfinite(seen.x.back()) || !std::isfinite(seen.y.back())) return false;
     }
     for (size_t i = 0; i < count; ++i) {
         const size_t next = (i + 1) % count;
-        area += x[i] * y[next] - x[next] * y[i];
+        seen.area += seen.x[i] * seen.y[next] - seen.x[next] * seen.y[i];
     }
-    if (std::abs(area) < 1e-6) return false;
+    return std::abs(seen.area) >= 1e-6;
+}
 
+bool findBounds(const Silhouette& seen, double reach, int width, int height, PreparedPaint& prepared) {
     const auto pixel = [](double place, int size) {
         return static_cast<int>(std::clamp(place, 0.0, double(size)));
     };
-    prepared.left = pixel(std::floor(*std::min_element(x.begin(), x.end()) - 0.5), width);
-    prepared.top = pixel(std::floor(*std::min_element(y.begin(), y.end()) - 0.5), height);
-    prepared.right = pixel(std::ceil(*std::max_element(x.begin(), x.end()) + 0.5), width);
-    prepared.bottom = pixel(std::ceil(*std::max_element(y.begin(), y.end()) + 0.5), height);
-    if (prepared.left >= prepared.right || prepared.top >= prepared.bottom) return false;
+    const auto [left, right] = std::minmax_element(seen.x.begin(), seen.x.end());
+    const auto [top, bottom] = std::minmax_element(seen.y.begin(), seen.y.end());
+    prepared.left = pixel(std::floor(*left - reach), width);
+    prepared.top = pixel(std::floor(*top - reach), height);
+    prepared.right = pixel(std::ceil(*right + reach), width);
+    prepared.bottom = pixel(std::ceil(*bottom + reach), height);
+    return prepared.left < prepared.right && prepared.top < prepared.bottom;
+}
 
+void findEdges(const Silhouette& seen, const std::vector<Outline::Side>& sides, PreparedPaint& prepared) {
     std::vector<PaintEdge> edges;
-    for (size_t i = 0; i < count; ++i) {
-        const size_t next = (i + 1) % count;
-        edges.push_back(edgeBetween(x[i], y[i], x[next], y[next], area > 0, sides[i].smooth));
+    for (size_t i = 0; i < sides.size(); ++i) {
+        const size_t next = (i + 1) % sides.size();
+        PaintEdge edge = edgeBetween(seen.x[i], seen.y[i], seen.x[next], seen.y[next], seen.area > 0);
+        edge.smooth = sides[i].smooth;
+        edge.away += sides[i].reach;
+        edges.push_back(edge);
     }
     pairEdges(edges, prepared);
+}
 
-    prepared.picture = paint.picture;
-    prepared.meeting = paint.meeting;
-    prepared.wrap = paint.wrap;
-    prepared.toTexel = texelsOf(paint);
-    for (const double number : prepared.toTexel)
-        if (!std::isfinite(number)) return false;
-    settle(prepared);
-    return true;
+uint8_t level(float part) { return static_cast<uint8_t>(std::clamp(part, 0.0f, 1.0f) * 255 + 0.5f); }
+
+bool isTinted(const QuadPaint& paint) { return paint.tint != std::array<float, 4>{1, 1, 1, 1}; }
+
+float opacityOf(const QuadPaint& paint) {
+    return std::clamp(paint.opacity, 0.0f, 1.0f) * std::clamp(paint.tint[3], 0.0f, 1.0f);
+}
+
+// What opacity does to the colours that the blend function gets.
+enum class SentColours { Straight, Faded, Multiplied };
+
+SentColours sentColours(const BlendFunction& blend) {
+    switch (blend.source) {
+        case BlendFactor::One:
+            return SentColours::Multiplied;
+        case BlendFactor::SrcAlpha:
+            // The same sum, as long as the other factor does not look at the source's colour.
+            return blend.destination == BlendFactor::SrcColor ||
+                           blend.destination == BlendFactor::OneMinusSrcColor
+                       ? SentColours::Straight
+                       : SentColours::Multiplied;
+        case BlendFactor::Zero:
+        case BlendFactor::SrcAlphaSaturate:
+            return SentColours::Straight;
+        default:
+            return SentColours::Faded;
+    }
+}
+
+void findColours(const QuadPaint& paint, PreparedPaint& prepared) {
+    const SentColours sent = sentColours(paint.blend);
+    const bool isShape = paint.isShape || isTinted(paint);
+    prepared.blend = paint.blend;
+    if (sent == SentColours::Multiplied && paint.blend.source == BlendFactor::SrcAlpha)
+        prepared.blend.source = BlendFactor::One;
+    prepared.premultiplied = paint.premultiplied;
+    prepared.paintsPremultiplied = sent == SentColours::Multiplied || (sent == SentColours::Faded && isShape);
+    prepared.fadesColours = sent != SentColours::Straight;
+    const float opacity = opacityOf(paint), fades = prepared.fadesColours ? opacity : 1;
+    prepared.levels = {level(paint.tint[2] * fades), level(paint.tint[1] * fades),
+                       level(paint.tint[0] * fades), level(opacity)};
+    prepared.gradient = paint.gradient;
+    prepared.filter = paint.filter;
+    prepared.key = paint.picture.pixels ? paint.key : std::nullopt;
+    prepared.hides = hides(paint);
+}
+
+// What is wholly transparent leaves everything as it is.
+bool needsOpacity(const BlendFunction& blend) {
+    return blend.destination == BlendFactor::One || blend.destination == BlendFactor::OneMinusSrcAlpha ||
+           (blend.destination == BlendFactor::OneMinusSrcColor &&
+            sentColours(blend) != SentColours::Straight);
+}
+
+}  // namespace
+
+bool hides(const QuadPaint& paint) {
+    const BlendFunction& blend = paint.blend;
+    const bool isOver = (blend.source == BlendFactor::SrcAlpha || blend.source == BlendFactor::One) &&
+                        blend.destination == BlendFactor::OneMinusSrcAlpha;
+    const bool isOpaque = (paint.picture.opaque || !paint.picture.pixels) && level(opacityOf(paint)) == 255;
+    if (!isOver || !isOpaque || paint.mask || paint.gradient || paint.key) return false;
+    if (!paint.filter) return true;
+    const FilterPaint& filter = *paint.filter;
+    return filter.pictureColor[3] >= 1 && (filter.borderWidth <= 0 || filter.borderColor[3] >= 1);
+}
+
+bool preparePaint(const QuadPaint& paint, int width, int height, PreparedPaint& prepared) {
+    if (needsOpacity(paint.blend) && level(opacityOf(paint)) == 0) return false;
+    const std::vector<Outline::Side> sides = inFrontOfCamera(paint).sides;
+    Silhouette seen;
+    if (!seeSilhouette(sides, seen)) return false;
+    const float reach = *std::max_element(paint.reach.begin(), paint.reach.end());
+    if (!findBounds(seen, 0.5 + std::max(reach, 0.0f), width, height, prepared)) return false;
+    findEdges(seen, sides, prepared);
+    findColours(paint, prepared);
+    return findPlaces(paint, prepared);
 }
 
 }  // namespace platform

@@ -1,5 +1,6 @@
-// Pictures that are painted from and painted on: B, G, R, A in memory, the top row first, colours multiplied
-// by alpha. Views only; whoever made the memory owns it.
+// Pictures that are painted from and painted on: B, G, R, A in memory, colours multiplied by alpha where
+// nothing else is said. `pixels` is the top row; where that is the last one in memory, the stride is
+// negative. Views only; whoever made the memory owns it.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +11,7 @@ namespace platform {
 /// A picture to paint with.
 struct Surface {
     const uint8_t* pixels = nullptr;
-    ptrdiff_t stride = 0;  ///< bytes a row, a multiple of 4
+    ptrdiff_t stride = 0;  ///< bytes from a row to the one below, a multiple of 4
     int width = 0, height = 0;
     bool opaque = false;  ///< alpha is 255 everywhere
 };
@@ -18,7 +19,7 @@ struct Surface {
 /// A picture to paint on.
 struct Canvas {
     uint8_t* pixels = nullptr;
-    ptrdiff_t stride = 0;  ///< bytes a row, a multiple of 4
+    ptrdiff_t stride = 0;  ///< bytes from a row to the one below, a multiple of 4
     int width = 0, height = 0;
 };
 

@@ -38,7 +38,7 @@ void fill(const TileArea& area, uint32_t colour, const Canvas& canvas) {
 void paintArea(std::span<const PreparedPaint> paints, uint32_t background, const TileArea& area,
                const Canvas& canvas) {
     size_t first = paints.size();
-    while (first > 0 && !(paints[first - 1].hides() && covers(paints[first - 1], area))) --first;
+    while (first > 0 && !(paints[first - 1].hides && covers(paints[first - 1], area))) --first;
     if (first == 0)
         fill(area, background, canvas);
     else
