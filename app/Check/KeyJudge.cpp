@@ -8,6 +8,7 @@
 #include <set>
 
 #include "app/Check/Suggestion.h"
+#include "platform/base/Trim.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {
@@ -19,12 +20,6 @@ namespace {
 std::string quoted(std::string_view text) {
     constexpr size_t longest = 60;
     return "\"" + std::string(text.substr(0, longest)) + (text.size() > longest ? "…" : "") + "\"";
-}
-
-std::string_view trimmed(std::string_view text) {
-    const size_t first = text.find_first_not_of(" \t\r\n");
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(" \t\r\n") - first + 1);
 }
 
 std::vector<std::string> pieces(std::string_view text) {
@@ -128,7 +123,7 @@ bool isMissing(const Key& key, const Value& content, const KeySet& keys) {
 }  // namespace
 
 bool isNumberText(std::string_view text) {
-    text = trimmed(text);
+    text = platform::trimmed(text);
     if (!text.empty() && text.front() == '+') text.remove_prefix(1);
     double number = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), number);

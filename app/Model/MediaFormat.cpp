@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <charconv>
 
+#include "platform/base/Trim.h"
+
 namespace multiscene {
 
 namespace {
@@ -10,14 +12,8 @@ namespace {
 constexpr int kMaxReadSide = 1'000'000;
 constexpr int kMaxFramesPerSecond = 1000;
 
-std::string_view trimmed(std::string_view text) {
-    const size_t first = text.find_first_not_of(' ');
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(' ') - first + 1);
-}
-
 std::optional<int> side(std::string_view text) {
-    text = trimmed(text);
+    text = platform::trimmed(text, " ");
     int number = 0;
     const auto [end, failure] = std::from_chars(text.data(), text.data() + text.size(), number);
     const bool whole = failure == std::errc() && end == text.data() + text.size();

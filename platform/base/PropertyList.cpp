@@ -25,7 +25,8 @@ std::string_view asText(std::span<const uint8_t> bytes) {
 }
 
 /// The parser refuses a byte-order mark and trailing blanks, which editors leave behind.
-std::string_view trimmed(std::string_view text) {
+/// The text without a byte order mark and the blanks at its end.
+std::string_view xmlDocument(std::string_view text) {
     if (text.starts_with("\xEF\xBB\xBF")) text.remove_prefix(3);
     const size_t end = text.find_last_not_of(" \t\r\n");
     return end == std::string_view::npos ? std::string_view() : text.substr(0, end + 1);
@@ -198,7 +199,7 @@ Value parsePropertyList(std::span<const uint8_t> bytes, const std::string& name,
     if (bytes.size() > limits.maxBytes)
         throw Error(kind, "larger than " + std::to_string(limits.maxBytes) + " bytes", name);
     const Node root = isBinaryPropertyList(bytes) ? parseBinary(bytes, name, kind, limits)
-                                                  : parseXml(trimmed(asText(bytes)), name, kind, limits);
+                                                  : parseXml(xmlDocument(asText(bytes)), name, kind, limits);
     if (!root) throw Error(kind, "not a valid property list", name);
     return fromNode(root.get());
 }

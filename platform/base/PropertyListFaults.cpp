@@ -8,6 +8,7 @@
 #include <string_view>
 
 #include "platform/base/BinaryPropertyListScan.h"
+#include "platform/base/Trim.h"
 #include "platform/base/Utf8.h"
 
 namespace platform {
@@ -15,13 +16,6 @@ namespace platform {
 namespace {
 
 constexpr int kDeepest = 200;  // far beyond what a property list may nest, for the sake of the stack
-
-std::string_view trimmed(std::string_view text) {
-    constexpr std::string_view blanks = " \t\r\n";
-    const size_t first = text.find_first_not_of(blanks);
-    if (first == std::string_view::npos) return {};
-    return text.substr(first, text.find_last_not_of(blanks) - first + 1);
-}
 
 /// Whether the C library's reader takes the text whole.
 template <typename Read>

@@ -4,16 +4,11 @@
 #include <cctype>
 #include <charconv>
 
+#include "platform/base/Trim.h"
+
 namespace platform {
 
 namespace {
-
-std::string_view trimmed(std::string_view text) {
-    const auto isSpace = [](char letter) { return std::isspace(static_cast<unsigned char>(letter)) != 0; };
-    while (!text.empty() && isSpace(text.front())) text.remove_prefix(1);
-    while (!text.empty() && isSpace(text.back())) text.remove_suffix(1);
-    return text;
-}
 
 std::optional<uint64_t> number(std::string_view text) {
     uint64_t value = 0;
