@@ -1,5 +1,6 @@
 #include "platform/media/H264Encoder.h"
 
+#include "platform/base/Clock.h"
 #include "platform/media/ThreadCpu.h"
 #include "platform/pixels/ToI420.h"
 

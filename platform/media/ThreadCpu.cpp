@@ -33,8 +33,6 @@ std::string nameOfTask(const std::filesystem::path& task) {
 
 }  // namespace
 
-double threadCpuSeconds() { return secondsOf(CLOCK_THREAD_CPUTIME_ID); }
-
 void nameThread(const std::string& name) { pthread_setname_np(pthread_self(), name.substr(0, 15).c_str()); }
 
 double cpuSecondsOfThreadsNamed(const std::string& name) {

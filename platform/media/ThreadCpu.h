@@ -1,12 +1,9 @@
-// Private to platform/media: CPU time of threads, for the statistics.
+// Private to platform/media: CPU time of other threads, for the statistics.
 #pragma once
 
 #include <string>
 
 namespace platform {
-
-/// CPU seconds of the calling thread so far.
-double threadCpuSeconds();
 
 /// Names the calling thread, cut to 15 characters. Threads that it starts inherit the name.
 void nameThread(const std::string& name);

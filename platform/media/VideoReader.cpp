@@ -4,6 +4,7 @@
 #include <mutex>
 #include <thread>
 
+#include "platform/base/Clock.h"
 #include "platform/media/BoundedQueue.h"
 #include "platform/media/PictureConverter.h"
 #include "platform/media/PicturesByTime.h"
