@@ -12,9 +12,6 @@ namespace multiscene {
 /// What a look-up does with the user's value: a text or number, a file, or a video that it plays.
 enum class LookUpKind { Text, File, Video };
 
-/// How many frames the user's video has: read by scenes whose length comes from it.
-inline constexpr const char* kUserVideoFrames = "userVideo_totalFps";
-
 /// Texts of scene files that are looked up among the user's values.
 using LookedUpKeys = std::map<std::string, LookUpKind>;
 

@@ -4,6 +4,7 @@
 #include "core/Material/TextureInfoKeys.h"
 #include "core/NodeTypes.h"
 #include "other/DictionaryWalk.h"
+#include "other/UserFilm.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene::rules {

@@ -12,6 +12,7 @@
 #include "app/Model/TemplateFolder.h"
 #include "other/DictionaryWalk.h"
 #include "other/QVUtil.h"
+#include "other/UserFilm.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {
@@ -32,8 +33,6 @@ std::span<const TemplateRule> templateRules() {
 namespace rules {
 
 namespace {
-
-constexpr int64_t kLengthFromUserVideo = 7;
 
 std::string recordPath(size_t index, const std::string& key) {
     return "installScenes[" + std::to_string(index) + "]." + key;

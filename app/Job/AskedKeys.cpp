@@ -3,6 +3,7 @@
 #include "app/Check/LookedUpKeys.h"
 #include "app/Model/QVUserPhotoInputModel.h"
 #include "app/Model/QVUserVideoInputModel.h"
+#include "other/UserFilm.h"
 
 namespace multiscene {
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "other/UserFilm.h"
 #include "platform/base/PropertyList.h"
 
 namespace multiscene {
@@ -10,8 +11,6 @@ namespace multiscene {
 using platform::Value;
 
 namespace {
-
-constexpr int64_t kLengthFromUserVideo = 7;  // the record's "sourceType"
 
 Value::Dictionary sceneEntry(int64_t sceneId, const std::string& sceneIdentifier) {
     Value::Dictionary entry;
@@ -24,7 +23,7 @@ int64_t sceneLength(const Value& entry, const Value& userMediaMap, SceneCatalogu
     const auto scene = catalogue.querySceneWithSid(entry.integer("mainSceneId"));
     if (!scene) return 0;
     if (scene->fpsLength >= 1 || scene->sourceType != kLengthFromUserVideo) return scene->fpsLength;
-    return userMediaMap.integer("userVideo_totalFps" + entry.string("sceneIdentifier"));
+    return userMediaMap.integer(kUserVideoFrames + entry.string("sceneIdentifier"));
 }
 
 int64_t overlapWithNext(const Value& entry) {

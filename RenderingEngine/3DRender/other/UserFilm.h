@@ -9,6 +9,11 @@
 
 namespace multiscene {
 
+/// The "sourceType" of a scene's record whose length is that of the user's film, and the key under which the
+/// user's values keep that length, in frames.
+inline constexpr int64_t kLengthFromUserVideo = 7;
+inline constexpr const char* kUserVideoFrames = "userVideo_totalFps";
+
 struct UserFilm {
     /// Rate of the video that is made. 0: the file is none that the user gave, and is shown a picture a
     /// frame.
