@@ -1,4 +1,4 @@
-// What a subcommand tells about its arguments. The parser behind it is included in Arguments.cpp alone.
+// What a subcommand tells about its arguments. The parser behind it is included in CommandLine.cpp alone.
 #pragma once
 
 #include <functional>

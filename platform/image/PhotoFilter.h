@@ -18,9 +18,8 @@ struct PhotoFilter {
 
 /// Draws `photo`, already stretched to the canvas, into a new canvas of its size.
 /// - "imageSynthesis": the photo, and `overlay` (of the same size, or null) over it.
-/// - "circularAndStroke": the photo within a rounded rectangle, whose outline is stroked; the outer half of
-/// the
-///   stroke is cut off with the photo. Radius 0: the plain photo and no stroke.
+/// - "circularAndStroke": the photo within a rounded rectangle, whose outline is stroked; the outer
+///   half of the stroke is cut off with the photo. Radius 0: the plain photo and no stroke.
 /// - "roundRect": the photo within a rounded rectangle.
 /// - any other type: a fully transparent canvas.
 Bitmap drawPhotoFilter(const PhotoFilter& filter, const Bitmap& photo, const Bitmap* overlay = nullptr);

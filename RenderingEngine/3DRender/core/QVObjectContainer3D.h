@@ -24,9 +24,8 @@ extern const KeyTable containerKeys;
 ///   configure  rendInfoWithDic, once, base class first; may create GL objects only where a class says so
 ///   update     updateData: key frames and materials; may load and drop textures
 ///   matrices   updateMatrix: after all tweens have been stepped; no GL
-///   draw       renderSelfAndChildrens: renderingBeforeConfig, renderSelf, the children,
-///   renderingAfterConfig;
-///              draws and changes no node
+///   draw       renderSelfAndChildrens: renderingBeforeConfig, renderSelf, the children, then
+///              renderingAfterConfig; draws and changes no node
 ///   complete   renderComplete: after the frame was handed over; nodes whose time is up are dropped here
 ///   dispose    before the scene is thrown away
 /// A parent owns its children; parent and scene are referred to weakly.
