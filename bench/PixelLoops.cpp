@@ -5,6 +5,7 @@
 #include <numbers>
 #include <vector>
 
+#include "platform/pixels/Blur.h"
 #include "platform/pixels/FromYuv.h"
 #include "platform/pixels/TilePainter.h"
 #include "platform/pixels/ToI420.h"
@@ -55,16 +56,67 @@ struct View {
 constexpr View kCopy{kWidth, kHeight, 0, 0, kWidth, kHeight}, kScaled{900, 1600, 0, 0, kWidth, kHeight},
     kTurned{900, 1600, 30, 0, 1600, 1600}, kDeep{900, 1600, 30, 0.0003, 1600, 1600};
 
-void paintPicture(benchmark::State& state, const View& view, bool opaque) {
-    const PixelBuffer source = picture(view.width, view.height, opaque);
+void paintQuad(benchmark::State& state, const QuadPaint& paint) {
     PixelBuffer target(kWidth, kHeight);
     const Canvas canvas{target.data(), target.stride(), kWidth, kHeight};
     std::vector<PreparedPaint> paints(1);
-    const QuadPaint paint =
-        centred(source, opaque, view.shownWidth, view.shownHeight, view.degrees, view.lean);
     preparePaint(paint, kWidth, kHeight, paints[0]);
     TilePainter painter(1);
-    for (auto _ : state) painter.paint(paints, 0xFF000000, canvas);
+    for (auto _ : state) painter.paint(paints, 0xFF285078, canvas);
+    countPixels(state);
+}
+
+void paintPicture(benchmark::State& state, const View& view, bool opaque) {
+    const PixelBuffer source = picture(view.width, view.height, opaque);
+    paintQuad(state, centred(source, opaque, view.shownWidth, view.shownHeight, view.degrees, view.lean));
+}
+
+// A picture at its own size with one treatment.
+void paintTreated(benchmark::State& state, bool opaque, void (*treat)(QuadPaint&, const Surface& mask)) {
+    const PixelBuffer source = picture(kWidth, kHeight, opaque), mask = picture(900, 1600, true);
+    QuadPaint paint = centred(source, opaque, kWidth, kHeight, 0, 0);
+    treat(paint, {mask.data(), mask.stride(), mask.width(), mask.height(), true});
+    paintQuad(state, paint);
+}
+
+void addMask(QuadPaint& paint, const Surface& mask) {
+    paint.mask = MaskPaint{.picture = mask};
+    for (size_t i = 0; i < 4; ++i) paint.mask->at[i] = {paint.corners[i].u, paint.corners[i].v};
+}
+void addOwnMask(QuadPaint& paint, const Surface&) { addMask(paint, paint.picture); }
+void addGradient(QuadPaint& paint, const Surface&) {
+    paint.gradient = GradientPaint{0.1, 0.2, 0.9, 1, true, true};
+}
+void addKey(QuadPaint& paint, const Surface&) { paint.key = KeyPaint{{0, 0.7f, 0.2f, 1}, 0.3f}; }
+void addTint(QuadPaint& paint, const Surface&) { paint.tint = {1, 0.5f, 0.2f, 0.8f}; }
+void addOpacity(QuadPaint& paint, const Surface&) { paint.opacity = 0.6f; }
+void addStraight(QuadPaint& paint, const Surface&) { paint.premultiplied = false; }
+void addGrey(QuadPaint& paint, const Surface&) { paint.filter = FilterPaint{.type = 1}; }
+void addMosaic(QuadPaint& paint, const Surface&) {
+    paint.filter = FilterPaint{
+        .type = 4, .pixelSize = 20, .borderWidth = 0.02f, .pictureWidth = kWidth, .pictureHeight = kHeight};
+}
+void addWave(QuadPaint& paint, const Surface&) { paint.filter = FilterPaint{.type = 5, .time = 0.3f}; }
+void addScreen(QuadPaint& paint, const Surface&) {
+    paint.blend = {BlendFactor::One, BlendFactor::OneMinusSrcColor};
+}
+void addMultiply(QuadPaint& paint, const Surface&) {
+    paint.blend = {BlendFactor::DstColor, BlendFactor::OneMinusSrcAlpha};
+}
+void addLight(QuadPaint& paint, const Surface&) { paint.blend.destination = BlendFactor::One; }
+void addColour(QuadPaint& paint, const Surface&) {
+    paint.picture = {};
+    paint.tint = {1, 0.5f, 0.2f, 0.8f};
+}
+
+void blurredPicture(benchmark::State& state) {
+    const PixelBuffer source = picture(kWidth, kHeight, true);
+    PixelBuffer target(kWidth, kHeight);
+    const Surface surface{source.data(), source.stride(), kWidth, kHeight, true};
+    TilePainter painter(1);
+    for (auto _ : state)
+        blurAlongDiagonal(surface, kWidth, kHeight, painter,
+                          {target.data(), target.stride(), kWidth, kHeight});
     countPixels(state);
 }
 
@@ -97,6 +149,21 @@ BENCHMARK_CAPTURE(paintPicture, turned, kTurned, true);
 BENCHMARK_CAPTURE(paintPicture, turned_blended, kTurned, false);
 BENCHMARK_CAPTURE(paintPicture, perspective, kDeep, true);
 BENCHMARK_CAPTURE(paintPicture, perspective_blended, kDeep, false);
+BENCHMARK_CAPTURE(paintTreated, opacity, true, addOpacity);
+BENCHMARK_CAPTURE(paintTreated, tint, false, addTint);
+BENCHMARK_CAPTURE(paintTreated, colour, false, addColour);
+BENCHMARK_CAPTURE(paintTreated, straight, false, addStraight);
+BENCHMARK_CAPTURE(paintTreated, mask, true, addOwnMask);
+BENCHMARK_CAPTURE(paintTreated, mask_scaled, true, addMask);
+BENCHMARK_CAPTURE(paintTreated, gradient, true, addGradient);
+BENCHMARK_CAPTURE(paintTreated, key, true, addKey);
+BENCHMARK_CAPTURE(paintTreated, grey, true, addGrey);
+BENCHMARK_CAPTURE(paintTreated, mosaic_bordered, true, addMosaic);
+BENCHMARK_CAPTURE(paintTreated, wave, true, addWave);
+BENCHMARK_CAPTURE(paintTreated, light, false, addLight);
+BENCHMARK_CAPTURE(paintTreated, screen, false, addScreen);
+BENCHMARK_CAPTURE(paintTreated, multiply, false, addMultiply);
+BENCHMARK(blurredPicture);
 BENCHMARK(encoderPlanes);
 BENCHMARK(decodedPicture);
 

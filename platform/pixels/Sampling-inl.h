@@ -220,6 +220,14 @@ HWY_INLINE const uint32_t* copiedRow(const PlacedPicture& picture, bool perspect
     return reinterpret_cast<const uint32_t*>(texels) + (lookup.column + static_cast<int>(left));
 }
 
+HWY_INLINE void copyOrSample(const PlacedPicture& picture, bool perspective, const Lookup& lookup,
+                             uint32_t* pixels) {
+    if (const uint32_t* copied = copiedRow(picture, perspective, lookup))
+        std::copy_n(copied, lookup.count, pixels);
+    else
+        sample(picture, perspective, lookup, pixels);
+}
+
 }  // namespace platform::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 

@@ -43,10 +43,10 @@ void fadeEach(const float* opacities, bool fadesColours, int count, uint32_t* pi
     const int lanes = static_cast<int>(hn::Lanes(Pixels()));
     const PixelVector alphaMask = hn::Set(Pixels(), 0xFF000000);
     for (int i = 0; i < count; i += lanes) {
-        const PixelVector whole_ = hn::LoadU(Pixels(), pixels + i);
+        const PixelVector given = hn::LoadU(Pixels(), pixels + i);
         const WordVector level = twice(rounded(hn::LoadU(Reals(), opacities + i)));
-        PixelVector faded = whole(scaled(halves(whole_), level));
-        if (!fadesColours) faded = hn::Or(hn::And(alphaMask, faded), hn::AndNot(alphaMask, whole_));
+        PixelVector faded = whole(scaled(halves(given), level));
+        if (!fadesColours) faded = hn::Or(hn::And(alphaMask, faded), hn::AndNot(alphaMask, given));
         hn::StoreU(faded, Pixels(), pixels + i);
     }
 }
@@ -113,7 +113,7 @@ class RowPainter {
         else if (paint_.filter && movesPlaces(*paint_.filter))
             sampleFiltered(paint_, lookup, colours_.at);
         else
-            sample(paint_.picture, paint_.perspective, lookup, colours_.at);
+            copyOrSample(paint_.picture, paint_.perspective, lookup, colours_.at);
     }
 
     void startOpacities(const Lookup& lookup) {

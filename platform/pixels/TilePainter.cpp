@@ -7,17 +7,13 @@
 
 namespace platform {
 
-struct TilePainter::Picture {
-    std::span<const PreparedPaint> paints;
-    uint32_t background;
-    const Canvas& canvas;
-    int columns, tiles;
+struct TilePainter::Task {
+    int pieces;
+    const std::function<void(int)>& work;
     std::atomic<int> next{0};
 
-    TileArea area(int tile) const {
-        const int left = tile % columns * kTileColumns, top = tile / columns * kTileRows;
-        return {left, top, std::min(left + kTileColumns, canvas.width),
-                std::min(top + kTileRows, canvas.height)};
+    void help() {
+        for (int piece; (piece = next++) < pieces;) work(piece);
     }
 };
 
@@ -65,16 +61,25 @@ TilePainter::~TilePainter() {
 void TilePainter::paint(std::span<const PreparedPaint> paints, uint32_t background, const Canvas& canvas) {
     const int columns = (canvas.width + kTileColumns - 1) / kTileColumns;
     const int rows = (canvas.height + kTileRows - 1) / kTileRows;
-    Picture picture{paints, background, canvas, columns, columns * rows};
+    share(columns * rows, [&](int tile) {
+        const int left = tile % columns * kTileColumns, top = tile / columns * kTileRows;
+        const TileArea area{left, top, std::min(left + kTileColumns, canvas.width),
+                            std::min(top + kTileRows, canvas.height)};
+        paintArea(paints, background, area, canvas);
+    });
+}
+
+void TilePainter::share(int pieces, const std::function<void(int)>& work) {
+    Task task{pieces, work};
     {
         const std::lock_guard lock(mutex_);
-        picture_ = &picture;
-        ++pictures_;
+        task_ = &task;
+        ++tasks_;
     }
     changed_.notify_all();
-    paintTiles(picture);
+    task.help();
     std::unique_lock lock(mutex_);
-    picture_ = nullptr;
+    task_ = nullptr;
     changed_.wait(lock, [this] { return busy_ == 0; });
 }
 
@@ -82,21 +87,16 @@ void TilePainter::help() {
     int64_t seen = 0;
     std::unique_lock lock(mutex_);
     for (;;) {
-        changed_.wait(lock, [&] { return ends_ || (picture_ && pictures_ != seen); });
+        changed_.wait(lock, [&] { return ends_ || (task_ && tasks_ != seen); });
         if (ends_) return;
-        seen = pictures_;
-        Picture& picture = *picture_;
+        seen = tasks_;
+        Task& task = *task_;
         ++busy_;
         lock.unlock();
-        paintTiles(picture);
+        task.help();
         lock.lock();
         if (--busy_ == 0) changed_.notify_all();
     }
-}
-
-void TilePainter::paintTiles(Picture& picture) {
-    for (int tile; (tile = picture.next++) < picture.tiles;)
-        paintArea(picture.paints, picture.background, picture.area(tile), picture.canvas);
 }
 
 }  // namespace platform

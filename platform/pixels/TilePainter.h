@@ -28,15 +28,18 @@ class TilePainter {
     /// there. Returns when all is done.
     void paint(std::span<const PreparedPaint> paints, uint32_t background, const Canvas& canvas);
 
+    /// Calls work(0) to work(pieces - 1) on the threads, in any order, and returns when all is done. `work`
+    /// may not throw.
+    void share(int pieces, const std::function<void(int)>& work);
+
   private:
-    struct Picture;
+    struct Task;
     void help();
-    void paintTiles(Picture& picture);
 
     std::mutex mutex_;
     std::condition_variable changed_;
-    Picture* picture_ = nullptr;  ///< what is being painted
-    int64_t pictures_ = 0;        ///< painted so far
+    Task* task_ = nullptr;  ///< what is being done
+    int64_t tasks_ = 0;     ///< so far
     int busy_ = 0;
     bool ends_ = false;
     std::vector<std::thread> helpers_;

@@ -253,14 +253,10 @@ HWY_INLINE void treatColours(const PreparedPaint& paint, const Lookup& lookup, u
 HWY_INLINE void takeMask(const PreparedPaint& paint, const Lookup& lookup, uint32_t* scratch,
                          float* opacities) {
     const PreparedMask& mask = *paint.mask;
-    const uint32_t* texels = copiedRow(mask.picture, paint.perspective, lookup);
+    copyOrSample(mask.picture, paint.perspective, lookup, scratch);
     const int lanes = static_cast<int>(hn::Lanes(Pixels()));
-    if (!texels || lookup.count % lanes) {
-        sample(mask.picture, paint.perspective, lookup, scratch);
-        texels = scratch;
-    }
     for (int i = 0; i < lookup.count; i += lanes) {
-        const Channels c = channels(hn::LoadU(Pixels(), texels + i));
+        const Channels c = channels(hn::LoadU(Pixels(), scratch + i));
         RealVector shown = brightness(c);
         if (mask.timesAlpha) shown = hn::Mul(shown, hn::Mul(c.alpha, real(1.0f / 255)));
         hn::StoreU(shown, Reals(), opacities + i);

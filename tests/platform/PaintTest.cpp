@@ -17,7 +17,7 @@ class RandomShapes {
 
     QuadPaint next() {
         const auto which = static_cast<size_t>(below(4));
-        const Surface picture = pictures_[which].surface(which % 2 == 0);
+        const Surface picture = surface(which);
         QuadPaint paint = turned(picture, below(200), below(140), 1 + below(300), 1 + below(200),
                                  below(3) ? below(360) : 90 * below(4));
         if (below(4) == 0)
@@ -43,6 +43,11 @@ class RandomShapes {
     }
 
   private:
+    // Of either row order.
+    Surface surface(size_t which) {
+        const bool isOpaque = which % 2 == 0;
+        return below(2) ? pictures_[which].surface(isOpaque) : pictures_[which].upwards(isOpaque);
+    }
     BlendFactor factor() { return static_cast<BlendFactor>(below(11)); }
     float part() { return static_cast<float>(below(256)) / 255; }
     std::array<float, 4> colour() { return {part(), part(), part(), below(2) ? 1.0f : part()}; }
@@ -63,7 +68,7 @@ class RandomShapes {
 
     void addMask(QuadPaint& paint) {
         const auto which = static_cast<size_t>(below(4));
-        MaskPaint mask{.picture = pictures_[which].surface(which % 2 == 0)};
+        MaskPaint mask{.picture = surface(which)};
         mask.premultiplied = below(2) == 0;
         mask.byAlpha = below(2) == 0;
         for (size_t i = 0; i < 4; ++i) mask.at[i] = {paint.corners[i].u, 1 - paint.corners[i].v};
@@ -115,6 +120,8 @@ TEST(TilePainterTest, EqualsTheObviousPainterBitForBit) {
             Picture painted(wanted.width(), wanted.height());
             TilePainter(seed % 3 + 1).paint(prepared, 0xFF141E28, painted.canvas());
             ASSERT_EQ(painted == wanted, true) << "seed " << seed << " on " << hwy::TargetName(target);
+            TilePainter(2).paint(prepared, 0xFF141E28, painted.upwardsCanvas());
+            ASSERT_EQ(painted.flipped() == wanted, true) << "upwards, seed " << seed;
         }
         hwy::SetSupportedTargetsForTest(0);
     }
