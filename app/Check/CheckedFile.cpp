@@ -1,8 +1,6 @@
 #include "app/Check/CheckedFile.h"
 
-#include "platform/base/FileGate.h"
 #include "platform/base/PropertyList.h"
-#include "platform/base/PropertyListFaults.h"
 
 namespace multiscene {
 
@@ -13,8 +11,18 @@ Finding findingOf(const platform::Error& error, const std::string& file) {
     return {Severity::Error, error.file().empty() ? file : error.file(), error.key(), error.message(), {}};
 }
 
+void addFaults(const std::vector<platform::PropertyListFault>& faults, const std::string& file,
+               Findings& findings) {
+    for (const platform::PropertyListFault& fault : faults)
+        findings.push_back(
+            {Severity::Error, file, "", "line " + std::to_string(fault.line) + ": " + fault.message, {}});
+}
+
 Value readDictionary(const std::string& file, Findings& findings) {
-    const FileGate::Opened opened = FileGate::shared().open(file);
+    return readDictionary(FileGate::shared().open(file), file, findings);
+}
+
+Value readDictionary(const FileGate::Opened& opened, const std::string& file, Findings& findings) {
     if (opened.verdict != FileGate::Verdict::Allowed) {
         findings.push_back({Severity::Error, file, "", platform::describe(opened.verdict), {}});
         return {};
@@ -22,9 +30,7 @@ Value readDictionary(const std::string& file, Findings& findings) {
     try {
         const auto bytes = platform::readFile(opened.file, file, platform::PropertyListLimits().maxBytes);
         const Value content = platform::parsePropertyList(bytes, file);
-        for (const platform::PropertyListFault& fault : platform::propertyListFaults(bytes))
-            findings.push_back(
-                {Severity::Error, file, "", "line " + std::to_string(fault.line) + ": " + fault.message, {}});
+        addFaults(platform::propertyListFaults(bytes), file, findings);
         if (content.isDictionary()) return content;
         findings.push_back({Severity::Error, file, "", "holds no dictionary", {}});
     } catch (const platform::Error& error) {

@@ -9,6 +9,7 @@
 #include "app/Check/UsedFiles.h"
 #include "app/Model/TemplateKeys.h"
 #include "other/QVUtil.h"
+#include "other/SceneGroup.h"
 #include "platform/base/Error.h"
 #include "platform/base/Limits.h"
 #include "videoRenderCore/SceneFileKeys.h"
@@ -38,15 +39,19 @@ void judgeGroup(const GroupView& group, Judgement& judgement) {
     for (const GroupRule rule : groupRules()) rule(group, judgement.findings);
 }
 
+/// A scene whose file has been opened, or tried to.
 void addScene(GroupView& group, int64_t number, const std::string& file, const std::string& folder,
-              Findings& findings) {
-    if (group.scenes.contains(number) || group.unreadable.contains(number)) return;
-    const Value content = readDictionary(file, findings);
+              const platform::FileGate::Opened& opened, Findings& findings) {
+    const Value content = readDictionary(opened, file, findings);
     if (!content.isDictionary()) {
         group.unreadable.insert(number);
         return;
     }
     group.scenes.emplace(number, sceneViewOf(file, folder, content)).first->second.media = group.media;
+}
+
+bool isKnown(const GroupView& group, int64_t number) {
+    return group.scenes.contains(number) || group.unreadable.contains(number);
 }
 
 /// Every spelling under which a scene of the group finds a value of the user.
@@ -58,35 +63,34 @@ void shareUserKeys(GroupView& group) {
     for (auto& [number, scene] : group.scenes) scene.userKeys = spellings;
 }
 
+void addRecordScene(TemplateView& view, const Value& record, const Finding& place, Findings& findings) {
+    const int64_t number = record.integer("sId");
+    const NamedFile file = openFileName(record.string("scenePlistPath"), "", place);
+    if (file.finding) {
+        view.group.unreadable.insert(number);
+        const bool isTold = std::any_of(findings.begin(), findings.end(),
+                                        [&](const Finding& told) { return told.keyPath == place.keyPath; });
+        if (!isTold) findings.push_back(*file.finding);
+    } else if (!isKnown(view.group, number)) {
+        addScene(view.group, number, file.path,
+                 QVUtil::multiScenePathWithString(record.string("sceneResourceFolderPath")), file.opened,
+                 findings);
+    }
+}
+
 void addRecordScenes(TemplateView& view, Findings& findings) {
     for (size_t index = 0; index < view.records().size(); ++index) {
-        const Value& record = view.records()[index];
-        const std::string path = record.string("scenePlistPath");
-        const Finding place{Severity::Error,
-                            view.file,
-                            "installScenes[" + std::to_string(index) + "].scenePlistPath",
-                            {},
-                            {}};
-        if (const auto finding = judgeFileName(path, "", place)) {
-            view.group.unreadable.insert(record.integer("sId"));
-            const bool isKnown = std::any_of(findings.begin(), findings.end(), [&](const Finding& known) {
-                return known.keyPath == finding->keyPath;
-            });
-            if (!isKnown) findings.push_back(*finding);
-            continue;
-        }
-        addScene(view.group, record.integer("sId"), QVUtil::multiScenePathWithString(path),
-                 QVUtil::multiScenePathWithString(record.string("sceneResourceFolderPath")), findings);
+        const std::string keyPath = "installScenes[" + std::to_string(index) + "].scenePlistPath";
+        addRecordScene(view, view.records()[index], {Severity::Error, view.file, keyPath, {}, {}}, findings);
     }
 }
 
 void addCatalogueScenes(GroupView& group, SceneCatalogue* catalogue, Findings& findings) {
     if (!catalogue) return;
-    for (const Value& entry : group.entries)
-        for (const int64_t number :
-             {entry.integer("mainSceneId"), entry["sceneTansitionsInfo"].integer("tansitionsSceneId")})
-            if (const auto record = catalogue->querySceneWithSid(number))
-                addScene(group, number, record->scenePlistPath, record->sceneResourceFolderPath, findings);
+    for (const auto& [number, scene] : scenesNamedBy(group.entries, *catalogue))
+        if (!isKnown(group, number))
+            addScene(group, number, scene.record.scenePlistPath, scene.record.sceneResourceFolderPath,
+                     platform::FileGate::shared().open(scene.record.scenePlistPath), findings);
 }
 
 GroupView ownGroup(const TemplateView& view) {
@@ -106,7 +110,7 @@ GroupView ownGroup(const TemplateView& view) {
 Judgement judgeTemplate(const TemplateFolder& folder, SceneCatalogue* others) {
     Judgement judgement;
     TemplateView view{folder.plistPath().string(), folder.name, folder.description, {}};
-    readDictionary(view.file, judgement.findings);  // for the faults that reading the folder passed over
+    addFaults(folder.faults, view.file, judgement.findings);
     judgeKeys(templateFileKeys, view.description, view.file, judgement.findings);
     try {
         requireOwnPaths(folder);

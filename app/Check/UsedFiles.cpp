@@ -39,21 +39,28 @@ std::string remedyOfNoPath(const std::string& path, const std::string& sceneFold
 }  // namespace
 
 std::optional<Finding> judgeFileName(const std::string& path, const std::string& sceneFolder, Finding place) {
-    const std::string resolved =
-        QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(path, sceneFolder);
-    if (resolved.empty()) {
+    return openFileName(path, sceneFolder, std::move(place)).finding;
+}
+
+NamedFile openFileName(const std::string& path, const std::string& sceneFolder, Finding place) {
+    NamedFile file;
+    file.path = QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(path, sceneFolder);
+    if (file.path.empty()) {
         const bool isMacro = path.starts_with("$(");
         place.message =
             "\"" + path + (isMacro ? "\" is no path" : "\" is no path, and no input has that key");
         place.remedy = remedyOfNoPath(path, sceneFolder);
-        return place;
+        file.finding = std::move(place);
+        return file;
     }
-    const FileGate::Verdict verdict = FileGate::shared().check(resolved);
-    if (verdict == FileGate::Verdict::Allowed) return std::nullopt;
+    file.opened = FileGate::shared().open(file.path);
+    const FileGate::Verdict verdict = file.opened.verdict;
+    if (verdict == FileGate::Verdict::Allowed) return file;
     place.message = "\"" + path + "\" " + describe(verdict);
-    place.remedy = verdict == FileGate::Verdict::Missing ? remedyOfMissing(resolved)
+    place.remedy = verdict == FileGate::Verdict::Missing ? remedyOfMissing(file.path)
                                                          : "put the file itself into the template's folder";
-    return place;
+    file.finding = std::move(place);
+    return file;
 }
 
 }  // namespace multiscene

@@ -12,4 +12,13 @@ namespace multiscene {
 /// carries file and key path; its text is filled in. Nothing when all is well.
 std::optional<Finding> judgeFileName(const std::string& path, const std::string& sceneFolder, Finding place);
 
+struct NamedFile {
+    std::string path;  ///< complete; empty when the name is no path
+    platform::FileGate::Opened opened;
+    std::optional<Finding> finding;  ///< why it could not be opened
+};
+
+/// The same, for whoever reads the file.
+NamedFile openFileName(const std::string& path, const std::string& sceneFolder, Finding place);
+
 }  // namespace multiscene

@@ -23,9 +23,8 @@ InputKind kindOf(const QVUserInputModelBase& input) {
 
 AskedKeys lookUpsOf(const Playable& playable) {
     AskedKeys asked;
-    for (const SceneConfigData& scene : playable.scenes())
-        for (const auto& [key, lookUp] : lookedUpKeys(playable.sceneFile(scene.scenePlistPath)))
-            asked[key].kind = kindOf(lookUp);
+    for (const auto& [number, scene] : playable.group.scenes)
+        for (const auto& [key, lookUp] : lookedUpKeys(scene.content)) asked[key].kind = kindOf(lookUp);
     return asked;
 }
 
@@ -39,7 +38,7 @@ const char* inputKindName(InputKind kind) {
 AskedKeys askedKeysOf(const Playable& playable) {
     AskedKeys asked = lookUpsOf(playable);
     asked[kUserVideoFrames].kind = InputKind::Text;
-    for (const auto& [key, value] : playable.userMediaMap.dictionary())
+    for (const auto& [key, value] : playable.group.userMediaMap.dictionary())
         asked.try_emplace(
             key, AskedFor{value.stringValue().starts_with('/') ? InputKind::File : InputKind::Text, nullptr});
     for (const auto& input : playable.inputs) {

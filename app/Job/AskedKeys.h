@@ -21,8 +21,7 @@ struct AskedFor {
 
 using AskedKeys = std::map<std::string, AskedFor>;
 
-/// The inputs of the template, the look-ups of its scenes and the keys of a group file's own map. Throws
-/// platform::Error(Template) for a scene file that cannot be parsed.
+/// The inputs of the template, the look-ups of its scenes and the keys of a group file's own map.
 AskedKeys askedKeysOf(const Playable& playable);
 
 }  // namespace multiscene

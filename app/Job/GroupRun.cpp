@@ -56,7 +56,7 @@ GroupRun::GroupRun(const PreparedGroup& group, std::shared_ptr<FrameSink> frameS
     manager_->setExportPauseSeconds(0);
     manager_->setFrameRenderingCompleteBlock([shared = shared_](int64_t) { shared->countFrame(); });
     startShaderReport();
-    player_ = QVMediaManage::initWithRenderManager(manager_, group.playable.catalogue, false);
+    player_ = QVMediaManage::initWithRenderManager(manager_, false);
     player_->setIsRec(true);
     player_->setOnSceneGroupRenderingCompleteBlock([shared = shared_] {
         shared->isComplete = true;
@@ -87,16 +87,9 @@ void GroupRun::setSampler(std::function<void(int64_t, const RenderDriver&)> samp
         [sampler = std::move(sampler), driver = manager_.get()](int64_t frame) { sampler(frame, *driver); });
 }
 
-void GroupRun::load() {
-    if (group_.playable.isGroupFile)
-        player_->loadSceneGroupWithDicInfo(group_.group);
-    else
-        player_->loadSceneGroupWithPlistFlie(group_.groupFile.string());
-}
-
 int64_t GroupRun::play() {
     startSeconds_ = platform::monotonicSeconds();
-    if (!stop_.stop_requested()) load();
+    if (!stop_.stop_requested()) player_->loadSceneGroup(group_.group);
     waitFor([this] { return isOver(); });
     if (const auto error = shared_->failure()) throw Error(*error);
     if (!shared_->isComplete) cancel();

@@ -54,7 +54,6 @@ class GroupRun {
         std::optional<platform::Error> failure();
     };
 
-    void load();
     bool isOver();
     int64_t framesDone() const;
     void cancel();

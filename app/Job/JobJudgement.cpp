@@ -5,13 +5,13 @@
 #include "app/Check/CheckedFile.h"
 #include "app/Check/Judgement.h"
 #include "platform/base/Error.h"
+#include "videoRenderCore/SceneFile.h"
 #include "videoRenderCore/SceneValidation.h"
 
 namespace multiscene {
 
 using platform::Error;
 using platform::ErrorKind;
-using platform::Value;
 
 namespace {
 
@@ -19,7 +19,9 @@ Judgement judgementOf(const Playable& playable) {
     if (playable.isGroupFile)
         return judgeSceneGroup(playable.file.string(), playable.groupFile, playable.catalogue.get());
     try {
-        return judgeTemplate(readTemplateFolder(playable.templateFolder), playable.catalogue.get());
+        return judgeTemplate(
+            playable.description ? *playable.description : readTemplateFolder(playable.templateFolder),
+            playable.catalogue.get());
     } catch (const Error& error) {
         return {{findingOf(error, playable.templateFolder.string())}, {}};
     }
@@ -43,9 +45,8 @@ void tell(const Findings& findings, const RenderRequest& request, JobObserver& o
 
 /// What even a forced job needs. Faults of the group are blamed on the file in which the author wrote it.
 void requirePlayable(const Playable& playable) {
-    const Value group(Value::Dictionary{{"scene", Value(playable.entries)}});
     try {
-        SceneValidation::requirePlayable(group, playable.file.string(), *playable.catalogue);
+        SceneValidation::requirePlayable(playable.group, playable.file.string());
     } catch (const Error& error) {
         const bool isOfTheGroup = error.key() == "scene" || error.key().starts_with("scene[");
         if (playable.isGroupFile || !isOfTheGroup) throw;
@@ -57,11 +58,12 @@ void requirePlayable(const Playable& playable) {
 }  // namespace
 
 void judgeAloud(Playable& playable, const RenderRequest& request, JobObserver& observer) {
+    Judgement judgement;
     if (!request.isJudged) {
-        Judgement judgement = judgementOf(playable);
+        judgement = judgementOf(playable);
         tell(judgement.findings, request, observer);
-        playable.sceneFiles = std::move(judgement.scenes);
     }
+    readScenes(playable.group, judgement.scenes, platform::FileGate::shared());
     if (request.isJudged || request.isForced) requirePlayable(playable);
 }
 

@@ -4,7 +4,6 @@
 
 #include "app/Check/OwnIdentifier.h"
 #include "app/Job/JobFolder.h"
-#include "app/Model/TemplateFolder.h"
 #include "app/Other/InstalledTemplates.h"
 #include "app/Other/OpenedFiles.h"
 #include "app/Other/ProgramVersion.h"
@@ -38,7 +37,7 @@ const std::string kOwnIdentifier = std::string(1, kOwnIdentifierMark) + "1";
 Value::Array ownScene(int64_t sceneId, SceneCatalogue& catalogue) {
     QVMultiSceneGropPlistFileManager group("", catalogue);
     group.addSceneWithId(sceneId, kOwnIdentifier);
-    return group.sceneDataArray();
+    return group.group().entries;
 }
 
 std::string musicOf(const QVTempletDataModel& record, const fs::path& folder) {
@@ -55,7 +54,9 @@ Playable playableOf(const QVTempletDataModel& record, const fs::path& folder,
     Playable playable;
     playable.name = record.sceneName();
     playable.folder = folder;
-    playable.entries = record.sceneGroup().empty() ? ownScene(record.sId(), *catalogue) : record.sceneGroup();
+    playable.group.entries =
+        record.sceneGroup().empty() ? ownScene(record.sId(), *catalogue) : record.sceneGroup();
+    playable.group.scenes = scenesNamedBy(playable.group.entries, *catalogue);
     playable.inputs = record.userInputInfo();
     playable.format = record.mediaFormat();
     playable.musicPath = musicOf(record, folder);
@@ -65,7 +66,7 @@ Playable playableOf(const QVTempletDataModel& record, const fs::path& folder,
 
 /// Plays a template without installing it.
 Playable openFolder(const fs::path& path) {
-    const TemplateFolder folder = readTemplateFolder(path);
+    TemplateFolder folder = readTemplateFolder(path);
     QVUtil::setSceneRoot(folder.folder.parent_path().string());
     requireOwnPaths(folder);
     requireProgramVersion(folder.minVersion(), folder.name);
@@ -76,6 +77,7 @@ Playable openFolder(const fs::path& path) {
     Playable playable = playableOf(folder.records.front(), folder.folder, catalogue);
     playable.file = folder.plistPath();
     playable.templateFolder = folder.folder;
+    playable.description = std::move(folder);
     return playable;
 }
 
@@ -95,8 +97,8 @@ std::optional<InstalledTemplate> installedTemplate(const std::string& numberOrNa
 /// The templates of the data home whose scenes are played, in an order that is the same for everybody.
 std::vector<platform::FileLock> locksOf(const Playable& playable) {
     std::set<std::string> names;
-    for (const SceneConfigData& scene : playable.scenes())
-        if (const std::string name = templateOwning(scene.scenePlistPath); isTemplateName(name))
+    for (const auto& [number, scene] : playable.group.scenes)
+        if (const std::string name = templateOwning(scene.record.scenePlistPath); isTemplateName(name))
             names.insert(name);
     std::vector<platform::FileLock> locks;
     for (const std::string& name : names)
@@ -128,11 +130,30 @@ bool isTemplateFolder(const fs::path& path) {
     return fs::exists(folder / (folder.filename().string() + ".plist"), failure);
 }
 
+Playable groupFilePlayable(const fs::path& file, Value content) {
+    Playable playable;
+    playable.file = fs::absolute(file).lexically_normal();
+    playable.folder = playable.file.parent_path();
+    playable.name = playable.file.filename().string();
+    if (!content.isDictionary() || !content["scene"].isArray())
+        throw Error(ErrorKind::Template, "is neither a template nor a scene-group file", file.string(),
+                    "scene");
+    openSceneGroupFiles(playable.folder, content["userMediaMap"]);
+    playable.catalogue = QVDataManager::sharedDataManager();
+    playable.group = QVMultiSceneGropPlistFileManager::groupOf(content);
+    playable.group.scenes = scenesNamedBy(playable.group.entries, *playable.catalogue);
+    playable.groupFile = std::move(content);
+    playable.isGroupFile = true;
+    playable.inUse = locksOf(playable);
+    return playable;
+}
+
 Playable openFile(const fs::path& file, const JobFolder& job) {
     if (file.extension() != ".plist") return openFolder(unpackTemplate(file, job));
     FileGate::shared().allowFile(file);
-    if (readSceneFile(file).has("installScenes")) return openFolder(fs::absolute(file).parent_path());
-    return openSceneGroupFile(file);
+    Value content = readSceneFile(file, FileGate::shared());
+    if (content.has("installScenes")) return openFolder(fs::absolute(file).parent_path());
+    return groupFilePlayable(file, std::move(content));
 }
 
 Error notFound(const std::string& argument) {
@@ -142,32 +163,6 @@ Error notFound(const std::string& argument) {
 }
 
 }  // namespace
-
-std::set<std::string> Playable::identifiers() const {
-    std::set<std::string> identifiers;
-    for (const Value& entry : entries)
-        if (const std::string identifier = entry.string("sceneIdentifier"); !identifier.empty())
-            identifiers.insert(identifier);
-    return identifiers;
-}
-
-std::vector<SceneConfigData> Playable::scenes() const {
-    std::set<int64_t> numbers;
-    for (const Value& entry : entries) {
-        numbers.insert(entry.integer("mainSceneId"));
-        if (entry.has("sceneTansitionsInfo"))
-            numbers.insert(entry["sceneTansitionsInfo"].integer("tansitionsSceneId"));
-    }
-    std::vector<SceneConfigData> scenes;
-    for (const int64_t number : numbers)
-        if (auto scene = catalogue->querySceneWithSid(number)) scenes.push_back(std::move(*scene));
-    return scenes;
-}
-
-Value Playable::sceneFile(const std::string& path) const {
-    const auto known = sceneFiles.find(path);
-    return known == sceneFiles.end() ? readSceneFile(path) : known->second;
-}
 
 Playable openPlayable(const std::string& argument, const JobFolder& job) {
     std::error_code failure;
@@ -203,23 +198,8 @@ fs::path unpackTemplate(const fs::path& archive, const JobFolder& job) {
 }
 
 Playable openSceneGroupFile(const fs::path& file) {
-    Playable playable;
-    playable.file = fs::absolute(file).lexically_normal();
-    playable.folder = playable.file.parent_path();
-    playable.name = playable.file.filename().string();
-    FileGate::shared().allowFolder(playable.folder);
-    Value content = readSceneFile(playable.file);
-    if (!content.isDictionary() || !content["scene"].isArray())
-        throw Error(ErrorKind::Template, "is neither a template nor a scene-group file", file.string(),
-                    "scene");
-    openSceneGroupFiles(playable.folder, content["userMediaMap"]);
-    playable.entries = content.array("scene");
-    playable.userMediaMap = content["userMediaMap"];
-    playable.groupFile = std::move(content);
-    playable.isGroupFile = true;
-    playable.catalogue = QVDataManager::sharedDataManager();
-    playable.inUse = locksOf(playable);
-    return playable;
+    FileGate::shared().allowFile(file);
+    return groupFilePlayable(file, readSceneFile(file, FileGate::shared()));
 }
 
 }  // namespace multiscene

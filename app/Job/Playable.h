@@ -2,16 +2,16 @@
 #pragma once
 
 #include <filesystem>
-#include <map>
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 #include <vector>
 
 #include "app/Model/MediaFormat.h"
+#include "app/Model/TemplateFolder.h"
 #include "app/Model/UserInputList.h"
 #include "other/SceneCatalogue.h"
+#include "other/SceneGroup.h"
 #include "platform/base/Value.h"
 #include "platform/store/FileLock.h"
 
@@ -25,13 +25,12 @@ struct Playable {
     std::filesystem::path folder;  ///< of the template or of the group file, absolute
     /// NAME with its NAME.plist; empty for a group file.
     std::filesystem::path templateFolder;
-    platform::Value groupFile;  ///< the content of a group file
-    /// Scene files that somebody has read already, by their path.
-    std::map<std::string, platform::Value> sceneFiles;
-    /// Scene entries in the form of the scene-group file. Where the template lists none: its own scene, under
-    /// an identifier that starts with a character that no key holds.
-    platform::Value::Array entries;
-    platform::Value userMediaMap;  ///< of a group file; the user's values come on top
+    std::optional<TemplateFolder> description;  ///< of a template whose own file has been read
+    platform::Value groupFile;                  ///< the content of a group file
+    /// Where the template lists no scenes: its own scene, under an identifier that starts with a character
+    /// that no key holds. The values are those of a group file; the user's come on top. Its scenes are read
+    /// when it is judged.
+    SceneGroup group;
     bool isGroupFile = false;
     UserInputList inputs;               ///< none for a group file
     std::optional<MediaFormat> format;  ///< none for a group file
@@ -39,13 +38,6 @@ struct Playable {
     std::shared_ptr<SceneCatalogue> catalogue;
     /// Keep the files of installed templates from being exchanged while they are played.
     std::vector<platform::FileLock> inUse;
-
-    /// "sceneIdentifier" of the entries that have one.
-    std::set<std::string> identifiers() const;
-    /// The scenes that the entries name, transition scenes included; unknown numbers are left out.
-    std::vector<SceneConfigData> scenes() const;
-    /// The content of a scene file. Throws platform::Error(Template) when it cannot be read.
-    platform::Value sceneFile(const std::string& path) const;
 };
 
 /// Finds what `argument` names: a path (a template's folder, its NAME.plist, a zip, a scene-group file), else

@@ -12,7 +12,6 @@
 #include "platform/base/Error.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
-#include "platform/base/PropertyList.h"
 
 namespace multiscene {
 
@@ -33,14 +32,6 @@ Playable open(const RenderRequest& request, const JobFolder& job) {
     gate.allowFolder(platform::resourcesFolder());
     gate.allowFolder(job.path());
     return request.isSceneGroupFile ? openSceneGroupFile(request.source) : openPlayable(request.source, job);
-}
-
-Value groupOf(const Playable& playable, const Value::Dictionary& userMediaMap) {
-    const Value map(userMediaMap);
-    return Value::Dictionary{
-        {"scene", Value(playable.entries)},
-        {"userMediaMap", map},
-        {"sceneGroupFpsTotal", totalFpsOfSceneGroup(playable.entries, map, *playable.catalogue)}};
 }
 
 void requireWithin(const MusicSettings& settings, const platform::AudioFile& music, const std::string& path) {
@@ -134,16 +125,16 @@ PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, J
     UserValues values = collectUserValues(request.inputs, prepared.playable, job, prepared.format, stop);
     prepared.missingInputs = std::move(values.missing);
     if (request.isStrict) requireInputs(prepared.missingInputs);
-    prepared.group = groupOf(prepared.playable, values.map);
-    prepared.totalFrames = prepared.group.integer("sceneGroupFpsTotal");
-    prepared.groupFile = job.file(kGroupName);
+    prepared.group = std::move(prepared.playable.group);
+    prepared.group.userMediaMap = Value(std::move(values.map));
+    prepared.totalFrames = prepared.group.totalFrames();
     shareFolders(prepared, job);
     Notes notes = std::move(values.notes);
     prepared.musicPath = musicOf(request, prepared, notes);
     QVMultiSceneRenderShareSettings::shared().setBgAudioPath(prepared.musicPath);
     addNotes(prepared, request, notes);
     tellNotes(notes, request, observer);
-    platform::writePropertyList(prepared.groupFile, prepared.group);
+    QVMultiSceneGropPlistFileManager::write(job.file(kGroupName), prepared.group);
     return prepared;
 }
 

@@ -1,8 +1,7 @@
-// A scene group that is ready to be played: everything is read, judged and written into the job's folder.
+// A scene group that is ready to be played: everything is read and judged.
 #pragma once
 
 #include <cstdint>
-#include <filesystem>
 #include <stop_token>
 #include <string>
 #include <vector>
@@ -11,6 +10,7 @@
 #include "app/Job/JobObserver.h"
 #include "app/Job/Playable.h"
 #include "app/Job/RenderRequest.h"
+#include "other/SceneGroup.h"
 
 namespace multiscene {
 
@@ -18,8 +18,7 @@ struct PreparedGroup {
     Playable playable;
     MediaFormat format;                      ///< of the video
     platform::FrameLayout layout;            ///< of the drawn picture in it
-    platform::Value group;                   ///< the content of the scene-group file
-    std::filesystem::path groupFile;         ///< in the job's folder
+    SceneGroup group;                        ///< with the user's values
     int64_t totalFrames = 0;                 ///< as the catalogue says; below 1 when it does not
     std::string musicPath;                   ///< empty: no music
     std::vector<std::string> missingInputs;  ///< keys that the user did not give
@@ -27,9 +26,9 @@ struct PreparedGroup {
     double seconds(int64_t frames) const { return static_cast<double>(frames) / format.framesPerSecond; }
 };
 
-/// Opens the source, judges it, takes in the user's values and writes the scene-group file; tells the
-/// observer what the user should know before it starts. Sets the process up for this one group: gate, scene
-/// folder, group folders. Throws platform::Error.
+/// Opens the source, judges it, takes in the user's values and tells the observer what the user should
+/// know before it starts; keeps the scene-group file in the job's folder. Sets the process up for this one
+/// group: gate, scene folder, group folders. Throws platform::Error.
 PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, JobObserver& observer,
                            const std::stop_token& stop);
 

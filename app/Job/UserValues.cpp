@@ -65,8 +65,8 @@ class Collector {
     Collector(const Playable& playable, const JobFolder& job, const MediaFormat& format,
               const std::stop_token& stop)
         : asked_(askedKeysOf(playable)),
-          identifiers_(playable.identifiers()),
-          places_(videoPlacesOf(playable)),
+          identifiers_(playable.group.identifiers()),
+          places_(videoPlacesOf(playable.group)),
           job_(job),
           format_(format),
           stop_(stop) {}
@@ -156,7 +156,7 @@ class Collector {
             if (asked_[input->renderMapKey()].kind == InputKind::Text)
                 spread(values.map, input->renderMapKey(), "");
         }
-        for (const auto& [key, value] : playable.userMediaMap.dictionary()) values.map[key] = value;
+        for (const auto& [key, value] : playable.group.userMediaMap.dictionary()) values.map[key] = value;
         for (const auto& [key, value] : stored_)
             if (asked_.contains(key)) spread(values.map, key, value);
         if (!isLengthGiven)

@@ -69,10 +69,8 @@ std::vector<FilmNode> filmNodesOf(const SceneView& scene) {
 
 class Places {
   public:
-    explicit Places(const Playable& playable) : playable_(playable) {}
-
-    void addScene(const SceneConfigData& record, const std::string& identifier, int64_t leastFrames) {
-        for (const FilmNode& film : filmsOf(record)) {
+    void addScene(const SceneGroup::Scene& scene, const std::string& identifier, int64_t leastFrames) {
+        for (const FilmNode& film : filmsOf(scene)) {
             const bool isFixed = film.due.isEndKnown && film.due.end != INT64_MAX;
             places.push_back({film.key, identifier, isFixed ? film.due.frames() : leastFrames,
                               isFixed ? film.due.frames() : INT64_MAX});
@@ -83,32 +81,30 @@ class Places {
 
   private:
     /// A group may play one scene file many times.
-    const std::vector<FilmNode>& filmsOf(const SceneConfigData& record) {
-        const std::string& file = record.scenePlistPath;
+    const std::vector<FilmNode>& filmsOf(const SceneGroup::Scene& scene) {
+        const std::string& file = scene.record.scenePlistPath;
         auto known = films_.find(file);
         if (known == films_.end())
             known = films_
-                        .emplace(file, filmNodesOf(sceneViewOf(file, record.sceneResourceFolderPath,
-                                                               playable_.sceneFile(file))))
+                        .emplace(file, filmNodesOf(sceneViewOf(file, scene.record.sceneResourceFolderPath,
+                                                               scene.content)))
                         .first;
         return known->second;
     }
 
-    const Playable& playable_;
     std::map<std::string, std::vector<FilmNode>> films_;  ///< by scene file
 };
 
 }  // namespace
 
-std::vector<VideoPlace> videoPlacesOf(const Playable& playable) {
-    Places places(playable);
-    for (size_t index = 0; index < playable.entries.size(); ++index) {
-        const Value& entry = playable.entries[index];
-        if (const auto scene = playable.catalogue->querySceneWithSid(entry.integer("mainSceneId")))
+std::vector<VideoPlace> videoPlacesOf(const SceneGroup& group) {
+    Places places;
+    for (size_t index = 0; index < group.entries.size(); ++index) {
+        const Value& entry = group.entries[index];
+        if (const auto* scene = group.scene(entry.integer("mainSceneId")))
             places.addScene(*scene, entry.string("sceneIdentifier"),
-                            framesForTransitions(playable.entries, index));
-        const int64_t transition = entry["sceneTansitionsInfo"].integer("tansitionsSceneId");
-        if (const auto scene = playable.catalogue->querySceneWithSid(transition))
+                            framesForTransitions(group.entries, index));
+        if (const auto* scene = group.scene(entry["sceneTansitionsInfo"].integer("tansitionsSceneId")))
             places.addScene(*scene, "", 1);
     }
     return std::move(places.places);

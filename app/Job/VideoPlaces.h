@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "app/Job/Playable.h"
+#include "other/SceneGroup.h"
 
 namespace multiscene {
 
@@ -21,7 +21,7 @@ struct VideoPlace {
 
 /// One for each node that shows a video under a key. A node whose range is written in the scene file needs a
 /// film that fills it; where the length comes from the film, it must outlast the transitions of its scene by
-/// one frame. Throws platform::Error(Template) for a scene file that cannot be parsed.
-std::vector<VideoPlace> videoPlacesOf(const Playable& playable);
+/// one frame.
+std::vector<VideoPlace> videoPlacesOf(const SceneGroup& group);
 
 }  // namespace multiscene

@@ -142,7 +142,9 @@ TemplateFolder readTemplateFolder(const fs::path& folder) {
                     fs::exists(result.folder, failure) ? "is no folder" : "does not exist", folder.string());
     result.name = result.folder.filename().string();
     const std::string file = result.plistPath().string();
-    result.description = platform::parsePropertyList(readThroughFence(result.folder, file), file);
+    const auto bytes = readThroughFence(result.folder, file);
+    result.description = platform::parsePropertyList(bytes, file);
+    result.faults = platform::propertyListFaults(bytes);
     if (!result.description.isDictionary()) throw Error(ErrorKind::Template, "holds no dictionary", file);
     result.records = templateRecords(result.description, file);
     return result;

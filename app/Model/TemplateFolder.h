@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/Model/QVTempletDataModel.h"
+#include "platform/base/PropertyListFaults.h"
 #include "platform/base/Value.h"
 
 namespace multiscene {
@@ -14,9 +15,10 @@ struct TemplateFolder {
     /// The background music of a template that names none.
     static constexpr const char* usualMusic = "bg-audio.mp3";
 
-    std::string name;              ///< the folder's name
-    std::filesystem::path folder;  ///< absolute
-    platform::Value description;   ///< the content of NAME.plist
+    std::string name;                                 ///< the folder's name
+    std::filesystem::path folder;                     ///< absolute
+    platform::Value description;                      ///< the content of NAME.plist
+    std::vector<platform::PropertyListFault> faults;  ///< of NAME.plist, which reading passed over
     /// "installScenes"; the first is the template itself, the others are further scenes that it uses.
     std::vector<QVTempletDataModel> records;
 

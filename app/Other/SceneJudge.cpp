@@ -28,11 +28,12 @@ fs::path fileInFolder(const TemplateFolder& folder, const std::string& macroPath
 }
 
 void requirePlayableScenes(const TemplateFolder& folder) {
-    platform::FileGate::shared().allowFolder(folder.folder);
+    platform::FileGate gate;
+    gate.allowFolder(folder.folder);
     for (const QVTempletDataModel& record : folder.records) {
         const std::string file = fileInFolder(folder, record.scenePlistPath()).string();
         try {
-            const auto problems = SceneValidation::sceneProblems(readSceneFile(file), file);
+            const auto problems = SceneValidation::sceneProblems(readSceneFile(file, gate), file);
             if (!problems.empty()) throw Error(problems.front());
         } catch (const Error& error) {
             throw withShortName(error, folder);

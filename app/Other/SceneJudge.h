@@ -12,8 +12,7 @@ namespace multiscene {
 std::filesystem::path fileInFolder(const TemplateFolder& folder, const std::string& macroPath);
 
 /// Throws platform::Error(Template), naming file and key, when a scene of the template cannot be played: its
-/// file cannot be read, it has no clock, or holds a node, component or clock of an unknown type. Opens files
-/// through FileGate::shared().
+/// file cannot be read, it has no clock, or holds a node, component or clock of an unknown type.
 void requirePlayableScenes(const TemplateFolder& folder);
 
 }  // namespace multiscene

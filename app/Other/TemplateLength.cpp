@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "other/QVMultiSceneGropPlistFileManager.h"
+#include "other/SceneGroup.h"
 
 namespace multiscene {
 
@@ -38,7 +38,7 @@ int64_t lengthInFrames(const std::vector<QVTempletDataModel>& records, SceneCata
     const auto& entries = records.front().sceneGroup();
     if (entries.empty()) return records.front().fpsLength();
     RecordCatalogue own(records, others);
-    return totalFpsOfSceneGroup(entries, platform::Value::Dictionary(), own);
+    return SceneGroup{entries, {}, scenesNamedBy(entries, own)}.totalFrames();
 }
 
 int64_t photosWanted(const UserInputList& inputs) {

@@ -5,7 +5,6 @@
 #include <semaphore>
 #include <thread>
 
-#include "other/QVMultiSceneGropPlistFileManager.h"
 #include "platform/audio/AudioFile.h"
 #include "platform/media/VideoReader.h"
 #include "tests/engine/PlayFixture.h"
@@ -283,7 +282,7 @@ class ThreeScenes : public Export, public ::testing::WithParamInterface<int64_t>
     }
 
     /// What the group's file tells.
-    int announcedFrames() const { return totalFpsOfSceneGroup(scenes_, Value(), *catalogue_); }
+    int announcedFrames() const { return group().totalFrames(); }
     std::string wholeGroup() const {
         return isOverlay() ? "0:c1 x5, 2:c1+t9 x3, 2:c2+t9 x2, 0:c2 x5, 2:c2+t9 x3, 2:c3+t9 x2, 0:c3 x6"
                            : "0:c1 x5, 1:c1+n2+t9 x3, 0:c2 x4, 1:c2+n3+t9 x3, 0:c3 x5";

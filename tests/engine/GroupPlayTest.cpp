@@ -54,6 +54,25 @@ TEST_F(GroupPlay, OneSceneEndsOnceAndLeavesNothingBehind) {
     EXPECT_EQ(liveObjects(), 0);
 }
 
+TEST_F(GroupPlay, ReadsEachSceneFileOnceHoweverOftenItIsPlayed) {
+    addScene(1, 2);
+    addScene(9, 2);
+    catalogue_->scenes[2] = catalogue_->scenes[1];  // the same file under another number
+    catalogue_->scenes[2].sId = 2;
+    play(1, transition(9, 1, 1));
+    play(2);
+    play(1);
+    create(pixelSink());
+    recordFrames();
+    const SceneGroup read = group();
+    EXPECT_EQ(read.scenes.size(), 3u);
+    std::filesystem::remove_all(folder_);
+    player_->loadSceneGroup(read);
+    pumpUntil([&] { return completions_ + failures_ > 0; });
+    EXPECT_EQ(summary(), "0:c1 x2, 2:c1+t9 x1, 2:c2+t9 x2, 0:c2 x1, 0:c1 x3");
+    EXPECT_EQ(completions_, 1);
+}
+
 TEST_F(GroupPlay, TextureTransitionFadesBothMovingScenesIntoEachOther) {
     addScene(1, 6, {patch("1,0,0,1"), patch("0,1,0,1", "0,16,32,16")});
     addScene(2, 6,

@@ -11,13 +11,14 @@
 #include "core/GLESUtils/GLObject.h"
 #include "core/QVScene3D.h"
 #include "other/RenderReport.h"
-#include "other/SceneCatalogue.h"
+#include "other/SceneGroup.h"
 #include "platform/base/Clock.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
 #include "tests/engine/MediaFiles.h"
 #include "videoRenderCore/QVMediaManage.h"
+#include "videoRenderCore/SceneFile.h"
 #include "videoRenderCore/SceneTrace.h"
 
 namespace multiscene::testing {
@@ -134,7 +135,7 @@ class PlayFixture : public ::testing::Test {
                                                           .multisamplesRegions = multisamplesRegions_});
         driver_->setExportPauseSeconds(0);
         driver_->setFrameRenderingCompleteBlock([this](int64_t count) { frames_ = count; });
-        player_ = QVMediaManage::initWithRenderManager(driver_, catalogue_, isLooping);
+        player_ = QVMediaManage::initWithRenderManager(driver_, isLooping);
         player_->setIsRec(true);
         player_->setOnSceneGroupRenderingCompleteBlock([this] { ++completions_; });
         player_->setOnSceneGroupRenderingFailedBlock([this](const platform::Error& error) {
@@ -142,7 +143,14 @@ class PlayFixture : public ::testing::Test {
             ++failures_;
         });
     }
-    void start() { player_->loadSceneGroupWithSceneArray(scenes_, Value(), 0); }
+    /// The scenes as they are now, read from their files.
+    SceneGroup group(const Value::Array& scenes, const Value& userMediaMap = {}) const {
+        SceneGroup group{scenes, userMediaMap, scenesNamedBy(scenes, *catalogue_)};
+        readScenes(group, {}, platform::FileGate::shared());
+        return group;
+    }
+    SceneGroup group() const { return group(scenes_); }
+    void start() { player_->loadSceneGroup(group()); }
 
     /// Pumps the main queue until `isDone` holds; fails after a minute.
     static void pumpUntil(const std::function<bool()>& isDone) {

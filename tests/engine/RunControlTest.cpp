@@ -141,7 +141,7 @@ TEST_F(RunControl, RestartOfAGroupThatCannotBeBuiltFailsOnceAndLeavesNothingBehi
     create(std::make_shared<PictureSink>(32, 32, [](const auto&) {}));
     start();
     pumpUntil([&] { return frames_ > 3; });
-    player_->reStartRenderwithSceneArray({Value(Dictionary{{"mainSceneId", 2}})}, Value());
+    player_->reStartRenderwithSceneGroup(group({Value(Dictionary{{"mainSceneId", 2}})}));
     pumpUntil([&] { return failures_ > 0; });
     settle();
     driver_->performOnRenderQueue([] {});

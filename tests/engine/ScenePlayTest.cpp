@@ -84,7 +84,7 @@ class ScenePlay : public testing::PlayFixture {
             traces_.push_back(SceneTrace::frame(*driver_));
             textures_.push_back(liveGLObjects(GLObjectKind::Texture));
         });
-        player_->loadSceneGroupWithSceneArray(scenes_, usersMap, 0);
+        player_->loadSceneGroup(group(scenes_, usersMap));
         pumpUntil([&] { return completions_ + failures_ > 0; });
         driver_->performOnRenderQueue([] {});
         EXPECT_EQ(completions_, 1);

@@ -16,8 +16,7 @@ class Validation : public testing::PlayFixture {
         return keys;
     }
     SceneValidation::Problems groupProblems() {
-        return SceneValidation::sceneGroupProblems(Value(Dictionary{{"scene", Value(scenes_)}}),
-                                                   "group.plist", *catalogue_);
+        return SceneValidation::sceneGroupProblems(group(), "group.plist");
     }
 };
 
@@ -61,8 +60,7 @@ TEST_F(Validation, JudgesAGroupWithItsTransitionsAndEachFileOnce) {
     EXPECT_EQ(problems[1].file(), (folder_ / "scene2.plist").string());
     EXPECT_EQ(problems[2].file(), (folder_ / "scene3.plist").string());
     for (const auto& problem : problems) EXPECT_EQ(problem.kind(), platform::ErrorKind::Template);
-    EXPECT_THROW(SceneValidation::requirePlayable(Value(Dictionary{}), "group.plist", *catalogue_),
-                 platform::Error);
+    EXPECT_THROW(SceneValidation::requirePlayable(SceneGroup(), "group.plist"), platform::Error);
 }
 
 }  // namespace

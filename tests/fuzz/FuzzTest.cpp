@@ -4,6 +4,7 @@
 #include "core/GLESUtils/PvrFile.h"
 #include "core/GLESUtils/PvrtcDecoder.h"
 #include "core/SceneNodes.h"
+#include "other/QVMultiSceneGropPlistFileManager.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
@@ -122,8 +123,10 @@ TEST_F(FuzzTest, SceneGroups) {
     } catalogue;
     survive(bytesOf(platform::propertyListXml(group)), [&](const Bytes& bytes) {
         try {
-            SceneValidation::sceneGroupProblems(platform::parsePropertyList(bytes, "group.plist"),
-                                                "group.plist", catalogue);
+            SceneGroup read =
+                QVMultiSceneGropPlistFileManager::groupOf(platform::parsePropertyList(bytes, "group.plist"));
+            read.scenes = scenesNamedBy(read.entries, catalogue);
+            SceneValidation::sceneGroupProblems(read, "group.plist");
             return true;
         } catch (const platform::Error&) {
             return false;

@@ -1,12 +1,11 @@
-// Writes the scene-group file that the player plays.
+// Writes and reads the scene-group file.
 #pragma once
 
 #include <cstdint>
+#include <filesystem>
 #include <string>
-#include <vector>
 
-#include "other/SceneCatalogue.h"
-#include "platform/base/Value.h"
+#include "other/SceneGroup.h"
 
 namespace multiscene {
 
@@ -31,29 +30,26 @@ class QVMultiSceneGropPlistFileManager {
     void addObjectToUserMap(platform::Value value, const std::string& key,
                             const std::string& sceneIdentifier);
 
-    /// Frames of the whole group: each scene's catalogue length (or the user's video's), less the transitions
-    /// of type 0, during which two scenes overlap. Saturates at 32 bits.
-    int32_t computeTotalFps() const;
+    /// SceneGroup::totalFrames.
+    int32_t computeTotalFps() const { return group().totalFrames(); }
 
-    /// The file's content as it stands.
-    platform::Value groupDictionary() const;
+    /// The group as it stands; its scene files are not read.
+    SceneGroup group() const;
 
     /// Writes the file, replacing an earlier one. Throws platform::Error.
-    void commit() const;
+    void commit() const { write(plistPath_, group()); }
 
-    const std::string& plistPath() const { return plistPath_; }
-    const platform::Value::Array& sceneDataArray() const { return sceneDataArray_; }
-    const platform::Value::Dictionary& userMediaMap() const { return userMediaMap_; }
+    /// Writes a group as its file. Throws platform::Error.
+    static void write(const std::filesystem::path& file, const SceneGroup& group);
+
+    /// The group that a file's content lists; none of its scenes is looked up or read.
+    static SceneGroup groupOf(const platform::Value& content);
 
   private:
     std::string plistPath_;
     SceneCatalogue& catalogue_;
-    platform::Value::Array sceneDataArray_;
+    platform::Value::Array entries_;
     platform::Value::Dictionary userMediaMap_;
 };
-
-/// computeTotalFps of a file that already exists: its "scene" and "userMediaMap".
-int32_t totalFpsOfSceneGroup(const platform::Value::Array& scenes, const platform::Value& userMediaMap,
-                             SceneCatalogue& catalogue);
 
 }  // namespace multiscene

@@ -1,13 +1,11 @@
 #include "videoRenderCore/QVMediaManage.h"
 
-#include <filesystem>
-
 #include "core/QVLightBase.h"
 #include "core/SceneNodes.h"
 #include "core/carmera/QVCamera3D.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
+#include "other/RenderReport.h"
 #include "tween/QVTween.h"
-#include "videoRenderCore/SceneFile.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {
@@ -26,20 +24,20 @@ void cleanUp(const std::shared_ptr<QVScene3D>& scene, bool removesChildren) {
     scene->removeAllChild();
 }
 
+void reportUnreadable(const SceneGroup::Scene& scene) {
+    const std::string& file = scene.record.scenePlistPath;
+    RenderReport::shared().add({.what = scene.fault->message(), .name = file, .scene = file, .node = {}});
+}
+
 }  // namespace
 
 std::shared_ptr<QVMediaManage> QVMediaManage::initWithRenderManager(
-    std::shared_ptr<QVMultiSceneRenderManager> renderManager, std::shared_ptr<SceneCatalogue> catalogue,
-    bool isLoopPlayer) {
-    return std::shared_ptr<QVMediaManage>(
-        new QVMediaManage(std::move(renderManager), std::move(catalogue), isLoopPlayer));
+    std::shared_ptr<QVMultiSceneRenderManager> renderManager, bool isLoopPlayer) {
+    return std::shared_ptr<QVMediaManage>(new QVMediaManage(std::move(renderManager), isLoopPlayer));
 }
 
-QVMediaManage::QVMediaManage(std::shared_ptr<QVMultiSceneRenderManager> renderManager,
-                             std::shared_ptr<SceneCatalogue> catalogue, bool isLoopPlayer)
-    : renderManager_(std::move(renderManager)),
-      catalogue_(std::move(catalogue)),
-      isLoopPlayer_(isLoopPlayer) {
+QVMediaManage::QVMediaManage(std::shared_ptr<QVMultiSceneRenderManager> renderManager, bool isLoopPlayer)
+    : renderManager_(std::move(renderManager)), isLoopPlayer_(isLoopPlayer) {
     renderManager_->performOnRenderQueue([this] {
         if (const auto placeholder = renderManager_->currentScene())
             placeholder->setCamera(QVCamera3D::initOrthWithWidth(placeholderWidth, placeholderAspect));
@@ -48,33 +46,17 @@ QVMediaManage::QVMediaManage(std::shared_ptr<QVMultiSceneRenderManager> renderMa
 
 // --- loading -------------------------------------------------------------------------------------------
 
-void QVMediaManage::loadSceneGroupWithPlistFlie(const std::string& path) {
-    const std::string folder = std::filesystem::path(path).parent_path().string() + "/";
-    renderManager_->performOnRenderQueue(
-        [&] { QVMultiSceneRenderShareSettings::shared().setCurrentSceneGroupPlistPathFloder(folder); });
-    loadSceneGroupWithDicInfo(sceneFileOrEmpty(path));
-}
-
-void QVMediaManage::loadSceneGroupWithDicInfo(const platform::Value& sceneGroup) {
-    const KeyReader group(sceneGroupFileKeys, sceneGroup);
-    loadSceneGroupWithSceneArray(group.array("scene"), group.value("userMediaMap"),
-                                 group.integer("sceneGroupFpsTotal"));
-}
-
-void QVMediaManage::loadSceneGroupWithSceneArray(const platform::Value::Array& sceneArray,
-                                                 const platform::Value& userMediaMap,
-                                                 int64_t sceneGroupFpsTotal) {
+void QVMediaManage::loadSceneGroup(SceneGroup group) {
     renderManager_->performOnRenderQueue([&] {
-        sceneGroupFpsTotal_ = sceneGroupFpsTotal;
-        takeGroup(sceneArray, userMediaMap);
+        takeGroup(std::move(group));
         loadFirstScene();
     });
     renderManager_->stratRun();
 }
 
-void QVMediaManage::takeGroup(const platform::Value::Array& sceneArray, const platform::Value& userMediaMap) {
-    sceneArray_ = sceneArray;
-    QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic(userMediaMap);
+void QVMediaManage::takeGroup(SceneGroup group) {
+    group_ = std::move(group);
+    QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic(group_.userMediaMap);
 }
 
 void QVMediaManage::loadFirstScene() {
@@ -86,10 +68,10 @@ void QVMediaManage::loadFirstScene() {
 bool QVMediaManage::loadNextScene(const std::shared_ptr<QVScene3D>& scene) {
     ++currentSceneIndex_;
     if (groupHasEnded()) {
-        if (!isLoopPlayer_ || sceneArray_.empty()) return false;
+        if (!isLoopPlayer_ || group_.entries.empty()) return false;
         currentSceneIndex_ = 0;
     }
-    const KeyReader entry(sceneEntryKeys, sceneArray_[static_cast<size_t>(currentSceneIndex_)]);
+    const KeyReader entry(sceneEntryKeys, group_.entries[static_cast<size_t>(currentSceneIndex_)]);
     loadSceneWithSceneId(entry.integer("mainSceneId"), scene, entry.text("sceneIdentifier"),
                          entry.value("sceneTansitionsInfo"));
     return true;
@@ -98,11 +80,12 @@ bool QVMediaManage::loadNextScene(const std::shared_ptr<QVScene3D>& scene) {
 void QVMediaManage::loadSceneWithSceneId(int64_t sceneId, const std::shared_ptr<QVScene3D>& scene,
                                          const std::string& sceneIdentifier,
                                          const platform::Value& sceneTansitionsInfo) {
-    const auto record = catalogue_->querySceneWithSid(sceneId);
     scene->setSceneIdentifier(sceneIdentifier);
-    if (!record) return;
-    scene->setSceneConfigData(*record);
-    buildScene(scene, sceneFileOrEmpty(record->scenePlistPath), sceneTansitionsInfo);
+    const SceneGroup::Scene* known = group_.scene(sceneId);
+    if (!known) return;
+    scene->setSceneConfigData(known->record);
+    if (known->fault) reportUnreadable(*known);
+    buildScene(scene, known->content, sceneTansitionsInfo);
 }
 
 void QVMediaManage::buildScene(const std::shared_ptr<QVScene3D>& scene, const platform::Value& sceneFile,
@@ -149,7 +132,7 @@ std::shared_ptr<VideoTimeSource> QVMediaManage::timeSourceWithInfo(
 // --- what the clocks tell ------------------------------------------------------------------------------
 
 bool QVMediaManage::groupHasEnded() const {
-    return currentSceneIndex_ >= static_cast<int64_t>(sceneArray_.size());
+    return currentSceneIndex_ >= static_cast<int64_t>(group_.entries.size());
 }
 
 void QVMediaManage::didLoadNextScene(VideoTimeSource&, const std::shared_ptr<QVScene3D>&) {
@@ -218,10 +201,8 @@ void QVMediaManage::reStartRender(CompletionBlock completion) {
     restart([] {}, std::move(completion));
 }
 
-void QVMediaManage::reStartRenderwithSceneArray(const platform::Value::Array& sceneArray,
-                                                const platform::Value& userMediaMap,
-                                                CompletionBlock completion) {
-    restart([this, sceneArray, userMediaMap] { takeGroup(sceneArray, userMediaMap); }, std::move(completion));
+void QVMediaManage::reStartRenderwithSceneGroup(SceneGroup group, CompletionBlock completion) {
+    restart([this, group = std::move(group)] { takeGroup(group); }, std::move(completion));
 }
 
 void QVMediaManage::restart(std::function<void()> prepare, CompletionBlock completion) {

@@ -6,13 +6,13 @@
 #include <string>
 
 #include "core/VideoTimeSource.h"
-#include "other/SceneCatalogue.h"
+#include "other/SceneGroup.h"
 #include "platform/base/Value.h"
 #include "videoRenderCore/QVMultiSceneRenderManager.h"
 
 namespace multiscene {
 
-/// Reads a scene group, builds one scene at a time for the render driver, one ahead of the one that plays,
+/// Plays a scene group: builds one scene at a time for the render driver, one ahead of the one that plays,
 /// starts transitions when a clock asks for one, and ends or loops the group. Loading runs on the render
 /// queue; operations marked "any thread" get there by themselves.
 class QVMediaManage : public VideoTimeSourceDelegate, public std::enable_shared_from_this<QVMediaManage> {
@@ -20,8 +20,7 @@ class QVMediaManage : public VideoTimeSourceDelegate, public std::enable_shared_
     using CompletionBlock = QVMultiSceneRenderManager::CompletionBlock;
 
     static std::shared_ptr<QVMediaManage> initWithRenderManager(
-        std::shared_ptr<QVMultiSceneRenderManager> renderManager, std::shared_ptr<SceneCatalogue> catalogue,
-        bool isLoopPlayer);
+        std::shared_ptr<QVMultiSceneRenderManager> renderManager, bool isLoopPlayer);
 
     // Settings, before loading
     /// Rendering for a file: video sources decode as fast as they can instead of at their own rate.
@@ -35,18 +34,13 @@ class QVMediaManage : public VideoTimeSourceDelegate, public std::enable_shared_
         renderManager_->setRunFailedBlock(std::move(block));
     }
 
-    // Loading, any thread; loads the first scene and starts the run. Throw Error(Template) when the first
-    // scene names a type that does not exist.
-    /// Through the fence; a file that cannot be read is a group without scenes.
-    void loadSceneGroupWithPlistFlie(const std::string& path);
-    void loadSceneGroupWithDicInfo(const platform::Value& sceneGroup);
-    void loadSceneGroupWithSceneArray(const platform::Value::Array& sceneArray,
-                                      const platform::Value& userMediaMap, int64_t sceneGroupFpsTotal);
+    /// Loads the first scene of a group whose scene files have been read, and starts the run. Any thread.
+    /// Throws Error(Template) when the first scene names a type that does not exist.
+    void loadSceneGroup(SceneGroup group);
 
     // Control, any thread
     void reStartRender(CompletionBlock completion = {});
-    void reStartRenderwithSceneArray(const platform::Value::Array& sceneArray,
-                                     const platform::Value& userMediaMap, CompletionBlock completion = {});
+    void reStartRenderwithSceneGroup(SceneGroup group, CompletionBlock completion = {});
     /// Stops the run, gives up the export, then calls back on the render queue.
     void cancelRun(CompletionBlock completion);
     void pauseRun() { renderManager_->pauseRun(); }
@@ -55,7 +49,8 @@ class QVMediaManage : public VideoTimeSourceDelegate, public std::enable_shared_
     // Render queue
     /// Fills the scene with the next entry of the group; false when the group has ended and does not loop.
     bool loadNextScene(const std::shared_ptr<QVScene3D>& scene);
-    /// Fills one scene from the catalogue. A scene or file that does not exist leaves it empty.
+    /// Fills one scene of the group. A scene that the group does not know, or whose file could not be read,
+    /// stays empty; the latter is listed in the report.
     void loadSceneWithSceneId(int64_t sceneId, const std::shared_ptr<QVScene3D>& scene,
                               const std::string& sceneIdentifier, const platform::Value& sceneTansitionsInfo);
     /// The clock of a scene by its "type", configured, its delegate set; none for an unknown type.
@@ -73,15 +68,13 @@ class QVMediaManage : public VideoTimeSourceDelegate, public std::enable_shared_
     bool isLoopPlayer() const { return isLoopPlayer_; }
     /// Index of the scene loaded last, which is mostly one ahead of the one that plays; -1 before the first.
     int64_t currentSceneIndex() const { return currentSceneIndex_; }
-    int64_t sceneGroupFpsTotal() const { return sceneGroupFpsTotal_; }  ///< frames, as the group says
-    const platform::Value::Array& sceneArray() const { return sceneArray_; }
+    const SceneGroup& group() const { return group_; }
     const std::shared_ptr<QVMultiSceneRenderManager>& renderManager() const { return renderManager_; }
 
   private:
-    QVMediaManage(std::shared_ptr<QVMultiSceneRenderManager> renderManager,
-                  std::shared_ptr<SceneCatalogue> catalogue, bool isLoopPlayer);
+    QVMediaManage(std::shared_ptr<QVMultiSceneRenderManager> renderManager, bool isLoopPlayer);
 
-    void takeGroup(const platform::Value::Array& sceneArray, const platform::Value& userMediaMap);
+    void takeGroup(SceneGroup group);
     void loadFirstScene();
     void restart(std::function<void()> prepare, CompletionBlock completion);
     void buildScene(const std::shared_ptr<QVScene3D>& scene, const platform::Value& sceneFile,
@@ -95,12 +88,10 @@ class QVMediaManage : public VideoTimeSourceDelegate, public std::enable_shared_
     void completeOverlay(const std::shared_ptr<QVScene3D>& scene);
 
     std::shared_ptr<QVMultiSceneRenderManager> renderManager_;
-    std::shared_ptr<SceneCatalogue> catalogue_;
     bool isLoopPlayer_ = false, isRec_ = false;
     CompletionBlock completeBlock_;
-    platform::Value::Array sceneArray_;
+    SceneGroup group_;
     int64_t currentSceneIndex_ = -1;
-    int64_t sceneGroupFpsTotal_ = 0;
 };
 
 }  // namespace multiscene

@@ -1,29 +1,36 @@
 #include "videoRenderCore/SceneFile.h"
 
-#include "other/RenderReport.h"
-#include "platform/base/FileGate.h"
 #include "platform/base/PropertyList.h"
 
 namespace multiscene {
 
-platform::Value readSceneFile(const std::string& path) {
-    const platform::FileGate::Opened opened = platform::FileGate::shared().open(path);
-    if (opened.verdict == platform::FileGate::Verdict::Missing)
-        throw platform::Error(platform::ErrorKind::Template, "there is no such file", path);
-    if (opened.verdict != platform::FileGate::Verdict::Allowed)
-        throw platform::Error(platform::ErrorKind::Template, platform::describe(opened.verdict), path);
+using platform::Error;
+using platform::FileGate;
+using platform::Value;
+
+Value readSceneFile(const std::string& path, FileGate& gate) {
+    const FileGate::Opened opened = gate.open(path);
+    if (opened.verdict == FileGate::Verdict::Missing)
+        throw Error(platform::ErrorKind::Template, "there is no such file", path);
+    if (opened.verdict != FileGate::Verdict::Allowed)
+        throw Error(platform::ErrorKind::Template, platform::describe(opened.verdict), path);
     const auto bytes = platform::readFile(opened.file, path, platform::PropertyListLimits{}.maxBytes,
                                           platform::ErrorKind::Template);
     return platform::parsePropertyList(bytes, path);
 }
 
-platform::Value sceneFileOrEmpty(const std::string& path) {
-    try {
-        return readSceneFile(path);
-    } catch (const platform::Error& error) {
-        if (error.kind() == platform::ErrorKind::Transient) throw;
-        RenderReport::shared().add({.what = error.message(), .name = path, .scene = path, .node = {}});
-        return {};
+void readScenes(SceneGroup& group, const std::map<std::string, Value>& known, FileGate& gate) {
+    std::map<std::string, Value> contents = known;
+    for (auto& [number, scene] : group.scenes) {
+        const std::string& path = scene.record.scenePlistPath;
+        try {
+            auto content = contents.find(path);
+            if (content == contents.end()) content = contents.emplace(path, readSceneFile(path, gate)).first;
+            scene.content = content->second;
+        } catch (const Error& error) {
+            if (error.kind() == platform::ErrorKind::Transient) throw;
+            scene.fault = error;
+        }
     }
 }
 

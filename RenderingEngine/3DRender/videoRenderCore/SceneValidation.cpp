@@ -6,7 +6,6 @@
 #include "core/VideoTimeSource.h"
 #include "core/component/QVObject3DComponentBase.h"
 #include "platform/base/Limits.h"
-#include "videoRenderCore/SceneFile.h"
 #include "videoRenderCore/SceneLimits.h"
 
 namespace multiscene {
@@ -77,19 +76,19 @@ class FileProblems {
     const std::string& file_;
 };
 
-/// Judges the scenes of a group, each catalogue number once.
+/// Judges the scenes of a group, each file once.
 class GroupProblems {
   public:
-    GroupProblems(Problems& problems, const std::string& file, SceneCatalogue& catalogue)
-        : problems_(problems), group_(problems, file), catalogue_(catalogue) {}
+    GroupProblems(Problems& problems, const std::string& file, const SceneGroup& group)
+        : problems_(problems), file_(problems, file), group_(group) {}
 
-    void check(const Value& sceneGroup) {
-        const auto& scenes = sceneGroup.array("scene");
-        if (scenes.empty()) group_.add("scene", "the list of scenes is empty");
-        if (scenes.size() > platform::Limits::maxGroupScenes)
-            return group_.add(
-                "scene", platform::beyondLimit(scenes.size(), "scenes", platform::Limits::maxGroupScenes));
-        for (size_t i = 0; i < scenes.size(); ++i) checkEntry(scenes[i], element("scene", i));
+    void check() {
+        const auto& entries = group_.entries;
+        if (entries.empty()) file_.add("scene", "the list of scenes is empty");
+        if (entries.size() > platform::Limits::maxGroupScenes)
+            return file_.add(
+                "scene", platform::beyondLimit(entries.size(), "scenes", platform::Limits::maxGroupScenes));
+        for (size_t i = 0; i < entries.size(); ++i) checkEntry(entries[i], element("scene", i));
     }
 
   private:
@@ -103,21 +102,18 @@ class GroupProblems {
     }
 
     void checkScene(int64_t sceneId, const std::string& key) {
-        const auto record = catalogue_.querySceneWithSid(sceneId);
-        if (!record) return group_.add(key, "the catalogue has no scene " + std::to_string(sceneId));
-        if (!seen_.insert(record->scenePlistPath).second) return;
-        try {
-            const auto found =
-                SceneValidation::sceneProblems(readSceneFile(record->scenePlistPath), record->scenePlistPath);
-            problems_.insert(problems_.end(), found.begin(), found.end());
-        } catch (const platform::Error& error) {
-            problems_.push_back(error);
-        }
+        const SceneGroup::Scene* scene = group_.scene(sceneId);
+        if (!scene) return file_.add(key, "the catalogue has no scene " + std::to_string(sceneId));
+        const std::string& path = scene->record.scenePlistPath;
+        if (!seen_.insert(path).second) return;
+        if (scene->fault) return problems_.push_back(*scene->fault);
+        const auto found = SceneValidation::sceneProblems(scene->content, path);
+        problems_.insert(problems_.end(), found.begin(), found.end());
     }
 
     Problems& problems_;
-    FileProblems group_;
-    SceneCatalogue& catalogue_;
+    FileProblems file_;
+    const SceneGroup& group_;
     std::set<std::string> seen_;
 };
 
@@ -133,16 +129,14 @@ Problems SceneValidation::sceneProblems(const Value& scene, const std::string& f
     return problems;
 }
 
-Problems SceneValidation::sceneGroupProblems(const Value& sceneGroup, const std::string& file,
-                                             SceneCatalogue& catalogue) {
+Problems SceneValidation::sceneGroupProblems(const SceneGroup& group, const std::string& file) {
     Problems problems;
-    GroupProblems(problems, file, catalogue).check(sceneGroup);
+    GroupProblems(problems, file, group).check();
     return problems;
 }
 
-void SceneValidation::requirePlayable(const Value& sceneGroup, const std::string& file,
-                                      SceneCatalogue& catalogue) {
-    const Problems problems = sceneGroupProblems(sceneGroup, file, catalogue);
+void SceneValidation::requirePlayable(const SceneGroup& group, const std::string& file) {
+    const Problems problems = sceneGroupProblems(group, file);
     if (!problems.empty()) throw platform::Error(problems.front());
 }
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "other/SceneCatalogue.h"
+#include "other/SceneGroup.h"
 #include "platform/base/Error.h"
 #include "platform/base/Value.h"
 
@@ -20,14 +20,13 @@ class SceneValidation {
     /// Unknown node, component or time-source types, and a missing clock.
     static Problems sceneProblems(const platform::Value& scene, const std::string& file);
 
-    /// An empty list of scenes, scene numbers that the catalogue does not have, scene files that cannot be
-    /// read (through the fence), and the problems of every scene, each file once.
-    static Problems sceneGroupProblems(const platform::Value& sceneGroup, const std::string& file,
-                                       SceneCatalogue& catalogue);
+    /// An empty list of scenes, scene numbers that the catalogue does not have, scene files that could not be
+    /// read, and the problems of every scene, each file once. `file` is what faults of the list are blamed
+    /// on.
+    static Problems sceneGroupProblems(const SceneGroup& group, const std::string& file);
 
     /// Throws the first problem of the group.
-    static void requirePlayable(const platform::Value& sceneGroup, const std::string& file,
-                                SceneCatalogue& catalogue);
+    static void requirePlayable(const SceneGroup& group, const std::string& file);
 };
 
 }  // namespace multiscene
