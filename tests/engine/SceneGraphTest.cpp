@@ -114,6 +114,37 @@ TEST_F(SceneGraphTest, WorldMatricesFollowTheParentAndAVanishedParentCountsAsZer
     EXPECT_EQ(child->sceneTransform(), glm::mat4(0));
 }
 
+TEST_F(SceneGraphTest, ProjectionsFollowTheNodeThoseAboveItAndEveryCamera) {
+    auto parent = group(), child = group();
+    parent->addChild(child);
+    scene->addChild(parent);
+    const auto expectUpToDate = [&](const char* what) {
+        scene->updateMatrix();
+        const auto& camera = child->camera() ? child->camera() : scene->camera();
+        EXPECT_EQ(child->projTransform(),
+                  camera->getPpTransform() * (camera->cameraLookAtTransform() * child->sceneTransform()))
+            << what;
+    };
+    expectUpToDate("at first");
+    const auto before = child->projTransform();
+    scene->camera()->lookAtTransform().moveCameraToTarget({3, 0, 7});
+    expectUpToDate("the camera moved");
+    EXPECT_NE(child->projTransform(), before);
+    scene->camera()->setFov(40);
+    expectUpToDate("the camera's angle");
+    scene->setCamera(QVCamera3D::initOrthWithWidth(20, 2));
+    expectUpToDate("another camera of the scene");
+    parent->setX(5);
+    expectUpToDate("the parent moved");
+    EXPECT_EQ(child->sceneTransform()[3].x, 5);
+    child->setY(2);
+    expectUpToDate("the node moved");
+    parent->setCamera(QVCamera3D::initWithFov(60, 1));
+    expectUpToDate("a camera of its own");
+    child->camera()->lookAtTransform().cameraRotateFromUpVector(30);
+    expectUpToDate("its own camera turned");
+}
+
 TEST_F(SceneGraphTest, NodesGoAtTheirLastFrameWithTheirTweens) {
     auto a = group(live(0, 1)), b = group(live(0, 1)), stays = group(live(0, 2));
     auto child = group(

@@ -11,37 +11,31 @@ void QVObject3D::set(float& field, float value) {
     invalidateTransform();
 }
 
-void QVObject3D::setX(float x) { set(x_, x); }
-void QVObject3D::setY(float y) { set(y_, y); }
-void QVObject3D::setZ(float z) { set(z_, z); }
-void QVObject3D::setScaleX(float scale) { set(scaleX_, scale); }
-void QVObject3D::setScaleY(float scale) { set(scaleY_, scale); }
-void QVObject3D::setScaleZ(float scale) { set(scaleZ_, scale); }
-void QVObject3D::setRotationX(float degrees) { set(rotationX_, toRadians(degrees)); }
-void QVObject3D::setRotationY(float degrees) { set(rotationY_, toRadians(degrees)); }
-void QVObject3D::setRotationZ(float degrees) { set(rotationZ_, toRadians(degrees)); }
-float QVObject3D::rotationX() const { return toDegrees(rotationX_); }
-float QVObject3D::rotationY() const { return toDegrees(rotationY_); }
-float QVObject3D::rotationZ() const { return toDegrees(rotationZ_); }
+void QVObject3D::setX(float x) { set(position_.x, x); }
+void QVObject3D::setY(float y) { set(position_.y, y); }
+void QVObject3D::setZ(float z) { set(position_.z, z); }
+void QVObject3D::setScaleX(float scale) { set(scale_.x, scale); }
+void QVObject3D::setScaleY(float scale) { set(scale_.y, scale); }
+void QVObject3D::setScaleZ(float scale) { set(scale_.z, scale); }
+void QVObject3D::setRotationX(float degrees) { set(rotation_.x, toRadians(degrees)); }
+void QVObject3D::setRotationY(float degrees) { set(rotation_.y, toRadians(degrees)); }
+void QVObject3D::setRotationZ(float degrees) { set(rotation_.z, toRadians(degrees)); }
+float QVObject3D::rotationX() const { return toDegrees(rotation_.x); }
+float QVObject3D::rotationY() const { return toDegrees(rotation_.y); }
+float QVObject3D::rotationZ() const { return toDegrees(rotation_.z); }
 
 void QVObject3D::setPosition(const glm::vec3& position) {
-    x_ = position.x;
-    y_ = position.y;
-    z_ = position.z;
+    position_ = position;
     invalidateTransform();
 }
 
 void QVObject3D::setScale(const glm::vec3& scale) {
-    scaleX_ = scale.x;
-    scaleY_ = scale.y;
-    scaleZ_ = scale.z;
+    scale_ = scale;
     invalidateTransform();
 }
 
 void QVObject3D::setRotation(const glm::vec3& radians) {
-    rotationX_ = radians.x;
-    rotationY_ = radians.y;
-    rotationZ_ = radians.z;
+    rotation_ = radians;
     invalidateTransform();
 }
 
@@ -49,31 +43,7 @@ void QVObject3D::setEulers(const glm::vec3& degrees) {
     setRotation({toRadians(degrees.x), toRadians(degrees.y), toRadians(degrees.z)});
 }
 
-const glm::vec3& QVObject3D::eulers() {
-    eulers_ = {rotationX(), rotationY(), rotationZ()};
-    return eulers_;
-}
-
-const glm::vec3& QVObject3D::position() {
-    if (isTransformDirty_) refreshSnapshots();
-    return position_;
-}
-
-const glm::vec3& QVObject3D::scale() {
-    if (isTransformDirty_) refreshSnapshots();
-    return scale_;
-}
-
-const glm::vec3& QVObject3D::rotation() {
-    if (isTransformDirty_) refreshSnapshots();
-    return rotation_;
-}
-
-void QVObject3D::refreshSnapshots() {
-    position_ = {x_, y_, z_};
-    rotation_ = {rotationX_, rotationY_, rotationZ_};
-    scale_ = {scaleX_, scaleY_, scaleZ_};
-}
+glm::vec3 QVObject3D::eulers() const { return {rotationX(), rotationY(), rotationZ()}; }
 
 const glm::mat4& QVObject3D::transform() {
     updateTransform();
@@ -82,11 +52,10 @@ const glm::mat4& QVObject3D::transform() {
 
 void QVObject3D::updateTransform() {
     if (!isTransformDirty_) return;
-    refreshSnapshots();
     glm::mat4 local = glm::scale(glm::translate(glm::mat4(1), position_), scale_);
-    local = glm::rotate(local, rotationX_, glm::vec3(1, 0, 0));
-    local = glm::rotate(local, rotationY_, glm::vec3(0, 1, 0));
-    local = glm::rotate(local, rotationZ_, glm::vec3(0, 0, 1));
+    local = glm::rotate(local, rotation_.x, glm::vec3(1, 0, 0));
+    local = glm::rotate(local, rotation_.y, glm::vec3(0, 1, 0));
+    local = glm::rotate(local, rotation_.z, glm::vec3(0, 0, 1));
     transform_ = preposeMatrix4_ * mutableTransform_ * local * postMatrix4_;
     isTransformDirty_ = false;
 }

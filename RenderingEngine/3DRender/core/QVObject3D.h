@@ -6,31 +6,31 @@
 
 namespace multiscene {
 
-/// A local placement and appearance flags. Scalars are kept in the units below; the matrix is rebuilt on
-/// demand. Column-major, translation in elements 12 to 14.
+/// A local placement and appearance flags. The matrix is rebuilt on demand. Column-major, translation in
+/// elements 12 to 14.
 class QVObject3D : public TweenTarget {
   public:
     QVObject3D() = default;
     QVObject3D(const QVObject3D&) = delete;
     QVObject3D& operator=(const QVObject3D&) = delete;
 
-    float x() const { return x_; }
-    float y() const { return y_; }
-    float z() const { return z_; }
+    float x() const { return position_.x; }
+    float y() const { return position_.y; }
+    float z() const { return position_.z; }
     void setX(float x) override;
     void setY(float y) override;
     void setZ(float z) override;
     void setPosition(const glm::vec3& position);
-    const glm::vec3& position();
+    const glm::vec3& position() const { return position_; }
 
-    float scaleX() const { return scaleX_; }
-    float scaleY() const { return scaleY_; }
-    float scaleZ() const { return scaleZ_; }
+    float scaleX() const { return scale_.x; }
+    float scaleY() const { return scale_.y; }
+    float scaleZ() const { return scale_.z; }
     void setScaleX(float scale) override;
     void setScaleY(float scale) override;
     void setScaleZ(float scale) override;
     void setScale(const glm::vec3& scale);
-    const glm::vec3& scale();
+    const glm::vec3& scale() const { return scale_; }
 
     /// Degrees in and out, radians kept.
     void setRotationX(float degrees) override;
@@ -40,10 +40,10 @@ class QVObject3D : public TweenTarget {
     float rotationY() const;
     float rotationZ() const;
     void setEulers(const glm::vec3& degrees);
-    const glm::vec3& eulers();
+    glm::vec3 eulers() const;
     /// Unlike the three axes above: radians in and out, unconverted.
     void setRotation(const glm::vec3& radians);
-    const glm::vec3& rotation();
+    const glm::vec3& rotation() const { return rotation_; }
 
     float alpha() const { return alpha_; }
     void setAlpha(float alpha) { alpha_ = alpha; }
@@ -67,16 +67,12 @@ class QVObject3D : public TweenTarget {
 
   private:
     void set(float& field, float value);
-    void refreshSnapshots();
 
     bool isTransformDirty_ = true;
     float alpha_ = 1;
     bool visible_ = true;
     bool mouseEnabled_ = true;
-    float x_ = 0, y_ = 0, z_ = 0;
-    float rotationX_ = 0, rotationY_ = 0, rotationZ_ = 0;  // radians
-    float scaleX_ = 1, scaleY_ = 1, scaleZ_ = 1;
-    glm::vec3 position_{0}, scale_{1}, rotation_{0}, eulers_{0};
+    glm::vec3 position_{0}, scale_{1}, rotation_{0};  // the rotation in radians
     glm::mat4 transform_{1}, preposeMatrix4_{1}, mutableTransform_{1}, postMatrix4_{1};
 };
 

@@ -76,6 +76,7 @@ void QVObjectContainer3D::setParent(const std::shared_ptr<QVObjectContainer3D>& 
 void QVObjectContainer3D::setScene(const std::shared_ptr<QVScene3D>& newScene) {
     if (scene() == newScene) return;
     scene_ = newScene;
+    livingScene_ = newScene.get();
     for (const auto& child : children_) child->setScene(newScene);
     invalidateSceneTransform();
 }
@@ -89,8 +90,7 @@ void QVObjectContainer3D::dispose() {
 void QVObjectContainer3D::setCamera(const std::shared_ptr<QVCamera3D>& camera) {
     camera_ = camera;
     if (camera_) camera_->updateMatrix();
-    isSceneTransformDirty_ = isInverseSceneTrransformDirty_ = isScenePositionDirty_ = true;
-    isprojTransformDirty_ = isProjPositionDirty_ = true;
+    isprojTransformDirty_ = true;
     for (const auto& child : children_) child->setCamera(camera);
 }
 
@@ -104,15 +104,13 @@ const QVObjectContainer3D::Lights& QVObjectContainer3D::ligthArray() const {
 // Matrices
 
 const glm::mat4& QVObjectContainer3D::sceneTransform() {
-    // Keyed to the position's flag, which only scenePosition() clears: sceneAlpha follows every read.
-    if (isScenePositionDirty_) updateSceneTransform();
+    updateSceneTransform();
     return sceneTransform_;
 }
 
 void QVObjectContainer3D::updateSceneTransform() {
-    const auto owner = parent();
-    sceneAlpha_ = owner ? alpha() * owner->sceneAlpha() : alpha();
     if (!isSceneTransformDirty_) return;
+    const auto owner = parent();
     if (!hasParent_)
         sceneTransform_ = transform();
     else
@@ -120,48 +118,41 @@ void QVObjectContainer3D::updateSceneTransform() {
     isSceneTransformDirty_ = false;
 }
 
-const glm::mat4& QVObjectContainer3D::inverseSceneTransform() {
-    if (isInverseSceneTrransformDirty_) {
-        inverseSceneTransform_ = glm::inverse(sceneTransform_);
-        isInverseSceneTrransformDirty_ = false;
-    }
-    return inverseSceneTransform_;
-}
-
-const glm::vec3& QVObjectContainer3D::scenePosition() {
-    if (isScenePositionDirty_) {
-        scenePosition_ = glm::vec3(sceneTransform_[3]);
-        isScenePositionDirty_ = false;
-    }
-    return scenePosition_;
+float QVObjectContainer3D::sceneAlpha() const {
+    const auto owner = parent();
+    return owner ? alpha() * owner->sceneAlpha() : alpha();
 }
 
 const glm::mat4& QVObjectContainer3D::projTransform() {
-    if (isProjPositionDirty_) updateProjTransform();
+    updateProjTransform();
     return projTransform_;
 }
 
-const glm::mat4& QVObjectContainer3D::inverseProjTransform() {
-    inverseProjTransform_ = glm::inverse(projTransform());
-    return inverseProjTransform_;
+glm::mat4 QVObjectContainer3D::modelViewTransform() { return modelViewWith(view()); }
+
+QVCamera3D* QVObjectContainer3D::view() const {
+    if (camera_) return camera_.get();
+    return scene_.expired() ? nullptr : livingScene_->camera().get();
+}
+
+glm::mat4 QVObjectContainer3D::modelViewWith(const QVCamera3D* view) {
+    return view ? view->cameraLookAtTransform() * sceneTransform() : glm::mat4(0);
 }
 
 void QVObjectContainer3D::updateProjTransform() {
-    const auto owner = scene();
-    const std::shared_ptr<QVCamera3D> sceneCamera = owner ? owner->camera() : nullptr;
-    if (!isprojTransformDirty_ && !(sceneCamera && sceneCamera->isDirty())) return;
-    QVCamera3D* view = camera_ ? camera_.get() : sceneCamera.get();
-    modelViewTransform_ = view ? view->cameraLookAtTransform() * sceneTransform_ : glm::mat4(0);
-    projTransform_ = view ? view->getPpTransform() * modelViewTransform_ : glm::mat4(0);
-    normTransform_ = glm::transpose(glm::inverse(glm::mat3(modelViewTransform_)));
-    projectPosition_ = sceneTransform_[3];
+    QVCamera3D* const camera = view();
+    if (camera) camera->updatePPTransform();
+    const uint64_t version = camera ? camera->version() : 0;
+    if (!isprojTransformDirty_ && camera == projectedBy_ && version == projectedVersion_) return;
+    projTransform_ = camera ? camera->getPpTransform() * modelViewWith(camera) : glm::mat4(0);
+    projectedBy_ = camera;
+    projectedVersion_ = version;
     isprojTransformDirty_ = false;
 }
 
 void QVObjectContainer3D::invalidateSceneTransform() {
     if (isSceneTransformDirty_) return;  // then the whole subtree is dirty already
-    isSceneTransformDirty_ = isInverseSceneTrransformDirty_ = isScenePositionDirty_ = true;
-    isprojTransformDirty_ = isProjPositionDirty_ = true;
+    isSceneTransformDirty_ = isprojTransformDirty_ = true;
     for (const auto& child : children_) child->invalidateSceneTransform();
 }
 
@@ -222,11 +213,6 @@ void QVObjectContainer3D::renderComplete(const platform::CMTime& time) {
     for (const auto& component : components_) component->renderComplete(time);
     for (const auto& child : children_) child->renderComplete(time);
     removeFinished(children_);
-}
-
-void QVObjectContainer3D::renderShadow() {
-    if (!visible() || !isCastShadow_) return;
-    for (const auto& child : children_) child->renderShadow();
 }
 
 // Depth order and removal
@@ -327,14 +313,15 @@ platform::Value numbers(const float* values, int count) {
 }  // namespace
 
 void QVObjectContainer3D::addTraceFields(platform::Value::Dictionary& fields) {
+    const glm::vec3 degrees = eulers();
     fields["type"] = platform::Value(className());
     if (!name_.empty()) fields["name"] = platform::Value(name_);
     fields["visible"] = platform::Value(visible());
     fields["renderDepth"] = platform::Value(static_cast<double>(renderDepth_));
     fields["alpha"] = platform::Value(static_cast<double>(alpha()));
-    fields["sceneAlpha"] = platform::Value(static_cast<double>(sceneAlpha_));
+    fields["sceneAlpha"] = platform::Value(static_cast<double>(sceneAlpha()));
     fields["position"] = numbers(&position().x, 3);
-    fields["rotation"] = numbers(&eulers().x, 3);
+    fields["rotation"] = numbers(&degrees.x, 3);
     fields["scale"] = numbers(&scale().x, 3);
     fields["transform"] = numbers(&transform()[0][0], 16);
     fields["sceneTransform"] = numbers(&sceneTransform_[0][0], 16);

@@ -69,16 +69,18 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
     bool isLightEnable() const { return isLightEnable_; }
     void setIsLightEnable(bool enabled) { isLightEnable_ = enabled; }
 
-    // Matrices, cached
+    // Matrices. World and projection are kept until the node, one above it or the camera moves; what follows
+    // from them is computed when it is asked for.
     const glm::mat4& sceneTransform();
-    const glm::mat4& inverseSceneTransform();
-    const glm::vec3& scenePosition();
+    /// Zero without a camera.
     const glm::mat4& projTransform();
-    const glm::mat4& inverseProjTransform();
-    const glm::mat4& modelViewTransform() const { return modelViewTransform_; }
-    const glm::mat3& normTransform() const { return normTransform_; }
-    const glm::vec4& projectPosition() const { return projectPosition_; }
-    float sceneAlpha() const { return sceneAlpha_; }
+    glm::mat4 inverseSceneTransform() { return glm::inverse(sceneTransform()); }
+    glm::mat4 inverseProjTransform() { return glm::inverse(projTransform()); }
+    glm::mat4 modelViewTransform();
+    glm::mat3 normTransform() { return glm::transpose(glm::inverse(glm::mat3(modelViewTransform()))); }
+    glm::vec3 scenePosition() { return glm::vec3(sceneTransform()[3]); }
+    glm::vec4 projectPosition() { return sceneTransform()[3]; }
+    float sceneAlpha() const;
     void updateSceneTransform();
     void updateProjTransform();
     void invalidateSceneTransform();
@@ -97,7 +99,6 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
     virtual void render(const platform::CMTime&) {}
     virtual void renderingAfterConfig(const platform::CMTime&) {}
     virtual void renderComplete(const platform::CMTime& time);
-    void renderShadow();
 
     // Depth order
     float renderDepth() const { return renderDepth_; }
@@ -116,7 +117,7 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
     /// Removes the flagged nodes of a list, their whole subtrees with their tweens.
     static void removeFinished(Children& nodes);
 
-    // Stored for scene code; nothing here tests hits.
+    // Stored for scene code; nothing here tests hits or casts shadows.
     bool isTouching() const { return isTouching_; }
     void setIsTouching(bool touching) { isTouching_ = touching; }  ///< until the next updateMatrix
     bool isTouchDown() const { return isTouchDown_; }
@@ -153,27 +154,29 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
 
   private:
     std::string name_;
-    bool isSceneTransformDirty_ = true, isInverseSceneTrransformDirty_ = true, isScenePositionDirty_ = true,
-         isprojTransformDirty_ = true, isProjPositionDirty_ = true;
+    QVCamera3D* view() const;
+    glm::mat4 modelViewWith(const QVCamera3D* view);
+
+    // A dirty world matrix goes with a dirty projection, and with dirty ones in the whole subtree.
+    bool isSceneTransformDirty_ = true, isprojTransformDirty_ = true;
     bool isTouching_ = false, isTouchDown_ = false, isHitTestRect_ = false;
     glm::vec2 touchDownPosition_{0};
     glm::vec4 hitTestRect_{0};
     float hitTestCircleRadius_ = 0;
-    float sceneAlpha_ = 1;
     bool isCastShadow_ = true, isLightEnable_ = false, isRenderFinishNeedRemove_ = false;
     float renderDepth_ = 0;
     Children children_;
     std::weak_ptr<QVObjectContainer3D> parent_;
     bool hasParent_ = false;  // stays true when the parent has gone away
     std::weak_ptr<QVScene3D> scene_;
+    QVScene3D* livingScene_ =
+        nullptr;  // the same while that lives; asked in each frame, so nothing is counted
     std::shared_ptr<QVCamera3D> camera_;
     Lights ligthArray_;
     Components components_;
-    glm::mat4 sceneTransform_{1}, inverseSceneTransform_{1}, projTransform_{1}, inverseProjTransform_{1},
-        modelViewTransform_{1};
-    glm::mat3 normTransform_{1};
-    glm::vec3 scenePosition_{0};
-    glm::vec4 projectPosition_{0};
+    glm::mat4 sceneTransform_{1}, projTransform_{1};
+    const QVCamera3D* projectedBy_ = nullptr;  // compared only
+    uint64_t projectedVersion_ = 0;            // of that camera
 };
 
 }  // namespace multiscene

@@ -70,6 +70,7 @@ void QVScene3D::setCamera(const std::shared_ptr<QVCamera3D>& camera) {
     addChild(camera);
     camera->setScene(shared_from_this());
     camera_ = camera;
+    for (const auto& child : children_) child->invalidateSceneTransform();
 }
 
 void QVScene3D::setTimeSource(std::shared_ptr<VideoTimeSource> timeSource) {

@@ -49,7 +49,6 @@ class QVScene3D : public std::enable_shared_from_this<QVScene3D> {
     /// Draws what its nodes render into textures, and nothing else.
     void renderTargets();
     void renderComplete();
-    void renderShadow() {}
     void dispose();
 
     float width() const { return width_; }    ///< pixels

@@ -236,7 +236,7 @@ void QVCamera3D::updatePPTransform() {
     if (!isPPTransformDirty_) return;
     ppTransform_ = isPerspectiveCamera3D_ ? perspective() : orthographic();
     isPPTransformDirty_ = false;
-    isDirty_ = true;
+    ++version_;
 }
 
 glm::mat4 QVCamera3D::perspective() const {
@@ -271,7 +271,7 @@ void QVCamera3D::updateMatrix() {
     updateTransform();
     updateSceneTransform();
     updatePPTransform();
-    lookAt_.computeCameraLookAtTransform();
+    if (lookAt_.computeCameraLookAtTransform()) ++version_;
 }
 
 namespace {

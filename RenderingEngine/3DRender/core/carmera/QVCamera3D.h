@@ -45,8 +45,10 @@ class QVCamera3D : public QVObject3DTransformBase {
     /// The projection, rebuilt first when dirty.
     const glm::mat4& getPpTransform();
     const glm::mat4& cameraLookAtTransform() const { return lookAt_.cameraLookAtTransform(); }
-    /// The projection has been built; stays set, so that nodes follow a moving view.
-    bool isDirty() const { return isDirty_; }
+    /// Grows whenever projection or view have changed: what was computed with them is kept as long as it stays.
+    uint64_t version() const { return version_; }
+    /// Rebuilds the projection when it is dirty.
+    void updatePPTransform();
 
     void rendInfoWithDic(const platform::Value& info) override;
     /// Plays the look-at animation only: a camera's motion items are read but never played.
@@ -59,7 +61,6 @@ class QVCamera3D : public QVObject3DTransformBase {
   private:
     void invalidatePPTransform() { isPPTransformDirty_ = true; }
     void setProjection(float& field, float value);
-    void updatePPTransform();
     glm::mat4 perspective() const;
     glm::mat4 orthographic() const;
 
@@ -68,7 +69,8 @@ class QVCamera3D : public QVObject3DTransformBase {
     bool isPerspectiveCamera3D_ = true;
     glm::vec2 ppCenter_{0};
     glm::mat4 ppTransform_{1};
-    bool isPPTransformDirty_ = true, isDirty_ = false;
+    bool isPPTransformDirty_ = true;
+    uint64_t version_ = 0;
     QVCamera3DLookAtTransform lookAt_;
     std::unique_ptr<QVKeyAnimationOperators> lookAtAnimation_;
 };

@@ -3,6 +3,7 @@
 #include <cmath>
 #include <glm/gtc/matrix_transform.hpp>
 #include <glm/gtc/quaternion.hpp>
+#include <utility>
 
 namespace multiscene {
 
@@ -52,10 +53,11 @@ void QVCamera3DLookAtTransform::cameraLookAtWithTargetPoint(const glm::vec3& poi
     isDirty_ = true;
 }
 
-void QVCamera3DLookAtTransform::computeCameraLookAtTransform() {
-    if (!isDirty_) return;
-    viewMatrix_ = glm::lookAtRH(eye_, eye_ + forward_, up_);
+bool QVCamera3DLookAtTransform::computeCameraLookAtTransform() {
+    if (!isDirty_) return false;
+    const glm::mat4 before = std::exchange(viewMatrix_, glm::lookAtRH(eye_, eye_ + forward_, up_));
     isDirty_ = false;
+    return viewMatrix_ != before;
 }
 
 }  // namespace multiscene

@@ -14,7 +14,8 @@ class QVCamera3DLookAtTransform {
     void cameraRotateFromTargetVector(float degrees);
     void cameraRotateFromRightVector(float degrees);
 
-    void computeCameraLookAtTransform();
+    /// True when the view matrix is another one than before.
+    bool computeCameraLookAtTransform();
     /// The view matrix of the last computation.
     const glm::mat4& cameraLookAtTransform() const { return viewMatrix_; }
 
