@@ -2,8 +2,8 @@
 
 namespace multiscene {
 
-void QVTextureTranformItem::update(float time) {
-    QVTweenItem::update(time);
+void QVTextureTranformItem::update() {
+    QVTweenItem::update();
     const glm::vec2 size = from_.size + easeValue() * (to_.size - from_.size);
     const glm::vec2 origin = from_.origin + easeValue() * (to_.origin - from_.origin);
     glm::mat4& matrix = *targetPointer_;

@@ -17,11 +17,10 @@ class QVTextureTranformItem : public QVTweenItem {
   public:
     /// `targetPointer` shares the life of `owner`, the object that the matrix belongs to.
     QVTextureTranformItem(std::shared_ptr<TweenTarget> owner, glm::mat4* targetPointer,
-                          const TextureWindow& from, const TextureWindow& to, float start,
-                          const TweenTiming& timing)
-        : QVTweenItem(std::move(owner), start, timing), targetPointer_(targetPointer), from_(from), to_(to) {}
+                          const TextureWindow& from, const TextureWindow& to, const TweenTiming& timing)
+        : QVTweenItem(std::move(owner), timing), targetPointer_(targetPointer), from_(from), to_(to) {}
 
-    void update(float time) override;
+    void update() override;
     bool isObjectTween() const override { return false; }
 
   private:

@@ -2,7 +2,6 @@
 
 #include <glm/glm.hpp>
 #include <memory>
-#include <string>
 #include <vector>
 
 #include "tween/QVTextureTranformItem.h"
@@ -15,32 +14,26 @@ class QVTween {
   public:
     QVTween() = delete;
 
-    static QVTweenItem& translationTo(std::shared_ptr<TweenTarget> target, const glm::vec3& startVector3,
-                                      const glm::vec3& endVector3, const TweenTiming& timing);
-    static QVTweenItem& rotateTo(std::shared_ptr<TweenTarget> target, const glm::vec3& startVector3,
-                                 const glm::vec3& endVector3, const TweenTiming& timing);
-    static QVTweenItem& scaleTo(std::shared_ptr<TweenTarget> target, const glm::vec3& startVector3,
-                                const glm::vec3& endVector3, const TweenTiming& timing);
+    static void translationTo(std::shared_ptr<TweenTarget> target, const glm::vec3& startVector3,
+                              const glm::vec3& endVector3, const TweenTiming& timing);
+    static void rotateTo(std::shared_ptr<TweenTarget> target, const glm::vec3& startVector3,
+                         const glm::vec3& endVector3, const TweenTiming& timing);
+    static void scaleTo(std::shared_ptr<TweenTarget> target, const glm::vec3& startVector3,
+                        const glm::vec3& endVector3, const TweenTiming& timing);
     /// Animates `targetPointer`, a matrix inside `owner`.
-    static QVTweenItem& textureTramformTo(std::shared_ptr<TweenTarget> owner, glm::mat4* targetPointer,
-                                          const TextureWindow& from, const TextureWindow& to,
-                                          const TweenTiming& timing);
+    static void textureTramformTo(std::shared_ptr<TweenTarget> owner, glm::mat4* targetPointer,
+                                  const TextureWindow& from, const TextureWindow& to,
+                                  const TweenTiming& timing);
 
     /// Removes the finished items, then steps the others in the order of their start.
     static void update();
 
     /// Removes every item that moves the object. Texture tweens write memory, move no object and run on.
     static void killTweenOf(const TweenTarget& object);
-    /// Removes the item when it is the given one and bears the name.
-    static void killTweenOf(const QVTweenItem& item, const std::string& name);
-    static void killTween(const QVTweenItem& item);
     /// Removes every item that touches the object, its texture included: for an object that leaves its scene.
     static void killAllTweenOf(const TweenTarget& object);
     static void killTweenOfScene(const void* scene);
     static void killAllTween();
-
-    /// Seconds since the tween engine was first used.
-    static float getCurrentTime();
 
     static const std::vector<std::unique_ptr<QVTweenItem>>& items();
 };

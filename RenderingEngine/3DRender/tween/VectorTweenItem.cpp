@@ -3,11 +3,11 @@
 namespace multiscene {
 
 VectorTweenItem::VectorTweenItem(std::shared_ptr<TweenTarget> target, const glm::vec3& startVector3,
-                                 const glm::vec3& endVector3, float start, const TweenTiming& timing)
-    : QVTweenItem(std::move(target), start, timing), startVector3_(startVector3), endVector3_(endVector3) {}
+                                 const glm::vec3& endVector3, const TweenTiming& timing)
+    : QVTweenItem(std::move(target), timing), startVector3_(startVector3), endVector3_(endVector3) {}
 
-void VectorTweenItem::update(float time) {
-    QVTweenItem::update(time);
+void VectorTweenItem::update() {
+    QVTweenItem::update();
     apply(startVector3_ + easeValue() * (endVector3_ - startVector3_));
 }
 

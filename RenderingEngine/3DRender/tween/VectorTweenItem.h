@@ -10,9 +10,9 @@ namespace multiscene {
 class VectorTweenItem : public QVTweenItem {
   public:
     VectorTweenItem(std::shared_ptr<TweenTarget> target, const glm::vec3& startVector3,
-                    const glm::vec3& endVector3, float start, const TweenTiming& timing);
+                    const glm::vec3& endVector3, const TweenTiming& timing);
 
-    void update(float time) override;
+    void update() override;
 
   protected:
     const glm::vec3& endVector3() const { return endVector3_; }

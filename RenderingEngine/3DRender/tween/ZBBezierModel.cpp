@@ -70,19 +70,4 @@ ZBBezierModel::Record ZBBezierModel::recordAtTime(float time) const {
     return bezierResult_.back();
 }
 
-float ZBBezierModel::computeBezierAngleWithIndex(int64_t index, double xScale, double yScale) const {
-    if (index < 0 || index >= interpolationTotal() || interpolationTotal() < 2) return 0;
-    const int64_t start = index == interpolationTotal() - 1 ? index - 1 : index;
-    const auto step = [&](int digit) {
-        const int slot = slotOfDigit(digit);
-        if (slot < 0) return 0.0;
-        const double scale = digit == 1 ? xScale : digit == 2 ? yScale : 1.0;
-        const auto at = static_cast<size_t>(slot), record = static_cast<size_t>(start);
-        return scale * (bezierResult_[record + 1][at] - bezierResult_[record][at]);
-    };
-    const auto dx = static_cast<float>(step(interpolationXYZ_ % 10));
-    const auto dy = static_cast<float>(step(interpolationXYZ_ / 10));
-    return static_cast<float>(std::atan(static_cast<double>(dy / dx)) * 180 / 3.1415926);
-}
-
 }  // namespace multiscene

@@ -27,7 +27,6 @@ class ZBBezierModel {
     void setInterpolationXYZ(int32_t code) { interpolationXYZ_ = code; }
     int32_t interpolationXYZ() const { return interpolationXYZ_; }
     int64_t interpolationTotal() const { return static_cast<int64_t>(bezierResult_.size()); }
-    const std::vector<Record>& bezierResult() const { return bezierResult_; }
 
     /// Fills the table from control points "a,b" in curve order. A point with one piece or none counts as
     /// 0,0; a curve without points has no samples.
@@ -36,9 +35,6 @@ class ZBBezierModel {
     /// The record at `time` by index, not by coordinate; a time outside 0 to 1 gives the last one. An empty
     /// table gives zeros.
     Record recordAtTime(float time) const;
-
-    /// The direction of the curve at a sample, in degrees, with the coordinates scaled; 0 outside the table.
-    float computeBezierAngleWithIndex(int64_t index, double xScale, double yScale) const;
 
   private:
     explicit ZBBezierModel(int64_t interpolationTotal);
