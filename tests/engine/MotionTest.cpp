@@ -3,6 +3,7 @@
 #include <cmath>
 #include <glm/gtc/matrix_transform.hpp>
 
+#include "core/QVKeyAnimationOperators.h"
 #include "tests/engine/FakeDriver.h"
 #include "tween/QVTween.h"
 #include "tween/ZBBezierModel.h"
@@ -138,16 +139,19 @@ TEST_F(MotionTest, MutableRotationUsesTheShortConstant) {
                                              {"fpsEnd", 1},
                                              {"startRotate", "0,90,0"},
                                              {"endRotate", "0,90,0"}});
-    const glm::mat4 turned = QVObject3DTransformBase::computeRotate(turn, glm::mat4(1), 1, nullptr);
+    const auto movedBy = [](const platform::Value& item, int64_t number) {
+        auto node = group(dictionary({{"MutableTransformArray", array({item})}}));
+        step(*node, number);
+        return node->mutableTransform();
+    };
     // 90 times 0.0174533 is a little more than a right angle.
-    EXPECT_NEAR(turned[0][0], -6.7e-7, 1.2e-7);
+    EXPECT_NEAR(movedBy(turn, 1)[0][0], -6.7e-7, 1.2e-7);
     const platform::Value oneFrame =
         dictionary({{"transformType", 0}, {"fpsStart", 3}, {"fpsEnd", 3}, {"endTranslate", "1,1,1"}});
-    EXPECT_TRUE(
-        std::isnan(QVObject3DTransformBase::computeTranslate(oneFrame, glm::mat4(1), 3, nullptr)[3].x));
+    EXPECT_TRUE(std::isnan(movedBy(oneFrame, 3)[3].x));
     const platform::Value endless =
         dictionary({{"fpsStart", INT64_MIN}, {"fpsEnd", INT64_MAX}, {"endTranslate", "8,0,0"}});
-    const float x = QVObject3DTransformBase::computeTranslate(endless, glm::mat4(1), 3, nullptr)[3].x;
+    const float x = movedBy(endless, 3)[3].x;
     EXPECT_TRUE(x >= 0 && x <= 8) << x;
 }
 
@@ -255,45 +259,26 @@ TEST_F(MotionTest, KillingTakesOnlyTheObjectsOwnTweens) {
     EXPECT_EQ(QVTween::items()[0]->target(), other.get());
 }
 
-TEST_F(MotionTest, AReversingTweenGoesThereAndBackInItsDuration) {
-    auto node = group();
-    QVTween::translationTo(node, {0, 0, 0}, {8, 0, 0}, {.duration = 8, .reverses = true});
-    for (const float expected : {0, 2, 4, 6, 8, 6, 4, 2, 0}) {
-        ASSERT_EQ(QVTween::items().size(), 1u);
-        QVTween::update();
-        EXPECT_NEAR(node->x(), expected, 1e-3);
-    }
-    // The way back is counted from a time of day, so rounding may make it a frame longer.
-    for (int i = 0; i < 2; ++i) QVTween::update();
-    EXPECT_NEAR(node->x(), 0, 1e-3);
-    EXPECT_TRUE(QVTween::items().empty());
-}
-
-class KeyRecorder : public KeyAnimationTarget {
-  public:
-    void didNewKeyFrameWithEaseValue(float eased, float progress, const platform::Value& info) override {
-        calls.push_back({eased, progress, info.integer("id")});
-    }
-    struct Call {
-        float eased, progress;
-        int64_t id;
-        bool operator==(const Call&) const = default;
-    };
-    std::vector<Call> calls;
-};
-
 TEST(QVKeyAnimationOperators, DeliversTheLastFrameAndThenLoadsTheNextKey) {
-    KeyRecorder recorder;
-    const auto key = [](int id, int start, int end, int ease) {
-        return dictionary({{"id", id}, {"sartFps", start}, {"endFps", end}, {"ease", ease}});
+    const auto key = [](int start, int end, int ease) {
+        return dictionary({{"sartFps", start}, {"endFps", end}, {"ease", ease}});
     };
-    QVKeyAnimationOperators keys({key(1, 0, 2, 1), key(2, 2, 3, 0)}, recorder);
-    for (int64_t number = 0; number < 5; ++number) keys.updateData(number);
-    using Call = KeyRecorder::Call;
-    EXPECT_EQ(recorder.calls, (std::vector<Call>{{0, 0, 1}, {0.25f, 0.5f, 1}, {1, 1, 1}, {1, 1, 2}}));
-    QVKeyAnimationOperators none({}, recorder);
-    none.updateData(0);
-    EXPECT_EQ(recorder.calls.size(), 4u);
+    QVKeyAnimationOperators keys(platform::Value::Array{key(0, 2, 1), key(2, 3, 0)});
+    struct Shown {
+        size_t key;
+        float eased, linear;
+    };
+    const std::optional<Shown> expected[] = {Shown{0, 0, 0}, Shown{0, 0.25f, 0.5f}, Shown{0, 1, 1},
+                                             Shown{1, 1, 1}, std::nullopt};
+    for (int64_t number = 0; number < 5; ++number) {
+        const auto shown = keys.updateData(number, nullptr);
+        ASSERT_EQ(shown.has_value(), expected[number].has_value()) << number;
+        if (!shown) continue;
+        EXPECT_EQ(shown->key, expected[number]->key) << number;
+        EXPECT_EQ(shown->eased, expected[number]->eased) << number;
+        EXPECT_EQ(shown->linear, expected[number]->linear) << number;
+    }
+    EXPECT_FALSE(QVKeyAnimationOperators(platform::Value::Array()).updateData(0, nullptr));
 }
 
 }  // namespace

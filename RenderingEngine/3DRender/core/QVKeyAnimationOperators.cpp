@@ -24,30 +24,25 @@ static constexpr Key animationKeyList[] = {
 };
 const KeyTable animationKeys{"AnimationInfo", "One key of a key-frame list.", nullptr, animationKeyList};
 
-QVKeyAnimationOperators::QVKeyAnimationOperators(platform::Value::Array animationArray,
-                                                 KeyAnimationTarget& target)
-    : target_(target), animationArray_(std::move(animationArray)) {
-    loadAnimatWithIndex(0);
+QVKeyAnimationOperators::QVKeyAnimationOperators(const platform::Value::Array& animationArray) {
+    for (const platform::Value& key : animationArray) {
+        const KeyReader reader(animationKeys, key);
+        keys_.push_back({.sartFps = reader.integer("sartFps"),
+                         .endFps = reader.integer("endFps"),
+                         .ease = reader.int32("ease")});
+    }
 }
 
-void QVKeyAnimationOperators::loadAnimatWithIndex(size_t index) {
-    currentTransformIndex_ = index;
-    if (index >= animationArray_.size()) return;
-    currentTransformInfo_ = animationArray_[index];
-    const KeyReader reader(animationKeys, currentTransformInfo_);
-    currentTransformSartFps_ = reader.integer("sartFps");
-    currentTransformEndFps_ = reader.integer("endFps");
-    currentTransformEase_ = reader.int32("ease");
-}
-
-void QVKeyAnimationOperators::updateData(int64_t frame) {
-    if (frame < currentTransformSartFps_ || frame > currentTransformEndFps_) return;
-    const auto progress = static_cast<float>(
-        static_cast<double>(saturatingDifference(frame, currentTransformSartFps_)) /
-        static_cast<double>(saturatingDifference(currentTransformEndFps_, currentTransformSartFps_)));
-    const float eased = QVTweenItem::easeValueWithEase(currentTransformEase_, progress, target_.easeTarget());
-    target_.didNewKeyFrameWithEaseValue(eased, progress, currentTransformInfo_);
-    if (frame == currentTransformEndFps_) loadAnimatWithIndex(currentTransformIndex_ + 1);
+std::optional<KeyProgress> QVKeyAnimationOperators::updateData(int64_t frame, const TweenTarget* easeTarget) {
+    if (keys_.empty()) return std::nullopt;
+    const size_t shown = loaded_;
+    const Key& key = keys_[shown];
+    if (frame < key.sartFps || frame > key.endFps) return std::nullopt;
+    if (frame == key.endFps && loaded_ + 1 < keys_.size()) ++loaded_;
+    const auto progress =
+        static_cast<float>(static_cast<double>(saturatingDifference(frame, key.sartFps)) /
+                           static_cast<double>(saturatingDifference(key.endFps, key.sartFps)));
+    return KeyProgress{shown, QVTweenItem::easeValueWithEase(key.ease, progress, easeTarget), progress};
 }
 
 }  // namespace multiscene

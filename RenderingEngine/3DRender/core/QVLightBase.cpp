@@ -6,7 +6,6 @@
 #include "core/QVPointLight.h"
 #include "core/QVSpotLight.h"
 #include "opengl2.0/Shader.h"
-#include "tween/QVTweenItem.h"
 
 namespace multiscene {
 
@@ -90,25 +89,27 @@ void QVLightBase::lightInfoWithDic(const platform::Value& info) {
     lightSourceType_ = static_cast<LightSourceType>(reader.int32("lightSourceType"));
     lightSourceColor_ = reader.vector3("lightSourceColor");
     lightSourcePosition_ = reader.vector3("lightSourcePosition");
-    if (!reader.array("AnimationInfo").empty())
-        keyAnimation_ = std::make_unique<QVKeyAnimationOperators>(reader.array("AnimationInfo"), *this);
+    keyAnimation_ = {reader.array("AnimationInfo"), keyMovesOf};
     material_ = LightMaterial::materialWithDic(info);
 }
 
-void QVLightBase::updateData(const platform::CMTime& time) {
-    if (keyAnimation_) keyAnimation_->updateData(time.value);
+QVLightBase::KeyMoves QVLightBase::keyMovesOf(const platform::Value& key) {
+    const KeyReader reader(lightAnimationKeys, key);
+    const auto move = [&](const char* startKey, const char* endKey, const char* easeKey) {
+        std::optional<Move<glm::vec3>> read;
+        if (reader.has(startKey) && reader.has(endKey))
+            read = {reader.vector3(startKey), reader.vector3(endKey), reader.int32(easeKey)};
+        return read;
+    };
+    return {.position = move("startLightSourcePosition", "endLightSourcePosition", "positionEase"),
+            .color = move("startLightSourceColor", "endLightSourceColor", "colorEase")};
 }
 
-void QVLightBase::didNewKeyFrameWithEaseValue(float, float progressValue,
-                                              const platform::Value& animationInfo) {
-    const KeyReader reader(lightAnimationKeys, animationInfo);
-    const auto move = [&](glm::vec3& value, const char* startKey, const char* endKey, const char* easeKey) {
-        if (!reader.has(startKey) || !reader.has(endKey)) return;
-        const float eased = QVTweenItem::easeValueWithEase(reader.int32(easeKey), progressValue, nullptr);
-        value = reader.vector3(startKey) + eased * (reader.vector3(endKey) - reader.vector3(startKey));
-    };
-    move(lightSourcePosition_, "startLightSourcePosition", "endLightSourcePosition", "positionEase");
-    move(lightSourceColor_, "startLightSourceColor", "endLightSourceColor", "colorEase");
+void QVLightBase::updateData(const platform::CMTime& time) {
+    keyAnimation_.updateData(time.value, nullptr, [this](const KeyMoves& moves, const KeyProgress& progress) {
+        if (moves.position) lightSourcePosition_ = moves.position->easedAt(progress.linear, nullptr);
+        if (moves.color) lightSourceColor_ = moves.color->easedAt(progress.linear, nullptr);
+    });
 }
 
 void QVLightBase::glslLightParamWithLightArray(const Lights& lights, Shader& shader, bool isLightEnable) {

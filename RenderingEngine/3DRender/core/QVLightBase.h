@@ -2,12 +2,12 @@
 
 #include <glm/glm.hpp>
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
-#include "core/KeyAnimationTarget.h"
+#include "core/KeyFrames.h"
 #include "core/LightMaterial.h"
-#include "core/QVKeyAnimationOperators.h"
 #include "platform/base/CMTime.h"
 
 namespace multiscene {
@@ -20,8 +20,10 @@ extern const KeyTable spotLightKeys;
 enum class LightSourceType : int32_t { Point = 1, Directional = 2, Spot = 3 };
 
 /// A light of a scene or node: placement, colours, and their animation. Render queue only.
-class QVLightBase : public KeyAnimationTarget {
+class QVLightBase {
   public:
+    virtual ~QVLightBase() = default;
+
     using Lights = std::vector<std::shared_ptr<QVLightBase>>;
 
     /// As many the shader of lit surfaces adds up; further ones are left out.
@@ -40,8 +42,6 @@ class QVLightBase : public KeyAnimationTarget {
 
     virtual void lightInfoWithDic(const platform::Value& info);
     void updateData(const platform::CMTime& time);
-    void didNewKeyFrameWithEaseValue(float easeValue, float progressValue,
-                                     const platform::Value& animationInfo) override;
 
     LightSourceType lightSourceType() const { return lightSourceType_; }
     const glm::vec3& lightSourceColor() const { return lightSourceColor_; }
@@ -54,12 +54,18 @@ class QVLightBase : public KeyAnimationTarget {
     virtual void upload(Shader& shader, const std::string& prefix) const;
 
   private:
+    /// What a key moves, by eases of its own.
+    struct KeyMoves {
+        std::optional<Move<glm::vec3>> position, color;
+    };
+    static KeyMoves keyMovesOf(const platform::Value& key);
+
     bool hasGloss() const { return material_.specularMaterialColor != glm::vec3(0); }
 
     LightSourceType lightSourceType_ = LightSourceType::Point;
     glm::vec3 lightSourceColor_{1}, lightSourcePosition_{0, 0, 1};
     LightMaterial material_;
-    std::unique_ptr<QVKeyAnimationOperators> keyAnimation_;
+    KeyFrames<KeyMoves> keyAnimation_;
 };
 
 }  // namespace multiscene

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "core/GLESUtils/GLState.h"
+#include "core/QVKeyAnimationOperators.h"
 #include "core/QVScene3D.h"
 #include "core/SkippedMedia.h"
 #include "opengl2.0/Shader.h"
@@ -170,14 +171,9 @@ void QVObject3DFpsBase::readRenderToTexture(const KeyReader& fpsInfo) {
         owner->setRenderToTexture(fpsInfo.text("textureMapKey"), frameBufferToTexture_);
 }
 
-void QVObject3DFpsBase::animationWithInfo(const platform::Value::Array& animationInfo) {
-    if (animationInfo.empty()) return;
-    keyAnimation_ = std::make_unique<QVKeyAnimationOperators>(animationInfo, *this);
-}
-
 void QVObject3DFpsBase::updateData(const platform::CMTime& time) {
     QVObjectContainer3D::updateData(time);
-    if (keyAnimation_) keyAnimation_->updateData(time.value);
+    updateKeyFrames(time.value);
 }
 
 void QVObject3DFpsBase::renderTargets(const platform::CMTime& time) {

@@ -5,8 +5,6 @@
 #include <string_view>
 
 #include "core/GLESUtils/QVFrameBufferToTexture.h"
-#include "core/KeyAnimationTarget.h"
-#include "core/QVKeyAnimationOperators.h"
 #include "core/QVObjectContainer3D.h"
 #include "opengl2.0/QVMultiSceneRenderShader.h"
 
@@ -15,7 +13,7 @@ namespace multiscene {
 extern const KeyTable fpsBaseKeys;
 
 /// A node with a frame range, a depth, GL state around its drawing, and key frames.
-class QVObject3DFpsBase : public QVObjectContainer3D, public KeyAnimationTarget {
+class QVObject3DFpsBase : public QVObjectContainer3D {
   public:
     /// The GL blend factor of a name as scene files spell it, exactly; 0 for any other.
     static uint32_t blendParmeWithString(std::string_view name);
@@ -48,12 +46,11 @@ class QVObject3DFpsBase : public QVObjectContainer3D, public KeyAnimationTarget 
     void renderComplete(const platform::CMTime& time) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;
 
-    // KeyAnimationTarget
-    void didNewKeyFrameWithEaseValue(float, float, const platform::Value&) override {}
-    const TweenTarget* easeTarget() const override { return this; }
-
   protected:
-    void animationWithInfo(const platform::Value::Array& animationInfo);
+    /// Reads the keys of "AnimationInfo". The base animates nothing.
+    virtual void animationWithInfo(const platform::Value::Array&) {}
+    /// Shows what the keys say of a frame; after the children, components and lights.
+    virtual void updateKeyFrames(int64_t) {}
     /// The identifier and the resource folder of the node's scene; empty without one.
     std::string sceneIdentifier() const;
     std::string sceneResourceFolderPath() const;
@@ -72,7 +69,6 @@ class QVObject3DFpsBase : public QVObjectContainer3D, public KeyAnimationTarget 
     uint32_t srcBlend_ = 0, dstBlend_ = 0;
     std::shared_ptr<QVFrameBufferToTexture> frameBufferToTexture_;  // shared with the scene's texture map
     std::unique_ptr<QVMultiSceneRenderShader> customShader_;
-    std::unique_ptr<QVKeyAnimationOperators> keyAnimation_;
 };
 
 }  // namespace multiscene

@@ -84,49 +84,31 @@ void QVObject3DTransformBase::updateData(const platform::CMTime& time) {
 
 // The sequence
 
-void QVObject3DTransformBase::setTransformArray(platform::Value::Array items) {
-    transformArray_ = std::move(items);
+void QVObject3DTransformBase::setTransformArray(const platform::Value::Array& items) {
+    transformArray_.clear();
+    for (const platform::Value& item : items) transformArray_.push_back(TransformItem::read(item));
     loadTransformWithIndex(currentTransformIndex_);
 }
 
-void QVObject3DTransformBase::loadTransformWithIndex(int64_t index) {
-    if (index < static_cast<int64_t>(transformArray_.size()))
-        transformInfoWithDic(transformArray_[static_cast<size_t>(index)]);
+void QVObject3DTransformBase::loadTransformWithIndex(size_t index) {
     currentTransformIndex_ = index;
-}
-
-void QVObject3DTransformBase::transformInfoWithDic(const platform::Value& item) {
-    const KeyReader reader(transformItemKeys, item);
-    currentTransformSartFps_ = reader.integer("sartFps");
-    currentTransformEndFps_ = reader.integer("endFps");
-    const auto next = static_cast<size_t>(currentTransformIndex_ + 1);
-    nextTransformSartFps_ =
-        next < transformArray_.size() ? transformArray_[next].integer("sartFps") : INT64_MAX;
-
-    const auto read = [&](Channel& channel, const char* startKey, const char* endKey, const char* easeKey,
-                          const glm::vec3& current) {
-        channel.isAnimation = reader.has(endKey);
-        if (channel.isAnimation) channel.end = reader.vector3(endKey);
-        channel.ease = channel.isAnimation ? reader.int32(easeKey) : 0;
-        channel.start = reader.has(startKey) ? reader.vector3(startKey) : current;
+    if (index >= transformArray_.size()) return;
+    loaded_ = transformArray_[index];
+    const auto startWhereItIs = [](TransformItem::Channel& channel, const glm::vec3& now) {
+        if (!channel.start) channel.start = now;
     };
-    read(translate_, "startTranslate", "endTranslate", "translateEase", {x(), y(), z()});
-    read(scale_, "startScale", "endScale", "scaleEase", scale());
-    read(rotate_, "startRotate", "endRotate", "rotateEase", rotation());
-
-    texture_.isAnimation = reader.has("endTextureOrigin");
-    if (!texture_.isAnimation) return;
-    texture_.from = {reader.vector2("startTextureOrigin"), reader.vector2("startTextureSize")};
-    texture_.to = {reader.vector2("endTextureOrigin"), reader.vector2("endTextureSize")};
+    startWhereItIs(loaded_.translate, position());
+    startWhereItIs(loaded_.scale, scale());
+    startWhereItIs(loaded_.rotate, rotation());
 }
 
 void QVObject3DTransformBase::stepTransformArray(int64_t frame) {
     // The last turn of a video that ran dry repeats a frame number: no item starts or ends twice.
     if (frame == std::exchange(lastSteppedFrame_, frame)) return;
     // The start wins: an item that ends where it starts never ends, and the list stops there.
-    if (frame == currentTransformSartFps_) {
+    if (frame == loaded_.sartFps) {
         addTweenOrRefushTransform();
-    } else if (frame == currentTransformEndFps_) {
+    } else if (frame == loaded_.endFps) {
         QVTween::killTweenOf(*this);
         loadTransformWithIndex(currentTransformIndex_ + 1);
     }
@@ -134,27 +116,40 @@ void QVObject3DTransformBase::stepTransformArray(int64_t frame) {
 
 void QVObject3DTransformBase::addTweenOrRefushTransform() {
     const auto self = std::static_pointer_cast<QVObject3DTransformBase>(shared_from_this());
-    const auto timing = [&](int32_t ease) {
-        return TweenTiming{.duration = static_cast<float>(platform::saturatingDifference(
-                               currentTransformEndFps_, currentTransformSartFps_)),
-                           .ease = ease};
-    };
-    if (translate_.isAnimation)
-        QVTween::translationTo(self, translate_.start, translate_.end, timing(translate_.ease));
+    const auto duration = static_cast<float>(platform::saturatingDifference(loaded_.endFps, loaded_.sartFps));
+    const auto timing = [&](int32_t ease) { return TweenTiming{.duration = duration, .ease = ease}; };
+    const TransformItem::Channel &translate = loaded_.translate, &scale = loaded_.scale,
+                                 &rotate = loaded_.rotate;
+    if (translate.end)
+        QVTween::translationTo(self, *translate.start, *translate.end, timing(translate.ease));
     else
-        setPosition(translate_.start);
-    if (scale_.isAnimation)
-        QVTween::scaleTo(self, scale_.start, scale_.end, timing(scale_.ease));
+        setPosition(*translate.start);
+    if (scale.end)
+        QVTween::scaleTo(self, *scale.start, *scale.end, timing(scale.ease));
     else
-        setScale(scale_.start);
-    if (rotate_.isAnimation)
-        QVTween::rotateTo(self, rotate_.start, rotate_.end, timing(rotate_.ease));
+        setScale(*scale.start);
+    if (rotate.end)
+        QVTween::rotateTo(self, *rotate.start, *rotate.end, timing(rotate.ease));
     else
-        setRotation(rotate_.start);
-    // The texture follows the rotation's ease: templates are tuned to it.
-    if (texture_.isAnimation)
-        QVTween::textureTramformTo(self, textureMatrixPointer(), texture_.from, texture_.to,
-                                   timing(rotate_.ease));
+        setRotation(*rotate.start);
+    if (loaded_.texture)
+        QVTween::textureTramformTo(self, textureMatrixPointer(), loaded_.texture->from, loaded_.texture->to,
+                                   timing(rotate.ease));
+}
+
+// Independent items
+
+void QVObject3DTransformBase::setMutableTransformArray(const platform::Value::Array& items) {
+    mutableTransformArray_.clear();
+    for (const platform::Value& item : items)
+        if (const auto known = MutableTransformItem::read(item)) mutableTransformArray_.push_back(*known);
+}
+
+void QVObject3DTransformBase::refushMutableTransformWithFps(int32_t frame) {
+    glm::mat4 matrix(1);
+    for (const MutableTransformItem& item : mutableTransformArray_)
+        matrix = item.appliedTo(matrix, frame, *this);
+    setupMutableTransform(matrix);
 }
 
 // Motion paths

@@ -2,9 +2,11 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
+#include "core/MutableTransformItem.h"
 #include "core/QVObject3DFpsBase.h"
-#include "tween/QVTextureTranformItem.h"
+#include "core/TransformItem.h"
 #include "tween/ZBBezierModel.h"
 
 namespace multiscene {
@@ -25,15 +27,13 @@ class QVObject3DTransformBase : public QVObject3DFpsBase {
     void updateData(const platform::CMTime& time) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;
 
-    void setTransformArray(platform::Value::Array items);
-    const platform::Value::Array& transformArray() const { return transformArray_; }
-    const platform::Value::Array& mutableTransformArray() const { return mutableTransformArray_; }
-    void setMutableTransformArray(platform::Value::Array items) { mutableTransformArray_ = std::move(items); }
+    /// What the items hold is read now, not when they are played.
+    void setTransformArray(const platform::Value::Array& items);
+    void setMutableTransformArray(const platform::Value::Array& items);
+    const std::vector<TransformItem>& transformArray() const { return transformArray_; }
+    const std::vector<MutableTransformItem>& mutableTransformArray() const { return mutableTransformArray_; }
 
-    int64_t currentTransformIndex() const { return currentTransformIndex_; }
-    int64_t currentTransformSartFps() const { return currentTransformSartFps_; }
-    int64_t currentTransformEndFps() const { return currentTransformEndFps_; }
-    int64_t nextTransformSartFps() const { return nextTransformSartFps_; }
+    size_t currentTransformIndex() const { return currentTransformIndex_; }
 
     /// The texture-coordinate matrix; a texture tween writes it in place.
     const glm::mat4& textureMatrix() const { return textureMatrix_; }
@@ -46,39 +46,17 @@ class QVObject3DTransformBase : public QVObject3DFpsBase {
     /// Rebuilds the mutable transform from the items that cover the frame.
     void refushMutableTransformWithFps(int32_t frame);
 
-    /// One mutable item applied to a matrix; outside the item's frames the matrix comes back unchanged.
-    static glm::mat4 computeTranslate(const platform::Value& item, const glm::mat4& matrix, int32_t frame,
-                                      const TweenTarget* target);
-    static glm::mat4 computeScale(const platform::Value& item, const glm::mat4& matrix, int32_t frame,
-                                  const TweenTarget* target);
-    static glm::mat4 computeRotate(const platform::Value& item, const glm::mat4& matrix, int32_t frame,
-                                   const TweenTarget* target);
-
   private:
-    /// One channel of the loaded item.
-    struct Channel {
-        bool isAnimation = false;
-        glm::vec3 start{0}, end{0};
-        int32_t ease = 0;
-    };
-    struct TextureChannel {
-        bool isAnimation = false;
-        TextureWindow from, to;
-    };
-
-    void loadTransformWithIndex(int64_t index);
-    void transformInfoWithDic(const platform::Value& item);
+    void loadTransformWithIndex(size_t index);
     void stepTransformArray(int64_t frame);
     void addTweenOrRefushTransform();
     void addSubObject3DWithArray(const platform::Value::Array& childInfo);
 
-    platform::Value::Array transformArray_, mutableTransformArray_;
-    int64_t currentTransformIndex_ = 0;
-    int64_t currentTransformSartFps_ = 0, currentTransformEndFps_ = 0;
-    int64_t nextTransformSartFps_ = INT64_MAX;
+    std::vector<TransformItem> transformArray_;
+    std::vector<MutableTransformItem> mutableTransformArray_;
+    size_t currentTransformIndex_ = 0;
+    TransformItem loaded_;  // every channel has a start
     int64_t lastSteppedFrame_ = -1;
-    Channel translate_, scale_{.start = glm::vec3(1)}, rotate_;
-    TextureChannel texture_;
     glm::mat4 textureMatrix_{1};
     std::map<std::string, ZBBezierModel> translateBezier_;
 };

@@ -5,14 +5,11 @@
 
 #include "core/QVScene3D.h"
 #include "core/RenderDriver.h"
-#include "core/TransformItemKeys.h"
 #include "core/carmera/QVCamera3D.h"
 
 namespace multiscene {
 
 namespace {
-
-using platform::Value;
 
 constexpr double overshoot = 0.5;  // eases that swing go beyond their ends by less
 constexpr int64_t firstPathEase = 30000;
@@ -29,14 +26,12 @@ std::optional<double> largestBetween(const glm::vec3& start, const glm::vec3& en
 }
 
 /// Items of a sequence take turns.
-std::optional<double> largestOfSequence(const Value::Array& items, const glm::vec3& own) {
+std::optional<double> largestOfSequence(const std::vector<TransformItem>& items, const glm::vec3& own) {
     double largest = largestOf(own);
-    for (const Value& item : items) {
-        if (item.has("startTextureSize") || item.has("endTextureSize")) return std::nullopt;
-        const KeyReader reader(transformItemKeys, item);
-        const glm::vec3 start = item.has("startScale") ? reader.vector3("startScale") : own;
-        const glm::vec3 end = item.has("endScale") ? reader.vector3("endScale") : start;
-        const auto scale = largestBetween(start, end, reader.integer("scaleEase"));
+    for (const TransformItem& item : items) {
+        if (item.texture) return std::nullopt;
+        const glm::vec3 start = item.scale.start.value_or(own);
+        const auto scale = largestBetween(start, item.scale.end.value_or(start), item.scale.ease);
         if (!scale) return std::nullopt;
         largest = std::max(largest, *scale);
     }
@@ -44,14 +39,11 @@ std::optional<double> largestOfSequence(const Value::Array& items, const glm::ve
 }
 
 /// Independent items may all hold at once.
-std::optional<double> largestOfIndependent(const Value::Array& items) {
-    constexpr int64_t scaling = 1;
+std::optional<double> largestOfIndependent(const std::vector<MutableTransformItem>& items) {
     double largest = 1;
-    for (const Value& item : items) {
-        if (item.integer("transformType") != scaling) continue;
-        const KeyReader reader(mutableScaleKeys, item);
-        const auto scale = largestBetween(reader.vector3("startScale"), reader.vector3("endScale"),
-                                          reader.integer("iScale"));
+    for (const MutableTransformItem& item : items) {
+        if (item.type != MutableTransformItem::Type::Scale) continue;
+        const auto scale = largestBetween(item.move.start, item.move.end, item.move.ease);
         if (!scale) return std::nullopt;
         largest *= std::max(1.0, *scale);
     }

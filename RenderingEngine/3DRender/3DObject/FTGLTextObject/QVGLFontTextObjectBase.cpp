@@ -88,15 +88,12 @@ void QVGLFontTextObjectBase::renderComplete(const platform::CMTime& time) {
     if (time.value == endFps()) dropLetters();
 }
 
-void QVGLFontTextObjectBase::didNewKeyFrameWithEaseValue(float easeValue, float,
-                                                         const platform::Value& animationInfo) {
-    const KeyReader reader(alphaAnimationKeys, animationInfo);
-    const float start = reader.number("startRenderAlpha");
-    renderAlpha_ = start + (reader.number("endRenderAlpha") - start) * easeValue;
+void QVGLFontTextObjectBase::animationWithInfo(const platform::Value::Array& keys) {
+    renderAlpha_.read(keys, alphaAnimationKeys, "startRenderAlpha", "endRenderAlpha");
 }
 
 glm::vec4 QVGLFontTextObjectBase::shownColor() const {
-    return {textColor_.red, textColor_.green, textColor_.blue, textColor_.alpha * renderAlpha_};
+    return {textColor_.red, textColor_.green, textColor_.blue, textColor_.alpha * renderAlpha()};
 }
 
 void QVGLFontTextObjectBase::uploadAtlas(const platform::Bitmap& picture, GLTexture& atlas) {
@@ -126,7 +123,7 @@ void QVGLFontTextObjectBase::drawTriangles(Shader& shader,
 void QVGLFontTextObjectBase::addTraceFields(platform::Value::Dictionary& fields) {
     QVObject3DTransformBase::addTraceFields(fields);
     fields["values"] = platform::Value(
-        platform::Value::Dictionary{{"renderAlpha", platform::Value(static_cast<double>(renderAlpha_))}});
+        platform::Value::Dictionary{{"renderAlpha", platform::Value(static_cast<double>(renderAlpha()))}});
 }
 
 }  // namespace multiscene

@@ -2,6 +2,7 @@
 
 #include <vector>
 
+#include "core/AnimatedNumber.h"
 #include "core/GLESUtils/GLObject.h"
 #include "core/QVObject3DTransformBase.h"
 #include "opengl2.0/Shader.h"
@@ -19,13 +20,13 @@ class QVGLFontTextObjectBase : public QVObject3DTransformBase {
     void updateData(const platform::CMTime& time) override;
     void render(const platform::CMTime& time) override;
     void renderComplete(const platform::CMTime& time) override;
-    void didNewKeyFrameWithEaseValue(float easeValue, float progressValue,
-                                     const platform::Value& animationInfo) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;
 
-    float renderAlpha() const { return renderAlpha_; }  ///< 0 transparent to 1
+    float renderAlpha() const { return renderAlpha_.value(); }  ///< 0 transparent to 1
 
   protected:
+    void animationWithInfo(const platform::Value::Array& keys) override;
+    void updateKeyFrames(int64_t frame) override { renderAlpha_.updateData(frame, *this); }
     /// The letters that could not be made.
     virtual std::vector<char32_t> makeLetters(const platform::LetterText& text) = 0;
     virtual void drawLetters() = 0;
@@ -44,7 +45,7 @@ class QVGLFontTextObjectBase : public QVObject3DTransformBase {
 
     platform::Value fontInfo_;
     platform::Color textColor_;
-    float renderAlpha_ = 1;
+    AnimatedNumber renderAlpha_{1};
     bool hasLetters_ = false;
 };
 

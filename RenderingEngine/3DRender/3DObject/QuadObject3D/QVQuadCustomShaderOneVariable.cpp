@@ -40,7 +40,7 @@ QV_REGISTER_NODE_TYPE(QVQuadCustomShaderOneVariable, customShaderKeys);
 void QVQuadCustomShaderOneVariable::rendInfoWithDic(const platform::Value& info) {
     QVQuadObject3D::rendInfoWithDic(info);
     const KeyReader reader(customShaderInfoKeys, KeyReader(customShaderKeys, info).value("CustomShaderInfo"));
-    oneVariable_ = reader.number("startOneVariable");
+    oneVariable_.setValue(reader.number("startOneVariable"));
 }
 
 void QVQuadCustomShaderOneVariable::render(const platform::CMTime& time) {
@@ -48,18 +48,16 @@ void QVQuadCustomShaderOneVariable::render(const platform::CMTime& time) {
     if (!isNeedRenderWithCMTime(time) || !shader) return;
     FrameEdges::shared().requireMultisampling();  // the shader may draw edges of its own
     shader->useShader();
-    shader->setUniform("aplae", oneVariable_);
+    shader->setUniform("aplae", oneVariable());
     drawWith(*shader);
 }
 
-void QVQuadCustomShaderOneVariable::didNewKeyFrameWithEaseValue(float easeValue, float,
-                                                                const platform::Value& animationInfo) {
-    const KeyReader reader(oneVariableAnimationKeys, animationInfo);
-    oneVariable_ = interpolated(reader, "startOneVariable", "endOneVariable", easeValue);
+void QVQuadCustomShaderOneVariable::animationWithInfo(const platform::Value::Array& keys) {
+    oneVariable_.read(keys, oneVariableAnimationKeys, "startOneVariable", "endOneVariable");
 }
 
 void QVQuadCustomShaderOneVariable::addTraceValues(platform::Value::Dictionary& values) const {
-    values["oneVariable"] = platform::Value(static_cast<double>(oneVariable_));
+    values["oneVariable"] = platform::Value(static_cast<double>(oneVariable()));
 }
 
 }  // namespace multiscene

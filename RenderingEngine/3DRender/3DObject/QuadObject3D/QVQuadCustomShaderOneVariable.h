@@ -1,6 +1,7 @@
 #pragma once
 
 #include "3DObject/QuadObject3D/QVQuadObject3D.h"
+#include "core/AnimatedNumber.h"
 
 namespace multiscene {
 
@@ -12,17 +13,17 @@ class QVQuadCustomShaderOneVariable : public QVQuadObject3D {
 
     void rendInfoWithDic(const platform::Value& info) override;
     void render(const platform::CMTime& time) override;
-    void didNewKeyFrameWithEaseValue(float easeValue, float progressValue,
-                                     const platform::Value& animationInfo) override;
 
-    float oneVariable() const { return oneVariable_; }
+    float oneVariable() const { return oneVariable_.value(); }
 
   protected:
+    void animationWithInfo(const platform::Value::Array& keys) override;
+    void updateKeyFrames(int64_t frame) override { oneVariable_.updateData(frame, *this); }
     bool liesInItsBox() const override { return false; }
     void addTraceValues(platform::Value::Dictionary& values) const override;
 
   private:
-    float oneVariable_ = 0;
+    AnimatedNumber oneVariable_{0};
 };
 
 }  // namespace multiscene

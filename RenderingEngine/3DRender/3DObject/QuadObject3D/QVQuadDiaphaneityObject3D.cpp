@@ -38,26 +38,24 @@ void QVQuadDiaphaneityObject3D::loadTextureFinsh() {
     isPreMultiplication_ = textureMaterial() && textureMaterial()->isPreMultiplication();
 }
 
-void QVQuadDiaphaneityObject3D::didNewKeyFrameWithEaseValue(float easeValue, float,
-                                                            const platform::Value& animationInfo) {
-    const KeyReader reader(alphaAnimationKeys, animationInfo);
-    renderAlpha_ = interpolated(reader, "startRenderAlpha", "endRenderAlpha", easeValue);
+void QVQuadDiaphaneityObject3D::animationWithInfo(const platform::Value::Array& keys) {
+    renderAlpha_.read(keys, alphaAnimationKeys, "startRenderAlpha", "endRenderAlpha");
 }
 
 QVQuadObject3D::DrawnTexture QVQuadDiaphaneityObject3D::drawnTexture() const {
     DrawnTexture drawn = QVQuadObject3D::drawnTexture();
-    drawn.alpha.isOpaque = drawn.alpha.isOpaque && renderAlpha_ >= 1;
+    drawn.alpha.isOpaque = drawn.alpha.isOpaque && renderAlpha() >= 1;
     return drawn;
 }
 
 void QVQuadDiaphaneityObject3D::setUniforms(Shader& shader) {
-    const float ofColors = isPreMultiplication_ ? renderAlpha_ : 1;
-    shader.setUniform("aplae", renderAlpha_);
-    shader.setUniform("opacity", glm::vec4(ofColors, ofColors, ofColors, renderAlpha_));
+    const float ofColors = isPreMultiplication_ ? renderAlpha() : 1;
+    shader.setUniform("aplae", renderAlpha());
+    shader.setUniform("opacity", glm::vec4(ofColors, ofColors, ofColors, renderAlpha()));
 }
 
 void QVQuadDiaphaneityObject3D::addTraceValues(platform::Value::Dictionary& values) const {
-    values["renderAlpha"] = platform::Value(static_cast<double>(renderAlpha_));
+    values["renderAlpha"] = platform::Value(static_cast<double>(renderAlpha()));
 }
 
 }  // namespace multiscene

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "3DObject/QuadObject3D/QVQuadObject3D.h"
+#include "core/AnimatedNumber.h"
 
 namespace multiscene {
 
@@ -10,22 +11,22 @@ class QVQuadDiaphaneityObject3D : public QVQuadObject3D {
     const char* className() const override { return "QVQuadDiaphaneityObject3D"; }
 
     void loadTextureFinsh() override;
-    void didNewKeyFrameWithEaseValue(float easeValue, float progressValue,
-                                     const platform::Value& animationInfo) override;
 
-    float renderAlpha() const { return renderAlpha_; }  ///< 0 transparent to 1
-    void setRenderAlpha(float alpha) { renderAlpha_ = alpha; }
+    float renderAlpha() const { return renderAlpha_.value(); }  ///< 0 transparent to 1
+    void setRenderAlpha(float alpha) { renderAlpha_.setValue(alpha); }
     /// The texture's colours are multiplied by alpha; taken from the material when that is loaded.
     bool isPreMultiplication() const { return isPreMultiplication_; }
 
   protected:
+    void animationWithInfo(const platform::Value::Array& keys) override;
+    void updateKeyFrames(int64_t frame) override { renderAlpha_.updateData(frame, *this); }
     const char* shaderName() const override { return "faded_Shader"; }
     void setUniforms(Shader& shader) override;
     DrawnTexture drawnTexture() const override;
     void addTraceValues(platform::Value::Dictionary& values) const override;
 
   private:
-    float renderAlpha_ = 1;
+    AnimatedNumber renderAlpha_{1};
     bool isPreMultiplication_ = false;
 };
 

@@ -84,7 +84,7 @@ void QVQuadMaskObject3D::render(const platform::CMTime& time) {
 }
 
 void QVQuadMaskObject3D::setUniforms(Shader& shader) {
-    shader.setUniform("aplae", renderAlpha_);
+    shader.setUniform("aplae", renderAlpha());
     const QVTextureMaterial& mask = *shownMask();
     shader.setUniform("maskMatrix", coordinatesFromPlace(mask.textureCoordinates().data()));
     shader.setUniform("isMaskPreMultiplication", mask.isPreMultiplication() ? 1 : 0);
@@ -99,14 +99,12 @@ void QVQuadMaskObject3D::renderComplete(const platform::CMTime& time) {
     if (time.value == endFps()) maskMaterial_.reset();
 }
 
-void QVQuadMaskObject3D::didNewKeyFrameWithEaseValue(float easeValue, float,
-                                                     const platform::Value& animationInfo) {
-    const KeyReader reader(maskAnimationKeys, animationInfo);
-    renderAlpha_ = interpolated(reader, "startMaskAlpha", "endMaskAlpha", easeValue);
+void QVQuadMaskObject3D::animationWithInfo(const platform::Value::Array& keys) {
+    renderAlpha_.read(keys, maskAnimationKeys, "startMaskAlpha", "endMaskAlpha");
 }
 
 void QVQuadMaskObject3D::addTraceValues(platform::Value::Dictionary& values) const {
-    values["renderAlpha"] = platform::Value(static_cast<double>(renderAlpha_));
+    values["renderAlpha"] = platform::Value(static_cast<double>(renderAlpha()));
 }
 
 }  // namespace multiscene

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "3DObject/QuadObject3D/QVQuadObject3D.h"
+#include "core/AnimatedNumber.h"
 
 namespace multiscene {
 
@@ -15,13 +16,13 @@ class QVQuadMaskObject3D : public QVQuadObject3D {
     void updateData(const platform::CMTime& time) override;
     void render(const platform::CMTime& time) override;
     void renderComplete(const platform::CMTime& time) override;
-    void didNewKeyFrameWithEaseValue(float easeValue, float progressValue,
-                                     const platform::Value& animationInfo) override;
 
-    float renderAlpha() const { return renderAlpha_; }  ///< 0 transparent to 1
+    float renderAlpha() const { return renderAlpha_.value(); }  ///< 0 transparent to 1
     const QVMaterialBase* maskMaterial() const { return maskMaterial_.get(); }
 
   protected:
+    void animationWithInfo(const platform::Value::Array& keys) override;
+    void updateKeyFrames(int64_t frame) override { renderAlpha_.updateData(frame, *this); }
     const char* shaderName() const override { return "maskAlpha_Shader"; }
     void setUniforms(Shader& shader) override;
     void drawQuad(Shader& shader) override { drawByPlaceWith(shader); }
@@ -32,7 +33,7 @@ class QVQuadMaskObject3D : public QVQuadObject3D {
     /// The mask when it has a texture, else none.
     const QVTextureMaterial* shownMask() const;
 
-    float renderAlpha_ = 1;
+    AnimatedNumber renderAlpha_{1};
     platform::Value maskInfo_;
     std::shared_ptr<QVMaterialBase> maskMaterial_;
     bool hasLoadedMask_ = false;

@@ -210,12 +210,6 @@ QVQuadObject3D::DrawnTexture QVQuadObject3D::drawnTexture() const {
                  : DrawnTexture{};
 }
 
-float QVQuadObject3D::interpolated(const KeyReader& keyFrame, const char* startKey, const char* endKey,
-                                   float easeValue) {
-    const float start = keyFrame.number(startKey);
-    return start + (keyFrame.number(endKey) - start) * easeValue;
-}
-
 void QVQuadObject3D::addTraceFields(platform::Value::Dictionary& fields) {
     QVObject3DTextureBase::addTraceFields(fields);
     platform::Value::Array vertices(squareVertices_.begin(), squareVertices_.end());

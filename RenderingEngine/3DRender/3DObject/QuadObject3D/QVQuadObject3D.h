@@ -81,10 +81,6 @@ class QVQuadObject3D : public QVObject3DTextureBase {
     virtual void drawQuad(Shader& shader) { drawWith(shader); }
     /// What the class animates, for traces.
     virtual void addTraceValues(platform::Value::Dictionary&) const {}
-    /// The value of a key frame between its two ends.
-    static float interpolated(const KeyReader& keyFrame, const char* startKey, const char* endKey,
-                              float easeValue);
-
     /// False where the corners, or the part of the picture that is seen, come from elsewhere.
     virtual bool liesInItsBox() const { return true; }
 

@@ -1,7 +1,6 @@
 #include "3DObject/SelectShaderObject3D/QVQuadAlphaGradualNoLight.h"
 
 #include "opengl2.0/ShaderManager/ShaderManager.h"
-#include "tween/QVTweenItem.h"
 
 namespace multiscene {
 
@@ -43,11 +42,15 @@ constexpr const char* gradualShaderName = "alphaGradual_Shader";
 }
 
 void QVQuadAlphaGradualNoLight::renderInfoWithDic(const platform::Value& info) {
-    QVQuadTextureShaderRenderBase::renderInfoWithDic(info);
     const KeyReader reader(alphaGradualKeys, info);
     startAlpha_ = reader.vector2("startAlpha");
     endAlpha_ = reader.vector2("endAlpha");
     interpolation_ = reader.int32("interpolation");
+    keyAnimation_ = {reader.array("AnimationInfo"), [](const platform::Value& key) {
+                         const KeyReader ends(gradualAnimationKeys, key);
+                         return Move<glm::vec2>{ends.vector2("startStartAlpha"),
+                                                ends.vector2("endStartAlpha"), ends.int32("startAlphaEase")};
+                     }};
 }
 
 void QVQuadAlphaGradualNoLight::render(const platform::CMTime&) {
@@ -62,13 +65,12 @@ void QVQuadAlphaGradualNoLight::render(const platform::CMTime&) {
     quad3DObject().drawByPlaceWith(gradual);
 }
 
-void QVQuadAlphaGradualNoLight::didNewKeyFrameWithEaseValue(float, float progressValue,
-                                                            const platform::Value& animationInfo) {
-    const KeyReader reader(gradualAnimationKeys, animationInfo);
-    const float eased =
-        QVTweenItem::easeValueWithEase(reader.int32("startAlphaEase"), progressValue, easeTarget());
-    const glm::vec2 start = reader.vector2("startStartAlpha");
-    startAlpha_ = start + eased * (reader.vector2("endStartAlpha") - start);
+void QVQuadAlphaGradualNoLight::updateData(const platform::CMTime& time) {
+    const TweenTarget* const curves = &quad3DObject();
+    keyAnimation_.updateData(time.value, curves,
+                             [&](const Move<glm::vec2>& move, const KeyProgress& progress) {
+                                 startAlpha_ = move.easedAt(progress.linear, curves);
+                             });
 }
 
 void QVQuadAlphaGradualNoLight::addTraceValues(platform::Value::Dictionary& values) const {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include "3DObject/SelectShaderObject3D/QVQuadTextureShaderRenderBase.h"
+#include "core/KeyFrames.h"
 
 namespace multiscene {
 
@@ -14,10 +15,9 @@ class QVQuadAlphaGradualNoLight : public QVQuadTextureShaderRenderBase {
     using QVQuadTextureShaderRenderBase::QVQuadTextureShaderRenderBase;
 
     void renderInfoWithDic(const platform::Value& info) override;
+    /// Keys ease the progress with an ease of their own, not with the key's.
+    void updateData(const platform::CMTime& time) override;
     void render(const platform::CMTime& time) override;
-    /// Eases the progress with an ease of its own, not with the key's.
-    void didNewKeyFrameWithEaseValue(float easeValue, float progressValue,
-                                     const platform::Value& animationInfo) override;
     void addTraceValues(platform::Value::Dictionary& values) const override;
 
     const glm::vec2& startAlpha() const { return startAlpha_; }
@@ -28,6 +28,7 @@ class QVQuadAlphaGradualNoLight : public QVQuadTextureShaderRenderBase {
   private:
     glm::vec2 startAlpha_{0}, endAlpha_{0};
     int32_t interpolation_ = 0;
+    KeyFrames<Move<glm::vec2>> keyAnimation_;
 };
 
 }  // namespace multiscene

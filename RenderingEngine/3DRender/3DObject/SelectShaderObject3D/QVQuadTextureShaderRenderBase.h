@@ -11,8 +11,6 @@ class QVQuadTextureShaderRenderBase : public QVShaderRenderBase {
     /// The quad owns this object.
     explicit QVQuadTextureShaderRenderBase(QVQuadObject3D& quadObject) : quad3DObject_(quadObject) {}
 
-    const TweenTarget* easeTarget() const override { return &quad3DObject_; }
-
   protected:
     QVQuadObject3D& quad3DObject() const { return quad3DObject_; }
 

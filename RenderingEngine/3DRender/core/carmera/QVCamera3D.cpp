@@ -6,7 +6,6 @@
 
 #include "core/Angles.h"
 #include "core/QVScene3D.h"
-#include "tween/QVTweenItem.h"
 
 namespace multiscene {
 
@@ -201,9 +200,7 @@ std::shared_ptr<QVCamera3D> QVCamera3D::initOrthWithWidth(float width, float asp
 
 void QVCamera3D::rendInfoWithDic(const platform::Value& info) {
     QVObject3DTransformBase::rendInfoWithDic(info);
-    const KeyReader reader(cameraKeys, info);
-    if (!reader.array("LookAtAnimation").empty())
-        lookAtAnimation_ = std::make_unique<QVKeyAnimationOperators>(reader.array("LookAtAnimation"), *this);
+    lookAtAnimation_ = {KeyReader(cameraKeys, info).array("LookAtAnimation"), lookAtMovesOf};
 }
 
 // Projection
@@ -264,7 +261,10 @@ glm::mat4 QVCamera3D::orthographic() const {
 // Frame
 
 void QVCamera3D::updateData(const platform::CMTime& time) {
-    if (lookAtAnimation_) lookAtAnimation_->updateData(time.value);
+    const auto play = [this](const std::vector<LookAtMove>& moves, const KeyProgress& progress) {
+        for (const LookAtMove& each : moves) each.apply(lookAt_, each.move.easedAt(progress.linear, nullptr));
+    };
+    lookAtAnimation_.updateData(time.value, nullptr, play);
 }
 
 void QVCamera3D::updateMatrix() {
@@ -306,16 +306,15 @@ constexpr std::array<LookAtChannel, 5> lookAtChannels{{
 
 }  // namespace
 
-void QVCamera3D::didNewKeyFrameWithEaseValue(float, float progressValue,
-                                             const platform::Value& animationInfo) {
-    const KeyReader reader(lookAtKeys, animationInfo);
-    for (const LookAtChannel& channel : lookAtChannels) {
-        if (!reader.boolean(channel.isActive)) continue;
-        const float eased =
-            QVTweenItem::easeValueWithEase(reader.int32(channel.ease), progressValue, nullptr);
-        const glm::vec3 start = reader.vector3(channel.start), end = reader.vector3(channel.end);
-        channel.apply(lookAt_, start + eased * (end - start));
-    }
+std::vector<QVCamera3D::LookAtMove> QVCamera3D::lookAtMovesOf(const platform::Value& key) {
+    const KeyReader reader(lookAtKeys, key);
+    std::vector<LookAtMove> moves;
+    for (const LookAtChannel& channel : lookAtChannels)
+        if (reader.boolean(channel.isActive))
+            moves.push_back(
+                {channel.apply,
+                 {reader.vector3(channel.start), reader.vector3(channel.end), reader.int32(channel.ease)}});
+    return moves;
 }
 
 }  // namespace multiscene

@@ -1,7 +1,9 @@
 #pragma once
 
 #include <memory>
+#include <vector>
 
+#include "core/KeyFrames.h"
 #include "core/QVObject3DTransformBase.h"
 #include "core/carmera/QVCamera3DLookAtTransform.h"
 
@@ -45,7 +47,8 @@ class QVCamera3D : public QVObject3DTransformBase {
     /// The projection, rebuilt first when dirty.
     const glm::mat4& getPpTransform();
     const glm::mat4& cameraLookAtTransform() const { return lookAt_.cameraLookAtTransform(); }
-    /// Grows whenever projection or view have changed: what was computed with them is kept as long as it stays.
+    /// Grows whenever projection or view have changed: what was computed with them is kept as long as it
+    /// stays.
     uint64_t version() const { return version_; }
     /// Rebuilds the projection when it is dirty.
     void updatePPTransform();
@@ -54,11 +57,16 @@ class QVCamera3D : public QVObject3DTransformBase {
     /// Plays the look-at animation only: a camera's motion items are read but never played.
     void updateData(const platform::CMTime& time) override;
     void updateMatrix() override;
-    void didNewKeyFrameWithEaseValue(float easeValue, float progressValue,
-                                     const platform::Value& animationInfo) override;
     QVCamera3DLookAtTransform& lookAtTransform() { return lookAt_; }
 
   private:
+    /// One channel of a key: what its value does.
+    struct LookAtMove {
+        void (*apply)(QVCamera3DLookAtTransform&, const glm::vec3& value);
+        Move<glm::vec3> move;
+    };
+    static std::vector<LookAtMove> lookAtMovesOf(const platform::Value& key);
+
     void invalidatePPTransform() { isPPTransformDirty_ = true; }
     void setProjection(float& field, float value);
     glm::mat4 perspective() const;
@@ -72,7 +80,7 @@ class QVCamera3D : public QVObject3DTransformBase {
     bool isPPTransformDirty_ = true;
     uint64_t version_ = 0;
     QVCamera3DLookAtTransform lookAt_;
-    std::unique_ptr<QVKeyAnimationOperators> lookAtAnimation_;
+    KeyFrames<std::vector<LookAtMove>> lookAtAnimation_;
 };
 
 }  // namespace multiscene
