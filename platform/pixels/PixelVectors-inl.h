@@ -91,6 +91,21 @@ HWY_INLINE Slope slope(const PlaceMatrix& m, size_t line, const Lookup& lookup) 
     return {real(static_cast<float>(first)), real(static_cast<float>(m[line * 3]))};
 }
 
+// 1 / q, by which numbers of slopes are multiplied.
+class Depth {
+  public:
+    Depth(const PlaceMatrix& m, bool perspective, const Lookup& lookup)
+        : q_(slope(m, 2, lookup)), perspective_(perspective) {}
+
+    HWY_INLINE RealVector at(RealVector column) const {
+        return perspective_ ? hn::Div(real(1), q_.at(column)) : real(1);
+    }
+
+  private:
+    Slope q_;
+    bool perspective_;
+};
+
 // Blue, green, red and alpha, each 0 to 255.
 struct Channels {
     RealVector blue, green, red, alpha;
@@ -139,10 +154,8 @@ HWY_INLINE PixelVector multipliedByAlpha(PixelVector pixels) {
 }
 
 HWY_INLINE Channels dividedByAlpha(const Channels& c) {
-    const RealVector most = hn::Max(c.alpha, real(1));
-    const auto straight = [&](RealVector colour) {
-        return hn::Min(hn::Div(hn::Mul(colour, real(255)), most), real(255));
-    };
+    const RealVector part = hn::Div(real(255), hn::Max(c.alpha, real(1)));
+    const auto straight = [&](RealVector colour) { return hn::Min(hn::Mul(colour, part), real(255)); };
     return {straight(c.blue), straight(c.green), straight(c.red), c.alpha};
 }
 

@@ -181,19 +181,21 @@ HWY_INLINE PlaceVector fixedPoint(RealVector texels) {
     return hn::ConvertTo(Places(), hn::Floor(hn::Mul(near, real(65536))));
 }
 
-// Division by q in each pixel. `move(column, q, u, v)` may lead to another place in the picture, in texels.
+// Division by q in each pixel. `move(column, depth, u, v)` may lead to another place in the picture, in
+// texels.
 template <class Move>
-HWY_INLINE void sampleMoved(const PlacedPicture& picture, const Lookup& lookup, const Move& move,
-                            uint32_t* pixels) {
+HWY_INLINE void sampleMoved(const PlacedPicture& picture, bool perspective, const Lookup& lookup,
+                            const Move& move, uint32_t* pixels) {
     const Sampler sampler(picture);
     const auto along = [&](size_t line) { return slope(picture.toTexel, line, lookup); };
-    const Slope us = along(0), vs = along(1), qs = along(2);
+    const Slope us = along(0), vs = along(1);
+    const Depth depth(picture.toTexel, perspective, lookup);
     const int lanes = static_cast<int>(hn::Lanes(Pixels()));
     for (int i = 0; i < lookup.count; i += lanes) {
         const RealVector x = columns(lookup.column - lookup.origin + i);
-        const RealVector q = qs.at(x);
-        RealVector u = hn::Div(us.at(x), q), v = hn::Div(vs.at(x), q);
-        move(x, q, u, v);
+        const RealVector near = depth.at(x);
+        RealVector u = hn::Mul(us.at(x), near), v = hn::Mul(vs.at(x), near);
+        move(x, near, u, v);
         hn::StoreU(sampler.at(fixedPoint(u), fixedPoint(v)), Pixels(), pixels + i);
     }
 }
@@ -202,7 +204,7 @@ HWY_INLINE void sample(const PlacedPicture& picture, bool perspective, const Loo
                        uint32_t* pixels) {
     if (perspective)
         sampleMoved(
-            picture, lookup, [](RealVector, RealVector, RealVector&, RealVector&) {}, pixels);
+            picture, true, lookup, [](RealVector, RealVector, RealVector&, RealVector&) {}, pixels);
     else
         sampleStraight(picture, Sampler(picture), lookup, pixels);
 }

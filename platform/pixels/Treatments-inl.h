@@ -53,8 +53,8 @@ HWY_INLINE void sampleFiltered(const PreparedPaint& paint, const Lookup& lookup,
     const auto tileWidth = static_cast<float>(side / filter.pictureWidth * picture.width);
     const auto tileHeight = static_cast<float>(side / filter.pictureHeight * picture.height);
     const float swing = filter.range * kWaveHeight * width;
-    const auto move = [&](RealVector x, RealVector q, RealVector& u, RealVector& v) {
-        const RealVector place = hn::Div(down.at(x), q);
+    const auto move = [&](RealVector x, RealVector near, RealVector& u, RealVector& v) {
+        const RealVector place = hn::Mul(down.at(x), near);
         if (filter.reflection) v = hn::IfThenElse(hn::Gt(place, real(0.5f)), hn::Sub(real(height), v), v);
         if (filter.type == 4) {
             u = towardsTile(u, tileWidth, filter.range);
@@ -65,7 +65,7 @@ HWY_INLINE void sampleFiltered(const PreparedPaint& paint, const Lookup& lookup,
             u = hn::Add(u, hn::Mul(sineOfTurns(turns), real(swing)));
         }
     };
-    sampleMoved(paint.picture, lookup, move, pixels);
+    sampleMoved(paint.picture, paint.perspective, lookup, move, pixels);
 }
 
 HWY_INLINE void filterColour(const FilterPaint& filter, Channels& c) {
@@ -92,7 +92,7 @@ class Border {
     Border(const PreparedPaint& paint, const Lookup& lookup)
         : across_(slope(paint.toPlace, 0, lookup)),
           down_(slope(paint.toPlace, 1, lookup)),
-          q_(slope(paint.toPlace, 2, lookup)),
+          depth_(paint.toPlace, paint.perspective, lookup),
           colour_(paint.filter->borderColor) {
         const FilterPaint& filter = *paint.filter;
         const double shorter = std::min(filter.pictureWidth, filter.pictureHeight);
@@ -101,9 +101,9 @@ class Border {
     }
 
     HWY_INLINE void draw(RealVector x, Channels& c) const {
-        const RealVector q = q_.at(x);
+        const RealVector near = depth_.at(x);
         const auto isNear = [&](const Slope& slope, float width) {
-            const RealVector place = hn::Div(slope.at(x), q);
+            const RealVector place = hn::Mul(slope.at(x), near);
             return hn::Lt(hn::Min(place, hn::Sub(real(1), place)), real(width));
         };
         const auto isBorder = hn::Or(isNear(across_, acrossWidth_), isNear(down_, downWidth_));
@@ -114,7 +114,8 @@ class Border {
     }
 
   private:
-    Slope across_, down_, q_;
+    Slope across_, down_;
+    Depth depth_;
     std::array<float, 4> colour_;
     float acrossWidth_, downWidth_;
 };
@@ -184,9 +185,9 @@ constexpr float kFullShare = 0.75f;  // from this share on a pixel is all backdr
 // What lies in front of the key colour, and how much of it there is, 0 to 1.
 HWY_INLINE RealVector takeKeyOut(const KeyPaint& key, const KeyShare& keyShare, Channels& c) {
     const auto [cut, freed] = keyShare.of(c);
-    const RealVector kept = hn::Max(hn::Sub(real(1), freed), real(1 - kFullShare));
+    const RealVector scale = hn::Div(real(1), hn::Max(hn::Sub(real(1), freed), real(1 - kFullShare)));
     const auto front = [&](RealVector colour, float keyed) {
-        return bounded(hn::Div(hn::Sub(colour, hn::Mul(freed, real(keyed * 255))), kept), 0, 255);
+        return bounded(hn::Mul(hn::Sub(colour, hn::Mul(freed, real(keyed * 255))), scale), 0, 255);
     };
     c = {front(c.blue, key.color[2]), front(c.green, key.color[1]), front(c.red, key.color[0]), c.alpha};
     const float edge = std::min(std::max(key.softEdge, 0.001f), kFullShare);
@@ -266,7 +267,7 @@ HWY_INLINE void takeMask(const PreparedPaint& paint, const Lookup& lookup, uint3
 HWY_INLINE void applyGradient(const PreparedPaint& paint, const Lookup& lookup, float* opacities) {
     const GradientPaint& gradient = *paint.gradient;
     const Slope along = slope(paint.toPlace, gradient.vertical ? 1 : 0, lookup);
-    const Slope qs = slope(paint.toPlace, 2, lookup);
+    const Depth depth(paint.toPlace, paint.perspective, lookup);
     const double span = gradient.endPlace - gradient.startPlace;
     const bool isHard = std::abs(span) < 0.0001;
     const RealVector start = real(static_cast<float>(gradient.startPlace));
@@ -276,7 +277,7 @@ HWY_INLINE void applyGradient(const PreparedPaint& paint, const Lookup& lookup, 
     const int lanes = static_cast<int>(hn::Lanes(Pixels()));
     for (int i = 0; i < lookup.count; i += lanes) {
         const RealVector x = columns(lookup.column - lookup.origin + i);
-        const RealVector beyond = hn::Sub(hn::Div(along.at(x), qs.at(x)), start);
+        const RealVector beyond = hn::Sub(hn::Mul(along.at(x), depth.at(x)), start);
         RealVector progress = isHard ? hn::IfThenElse(hn::Lt(beyond, real(0)), real(0), real(1))
                                      : bounded(hn::Mul(beyond, scale), 0, 1);
         if (gradient.soft)

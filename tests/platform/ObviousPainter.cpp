@@ -66,8 +66,9 @@ Place straightPlace(const PlacedPicture& picture, int x, int y) {
 }
 
 Place deepPlace(const PlacedPicture& picture, int x, int y) {
-    const float q = along(picture.toTexel, 2, x, y);
-    return {fixedPlace(along(picture.toTexel, 0, x, y) / q), fixedPlace(along(picture.toTexel, 1, x, y) / q)};
+    const float near = 1 / along(picture.toTexel, 2, x, y);
+    return {fixedPlace(along(picture.toTexel, 0, x, y) * near),
+            fixedPlace(along(picture.toTexel, 1, x, y) * near)};
 }
 
 float sineOfTurns(float x) {
@@ -81,8 +82,8 @@ float sineOfTurns(float x) {
 Place filteredPlace(const PreparedPaint& paint, int x, int y) {
     const FilterPaint& filter = *paint.filter;
     const Surface& picture = paint.picture.surface;
-    const float q = along(paint.picture.toTexel, 2, x, y), down = along(paint.toPlace, 1, x, y) / q;
-    float u = along(paint.picture.toTexel, 0, x, y) / q, v = along(paint.picture.toTexel, 1, x, y) / q;
+    const float near = 1 / along(paint.picture.toTexel, 2, x, y), down = along(paint.toPlace, 1, x, y) * near;
+    float u = along(paint.picture.toTexel, 0, x, y) * near, v = along(paint.picture.toTexel, 1, x, y) * near;
     if (filter.reflection && down > 0.5f) v = static_cast<float>(picture.height) - v;
     if (filter.type == 4) {
         const double side = std::max(filter.pixelSize, 1.0f);
@@ -139,9 +140,8 @@ Pixel multipliedByAlpha(const Pixel& p) {
 Colour straight(const Pixel& pixel, bool premultiplied) {
     const Colour c = real(pixel);
     if (!premultiplied) return c;
-    const auto divided = [&](float colour) {
-        return std::min(colour * 255 / std::max(c.alpha, 1.0f), 255.0f);
-    };
+    const float part = 255 / std::max(c.alpha, 1.0f);
+    const auto divided = [&](float colour) { return std::min(colour * part, 255.0f); };
     return {divided(c.blue), divided(c.green), divided(c.red), c.alpha};
 }
 
@@ -174,9 +174,9 @@ float takeKeyOut(const KeyPaint& key, Colour& c) {
         cut = bounded(least, 0, 1);
         freed = bounded(std::min(between(least, mean, 0.3f) + std::max(least, 0.0f) * 2, mean), 0, 1);
     }
-    const float kept = std::max(1.0f - freed, 0.25f);
+    const float scale = 1 / std::max(1.0f - freed, 0.25f);
     const auto front = [&](float colour, float keyed) {
-        return bounded((colour - freed * (keyed * 255)) / kept, 0, 255);
+        return bounded((colour - freed * (keyed * 255)) * scale, 0, 255);
     };
     c = {front(c.blue, kb), front(c.green, kg), front(c.red, kr), c.alpha};
     const float edge = std::min(std::max(key.softEdge, 0.001f), 0.75f);
@@ -197,9 +197,9 @@ void filterColour(const PreparedPaint& paint, int x, int y, Colour& c) {
          between(c.red, other.red, filter.range) * colour[0], c.alpha * colour[3]};
     if (filter.borderWidth <= 0) return;
     const double shorter = std::min(filter.pictureWidth, filter.pictureHeight);
-    const float q = along(paint.toPlace, 2, x, y);
+    const float near = 1 / along(paint.toPlace, 2, x, y);
     const auto isNear = [&](size_t line, double size) {
-        const float place = along(paint.toPlace, line, x, y) / q;
+        const float place = along(paint.toPlace, line, x, y) * near;
         return std::min(place, 1.0f - place) < static_cast<float>(filter.borderWidth * shorter / size);
     };
     const auto& border = filter.borderColor;
@@ -214,7 +214,8 @@ float maskOpacity(const PreparedPaint& paint, int x, int y) {
 
 float gradientOpacity(const PreparedPaint& paint, int x, int y) {
     const GradientPaint& gradient = *paint.gradient;
-    const float place = along(paint.toPlace, gradient.vertical ? 1 : 0, x, y) / along(paint.toPlace, 2, x, y);
+    const float place =
+        along(paint.toPlace, gradient.vertical ? 1 : 0, x, y) * (1 / along(paint.toPlace, 2, x, y));
     const float beyond = place - static_cast<float>(gradient.startPlace);
     const double span = gradient.endPlace - gradient.startPlace;
     float progress = beyond < 0 ? 0.0f : 1.0f;
