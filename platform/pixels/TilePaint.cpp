@@ -58,12 +58,15 @@ class RowPainter {
 
     void paint(int row, Run within) {
         const RowBounds bounds = rowBounds(paint_, row, within);
+        if (bounds.touched.to - bounds.touched.from <= kShortRun) return paintEdge(row, bounds.touched);
         paintEdge(row, {bounds.touched.from, std::min(bounds.inside.from, bounds.touched.to)});
         paintInside(row, bounds.inside);
         paintEdge(row, {std::max(bounds.inside.to, bounds.touched.from), bounds.touched.to});
     }
 
   private:
+    static constexpr int kShortRun = 64;  // pixels; three runs take longer than asking for each one's coverage
+
     uint32_t* canvasAt(const Lookup& place) const {
         return reinterpret_cast<uint32_t*>(canvas_.pixels + place.row * canvas_.stride) + place.column;
     }
