@@ -65,7 +65,8 @@ class RowPainter {
     }
 
   private:
-    static constexpr int kShortRun = 64;  // pixels; three runs take longer than asking for each one's coverage
+    static constexpr int kShortRun =
+        64;  // pixels; three runs take longer than asking for each one's coverage
 
     uint32_t* canvasAt(const Lookup& place) const {
         return reinterpret_cast<uint32_t*>(canvas_.pixels + place.row * canvas_.stride) + place.column;
