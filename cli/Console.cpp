@@ -157,8 +157,8 @@ void logStatistics(const JobSummary& summary) {
     logStage("decode", times.decode);
     logStage("update", times.update);
     logStage("draw", times.draw);
-    logStage("resolve", times.resolve);
-    logStage("read back", times.readBack);
+    logStage("paint", times.paint);
+    logStage("hand over", times.handOver);
     logStage("complete", times.complete);
     logStage("wait", times.wait);
     platform::log::info(format("convert   %8.3f s CPU", summary.encoder.convertSeconds));

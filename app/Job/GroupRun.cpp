@@ -55,7 +55,6 @@ GroupRun::GroupRun(const PreparedGroup& group, std::shared_ptr<FrameSink> frameS
                                                             driverSettings(group.layout));
     manager_->setExportPauseSeconds(0);
     manager_->setFrameRenderingCompleteBlock([shared = shared_](int64_t) { shared->countFrame(); });
-    startShaderReport();
     player_ = QVMediaManage::initWithRenderManager(manager_, false);
     player_->setIsRec(true);
     player_->setOnSceneGroupRenderingCompleteBlock([shared = shared_] {
@@ -68,14 +67,10 @@ GroupRun::GroupRun(const PreparedGroup& group, std::shared_ptr<FrameSink> frameS
 
 GroupRun::~GroupRun() = default;
 
-void GroupRun::startShaderReport() {
-    manager_->performOnRenderQueue([] { ShaderManager::sharedManager().clearFailures(); });
-}
-
 /// A template's own shaders, whose names are paths, are reported by their nodes; the program's own are not.
 void GroupRun::finishShaderReport() {
-    manager_->performOnRenderQueue([] {
-        for (const ShaderFailure& failure : ShaderManager::sharedManager().failures())
+    manager_->performOnRenderQueue([this] {
+        for (const ShaderFailure& failure : manager_->painter().shaders()->failures())
             if (!failure.shader.starts_with('/'))
                 RenderReport::shared().add(
                     {.what = "shader failed", .name = failure.shader, .scene = {}, .node = {}});

@@ -58,7 +58,6 @@ class GroupRun {
     int64_t framesDone() const;
     void cancel();
     void reportProgress();
-    void startShaderReport();
     void finishShaderReport();
 
     const PreparedGroup& group_;

@@ -44,9 +44,4 @@ void QVChromaKeyVideoBgObject::rendInfoWithDic(const platform::Value& info) {
     maxEclosion_ = reader.number("maxEclosion");
 }
 
-void QVChromaKeyVideoBgObject::setUniforms(Shader& shader) {
-    shader.setUniform("chromaKeyColor", chromakeyColor_);
-    shader.setUniform("maxEclosion", maxEclosion_);
-}
-
 }  // namespace multiscene

@@ -17,10 +17,9 @@ class QVChromaKeyVideoBgObject : public QVSingleVideoBgObject3D {
     float maxEclosion() const { return maxEclosion_; }
 
   protected:
-    const char* shaderName() const override { return "chromaKey_Shader"; }
+    Look look() const override { return KeyLook{.color = chromakeyColor_, .softEdge = maxEclosion_}; }
     /// The key is taken out of the colours as they are.
     bool premultipliesAlpha() const override { return false; }
-    void setUniforms(Shader& shader) override;
 
   private:
     glm::vec4 chromakeyColor_{0};

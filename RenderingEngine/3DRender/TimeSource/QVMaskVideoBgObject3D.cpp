@@ -1,7 +1,6 @@
 #include "TimeSource/QVMaskVideoBgObject3D.h"
 
 #include "TimeSource/TimeSourceKeys.h"
-#include "opengl2.0/TexturedQuad.h"
 
 namespace multiscene {
 
@@ -51,8 +50,16 @@ void QVMaskVideoBgObject3D::dropPictures() {
     maskOutput_.reset();
 }
 
-void QVMaskVideoBgObject3D::setUniforms(Shader& shader) {
-    bindTexture(shader, "frameTexture", 1, maskOutput_ ? maskOutput_->outputTexture : 0);
+/// The mask lies on the colour picture and moves with it.
+Look QVMaskVideoBgObject3D::look() const {
+    MaskLook look{.mask = maskOutput_ ? maskOutput_->outputTexture.get() : nullptr, .countsAlpha = false};
+    const auto& given = masterTextureCoordinates();
+    for (size_t i = 0; i < given.size(); i += 2) {
+        const glm::vec4 moved = textureMatrix() * glm::vec4(given[i], given[i + 1], 0, 1);
+        look.maskCoordinates[i] = moved.x;
+        look.maskCoordinates[i + 1] = moved.y;
+    }
+    return look;
 }
 
 void QVMaskVideoBgObject3D::renderComplete(const platform::CMTime& time) {

@@ -30,14 +30,15 @@ class QVMaskVideoBgObject3D : public QVQuadObject3D, public TimeSourceBase {
     /// The latest pictures; none before the first and after the end.
     const std::optional<QVVideoFrameRenderOutput>& masterOutput() const { return masterOutput_; }
     const std::optional<QVVideoFrameRenderOutput>& maskOutput() const { return maskOutput_; }
-    uint32_t renderMasterTexture() const { return masterOutput_ ? masterOutput_->outputTexture : 0; }
 
   protected:
     QVObject3DFpsBase& self() override { return *this; }
     void dropPictures() override;
-    DrawnTexture drawnTexture() const override { return {renderMasterTexture(), false}; }
-    const char* shaderName() const override { return "reversalMask_Shader"; }
-    void setUniforms(Shader& shader) override;
+    Texture* drawnTexture() const override {
+        return masterOutput_ ? masterOutput_->outputTexture.get() : nullptr;
+    }
+    bool mayRepeat() const override { return false; }
+    Look look() const override;
 
   private:
     std::string masterVideoPath_, maskVideoPath_;

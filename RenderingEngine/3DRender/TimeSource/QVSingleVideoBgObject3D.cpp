@@ -32,16 +32,10 @@ void QVSingleVideoBgObject3D::initWithMaterVideoURL(const std::string& materVide
     masterVideoPath_ = materVideoURL;
     auto decode = std::make_shared<QVSingleVideoDecode>(
         masterVideoPath_, fps, platform::VideoReaderSettings{.premultipliesAlpha = premultipliesAlpha()});
-    isPremultiplied_ = premultipliesAlpha() && decode->videoReader().hasAlpha();
     decode->onNewFrameReadyAtRenderOutput =
         whileAlive([this](const QVVideoFrameRenderOutput* frame) { masterOutput_ = *frame; });
     report(decode->videoReader());
     setDecode(std::move(decode));
-}
-
-QVQuadObject3D::DrawnTexture QVSingleVideoBgObject3D::drawnTexture() const {
-    const bool isOpaque = !masterOutput_ || masterOutput_->isOpaque;
-    return {renderMasterTexture(), isPremultiplied_, {.clearMargin = {}, .isOpaque = isOpaque}};
 }
 
 void QVSingleVideoBgObject3D::renderComplete(const platform::CMTime& time) {

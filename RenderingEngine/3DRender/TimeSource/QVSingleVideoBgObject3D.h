@@ -27,19 +27,20 @@ class QVSingleVideoBgObject3D : public QVQuadObject3D, public TimeSourceBase {
     const std::string& masterVideoPath() const { return masterVideoPath_; }
     /// The latest picture; none before the first and after the end.
     const std::optional<QVVideoFrameRenderOutput>& masterOutput() const { return masterOutput_; }
-    uint32_t renderMasterTexture() const { return masterOutput_ ? masterOutput_->outputTexture : 0; }
 
   protected:
     QVObject3DFpsBase& self() override { return *this; }
     void dropPictures() override { masterOutput_.reset(); }
-    DrawnTexture drawnTexture() const override;
+    Texture* drawnTexture() const override {
+        return masterOutput_ ? masterOutput_->outputTexture.get() : nullptr;
+    }
+    bool mayRepeat() const override { return false; }
     /// Colours of a video with alpha come multiplied by it, as those of pictures do.
     virtual bool premultipliesAlpha() const { return true; }
 
   private:
     std::string masterVideoPath_;
     std::optional<QVVideoFrameRenderOutput> masterOutput_;
-    bool isPremultiplied_ = false;
 };
 
 /// The keys of a video source besides those of its class.

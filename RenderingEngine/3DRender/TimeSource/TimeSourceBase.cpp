@@ -79,7 +79,6 @@ bool TimeSourceBase::isRootSceneCurrent() const {
 }
 
 void TimeSourceBase::frameCompleted(const platform::CMTime& time) {
-    if (const auto decode = decode_) decode->fpsRenderFinishcleanupResource();
     const bool isNewFrame = time.value != completedFrame_;
     completedFrame_ = time.value;
     const auto delegate = delegate_.lock();

@@ -5,7 +5,6 @@
 #include "core/QVDirectionalLight.h"
 #include "core/QVPointLight.h"
 #include "core/QVSpotLight.h"
-#include "opengl2.0/Shader.h"
 
 namespace multiscene {
 
@@ -112,13 +111,13 @@ void QVLightBase::updateData(const platform::CMTime& time) {
     });
 }
 
-void QVLightBase::glslLightParamWithLightArray(const Lights& lights, Shader& shader, bool isLightEnable) {
+void QVLightBase::glslLightParamWithLightArray(const Lights& lights, Uniforms& uniforms, bool isLightEnable) {
     const bool isLit = isLightEnable && !lights.empty();
     if (isLit)
         for (size_t i = 0; i < lights.size(); ++i)
-            lights[i]->upload(shader, "lightSourceArray[" + std::to_string(i) + "].");
-    shader.setUniformStructOrArray("lightSourceNumber", isLit ? static_cast<int>(lights.size()) : 0);
-    shader.setUniformStructOrArray("lightEnable", isLit ? 1 : 0);
+            lights[i]->addUniforms(uniforms, "lightSourceArray[" + std::to_string(i) + "].");
+    uniforms.emplace_back("lightSourceNumber", isLit ? static_cast<int>(lights.size()) : 0);
+    uniforms.emplace_back("lightEnable", isLit ? 1 : 0);
 }
 
 std::string QVLightBase::definitionsForLightArray(const Lights& lights, bool isLightEnable) {
@@ -131,13 +130,13 @@ std::string QVLightBase::definitionsForLightArray(const Lights& lights, bool isL
     return text + "\n";
 }
 
-void QVLightBase::upload(Shader& shader, const std::string& prefix) const {
-    shader.setUniformStructOrArray(prefix + "useLight", static_cast<int>(lightSourceType_));
-    shader.setUniformStructOrArray(prefix + "lightPosition", lightSourcePosition_);
-    shader.setUniformStructOrArray(prefix + "ambientMaterial", material_.ambientMaterialColor);
-    shader.setUniformStructOrArray(prefix + "diffuseMaterial", material_.diffuseMaterialColor);
-    shader.setUniformStructOrArray(prefix + "specularMaterial", material_.specularMaterialColor);
-    shader.setUniformStructOrArray(prefix + "shininess", material_.specularShininess);
+void QVLightBase::addUniforms(Uniforms& uniforms, const std::string& prefix) const {
+    uniforms.emplace_back(prefix + "useLight", static_cast<int>(lightSourceType_));
+    uniforms.emplace_back(prefix + "lightPosition", lightSourcePosition_);
+    uniforms.emplace_back(prefix + "ambientMaterial", material_.ambientMaterialColor);
+    uniforms.emplace_back(prefix + "diffuseMaterial", material_.diffuseMaterialColor);
+    uniforms.emplace_back(prefix + "specularMaterial", material_.specularMaterialColor);
+    uniforms.emplace_back(prefix + "shininess", material_.specularShininess);
 }
 
 }  // namespace multiscene

@@ -8,11 +8,10 @@
 
 #include "core/KeyFrames.h"
 #include "core/LightMaterial.h"
+#include "painter/Draw.h"
 #include "platform/base/CMTime.h"
 
 namespace multiscene {
-
-class Shader;
 
 extern const KeyTable lightKeys;
 extern const KeyTable spotLightKeys;
@@ -33,9 +32,9 @@ class QVLightBase {
     static Lights lightSourceArrayWithInfo(const platform::Value& info);
     static std::shared_ptr<QVLightBase> lightSourceWithDic(const platform::Value& info);
 
-    /// Writes all lights into the program in use, which must be `shader`. Colours of the lights themselves
-    /// are not part of it: the material colours carry them.
-    static void glslLightParamWithLightArray(const Lights& lights, Shader& shader, bool isLightEnable);
+    /// Adds what a lit program takes of all lights. Colours of the lights themselves are not part of it: the
+    /// material colours carry them.
+    static void glslLightParamWithLightArray(const Lights& lights, Uniforms& uniforms, bool isLightEnable);
 
     /// The definition that makes "normal_lightShader" and its kin fit the lights of a draw.
     static std::string definitionsForLightArray(const Lights& lights, bool isLightEnable);
@@ -50,8 +49,8 @@ class QVLightBase {
     const LightMaterial& material() const { return material_; }
 
   protected:
-    /// Writes the light's uniforms; `prefix` is "lightSourceArray[i].".
-    virtual void upload(Shader& shader, const std::string& prefix) const;
+    /// Adds the light's uniforms; `prefix` is "lightSourceArray[i].".
+    virtual void addUniforms(Uniforms& uniforms, const std::string& prefix) const;
 
   private:
     /// What a key moves, by eases of its own.

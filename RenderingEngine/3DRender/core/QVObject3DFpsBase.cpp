@@ -4,12 +4,13 @@
 #include <array>
 #include <utility>
 
-#include "core/GLESUtils/GLState.h"
 #include "core/QVKeyAnimationOperators.h"
 #include "core/QVScene3D.h"
+#include "core/RenderDriver.h"
 #include "core/SkippedMedia.h"
 #include "opengl2.0/Shader.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
+#include "painter/Painter.h"
 
 namespace multiscene {
 
@@ -154,10 +155,11 @@ void QVObject3DFpsBase::readCustomShader(const KeyReader& fpsInfo) {
     const platform::Value path = fpsInfo.value("customShaderPath");
     if (!path.isString()) return;
     const std::string resolved = resolvedPath(path.stringValue());
-    customShader_ = std::make_unique<QVMultiSceneRenderShader>(resolved, resolved);
-    const auto shader = customShader_->shader();
-    if (shader && shader->programHandle() == 0)
-        reportSkipped(*this, "shader failed", shaderProblem(*shader, resolved));
+    const auto owner = scene();
+    if (!owner) return;
+    customShader_ = owner->renderManager().painter().shader(resolved);
+    if (customShader_->programHandle() == 0)
+        reportSkipped(*this, "shader failed", shaderProblem(*customShader_, resolved));
 }
 
 void QVObject3DFpsBase::readRenderToTexture(const KeyReader& fpsInfo) {
@@ -166,7 +168,6 @@ void QVObject3DFpsBase::readRenderToTexture(const KeyReader& fpsInfo) {
     const glm::vec2 size =
         glm::clamp(fpsInfo.vector2("textureSize"), 1.0f, static_cast<float>(maxTargetSize));
     frameBufferToTexture_ = std::make_shared<QVFrameBufferToTexture>(size.x, size.y);
-    frameBufferToTexture_->createFrameBufferObject();
     if (const auto owner = scene())
         owner->setRenderToTexture(fpsInfo.text("textureMapKey"), frameBufferToTexture_);
 }
@@ -176,26 +177,22 @@ void QVObject3DFpsBase::updateData(const platform::CMTime& time) {
     updateKeyFrames(time.value);
 }
 
-void QVObject3DFpsBase::renderTargets(const platform::CMTime& time) {
+void QVObject3DFpsBase::renderTargets(Painter& painter, const platform::CMTime& time) {
     if (isRenderToTexture_)
-        renderSelfAndChildrens(time);
+        renderSelfAndChildrens(painter, time);
     else
-        QVObjectContainer3D::renderTargets(time);
+        QVObjectContainer3D::renderTargets(painter, time);
 }
 
-void QVObject3DFpsBase::renderingBeforeConfig(const platform::CMTime&) {
-    if (isRenderToTexture_) frameBufferToTexture_->bindRenderToTextureFramebuffer();
-    if (isEnableDephTest_) GLState::setDepthTest(true);
-    if (isChangeBlend_) GLState::setBlendFunction(srcBlend_, dstBlend_);
+void QVObject3DFpsBase::renderingBeforeConfig(Painter& painter, const platform::CMTime&) {
+    if (isRenderToTexture_) painter.beginTarget(*frameBufferToTexture_);
+    if (isEnableDephTest_) painter.setDepthTest(true);
+    if (isChangeBlend_) painter.setBlendFunction({srcBlend_, dstBlend_});
 }
 
-void QVObject3DFpsBase::renderingAfterConfig(const platform::CMTime&) {
-    if (isRenderToTexture_) {
-        GLState::finish();
-        frameBufferToTexture_->unBindRenderToTextureFramebuffer();
-    }
-    GLState::setDepthTest(false);
-    GLState::resetBlendFunction();
+void QVObject3DFpsBase::renderingAfterConfig(Painter& painter, const platform::CMTime&) {
+    if (isRenderToTexture_) painter.endTarget();
+    painter.resetState();
 }
 
 void QVObject3DFpsBase::renderComplete(const platform::CMTime& time) {

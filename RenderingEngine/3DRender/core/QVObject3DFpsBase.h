@@ -6,9 +6,10 @@
 
 #include "core/GLESUtils/QVFrameBufferToTexture.h"
 #include "core/QVObjectContainer3D.h"
-#include "opengl2.0/QVMultiSceneRenderShader.h"
 
 namespace multiscene {
+
+class Shader;
 
 extern const KeyTable fpsBaseKeys;
 
@@ -18,7 +19,7 @@ class QVObject3DFpsBase : public QVObjectContainer3D {
     /// The GL blend factor of a name as scene files spell it, exactly; 0 for any other.
     static uint32_t blendParmeWithString(std::string_view name);
 
-    /// True from sartFps to endFps, both inclusive. Drawables test it before they draw.
+    /// True from sartFps to endFps, both inclusive.
     bool isNeedRenderWithCMTime(const platform::CMTime& time) const {
         return sartFps_ <= time.value && time.value <= endFps_;
     }
@@ -32,21 +33,25 @@ class QVObject3DFpsBase : public QVObjectContainer3D {
     uint32_t srcBlend() const { return srcBlend_; }
     uint32_t dstBlend() const { return dstBlend_; }
     bool isRenderToTexture() const { return isRenderToTexture_; }
-    QVMultiSceneRenderShader* customShader() const { return customShader_.get(); }
+    /// The template's own program; none without one.
+    const std::shared_ptr<Shader>& customShader() const { return customShader_; }
 
     void rendInfoWithDic(const platform::Value& info) override;
     void updateData(const platform::CMTime& time) override;
-    bool drawsIntoTextures() const override {
-        return isRenderToTexture_ || QVObjectContainer3D::drawsIntoTextures();
+    void renderTargets(Painter& painter, const platform::CMTime& time) override;
+    void renderingBeforeConfig(Painter& painter, const platform::CMTime& time) override;
+    /// draw(), in the node's frames.
+    void render(Painter& painter, const platform::CMTime& time) final {
+        if (isNeedRenderWithCMTime(time)) draw(painter);
     }
-    void renderTargets(const platform::CMTime& time) override;
-    void renderingBeforeConfig(const platform::CMTime& time) override;
     /// Closing any node's bracket turns the depth test off and resets the blend function, whatever they were.
-    void renderingAfterConfig(const platform::CMTime& time) override;
+    void renderingAfterConfig(Painter& painter, const platform::CMTime& time) override;
     void renderComplete(const platform::CMTime& time) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;
 
   protected:
+    /// Says what is to be drawn of the node itself, and changes nothing.
+    virtual void draw(Painter&) {}
     /// Reads the keys of "AnimationInfo". The base animates nothing.
     virtual void animationWithInfo(const platform::Value::Array&) {}
     /// Shows what the keys say of a frame; after the children, components and lights.
@@ -68,7 +73,7 @@ class QVObject3DFpsBase : public QVObjectContainer3D {
     bool isEnableDephTest_ = false, isChangeBlend_ = false, isRenderToTexture_ = false;
     uint32_t srcBlend_ = 0, dstBlend_ = 0;
     std::shared_ptr<QVFrameBufferToTexture> frameBufferToTexture_;  // shared with the scene's texture map
-    std::unique_ptr<QVMultiSceneRenderShader> customShader_;
+    std::shared_ptr<Shader> customShader_;
 };
 
 }  // namespace multiscene

@@ -20,9 +20,6 @@ static constexpr Key textureBaseKeyList[] = {
 const KeyTable textureBaseKeys{"QVObject3DTextureBase", "A node drawn with a texture.", &transformKeys,
                                textureBaseKeyList};
 
-QVObject3DTextureBase::QVObject3DTextureBase()
-    : defaltTextureCoordinates_(QVTextureMaterial::topDownTextureCoordinates) {}
-
 void QVObject3DTextureBase::rendInfoWithDic(const platform::Value& info) {
     QVObject3DTransformBase::rendInfoWithDic(info);
     textureInfo_ = KeyReader(textureBaseKeys, info).value("TextureInfo");
@@ -71,13 +68,13 @@ void QVObject3DTextureBase::setMaterial(std::shared_ptr<QVMaterialBase> material
     textureMaterial_ = dynamic_cast<QVTextureMaterial*>(material_.get());
 }
 
-uint32_t QVObject3DTextureBase::textureId() const {
-    return textureMaterial_ ? textureMaterial_->textureId() : 0;
+Texture* QVObject3DTextureBase::texture() const {
+    return textureMaterial_ ? textureMaterial_->texture().get() : nullptr;
 }
 
-const float* QVObject3DTextureBase::masterTextureCoordinates() const {
-    return textureMaterial_ ? textureMaterial_->textureCoordinates().data()
-                            : defaltTextureCoordinates_.data();
+const std::array<float, 8>& QVObject3DTextureBase::masterTextureCoordinates() const {
+    return textureMaterial_ ? textureMaterial_->textureCoordinates()
+                            : QVTextureMaterial::topDownTextureCoordinates;
 }
 
 bool QVObject3DTextureBase::isFirstFrame(const platform::CMTime& time) {
@@ -96,9 +93,7 @@ void QVObject3DTextureBase::updateData(const platform::CMTime& time) {
 void QVObject3DTextureBase::renderComplete(const platform::CMTime& time) {
     if (!isNeedRenderWithCMTime(time)) return;
     QVObject3DTransformBase::renderComplete(time);
-    if (!material_) return;
-    material_->finishMaterial(time);
-    if (time.value == endFps()) material_->destroyMaterial();
+    if (material_ && time.value == endFps()) material_->destroyMaterial();
 }
 
 void QVObject3DTextureBase::addTraceFields(platform::Value::Dictionary& fields) {

@@ -10,6 +10,7 @@
 namespace multiscene {
 
 class QVTextureMaterial;
+class Texture;
 struct ShownBox;
 
 extern const KeyTable textureBaseKeys;
@@ -19,7 +20,6 @@ extern const KeyTable textureBaseKeys;
 /// its first frame stays without one.
 class QVObject3DTextureBase : public QVObject3DTransformBase {
   public:
-    QVObject3DTextureBase();
     const char* className() const override { return "QVObject3DTextureBase"; }
 
     void rendInfoWithDic(const platform::Value& info) override;
@@ -42,11 +42,10 @@ class QVObject3DTextureBase : public QVObject3DTransformBase {
     /// The material when it has a texture, else none.
     QVTextureMaterial* textureMaterial() const { return textureMaterial_; }
     const platform::Value& textureInfo() const { return textureInfo_; }
-    /// The GL texture to draw with, 0 for none.
-    uint32_t textureId() const;
+    /// What is drawn; none without a material that has one.
+    Texture* texture() const;
     /// Four times u, v: bottom left, bottom right, top right, top left.
-    const float* masterTextureCoordinates() const;
-    const std::array<float, 8>& defaltTextureCoordinates() const { return defaltTextureCoordinates_; }
+    const std::array<float, 8>& masterTextureCoordinates() const;
 
   protected:
     void setMaterial(std::shared_ptr<QVMaterialBase> material);
@@ -59,7 +58,6 @@ class QVObject3DTextureBase : public QVObject3DTransformBase {
     platform::Value textureInfo_;
     std::shared_ptr<QVMaterialBase> material_;
     QVTextureMaterial* textureMaterial_ = nullptr;  // material_ again
-    std::array<float, 8> defaltTextureCoordinates_;
     bool hasLoaded_ = false;
 };
 

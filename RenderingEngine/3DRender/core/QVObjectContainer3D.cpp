@@ -180,31 +180,26 @@ void QVObjectContainer3D::updateData(const platform::CMTime& time) {
     for (const auto& child : children_) child->updateData(time);
 }
 
-void QVObjectContainer3D::renderSelfAndChildrens(const platform::CMTime& time) {
+void QVObjectContainer3D::renderSelfAndChildrens(Painter& painter, const platform::CMTime& time) {
     if (!visible()) return;
-    if (camera_) camera_->renderSelfAndChildrens(time);
-    renderingBeforeConfig(time);
-    renderSelf(time);
-    for (const auto& child : children_) child->renderSelfAndChildrens(time);
-    renderingAfterConfig(time);
-}
-
-bool QVObjectContainer3D::drawsIntoTextures() const {
-    return std::any_of(children_.begin(), children_.end(),
-                       [](const auto& child) { return child->drawsIntoTextures(); });
+    if (camera_) camera_->renderSelfAndChildrens(painter, time);
+    renderingBeforeConfig(painter, time);
+    renderSelf(painter, time);
+    for (const auto& child : children_) child->renderSelfAndChildrens(painter, time);
+    renderingAfterConfig(painter, time);
 }
 
 // The brackets set the state that targets below are drawn with.
-void QVObjectContainer3D::renderTargets(const platform::CMTime& time) {
+void QVObjectContainer3D::renderTargets(Painter& painter, const platform::CMTime& time) {
     if (!visible()) return;
-    renderingBeforeConfig(time);
-    for (const auto& child : children_) child->renderTargets(time);
-    renderingAfterConfig(time);
+    renderingBeforeConfig(painter, time);
+    for (const auto& child : children_) child->renderTargets(painter, time);
+    renderingAfterConfig(painter, time);
 }
 
-void QVObjectContainer3D::renderSelf(const platform::CMTime& time) {
+void QVObjectContainer3D::renderSelf(Painter& painter, const platform::CMTime& time) {
     for (const auto& component : components_) component->render(time);
-    render(time);
+    render(painter, time);
 }
 
 void QVObjectContainer3D::renderComplete(const platform::CMTime& time) {

@@ -11,6 +11,7 @@
 
 namespace multiscene {
 
+class Painter;
 class QVCamera3D;
 class QVLightBase;
 class QVObject3DComponentBase;
@@ -89,15 +90,13 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
     // Frame
     virtual void updateMatrix();
     virtual void updateData(const platform::CMTime& time);
-    virtual void renderSelfAndChildrens(const platform::CMTime& time);
-    /// The node or one below it draws into a render target.
-    virtual bool drawsIntoTextures() const;
+    virtual void renderSelfAndChildrens(Painter& painter, const platform::CMTime& time);
     /// The part of it that draws into render targets: all that later frames can show of this one.
-    virtual void renderTargets(const platform::CMTime& time);
-    virtual void renderingBeforeConfig(const platform::CMTime&) {}
-    void renderSelf(const platform::CMTime& time);
-    virtual void render(const platform::CMTime&) {}
-    virtual void renderingAfterConfig(const platform::CMTime&) {}
+    virtual void renderTargets(Painter& painter, const platform::CMTime& time);
+    virtual void renderingBeforeConfig(Painter&, const platform::CMTime&) {}
+    void renderSelf(Painter& painter, const platform::CMTime& time);
+    virtual void render(Painter&, const platform::CMTime&) {}
+    virtual void renderingAfterConfig(Painter&, const platform::CMTime&) {}
     virtual void renderComplete(const platform::CMTime& time);
 
     // Depth order

@@ -88,20 +88,14 @@ void QVScene3D::updateData() {
     for (const auto& child : children_) child->updateData(currentRenderTime_);
 }
 
-void QVScene3D::render() {
-    if (camera_) camera_->renderSelfAndChildrens(currentRenderTime_);
-    for (const auto& child : children_) child->renderSelfAndChildrens(currentRenderTime_);
+void QVScene3D::render(Painter& painter) {
+    if (camera_) camera_->renderSelfAndChildrens(painter, currentRenderTime_);
+    for (const auto& child : children_) child->renderSelfAndChildrens(painter, currentRenderTime_);
 }
 
-bool QVScene3D::drawsIntoTextures() const {
-    return !renderToTextureMap_.empty() &&
-           std::any_of(children_.begin(), children_.end(),
-                       [](const auto& child) { return child->drawsIntoTextures(); });
-}
-
-void QVScene3D::renderTargets() {
+void QVScene3D::renderTargets(Painter& painter) {
     if (renderToTextureMap_.empty()) return;
-    for (const auto& child : children_) child->renderTargets(currentRenderTime_);
+    for (const auto& child : children_) child->renderTargets(painter, currentRenderTime_);
 }
 
 void QVScene3D::renderComplete() {
@@ -118,9 +112,9 @@ void QVScene3D::setRenderToTexture(const std::string& key, std::shared_ptr<QVFra
     renderToTextureMap_.insert_or_assign(key, std::move(target));
 }
 
-uint32_t QVScene3D::renderToTextureMap(const std::string& key) const {
+std::shared_ptr<Texture> QVScene3D::renderToTextureMap(const std::string& key) const {
     const auto found = renderToTextureMap_.find(key);
-    return found == renderToTextureMap_.end() ? 0 : found->second->CVTextureId();
+    return found == renderToTextureMap_.end() ? nullptr : found->second->texture();
 }
 
 }  // namespace multiscene

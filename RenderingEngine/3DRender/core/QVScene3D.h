@@ -10,8 +10,10 @@
 
 namespace multiscene {
 
+class Painter;
 class QVFrameBufferToTexture;
 class QVSceneRenderToTexture;
+class Texture;
 class VideoTimeSource;
 
 /// The root of one scene: its top-level nodes, camera, lights and clock. Not a node itself: top-level nodes
@@ -43,11 +45,9 @@ class QVScene3D : public std::enable_shared_from_this<QVScene3D> {
     // One frame, in this order; each passes currentRenderTime().
     void updateData();
     void updateMatrix();
-    void render();
-    /// Drawing it fills textures of its own nodes: drawn twice in a frame they would be a step ahead.
-    bool drawsIntoTextures() const;
+    void render(Painter& painter);
     /// Draws what its nodes render into textures, and nothing else.
-    void renderTargets();
+    void renderTargets(Painter& painter);
     void renderComplete();
     void dispose();
 
@@ -81,8 +81,8 @@ class QVScene3D : public std::enable_shared_from_this<QVScene3D> {
 
     /// Publishes a node's target; the scene keeps it until the scene ends.
     void setRenderToTexture(const std::string& key, std::shared_ptr<QVFrameBufferToTexture> target);
-    /// The GL texture published under the key, 0 when there is none.
-    uint32_t renderToTextureMap(const std::string& key) const;
+    /// What was drawn into the target published under the key; none when there is none.
+    std::shared_ptr<Texture> renderToTextureMap(const std::string& key) const;
 
   private:
     explicit QVScene3D(RenderDriver& renderManager);

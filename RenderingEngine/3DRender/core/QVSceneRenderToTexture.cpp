@@ -1,7 +1,7 @@
 #include "core/QVSceneRenderToTexture.h"
 
-#include "core/GLESUtils/GLState.h"
 #include "core/QVScene3D.h"
+#include "painter/Painter.h"
 
 namespace multiscene {
 
@@ -21,19 +21,11 @@ QVSceneRenderToTexture::Size QVSceneRenderToTexture::computeFboSizeWithSceneWidt
     return {maxWidth, height * maxWidth / width};
 }
 
-void QVSceneRenderToTexture::renderSceneToTexture() {
-    setupRTT();
-    GLState::bindTarget(frameBuffer(), fboWidth(), fboHeight());
-    GLState::clearColor();
-    GLState::bindTexture(0, target_.CVTextureId());
-    renderScene_.render();
-    GLState::finish();
-    GLState::bindTexture(0, 0);
-}
-
-uint32_t QVSceneRenderToTexture::CVTextureId() {
-    setupRTT();
-    return target_.CVTextureId();
+void QVSceneRenderToTexture::renderSceneToTexture(Painter& painter) {
+    painter.beginTarget(target_);
+    painter.resetState();
+    renderScene_.render(painter);
+    painter.endTarget();
 }
 
 }  // namespace multiscene

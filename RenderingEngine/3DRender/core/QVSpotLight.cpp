@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "core/Angles.h"
-#include "opengl2.0/Shader.h"
 
 namespace multiscene {
 
@@ -35,12 +34,12 @@ void QVSpotLight::lightInfoWithDic(const platform::Value& info) {
     spotLightCutOffAngle_ = toRadians(reader.number("spotLightCutOffAngle"));
 }
 
-void QVSpotLight::upload(Shader& shader, const std::string& prefix) const {
-    QVLightBase::upload(shader, prefix);
-    shader.setUniformStructOrArray(prefix + "spotLightExponent", spotLightExponent_);
-    shader.setUniformStructOrArray(prefix + "spotLightCutOffAngle", spotLightCutOffAngle_);
-    shader.setUniformStructOrArray(prefix + "spotLightCutOffCosine", std::cos(spotLightCutOffAngle_));
-    shader.setUniformStructOrArray(prefix + "spotLightDirection", spotLightDirection_);
+void QVSpotLight::addUniforms(Uniforms& uniforms, const std::string& prefix) const {
+    QVLightBase::addUniforms(uniforms, prefix);
+    uniforms.emplace_back(prefix + "spotLightExponent", spotLightExponent_);
+    uniforms.emplace_back(prefix + "spotLightCutOffAngle", spotLightCutOffAngle_);
+    uniforms.emplace_back(prefix + "spotLightCutOffCosine", std::cos(spotLightCutOffAngle_));
+    uniforms.emplace_back(prefix + "spotLightDirection", spotLightDirection_);
 }
 
 }  // namespace multiscene

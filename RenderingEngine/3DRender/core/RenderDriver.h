@@ -7,6 +7,7 @@
 
 namespace multiscene {
 
+class Painter;
 class QVScene3D;
 
 /// How the driver composes its scenes; the numbers are the scene-group file's after mapping.
@@ -29,6 +30,8 @@ class RenderDriver {
     virtual std::shared_ptr<QVScene3D> currentScene() const = 0;
     virtual std::shared_ptr<QVScene3D> nextScene() const = 0;
     virtual std::shared_ptr<QVScene3D> transitionsScene() const = 0;
+    /// What the scenes are drawn with.
+    virtual Painter& painter() = 0;
     /// Frames that the group has rendered since the last reset.
     virtual int64_t currentRenderFps() const = 0;
     /// A sound effect starts at this very frame; `audioInfo` is an audio entry with scene-relative frames.

@@ -4,7 +4,6 @@
 
 #include <filesystem>
 
-#include "opengl2.0/ShaderManager/ShaderManager.h"
 #include "opengl2.0/ShaderSource.h"
 
 namespace multiscene {
@@ -52,8 +51,7 @@ void deleteProgram(GLuint program) {
 }  // namespace
 
 Shader::Shader(const platform::Value& settings, const std::string& rootPath, std::string definitions)
-    : keepsPremultiplication_(isOwnShaderFile(rootPath) && settings.boolean("KeepsPremultiplication")),
-      definitions_(std::move(definitions)) {
+    : definitions_(std::move(definitions)) {
     begin();
     std::vector<unsigned int> shaders;
     for (const platform::Value& file : settings.array("Files")) {
@@ -74,7 +72,6 @@ Shader::Shader(const std::string& vertexSource, const std::string& fragmentSourc
 }
 
 Shader::~Shader() {
-    ShaderManager::sharedManager().shaderIsGone(*this);
     const auto context = context_.lock();
     if (programHandle_ == 0 || !context) return;
     const platform::GLContextScope scope(*context);
@@ -116,8 +113,6 @@ void Shader::giveUp(const std::vector<unsigned int>& shaders) {
     glDeleteProgram(programHandle_);
     programHandle_ = 0;
 }
-
-void Shader::useShader() { ShaderManager::sharedManager().useShaderObject(this); }
 
 int Shader::uniformLocation(std::string_view name) const {
     const auto found = uniformHandles_.find(name);

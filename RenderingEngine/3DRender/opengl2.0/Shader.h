@@ -33,15 +33,8 @@ class Shader {
     Shader& operator=(const Shader&) = delete;
 
     unsigned int programHandle() const { return programHandle_; }
-    /// "KeepsPremultiplication" in a description of the program's own: colours come out as the texture holds
-    /// them. A shader without it, as every shader of a template, puts out colours that alpha does not
-    /// multiply.
-    bool keepsPremultiplication() const { return keepsPremultiplication_; }
     const AttributeHandles& attributeHandles() const { return attributeHandles_; }
     const UniformHandles& uniformHandles() const { return uniformHandles_; }
-
-    /// Makes this the current program, through the manager.
-    void useShader();
 
     /// The cached location, -1 when the linked program has no such uniform, 0 for a name that the description
     /// does not list.
@@ -67,8 +60,6 @@ class Shader {
     bool compileShader(unsigned int& shader, const std::string& file);
     bool compileShaderWithShader(unsigned int& shader, const std::string& source, unsigned int type);
     bool linkProgram(unsigned int program);
-    /// Does nothing; the manager calls it after each build.
-    void shaderLog() {}
 
   private:
     void begin();
@@ -79,7 +70,6 @@ class Shader {
     void giveUp(const std::vector<unsigned int>& shaders);
 
     unsigned int programHandle_ = 0;
-    bool keepsPremultiplication_ = false;
     std::string definitions_;
     AttributeHandles attributeHandles_;
     UniformHandles uniformHandles_;

@@ -4,22 +4,23 @@
 
 namespace multiscene {
 
+namespace {
+
+struct Writer {
+    int location;
+
+    void operator()(int value) const { glUniform1i(location, value); }
+    void operator()(float value) const { glUniform1f(location, value); }
+    void operator()(const glm::vec2& value) const { glUniform2fv(location, 1, &value[0]); }
+    void operator()(const glm::vec3& value) const { glUniform3fv(location, 1, &value[0]); }
+    void operator()(const glm::vec4& value) const { glUniform4fv(location, 1, &value[0]); }
+    void operator()(const glm::mat4& value) const { glUniformMatrix4fv(location, 1, GL_FALSE, &value[0][0]); }
+};
+
+}  // namespace
+
 void UniformValue::write(int location) const {
-    if (location < 0) return;
-    switch (kind_) {
-        case Kind::Integer:
-            return glUniform1i(location, integer_);
-        case Kind::Float:
-            return glUniform1f(location, float_);
-        case Kind::Vector2:
-            return glUniform2fv(location, 1, floats_);
-        case Kind::Vector3:
-            return glUniform3fv(location, 1, floats_);
-        case Kind::Vector4:
-            return glUniform4fv(location, 1, floats_);
-        case Kind::Matrix4:
-            return glUniformMatrix4fv(location, 1, GL_FALSE, floats_);
-    }
+    if (location >= 0) std::visit(Writer{location}, value_);
 }
 
 }  // namespace multiscene

@@ -2,29 +2,24 @@
 #pragma once
 
 #include <glm/glm.hpp>
+#include <variant>
 
 namespace multiscene {
 
-/// Refers to the caller's vector or matrix: use it only as an argument.
 class UniformValue {
   public:
-    enum class Kind { Integer, Float, Vector2, Vector3, Vector4, Matrix4 };
-
-    UniformValue(int value) : kind_(Kind::Integer), integer_(value) {}
-    UniformValue(float value) : kind_(Kind::Float), float_(value) {}
-    UniformValue(const glm::vec2& value) : kind_(Kind::Vector2), floats_(&value[0]) {}
-    UniformValue(const glm::vec3& value) : kind_(Kind::Vector3), floats_(&value[0]) {}
-    UniformValue(const glm::vec4& value) : kind_(Kind::Vector4), floats_(&value[0]) {}
-    UniformValue(const glm::mat4& value) : kind_(Kind::Matrix4), floats_(&value[0][0]) {}
+    UniformValue(int value) : value_(value) {}
+    UniformValue(float value) : value_(value) {}
+    UniformValue(const glm::vec2& value) : value_(value) {}
+    UniformValue(const glm::vec3& value) : value_(value) {}
+    UniformValue(const glm::vec4& value) : value_(value) {}
+    UniformValue(const glm::mat4& value) : value_(value) {}
 
     /// Writes into a location of the current program; -1 writes nothing.
     void write(int location) const;
 
   private:
-    Kind kind_;
-    int integer_ = 0;
-    float float_ = 0;
-    const float* floats_ = nullptr;
+    std::variant<int, float, glm::vec2, glm::vec3, glm::vec4, glm::mat4> value_;
 };
 
 }  // namespace multiscene

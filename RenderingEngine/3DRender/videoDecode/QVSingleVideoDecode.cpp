@@ -18,10 +18,6 @@ void QVSingleVideoDecode::deliverFrame() {
     if (onNewFrameReadyAtRenderOutput) onNewFrameReadyAtRenderOutput(&*frameOutput_);
 }
 
-void QVSingleVideoDecode::fpsRenderFinishcleanupResource() {
-    if (frameOutput_) videoReader_.cleanupResource(*frameOutput_);
-}
-
 void QVSingleVideoDecode::cancelDecode() {
     videoReader_.cancelProcessing();
     videoReader_.destroyFrameBuffer();

@@ -12,7 +12,6 @@ class QVSingleVideoDecode : public QVVideoDecodeBase {
     QVSingleVideoDecode(const std::string& videoUrl, int32_t videoFps,
                         const platform::VideoReaderSettings& settings = {});
 
-    void fpsRenderFinishcleanupResource() override;
     void cancelDecode() override;
 
     const QVVideoReader& videoReader() const { return videoReader_; }

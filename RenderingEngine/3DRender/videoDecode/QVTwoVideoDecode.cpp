@@ -15,19 +15,14 @@ bool QVTwoVideoDecode::readFrame() {
     const auto master = msterVideoReader_.takeNextFrame();
     const auto mask = maskVideoReader_.takeNextFrame();
     if (!master || !mask) return false;
-    msterFrameOutput_ = msterVideoReader_.upload(*master);
-    maskFrameOutput_ = maskVideoReader_.upload(*mask);
+    msterFrameOutput_ = msterVideoReader_.show(*master);
+    maskFrameOutput_ = maskVideoReader_.show(*mask);
     return true;
 }
 
 void QVTwoVideoDecode::deliverFrame() {
     if (onNewTwoFrameReadyAtRenderOutput)
         onNewTwoFrameReadyAtRenderOutput(msterFrameOutput_, maskFrameOutput_);
-}
-
-void QVTwoVideoDecode::fpsRenderFinishcleanupResource() {
-    msterVideoReader_.cleanupResource(msterFrameOutput_);
-    maskVideoReader_.cleanupResource(maskFrameOutput_);
 }
 
 void QVTwoVideoDecode::cancelDecode() {

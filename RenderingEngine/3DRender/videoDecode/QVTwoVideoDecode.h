@@ -16,7 +16,6 @@ class QVTwoVideoDecode : public QVVideoDecodeBase {
     std::function<void(const QVVideoFrameRenderOutput& master, const QVVideoFrameRenderOutput& mask)>
         onNewTwoFrameReadyAtRenderOutput;
 
-    void fpsRenderFinishcleanupResource() override;
     void cancelDecode() override;
 
     const QVVideoReader& msterVideoReader() const { return msterVideoReader_; }

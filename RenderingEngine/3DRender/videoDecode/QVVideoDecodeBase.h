@@ -38,8 +38,6 @@ class QVVideoDecodeBase {
     /// After the frame was drawn: ends the source when it has completed, after every further frame too. A
     /// source that ran out while its scene was not yet the current one is so ended when it is.
     void fpsRenderCompletedHandle();
-    /// After the frame was drawn: gives up what the next frame does not need.
-    virtual void fpsRenderFinishcleanupResource() {}
     /// Stops reading and deletes GL objects; may run twice.
     virtual void cancelDecode() {}
     void computeRenderType();

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <filesystem>
 
-#include "core/GLESUtils/TextureUpload.h"
 #include "platform/base/FileGate.h"
 
 namespace multiscene {
@@ -21,7 +20,7 @@ int64_t saturated(double number) {
 }  // namespace
 
 QVVideoReader::QVVideoReader(std::string url, int32_t videoFps, const platform::VideoReaderSettings& settings)
-    : url_(std::move(url)), videoFps_(videoFps) {
+    : url_(std::move(url)), videoFps_(videoFps), premultipliesAlpha_(settings.premultipliesAlpha) {
     setup(settings);
 }
 
@@ -54,40 +53,22 @@ platform::CMTime QVVideoReader::frameTimeOf(const platform::CMTime& timeStamp, i
 std::optional<QVVideoFrameRenderOutput> QVVideoReader::renderNextFrame() {
     const auto frame = takeNextFrame();
     if (!frame) return std::nullopt;
-    return upload(*frame);
+    return show(*frame);
 }
 
 std::optional<platform::VideoFrame> QVVideoReader::takeNextFrame() {
     return reader_ ? reader_->nextFrame() : std::nullopt;
 }
 
-QVVideoFrameRenderOutput QVVideoReader::upload(const platform::VideoFrame& frame) {
-    if (frame.pixels != uploaded_) uploadPixels(*frame.pixels);
-    uploaded_ = frame.pixels;
-    return {.outputTexture = texture_.name(),
+QVVideoFrameRenderOutput QVVideoReader::show(const platform::VideoFrame& frame) {
+    if (frame.pixels != shown_)
+        texture_->setFrame(frame.pixels, frame.isOpaque, premultipliesAlpha_ && hasAlpha());
+    shown_ = frame.pixels;
+    return {.outputTexture = texture_,
             .frameTime = frameTimeOf(frame.time, videoFps_),
             .frameWidth = static_cast<double>(frame.pixels->width()),
-            .frameHeight = static_cast<double>(frame.pixels->height()),
-            .isOpaque = frame.isOpaque};
+            .frameHeight = static_cast<double>(frame.pixels->height())};
 }
-
-void QVVideoReader::uploadPixels(const platform::PixelBuffer& pixels) {
-    const BitmapView bitmap{.pixels = pixels.data(),
-                            .width = pixels.width(),
-                            .height = pixels.height(),
-                            .stride = pixels.stride(),
-                            .order = PixelOrder::BGRA};
-    texture_.create();
-    if (textureWidth_ == bitmap.width && textureHeight_ == bitmap.height) {
-        updateTexture(texture_.name(), bitmap);
-        return;
-    }
-    uploadTexture(texture_.name(), bitmap, TextureWrap::ClampToEdge);
-    textureWidth_ = bitmap.width;
-    textureHeight_ = bitmap.height;
-}
-
-void QVVideoReader::cleanupResource(QVVideoFrameRenderOutput&) {}
 
 std::string QVVideoReader::videoName() const { return std::filesystem::path(url_).filename().string(); }
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "core/GLESUtils/GLObject.h"
+#include "core/GLESUtils/Texture.h"
 #include "platform/media/VideoReader.h"
 #include "videoDecode/QVVideoFrameRenderOutput.h"
 
@@ -21,17 +21,15 @@ class QVVideoReader {
 
     void startProcessing();
     void cancelProcessing();
-    /// The next picture, uploaded; none when the video has ended or cannot be read.
+    /// The next picture; none when the video has ended or cannot be read.
     std::optional<QVVideoFrameRenderOutput> renderNextFrame();
     // The two halves of it, for readers that advance together.
     std::optional<platform::VideoFrame> takeNextFrame();
-    QVVideoFrameRenderOutput upload(const platform::VideoFrame& frame);
-    /// After a picture was drawn. The texture stays, so that the last picture can be held.
-    void cleanupResource(QVVideoFrameRenderOutput& frame);
-    /// Deletes the texture; may run twice.
+    QVVideoFrameRenderOutput show(const platform::VideoFrame& frame);
+    /// Gives the last picture up; may run twice.
     void destroyFrameBuffer() {
-        texture_.destroy();
-        uploaded_.reset();
+        texture_->clear();
+        shown_.reset();
     }
 
     /// The frame number of a time stamp, truncated towards zero in double precision: at a rate other than the
@@ -56,14 +54,13 @@ class QVVideoReader {
 
   private:
     void setup(const platform::VideoReaderSettings& settings);
-    void uploadPixels(const platform::PixelBuffer& pixels);
 
     std::string url_;
     int32_t videoFps_;
     std::unique_ptr<platform::VideoReader> reader_;
-    GLTexture texture_;
-    int textureWidth_ = 0, textureHeight_ = 0;
-    std::shared_ptr<const platform::PixelBuffer> uploaded_;  ///< what the texture holds
+    bool premultipliesAlpha_;
+    std::shared_ptr<Texture> texture_ = std::make_shared<Texture>();
+    std::shared_ptr<const platform::PixelBuffer> shown_;  ///< what the texture holds
 };
 
 }  // namespace multiscene

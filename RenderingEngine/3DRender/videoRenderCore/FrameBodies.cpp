@@ -1,9 +1,6 @@
 // How QVMultiSceneRenderManager renders one frame in each of its modes.
-#include <epoxy/gl.h>
-
 #include <algorithm>
 
-#include "core/GLESUtils/GLState.h"
 #include "core/QVSceneRenderToTexture.h"
 #include "core/VideoTimeSource.h"
 #include "platform/base/Value.h"
@@ -23,9 +20,9 @@ int64_t windowEnd(int64_t start, int64_t length) {
 using Scenes = std::initializer_list<std::shared_ptr<QVScene3D>>;
 
 /// A picture is not drawn over the slot of a scene that is not there.
-void render(Scenes scenes) {
+void render(Scenes scenes, Painter& painter) {
     for (const auto& scene : scenes)
-        if (scene) scene->render();
+        if (scene) scene->render(painter);
 }
 
 }  // namespace
@@ -39,7 +36,6 @@ void QVMultiSceneRenderManager::render() {
     ++statistics_.frames;
     if (frameRenderingCompleteBlock_) frameRenderingCompleteBlock_(currentRenderFps_);
     if (std::exchange(isResetAsked_, false)) currentRenderFps_ = 0;
-    checkGLError();
 }
 
 void QVMultiSceneRenderManager::runFrameBody() {
@@ -72,8 +68,6 @@ void QVMultiSceneRenderManager::doubleSceneTransitionsRender(const Turn& turn) {
         drawFrame({turn.transition});
     else
         leaveOut({turn.transition});
-    for (const auto& scene : {turn.next, turn.current})
-        if (scene) scene->renderToTextureObject().clear();
     closeFrame(scenes, {&currentScene_, &nextScene_, &transitionsScene_});
 }
 
@@ -120,9 +114,9 @@ bool QVMultiSceneRenderManager::mustDraw() const { return frameSink_ && frameSin
 void QVMultiSceneRenderManager::leaveOut(Scenes scenes) {
     if (!frameSink_) return;
     const StageTimer timer(statistics_.draw);
-    GLState::bindTarget(frameSink_->renderToTextureFrameBufferID(), bufferWidth(), bufferHeight());
+    painter_->resetState();
     for (const auto& scene : scenes)
-        if (scene) scene->renderTargets();
+        if (scene) scene->renderTargets(*painter_);
     frameSink_->skipFrame();
 }
 
@@ -130,96 +124,23 @@ void QVMultiSceneRenderManager::drawSceneTextures(Scenes scenes) {
     if (!frameSink_) return;
     const StageTimer timer(statistics_.draw);
     for (const auto& scene : scenes)
-        if (scene) scene->renderToTextureObject().renderSceneToTexture();
+        if (scene) scene->renderToTextureObject().renderSceneToTexture(*painter_);
 }
 
 void QVMultiSceneRenderManager::drawFrame(Scenes scenes) {
-    const bool isDrawn = mayDrawTwice(scenes) && !isWholeFrameMultisampled_ && drawInRegions(scenes);
-    if (!isDrawn) drawMultisampled(scenes);
-    handOver();
-    ++statistics_.drawnFrames;
-}
-
-bool QVMultiSceneRenderManager::mayDrawTwice(Scenes scenes) const {
-    return settings_.multisamplesRegions && msaaTarget_.samples() > 1 &&
-           std::none_of(scenes.begin(), scenes.end(),
-                        [](const auto& scene) { return scene && scene->drawsIntoTextures(); });
-}
-
-/// One sample everywhere, then several along the outlines. False when the frame turned out to need several
-/// everywhere; it is then not drawn.
-bool QVMultiSceneRenderManager::drawInRegions(Scenes scenes) {
-    const StageTimer timer(statistics_.draw);
-    FrameEdges& edges = FrameEdges::shared();
-    edges.beginRecording(bufferWidth(), bufferHeight());
-    GLState::bindTarget(frameSink_->renderToTextureFrameBufferID(), bufferWidth(), bufferHeight());
-    GLState::clearColor();
-    multiscene::render(scenes);
-    const auto regions = edges.endRecording();
-    isWholeFrameMultisampled_ = !regions;
-    if (!regions) return false;
-    drawRegions(*regions, scenes);
-    finishStage();
-    return true;
-}
-
-/// From the top down: what is drawn multisampled and clipped touches samples of the row below the clip
-/// (Mesa's software renderer), and the region that lies there must not have been drawn yet, because it starts
-/// by clearing.
-void QVMultiSceneRenderManager::drawRegions(std::vector<PixelRect> regions, Scenes scenes) {
-    if (regions.empty()) return;
-    std::ranges::sort(regions, std::greater{}, &PixelRect::y);
-    FrameEdges& edges = FrameEdges::shared();
-    for (const PixelRect& region : regions) {
-        GLState::setScissor(region);
-        edges.clipTo(region);
-        renderingBeforeConfig();
-        multiscene::render(scenes);
-    }
-    edges.endClipping();
-    GLState::resetScissor();
-    msaaTarget_.resolveInto(frameSink_->renderToTextureFrameBufferID(), regions);
-}
-
-/// Records the outlines all the same, to know whether the next frame can be drawn in regions.
-void QVMultiSceneRenderManager::drawMultisampled(Scenes scenes) {
     {
         const StageTimer timer(statistics_.draw);
-        FrameEdges::shared().beginRecording(bufferWidth(), bufferHeight());
-        renderingBeforeConfig();
-        multiscene::render(scenes);
-        isWholeFrameMultisampled_ = !FrameEdges::shared().endRecording();
-        finishStage();
+        painter_->beginFrame(bufferWidth(), bufferHeight());
+        multiscene::render(scenes, *painter_);
     }
-    renderingAfterConfig();
-}
-
-/// The sink's own framebuffer needs no clearing: the resolve covers all of it.
-void QVMultiSceneRenderManager::renderingBeforeConfig() {
-    msaaTarget_.bindAndClear();
-    GLState::bindTarget(msaaTarget_.frameBuffer(), bufferWidth(), bufferHeight());
-}
-
-void QVMultiSceneRenderManager::renderingAfterConfig() {
     {
-        const StageTimer timer(statistics_.resolve);
-        msaaTarget_.resolveInto(frameSink_->renderToTextureFrameBufferID());
-        finishStage();
+        const StageTimer timer(statistics_.paint);
+        painter_->endFrame(frameSink_->frameCanvas());
     }
-}
-
-void QVMultiSceneRenderManager::handOver() {
-    const StageTimer timer(statistics_.readBack);
+    const StageTimer timer(statistics_.handOver);
     frameSink_->renderFrameToVideo();
-    msaaTarget_.discard();
+    ++statistics_.drawnFrames;
 }
-
-/// Taking the frame over waits for GL anyway; waiting earlier only tells the stages apart.
-void QVMultiSceneRenderManager::finishStage() const {
-    if (settings_.finishEachStage) GLState::finish();
-}
-
-void QVMultiSceneRenderManager::checkGLError() { glGetError(); }
 
 void QVMultiSceneRenderManager::startSoundEffect(const platform::Value& audioInfo) {
     if (!soundSink_) return;

@@ -7,11 +7,12 @@
 #include <optional>
 
 #include "platform/base/Error.h"
+#include "platform/pixels/Surface.h"
 
 namespace multiscene {
 
-/// Owned by the render driver. Operations are called on the render queue with the GL context current, except
-/// where another thread is named.
+/// Owned by the render driver. Operations are called on the render queue, except where another thread is
+/// named.
 class FrameSink {
   public:
     virtual ~FrameSink() = default;
@@ -19,12 +20,8 @@ class FrameSink {
     virtual int32_t width() const = 0;   ///< pixels, never changes; any thread
     virtual int32_t height() const = 0;  ///< pixels, never changes; any thread
 
-    /// Makes the GL objects, once.
-    virtual void createFrameBufferObject() = 0;
-    /// Deletes the GL objects; may run twice.
-    virtual void destroyFramebuffer() = 0;
-    /// The framebuffer that each finished frame is drawn or resolved into, all of it.
-    virtual uint32_t renderToTextureFrameBufferID() const = 0;
+    /// Where the next frame is to be drawn, all of it: memory of the sink's size, until renderFrameToVideo().
+    virtual platform::Canvas frameCanvas() = 0;
 
     /// True when the next frame can be taken at once. Any thread.
     virtual bool isOkCaptureScreenVideo() const = 0;
@@ -39,7 +36,7 @@ class FrameSink {
     /// False when nobody looks at the next frame; it is then not drawn, but for what later frames may show of
     /// it, and skipFrame() is called instead of renderFrameToVideo().
     virtual bool wantsNextFrame() const { return true; }
-    /// Takes the resolved frame.
+    /// Takes the frame: its colours are multiplied by alpha as blending over nothing leaves them.
     virtual void renderFrameToVideo() = 0;
     /// The frame was not drawn.
     virtual void skipFrame() {}

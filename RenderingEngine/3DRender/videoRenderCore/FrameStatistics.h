@@ -15,13 +15,13 @@ struct StageTime {
 struct FrameStatistics {
     int64_t frames = 0;       ///< rendered
     int64_t drawnFrames = 0;  ///< of them drawn
-    StageTime decode;         ///< fetching video frames and handing them to GL
+    StageTime decode;         ///< fetching video frames
     StageTime update;         ///< key frames, materials, tweens and matrices
-    StageTime draw;
-    StageTime resolve;
-    StageTime readBack;  ///< taking the frame over: what GL had not finished before is waited for here
-    StageTime complete;  ///< closing the frame, scene changes included
-    StageTime wait;      ///< for the encoder
+    StageTime draw;           ///< asking the nodes what is drawn; GL begins here
+    StageTime paint;          ///< painting it, or waiting for GL and reading the picture back
+    StageTime handOver;       ///< to the encoder
+    StageTime complete;       ///< closing the frame, scene changes included
+    StageTime wait;           ///< for the encoder
 };
 
 /// Adds the time of its scope to a stage.

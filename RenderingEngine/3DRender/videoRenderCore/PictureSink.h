@@ -3,7 +3,6 @@
 #include <functional>
 #include <vector>
 
-#include "core/GLESUtils/QVFrameBufferToTexture.h"
 #include "platform/pixels/FrameLayout.h"
 #include "videoRenderCore/FrameSink.h"
 
@@ -13,7 +12,7 @@ namespace multiscene {
 /// again counts anew.
 class PictureSink : public FrameSink {
   public:
-    /// A frame as it was resolved: RGBA, eight bits a channel, colours multiplied by alpha as blending over
+    /// A frame as it was drawn: RGBA, eight bits a channel, colours multiplied by alpha as blending over
     /// nothing leaves them, top row first, rows packed. Valid during the call.
     struct Picture {
         int64_t frame;
@@ -31,11 +30,9 @@ class PictureSink : public FrameSink {
         : PictureSink(platform::FrameLayout::whole(width, height), std::move(receiver),
                       std::move(selection)) {}
 
-    int32_t width() const override { return target_.fboWidth(); }
-    int32_t height() const override { return target_.fboHeight(); }
-    void createFrameBufferObject() override { target_.createFrameBufferObject(); }
-    void destroyFramebuffer() override { target_.destroyFramebuffer(); }
-    uint32_t renderToTextureFrameBufferID() const override { return target_.frameBuffer(); }
+    int32_t width() const override { return placer_.layout().drawnWidth; }
+    int32_t height() const override { return placer_.layout().drawnHeight; }
+    platform::Canvas frameCanvas() override;
     bool isOkCaptureScreenVideo() const override { return true; }
     bool waitUntilOk() override { return true; }
     bool wantsNextFrame() const override { return !selection_ || selection_(nextFrame_); }
@@ -48,11 +45,10 @@ class PictureSink : public FrameSink {
     void handOut();
 
     platform::FramePlacer placer_;
-    QVFrameBufferToTexture target_;
     Receiver receiver_;
     Selection selection_;
     int64_t nextFrame_ = 0;
-    std::vector<uint8_t> drawn_, pixels_;
+    std::vector<uint8_t> drawn_, placed_;
 };
 
 }  // namespace multiscene

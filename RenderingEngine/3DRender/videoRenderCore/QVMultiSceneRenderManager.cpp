@@ -2,10 +2,8 @@
 
 #include <chrono>
 
-#include "core/GLESUtils/GLState.h"
-#include "core/GLESUtils/QVGlContextManager.h"
 #include "core/VideoTimeSource.h"
-#include "opengl2.0/ShaderManager/ShaderManager.h"
+#include "painter/Renderer.h"
 #include "platform/base/CurrentError.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/NotificationCenter.h"
@@ -72,7 +70,8 @@ QVMultiSceneRenderManager::QVMultiSceneRenderManager(std::shared_ptr<FrameSink> 
 QVMultiSceneRenderManager::~QVMultiSceneRenderManager() {
     glviewTimeSourceQueue_.sync([this] {
         takeDown();
-        context_.reset();
+        painter_.reset();
+        platform::GLContext::clearCurrent();
     });
 }
 
@@ -93,42 +92,21 @@ void QVMultiSceneRenderManager::performOnRenderQueue(const std::function<void()>
 }
 
 void QVMultiSceneRenderManager::setupGlRender() {
-    performOnRenderQueue([this] { setupRenderBuffer(); });
+    performOnRenderQueue([] {});
 }
 
 void QVMultiSceneRenderManager::useMultiSceneRenderContext() {
-    if (!context_) {
-        context_ =
-            settings_.makeContext ? settings_.makeContext() : platform::GLContext::create(settings_.glDriver);
-        // Programs of an earlier context mean nothing in this one.
-        ShaderManager::sharedManager().removeAllShaders();
-    }
-    context_->makeCurrent();
-    QVGlContextManager::shared().setContext(context_);
-}
-
-void QVMultiSceneRenderManager::setupRenderBuffer() {
-    if (frameSink_) {
-        frameSink_->createFrameBufferObject();
-        msaaTarget_.create(bufferWidth(), bufferHeight(), samplingTotal);
-    }
-    GLState::setDefaults();
-}
-
-void QVMultiSceneRenderManager::destroyFramebuffer() {
-    msaaTarget_.destroy();
-    if (frameSink_) frameSink_->destroyFramebuffer();
-    ShaderManager::sharedManager().useShaderObject(nullptr);  // GL keeps the program in use
-    ShaderManager::sharedManager().removeAllShaders();
+    if (!painter_) painter_ = makePainter(settings_.renderer, settings_.makeContext);
+    painter_->makeCurrent();
 }
 
 void QVMultiSceneRenderManager::takeDown() {
-    if (!context_) return;
+    if (!painter_) return;
     // Without its context nothing can be deleted, and the context takes everything with it.
     errorOf([this] {
         useMultiSceneRenderContext();
         clearScenes();
-        destroyFramebuffer();
+        painter_->release();
     });
     platform::GLContext::clearCurrent();
 }
@@ -158,13 +136,9 @@ void QVMultiSceneRenderManager::renewFrameSink() {
     if (!frameSink_) return;
     std::shared_ptr<FrameSink> fresh = frameSink_->freshSink();
     if (!fresh) return;
-    frameSink_->destroyFramebuffer();
-    {
-        const std::lock_guard lock(wakeMutex_);
-        frameSink_ = fresh;
-        if (auto sound = std::dynamic_pointer_cast<SoundSink>(fresh)) soundSink_ = std::move(sound);
-    }
-    setupRenderBuffer();
+    const std::lock_guard lock(wakeMutex_);
+    frameSink_ = fresh;
+    if (auto sound = std::dynamic_pointer_cast<SoundSink>(fresh)) soundSink_ = std::move(sound);
 }
 
 // --- control -------------------------------------------------------------------------------------------
@@ -238,7 +212,6 @@ void QVMultiSceneRenderManager::loop(uint64_t run) {
     const auto error = errorOf([&] {
         if (isCancelled(run)) return;
         useMultiSceneRenderContext();
-        setupRenderBuffer();
         while (!isCancelled(run)) turn(run);
     });
     isInFrame_ = isResetAsked_ = false;

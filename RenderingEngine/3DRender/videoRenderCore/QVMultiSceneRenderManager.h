@@ -11,31 +11,23 @@
 #include <optional>
 #include <string>
 
-#include "core/GLESUtils/MultisampleTarget.h"
 #include "core/QVScene3D.h"
 #include "core/RenderDriver.h"
+#include "painter/Renderer.h"
 #include "platform/base/DispatchQueue.h"
 #include "platform/base/Error.h"
-#include "platform/gl/GLContext.h"
 #include "videoRenderCore/FrameSink.h"
 #include "videoRenderCore/FrameStatistics.h"
 #include "videoRenderCore/SoundSink.h"
 
 namespace multiscene {
 
-/// Samples of every multisampled buffer in the program.
-inline constexpr int samplingTotal = 2;
-
 struct RenderDriverSettings {
     int32_t bufferWidth = 720, bufferHeight = 1280;  ///< pixels; a sink's own size wins
     int32_t sceneTextureMaxWidth = 1000;             ///< pixels
-    platform::GLContext::Driver glDriver = platform::GLContext::Driver::Automatic;
-    /// Makes the context on the render queue instead of `glDriver`: for a window's.
+    Renderer renderer = Renderer::Auto;
+    /// Makes the GL context, where one is needed, on the render queue: for a window's; none: off screen.
     std::function<std::shared_ptr<platform::GLContext>()> makeContext = {};
-    /// Waits for GL after each stage, so that FrameStatistics tells the stages apart.
-    bool finishEachStage = false;
-    /// Multisample only what outlines cross: the same picture for less work. Off: all of every frame.
-    bool multisamplesRegions = true;
 };
 
 /// Holds up to three scenes and renders one frame a loop turn in one of three modes. States: created →
@@ -84,7 +76,7 @@ class QVMultiSceneRenderManager : public RenderDriver {
     /// Runs a task on the render queue, with the context current, and waits; what it throws is thrown here.
     /// While a loop runs it waits for the loop's end.
     void performOnRenderQueue(const std::function<void()>& task);
-    /// Makes the context current and builds the render buffers where they are missing. Any thread.
+    /// Makes the painter, where it is missing, and its context current. Any thread.
     void setupGlRender();
 
     // Settings, any thread, before stratRun()
@@ -116,8 +108,6 @@ class QVMultiSceneRenderManager : public RenderDriver {
     const std::shared_ptr<FrameSink>& frameSink() const { return frameSink_; }
     const std::shared_ptr<SoundSink>& soundSink() const { return soundSink_; }
     const FrameStatistics& statistics() const { return statistics_; }  ///< after the run, or on the queue
-    /// The context, current on the render queue while scenes live. Any thread.
-    const std::shared_ptr<platform::GLContext>& multiSceneRenderContext() const { return context_; }
 
     // RenderDriver
     int32_t bufferWidth() const override { return settings_.bufferWidth; }
@@ -128,6 +118,7 @@ class QVMultiSceneRenderManager : public RenderDriver {
     std::shared_ptr<QVScene3D> nextScene() const override { return nextScene_; }
     std::shared_ptr<QVScene3D> transitionsScene() const override { return transitionsScene_; }
     int64_t currentRenderFps() const override { return currentRenderFps_; }
+    Painter& painter() override { return *painter_; }
     void startSoundEffect(const platform::Value& audioInfo) override;
     void stopSoundEffect(const std::string& audioKey) override;
 
@@ -142,8 +133,6 @@ class QVMultiSceneRenderManager : public RenderDriver {
 
     // Set-up and tear-down
     void useMultiSceneRenderContext();
-    void setupRenderBuffer();
-    void destroyFramebuffer();
     void clearScenes();
     void takeDown();
     void interruptRuns();
@@ -173,23 +162,11 @@ class QVMultiSceneRenderManager : public RenderDriver {
     void leaveOut(Scenes scenes);
     void drawSceneTextures(Scenes scenes);
     void drawFrame(Scenes scenes);
-    bool mayDrawTwice(Scenes scenes) const;
-    bool drawInRegions(Scenes scenes);
-    void drawMultisampled(Scenes scenes);
-    void drawRegions(std::vector<PixelRect> regions, Scenes scenes);
-    void renderingBeforeConfig();
-    void renderingAfterConfig();
-    void handOver();
-    void finishStage() const;
-    static void checkGLError();
 
     RenderDriverSettings settings_;
     std::shared_ptr<FrameSink> frameSink_;
     std::shared_ptr<SoundSink> soundSink_;
-    std::shared_ptr<platform::GLContext> context_;
-    MultisampleTarget msaaTarget_;
-    /// The last frame could not be drawn in regions, so the next is not tried either.
-    bool isWholeFrameMultisampled_ = false;
+    std::unique_ptr<Painter> painter_;  ///< from the first run on
 
     std::shared_ptr<QVScene3D> currentScene_, nextScene_, transitionsScene_;
     SceneRenderType sceneRenderType_ = SceneRenderType::Single;

@@ -2,7 +2,6 @@
 
 #include <cmath>
 
-#include "core/GLESUtils/ReadBack.h"
 #include "platform/base/Paths.h"
 #include "platform/media/Join.h"
 #include "videoRenderCore/ExportSound.h"
@@ -33,8 +32,6 @@ QVVideoCVCacheExporter::QVVideoCVCacheExporter(const std::string& path, double w
       framesPerSecond_(frameRate),
       settings_(settings),
       placer_(settings.layout.value_or(platform::FrameLayout::whole(width_, height_))),
-      resolveTarget_(placer_.layout().drawnWidth, placer_.layout().drawnHeight, TargetShaders::OwnOnly),
-      // GL's bottom-up rows are turned while they are converted.
       writer_(std::make_unique<platform::VideoWriter>(
           platform::VideoWriter::Settings{.path = path,
                                           .width = width_,
@@ -44,7 +41,6 @@ QVVideoCVCacheExporter::QVVideoCVCacheExporter(const std::string& path, double w
                                           .preset = settings.preset,
                                           .threads = settings.threads,
                                           .pixelOrder = platform::PixelOrder::BGRA,
-                                          .rowOrder = platform::RowOrder::BottomUp,
                                           .optimiseForNetworkUse = true})) {}
 
 QVVideoCVCacheExporter::~QVVideoCVCacheExporter() { canleExport(); }
@@ -76,9 +72,16 @@ void QVVideoCVCacheExporter::addAudioTrackWithInfo(const platform::Value& info) 
 
 // --- frames --------------------------------------------------------------------------------------------
 
-void QVVideoCVCacheExporter::createFrameBufferObject() { resolveTarget_.createFrameBufferObject(); }
-
-void QVVideoCVCacheExporter::destroyFramebuffer() { resolveTarget_.destroyFramebuffer(); }
+platform::Canvas QVVideoCVCacheExporter::frameCanvas() {
+    const platform::FrameLayout& layout = placer_.layout();
+    const ptrdiff_t stride = ptrdiff_t{layout.drawnWidth} * 4;
+    buffer_ = writer_->takeBuffer();
+    drawn_.resize(layout.isWhole() ? 0 : static_cast<size_t>(stride) * size_t(layout.drawnHeight));
+    return {.pixels = layout.isWhole() ? buffer_->data() : drawn_.data(),
+            .stride = stride,
+            .width = layout.drawnWidth,
+            .height = layout.drawnHeight};
+}
 
 bool QVVideoCVCacheExporter::isOkCaptureScreenVideo() const {
     return state() == State::Writing && writer_->isReadyForMoreMediaData();
@@ -100,13 +103,8 @@ std::optional<platform::Error> QVVideoCVCacheExporter::failure() const {
 }
 
 void QVVideoCVCacheExporter::renderFrameToVideo() {
-    auto buffer = writer_->takeBuffer();
-    const platform::FrameLayout& layout = placer_.layout();
-    drawn_.resize(layout.isWhole() ? 0 : size_t(layout.drawnWidth) * size_t(layout.drawnHeight) * 4);
-    readFramebuffer(resolveTarget_.frameBuffer(), layout.drawnWidth, layout.drawnHeight, PixelOrder::BGRA,
-                    layout.isWhole() ? buffer->data() : drawn_.data(), layout.drawnWidth * 4);
-    if (!layout.isWhole()) placer_.place(drawn_.data(), buffer->data());
-    addFrameCVCache(std::move(buffer));
+    if (!placer_.layout().isWhole()) placer_.place(drawn_.data(), buffer_->data());
+    addFrameCVCache(std::move(buffer_));
 }
 
 void QVVideoCVCacheExporter::addFrameCVCache(platform::PixelBufferPool::Pointer picture) {

@@ -11,7 +11,6 @@
 #include <string>
 #include <vector>
 
-#include "core/GLESUtils/QVFrameBufferToTexture.h"
 #include "platform/audio/AudioMix.h"
 #include "platform/base/DispatchQueue.h"
 #include "platform/media/VideoWriter.h"
@@ -96,9 +95,7 @@ class QVVideoCVCacheExporter : public FrameSink,
     // FrameSink
     int32_t width() const override { return placer_.layout().drawnWidth; }
     int32_t height() const override { return placer_.layout().drawnHeight; }
-    void createFrameBufferObject() override;
-    void destroyFramebuffer() override;
-    uint32_t renderToTextureFrameBufferID() const override { return resolveTarget_.frameBuffer(); }
+    platform::Canvas frameCanvas() override;
     bool isOkCaptureScreenVideo() const override;
     bool waitUntilOk() override;
     void wake() override;
@@ -130,8 +127,8 @@ class QVVideoCVCacheExporter : public FrameSink,
     std::weak_ptr<QVVideoCVCacheExporterDelegate> delegate_;
     int64_t currentFrame_ = 1;
     platform::FramePlacer placer_;
-    std::vector<uint8_t> drawn_;  ///< a picture that does not fill the film
-    QVFrameBufferToTexture resolveTarget_;
+    std::vector<uint8_t> drawn_;                 ///< a picture that does not fill the film
+    platform::PixelBufferPool::Pointer buffer_;  ///< the frame that is being drawn
     std::unique_ptr<platform::VideoWriter> writer_;
 
     mutable std::mutex mutex_;

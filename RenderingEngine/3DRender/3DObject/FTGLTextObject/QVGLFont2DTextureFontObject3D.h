@@ -1,8 +1,6 @@
 #pragma once
 
 #include "3DObject/FTGLTextObject/QVGLFontTextObjectBase.h"
-#include "3DObject/QuadObject3D/QVQuadObject3D.h"
-#include "core/GLESUtils/GLObject.h"
 
 namespace multiscene {
 
@@ -13,13 +11,12 @@ class QVGLFont2DTextureFontObject3D : public QVGLFontTextObjectBase {
 
   protected:
     std::vector<char32_t> makeLetters(const platform::LetterText& text) override;
-    void drawLetters() override;
-    void dropLetters() override { atlas_.destroy(); }
+    void drawLetters(Painter& painter) override;
+    void dropLetters() override { atlas_.clear(); }
 
   private:
-    std::vector<platform::LetterVertex> triangles_, coloredTriangles_;
-    QVQuadObject3D::Corners bounds_{};
-    GLTexture atlas_;
+    std::vector<MeshVertex> triangles_, coloredTriangles_;
+    Texture atlas_;
 };
 
 }  // namespace multiscene

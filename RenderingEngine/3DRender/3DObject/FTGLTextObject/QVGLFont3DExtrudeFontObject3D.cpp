@@ -1,14 +1,11 @@
 #include "3DObject/FTGLTextObject/QVGLFont3DExtrudeFontObject3D.h"
 
+#include <algorithm>
 #include <array>
 
 #include "3DObject/MeshObject3D/SceneLight.h"
-#include "core/GLESUtils/FrameEdges.h"
-#include "core/GLESUtils/GLState.h"
-#include "core/GLESUtils/TextureUpload.h"
 #include "core/NodeTypes.h"
 #include "dataMode/TextSettings.h"
-#include "opengl2.0/TexturedQuad.h"
 
 namespace multiscene {
 
@@ -49,17 +46,17 @@ void QVGLFont3DExtrudeFontObject3D::rendInfoWithDic(const platform::Value& info)
 
 std::vector<char32_t> QVGLFont3DExtrudeFontObject3D::makeLetters(const platform::LetterText& text) {
     platform::SolidLetters letters = platform::solidLetters(text, textDepth_);
-    if (!letters.atlas.isEmpty()) uploadAtlas(letters.atlas, atlas_);
-    triangles_ = std::move(letters.triangles);
-    coloredTriangles_ = std::move(letters.coloredTriangles);
+    if (!letters.atlas.isEmpty()) atlas_.setPicture(std::move(letters.atlas));
+    triangles_ = verticesOf(letters.triangles);
+    coloredTriangles_ = verticesOf(letters.coloredTriangles);
     return std::move(letters.leftOut);
 }
 
 void QVGLFont3DExtrudeFontObject3D::dropLetters() {
     triangles_.clear();
     coloredTriangles_.clear();
-    colors_.destroy();
-    atlas_.destroy();
+    colors_.clear();
+    atlas_.clear();
 }
 
 glm::vec4 QVGLFont3DExtrudeFontObject3D::shownSideColor() const {
@@ -68,34 +65,37 @@ glm::vec4 QVGLFont3DExtrudeFontObject3D::shownSideColor() const {
     return shownColor() * (isLightEnable() ? glm::vec4(1) : glm::vec4(glm::vec3(unlitSides), 1));
 }
 
-void QVGLFont3DExtrudeFontObject3D::uploadColors() {
-    const std::array<std::array<uint8_t, 4>, 2> texels{texelOf(shownColor()), texelOf(shownSideColor())};
-    colors_.create();
-    uploadTexture(colors_.name(), {.pixels = texels[0].data(), .width = 2, .height = 1, .stride = 8});
+/// The colours' alpha is an opacity too, so that they are not multiplied by it.
+void QVGLFont3DExtrudeFontObject3D::fillColors() {
+    platform::Bitmap texels(2, 1);
+    const auto front = texelOf(shownColor()), side = texelOf(shownSideColor());
+    std::ranges::copy(front, texels.rgba.begin());
+    std::ranges::copy(side, texels.rgba.begin() + 4);
+    std::vector<platform::Bitmap> levels;
+    levels.push_back(std::move(texels));
+    colors_.setLevels(std::move(levels), false);
 }
 
-void QVGLFont3DExtrudeFontObject3D::drawLetters() {
-    FrameEdges::shared().requireMultisampling();
-    const auto shader = shaderForSceneLight("font_3dShader", *this);
-    uploadColors();
-    drawWith(*shader, colors_.name(), triangles_, 0);
-    if (!coloredTriangles_.empty()) drawWith(*shader, atlas_.name(), coloredTriangles_, 1 - shownColor().a);
+void QVGLFont3DExtrudeFontObject3D::drawLetters(Painter& painter) {
+    fillColors();
+    drawFaces(painter, colors_, triangles_, 0);
+    if (!coloredTriangles_.empty()) drawFaces(painter, atlas_, coloredTriangles_, 1 - shownColor().a);
 }
 
-void QVGLFont3DExtrudeFontObject3D::drawWith(Shader& shader, unsigned int texture,
-                                             const std::vector<platform::LetterVertex>& triangles,
-                                             float fade) {
-    shader.useShader();
-    bindTexture(shader, "videoFrame", 0, texture);
-    shader.setUniform("u_mvpMatrix", projTransform());
-    shader.setUniform("u_textureMatrix", glm::mat4(1));
-    shader.setUniform("isPreMultiplication", 0);
-    shader.setUniform("fade", fade);
-    // The colours' alpha is an opacity too.
-    const glm::vec2 sent = GLState::sentColors();
-    shader.setUniform("sentColors", glm::vec2(sent.x + sent.y, 0));
-    setSceneLight(shader, *this);
-    drawTriangles(shader, triangles, true);
+void QVGLFont3DExtrudeFontObject3D::drawFaces(Painter& painter, Texture& texture,
+                                              const std::vector<MeshVertex>& triangles, float fade) {
+    MeshDraw mesh{.outside = triangles,
+                  .inside = {},
+                  .sides = MeshSides::Outer,
+                  .shader = "font_3dShader",
+                  .definitions = {},
+                  .uniforms = {{"fade", fade}},
+                  .texture = &texture,
+                  .mvpMatrix = projTransform(),
+                  .alphaIsOpacity = true,
+                  .state = {}};
+    addSceneLight(mesh, *this);
+    painter.draw(std::move(mesh));
 }
 
 }  // namespace multiscene

@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "3DObject/FTGLTextObject/QVGLFontTextObjectBase.h"
-#include "core/GLESUtils/GLObject.h"
+#include "core/GLESUtils/Texture.h"
 
 namespace multiscene {
 
@@ -19,20 +19,19 @@ class QVGLFont3DExtrudeFontObject3D : public QVGLFontTextObjectBase {
 
   protected:
     std::vector<char32_t> makeLetters(const platform::LetterText& text) override;
-    void drawLetters() override;
+    void drawLetters(Painter& painter) override;
     void dropLetters() override;
 
   private:
     glm::vec4 shownSideColor() const;
-    void uploadColors();
-    void drawWith(Shader& shader, unsigned int texture, const std::vector<platform::LetterVertex>& triangles,
-                  float fade);
+    void fillColors();
+    void drawFaces(Painter& painter, Texture& texture, const std::vector<MeshVertex>& triangles, float fade);
 
     float textDepth_ = 0;
     std::optional<platform::Color> sideColor_;
-    std::vector<platform::LetterVertex> triangles_, coloredTriangles_;
-    GLTexture colors_;  ///< one texel for the faces, one for the sides
-    GLTexture atlas_;   ///< the faces of emoji
+    std::vector<MeshVertex> triangles_, coloredTriangles_;
+    Texture colors_;  ///< one texel for the faces, one for the sides
+    Texture atlas_;   ///< the faces of emoji
 };
 
 }  // namespace multiscene

@@ -3,8 +3,6 @@
 #include <algorithm>
 
 #include "3DObject/QuadObject3D/QVQuadDiaphaneityObject3D.h"
-#include "core/GLESUtils/DrawTriangles.h"
-#include "core/GLESUtils/TextureUpload.h"
 #include "core/SkippedMedia.h"
 #include "dataMode/TextSettings.h"
 
@@ -78,10 +76,6 @@ void QVGLFontTextObjectBase::updateData(const platform::CMTime& time) {
     if (!leftOut.empty()) reportSkipped(*this, "letters that cannot be drawn", letterNames(leftOut));
 }
 
-void QVGLFontTextObjectBase::render(const platform::CMTime& time) {
-    if (isNeedRenderWithCMTime(time) && hasLetters_) drawLetters();
-}
-
 void QVGLFontTextObjectBase::renderComplete(const platform::CMTime& time) {
     if (!isNeedRenderWithCMTime(time)) return;
     QVObject3DTransformBase::renderComplete(time);
@@ -96,28 +90,15 @@ glm::vec4 QVGLFontTextObjectBase::shownColor() const {
     return {textColor_.red, textColor_.green, textColor_.blue, textColor_.alpha * renderAlpha()};
 }
 
-void QVGLFontTextObjectBase::uploadAtlas(const platform::Bitmap& picture, GLTexture& atlas) {
-    atlas.create();
-    uploadTexture(atlas.name(), {.pixels = picture.rgba.data(),
-                                 .width = picture.width,
-                                 .height = picture.height,
-                                 .stride = picture.stride()});
-}
-
-void QVGLFontTextObjectBase::drawTriangles(Shader& shader,
-                                           const std::vector<platform::LetterVertex>& triangles,
-                                           bool cullBack) {
-    if (triangles.empty()) return;
-    const platform::LetterVertex& first = triangles.front();
-    multiscene::drawTriangles({.position = shader.attributeHandle("position"),
-                               .textureCoordinate = shader.attributeHandle("inputTextureCoordinate"),
-                               .normal = shader.attributeHandle("normal")},
-                              {.positions = &first.x,
-                               .textureCoordinates = &first.u,
-                               .normals = &first.normalX,
-                               .stride = sizeof(platform::LetterVertex),
-                               .count = static_cast<int>(triangles.size())},
-                              cullBack);
+std::vector<MeshVertex> QVGLFontTextObjectBase::verticesOf(
+    const std::vector<platform::LetterVertex>& letters) {
+    std::vector<MeshVertex> vertices;
+    vertices.reserve(letters.size());
+    for (const platform::LetterVertex& at : letters)
+        vertices.push_back({.position = {at.x, at.y, at.z},
+                            .normal = {at.normalX, at.normalY, at.normalZ},
+                            .textureCoordinate = {at.u, at.v}});
+    return vertices;
 }
 
 void QVGLFontTextObjectBase::addTraceFields(platform::Value::Dictionary& fields) {

@@ -3,9 +3,8 @@
 #include <vector>
 
 #include "core/AnimatedNumber.h"
-#include "core/GLESUtils/GLObject.h"
 #include "core/QVObject3DTransformBase.h"
-#include "opengl2.0/Shader.h"
+#include "painter/Painter.h"
 #include "platform/font/Letters.h"
 
 namespace multiscene {
@@ -18,7 +17,6 @@ class QVGLFontTextObjectBase : public QVObject3DTransformBase {
   public:
     void rendInfoWithDic(const platform::Value& info) override;
     void updateData(const platform::CMTime& time) override;
-    void render(const platform::CMTime& time) override;
     void renderComplete(const platform::CMTime& time) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;
 
@@ -29,16 +27,15 @@ class QVGLFontTextObjectBase : public QVObject3DTransformBase {
     void updateKeyFrames(int64_t frame) override { renderAlpha_.updateData(frame, *this); }
     /// The letters that could not be made.
     virtual std::vector<char32_t> makeLetters(const platform::LetterText& text) = 0;
-    virtual void drawLetters() = 0;
+    virtual void drawLetters(Painter& painter) = 0;
     virtual void dropLetters() = 0;
 
     /// Red, green, blue, and the alpha of the text and of the node.
     glm::vec4 shownColor() const;
-    /// Creates the texture where there is none yet, and fills it.
-    static void uploadAtlas(const platform::Bitmap& picture, GLTexture& atlas);
-    /// Draws with the shader in use.
-    static void drawTriangles(Shader& shader, const std::vector<platform::LetterVertex>& triangles,
-                              bool cullBack);
+    static std::vector<MeshVertex> verticesOf(const std::vector<platform::LetterVertex>& letters);
+    void draw(Painter& painter) final {
+        if (hasLetters_) drawLetters(painter);
+    }
 
   private:
     platform::LetterText letterText() const;

@@ -1,13 +1,10 @@
 #include "3DObject/MeshObject3D/QVMeshObject3D.h"
 
-#include <epoxy/gl.h>
-
 #include "3DObject/MeshObject3D/SceneLight.h"
-#include "core/GLESUtils/DrawQuad.h"
 #include "core/Material/QVSignColorMaterial.h"
 #include "core/Material/QVTextureMaterial.h"
 #include "core/NodeTypes.h"
-#include "opengl2.0/TexturedQuad.h"
+#include "painter/Painter.h"
 
 namespace multiscene {
 
@@ -86,60 +83,48 @@ MeshFace QVMeshObject3D::boxFace(const Box& box, int axis, float direction) {
     return face;
 }
 
-void QVMeshObject3D::render(const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time) || faces_.empty()) return;
+bool QVMeshObject3D::isOpaque() const {
     const auto* flat = dynamic_cast<const QVSignColorMaterial*>(material());
-    if (textureId() == 0 && !flat) return;
-    const auto shader = shaderForSceneLight("normal_lightShader", *this);
-    shader->useShader();
-    shader->setUniform("isOneColor", flat ? 1 : 0);
-    if (flat) shader->setUniform("SourceColor", flat->color());
-    setTexture(*shader);
-    shader->setUniform("u_mvpMatrix", projTransform());
-    shader->setUniform("sentColors", GLState::sentColors());
-    setSceneLight(*shader, *this);
-    drawFaces(*shader);
+    return flat ? flat->a() >= 1 : texture() && texture()->isOpaque();
 }
 
-void QVMeshObject3D::setTexture(Shader& shader) const {
-    bindTexture(shader, "videoFrame", 0, textureId());
-    shader.setUniform("u_textureMatrix", textureMatrix());
-    const QVTextureMaterial* shown = textureMaterial();
-    shader.setUniform("isPreMultiplication", shown && shown->isPreMultiplication() ? 1 : 0);
-    if (shown && shown->mayRepeat()) wrapTexture(textureMatrix(), masterTextureCoordinates());
+/// Two triangles a face, with normals to either side.
+void QVMeshObject3D::makeTriangles() {
+    coordinates_ = masterTextureCoordinates();
+    outside_.clear();
+    for (const MeshFace& face : faces_)
+        for (const size_t corner : {0u, 1u, 2u, 0u, 2u, 3u}) {
+            const float* at = &face.corners[3 * corner];
+            const float* place = &coordinates_[2 * corner];
+            outside_.push_back({.position = {at[0], at[1], at[2]},
+                                .normal = face.normal,
+                                .textureCoordinate = {place[0], place[1]}});
+        }
+    inside_ = outside_;
+    for (MeshVertex& vertex : inside_) vertex.normal = -vertex.normal;
 }
 
-SourceColors QVMeshObject3D::colors() const {
+void QVMeshObject3D::draw(Painter& painter) {
     const auto* flat = dynamic_cast<const QVSignColorMaterial*>(material());
-    const QVTextureMaterial* shown = textureMaterial();
-    const bool isOpaque = flat ? flat->a() >= 1 : shown && shown->pictureAlpha().isOpaque;
-    return isOpaque ? SourceColors::Opaque : SourceColors::Straight;
-}
-
-/// A convex shape is in order when what faces away is drawn first. Where the near hides the far and depths
-/// are compared, what faces the viewer goes first: the rest is then never shaded.
-void QVMeshObject3D::drawFaces(Shader& shader) const {
-    FrameEdges::shared().requireMultisampling();
-    const bool hides = GLState::hides(colors());
-    if (hides) GLState::announceColors(SourceColors::Opaque);
-    const bool isNearFirst = hides && GLState::comparesDepths();
-    glEnable(GL_CULL_FACE);
-    for (const bool isNear : {isNearFirst, !isNearFirst}) drawSide(shader, isNear);
-    glDisable(GL_CULL_FACE);
-    if (hides) GLState::announceColors(SourceColors::Straight);
-}
-
-/// The faces that are seen from outside, or those that are seen from within.
-void QVMeshObject3D::drawSide(Shader& shader, bool isOutside) const {
-    const unsigned int position = shader.attributeHandle("position");
-    const unsigned int coordinates = shader.attributeHandle("inputTextureCoordinate");
-    const unsigned int normal = shader.attributeHandle("normal");
-    glCullFace(isOutside ? GL_BACK : GL_FRONT);
-    for (const MeshFace& face : faces_) {
-        const glm::vec3 towardsViewer = isOutside ? face.normal : -face.normal;
-        if (normal != 0) glVertexAttrib3fv(normal, &towardsViewer[0]);
-        drawQuadFan(position, coordinates, {face.corners.data(), masterTextureCoordinates()});
-    }
+    const bool hasTexture = textureMaterial() && textureMaterial()->hasTexture();
+    if (!hasTexture && !flat) return;
+    if (outside_.empty() || coordinates_ != masterTextureCoordinates()) makeTriangles();
+    MeshDraw mesh{.outside = outside_,
+                  .inside = inside_,
+                  .sides = MeshSides::Both,
+                  .shader = "normal_lightShader",
+                  .definitions = {},
+                  .uniforms = {{"isOneColor", flat ? 1 : 0}},
+                  .texture = texture(),
+                  .cornerCoordinates = coordinates_,
+                  .mvpMatrix = projTransform(),
+                  .textureMatrix = textureMatrix(),
+                  .mayRepeat = hasTexture && textureMaterial()->mayRepeat(),
+                  .isOpaque = isOpaque(),
+                  .state = {}};
+    if (flat) mesh.uniforms.emplace_back("SourceColor", flat->color());
+    addSceneLight(mesh, *this);
+    painter.draw(std::move(mesh));
 }
 
 }  // namespace multiscene

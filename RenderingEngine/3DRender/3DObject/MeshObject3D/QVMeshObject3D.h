@@ -3,9 +3,8 @@
 #include <array>
 #include <vector>
 
-#include "core/GLESUtils/GLState.h"
 #include "core/QVObject3DTextureBase.h"
-#include "opengl2.0/Shader.h"
+#include "painter/Draw.h"
 
 namespace multiscene {
 
@@ -26,11 +25,11 @@ class QVMeshObject3D : public QVObject3DTextureBase {
     const char* className() const override { return "QVMeshObject3D"; }
 
     void rendInfoWithDic(const platform::Value& info) override;
-    void render(const platform::CMTime& time) override;
 
     const std::vector<MeshFace>& faces() const { return faces_; }
 
   protected:
+    void draw(Painter& painter) override;
     /// The size of "MeshInfo" and its centre, in model units.
     struct Box {
         glm::vec3 size{0}, centre{0};
@@ -40,12 +39,12 @@ class QVMeshObject3D : public QVObject3DTextureBase {
     static MeshFace boxFace(const Box& box, int axis, float direction);
 
   private:
-    SourceColors colors() const;
-    void drawFaces(Shader& shader) const;
-    void drawSide(Shader& shader, bool isOutside) const;
-    void setTexture(Shader& shader) const;
+    bool isOpaque() const;
+    void makeTriangles();
 
     std::vector<MeshFace> faces_;
+    std::vector<MeshVertex> outside_, inside_;
+    std::array<float, 8> coordinates_{};  ///< those that the triangles were made with
 };
 
 }  // namespace multiscene

@@ -1,16 +1,12 @@
 #pragma once
 
 #include "core/QVObject3DTransformBase.h"
-#include "opengl2.0/Shader.h"
+#include "painter/Draw.h"
 
 namespace multiscene {
 
-/// "normal_lightShader" or its kin of this name, made for the lights that the node takes now. Its normals
-/// must face the viewer.
-std::shared_ptr<Shader> shaderForSceneLight(const std::string& name, const QVObject3DTransformBase& node);
-
-/// Sets what such a shader takes besides texture and projection: the node's place, the eye,
-/// and the lights where the node is lit. The shader must be in use.
-void setSceneLight(Shader& shader, QVObject3DTransformBase& node);
+/// Makes a mesh drawn with "normal_lightShader" or its kin lit as its node is: adds the node's place, the eye
+/// and the lights that the node takes now. Its normals must face the viewer.
+void addSceneLight(MeshDraw& mesh, QVObject3DTransformBase& node);
 
 }  // namespace multiscene

@@ -1,7 +1,7 @@
 #include "3DObject/QuadObject3D/QVQuadBlendObject3D.h"
 
-#include "core/GLESUtils/GLState.h"
 #include "core/NodeTypes.h"
+#include "painter/Painter.h"
 
 namespace multiscene {
 
@@ -44,10 +44,9 @@ void QVQuadBlendObject3D::rendInfoWithDic(const platform::Value& info) {
     quadDecBlend_ = static_cast<uint32_t>(reader.int32("decBlend"));
 }
 
-void QVQuadBlendObject3D::render(const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time)) return;
-    GLState::setBlendFunction(quadSrcBlend_, quadDecBlend_);
-    QVQuadDiaphaneityObject3D::render(time);
+void QVQuadBlendObject3D::draw(Painter& painter) {
+    painter.setBlendFunction({quadSrcBlend_, quadDecBlend_});
+    QVQuadDiaphaneityObject3D::draw(painter);
 }
 
 }  // namespace multiscene

@@ -11,10 +11,12 @@ class QVQuadBlendObject3D : public QVQuadDiaphaneityObject3D {
     const char* className() const override { return "QVQuadBlendObject3D"; }
 
     void rendInfoWithDic(const platform::Value& info) override;
-    void render(const platform::CMTime& time) override;
 
     uint32_t quadSrcBlend() const { return quadSrcBlend_; }  ///< a GL blend factor
     uint32_t quadDecBlend() const { return quadDecBlend_; }  ///< a GL blend factor
+
+  protected:
+    void draw(Painter& painter) override;
 
   private:
     uint32_t quadSrcBlend_ = 0, quadDecBlend_ = 0;

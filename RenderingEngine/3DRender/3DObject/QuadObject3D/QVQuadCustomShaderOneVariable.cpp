@@ -1,6 +1,9 @@
 #include "3DObject/QuadObject3D/QVQuadCustomShaderOneVariable.h"
 
 #include "core/NodeTypes.h"
+#include "core/QVLightBase.h"
+#include "opengl2.0/Shader.h"
+#include "painter/Painter.h"
 
 namespace multiscene {
 
@@ -43,13 +46,12 @@ void QVQuadCustomShaderOneVariable::rendInfoWithDic(const platform::Value& info)
     oneVariable_.setValue(reader.number("startOneVariable"));
 }
 
-void QVQuadCustomShaderOneVariable::render(const platform::CMTime& time) {
-    const auto shader = customShader() ? customShader()->shader() : nullptr;
-    if (!isNeedRenderWithCMTime(time) || !shader) return;
-    FrameEdges::shared().requireMultisampling();  // the shader may draw edges of its own
-    shader->useShader();
-    shader->setUniform("aplae", oneVariable());
-    drawWith(*shader);
+void QVQuadCustomShaderOneVariable::draw(Painter& painter) {
+    if (!customShader()) return;
+    ShaderLook look{.shader = customShader(), .uniforms = {{"aplae", oneVariable()}}};
+    if (customShader()->hasUniform("lightEnable"))
+        QVLightBase::glslLightParamWithLightArray(ligthArray(), look.uniforms, isLightEnable());
+    drawWith(painter, std::move(look));
 }
 
 void QVQuadCustomShaderOneVariable::animationWithInfo(const platform::Value::Array& keys) {

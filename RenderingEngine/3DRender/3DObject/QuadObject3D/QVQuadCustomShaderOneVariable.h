@@ -12,7 +12,6 @@ class QVQuadCustomShaderOneVariable : public QVQuadObject3D {
     const char* className() const override { return "QVQuadCustomShaderOneVariable"; }
 
     void rendInfoWithDic(const platform::Value& info) override;
-    void render(const platform::CMTime& time) override;
 
     float oneVariable() const { return oneVariable_.value(); }
 
@@ -20,6 +19,7 @@ class QVQuadCustomShaderOneVariable : public QVQuadObject3D {
     void animationWithInfo(const platform::Value::Array& keys) override;
     void updateKeyFrames(int64_t frame) override { oneVariable_.updateData(frame, *this); }
     bool liesInItsBox() const override { return false; }
+    void draw(Painter& painter) override;
     void addTraceValues(platform::Value::Dictionary& values) const override;
 
   private:

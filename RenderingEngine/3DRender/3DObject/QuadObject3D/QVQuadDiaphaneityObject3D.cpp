@@ -1,6 +1,5 @@
 #include "3DObject/QuadObject3D/QVQuadDiaphaneityObject3D.h"
 
-#include "core/Material/QVTextureMaterial.h"
 #include "core/NodeTypes.h"
 
 namespace multiscene {
@@ -33,25 +32,8 @@ const KeyTable diaphaneityKeys{"QVQuadDiaphaneityObject3D", "A quad with an anim
 
 QV_REGISTER_NODE_TYPE(QVQuadDiaphaneityObject3D, diaphaneityKeys);
 
-void QVQuadDiaphaneityObject3D::loadTextureFinsh() {
-    QVQuadObject3D::loadTextureFinsh();
-    isPreMultiplication_ = textureMaterial() && textureMaterial()->isPreMultiplication();
-}
-
 void QVQuadDiaphaneityObject3D::animationWithInfo(const platform::Value::Array& keys) {
     renderAlpha_.read(keys, alphaAnimationKeys, "startRenderAlpha", "endRenderAlpha");
-}
-
-QVQuadObject3D::DrawnTexture QVQuadDiaphaneityObject3D::drawnTexture() const {
-    DrawnTexture drawn = QVQuadObject3D::drawnTexture();
-    drawn.alpha.isOpaque = drawn.alpha.isOpaque && renderAlpha() >= 1;
-    return drawn;
-}
-
-void QVQuadDiaphaneityObject3D::setUniforms(Shader& shader) {
-    const float ofColors = isPreMultiplication_ ? renderAlpha() : 1;
-    shader.setUniform("aplae", renderAlpha());
-    shader.setUniform("opacity", glm::vec4(ofColors, ofColors, ofColors, renderAlpha()));
 }
 
 void QVQuadDiaphaneityObject3D::addTraceValues(platform::Value::Dictionary& values) const {

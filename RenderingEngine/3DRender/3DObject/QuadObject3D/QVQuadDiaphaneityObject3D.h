@@ -10,24 +10,17 @@ class QVQuadDiaphaneityObject3D : public QVQuadObject3D {
   public:
     const char* className() const override { return "QVQuadDiaphaneityObject3D"; }
 
-    void loadTextureFinsh() override;
-
     float renderAlpha() const { return renderAlpha_.value(); }  ///< 0 transparent to 1
     void setRenderAlpha(float alpha) { renderAlpha_.setValue(alpha); }
-    /// The texture's colours are multiplied by alpha; taken from the material when that is loaded.
-    bool isPreMultiplication() const { return isPreMultiplication_; }
 
   protected:
     void animationWithInfo(const platform::Value::Array& keys) override;
     void updateKeyFrames(int64_t frame) override { renderAlpha_.updateData(frame, *this); }
-    const char* shaderName() const override { return "faded_Shader"; }
-    void setUniforms(Shader& shader) override;
-    DrawnTexture drawnTexture() const override;
+    Look look() const override { return PlainLook{.opacity = renderAlpha()}; }
     void addTraceValues(platform::Value::Dictionary& values) const override;
 
   private:
     AnimatedNumber renderAlpha_{1};
-    bool isPreMultiplication_ = false;
 };
 
 /// The keys of one change of opacity.

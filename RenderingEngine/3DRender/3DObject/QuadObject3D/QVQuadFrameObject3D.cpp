@@ -3,10 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
-#include "core/GLESUtils/GLState.h"
 #include "core/Material/QVTextureMaterial.h"
 #include "core/NodeTypes.h"
-#include "opengl2.0/ShaderManager/ShaderManager.h"
 #include "platform/base/Saturating.h"
 
 namespace multiscene {
@@ -95,12 +93,13 @@ void QVQuadFrameObject3D::rendInfoWithDic(const platform::Value& info) {
                .pixelSize = reader.number("pixelSize"),
                .borderWidth = reader.number("frameWidth"),
                .pictureColor = reader.vector4("pictureColor"),
+               .borderColor = frameColor_,
                .isReflection = reader.boolean("isReflection")};
 }
 
 void QVQuadFrameObject3D::updateData(const platform::CMTime& time) {
     QVQuadDiaphaneityObject3D::updateData(time);
-    filterNormalTime_ = normalTime(time.value);
+    filter_.time = normalTime(time.value);
 }
 
 float QVQuadFrameObject3D::normalTime(int64_t frame) const {
@@ -111,56 +110,19 @@ float QVQuadFrameObject3D::normalTime(int64_t frame) const {
                : 0;
 }
 
-void QVQuadFrameObject3D::render(const platform::CMTime& time) {
-    if (frameType_ != FrameType::Color)
-        QVQuadDiaphaneityObject3D::render(time);
-    else if (isNeedRenderWithCMTime(time))
-        drawColor();
-}
-
-void QVQuadFrameObject3D::drawColor() {
-    const float* corners = squareVertices().data();
-    if (!FrameEdges::shared().admits(projTransform(), corners, {})) return;
-    const auto shader =
-        ShaderManager::sharedManager().createShader("color_renderShader", "color_renderShader.plist");
-    shader->useShader();
-    shader->setUniform("u_mvpMatrix", projTransform());
-    const glm::vec2 sent = GLState::sentColors();
-    const float alpha = frameColor_.a * renderAlpha();
-    const float ofColors = sent.x > 0 ? alpha : sent.y > 0 ? renderAlpha() : 1;
-    shader->setUniform("SourceColor", glm::vec4(glm::vec3(frameColor_) * ofColors, alpha));
-    drawQuadFan(shader->attributeHandle("position"), 0, {corners, nullptr});
-}
-
-const char* QVQuadFrameObject3D::shaderName() const {
-    return frameType_ == FrameType::Filter ? "frame_Shader" : QVQuadDiaphaneityObject3D::shaderName();
-}
-
 glm::vec2 QVQuadFrameObject3D::pictureSize() const {
     const TextureSize size = textureMaterial() ? textureMaterial()->textureSize() : TextureSize{};
     if (size.width > 0 && size.height > 0) return {size.width, size.height};
     return glm::max(glm::abs(glm::vec2(modelWidth(), modelHeight())), glm::vec2(1e-6f));
 }
 
-void QVQuadFrameObject3D::setUniforms(Shader& shader) {
-    QVQuadDiaphaneityObject3D::setUniforms(shader);
-    if (frameType_ != FrameType::Filter) return;
-    shader.setUniform("filterType", filter_.type);
-    shader.setUniform("RANGE", filter_.range);
-    shader.setUniform("pixelSize", filter_.pixelSize);
-    shader.setUniform("framew", filter_.borderWidth);
-    shader.setUniform("inputColor", frameColor_);
-    shader.setUniform("glColor", filter_.pictureColor);
-    shader.setUniform("reflection", filter_.isReflection ? 1 : 0);
-    shader.setUniform("textureSize", pictureSize());
-    shader.setUniform("filterNormalTime", filterNormalTime_);
-}
-
-void QVQuadFrameObject3D::drawQuad(Shader& shader) {
-    if (frameType_ == FrameType::Filter)
-        drawByPlaceWith(shader);
-    else
-        QVQuadDiaphaneityObject3D::drawQuad(shader);
+Look QVQuadFrameObject3D::look() const {
+    if (frameType_ == FrameType::Color) return ColorLook{.color = frameColor_, .opacity = renderAlpha()};
+    if (frameType_ == FrameType::Image) return QVQuadDiaphaneityObject3D::look();
+    FilterLook filter = filter_;
+    filter.pictureSize = pictureSize();
+    filter.opacity = renderAlpha();
+    return filter;
 }
 
 }  // namespace multiscene

@@ -3,8 +3,8 @@
 #include "core/Material/QVTextureMaterial.h"
 #include "core/Material/TextureInfoKeys.h"
 #include "core/NodeTypes.h"
-#include "opengl2.0/TexturedQuad.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
+#include "painter/Painter.h"
 
 namespace multiscene {
 
@@ -74,28 +74,16 @@ void QVQuadMaskObject3D::loadMask() {
     maskMaterial_ = QVMaterialBase::loadTextureWithDic(maskInfo_, materialContext(std::move(path)));
 }
 
-const QVTextureMaterial* QVQuadMaskObject3D::shownMask() const {
-    const auto* mask = dynamic_cast<const QVTextureMaterial*>(maskMaterial_.get());
-    return mask && mask->textureId() != 0 ? mask : nullptr;
-}
-
-void QVQuadMaskObject3D::render(const platform::CMTime& time) {
-    if (shownMask()) QVQuadObject3D::render(time);
-}
-
-void QVQuadMaskObject3D::setUniforms(Shader& shader) {
-    shader.setUniform("aplae", renderAlpha());
-    const QVTextureMaterial& mask = *shownMask();
-    shader.setUniform("maskMatrix", coordinatesFromPlace(mask.textureCoordinates().data()));
-    shader.setUniform("isMaskPreMultiplication", mask.isPreMultiplication() ? 1 : 0);
-    bindTexture(shader, "frameTexture", 1, mask.textureId());
+void QVQuadMaskObject3D::draw(Painter& painter) {
+    if (const auto* mask = dynamic_cast<const QVTextureMaterial*>(maskMaterial_.get()))
+        drawWith(painter, MaskLook{.mask = mask->texture().get(),
+                                   .maskCoordinates = mask->textureCoordinates(),
+                                   .opacity = renderAlpha()});
 }
 
 void QVQuadMaskObject3D::renderComplete(const platform::CMTime& time) {
     if (!isNeedRenderWithCMTime(time)) return;
     QVQuadObject3D::renderComplete(time);
-    if (!maskMaterial_) return;
-    maskMaterial_->finishMaterial(time);
     if (time.value == endFps()) maskMaterial_.reset();
 }
 

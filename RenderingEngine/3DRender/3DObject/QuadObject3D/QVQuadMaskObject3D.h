@@ -14,7 +14,6 @@ class QVQuadMaskObject3D : public QVQuadObject3D {
 
     void rendInfoWithDic(const platform::Value& info) override;
     void updateData(const platform::CMTime& time) override;
-    void render(const platform::CMTime& time) override;
     void renderComplete(const platform::CMTime& time) override;
 
     float renderAlpha() const { return renderAlpha_.value(); }  ///< 0 transparent to 1
@@ -23,15 +22,11 @@ class QVQuadMaskObject3D : public QVQuadObject3D {
   protected:
     void animationWithInfo(const platform::Value::Array& keys) override;
     void updateKeyFrames(int64_t frame) override { renderAlpha_.updateData(frame, *this); }
-    const char* shaderName() const override { return "maskAlpha_Shader"; }
-    void setUniforms(Shader& shader) override;
-    void drawQuad(Shader& shader) override { drawByPlaceWith(shader); }
+    void draw(Painter& painter) override;
     void addTraceValues(platform::Value::Dictionary& values) const override;
 
   private:
     void loadMask();
-    /// The mask when it has a texture, else none.
-    const QVTextureMaterial* shownMask() const;
 
     AnimatedNumber renderAlpha_{1};
     platform::Value maskInfo_;

@@ -1,14 +1,10 @@
 #include "3DObject/QuadObject3D/QVQuadObject3D.h"
 
-#include "3DObject/QuadObject3D/BackgroundBlur.h"
-#include "core/GLESUtils/GLState.h"
 #include "core/Material/QVTextureMaterial.h"
 #include "core/Material/ZBTexture.h"
 #include "core/NodeTypes.h"
-#include "core/QVLightBase.h"
 #include "core/ShownSize.h"
-#include "opengl2.0/ShaderManager/ShaderManager.h"
-#include "opengl2.0/TexturedQuad.h"
+#include "painter/Painter.h"
 
 namespace multiscene {
 
@@ -66,11 +62,6 @@ static constexpr Key quadKeyList[] = {
 const KeyTable quadKeys{"QVQuadObject3D", "A textured rectangle.", &textureBaseKeys, quadKeyList};
 
 QV_REGISTER_NODE_TYPE(QVQuadObject3D, quadKeys);
-
-/// The picture's first row lies at the quad's upper edge, its first column at the left one.
-static bool isUpright(const float* textureCoordinates) {
-    return textureCoordinates[0] < textureCoordinates[4] && textureCoordinates[1] > textureCoordinates[5];
-}
 
 void QVQuadObject3D::rendInfoWithDic(const platform::Value& info) {
     QVObject3DTextureBase::rendInfoWithDic(info);
@@ -131,84 +122,35 @@ void QVQuadObject3D::renderComplete(const platform::CMTime& time) {
     if (isNeedRenderWithCMTime(time)) QVObject3DTextureBase::renderComplete(time);
 }
 
-void QVQuadObject3D::renderingBeforeConfig(const platform::CMTime& time) {
-    QVObject3DTextureBase::renderingBeforeConfig(time);
+void QVQuadObject3D::renderingBeforeConfig(Painter& painter, const platform::CMTime& time) {
+    QVObject3DTextureBase::renderingBeforeConfig(painter, time);
     if (contentMode_ == static_cast<int32_t>(QuadContentMode::Fit) && backgroundRenderMode_ == 1)
-        renderBgVideo(time);
+        renderBgVideo(painter, time);
 }
 
-void QVQuadObject3D::renderBgVideo(const platform::CMTime& time) {
+void QVQuadObject3D::renderBgVideo(Painter& painter, const platform::CMTime& time) {
     if (!isNeedRenderWithCMTime(time) || !textureMaterial()) return;
     const TextureSize size = textureMaterial()->textureSize();
-    if (size.width <= 0 || size.height <= 0) return;
-    const BackgroundBlur blur(size, textureMaterial()->isPreMultiplication());
-    drawCorners(blur.shader(), {squareBgVertices_.data(), masterTextureCoordinates()}, textureMatrix());
+    if (size.width > 0 && size.height > 0)
+        drawCorners(painter, squareBgVertices_, BlurLook{.pictureSize = {size.width, size.height}});
 }
 
-std::shared_ptr<Shader> QVQuadObject3D::chosenShader() const {
-    const auto named = [](const std::string& name) {
-        return ShaderManager::sharedManager().createShader(name, name + ".plist");
-    };
-    auto shader = named(shaderName());
-    const DrawnTexture drawn = drawnTexture();
-    const SourceColors colors = drawn.alpha.isOpaque    ? SourceColors::Opaque
-                                : drawn.isPremultiplied ? SourceColors::Premultiplied
-                                                        : SourceColors::Straight;
-    const bool mustConvert = shader->keepsPremultiplication() && !GLState::takesColors(colors);
-    return mustConvert ? named("diaphaneity_Shader") : shader;
+void QVQuadObject3D::drawWith(Painter& painter, Look look) {
+    drawCorners(painter, squareVertices_, std::move(look));
 }
 
-void QVQuadObject3D::render(const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time) || drawnTexture().texture == 0) return;
-    const auto shader = chosenShader();
-    shader->useShader();
-    setUniforms(*shader);
-    drawQuad(*shader);
+void QVQuadObject3D::drawCorners(Painter& painter, const Corners& corners, Look look) {
+    painter.draw(QuadDraw{.corners = corners,
+                          .textureCoordinates = masterTextureCoordinates(),
+                          .mvpMatrix = projTransform(),
+                          .textureMatrix = textureMatrix(),
+                          .texture = drawnTexture(),
+                          .mayRepeat = mayRepeat(),
+                          .look = std::move(look),
+                          .state = {}});
 }
 
-void QVQuadObject3D::drawWith(Shader& shader) {
-    drawCorners(shader, {squareVertices_.data(), masterTextureCoordinates()}, textureMatrix());
-}
-
-void QVQuadObject3D::drawByPlaceWith(Shader& shader) {
-    drawCorners(shader, {squareVertices_.data(), defaltTextureCoordinates().data()},
-                textureMatrix() * coordinatesFromPlace(masterTextureCoordinates()));
-}
-
-glm::mat4 QVQuadObject3D::coordinatesFromPlace(const float* textureCoordinates) {
-    const float left = textureCoordinates[0], bottom = textureCoordinates[1], right = textureCoordinates[4],
-                top = textureCoordinates[5];
-    glm::mat4 fromPlace(1);
-    fromPlace[0][0] = right - left;
-    fromPlace[1][1] = bottom - top;
-    fromPlace[3] = {left, top, 0, 1};
-    return fromPlace;
-}
-
-void QVQuadObject3D::drawCorners(Shader& shader, const QuadCorners& corners, const glm::mat4& textureMatrix) {
-    const DrawnTexture drawn = drawnTexture();
-    // The blurred copy spreads the picture over its edges.
-    const bool showsAll = textureMatrix == glm::mat4(1) && corners.positions == squareVertices_.data() &&
-                          isUpright(corners.textureCoordinates);
-    shader.useShader();
-    if (shader.hasUniform("lightEnable"))
-        QVLightBase::glslLightParamWithLightArray(ligthArray(), shader, isLightEnable());
-    drawTexturedQuad(shader, {.texture = drawn.texture,
-                              .mvpMatrix = projTransform(),
-                              .textureMatrix = textureMatrix,
-                              .corners = corners,
-                              .premultiplied = drawn.isPremultiplied,
-                              .opaque = drawn.alpha.isOpaque,
-                              .mayRepeat = drawn.mayRepeat,
-                              .clearMargin = showsAll ? drawn.alpha.clearMargin : ClearMargin{}});
-}
-
-QVQuadObject3D::DrawnTexture QVQuadObject3D::drawnTexture() const {
-    const QVTextureMaterial* shown = textureMaterial();
-    return shown ? DrawnTexture{shown->textureId(), shown->isPreMultiplication(), shown->pictureAlpha(),
-                                shown->mayRepeat()}
-                 : DrawnTexture{};
-}
+bool QVQuadObject3D::mayRepeat() const { return textureMaterial() && textureMaterial()->mayRepeat(); }
 
 void QVQuadObject3D::addTraceFields(platform::Value::Dictionary& fields) {
     QVObject3DTextureBase::addTraceFields(fields);

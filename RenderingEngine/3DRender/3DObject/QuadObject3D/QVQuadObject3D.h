@@ -2,10 +2,8 @@
 
 #include <array>
 
-#include "core/GLESUtils/DrawQuad.h"
-#include "core/GLESUtils/FrameEdges.h"
 #include "core/QVObject3DTextureBase.h"
-#include "opengl2.0/Shader.h"
+#include "painter/Draw.h"
 
 namespace multiscene {
 
@@ -19,7 +17,7 @@ enum class QuadContentMode : int32_t {
 };
 
 /// A textured rectangle in 3D. Its box is set at configuration and fitted to the picture when that has been
-/// loaded. Shaders are made at the first draw and shared by all quads.
+/// loaded.
 class QVQuadObject3D : public QVObject3DTextureBase {
   public:
     using Corners = std::array<float, 12>;  ///< x, y, z of bottom left, bottom right, top right, top left
@@ -28,8 +26,7 @@ class QVQuadObject3D : public QVObject3DTextureBase {
 
     void rendInfoWithDic(const platform::Value& info) override;
     void updateData(const platform::CMTime& time) override;
-    void renderingBeforeConfig(const platform::CMTime& time) override;
-    void render(const platform::CMTime& time) override;
+    void renderingBeforeConfig(Painter& painter, const platform::CMTime& time) override;
     void renderComplete(const platform::CMTime& time) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;
     ShownBox largestShownBox() override;
@@ -44,7 +41,7 @@ class QVQuadObject3D : public QVObject3DTextureBase {
     /// Replaces the corners, as tracked quads do on every frame. Glossary: "force refresh".
     void forceRefushSquareVertices(const Corners& corners) { squareVertices_ = corners; }
     /// Draws the blurred picture over the whole box.
-    void renderBgVideo(const platform::CMTime& time);
+    void renderBgVideo(Painter& painter, const platform::CMTime& time);
 
     float modelWidth() const { return modelWidth_; }     ///< model units
     float modelHeight() const { return modelHeight_; }   ///< model units
@@ -54,40 +51,25 @@ class QVQuadObject3D : public QVObject3DTextureBase {
     const Corners& squareVertices() const { return squareVertices_; }
     const Corners& squareBgVertices() const { return squareBgVertices_; }
 
-    /// Draws the quad with any shader of a textured quad. Uniforms of its own are set before, with the shader
-    /// in use. Draws nothing without a texture.
-    void drawWith(Shader& shader);
-    /// The same for shaders that know the place on the quad: they are given texture coordinates from (0, 0)
-    /// at the top left to (1, 1), whatever the material's are, and the texture matrix makes up for it.
-    void drawByPlaceWith(Shader& shader);
-    /// From the place on the quad, (0, 0) at its top left and (1, 1) at its bottom right, to the texture
-    /// coordinates that belong to these of the corners.
-    static glm::mat4 coordinatesFromPlace(const float* textureCoordinates);
+    /// Draws the quad so.
+    void drawWith(Painter& painter, Look look);
 
   protected:
-    struct DrawnTexture {
-        uint32_t texture = 0;
-        bool isPremultiplied = false;
-        PictureAlpha alpha = {};
-        bool mayRepeat = false;
-    };
-
     /// What is drawn: the material's texture, unless a subclass brings its own.
-    virtual DrawnTexture drawnTexture() const;
-    /// The shader description in the program's resources, without its extension.
-    virtual const char* shaderName() const { return "normal_renderShader"; }
-    /// Sets what the shader takes besides the shared uniforms; it is in use.
-    virtual void setUniforms(Shader& shader) { shader.setUniform("aplae", 1.0f); }
-    virtual void drawQuad(Shader& shader) { drawWith(shader); }
+    virtual Texture* drawnTexture() const { return texture(); }
+    /// Whether it can be repeated where coordinates leave it; videos and render targets cannot.
+    virtual bool mayRepeat() const;
+    /// How it is drawn.
+    virtual Look look() const { return PlainLook{}; }
+    void draw(Painter& painter) override { drawWith(painter, look()); }
     /// What the class animates, for traces.
     virtual void addTraceValues(platform::Value::Dictionary&) const {}
     /// False where the corners, or the part of the picture that is seen, come from elsewhere.
     virtual bool liesInItsBox() const { return true; }
 
   private:
-    std::shared_ptr<Shader> chosenShader() const;
     Corners cornersOfSize(float width, float height) const;
-    void drawCorners(Shader& shader, const QuadCorners& corners, const glm::mat4& textureMatrix);
+    void drawCorners(Painter& painter, const Corners& corners, Look look);
 
     float modelWidth_ = 0, modelHeight_ = 0;
     glm::vec3 anchor_{0};

@@ -1,7 +1,5 @@
 #include "3DObject/SelectShaderObject3D/QVQuadAlphaGradualNoLight.h"
 
-#include "opengl2.0/ShaderManager/ShaderManager.h"
-
 namespace multiscene {
 
 static constexpr Key gradualAnimationKeyList[] = {
@@ -37,10 +35,6 @@ static constexpr Key alphaGradualKeyList[] = {
 const KeyTable alphaGradualKeys{"QVAlphaGradualNoLight", "An opacity that changes across the quad.", nullptr,
                                 alphaGradualKeyList};
 
-namespace {
-constexpr const char* gradualShaderName = "alphaGradual_Shader";
-}
-
 void QVQuadAlphaGradualNoLight::renderInfoWithDic(const platform::Value& info) {
     const KeyReader reader(alphaGradualKeys, info);
     startAlpha_ = reader.vector2("startAlpha");
@@ -53,16 +47,9 @@ void QVQuadAlphaGradualNoLight::renderInfoWithDic(const platform::Value& info) {
                      }};
 }
 
-void QVQuadAlphaGradualNoLight::render(const platform::CMTime&) {
-    if (!shader())
-        setShader(ShaderManager::sharedManager().createShader(gradualShaderName,
-                                                              std::string(gradualShaderName) + ".plist"));
-    Shader& gradual = *shader();
-    gradual.useShader();
-    gradual.setUniform("startAlpha", startAlpha_);
-    gradual.setUniform("endAlpha", endAlpha_);
-    gradual.setUniform("interpolation", interpolation_);
-    quad3DObject().drawByPlaceWith(gradual);
+void QVQuadAlphaGradualNoLight::render(Painter& painter) {
+    quad3DObject().drawWith(
+        painter, GradientLook{.start = startAlpha_, .end = endAlpha_, .interpolation = interpolation_});
 }
 
 void QVQuadAlphaGradualNoLight::updateData(const platform::CMTime& time) {

@@ -17,7 +17,7 @@ class QVQuadAlphaGradualNoLight : public QVQuadTextureShaderRenderBase {
     void renderInfoWithDic(const platform::Value& info) override;
     /// Keys ease the progress with an ease of their own, not with the key's.
     void updateData(const platform::CMTime& time) override;
-    void render(const platform::CMTime& time) override;
+    void render(Painter& painter) override;
     void addTraceValues(platform::Value::Dictionary& values) const override;
 
     const glm::vec2& startAlpha() const { return startAlpha_; }

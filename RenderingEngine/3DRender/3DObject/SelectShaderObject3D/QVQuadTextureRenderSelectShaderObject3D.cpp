@@ -57,8 +57,8 @@ void QVQuadTextureRenderSelectShaderObject3D::updateData(const platform::CMTime&
     if (shaderRender_) shaderRender_->updateData(time);
 }
 
-void QVQuadTextureRenderSelectShaderObject3D::render(const platform::CMTime& time) {
-    if (isNeedRenderWithCMTime(time) && shaderRender_) shaderRender_->render(time);
+void QVQuadTextureRenderSelectShaderObject3D::draw(Painter& painter) {
+    if (shaderRender_) shaderRender_->render(painter);
 }
 
 void QVQuadTextureRenderSelectShaderObject3D::addTraceValues(platform::Value::Dictionary& values) const {

@@ -13,11 +13,11 @@ class QVQuadTextureRenderSelectShaderObject3D : public QVQuadObject3D {
 
     void rendInfoWithDic(const platform::Value& info) override;
     void updateData(const platform::CMTime& time) override;
-    void render(const platform::CMTime& time) override;
 
     const QVQuadTextureShaderRenderBase* shaderRender() const { return shaderRender_.get(); }
 
   protected:
+    void draw(Painter& painter) override;
     void addTraceValues(platform::Value::Dictionary& values) const override;
 
   private:

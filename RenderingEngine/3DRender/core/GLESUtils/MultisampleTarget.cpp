@@ -20,17 +20,6 @@ void storage(GLenum format, int samples, int width, int height) {
         glRenderbufferStorage(GL_RENDERBUFFER, format, width, height);
 }
 
-void blit(unsigned int from, unsigned int to, const std::vector<PixelRect>& regions) {
-    glBindFramebuffer(GL_READ_FRAMEBUFFER, from);
-    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, to);
-    for (const PixelRect& region : regions) {
-        const int right = region.x + region.width, top = region.y + region.height;
-        glBlitFramebuffer(region.x, region.y, right, top, region.x, region.y, right, top, GL_COLOR_BUFFER_BIT,
-                          GL_NEAREST);
-    }
-    glBindFramebuffer(GL_FRAMEBUFFER, to);
-}
-
 /// Without a blit there is one sample: the colours are copied into the texture that the target draws into.
 void copyIntoAttachedTexture(unsigned int source, unsigned int target, int width, int height) {
     GLint texture = 0;
@@ -59,11 +48,6 @@ void MultisampleTarget::create(int width, int height, int samples) {
         storage(format, samplesAPixel, width, height);
         glFramebufferRenderbuffer(GL_FRAMEBUFFER, attachment, GL_RENDERBUFFER, buffer.name());
     };
-    if (caps().drawsBgraFaster) {
-        averaged_.create();
-        glBindFramebuffer(GL_FRAMEBUFFER, averaged_.name());
-        attach(averagedColor_, GL_RGBA8, 1, GL_COLOR_ATTACHMENT0);
-    }
     framebuffer_.create();
     glBindFramebuffer(GL_FRAMEBUFFER, framebuffer_.name());
     attach(depth_, GL_DEPTH_COMPONENT16, samples_, GL_DEPTH_ATTACHMENT);
@@ -77,8 +61,6 @@ void MultisampleTarget::destroy() {
     framebuffer_.destroy();
     color_.destroy();
     depth_.destroy();
-    averaged_.destroy();
-    averagedColor_.destroy();
 }
 
 void MultisampleTarget::bindAndClear() {
@@ -90,12 +72,10 @@ void MultisampleTarget::bindAndClear() {
 
 void MultisampleTarget::resolveInto(unsigned int framebuffer) {
     if (!caps().blit) return copyIntoAttachedTexture(framebuffer_.name(), framebuffer, width_, height_);
-    resolveInto(framebuffer, std::vector{PixelRect{0, 0, width_, height_}});
-}
-
-void MultisampleTarget::resolveInto(unsigned int framebuffer, const std::vector<PixelRect>& regions) {
-    if (averaged_) blit(framebuffer_.name(), averaged_.name(), regions);
-    blit(averaged_ ? averaged_.name() : framebuffer_.name(), framebuffer, regions);
+    glBindFramebuffer(GL_READ_FRAMEBUFFER, framebuffer_.name());
+    glBindFramebuffer(GL_DRAW_FRAMEBUFFER, framebuffer);
+    glBlitFramebuffer(0, 0, width_, height_, 0, 0, width_, height_, GL_COLOR_BUFFER_BIT, GL_NEAREST);
+    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
 }
 
 void MultisampleTarget::discard() {

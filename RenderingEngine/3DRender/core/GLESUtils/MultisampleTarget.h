@@ -1,7 +1,6 @@
 // The multisampled framebuffer that frames are drawn into, and its resolve.
 #pragma once
 
-#include "core/GLESUtils/FrameEdges.h"
 #include "core/GLESUtils/GLObject.h"
 
 namespace multiscene {
@@ -24,8 +23,6 @@ class MultisampleTarget {
     /// Copies the colour, averaged over the samples, into another framebuffer of the same size. That
     /// framebuffer stays bound.
     void resolveInto(unsigned int framebuffer);
-    /// The same for some regions. Needs caps().blit.
-    void resolveInto(unsigned int framebuffer, const std::vector<PixelRect>& regions);
     /// Tells the driver that colour and depth are no longer needed; this framebuffer stays bound for drawing.
     void discard();
 
@@ -41,9 +38,6 @@ class MultisampleTarget {
     int width_ = 0, height_ = 0, samples_ = 1;
     GLFramebuffer framebuffer_;
     GLRenderbuffer color_, depth_;
-    /// Between the samples and a target in BGRA: a resolve cannot change the order of the channels.
-    GLFramebuffer averaged_;
-    GLRenderbuffer averagedColor_;
 };
 
 }  // namespace multiscene

@@ -1,49 +1,42 @@
-// A framebuffer with a colour texture of a fixed size, bound as the draw target and unbound again.
+// A picture of a fixed size that is drawn into and then sampled.
 #pragma once
 
-#include <array>
+#include <cstdint>
+#include <vector>
 
 #include "core/GLESUtils/GLObject.h"
-#include "core/GLESUtils/TextureTarget.h"
+#include "core/GLESUtils/Texture.h"
+#include "platform/pixels/Surface.h"
 
 namespace multiscene {
 
-/// Owned by the exporter and by drawables that render to a texture. Render thread; the shared context is made
-/// current before GL objects are made or deleted.
+/// Owned by drawables and scenes that render to a texture; painters bind it. Render queue. What it needs to
+/// be drawn in is made at the first drawing: a framebuffer, with the GL context current, or memory.
 class QVFrameBufferToTexture {
   public:
-    /// Size in pixels, truncated towards zero. Makes no GL objects.
-    QVFrameBufferToTexture(double width, double height, TargetShaders shaders = TargetShaders::Any);
-    ~QVFrameBufferToTexture() { destroyFramebuffer(); }
+    /// Size in pixels, truncated towards zero.
+    QVFrameBufferToTexture(double width, double height);
     QVFrameBufferToTexture(const QVFrameBufferToTexture&) = delete;
     QVFrameBufferToTexture& operator=(const QVFrameBufferToTexture&) = delete;
 
-    /// Makes framebuffer and texture once; the texture starts transparent.
-    void createFrameBufferObject();
-    /// Remembers framebuffer binding and viewport, binds this target and clears its colour to transparent.
-    void bindRenderToTextureFramebuffer();
-    /// Brings the remembered binding and viewport back.
-    void unBindRenderToTextureFramebuffer();
-    /// May run twice, and on a target that was never created.
-    void destroyFramebuffer();
-
     int fboWidth() const { return fboWidth_; }
     int fboHeight() const { return fboHeight_; }
-    unsigned int frameBuffer() const { return frameBuffer_.name(); }
-    unsigned int fboTexture() const { return fboTexture_.name(); }
-    /// The texture to sample what was drawn: fboTexture().
-    unsigned int CVTextureId() const { return fboTexture_.name(); }
-    unsigned int oldRenderFBO() const { return oldRenderFBO_; }
-    /// x, y, width, height as saved by the last bind.
-    const std::array<int, 4>& t_viewport() const { return t_viewport_; }
+    /// What was drawn, the bottom row first; transparent before the first drawing.
+    const std::shared_ptr<Texture>& texture() const { return texture_; }
+
+    /// The framebuffer to draw into with GL.
+    unsigned int frameBuffer();
+    /// The memory to paint in, seen from above: other memory than the last time where somebody keeps that.
+    platform::Canvas canvas();
+    /// It has been painted: the texture shows it from now on.
+    void setPainted();
+    void destroyFramebuffer();
 
   private:
     int fboWidth_, fboHeight_;
-    TargetShaders shaders_;
+    std::shared_ptr<Texture> texture_ = std::make_shared<Texture>();
     GLFramebuffer frameBuffer_;
-    GLTexture fboTexture_;
-    unsigned int oldRenderFBO_ = 0;
-    std::array<int, 4> t_viewport_{};
+    std::shared_ptr<std::vector<uint8_t>> memory_;
 };
 
 }  // namespace multiscene

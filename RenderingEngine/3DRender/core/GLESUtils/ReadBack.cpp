@@ -2,30 +2,25 @@
 
 #include <epoxy/gl.h>
 
+#include <vector>
+
 #include "core/GLESUtils/PixelRows.h"
 #include "platform/gl/GLContext.h"
 
 namespace multiscene {
 
-void readFramebuffer(unsigned int framebuffer, int width, int height, PixelOrder order, uint8_t* pixels,
-                     int stride) {
-    const platform::GLCaps& caps = platform::GLContext::current()->caps();
-    const bool swap = order == PixelOrder::BGRA && !caps.bgraReadBack;
-    const bool padded = stride != width * 4;
-    const GLenum format = order == PixelOrder::BGRA && !swap ? GL_BGRA_EXT : GL_RGBA;
+void readFramebuffer(unsigned int framebuffer, int left, int bottom, const platform::Canvas& canvas) {
+    const bool swap = !platform::GLContext::current()->caps().bgraReadBack;
+    const size_t rowBytes = static_cast<size_t>(canvas.width) * 4;
+    thread_local std::vector<uint8_t> rows;
+    rows.resize(rowBytes * static_cast<size_t>(canvas.height));
     glBindFramebuffer(GL_FRAMEBUFFER, framebuffer);
-    if (caps.rowLength && padded) glPixelStorei(GL_PACK_ROW_LENGTH, stride / 4);
-    if (caps.rowLength || !padded) {
-        glReadPixels(0, 0, width, height, format, GL_UNSIGNED_BYTE, pixels);
-    } else {
-        for (int row = 0; row < height; ++row)
-            glReadPixels(0, row, width, 1, format, GL_UNSIGNED_BYTE, pixels + size_t(row) * size_t(stride));
-    }
-    if (caps.rowLength && padded) glPixelStorei(GL_PACK_ROW_LENGTH, 0);
-    for (int row = 0; swap && row < height; ++row) {
-        uint8_t* line = pixels + size_t(row) * size_t(stride);
-        copyPixels(line, line, width, true);
-    }
+    glReadPixels(left, bottom, canvas.width, canvas.height, swap ? GL_RGBA : GL_BGRA_EXT, GL_UNSIGNED_BYTE,
+                 rows.data());
+    // GL's first row is the lowest.
+    for (int row = 0; row < canvas.height; ++row)
+        copyPixels(rows.data() + static_cast<size_t>(canvas.height - 1 - row) * rowBytes,
+                   canvas.pixels + row * canvas.stride, canvas.width, swap);
 }
 
 }  // namespace multiscene

@@ -1,16 +1,13 @@
 // A framebuffer's pixels into the caller's memory.
 #pragma once
 
-#include <cstdint>
-
-#include "core/GLESUtils/TextureUpload.h"
+#include "platform/pixels/Surface.h"
 
 namespace multiscene {
 
-/// Reads the lower left width * height pixels of a framebuffer with one sample. Rows come bottom row first,
-/// as GL keeps them. `stride` is in bytes, a multiple of 4, at least width * 4. Waits until everything drawn
-/// is there. The framebuffer stays bound. Either order works on every driver.
-void readFramebuffer(unsigned int framebuffer, int width, int height, PixelOrder order, uint8_t* pixels,
-                     int stride);
+/// Reads a part of a framebuffer with one sample, of the canvas's size, from `left` and `bottom` on, into
+/// the canvas: B, G, R, A, the top row first. Waits until everything drawn is there. The framebuffer stays
+/// bound.
+void readFramebuffer(unsigned int framebuffer, int left, int bottom, const platform::Canvas& canvas);
 
 }  // namespace multiscene

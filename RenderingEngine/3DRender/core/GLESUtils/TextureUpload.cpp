@@ -13,53 +13,50 @@ namespace {
 
 const platform::GLCaps& caps() { return platform::GLContext::current()->caps(); }
 
-/// The order in which the driver is given pixels of this order.
-PixelOrder acceptedOrder(PixelOrder given) {
-    if (!caps().bgraUpload) return PixelOrder::RGBA;
-    return caps().drawsBgraFaster ? PixelOrder::BGRA : given;
-}
-
-/// A bitmap as the driver takes it: the caller's pixels where possible, else a tight copy.
-class AcceptedBitmap {
+/// A picture as the driver takes it: as it lies in memory where possible, else a tight copy.
+class AcceptedPicture {
   public:
-    explicit AcceptedBitmap(const BitmapView& bitmap) : pixels_(bitmap.pixels) {
-        const PixelOrder order = acceptedOrder(bitmap.order);
-        const bool swap = order != bitmap.order;
-        const bool padded = bitmap.stride != bitmap.width * 4;
-        format_ = order == PixelOrder::BGRA ? GL_BGRA_EXT : GL_RGBA;
-        if (swap || (padded && !(caps().rowLength && bitmap.stride % 4 == 0)))
-            copy(bitmap, swap);
+    explicit AcceptedPicture(const platform::Surface& picture) : pixels_(picture.pixels) {
+        const bool swap = !caps().bgraUpload;
+        const bool padded = picture.stride != picture.width * 4;
+        format_ = swap ? GL_RGBA : GL_BGRA_EXT;
+        if (swap || (padded && (picture.stride < 0 || !caps().rowLength)))
+            copy(picture, swap);
         else if (padded)
-            rowLength_ = bitmap.stride / 4;
+            rowLength_ = static_cast<GLint>(picture.stride / 4);
         if (rowLength_) glPixelStorei(GL_UNPACK_ROW_LENGTH, rowLength_);
     }
-    ~AcceptedBitmap() {
+    ~AcceptedPicture() {
         if (rowLength_) glPixelStorei(GL_UNPACK_ROW_LENGTH, 0);
     }
-    AcceptedBitmap(const AcceptedBitmap&) = delete;
-    AcceptedBitmap& operator=(const AcceptedBitmap&) = delete;
+    AcceptedPicture(const AcceptedPicture&) = delete;
+    AcceptedPicture& operator=(const AcceptedPicture&) = delete;
 
     const uint8_t* pixels() const { return pixels_; }
     GLenum format() const { return format_; }
 
   private:
-    void copy(const BitmapView& bitmap, bool swap) {
-        const size_t rowBytes = static_cast<size_t>(bitmap.width) * 4;
-        copy_.resize(rowBytes * static_cast<size_t>(bitmap.height));
-        for (int row = 0; row < bitmap.height; ++row) {
-            const uint8_t* from =
-                bitmap.pixels + static_cast<size_t>(row) * static_cast<size_t>(bitmap.stride);
-            uint8_t* to = copy_.data() + static_cast<size_t>(row) * rowBytes;
-            copyPixels(from, to, bitmap.width, swap);
-        }
+    void copy(const platform::Surface& picture, bool swap) {
+        const size_t rowBytes = static_cast<size_t>(picture.width) * 4;
+        copy_.resize(rowBytes * static_cast<size_t>(picture.height));
+        for (int row = 0; row < picture.height; ++row)
+            copyPixels(picture.pixels + row * picture.stride,
+                       copy_.data() + static_cast<size_t>(row) * rowBytes, picture.width, swap);
         pixels_ = copy_.data();
     }
 
     const uint8_t* pixels_;
     GLenum format_ = GL_RGBA;
-    int rowLength_ = 0;
+    GLint rowLength_ = 0;
     std::vector<uint8_t> copy_;
 };
+
+void setFilters(int levels) {
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, levels > 1 ? GL_LINEAR_MIPMAP_LINEAR : GL_LINEAR);
+    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
+    // A chain that ends early is complete all the same.
+    if (caps().majorVersion >= 3) glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAX_LEVEL, levels - 1);
+}
 
 }  // namespace
 
@@ -72,21 +69,22 @@ void setTextureWrap(TextureWrap wrap) {
     }
 }
 
-void uploadTexture(unsigned int texture, const BitmapView& bitmap, TextureWrap wrap) {
+void uploadTexture(unsigned int texture, std::span<const platform::Surface> levels) {
     glBindTexture(GL_TEXTURE_2D, texture);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, GL_LINEAR);
-    glTexParameteri(GL_TEXTURE_2D, GL_TEXTURE_MAG_FILTER, GL_LINEAR);
-    setTextureWrap(wrap);
-    const AcceptedBitmap accepted(bitmap);
-    glTexImage2D(GL_TEXTURE_2D, 0, static_cast<GLint>(accepted.format()), bitmap.width, bitmap.height, 0,
-                 accepted.format(), GL_UNSIGNED_BYTE, accepted.pixels());
+    setFilters(static_cast<int>(levels.size()));
+    GLint number = 0;
+    for (const platform::Surface& level : levels) {
+        const AcceptedPicture accepted(level);
+        glTexImage2D(GL_TEXTURE_2D, number++, static_cast<GLint>(accepted.format()), level.width,
+                     level.height, 0, accepted.format(), GL_UNSIGNED_BYTE, accepted.pixels());
+    }
 }
 
-void updateTexture(unsigned int texture, const BitmapView& bitmap) {
+void updateTexture(unsigned int texture, const platform::Surface& picture) {
     glBindTexture(GL_TEXTURE_2D, texture);
-    const AcceptedBitmap accepted(bitmap);
-    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, bitmap.width, bitmap.height, accepted.format(), GL_UNSIGNED_BYTE,
-                    accepted.pixels());
+    const AcceptedPicture accepted(picture);
+    glTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, picture.width, picture.height, accepted.format(),
+                    GL_UNSIGNED_BYTE, accepted.pixels());
 }
 
 }  // namespace multiscene

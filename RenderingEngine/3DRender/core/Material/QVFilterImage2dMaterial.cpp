@@ -18,20 +18,20 @@ static const MaterialTypes::Registration registered(
 
 QVFilterImage2dMaterial::QVFilterImage2dMaterial(std::string imagePath, std::string rootScenePath,
                                                  platform::Value filterInfo)
-    : QVTextureMaterial(MaterialType::Image, true),
+    : QVTextureMaterial(MaterialType::Image),
       imagePath_(std::move(imagePath)),
       rootScenePath_(std::move(rootScenePath)),
       filterInfo_(std::move(filterInfo)) {}
 
 void QVFilterImage2dMaterial::loadMaterial() {
     modelTexture_.loadTextureFilter(imagePath_, rootScenePath_, filterInfo_, largestShownBox());
-    setTextureId(modelTexture_.textureId());
-    if (textureId() == 0) reportSkippedPicture(imagePath_, filterInfo_);
+    setTexture(modelTexture_.texture());
+    if (!hasTexture()) reportSkippedPicture(imagePath_, filterInfo_);
 }
 
 void QVFilterImage2dMaterial::destroyMaterial() {
     modelTexture_ = {};
-    setTextureId(0);
+    setTexture(nullptr);
 }
 
 }  // namespace multiscene

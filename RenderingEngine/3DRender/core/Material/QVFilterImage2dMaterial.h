@@ -13,7 +13,6 @@ class QVFilterImage2dMaterial : public QVTextureMaterial {
     void loadMaterial() override;
     void destroyMaterial() override;
     TextureSize textureSize() const override { return modelTexture_.textureContentSize(); }
-    PictureAlpha pictureAlpha() const override { return modelTexture_.pictureAlpha(); }
     std::string sourcePath() const override { return imagePath_; }
 
   private:

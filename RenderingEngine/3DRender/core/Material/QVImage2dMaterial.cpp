@@ -17,20 +17,20 @@ static const MaterialTypes::Registration registeredImage(
     imageKeys);
 
 QVImage2dMaterial::QVImage2dMaterial(std::string imagePath, ImageType imageType, platform::Value textureInfo)
-    : QVTextureMaterial(MaterialType::Image, imageType == ImageType::Picture),
+    : QVTextureMaterial(MaterialType::Image),
       imagePath_(std::move(imagePath)),
       imageType_(imageType),
       textureInfo_(std::move(textureInfo)) {}
 
 void QVImage2dMaterial::loadMaterial() {
     modelTexture_.loadPicture(imagePath_, imageType_, largestShownBox());
-    setTextureId(modelTexture_.textureId());
-    if (textureId() == 0) reportSkippedPicture(imagePath_, textureInfo_);
+    setTexture(modelTexture_.texture());
+    if (!hasTexture()) reportSkippedPicture(imagePath_, textureInfo_);
 }
 
 void QVImage2dMaterial::destroyMaterial() {
     modelTexture_ = {};
-    setTextureId(0);
+    setTexture(nullptr);
 }
 
 }  // namespace multiscene

@@ -14,7 +14,6 @@ class QVImage2dMaterial : public QVTextureMaterial {
     void loadMaterial() override;
     void destroyMaterial() override;
     TextureSize textureSize() const override { return modelTexture_.textureContentSize(); }
-    PictureAlpha pictureAlpha() const override { return modelTexture_.pictureAlpha(); }
     std::string sourcePath() const override { return imagePath_; }
 
   private:

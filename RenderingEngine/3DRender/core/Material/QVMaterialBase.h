@@ -27,10 +27,9 @@ struct MaterialContext {
 
 struct ShownBox;
 
-/// What a drawable samples. Owned by its drawable; render queue, GL context current.
+/// What a drawable samples. Owned by its drawable; render queue.
 ///   loadMaterial     once, after construction
 ///   updateMaterial   before each draw
-///   finishMaterial   after each draw
 ///   destroyMaterial  at the drawable's last frame; may run twice
 class QVMaterialBase {
   public:
@@ -51,7 +50,6 @@ class QVMaterialBase {
     virtual void loadMaterial() {}
     virtual void destroyMaterial() {}
     virtual void updateMaterial(const platform::CMTime&) {}
-    virtual void finishMaterial(const platform::CMTime&) {}
 
   protected:
     explicit QVMaterialBase(MaterialType materialType = MaterialType::Image) : materialType_(materialType) {}

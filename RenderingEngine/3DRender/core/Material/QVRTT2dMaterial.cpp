@@ -22,17 +22,18 @@ namespace {
 
 using Scene = std::shared_ptr<QVScene3D>;
 
-/// The picture of a scene that the render driver names; texture 0 when it has no such scene.
+/// The picture of a scene that the render driver names; none when it has no such scene.
 template <Scene (RenderDriver::*sceneOfDriver)() const>
 std::shared_ptr<QVMaterialBase> sceneMaterial(const platform::Value&, const MaterialContext& context) {
     const Scene shown = context.scene ? (context.scene->renderManager().*sceneOfDriver)() : nullptr;
-    return std::make_shared<QVRTT2dMaterial>(shown ? shown->renderToTextureObject().CVTextureId() : 0);
+    return std::make_shared<QVRTT2dMaterial>(shown ? shown->renderToTextureObject().texture() : nullptr);
 }
 
 std::shared_ptr<QVMaterialBase> namedTargetMaterial(const platform::Value& textureInfo,
                                                     const MaterialContext& context) {
     const std::string key = KeyReader(namedTargetKeys, textureInfo).text("textureMapKey");
-    return std::make_shared<QVRTT2dMaterial>(context.scene ? context.scene->renderToTextureMap(key) : 0);
+    return std::make_shared<QVRTT2dMaterial>(context.scene ? context.scene->renderToTextureMap(key)
+                                                           : nullptr);
 }
 
 }  // namespace
@@ -46,9 +47,9 @@ static const MaterialTypes::Registration registeredNextScene("nextSceneRenderTex
 static const MaterialTypes::Registration registeredNamedTarget("RTTTexture", namedTargetMaterial,
                                                                namedTargetKeys);
 
-QVRTT2dMaterial::QVRTT2dMaterial(uint32_t textureId)
-    : QVTextureMaterial(MaterialType::RenderTarget, true, bottomUpTextureCoordinates) {
-    setTextureId(textureId);
+QVRTT2dMaterial::QVRTT2dMaterial(std::shared_ptr<Texture> texture)
+    : QVTextureMaterial(MaterialType::RenderTarget, bottomUpTextureCoordinates) {
+    setTexture(std::move(texture));
 }
 
 }  // namespace multiscene

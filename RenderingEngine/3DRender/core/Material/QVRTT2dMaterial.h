@@ -9,7 +9,7 @@ namespace multiscene {
 class QVRTT2dMaterial : public QVTextureMaterial {
   public:
     /// The texture stays its owner's.
-    explicit QVRTT2dMaterial(uint32_t textureId);
+    explicit QVRTT2dMaterial(std::shared_ptr<Texture> texture);
 
     bool mayRepeat() const override { return false; }
 };

@@ -17,7 +17,7 @@ static const MaterialTypes::Registration registered(
     text2DKeys);
 
 QVTexture2dMaterial::QVTexture2dMaterial(std::string textString, platform::Value textInfo)
-    : QVTextureMaterial(MaterialType::Text, true),
+    : QVTextureMaterial(MaterialType::Text),
       textString_(std::move(textString)),
       textInfo_(std::move(textInfo)) {}
 
@@ -29,12 +29,12 @@ void QVTexture2dMaterial::loadMaterial() {
     if (scene && !model.missingLetters().empty())
         reportSkipped(*object3D(), "letters that cannot be drawn", letterNames(model.missingLetters()));
     setTextureCoordinates(modelTexture_.loadTextureFrom2DTextDadaModel(model));
-    setTextureId(modelTexture_.textureId());
+    setTexture(modelTexture_.texture());
 }
 
 void QVTexture2dMaterial::destroyMaterial() {
     modelTexture_ = {};
-    setTextureId(0);
+    setTexture(nullptr);
 }
 
 }  // namespace multiscene

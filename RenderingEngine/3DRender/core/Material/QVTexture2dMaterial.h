@@ -15,7 +15,6 @@ class QVTexture2dMaterial : public QVTextureMaterial {
     void loadMaterial() override;
     void destroyMaterial() override;
     TextureSize textureSize() const override { return modelTexture_.textureContentSize(); }
-    PictureAlpha pictureAlpha() const override { return modelTexture_.pictureAlpha(); }
     const std::string& textString() const { return textString_; }
 
   private:

@@ -2,7 +2,7 @@
 
 #include <array>
 
-#include "core/GLESUtils/FrameEdges.h"
+#include "core/GLESUtils/Texture.h"
 #include "core/Material/QVMaterialBase.h"
 
 namespace multiscene {
@@ -12,7 +12,7 @@ struct TextureSize {
     double width = 0, height = 0;
 };
 
-/// A material with a GL texture.
+/// A material with a picture to sample.
 class QVTextureMaterial : public QVMaterialBase {
   public:
     using TextureCoordinates = std::array<float, 8>;  ///< u, v of the corners, in the order of a quad
@@ -22,35 +22,28 @@ class QVTextureMaterial : public QVMaterialBase {
     /// Render targets: GL's rows start at the lower edge.
     static constexpr TextureCoordinates bottomUpTextureCoordinates{0, 0, 1, 0, 1, 1, 0, 1};
 
-    /// 0: nothing to draw.
-    uint32_t textureId() const { return textureId_; }
+    /// None, or an empty one: nothing to draw.
+    const std::shared_ptr<Texture>& texture() const { return texture_; }
+    bool hasTexture() const { return texture_ && !texture_->isEmpty(); }
     const TextureCoordinates& textureCoordinates() const { return textureCoordinates_; }
     /// The picture behind the texture; 0 x 0 when unknown.
     virtual TextureSize textureSize() const { return {}; }
-    /// Colours are multiplied by alpha, as those of decoded pictures, texts and render targets are.
-    bool isPreMultiplication() const { return isPreMultiplication_; }
     /// Whether the texture can be repeated beyond its edges.
     virtual bool mayRepeat() const { return true; }
-    /// What is known of the picture's alpha channel.
-    virtual PictureAlpha pictureAlpha() const { return {}; }
     /// The file shown, for traces; empty when there is none.
     virtual std::string sourcePath() const { return {}; }
 
   protected:
-    explicit QVTextureMaterial(MaterialType materialType, bool isPreMultiplication,
+    explicit QVTextureMaterial(MaterialType materialType,
                                const TextureCoordinates& coordinates = topDownTextureCoordinates)
-        : QVMaterialBase(materialType),
-          textureCoordinates_(coordinates),
-          isPreMultiplication_(isPreMultiplication) {}
+        : QVMaterialBase(materialType), textureCoordinates_(coordinates) {}
 
-    void setIsPreMultiplication(bool premultiplied) { isPreMultiplication_ = premultiplied; }
-    void setTextureId(uint32_t texture) { textureId_ = texture; }
+    void setTexture(std::shared_ptr<Texture> texture) { texture_ = std::move(texture); }
     void setTextureCoordinates(const TextureCoordinates& coordinates) { textureCoordinates_ = coordinates; }
 
   private:
-    uint32_t textureId_ = 0;
+    std::shared_ptr<Texture> texture_;
     TextureCoordinates textureCoordinates_;
-    bool isPreMultiplication_;
 };
 
 }  // namespace multiscene

@@ -37,7 +37,7 @@ ImageType imageTypeOf(const platform::Value& textureInfo) {
 
 QVTextureSerialMaterial::QVTextureSerialMaterial(platform::Value textureInfo, int64_t startFps,
                                                  int64_t endFps, const std::shared_ptr<QVScene3D>& scene)
-    : QVTextureMaterial(MaterialType::TextureSerial, imageTypeOf(textureInfo) == ImageType::Picture),
+    : QVTextureMaterial(MaterialType::TextureSerial),
       textureInfo_(std::move(textureInfo)),
       imageType_(imageTypeOf(textureInfo_)),
       sequence_(textureInfo_),
@@ -52,20 +52,20 @@ void QVTextureSerialMaterial::updateMaterial(const platform::CMTime& time) {
     const std::string path = QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(
         *name, scene->sceneConfigData().sceneResourceFolderPath);
     if (path != shownPath_ && platform::FileGate::shared().exists(path)) show(path);
-    if (textureId() == 0) reportSkippedPicture(path.empty() ? *name : path, textureInfo_);
+    if (!hasTexture()) reportSkippedPicture(path.empty() ? *name : path, textureInfo_);
 }
 
 void QVTextureSerialMaterial::show(const std::string& path) {
     ZBTexture picture;
     picture.loadPicture(path, imageType_, largestShownBox());
     modelTexture_ = std::move(picture);
-    setTextureId(modelTexture_.textureId());
+    setTexture(modelTexture_.texture());
     shownPath_ = path;
 }
 
 void QVTextureSerialMaterial::destroyMaterial() {
     modelTexture_ = {};
-    setTextureId(0);
+    setTexture(nullptr);
     shownPath_.clear();
 }
 

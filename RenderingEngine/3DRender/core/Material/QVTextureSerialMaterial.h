@@ -18,7 +18,6 @@ class QVTextureSerialMaterial : public QVTextureMaterial {
     void updateMaterial(const platform::CMTime& time) override;
     void destroyMaterial() override;
     TextureSize textureSize() const override { return modelTexture_.textureContentSize(); }
-    PictureAlpha pictureAlpha() const override { return modelTexture_.pictureAlpha(); }
     std::string sourcePath() const override { return shownPath_; }
 
   private:

@@ -62,11 +62,10 @@ static const MaterialTypes::Registration registered(
 
 QVVideoMaterial::QVVideoMaterial(std::string videoPath, int32_t videoFps, platform::Value textureInfo,
                                  const UserFilm& userFilm)
-    : QVTextureMaterial(MaterialType::Video, false),
+    : QVTextureMaterial(MaterialType::Video),
       textureInfo_(std::move(textureInfo)),
       usersVolume_(userFilm.volume),
       videoReader_(std::move(videoPath), videoFps, settingsOf(userFilm)) {
-    setIsPreMultiplication(videoReader_.hasAlpha());
     videoReader_.startProcessing();
 }
 
@@ -105,19 +104,14 @@ void QVVideoMaterial::startSound() const {
 void QVVideoMaterial::updateMaterial(const platform::CMTime&) {
     frameOutput_ = videoReader_.renderNextFrame();
     if (!frameOutput_) return;
-    setTextureId(frameOutput_->outputTexture);
-    isOpaque_ = frameOutput_->isOpaque;
-}
-
-void QVVideoMaterial::finishMaterial(const platform::CMTime&) {
-    if (frameOutput_) videoReader_.cleanupResource(*frameOutput_);
+    setTexture(frameOutput_->outputTexture);
 }
 
 void QVVideoMaterial::destroyMaterial() {
     frameOutput_.reset();
     videoReader_.cancelProcessing();
     videoReader_.destroyFrameBuffer();
-    setTextureId(0);
+    setTexture(nullptr);
 }
 
 TextureSize QVVideoMaterial::textureSize() const {

@@ -19,10 +19,8 @@ class QVVideoMaterial : public QVTextureMaterial {
 
     void loadMaterial() override;
     void updateMaterial(const platform::CMTime& time) override;
-    void finishMaterial(const platform::CMTime& time) override;
     void destroyMaterial() override;
     TextureSize textureSize() const override;
-    PictureAlpha pictureAlpha() const override { return {.clearMargin = {}, .isOpaque = isOpaque_}; }
     std::string sourcePath() const override { return videoReader_.url(); }
     bool mayRepeat() const override { return false; }
     const std::optional<QVVideoFrameRenderOutput>& frameOutput() const { return frameOutput_; }
@@ -35,7 +33,6 @@ class QVVideoMaterial : public QVTextureMaterial {
     std::optional<float> usersVolume_;
     QVVideoReader videoReader_;
     std::optional<QVVideoFrameRenderOutput> frameOutput_;
-    bool isOpaque_ = true;
 };
 
 }  // namespace multiscene

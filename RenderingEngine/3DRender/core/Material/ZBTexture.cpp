@@ -4,8 +4,7 @@
 #include <cmath>
 #include <filesystem>
 
-#include "core/GLESUtils/TextureUpload.h"
-#include "core/Material/BitmapAlpha.h"
+#include "core/GLESUtils/PvrPictures.h"
 #include "core/Material/BitmapStretch.h"
 #include "core/Material/PhotoFilterKeys.h"
 #include "core/Material/TextPictureCopy.h"
@@ -13,7 +12,6 @@
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
-#include "platform/gl/GLContext.h"
 #include "platform/image/ImageDecoder.h"
 #include "platform/image/PhotoFilter.h"
 
@@ -24,10 +22,8 @@ namespace {
 constexpr float minCanvasSide = 64;
 
 int canvasSide(int pictureSide) {
-    const platform::GLContext* context = platform::GLContext::current();
-    const int most = context ? std::min(context->caps().maxTextureSize, ZBTexture::maxCanvasSide)
-                             : ZBTexture::maxCanvasSide;
-    return std::min(ZBTexture::minimumSizedTextureSize(static_cast<float>(pictureSide)), most);
+    return std::min(ZBTexture::minimumSizedTextureSize(static_cast<float>(pictureSide)),
+                    ZBTexture::maxCanvasSide);
 }
 
 platform::ImageSize canvasOf(platform::ImageSize picture, const ShownBox& shown) {
@@ -72,15 +68,8 @@ int ZBTexture::minimumSizedTextureSize(float side) {
     return static_cast<int>(std::exp2(std::floor(std::log2(side - 1)) + 1));
 }
 
-void ZBTexture::upload(const platform::Bitmap& bitmap, platform::ImageSize shown) {
-    if (bitmap.isEmpty()) return;
-    pictureAlpha_ = alphaOf(bitmap, shown);
-    texture_.create();
-    uploadTexture(texture_.name(), {.pixels = bitmap.rgba.data(),
-                                    .width = bitmap.width,
-                                    .height = bitmap.height,
-                                    .stride = bitmap.stride(),
-                                    .order = PixelOrder::RGBA});
+void ZBTexture::show(platform::Bitmap bitmap) {
+    if (!bitmap.isEmpty()) texture_->setPicture(std::move(bitmap));
 }
 
 platform::FileHandle ZBTexture::openFile(const std::string& path) {
@@ -110,20 +99,33 @@ platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path, const Show
 }
 
 void ZBTexture::loadloadTexture(const std::string& path, const ShownBox& shown) {
-    const platform::Bitmap canvas = decodeOntoCanvas(path, shown);
-    upload(canvas, canvas.size());
+    show(decodeOntoCanvas(path, shown));
 }
 
 void ZBTexture::loadTextureFromImage(const platform::Bitmap& image) {
     textureContentSize_ = {static_cast<double>(image.width), static_cast<double>(image.height)};
     if (image.isEmpty()) return;
     const platform::ImageSize canvas{canvasSide(image.width), canvasSide(image.height)};
-    upload(image.size() == canvas ? image : stretched(image, canvas), canvas);
+    show(image.size() == canvas ? image : stretched(image, canvas));
 }
 
 void ZBTexture::loadPicture(const std::string& path, ImageType imageType, const ShownBox& shown) {
     if (imageType == ImageType::Picture) loadloadTexture(path, shown);
     if (imageType == ImageType::Pvr) loadTextureFromPvr(path);
+}
+
+void ZBTexture::loadTextureFromPvr(const std::string& path) {
+    const platform::FileHandle opened = openFile(path);
+    if (!opened) return;
+    try {
+        const PvrFile file(platform::readFile(opened, path, PvrFile::maxBytes));
+        textureContentSize_ = {static_cast<double>(file.width()), static_cast<double>(file.height())};
+        std::vector<platform::Bitmap> pictures = pvrPictures(file);
+        if (!pictures.empty()) texture_->setLevels(std::move(pictures), false);
+    } catch (const platform::Error& error) {
+        if (error.kind() == platform::ErrorKind::Transient) throw;
+        // Unreadable: the texture stays empty.
+    }
 }
 
 // Filters
@@ -151,9 +153,9 @@ void ZBTexture::loadTextureFilter(const std::string& path, const std::string& sc
                                   const platform::Value& filterInfo, const ShownBox& shown) {
     const platform::Bitmap photo = decodeOntoCanvas(path, {}, filteredSize);
     if (photo.isEmpty()) return;
-    const platform::Bitmap shaped = filterWithOriginalImage(photo, sceneRootPath, filterInfo);
+    platform::Bitmap shaped = filterWithOriginalImage(photo, sceneRootPath, filterInfo);
     const platform::ImageSize canvas = canvasOf(photo.size(), shown);
-    upload(canvas == shaped.size() ? shaped : averaged(shaped, canvas), canvas);
+    show(canvas == shaped.size() ? std::move(shaped) : averaged(shaped, canvas));
 }
 
 // Texts
@@ -168,8 +170,8 @@ QVTextureMaterial::TextureCoordinates ZBTexture::loadTextureFrom2DTextDadaModel(
     textureContentSize_ = {size.width, size.height};
     platform::Bitmap bitmap =
         model.drawText(static_cast<int>(width * scale), static_cast<int>(height * scale), scale);
-    upload(bitmap, {static_cast<int>(size.width * scale), static_cast<int>(size.height * scale)});
-    TextPictureCopy::shared().write(std::move(bitmap));
+    TextPictureCopy::shared().write(bitmap);
+    show(std::move(bitmap));
     const auto right = static_cast<float>(size.width / width);
     const auto bottom = static_cast<float>(size.height / height);
     return {0, bottom, right, bottom, right, 0, 0, 0};

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <string>
 
-#include "core/GLESUtils/GLObject.h"
+#include "core/GLESUtils/Texture.h"
 #include "core/Material/QVTextureMaterial.h"
 #include "platform/base/File.h"
 #include "platform/base/Value.h"
@@ -22,25 +22,23 @@ struct ShownBox {
     bool isCovered = false;  ///< the picture keeps its proportions and overhangs the box
 };
 
-/// One GL texture and the size of the picture behind it. Render queue, GL context current.
+/// One texture and the size of the picture behind it. Render queue.
 ///
 /// Pictures are drawn stretched over a canvas whose sides are powers of two of at least 64 pixels, so texture
-/// coordinates run from 0 to 1; a canvas is never larger than the GL takes nor than maxCanvasSide, nor, where
-/// that is known, than the picture is shown, since drawing picks single pixels out of what it shrinks. Files
-/// are opened through the fence; a relative name lies in the program's resources. Anything that cannot be
-/// loaded leaves the texture at 0.
+/// coordinates run from 0 to 1; a canvas is never larger than maxCanvasSide, nor, where that is known, than
+/// the picture is shown, since drawing picks single pixels out of what it shrinks. Files are opened through
+/// the fence; a relative name lies in the program's resources. Anything that cannot be loaded leaves the
+/// texture empty.
 class ZBTexture {
   public:
     static constexpr int maxCanvasSide = 4096;      ///< pixels
     static constexpr int maxTextBitmapSide = 1024;  ///< pixels
     static constexpr int filterPhotoSide = 1024;    ///< pixels: the longer side of a photo that is filtered
 
-    uint32_t textureId() const { return texture_.name(); }
+    /// Empty: nothing to draw.
+    const std::shared_ptr<Texture>& texture() const { return texture_; }
     /// Pixels of the source picture, before any rounding: what a quad is fitted to.
     const TextureSize& textureContentSize() const { return textureContentSize_; }
-
-    /// How far the picture, or the text, is transparent inside its edges.
-    const PictureAlpha& pictureAlpha() const { return pictureAlpha_; }
     /// A picture file. Glossary: "loadload" is load.
     void loadloadTexture(const std::string& path, const ShownBox& shown = {});
     void loadTextureFromImage(const platform::Bitmap& image);
@@ -72,12 +70,10 @@ class ZBTexture {
     /// The picture on its canvas; empty when it cannot be read.
     platform::Bitmap decodeOntoCanvas(const std::string& path, const ShownBox& shown,
                                       SizeOnCanvas sizeOnCanvas = nullptr);
-    /// `shown`: the upper left part of the bitmap that is looked at.
-    void upload(const platform::Bitmap& bitmap, platform::ImageSize shown);
+    void show(platform::Bitmap bitmap);
 
-    GLTexture texture_;
+    std::shared_ptr<Texture> texture_ = std::make_shared<Texture>();
     TextureSize textureContentSize_;
-    PictureAlpha pictureAlpha_;
 };
 
 }  // namespace multiscene

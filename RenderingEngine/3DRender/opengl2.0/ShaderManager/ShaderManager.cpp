@@ -16,12 +16,6 @@ constexpr unsigned int unknownProgram = std::numeric_limits<unsigned int>::max()
 
 }  // namespace
 
-ShaderManager& ShaderManager::sharedManager() {
-    // Never destroyed: shaders that outlive main() still tell it that they are gone.
-    static ShaderManager& manager = *new ShaderManager;
-    return manager;
-}
-
 std::shared_ptr<Shader> ShaderManager::createShader(const std::string& name, const std::string& file) {
     if (auto cached = shaderForName(name)) return cached;
     const std::string path = shaderDescriptionPath(file);
@@ -63,7 +57,6 @@ std::shared_ptr<Shader> ShaderManager::createShaderWithVertex(const std::string&
 }
 
 std::shared_ptr<Shader> ShaderManager::store(const std::string& name, std::shared_ptr<Shader> shader) {
-    shader->shaderLog();
     for (ShaderFailure failure : shader->failures()) {
         failure.shader = name;
         record(std::move(failure));
@@ -94,7 +87,6 @@ std::shared_ptr<Shader> ShaderManager::useShader(const std::string& name) {
 }
 
 void ShaderManager::useShaderObject(Shader* shader) {
-    currentShader_ = shader;
     const unsigned int program = shader ? shader->programHandle() : 0;
     if (program == activeProgram_) return;
     glUseProgram(program);
@@ -112,23 +104,14 @@ void ShaderManager::removeShader(const std::string& name) {
     if (found == shaderPrograms_.end()) return;
     if (found->second->programHandle() == activeProgram_) {
         glUseProgram(0);
-        currentShader_ = nullptr;
         activeProgram_ = unknownProgram;
     }
     shaderPrograms_.erase(found);
 }
 
 void ShaderManager::removeAllShaders() {
-    currentShader_ = nullptr;
     activeProgram_ = unknownProgram;
     shaderPrograms_.clear();
-}
-
-void ShaderManager::shaderIsGone(const Shader& shader) {
-    if (currentShader_ == &shader) currentShader_ = nullptr;
-    // Its program's name may come back with another program.
-    if (shader.programHandle() != 0 && shader.programHandle() == activeProgram_)
-        activeProgram_ = unknownProgram;
 }
 
 }  // namespace multiscene

@@ -1,4 +1,4 @@
-// The process-wide cache of programs by shader name.
+// A cache of programs by shader name.
 #pragma once
 
 #include <map>
@@ -14,7 +14,7 @@ namespace multiscene {
 /// program that failed is cached too and not tried again. Render thread, with the context current.
 class ShaderManager {
   public:
-    static ShaderManager& sharedManager();
+    ShaderManager() = default;
     ShaderManager(const ShaderManager&) = delete;
     ShaderManager& operator=(const ShaderManager&) = delete;
 
@@ -41,8 +41,6 @@ class ShaderManager {
     /// The same for a given shader; none switches to program 0.
     void useShaderObject(Shader* shader);
 
-    /// The shader last made current here, while it lives.
-    Shader* currentShader() const { return currentShader_; }
     std::vector<std::shared_ptr<Shader>> allShaders() const;
     /// The program last passed to glUseProgram; all bits set when that is unknown.
     unsigned int activeProgram() const { return activeProgram_; }
@@ -51,23 +49,17 @@ class ShaderManager {
     /// Empties the cache. Calls no GL, except that programs nobody else holds are deleted.
     void removeAllShaders();
 
-    /// Everything that went wrong since clearFailures(), each shader and file once, in order. Outlives the
-    /// cache, so that a job can name it in its summary.
+    /// Everything that went wrong, each shader and file once, in order. Outlives the cache, so that a job can
+    /// name it in its summary.
     const std::vector<ShaderFailure>& failures() const { return failures_; }
-    void clearFailures() { failures_.clear(); }
 
   private:
-    friend class Shader;
-
-    ShaderManager() = default;
     /// The dictionary of a description file at this path; records why when there is none.
     platform::Value readSettings(const std::string& name, const std::string& path);
     std::shared_ptr<Shader> store(const std::string& name, std::shared_ptr<Shader> shader);
     void record(ShaderFailure failure);
-    void shaderIsGone(const Shader& shader);
 
     std::map<std::string, std::shared_ptr<Shader>> shaderPrograms_;
-    Shader* currentShader_ = nullptr;
     unsigned int activeProgram_ = 0;
     std::vector<ShaderFailure> failures_;
 };

@@ -1,0 +1,95 @@
+#include "core/GLESUtils/Texture.h"
+
+#include <utility>
+
+#include "core/GLESUtils/PixelRows.h"
+#include "core/GLESUtils/TextureUpload.h"
+
+namespace multiscene {
+
+namespace {
+
+bool hasOpaquePixels(const platform::Bitmap& bitmap) {
+    for (size_t alpha = 3; alpha < bitmap.rgba.size(); alpha += 4)
+        if (bitmap.rgba[alpha] != 255) return false;
+    return true;
+}
+
+}  // namespace
+
+void Texture::setPicture(platform::Bitmap picture) {
+    std::vector<platform::Bitmap> levels;
+    levels.push_back(std::move(picture));
+    setLevels(std::move(levels), true);
+}
+
+void Texture::setLevels(std::vector<platform::Bitmap> levels, bool premultiplied) {
+    const auto kept = std::make_shared<std::vector<platform::Bitmap>>(std::move(levels));
+    isOpaque_ = hasOpaquePixels(kept->front());
+    isPremultiplied_ = premultiplied;
+    std::vector<platform::Surface> surfaces;
+    for (platform::Bitmap& level : *kept) {
+        uint8_t* pixels = level.rgba.data();
+        copyPixels(pixels, pixels, level.width * level.height, true);
+        surfaces.push_back({.pixels = pixels,
+                            .stride = level.stride(),
+                            .width = level.width,
+                            .height = level.height,
+                            .opaque = isOpaque_});
+    }
+    setMemory(std::move(surfaces), kept);
+}
+
+void Texture::setFrame(std::shared_ptr<const platform::PixelBuffer> frame, bool opaque, bool premultiplied) {
+    isOpaque_ = opaque;
+    isPremultiplied_ = premultiplied;
+    const platform::Surface surface{.pixels = frame->data(),
+                                    .stride = frame->stride(),
+                                    .width = frame->width(),
+                                    .height = frame->height(),
+                                    .opaque = opaque};
+    setMemory({surface}, std::move(frame));
+}
+
+void Texture::setPainted(const platform::Surface& memory, std::shared_ptr<const void> owner) {
+    isOpaque_ = memory.opaque;
+    isPremultiplied_ = true;
+    setMemory({memory}, std::move(owner));
+}
+
+GLTexture& Texture::setDrawnByGL() {
+    dropMemory();
+    isOpaque_ = false;
+    isPremultiplied_ = true;
+    isStale_ = false;
+    return gl_;
+}
+
+void Texture::setMemory(std::vector<platform::Surface> levels, std::shared_ptr<const void> owner) {
+    levels_ = std::move(levels);
+    owner_ = std::move(owner);
+    isStale_ = true;
+}
+
+void Texture::dropMemory() {
+    levels_.clear();
+    owner_.reset();
+}
+
+unsigned int Texture::glName() {
+    if (isStale_) upload();
+    return gl_.name();
+}
+
+void Texture::upload() {
+    isStale_ = false;
+    gl_.create();
+    const platform::Surface& largest = levels_.front();
+    if (levels_.size() == 1 && largest.width == glWidth_ && largest.height == glHeight_)
+        return updateTexture(gl_.name(), largest);
+    uploadTexture(gl_.name(), levels_);
+    glWidth_ = levels_.size() == 1 ? largest.width : 0;
+    glHeight_ = levels_.size() == 1 ? largest.height : 0;
+}
+
+}  // namespace multiscene

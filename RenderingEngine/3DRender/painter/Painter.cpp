@@ -1,0 +1,33 @@
+#include "painter/Painter.h"
+
+#include <utility>
+
+namespace multiscene {
+
+namespace {
+
+bool isShown(const Texture* texture) { return texture && !texture->isEmpty(); }
+
+}  // namespace
+
+void Painter::draw(QuadDraw quad) {
+    const auto* mask = std::get_if<MaskLook>(&quad.look);
+    if (!std::holds_alternative<ColorLook>(quad.look) && !isShown(quad.texture)) return;
+    if (mask && !isShown(mask->mask)) return;
+    quad.state = state_;
+    paint(quad);
+}
+
+void Painter::draw(LettersDraw letters) {
+    if (letters.corners.empty() || !isShown(letters.atlas)) return;
+    letters.state = state_;
+    paint(letters);
+}
+
+void Painter::draw(MeshDraw mesh) {
+    if (mesh.outside.empty()) return;
+    mesh.state = state_;
+    paint(mesh);
+}
+
+}  // namespace multiscene

@@ -1,0 +1,251 @@
+#include "painter/SoftwarePainter.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "painter/QuadPaints.h"
+#include "platform/pixels/SharedEdges.h"
+
+namespace multiscene {
+
+using platform::QuadPaint;
+
+/// A draw, and what the processor paints for it.
+struct SoftwarePainter::Piece {
+    std::variant<QuadDraw, LettersDraw, MeshDraw> draw;
+    size_t firstPaint = 0, paintCount = 0;
+    bool byGL = false;
+
+    const DrawState& state() const {
+        return std::visit([](const auto& any) -> const DrawState& { return any.state; }, draw);
+    }
+};
+
+/// What GL has drawn for some pieces.
+struct SoftwarePainter::Layer {
+    std::vector<uint8_t> pixels;
+    PixelBounds bounds;
+};
+
+struct SoftwarePainter::Picture {
+    CanvasSize size;
+    uint32_t background = 0;
+    QVFrameBufferToTexture* target = nullptr;  ///< none: the frame
+    std::vector<Piece> pieces;
+    std::vector<QuadPaint> paints;
+    /// Of painted targets, which may be painted anew before this picture is.
+    std::vector<std::shared_ptr<const void>> memory;
+    std::vector<Layer> layers;
+    size_t usedLayers = 0;
+    std::vector<platform::PreparedPaint> prepared;
+
+    void begin(const CanvasSize& newSize, uint32_t newBackground, QVFrameBufferToTexture* newTarget) {
+        size = newSize;
+        background = newBackground;
+        target = newTarget;
+        pieces.clear();
+        paints.clear();
+        memory.clear();
+        usedLayers = 0;
+    }
+
+    /// Adds a draw with what it is painted as.
+    template <typename Draw>
+    void add(const Draw& draw) {
+        Piece piece{.draw = draw, .firstPaint = paints.size()};
+        piece.byGL = !addPaints(draw, size, paints);
+        piece.paintCount = paints.size() - piece.firstPaint;
+        pieces.push_back(std::move(piece));
+    }
+    /// Layers were added last; they belong where their pieces are.
+    void orderPaints() {
+        std::vector<QuadPaint> ordered;
+        for (const Piece& piece : pieces) {
+            const auto first = paints.begin() + static_cast<ptrdiff_t>(piece.firstPaint);
+            ordered.insert(ordered.end(), first, first + static_cast<ptrdiff_t>(piece.paintCount));
+        }
+        paints = std::move(ordered);
+    }
+    void keep(const Texture* texture) {
+        if (texture && texture->memoryOwner()) memory.push_back(texture->memoryOwner());
+    }
+};
+
+SoftwarePainter::SoftwarePainter(GLPainter::MakeContext makeContext, int threads)
+    : gl_(std::move(makeContext), GLPainter::PictureMemory::Kept), tiles_(threads) {}
+
+SoftwarePainter::~SoftwarePainter() = default;
+
+void SoftwarePainter::makeCurrent() {
+    if (!gl_.device().empty()) gl_.makeCurrent();
+}
+
+void SoftwarePainter::release() {
+    pictures_.clear();
+    spare_.clear();
+    blurred_ = {};
+    gl_.release();
+}
+
+// --- gathering -----------------------------------------------------------------------------------------
+
+SoftwarePainter::Picture& SoftwarePainter::current() { return *pictures_.back(); }
+
+void SoftwarePainter::begin(const CanvasSize& size, uint32_t background, QVFrameBufferToTexture* target) {
+    if (spare_.empty()) spare_.push_back(std::make_unique<Picture>());
+    pictures_.push_back(std::move(spare_.back()));
+    spare_.pop_back();
+    current().begin(size, background, target);
+}
+
+void SoftwarePainter::beginFrame(int width, int height, uint32_t background) {
+    while (!pictures_.empty()) drop();  // a frame that was given up
+    begin({width, height}, background, nullptr);
+    resetState();
+}
+
+void SoftwarePainter::beginTarget(QVFrameBufferToTexture& target) {
+    begin({target.fboWidth(), target.fboHeight()}, 0, &target);
+}
+
+void SoftwarePainter::drop() {
+    spare_.push_back(std::move(pictures_.back()));
+    pictures_.pop_back();
+}
+
+void SoftwarePainter::endFrame(const platform::Canvas& picture) {
+    finish(current(), picture);
+    drop();
+}
+
+void SoftwarePainter::endTarget() {
+    QVFrameBufferToTexture& target = *current().target;
+    finish(current(), target.canvas());
+    target.setPainted();
+    drop();
+}
+
+void SoftwarePainter::paint(const QuadDraw& quad) {
+    Picture& picture = current();
+    picture.keep(quad.texture);
+    if (const auto* mask = std::get_if<MaskLook>(&quad.look)) picture.keep(mask->mask);
+    const auto* blur = std::get_if<BlurLook>(&quad.look);
+    if (!blur || quad.texture->levels().empty() || !quad.texture->isPremultiplied()) return picture.add(quad);
+    QuadDraw shown = quad;
+    shown.texture = &blurred_.of(*quad.texture, *blur, tiles_);
+    shown.look = PlainLook{};
+    picture.keep(shown.texture);
+    picture.add(shown);
+}
+
+void SoftwarePainter::paint(const LettersDraw& letters) {
+    current().keep(letters.atlas);
+    current().add(letters);
+}
+
+void SoftwarePainter::paint(const MeshDraw& mesh) {
+    current().pieces.push_back({.draw = mesh, .firstPaint = current().paints.size(), .byGL = true});
+}
+
+// --- layers of GL --------------------------------------------------------------------------------------
+
+namespace {
+
+bool isOver(const BlendFunction& blend) { return blend == BlendFunction(); }
+
+/// A canvas's part painted as it is.
+QuadPaint paintOf(const platform::Surface& surface, const PixelBounds& bounds, const BlendFunction& blend) {
+    const double left = bounds.left, top = bounds.top, right = bounds.right, bottom = bounds.bottom;
+    QuadPaint paint;
+    paint.picture = surface;
+    paint.corners = {{{.x = left, .y = bottom, .u = 0, .v = 1},
+                      {.x = right, .y = bottom, .u = 1, .v = 1},
+                      {.x = right, .y = top, .u = 1, .v = 0},
+                      {.x = left, .y = top, .u = 0, .v = 0}}};
+    paint.smooth = {false, false, false, false};
+    paint.blend = paintedBlend(blend);
+    return paint;
+}
+
+}  // namespace
+
+/// Draws that compare depths share a layer with all that is drawn between them. Others share one as long as
+/// they are laid over each other; a draw with another blend function has a layer of its own, which is blended
+/// so.
+void SoftwarePainter::drawLayers(Picture& picture) {
+    std::vector<Piece>& pieces = picture.pieces;
+    const auto testsDepth = [](const Piece& piece) { return piece.state().depthTest; };
+    const auto firstDeep = std::ranges::find_if(pieces, testsDepth);
+    auto endDeep = std::find_if(pieces.rbegin(), pieces.rend(), testsDepth).base();
+    auto from = firstDeep;
+    if (firstDeep != pieces.end() &&
+        !std::all_of(firstDeep, endDeep, [](const Piece& piece) { return isOver(piece.state().blend); }))
+        from = pieces.begin();  // what is blended there needs what lies under it
+    for (auto piece = from; piece < endDeep; ++piece) piece->byGL = true;
+
+    const auto place = [&](auto at) { return static_cast<size_t>(at - pieces.begin()); };
+    for (size_t first = 0; first < pieces.size();) {
+        if (!pieces[first].byGL) {
+            ++first;
+            continue;
+        }
+        size_t end = first + 1;
+        if (firstDeep != pieces.end() && first >= place(from) && first < place(endDeep))
+            end = place(endDeep);
+        else if (isOver(pieces[first].state().blend))
+            while (end < pieces.size() && pieces[end].byGL && isOver(pieces[end].state().blend) &&
+                   !(firstDeep != pieces.end() && end == place(from)))
+                ++end;
+        drawLayer(picture, first, end);
+        first = end;
+    }
+}
+
+void SoftwarePainter::drawLayer(Picture& picture, size_t first, size_t end) {
+    const CanvasSize& size = picture.size;
+    const bool isAlone = end == first + 1;
+    PixelBounds bounds;
+    for (size_t i = first; i < end; ++i)
+        bounds.include(
+            std::visit([&](const auto& draw) { return boundsOf(draw, size); }, picture.pieces[i].draw));
+    for (size_t i = first; i < end; ++i) picture.pieces[i].paintCount = 0;
+    if (bounds.isEmpty()) return;
+    if (picture.layers.size() == picture.usedLayers) picture.layers.emplace_back();
+    Layer& layer = picture.layers[picture.usedLayers++];
+    const int width = bounds.right - bounds.left, height = bounds.bottom - bounds.top;
+    layer.pixels.resize(static_cast<size_t>(width) * static_cast<size_t>(height) * 4);
+    gl_.beginPart(size.width, size.height, {bounds.left, size.height - bounds.bottom, width, height}, 0);
+    for (size_t i = first; i < end; ++i)
+        std::visit(
+            [&](auto draw) {
+                if (isAlone) draw.state.blend = {};
+                gl_.replay(draw);
+            },
+            picture.pieces[i].draw);
+    const ptrdiff_t stride = ptrdiff_t{width} * 4;
+    gl_.endFrame({.pixels = layer.pixels.data(), .stride = stride, .width = width, .height = height});
+    Piece& piece = picture.pieces[first];
+    piece.firstPaint = picture.paints.size();
+    piece.paintCount = 1;
+    picture.paints.push_back(
+        paintOf({.pixels = layer.pixels.data(), .stride = stride, .width = width, .height = height}, bounds,
+                isAlone ? piece.state().blend : BlendFunction()));
+}
+
+// --- painting ------------------------------------------------------------------------------------------
+
+void SoftwarePainter::finish(Picture& picture, const platform::Canvas& canvas) {
+    if (std::ranges::any_of(picture.pieces, &Piece::byGL)) {
+        drawLayers(picture);
+        picture.orderPaints();
+    }
+    platform::shareEdges(picture.paints);
+    size_t count = 0;
+    for (const QuadPaint& paint : picture.paints) {
+        if (picture.prepared.size() == count) picture.prepared.emplace_back();
+        if (platform::preparePaint(paint, canvas.width, canvas.height, picture.prepared[count])) ++count;
+    }
+    tiles_.paint({picture.prepared.data(), count}, picture.background, canvas);
+}
+
+}  // namespace multiscene
