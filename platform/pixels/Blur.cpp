@@ -101,7 +101,7 @@ class Padded {
     Padded(const Surface& picture, int columns, int rows)
         : columns_(columns),
           rows_(rows),
-          stride_(picture.width + 2 * columns + HWY_MAX_BYTES / 4),
+          stride_(picture.width + 2 * columns + kLongestVector),
           texels_(static_cast<size_t>(stride_) * static_cast<size_t>(picture.height + 2 * rows)) {
         for (int row = -rows; row < picture.height + rows; ++row) {
             const auto* from = reinterpret_cast<const uint32_t*>(
@@ -117,6 +117,8 @@ class Padded {
     ptrdiff_t offset(int columns, int rows) const { return rows * ptrdiff_t{stride_} + columns; }
 
   private:
+    static constexpr int kLongestVector = 64;  // texels, on any processor
+
     int columns_, rows_, stride_;
     std::vector<uint32_t> texels_;
 };

@@ -124,6 +124,10 @@ HWY_INLINE RealVector bounded(RealVector number, float least, float most) {
     return hn::Min(hn::Max(number, real(least)), real(most));
 }
 
+HWY_INLINE RealVector between(RealVector a, RealVector b, RealVector part) {
+    return hn::Add(a, hn::Mul(hn::Sub(b, a), part));
+}
+
 // To the next whole number from 0 to 255.
 HWY_INLINE PixelVector rounded(RealVector number) {
     return hn::BitCast(Pixels(), hn::ConvertTo(Places(), hn::Add(bounded(number, 0, 255), real(0.5f))));

@@ -204,13 +204,14 @@ void findEdges(const Silhouette& seen, const std::vector<Outline::Side>& sides, 
     pairEdges(edges, prepared);
 }
 
-uint8_t level(float part) { return static_cast<uint8_t>(std::clamp(part, 0.0f, 1.0f) * 255 + 0.5f); }
+// What is not a number is 0.
+float bounded(float part) { return std::min(std::max(0.0f, part), 1.0f); }
+
+uint8_t level(float part) { return static_cast<uint8_t>(bounded(part) * 255 + 0.5f); }
 
 bool isTinted(const QuadPaint& paint) { return paint.tint != std::array<float, 4>{1, 1, 1, 1}; }
 
-float opacityOf(const QuadPaint& paint) {
-    return std::clamp(paint.opacity, 0.0f, 1.0f) * std::clamp(paint.tint[3], 0.0f, 1.0f);
-}
+float opacityOf(const QuadPaint& paint) { return bounded(paint.opacity) * bounded(paint.tint[3]); }
 
 // What opacity does to the colours that the blend function gets.
 enum class SentColours { Straight, Faded, Multiplied };
