@@ -7,6 +7,7 @@
 #include "platform/crypto/Cipher.h"
 #include "platform/image/ImageWriter.h"
 #include "tests/program/ProgramTest.h"
+#include "tween/Ease.h"
 
 namespace multiscene::test {
 
@@ -467,6 +468,7 @@ std::function<void(SmallTemplate&)> soundAt(int start) {
 
 /// Faults that once were drawn wrongly without a word.
 std::vector<Fault> silentFaults() {
+    const auto firstFreeEase = static_cast<int64_t>(easeTable().size());
     return {
         {"MaskThatNobodyDraws", "object3D[1].MaskInfo.textureMapKey", "\"card\"",
          mask({{"textureType", "RTTTexture"}, {"textureMapKey", "card"}})},
@@ -498,8 +500,8 @@ std::vector<Fault> silentFaults() {
          }},
         {"NoSuchEase", "object3D[1].TransformArray[0].translateEase", "no ease 99",
          nodeWith("TransformArray", Value::Array{frames(0, 3).with("translateEase", 99)})},
-        {"NoSuchEaseOfAKey", "object3D[1].AnimationInfo[0].ease", "no ease 31",
-         nodeWith("AnimationInfo", Value::Array{frames(0, 3).with("ease", 31)})},
+        {"NoSuchEaseOfAKey", "object3D[1].AnimationInfo[0].ease", "no ease " + std::to_string(firstFreeEase),
+         nodeWith("AnimationInfo", Value::Array{frames(0, 3).with("ease", firstFreeEase)})},
         {"NoSuchEaseOfAMotion", "object3D[1].MutableTransformArray[0].iTranslate", "no ease 29999",
          nodeWith("MutableTransformArray", Value::Array{overlapping().with("iTranslate", 29999)})},
         {"NoSuchEaseOfTheCamera", "Camera.LookAtAnimation[0].moveTargetPointEase", "no ease 40",
