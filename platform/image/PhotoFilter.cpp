@@ -1,33 +1,19 @@
 #include "platform/image/PhotoFilter.h"
 
-#include <cairo.h>
-
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <memory>
 #include <string_view>
 #include <utility>
+
+#include "platform/image/Cairo.h"
 
 namespace platform {
 
 namespace {
 
-using Surface = std::unique_ptr<cairo_surface_t, void (*)(cairo_surface_t*)>;
-using Pen = std::unique_ptr<cairo_t, void (*)(cairo_t*)>;
-
-/// Cairo draws straight into the bitmap's memory. It takes the four bytes for blue, green, red, alpha: all
-/// blending treats the colours alike, so only the colours that we name ourselves have to be swapped.
-Surface surfaceOver(const Bitmap& bitmap) {
-    return {cairo_image_surface_create_for_data(const_cast<uint8_t*>(bitmap.rgba.data()), CAIRO_FORMAT_ARGB32,
-                                                bitmap.width, bitmap.height, bitmap.stride()),
-            cairo_surface_destroy};
-}
-
-Pen penOn(const Surface& surface) { return {cairo_create(surface.get()), cairo_destroy}; }
-
 void paintPicture(cairo_t* pen, const Bitmap& picture) {
-    const Surface surface = surfaceOver(picture);
+    const CairoSurface surface = surfaceOver(picture);
     cairo_set_source_surface(pen, surface.get(), 0, 0);
     cairo_paint(pen);
     // The source would outlive the surface's memory.
@@ -95,8 +81,8 @@ constexpr FilterType filterTypes[] = {
 Bitmap drawPhotoFilter(const PhotoFilter& filter, const Bitmap& photo, const Bitmap* overlay) {
     Bitmap canvas(photo.width, photo.height);
     if (canvas.isEmpty()) return canvas;
-    const Surface surface = surfaceOver(canvas);
-    const Pen pen = penOn(surface);
+    const CairoSurface surface = surfaceOver(canvas);
+    const CairoPen pen = penOn(surface);
     for (const FilterType& type : filterTypes)
         if (type.name == filter.type) type.draw(pen.get(), filter, photo, overlay);
     cairo_surface_flush(surface.get());

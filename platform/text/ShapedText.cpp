@@ -5,16 +5,13 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/image/Cairo.h"
 #include "platform/text/ColorGlyphs.h"
 #include "platform/text/TextLayout.h"
 
 namespace platform {
 
 namespace {
-
-using Surface = std::unique_ptr<cairo_surface_t, void (*)(cairo_surface_t*)>;
-using Pen = std::unique_ptr<cairo_t, void (*)(cairo_t*)>;
-using Path = std::unique_ptr<cairo_path_t, void (*)(cairo_path_t*)>;
 
 /// Pixels around each picture: filtering must not meet its neighbour.
 constexpr int border = 2;
@@ -147,14 +144,13 @@ bool ShapedText::isColored(size_t glyph) const { return glyphs_[glyph].isColored
 
 std::vector<OutlineContour> ShapedText::outline(size_t glyph) const {
     if (isColored(glyph)) return {};
-    const Surface surface(cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr),
-                          cairo_surface_destroy);
-    const Pen pen(cairo_create(surface.get()), cairo_destroy);
+    const CairoSurface surface(cairo_recording_surface_create(CAIRO_CONTENT_ALPHA, nullptr));
+    const CairoPen pen = penOn(surface);
     const TextRect rect = ink(glyph);
     const double size = std::max({1.0, rect.width / em, rect.height / em});
     cairo_set_tolerance(pen.get(), curveTolerance * size);
     glyphs_[glyph].addOutline(pen.get(), 0, 0);
-    const Path path(cairo_copy_path_flat(pen.get()), cairo_path_destroy);
+    const CairoPath path(cairo_copy_path_flat(pen.get()));
     std::vector<OutlineContour> contours = readContours(*path);
     turnToTheLeft(contours);
     return contours;
@@ -191,10 +187,8 @@ GlyphPicture ShapedText::picture(std::span<const GlyphPlacement> letters, double
                                 int(std::min<double>(top - bottom, GlyphPicture::largestSide))),
                          left, top};
     Bitmap& bitmap = picture.bitmap;
-    const Surface surface(cairo_image_surface_create_for_data(bitmap.rgba.data(), CAIRO_FORMAT_ARGB32,
-                                                              bitmap.width, bitmap.height, bitmap.stride()),
-                          cairo_surface_destroy);
-    const Pen pen(cairo_create(surface.get()), cairo_destroy);
+    const CairoSurface surface = surfaceOver(bitmap);
+    const CairoPen pen = penOn(surface);
     cairo_translate(pen.get(), -left, top);
     cairo_scale(pen.get(), scale, scale);
     cairo_set_source_rgb(pen.get(), 1, 1, 1);

@@ -4,9 +4,9 @@
 
 #include <algorithm>
 #include <cmath>
-#include <memory>
 #include <utility>
 
+#include "platform/image/Cairo.h"
 #include "platform/text/Blur.h"
 #include "platform/text/ColorGlyphs.h"
 #include "platform/text/TextLayout.h"
@@ -14,9 +14,6 @@
 namespace platform {
 
 namespace {
-
-using Surface = std::unique_ptr<cairo_surface_t, void (*)(cairo_surface_t*)>;
-using Pen = std::unique_ptr<cairo_t, void (*)(cairo_t*)>;
 
 struct Point {
     double x, y;
@@ -208,22 +205,23 @@ void TextPainter::drawText(cairo_t* pen) const {
     cairo_restore(pen);
 }
 
-Surface makeMask(int width, int height) {
-    return {cairo_image_surface_create(CAIRO_FORMAT_A8, width, height), cairo_surface_destroy};
+CairoSurface makeMask(int width, int height) {
+    return CairoSurface(cairo_image_surface_create(CAIRO_FORMAT_A8, width, height));
 }
 
-Pen penOn(const Surface& surface, double scale) {
-    Pen pen(cairo_create(surface.get()), cairo_destroy);
+CairoPen penOn(const CairoSurface& surface, double scale) {
+    CairoPen pen = penOn(surface);
     cairo_scale(pen.get(), scale, scale);
     return pen;
 }
 
 /// The text's shape, moved and blurred, in the shadow's colour.
-void drawShadow(const TextPainter& painter, const TextShadow& shadow, const Surface& target, double scale) {
+void drawShadow(const TextPainter& painter, const TextShadow& shadow, const CairoSurface& target,
+                double scale) {
     const int width = cairo_image_surface_get_width(target.get());
     const int height = cairo_image_surface_get_height(target.get());
-    const Surface mask = makeMask(width, height);
-    const Pen maskPen = penOn(mask, scale);
+    const CairoSurface mask = makeMask(width, height);
+    const CairoPen maskPen = penOn(mask, scale);
     cairo_translate(maskPen.get(), shadow.offsetX, shadow.offsetY);
     painter.drawText(maskPen.get());
     cairo_surface_flush(mask.get());
@@ -231,7 +229,7 @@ void drawShadow(const TextPainter& painter, const TextShadow& shadow, const Surf
                 cairo_image_surface_get_stride(mask.get()),
                 std::min(shadow.blurRadius, TextLimits::blurRadius) * scale);
     cairo_surface_mark_dirty(mask.get());
-    const Pen pen = penOn(target, 1);
+    const CairoPen pen = penOn(target);
     setColor(pen.get(), shadow.color);
     cairo_mask_surface(pen.get(), mask.get(), 0, 0);
 }
@@ -248,11 +246,8 @@ Bitmap drawText(const TextTextureDescription& description, int bitmapWidth, int 
     if (bitmap.isEmpty() || !(boxScale > 0) || !std::isfinite(boxScale)) return bitmap;
     const TextPainter painter(description);
     {
-        const Surface surface(
-            cairo_image_surface_create_for_data(bitmap.rgba.data(), CAIRO_FORMAT_ARGB32, bitmap.width,
-                                                bitmap.height, bitmap.stride()),
-            cairo_surface_destroy);
-        const Pen pen = penOn(surface, boxScale);
+        const CairoSurface surface = surfaceOver(bitmap);
+        const CairoPen pen = penOn(surface, boxScale);
         painter.drawBackground(pen.get());
         if (description.shadow) drawShadow(painter, *description.shadow, surface, boxScale);
         painter.drawText(pen.get());
