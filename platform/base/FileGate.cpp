@@ -6,6 +6,8 @@
 #include <algorithm>
 #include <cerrno>
 
+#include "platform/base/Activity.h"
+
 namespace platform {
 
 namespace fs = std::filesystem;
@@ -76,6 +78,10 @@ FileGate::Opened FileGate::open(const fs::path& file) {
     Verdict verdict = Verdict::Allowed;
     if (!handle) {
         verdict = verdictOfErrno(errno, file);
+        // A process that is shut in cannot open what lies outside at all.
+        std::error_code failure;
+        const fs::path real = fs::canonical(file, failure);
+        if (verdict == Verdict::Unreadable && !failure && !isAllowed(real)) verdict = Verdict::Outside;
     } else {
         struct stat info {};
         if (!isAllowed(realPathOf(handle)))
@@ -83,7 +89,11 @@ FileGate::Opened FileGate::open(const fs::path& file) {
         else if (::fstat(handle.descriptor(), &info) != 0 || !S_ISREG(info.st_mode))
             verdict = Verdict::NotRegular;
     }
-    if (verdict == Verdict::Allowed) return {verdict, std::move(handle)};
+    if (verdict == Verdict::Allowed) {
+        activity::reading(file.string(),
+                          isInput(realPathOf(handle)) ? ErrorKind::Input : ErrorKind::Template);
+        return {verdict, std::move(handle)};
+    }
     if (verdict != Verdict::Missing) remember(file.string(), verdict);
     return {verdict, FileHandle()};
 }
@@ -91,6 +101,11 @@ FileGate::Opened FileGate::open(const fs::path& file) {
 std::vector<FileGate::Refusal> FileGate::refusals() const {
     const std::lock_guard lock(mutex_);
     return refusals_;
+}
+
+bool FileGate::isInput(const fs::path& realPath) const {
+    const std::lock_guard lock(mutex_);
+    return std::find(files_.begin(), files_.end(), realPath) != files_.end();
 }
 
 bool FileGate::isAllowed(const fs::path& realPath) const {

@@ -47,6 +47,7 @@ class FileGate {
     std::vector<Refusal> refusals() const;
 
   private:
+    bool isInput(const std::filesystem::path& realPath) const;
     bool isAllowed(const std::filesystem::path& realPath) const;
     void remember(const std::string& path, Verdict verdict);
 

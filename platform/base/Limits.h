@@ -6,15 +6,30 @@
 
 namespace platform {
 
-/// How much a template, and a user's photo, may ask for. Far above what any needs, and low enough that what
-/// is within them ends in time and fits into memory.
+/// How much a template, and a user's photo, may ask for, and what a job may take. Far above what any needs,
+/// and low enough that what is within them ends in time and fits into memory.
 struct Limits {
     static constexpr uint64_t maxRecords = 1000;
     static constexpr uint64_t maxGroupScenes = 1000;
     static constexpr uint64_t maxSceneNodes = 20'000;
     static constexpr uint64_t maxSceneFiles = 2000;
     static constexpr uint64_t maxShaderBytes = uint64_t(64) << 10;
+    static constexpr uint64_t maxShaderWords = 16'384;
+    static constexpr uint64_t maxShaderStatementWords = 1024;
+    static constexpr uint64_t maxShaderInlinedWords = 65'536;
+    static constexpr uint64_t maxShaderArray = 1024;
+    static constexpr uint64_t maxShaderWork = 2'000'000;
     static constexpr uint64_t maxPictureBytes = uint64_t(256) << 20;
+
+    // What the process that does a job may take. They can be changed (platform/fence/WorkerLimits.h).
+    static constexpr uint64_t maxJobMemory = uint64_t(4) << 30;
+    static constexpr uint64_t maxJobCpuSeconds = 48 * 3600;
+    static constexpr uint64_t maxJobSeconds = 24 * 3600;
+    static constexpr uint64_t maxStepCpuSeconds = 120;
+    static constexpr uint64_t maxStepSeconds = 300;
+    static constexpr uint64_t maxJobFileBytes = uint64_t(16) << 30;
+    static constexpr uint64_t maxJobOpenFiles = 1024;
+    static constexpr uint64_t maxJobThreads = 1024;
 };
 
 /// One limit as a user reads it.

@@ -27,7 +27,10 @@ std::atomic<LastWords> lastWords = nullptr;
 std::atomic<void*> putAside = nullptr;
 std::terminate_handler usualTermination = nullptr;
 
+std::atomic<bool> isSilent = false;
+
 void sayPlainly() {
+    if (isSilent) return;
     constexpr std::string_view line = "multiscene: out of memory\n";
     const ssize_t ignored = ::write(STDERR_FILENO, line.data(), line.size());
     static_cast<void>(ignored);
@@ -68,7 +71,8 @@ void hearCrash(int number, siginfo_t* info, void*) {
         ::_exit(static_cast<int>(ErrorKind::Transient));
     }
     std::signal(number, SIG_DFL);
-    if (number == SIGABRT) std::raise(number);
+    // Nothing repeats a crash that was no access of memory, or that somebody else has sent.
+    if (number == SIGABRT || info->si_code <= 0) std::raise(number);
 }
 
 void hearCrashes() {
@@ -97,6 +101,11 @@ bool memoryIsShort() {
     if (memory == MAP_FAILED) return true;
     ::munmap(memory, kEnough);
     return false;
+}
+
+void leaveLastWordsToOthers() {
+    isSilent = true;
+    lastWords = nullptr;
 }
 
 void endOrderlyWithoutMemory(LastWords say) {

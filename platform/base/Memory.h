@@ -16,4 +16,7 @@ using LastWords = void (*)();
 /// standard error has to do.
 void endOrderlyWithoutMemory(LastWords say);
 
+/// From now on such an end is silent: another process sees the exit code and tells it.
+void leaveLastWordsToOthers();
+
 }  // namespace platform

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <thread>
 
+#include "platform/base/Activity.h"
 #include "platform/media/BoundedQueue.h"
 #include "platform/media/H264Encoder.h"
 #include "platform/media/ThreadCpu.h"
@@ -179,6 +180,7 @@ bool VideoWriter::waitUntilReady() { return implementation_->queue.waitForRoom()
 void VideoWriter::wakeWaiters() { implementation_->queue.wakeWaiters(); }
 
 bool VideoWriter::append(PixelBufferPool::Pointer picture, int64_t presentationTime) {
+    activity::sign();
     return implementation_->queue.push({std::move(picture), presentationTime});
 }
 

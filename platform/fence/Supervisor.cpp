@@ -1,0 +1,212 @@
+#include "platform/fence/Supervisor.h"
+
+#include <poll.h>
+#include <sys/signalfd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+
+#include "platform/base/Clock.h"
+
+namespace platform {
+
+namespace {
+
+constexpr double kGrace = 0.3;     // seconds between asking and killing
+constexpr double kLooking = 0.05;  // seconds between looks at the limits
+constexpr int kNap = 50;           // milliseconds
+
+/// A pipe that can be written takes at least a page at once. A broken one is writable too.
+bool isWritable(int descriptor) {
+    pollfd output{descriptor, POLLOUT, 0};
+    return ::poll(&output, 1, 0) != 0;
+}
+
+bool mayWrite() { return isWritable(STDOUT_FILENO) && isWritable(STDERR_FILENO); }
+
+/// What a terminal would take for a command becomes a question mark.
+void makeHarmless(std::string& text) {
+    for (char& letter : text) {
+        const auto code = static_cast<unsigned char>(letter);
+        if ((code < 0x20 && letter != '\n' && letter != '\t') || code == 0x7f) letter = '?';
+    }
+}
+
+ErrorKind blameOf(int64_t code) {
+    if (code == static_cast<int64_t>(ErrorKind::Template)) return ErrorKind::Template;
+    return code == static_cast<int64_t>(ErrorKind::Input) ? ErrorKind::Input : ErrorKind::Failed;
+}
+
+}  // namespace
+
+Supervisor::Supervisor(Worker& worker, const WorkerLimits& limits, int signals, Listener listener)
+    : worker_(worker), watch_(worker.process(), limits), signals_(signals), listener_(std::move(listener)) {}
+
+int Supervisor::run() {
+    while (!worker_.ended()) {
+        wait();
+        readSignals();
+        if (mayWrite()) {
+            passErrorsOn();
+            hear();
+        }
+        watchLimits();
+        if (isCancelled_ && !isKilled_ && monotonicSeconds() >= killAt_) {
+            isKilled_ = true;
+            worker_.signal(SIGKILL);
+        }
+    }
+    drain();
+    return outcome(*worker_.ended());
+}
+
+/// While nobody reads what the program writes, nothing more is taken from the worker.
+void Supervisor::wait() {
+    const bool listens = mayWrite();
+    const auto input = [](int descriptor, bool wanted) {
+        return pollfd{wanted ? descriptor : -1, POLLIN, 0};
+    };
+    const auto output = [](int descriptor) {
+        return pollfd{isWritable(descriptor) ? -1 : descriptor, POLLOUT, 0};
+    };
+    pollfd waiting[] = {input(worker_.channel().descriptor(), listens && !worker_.channel().isClosed()),
+                        input(worker_.errors(), listens && hasErrors_),
+                        input(signals_, true),
+                        input(worker_.endDescriptor(), !worker_.ended()),
+                        output(STDOUT_FILENO),
+                        output(STDERR_FILENO)};
+    ::poll(waiting, std::size(waiting), kNap);
+}
+
+void Supervisor::hear() {
+    constexpr int most = 64;  // then signals and limits have their turn
+    try {
+        for (int count = 0; count < most && mayWrite(); ++count) {
+            auto message = worker_.channel().receive();
+            if (!message) return;
+            take(*message);
+        }
+    } catch (const Error&) {
+        end(WorkerFault::Nonsense);
+    }
+}
+
+void Supervisor::take(Message& message) {
+    switch (message.kind) {
+        case Message::Kind::Sign:
+            return takeSign(message);
+        case Message::Kind::Failure:
+            told_ = message.error();
+            return;
+        case Message::Kind::Done:
+            code_ = static_cast<int>(message.integer(0));
+            return;
+        case Message::Kind::Progress:
+            takeProgress(message.integer(0), message.integer(1));
+            break;
+        default:
+            break;
+    }
+    listener_(message);
+}
+
+void Supervisor::takeSign(const Message& sign) {
+    watch_.sign();
+    const std::string &stage = sign.field(0), &file = sign.field(1);
+    if (!stage.empty()) activity_ = {stage, "", blameOf(sign.integer(2))};
+    if (file.empty()) return;
+    activity_.file = file;
+    activity_.blame = blameOf(sign.integer(2));
+}
+
+/// What takes long between two frames are the template's shaders, or files that are opened meanwhile.
+void Supervisor::takeProgress(int64_t frames, int64_t total) {
+    if (frames <= frames_) return;
+    frames_ = frames;
+    watch_.sign();
+    const bool isDrawn = total > 0 && frames >= total;
+    activity_ = {isDrawn ? "finishing" : "drawing frame " + std::to_string(frames), "", ErrorKind::Template};
+}
+
+void Supervisor::passErrorsOn() {
+    char buffer[4096];
+    const ssize_t size = ::read(worker_.errors(), buffer, sizeof buffer);
+    if (size > 0) {
+        std::string text(buffer, static_cast<size_t>(size));
+        makeHarmless(text);
+        std::fwrite(text.data(), 1, text.size(), stderr);
+    } else if (size == 0 || errno != EAGAIN) {
+        hasErrors_ = false;
+    }
+}
+
+void Supervisor::readSignals() {
+    signalfd_siginfo signal{};
+    pollfd waiting{signals_, POLLIN, 0};
+    while (::poll(&waiting, 1, 0) > 0 && ::read(signals_, &signal, sizeof signal) == sizeof signal)
+        signal.ssi_signo == SIGTSTP ? pause() : cancel();
+}
+
+void Supervisor::cancel() {
+    if (isCommitted_) return;
+    if (!isCancelled_) {
+        isCancelled_ = true;
+        killAt_ = monotonicSeconds() + kGrace;
+        worker_.signal(SIGTERM);
+    } else {
+        killAt_ = 0;
+    }
+}
+
+/// The terminal's Ctrl-Z reaches the supervisor alone.
+void Supervisor::pause() {
+    worker_.signal(SIGSTOP);
+    std::raise(SIGSTOP);
+    worker_.signal(SIGCONT);
+    watch_.sign();
+}
+
+void Supervisor::watchLimits() {
+    const double now = monotonicSeconds();
+    if (fault_ != WorkerFault::None || now < lookAt_) return;
+    lookAt_ = now + kLooking;
+    const WorkerWatch::Finding finding = watch_.look();
+    if (finding.fault == WorkerFault::None) return;
+    // A worker that waits for the reader of its output is not at fault.
+    if (finding.fault == WorkerFault::StepTime && !mayWrite()) return watch_.sign();
+    end(finding.fault, finding.limit);
+}
+
+void Supervisor::end(WorkerFault fault, uint64_t limit) {
+    if (fault_ != WorkerFault::None) return;
+    fault_ = fault;
+    limit_ = limit;
+    worker_.signal(SIGKILL);
+}
+
+/// What the worker has said before its end, as far as somebody reads it.
+void Supervisor::drain() {
+    while (!worker_.channel().isClosed() && fault_ != WorkerFault::Nonsense) {
+        readSignals();
+        if (isCancelled_ && !mayWrite()) return;
+        if (mayWrite())
+            hear();
+        else
+            wait();
+    }
+    while (hasErrors_ && mayWrite()) passErrorsOn();
+}
+
+int Supervisor::outcome(int status) {
+    if (activity_.file.empty()) activity_.file = source_;
+    if (isCancelled_ && !isCommitted_) throw Error(ErrorKind::Cancelled, "cancelled");
+    if (fault_ != WorkerFault::None) throw errorOfWorkerEnd(status, fault_, limit_, activity_);
+    if (told_) throw Error(*told_);
+    if (code_) return *code_;
+    throw errorOfWorkerEnd(status, WorkerFault::None, 0, activity_);
+}
+
+}  // namespace platform

@@ -1,0 +1,38 @@
+// How much a worker may take.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/base/Limits.h"
+
+namespace platform {
+
+/// Defaults are those of Limits. A user changes them by their names in its table.
+///
+/// Memory is what is resident and private, looked at several times a second by the supervisor. A limit of the
+/// address space is of no use: graphics drivers and sanitizers reserve many times what they touch. What can
+/// be written, touched or not, has a limit in the kernel of twice as much, so that one large request fails at
+/// once. The number of a user's processes is no limit for one of them; the sandbox lets a worker start none,
+/// and its threads are counted.
+struct WorkerLimits {
+    uint64_t memoryBytes = Limits::maxJobMemory;
+    uint64_t cpuSeconds = Limits::maxJobCpuSeconds, wallSeconds = Limits::maxJobSeconds;
+    /// Between two signs of life: a file that is opened, a frame that is done.
+    uint64_t stepCpuSeconds = Limits::maxStepCpuSeconds, stepSeconds = Limits::maxStepSeconds;
+    uint64_t fileBytes = Limits::maxJobFileBytes;
+    uint64_t openFiles = Limits::maxJobOpenFiles;
+    uint64_t threads = Limits::maxJobThreads;
+
+    /// "maxJobMemory=8589934592". Throws Error(Usage) for an unknown name or a value that is no number.
+    void set(const std::string& nameAndValue);
+
+    /// What the kernel watches, for the calling process, from now on. Limits that are lower already stay. No
+    /// core is dumped.
+    void apply() const;
+};
+
+/// Whether the program is built with a sanitizer, which maps memory and uses system calls as no program does.
+bool isSanitized();
+
+}  // namespace platform

@@ -1,0 +1,75 @@
+#include "platform/fence/WorkerWatch.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <charconv>
+#include <ctime>
+#include <string_view>
+
+#include "platform/base/Clock.h"
+#include "platform/base/File.h"
+
+namespace platform {
+
+namespace {
+
+/// The number behind a name in /proc/PID/status; 0 when there is none.
+uint64_t valueOf(std::string_view status, std::string_view name) {
+    const size_t at = status.find(name);
+    if (at == std::string_view::npos) return 0;
+    const size_t digits = status.find_first_of("0123456789", at + name.size());
+    uint64_t value = 0;
+    if (digits != std::string_view::npos)
+        std::from_chars(status.data() + digits, status.data() + status.size(), value);
+    return value;
+}
+
+bool isBeyond(double value, uint64_t limit) { return value > static_cast<double>(limit); }
+
+}  // namespace
+
+WorkerWatch::WorkerWatch(pid_t process, const WorkerLimits& limits)
+    : process_(process), limits_(limits), start_(monotonicSeconds()), stepStart_(start_) {}
+
+void WorkerWatch::sign() {
+    stepStart_ = monotonicSeconds();
+    stepCpu_ = cpuSeconds();
+}
+
+double WorkerWatch::cpuSeconds() const {
+    clockid_t clock{};
+    timespec time{};
+    if (::clock_getcpuclockid(process_, &clock) != 0 || ::clock_gettime(clock, &time) != 0) return stepCpu_;
+    return static_cast<double>(time.tv_sec) + static_cast<double>(time.tv_nsec) / 1e9;
+}
+
+void WorkerWatch::readStatus() {
+    const std::string name = "/proc/" + std::to_string(process_) + "/status";
+    const FileHandle file(::open(name.c_str(), O_RDONLY | O_CLOEXEC));
+    char text[4096];
+    const ssize_t size = file ? ::read(file.descriptor(), text, sizeof text) : 0;
+    if (size <= 0) return;
+    const std::string_view status(text, static_cast<size_t>(size));
+    constexpr uint64_t kilo = 1024;
+    bytes_ = kilo *
+             (valueOf(status, "\nRssAnon:") + valueOf(status, "\nRssShmem:") + valueOf(status, "\nVmSwap:"));
+    peakBytes_ = std::max(peakBytes_, bytes_);
+    threads_ = valueOf(status, "\nThreads:");
+}
+
+WorkerWatch::Finding WorkerWatch::look() {
+    readStatus();
+    const double now = monotonicSeconds(), cpu = cpuSeconds();
+    if (bytes_ > limits_.memoryBytes && !isSanitized()) return {WorkerFault::Memory, limits_.memoryBytes};
+    if (isBeyond(cpu, limits_.cpuSeconds)) return {WorkerFault::Cpu, limits_.cpuSeconds};
+    if (isBeyond(cpu - stepCpu_, limits_.stepCpuSeconds))
+        return {WorkerFault::StepCpu, limits_.stepCpuSeconds};
+    if (isBeyond(now - start_, limits_.wallSeconds)) return {WorkerFault::Time, limits_.wallSeconds};
+    if (isBeyond(now - stepStart_, limits_.stepSeconds)) return {WorkerFault::StepTime, limits_.stepSeconds};
+    if (threads_ > limits_.threads) return {WorkerFault::Threads, limits_.threads};
+    return {};
+}
+
+}  // namespace platform

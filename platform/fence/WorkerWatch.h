@@ -1,0 +1,39 @@
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdint>
+
+#include "platform/fence/WorkerEnd.h"
+#include "platform/fence/WorkerLimits.h"
+
+namespace platform {
+
+/// Looks at what a worker takes. Supervisor's thread.
+class WorkerWatch {
+  public:
+    struct Finding {
+        WorkerFault fault = WorkerFault::None;
+        uint64_t limit = 0;
+    };
+
+    WorkerWatch(pid_t process, const WorkerLimits& limits);
+
+    /// The worker has got on: the time for one step begins anew.
+    void sign();
+    /// The first limit that the worker is beyond. Cheap enough for twenty times a second.
+    Finding look();
+    /// Bytes: the most private resident memory that was seen.
+    uint64_t peakBytes() const { return peakBytes_; }
+
+  private:
+    void readStatus();
+    double cpuSeconds() const;
+
+    pid_t process_;
+    WorkerLimits limits_;
+    double start_, stepStart_, stepCpu_ = 0;
+    uint64_t bytes_ = 0, peakBytes_ = 0, threads_ = 0;
+};
+
+}  // namespace platform
