@@ -8,6 +8,7 @@
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
 #include "platform/base/Utf8.h"
+#include "platform/gl/ShaderCost.h"
 
 namespace multiscene {
 
@@ -57,8 +58,13 @@ std::optional<std::string> readShaderText(const std::string& file, std::string& 
     try {
         const std::vector<uint8_t> bytes = readShaderFile(file);
         std::string text(bytes.begin(), bytes.end());
-        if (platform::firstInvalidUtf8(text) == std::string::npos) return text;
-        problem = "is not UTF-8 text";
+        if (platform::firstInvalidUtf8(text) != std::string::npos)
+            problem = "is not UTF-8 text";
+        else if (!isOwnShaderFile(file))
+            problem = platform::shaderTextProblem(text);
+        else
+            problem.clear();
+        if (problem.empty()) return text;
     } catch (const platform::Error& error) {
         problem = skippedFor(error, file);
     }

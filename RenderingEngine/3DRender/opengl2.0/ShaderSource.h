@@ -20,7 +20,8 @@ bool isOwnShaderFile(const std::string& file);
 /// The dictionary of a description file, or none with the reason in `problem`.
 platform::Value readShaderDescription(const std::string& file, std::string& problem);
 
-/// A source text, or none with the reason in `problem`: missing, refused by the fence, too long, not UTF-8.
+/// A source text, or none with the reason in `problem`: missing, refused by the fence, too long, not
+/// UTF-8, more than a compiler or a pixel should have to do.
 std::optional<std::string> readShaderText(const std::string& file, std::string& problem);
 
 }  // namespace multiscene
