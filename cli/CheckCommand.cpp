@@ -6,6 +6,8 @@
 #include "app/Job/Playable.h"
 #include "app/data/QVDataManager.h"
 #include "cli/Commands.h"
+#include "cli/FencedCommand.h"
+#include "cli/SourceReach.h"
 
 namespace multiscene::cli {
 
@@ -16,7 +18,7 @@ namespace {
 
 constexpr int kFound = static_cast<int>(ErrorKind::Template);
 
-class CheckCommand : public Command {
+class CheckCommand : public FencedCommand {
   public:
     void declare(Arguments& arguments) override {
         arguments.word("PATH", "A template's folder or zip, a scene file or a scene-group file",
@@ -25,8 +27,15 @@ class CheckCommand : public Command {
         arguments.example("multiscene check templates/minimal");
     }
 
-    int run(Console& console, std::stop_token) override {
+  protected:
+    bool needsFolder() const override { return !isReadWhereItLies(path_); }
+
+    Errand prepare(const std::filesystem::path&) override {
         if (!std::filesystem::exists(path_)) throw Error(ErrorKind::Template, "does not exist", path_);
+        return errandOf(path_);
+    }
+
+    int work(Console& console, std::stop_token, const std::function<void()>&) override {
         const Findings findings = findingsOf(path_);
         for (const Finding& finding : findings) console.finding(finding);
         printTotal(console, findings);
@@ -34,11 +43,16 @@ class CheckCommand : public Command {
     }
 
   private:
+    static bool isReadWhereItLies(const std::filesystem::path& path) {
+        std::error_code failure;
+        return std::filesystem::is_directory(path, failure) || path.extension() == ".plist" ||
+               !std::filesystem::exists(path, failure);
+    }
+
     /// A zip is judged as the folder in it.
     static Findings findingsOf(const std::filesystem::path& path) {
         SceneCatalogue* catalogue = QVDataManager::sharedDataManager().get();
-        if (std::filesystem::is_directory(path) || path.extension() == ".plist")
-            return checkPath(path, catalogue);
+        if (isReadWhereItLies(path)) return checkPath(path, catalogue);
         const JobFolder job;
         return checkPath(unpackTemplate(path, job), catalogue);
     }

@@ -7,6 +7,7 @@
 
 #include "cli/Arguments.h"
 #include "cli/Console.h"
+#include "cli/JobSettings.h"
 
 namespace multiscene::cli {
 
@@ -16,8 +17,13 @@ class Command {
   public:
     virtual ~Command() = default;
     virtual void declare(Arguments& arguments) = 0;
-    /// Returns the exit code. `stop` is requested by Ctrl-C and SIGTERM.
-    virtual int run(Console& console, std::stop_token stop) = 0;
+    /// Runs the command and returns the exit code. Called while the program has one thread.
+    virtual int execute(Console& console, const JobSettings& settings);
+
+  protected:
+    /// What execute() does unless it is overridden. Returns the exit code; `stop` is requested by Ctrl-C and
+    /// SIGTERM.
+    virtual int run(Console&, std::stop_token) { return 0; }
 };
 
 struct CommandEntry {

@@ -113,7 +113,7 @@ std::string limitsText(bool isJson) {
                                                                {"meaning", row.meaning}}) +
                 "\n";
     }
-    return isJson ? text : "What a template and its archive may hold:\n" + table.text();
+    return isJson ? text : "What a template and its archive may hold, and a job may take:\n" + table.text();
 }
 
 /// Parser and commands, alive while the words are parsed.
@@ -132,8 +132,20 @@ struct Parser {
             ->type_name("DIR");
         app.add_flag("-v,--verbose", result.isVerbose, "Say more on standard error");
         app.add_flag("--json", result.isJson, "Progress and result as JSON lines on standard output");
+        app.add_option_function<std::vector<std::string>>(
+               "--limit",
+               [this](const std::vector<std::string>& all) {
+                   for (const std::string& each : all) result.settings.limits.set(each);
+               },
+               "Change what a job may take: maxJobMemory=8589934592; --limits lists them")
+            ->type_name("NAME=N")
+            ->type_size(1)
+            ->allow_extra_args(false);
         app.add_flag_callback(
-            "--limits", [] { throw LimitsCall(); }, "Show the limits for templates and their archives");
+            "--no-fence", [this] { result.settings.isFenced = false; },
+            "Do the work in the program itself, where nothing stops it: for debuggers");
+        app.add_flag_callback(
+            "--limits", [] { throw LimitsCall(); }, "Show the limits for templates, their archives and jobs");
         for (const CommandEntry& entry : commands()) add(entry);
     }
 

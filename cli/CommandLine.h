@@ -13,6 +13,7 @@ struct CommandLine {
     std::optional<std::filesystem::path> home;
     bool isVerbose = false;
     bool isJson = false;
+    JobSettings settings;
     std::unique_ptr<Command> command;  ///< null: `text` answers the call
     std::string text;                  ///< help or version
 };

@@ -27,6 +27,8 @@ constexpr std::array table{
                  makeTemplatePublishCommand},
     CommandEntry{"template encrypt-track", "Turn a plain corner-pin track into the stored form",
                  makeTemplateEncryptTrackCommand},
+    CommandEntry{"selftest", "Say what keeps jobs from harming this machine, and try to break out",
+                 makeSelftestCommand},
     CommandEntry{"scene-format", "Print the reference of templates and scenes, docs/scene-format.md",
                  makeSceneFormatCommand},
 };

@@ -11,6 +11,7 @@ std::unique_ptr<Command> makeFramesCommand();
 std::unique_ptr<Command> makeTraceCommand();
 std::unique_ptr<Command> makeCheckCommand();
 std::unique_ptr<Command> makeSceneFormatCommand();
+std::unique_ptr<Command> makeSelftestCommand();
 std::unique_ptr<Command> makeTemplatesUpdateCommand();
 std::unique_ptr<Command> makeTemplatesListCommand();
 std::unique_ptr<Command> makeTemplatesShowCommand();

@@ -18,11 +18,14 @@ class Console : public JobObserver {
 
     /// Keeps standard output for the command's own lines: progress is not shown, notes go to standard error.
     void reserveOutput() { isReserved_ = true; }
+    bool isReserved() const { return isReserved_; }
     bool isJson() const { return isJson_; }
+    /// Before something else is written to the terminal.
+    void clearBar();
 
     /// The command's own lines on standard output. Any thread.
     void line(const std::string& text) { write(text + "\n"); }
-    void write(const std::string& text);
+    virtual void write(const std::string& text);
     /// {"event": name, …}, with --json only.
     void event(const std::string& name, platform::Value::Dictionary fields);
 
@@ -44,7 +47,6 @@ class Console : public JobObserver {
   private:
     void drawBar(double done, const std::string& text);
     void printProgress(const JobProgress& progress);
-    void clearBar();
     void printSummary(const JobSummary& summary);
 
     bool isJson_, isTerminal_, isReserved_ = false, hasBar_ = false;

@@ -1,12 +1,15 @@
 #include "app/Job/FramesJob.h"
+#include "app/Job/OutputFile.h"
 #include "cli/Commands.h"
+#include "cli/FencedCommand.h"
 #include "cli/RenderOptions.h"
+#include "cli/SourceReach.h"
 
 namespace multiscene::cli {
 
 namespace {
 
-class FramesCommand : public Command {
+class FramesCommand : public FencedCommand {
   public:
     void declare(Arguments& arguments) override {
         declareSource(arguments, request_, true);
@@ -24,13 +27,27 @@ class FramesCommand : public Command {
         arguments.example("multiscene frames templates/minimal --text text=Hello --at 0,45,89 -o pictures");
     }
 
-    int run(Console& console, std::stop_token stop) override {
-        console.jobDone(writeFrames(request_, console, std::move(stop)));
+  protected:
+    Errand prepare(const std::filesystem::path& folder) override {
+        const Errand errand = errandOf(request_);
+        output_ = outputFolder(request_.output);
+        request_.output = folder / "pictures";
+        return errand;
+    }
+
+    int work(Console& console, std::stop_token stop, const std::function<void()>& publish) override {
+        JobSummary summary = writeFrames(request_, console, std::move(stop));
+        publish();
+        summary.output = output_;
+        console.jobDone(summary);
         return 0;
     }
 
+    void publish() override { movePictures(request_.output, output_); }
+
   private:
     FramesRequest request_;
+    std::filesystem::path output_;
 };
 
 }  // namespace

@@ -1,12 +1,12 @@
-#include "app/Job/VideoJob.h"
 #include "cli/Commands.h"
 #include "cli/RenderOptions.h"
+#include "cli/VideoCommand.h"
 
 namespace multiscene::cli {
 
 namespace {
 
-class MakeCommand : public Command {
+class MakeCommand : public VideoCommand {
   public:
     void declare(Arguments& arguments) override {
         declareSource(arguments, request_, false);
@@ -20,14 +20,6 @@ class MakeCommand : public Command {
             "hello.mp4");
         arguments.example("multiscene make my-template.zip --media inputs.json --music none -o out.mp4");
     }
-
-    int run(Console& console, std::stop_token stop) override {
-        console.jobDone(makeVideo(request_, console, std::move(stop)));
-        return 0;
-    }
-
-  private:
-    VideoRequest request_;
 };
 
 }  // namespace

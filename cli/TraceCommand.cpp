@@ -1,12 +1,14 @@
 #include "app/Job/TraceJob.h"
 #include "cli/Commands.h"
+#include "cli/FencedCommand.h"
 #include "cli/RenderOptions.h"
+#include "cli/SourceReach.h"
 
 namespace multiscene::cli {
 
 namespace {
 
-class TraceCommand : public Command {
+class TraceCommand : public FencedCommand {
   public:
     void declare(Arguments& arguments) override {
         declareSource(arguments, request_, true);
@@ -19,7 +21,10 @@ class TraceCommand : public Command {
         arguments.example("multiscene trace templates/minimal --at 0,30");
     }
 
-    int run(Console& console, std::stop_token stop) override {
+  protected:
+    Errand prepare(const std::filesystem::path&) override { return errandOf(request_); }
+
+    int work(Console& console, std::stop_token stop, const std::function<void()>&) override {
         console.reserveOutput();
         const auto writeLine = [&console](const std::string& line) { console.line(line); };
         console.jobDone(traceFrames(request_, writeLine, console, std::move(stop)));

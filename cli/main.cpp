@@ -3,7 +3,6 @@
 #include <cstdlib>
 
 #include "cli/CommandLine.h"
-#include "cli/SignalWatch.h"
 #include "platform/base/CurrentError.h"
 #include "platform/base/Error.h"
 #include "platform/base/Log.h"
@@ -19,8 +18,7 @@ namespace {
 int runCommand(CommandLine& line, Console& console) {
     if (line.home) platform::setDataHome(*line.home);
     platform::log::setVerbose(line.isVerbose);
-    const SignalWatch signals;
-    return line.command->run(console, signals.stopToken());
+    return line.command->execute(console, line.settings);
 }
 
 int run(int count, const char* const* words, Console& console) {

@@ -8,6 +8,7 @@
 
 #include "app/Job/GroupRun.h"
 #include "app/Job/OutputFile.h"
+#include "platform/base/File.h"
 #include "platform/image/ImageWriter.h"
 #include "videoRenderCore/PictureSink.h"
 
@@ -66,34 +67,44 @@ class PictureFiles {
         written_.push_back(file);
     }
 
-    /// The pictures stay, and those of earlier jobs go; returns how many there are.
+    /// The pictures stay; returns how many there are.
     int64_t keep() {
-        removeOlder();
         const auto count = static_cast<int64_t>(written_.size());
         written_.clear();
         return count;
     }
 
   private:
-    /// A mixture of two jobs would look like one.
-    void removeOlder() const {
-        std::error_code failure;
-        const std::set<fs::path> own(written_.begin(), written_.end());
-        std::vector<fs::path> older;
-        for (const fs::directory_entry& entry : fs::directory_iterator(folder_, failure))
-            if (isPictureName(entry.path().filename().string()) && entry.is_regular_file(failure) &&
-                !own.contains(entry.path()))
-                older.push_back(entry.path());
-        for (const fs::path& file : older) fs::remove(file, failure);
-    }
-
     fs::path folder_;
     bool keepsAlpha_;
     std::vector<uint8_t> shown_;
     std::vector<fs::path> written_;
 };
 
+/// Regular files alone: what else lies there was not made by writeFrames().
+std::set<std::string> picturesIn(const fs::path& folder) {
+    std::error_code failure;
+    std::set<std::string> names;
+    for (auto entry = fs::directory_iterator(folder, failure); !failure && entry != fs::end(entry);
+         entry.increment(failure))
+        if (const std::string name = entry->path().filename().string();
+            isPictureName(name) && fs::is_regular_file(entry->symlink_status()))
+            names.insert(name);
+    return names;
+}
+
 }  // namespace
+
+void movePictures(const fs::path& from, const fs::path& to) {
+    std::set<std::string> older = picturesIn(to);
+    for (const std::string& name : picturesIn(from)) {
+        platform::moveFile(from / name, to / name);
+        older.erase(name);
+    }
+    // A mixture of two jobs would look like one.
+    std::error_code ignored;
+    for (const std::string& name : older) fs::remove(to / name, ignored);
+}
 
 JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std::stop_token stop) {
     const double start = platform::monotonicSeconds();

@@ -17,9 +17,13 @@ struct FramesRequest : RenderRequest {
 };
 
 /// Writes frames as PNG files "frame-000010.png", top row first: what the video shows, or, with alpha, what
-/// gives that over black. Frame N is the video's frame stamped (N + 1)/fps. A job that ends well takes the
-/// pictures of earlier jobs out of the folder, any other its own. Main thread; pumps the main queue. Throws
-/// platform::Error, Cancelled when a stop was requested.
+/// gives that over black. Frame N is the video's frame stamped (N + 1)/fps. A job that does not end well
+/// takes its pictures out of the folder. Main thread; pumps the main queue. Throws platform::Error, Cancelled
+/// when a stop was requested.
 JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std::stop_token stop);
+
+/// Moves the pictures that writeFrames() has left into another folder and takes those of earlier jobs out of
+/// it. Throws platform::Error.
+void movePictures(const std::filesystem::path& from, const std::filesystem::path& to);
 
 }  // namespace multiscene

@@ -36,6 +36,11 @@ LivingFolders& livingFolders() {
     return folders;
 }
 
+fs::path& nest() {
+    static fs::path folder;
+    return folder;
+}
+
 void removeTree(const fs::path& folder) {
     std::error_code ignored;
     fs::remove_all(folder, ignored);
@@ -73,6 +78,17 @@ void requireRoom(const fs::path& folder) {
 }  // namespace
 
 JobFolder::JobFolder() {
+    if (nest().empty()) {
+        make();
+    } else {
+        path_ = nest() / platform::uniqueIdentifier();
+        platform::makePrivateFolder(path_);
+    }
+    const std::lock_guard guard(livingFolders().mutex);
+    livingFolders().paths.insert(path_);
+}
+
+void JobFolder::make() {
     try {
         makeIn(platform::dataHome());
     } catch (const Error& failure) {
@@ -83,9 +99,9 @@ JobFolder::JobFolder() {
             throw Error(failure);  // the data home is what a user can do something about
         }
     }
-    const std::lock_guard guard(livingFolders().mutex);
-    livingFolders().paths.insert(path_);
 }
+
+void JobFolder::nestIn(const fs::path& folder) { nest() = folder; }
 
 void JobFolder::makeIn(const fs::path& home) {
     const fs::path jobs = home / "jobs";

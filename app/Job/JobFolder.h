@@ -22,11 +22,16 @@ class JobFolder {
     const std::filesystem::path& path() const { return path_; }
     std::filesystem::path file(const std::string& name) const { return path_ / name; }
 
+    /// From now on jobs have their folders in this one, which somebody else keeps and removes: that of a
+    /// worker, which can write nowhere else.
+    static void nestIn(const std::filesystem::path& folder);
+
     /// Removes the folders of all jobs of this process at once, as when a second Ctrl-C must not wait for
     /// the running work. Any thread; the process ends afterwards.
     static void removeAllOfThisProcess();
 
   private:
+    void make();
     void makeIn(const std::filesystem::path& home);
 
     std::filesystem::path path_;

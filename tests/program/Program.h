@@ -30,6 +30,7 @@ class Process {
     Process(const Process&) = delete;
     Process& operator=(const Process&) = delete;
 
+    pid_t number() const { return process_; }
     void signal(int number) const;
     /// Blocks until standard output holds `text`; false when the program ended before.
     bool waitForOutput(const std::string& text);

@@ -1,0 +1,64 @@
+#include "cli/SourceReach.h"
+
+#include "app/data/QVDataManager.h"
+#include "platform/base/File.h"
+#include "platform/base/Json.h"
+
+namespace multiscene::cli {
+
+namespace fs = std::filesystem;
+using platform::Value;
+
+namespace {
+
+constexpr uint64_t kMostMediaBytes = uint64_t{1} << 20;
+
+bool hasCatalogue() {
+    std::error_code failure;
+    return fs::exists(QVDataManager::databasePath(), failure);
+}
+
+/// The user's own list, read here because only the user says which files are inputs. What is wrong with it is
+/// told by the job.
+void addListed(const fs::path& mediaFile, std::vector<fs::path>& paths) {
+    try {
+        const auto bytes = platform::readFile(mediaFile, kMostMediaBytes);
+        const Value list = platform::parseJson(std::string(bytes.begin(), bytes.end()), mediaFile.string());
+        if (!list.isDictionary()) return;
+        for (const auto& [key, value] : list.dictionary()) {
+            const fs::path path = mediaFile.parent_path() / value.stringValue();
+            std::error_code failure;
+            if (!value.stringValue().empty() && fs::is_regular_file(path, failure)) paths.push_back(path);
+        }
+    } catch (const platform::Error&) {
+    }
+}
+
+}  // namespace
+
+FencedCommand::Errand errandOf(const std::string& source) {
+    FencedCommand::Errand errand;
+    errand.source = source;
+    std::error_code failure;
+    const fs::path path(source);
+    const bool isSceneFile = path.extension() == ".plist" && fs::is_regular_file(path, failure);
+    if (fs::exists(path, failure))
+        errand.reach.read.push_back(isSceneFile ? fs::absolute(path).parent_path() : path);
+    errand.usesCatalogue = source.find('/') == std::string::npos && hasCatalogue();
+    return errand;
+}
+
+FencedCommand::Errand errandOf(const RenderRequest& request) {
+    FencedCommand::Errand errand = errandOf(request.source);
+    errand.usesCatalogue = errand.usesCatalogue || (request.isSceneGroupFile && hasCatalogue());
+    std::vector<fs::path>& paths = errand.reach.read;
+    for (const auto* given : {&request.inputs.photos, &request.inputs.videos})
+        for (const JobInputs::Given& each : *given) paths.emplace_back(each.value);
+    if (request.music) paths.emplace_back(*request.music);
+    if (request.inputs.mediaFile.empty()) return errand;
+    paths.push_back(request.inputs.mediaFile);
+    addListed(request.inputs.mediaFile, paths);
+    return errand;
+}
+
+}  // namespace multiscene::cli
