@@ -1,5 +1,5 @@
-// A small scene with an orthographic camera of one unit a pixel, drawn into a texture and read back; files
-// that it may open lie in a folder of the test's own.
+// A small scene with an orthographic camera of one unit a pixel, drawn by both painters; files that it may
+// open lie in a folder of the test's own.
 #pragma once
 
 #include <cmath>
@@ -7,8 +7,7 @@
 #include <string>
 
 #include "FakeDriver.h"
-#include "GlFixture.h"
-#include "core/GLESUtils/GLState.h"
+#include "TwoPainters.h"
 #include "core/SceneNodes.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "other/RenderReport.h"
@@ -23,7 +22,7 @@ using Dictionary = Value::Dictionary;
 inline constexpr Pixel kRed{255, 0, 0, 255}, kGreen{0, 255, 0, 255}, kBlue{0, 0, 255, 255},
     kWhite{255, 255, 255, 255}, kBlack{0, 0, 0, 255}, kNothing{0, 0, 0, 0};
 
-class DrawableFixture : public GlFixture {
+class DrawableFixture : public ::testing::Test {
   protected:
     static constexpr int side = 64;  ///< pixels of the picture
 
@@ -33,6 +32,7 @@ class DrawableFixture : public GlFixture {
         platform::FileGate::shared().allowFolder(folder);
         RenderReport::shared().clear();
         driver.width = driver.height = side;
+        driver.shownBy = &painters.software;
         newScene();
     }
     ~DrawableFixture() override {
@@ -51,7 +51,6 @@ class DrawableFixture : public GlFixture {
         scene->setSceneConfigData(data);
         scene->setCamera(QVCamera3D::cameraWithInfo(
             dictionary({{"type", "QVOrthCamera"}, {"OrthWidth", side}, {"aspect", 1}}), scene));
-        target.createFrameBufferObject();
     }
 
     std::string path(const std::string& name) const { return (folder / name).string(); }
@@ -96,22 +95,21 @@ class DrawableFixture : public GlFixture {
         drawAgain(background);
     }
     void drawAgain(const Pixel& background = kNothing) {
-        GLState::setDefaults();
-        GLState::bindTarget(target.frameBuffer(), side, side);
-        clear(background);
-        scene->render();
-        pixels = read(target.frameBuffer(), side, side);
+        painters.edgePixels = mayDiffer;
+        picture_ = painters.paint(side, side, background, [&](Painter& painter) { scene->render(painter); });
     }
-    static void clear(const Pixel& color);
 
     /// A pixel of the last picture, from the upper left.
-    const Pixel& at(int x, int y) const { return pixels[size_t((side - 1 - y) * side + x)]; }
+    const Pixel& at(int x, int y) const { return picture_.at(x, y); }
 
     const std::filesystem::path folder;
+    TwoPainters painters;
     FakeDriver driver;
     std::shared_ptr<QVScene3D> scene;
-    QVFrameBufferToTexture target{side, side};
-    std::vector<Pixel> pixels;
+    /// Pixels in which the painters may differ: those of edges that do not lie on pixels, and the like.
+    size_t mayDiffer = 32;
+
+    PaintedPicture picture_;
 };
 
 }  // namespace multiscene::testing

@@ -1,7 +1,4 @@
-// The edges of what is drawn: smooth, and the same whether all of a frame is multisampled or only the parts
-// that edges cross.
-#include <random>
-
+// The edges of what is drawn.
 #include "tests/engine/PlayFixture.h"
 #include "videoRenderCore/PictureSink.h"
 
@@ -21,9 +18,8 @@ class EdgeTest : public testing::PlayFixture {
     static constexpr int side = 256;  ///< pixels of the picture
 
     /// The frames of a scene with one unit a pixel.
-    std::vector<Picture> play(const Nodes& nodes, int64_t lastFrame = 0, bool inRegions = true) {
+    std::vector<Picture> play(const Nodes& nodes, int64_t lastFrame = 0) {
         std::vector<Picture> frames;
-        multisamplesRegions_ = inRegions;
         completions_ = 0;
         scenes_.clear();
         addScene(1, flatScene(side, side, testing::clock(lastFrame), nodes), lastFrame + 1);
@@ -53,23 +49,14 @@ class EdgeTest : public testing::PlayFixture {
                                    {"startRotate", "0,0," + std::to_string(angle)}})});
         return info;
     }
-
-    /// The first pixel that differs by more than rounding, as a text; empty when there is none.
-    static std::string difference(const Picture& one, const Picture& other) {
-        for (size_t i = 0; i < one.size(); ++i)
-            if (!testing::isNear(one[i], other[i], 4))
-                return std::to_string(i % side) + "," + std::to_string(i / side) + ": " +
-                       ::testing::PrintToString(one[i]) + " and " + ::testing::PrintToString(other[i]);
-        return {};
-    }
 };
 
-TEST_F(EdgeTest, TurnedQuadsAreSmoothInPartsAndAsAWhole) {
+TEST_F(EdgeTest, TurnedQuadsAreSmoothWhoeverDrawsThem) {
     const std::string white = picture("white.png", {{255, 255, 255, 255}});
     Dictionary turned = quad("QVQuadObject3D", white, 10, 5, 90, 0.3);
-    for (const bool isWhole : {false, true}) {
-        // A depth test has the whole frame multisampled.
-        turned["FpsInfo"] = Value(Dictionary{{"isEnableDephTest", isWhole}});
+    for (const bool isByGL : {false, true}) {
+        // A depth test is GL's.
+        turned["FpsInfo"] = Value(Dictionary{{"isEnableDephTest", isByGL}});
         const Picture shown = play({Value(turned)}).at(0);
         int between = 0, steps = 0;
         for (size_t i = 1; i < shown.size(); ++i) {
@@ -77,45 +64,10 @@ TEST_F(EdgeTest, TurnedQuadsAreSmoothInPartsAndAsAWhole) {
             steps += i % side != 0 && std::abs(shown[i][0] - shown[i - 1][0]) > 235;
         }
         // The outline is 360 pixels long; each row crosses two of the edges.
-        EXPECT_GT(between, 200) << isWhole;
-        EXPECT_LT(steps, 90) << isWhole;
+        EXPECT_GT(between, 200) << isByGL;
+        EXPECT_LT(steps, 90) << isByGL;
         EXPECT_EQ(shown[size_t(side / 2 * side + side / 2)], (Pixel{255, 255, 255, 255}));
     }
-}
-
-TEST_F(EdgeTest, APictureIsTheSameMultisampledInPartsOrAsAWhole) {
-    std::mt19937 random(7);
-    const auto among = [&](double from, double to) {
-        return from + (to - from) * static_cast<double>(random() % 1000) / 1000;
-    };
-    const auto isIn = [](int place, int first) { return place >= first && place < 16 - first; };
-    const auto withMargin = [&](const std::string& name, const Pixel& color, int margin) {
-        Picture pixels(256, Pixel{0, 0, 0, 0});
-        for (int i = 0; i < 256; ++i)
-            if (isIn(i % 16, margin) && isIn(i / 16, margin)) pixels[size_t(i)] = color;
-        return picture(name, pixels, 16);
-    };
-    const std::string files[] = {withMargin("full.png", {200, 160, 60, 90}, 0),
-                                 withMargin("opaque.png", {90, 160, 250, 255}, 0),
-                                 withMargin("inner.png", {250, 90, 90, 255}, 4)};
-    // Glows, with nothing opaque under them, show every sample that is drawn twice.
-    struct Blend {
-        int source, destination;
-    };
-    for (const Blend blend : {Blend{770, 1}, {1, 1}, {770, 771}})
-        for (int trial = 0; trial < 4; ++trial) {
-            Nodes nodes;
-            for (int i = 0; i < 5; ++i) {
-                const std::string& file = files[blend.destination == 1 ? 0 : random() % 3];
-                Dictionary info =
-                    quad("QVQuadBlendObject3D", file, among(-60, 60), among(-60, 60), 50, among(0, 3));
-                info["BlendInfo"] =
-                    Value(Dictionary{{"srcBlend", blend.source}, {"decBlend", blend.destination}});
-                nodes.emplace_back(info);
-            }
-            EXPECT_EQ(difference(play(nodes).at(0), play(nodes, 0, false).at(0)), "")
-                << blend.source << " " << blend.destination << ", trial " << trial;
-        }
 }
 
 TEST_F(EdgeTest, TargetsThatShowEachOtherStepOnceAFrame) {

@@ -36,6 +36,8 @@ struct Listener : QVVideoCVCacheExporterDelegate {
 
 class Export : public testing::PlayFixture {
   protected:
+    Export() { renderer_ = Renderer::GL; }
+
     std::shared_ptr<QVVideoCVCacheExporter> exporter(int framesPerSecond = 25) {
         auto made = QVVideoCVCacheExporter::initWithOutputURL(
             film().string(), 64, 48, framesPerSecond,
@@ -335,17 +337,14 @@ INSTANTIATE_TEST_SUITE_P(BothModes, ThreeScenes, ::testing::Values(0, 1));
 TEST_P(ThreeScenes, PlayToTheEndAsAnnounced) {
     EXPECT_EQ(announcedFrames(), isOverlay() ? 26 : 20);
     createExport(exporter());
-    const auto before = censusNow();
-    EXPECT_EQ(before,
-              (std::map<std::string, int>{{"framebuffers", 3}, {"renderbuffers", 3}, {"textures", 1}}));
     playAndInterrupt([] {});
     EXPECT_EQ(summary(), wholeGroup());
     expectWholeFilm();
-    // At the last frame all that is left is the last scene's: its photo, and its own texture that the fade
-    // took.
+    // At the last frame all that is left beside the painter's two framebuffers is the last scene's: its
+    // photo, and its own texture that the fade took.
     const auto last = censuses_[announcedFrames() - 1].at(0);
-    EXPECT_EQ(last.at("framebuffers"), isOverlay() ? 3 : 4);
-    EXPECT_EQ(last.at("textures"), isOverlay() ? 2 : 3);
+    EXPECT_EQ(last.at("framebuffers"), isOverlay() ? 2 : 3);
+    EXPECT_EQ(last.at("textures"), isOverlay() ? 1 : 2);
 }
 
 TEST_P(ThreeScenes, RestartInATransitionStartsAFreshFilmWithoutLeftovers) {
@@ -354,7 +353,8 @@ TEST_P(ThreeScenes, RestartInATransitionStartsAFreshFilmWithoutLeftovers) {
     EXPECT_EQ(restarted_, 1);
     const auto startsAnew = played_.begin() + middleOfTransition + 1;
     EXPECT_EQ(summaryOf({startsAnew, played_.end()}), wholeGroup());
-    for (int64_t frame = 0; frame <= middleOfTransition; ++frame) {
+    // At the first frame of the first run nothing has been drawn yet.
+    for (int64_t frame = 1; frame <= middleOfTransition; ++frame) {
         ASSERT_EQ(censuses_[frame].size(), 2u);
         for (const char* kind : {"textures", "framebuffers", "renderbuffers"})
             EXPECT_EQ(censuses_[frame][0][kind], censuses_[frame][1][kind]) << kind << " at frame " << frame;

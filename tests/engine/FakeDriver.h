@@ -1,4 +1,4 @@
-// A render driver without GL, for tests of scenes and nodes.
+// A render driver of scenes alone, for tests of scenes and nodes.
 #pragma once
 
 #include <vector>
@@ -22,11 +22,13 @@ class FakeDriver : public RenderDriver {
     int64_t currentRenderFps() const override { return renderFps; }
     void startSoundEffect(const platform::Value& audioInfo) override { sounds.push_back(audioInfo); }
     void stopSoundEffect(const std::string&) override {}
+    Painter& painter() override { return *shownBy; }
 
     int32_t width = 720, height = 1280;
     SceneRenderType type = SceneRenderType::Single;
     std::shared_ptr<QVScene3D> current, next, transition;
     int64_t renderFps = 0;
+    Painter* shownBy = nullptr;
     std::vector<platform::Value> sounds;
 };
 

@@ -20,6 +20,8 @@ using testing::Value;
 
 class GroupPlay : public testing::PlayFixture {
   protected:
+    GroupPlay() { renderer_ = Renderer::GL; }
+
     static constexpr int side = 32;  ///< pixels of the picture
 
     struct Ends {
@@ -45,7 +47,6 @@ TEST_F(GroupPlay, OneSceneEndsOnceAndLeavesNothingBehind) {
     addScene(1, 4, {patch("1,0,0,1")});
     play(1);
     create(std::make_shared<PictureSink>(32, 32, [](const auto&) {}));
-    EXPECT_GT(liveObjects(), 0);
     run();
     EXPECT_EQ(completions_, 1);
     EXPECT_EQ(failures_, 0);
@@ -240,10 +241,9 @@ TEST_F(GroupPlay, PicturesOfSelectedFramesOnlyTopRowFirst) {
     EXPECT_EQ(shown_.size(), 3u);
     EXPECT_EQ(driver_->statistics().drawnFrames, 3);
     EXPECT_EQ(driver_->statistics().frames, 10);
-    const Pixel veil{0, 0, 255, 51};
-    expectShown(0, veil, {255, 0, 0, 255});
-    expectShown(4, veil, {255, 0, 0, 255});
-    expectShown(8, veil, {0, 0, 0, 0});
+    expectShown(0, {204, 0, 51, 255}, {255, 0, 0, 255});
+    expectShown(4, {204, 0, 51, 255}, {255, 0, 0, 255});
+    expectShown(8, {0, 0, 51, 51}, {0, 0, 0, 0});
 }
 
 TEST_F(GroupPlay, FramesThatAreLeftOutStillFillWhatLaterOnesShow) {

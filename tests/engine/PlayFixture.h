@@ -127,12 +127,11 @@ class PlayFixture : public ::testing::Test {
     /// Driver and player; every end is counted.
     void create(std::shared_ptr<FrameSink> frameSink, std::shared_ptr<SoundSink> soundSink = {},
                 bool isLooping = false) {
-        driver_ =
-            QVMultiSceneRenderManager::initWithFrameSink(std::move(frameSink), std::move(soundSink),
-                                                         {.bufferWidth = 32,
-                                                          .bufferHeight = 32,
-                                                          .glDriver = platform::GLContext::Driver::Software,
-                                                          .multisamplesRegions = multisamplesRegions_});
+        driver_ = QVMultiSceneRenderManager::initWithFrameSink(
+            std::move(frameSink), std::move(soundSink),
+            {.bufferWidth = 32, .bufferHeight = 32, .renderer = renderer_, .makeContext = [] {
+                 return platform::GLContext::create(platform::GLContext::Driver::Software);
+             }});
         driver_->setExportPauseSeconds(0);
         driver_->setFrameRenderingCompleteBlock([this](int64_t count) { frames_ = count; });
         player_ = QVMediaManage::initWithRenderManager(driver_, isLooping);
@@ -203,7 +202,7 @@ class PlayFixture : public ::testing::Test {
     }
 
     const std::filesystem::path folder_;
-    bool multisamplesRegions_ = true;
+    Renderer renderer_ = Renderer::Software;  ///< GL for tests that count its objects
     std::shared_ptr<TestCatalogue> catalogue_ = std::make_shared<TestCatalogue>();
     Value::Array scenes_;
     std::shared_ptr<QVMultiSceneRenderManager> driver_;

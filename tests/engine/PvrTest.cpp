@@ -1,17 +1,16 @@
 // PVR texture files: what is taken, what is refused, and the pixels that come out.
-#include <epoxy/gl.h>
 #include <gmock/gmock.h>
 #include <zlib.h>
 
 #include <random>
 
-#include "GlFixture.h"
 #include "PvrBytes.h"
 #include "core/GLESUtils/PvrFile.h"
-#include "core/GLESUtils/PvrUpload.h"
+#include "core/GLESUtils/PvrPictures.h"
 #include "core/GLESUtils/PvrtcDecoder.h"
 #include "platform/archive/Gzip.h"
 #include "platform/base/Error.h"
+#include "tests/engine/MediaFiles.h"
 
 namespace multiscene {
 namespace {
@@ -155,54 +154,40 @@ TEST(PvrFile, StaysInsideAnyBytes) {
     }
 }
 
-class PvrUploadTest : public testing::GlFixture {
-  protected:
-    /// Pixels of a texture, as far as it can be drawn into.
-    static std::vector<Pixel> texels(const GLTexture& texture, int width, int height) {
-        GLFramebuffer framebuffer;
-        framebuffer.create();
-        glBindFramebuffer(GL_FRAMEBUFFER, framebuffer.name());
-        glFramebufferTexture2D(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0, GL_TEXTURE_2D, texture.name(), 0);
-        return read(framebuffer.name(), width, height);
-    }
-};
-
-TEST_F(PvrUploadTest, ColoursComeOutOfEveryFormatThatCanBeDrawnInto) {
+TEST(PvrPictures, ColoursComeOutOfEveryFormat) {
     struct Case {
         uint32_t flags, bitsPerPixel;
         Bytes pixel;
         Pixel expected;
     };
-    const Case cases[] = {{16, 16, {0x34, 0x12}, {17, 34, 51, 68}},  {17, 16, {0x01, 0xf8}, {255, 0, 0, 255}},
-                          {18, 32, {1, 2, 3, 4}, {1, 2, 3, 4}},      {19, 16, {0xe0, 0x07}, {0, 255, 0, 255}},
-                          {21, 24, {10, 20, 30}, {10, 20, 30, 255}}, {26, 32, {1, 2, 3, 4}, {3, 2, 1, 4}}};
+    const Case cases[] = {{16, 16, {0x34, 0x12}, {17, 34, 51, 68}},
+                          {17, 16, {0x01, 0xf8}, {255, 0, 0, 255}},
+                          {18, 32, {1, 2, 3, 4}, {1, 2, 3, 4}},
+                          {19, 16, {0xe0, 0x07}, {0, 255, 0, 255}},
+                          {21, 24, {10, 20, 30}, {10, 20, 30, 255}},
+                          {22, 8, {7}, {7, 7, 7, 255}},
+                          {23, 16, {7, 9}, {7, 7, 7, 9}},
+                          {26, 32, {1, 2, 3, 4}, {3, 2, 1, 4}},
+                          {27, 8, {9}, {0, 0, 0, 9}}};
     for (const Case& it : cases) {
         Bytes data;
         for (int i = 0; i < 9; ++i) data.insert(data.end(), it.pixel.begin(), it.pixel.end());
-        GLTexture texture;
-        ASSERT_TRUE(uploadPvr(
-            texture,
-            PvrFile(
-                pvr({.width = 3, .height = 3, .flags = it.flags, .bitsPerPixel = it.bitsPerPixel}, data))));
-        EXPECT_TRUE(isNear(texels(texture, 3, 3)[8], it.expected)) << it.flags;
+        const auto pictures = pvrPictures(PvrFile(
+            pvr({.width = 3, .height = 3, .flags = it.flags, .bitsPerPixel = it.bitsPerPixel}, data)));
+        ASSERT_EQ(pictures.size(), 1u) << it.flags;
+        EXPECT_TRUE(std::ranges::equal(std::span(pictures[0].pixel(2, 2), 4), it.expected)) << it.flags;
     }
-    EXPECT_EQ(glGetError(), unsigned(GL_NO_ERROR));
 }
 
-TEST_F(PvrUploadTest, CompressedLevelsAreDecodedAndBadFilesMakeNothing) {
+TEST(PvrPictures, CompressedLevelsAreDecodedAndBadFilesGiveNone) {
     const Bytes blocks = noise(32 * 32 / 2 + 16 * 16 / 2);
-    GLTexture texture;
-    ASSERT_TRUE(uploadPvr(
-        texture,
-        PvrFile(pvr({.width = 32, .height = 32, .mipMaps = 1, .flags = 25, .bitsPerPixel = 4, .alphaMask = 1},
-                    blocks))));
-    EXPECT_EQ(texels(texture, 32, 32)[1023], (Pixel{117, 221, 178, 204}));
-    GLint filter = 0;
-    glGetTexParameteriv(GL_TEXTURE_2D, GL_TEXTURE_MIN_FILTER, &filter);
-    EXPECT_EQ(filter, GL_LINEAR_MIPMAP_LINEAR);
-    GLTexture none;
-    EXPECT_FALSE(uploadPvr(none, PvrFile(pvr({.flags = 20}, {}))));
-    EXPECT_EQ(none.name(), 0u);
+    const auto pictures = pvrPictures(PvrFile(pvr(
+        {.width = 32, .height = 32, .mipMaps = 1, .flags = 25, .bitsPerPixel = 4, .alphaMask = 1}, blocks)));
+    ASSERT_EQ(pictures.size(), 2u);
+    EXPECT_EQ(pictures[1].width, 16);
+    const Pixel expected{117, 221, 178, 204};
+    EXPECT_TRUE(std::ranges::equal(std::span(pictures[0].pixel(31, 31), 4), expected));
+    EXPECT_TRUE(pvrPictures(PvrFile(pvr({.flags = 20}, {}))).empty());
 }
 
 }  // namespace

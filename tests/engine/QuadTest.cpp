@@ -6,11 +6,6 @@
 
 namespace multiscene::testing {
 
-void DrawableFixture::clear(const Pixel& color) {
-    glClearColor(color[0] / 255.0f, color[1] / 255.0f, color[2] / 255.0f, color[3] / 255.0f);
-    glClear(GL_COLOR_BUFFER_BIT);
-}
-
 class QuadTest : public DrawableFixture {
   protected:
     /// Two colours above each other and two below.
@@ -75,7 +70,7 @@ TEST_F(QuadTest, StartedLateItNeverLoadsItsPicture) {
     info["FpsInfo"] = frames(2, 9);
     const auto node = add<QVQuadObject3D>(info);
     draw(3);
-    EXPECT_EQ(node->textureId(), 0u);
+    EXPECT_EQ(node->texture(), nullptr);
     EXPECT_EQ(at(8, 8), kNothing);
 }
 
@@ -170,10 +165,14 @@ TEST_F(QuadTest, MaskShowsWhereItIsBrightWhateverLiesBehindIt) {
     // The same over a node's own picture, whose rows lie the other way round.
     newScene();
     auto drawn = std::make_shared<QVFrameBufferToTexture>(8, 8);
-    drawn->createFrameBufferObject();
-    drawn->bindRenderToTextureFramebuffer();
-    clear(kGreen);
-    drawn->unBindRenderToTextureFramebuffer();
+    for (Painter* painter :
+         {static_cast<Painter*>(&painters.gl), static_cast<Painter*>(&painters.software)}) {
+        painter->beginTarget(*drawn);
+        painter->draw(QuadDraw{.corners = {-1, -1, 0, 1, -1, 0, 1, 1, 0, -1, 1, 0},
+                               .look = ColorLook{.color = {0, 1, 0, 1}},
+                               .state = {}});
+        painter->endTarget();
+    }
     scene->setRenderToTexture("drawn", drawn);
     info["TextureInfo"] = dictionary({{"textureType", "RTTTexture"}, {"textureMapKey", "drawn"}});
     add(info);

@@ -13,7 +13,10 @@ using testing::Dictionary;
 using testing::patch;
 using testing::Value;
 
-class RunControl : public testing::PlayFixture {};
+class RunControl : public testing::PlayFixture {
+  protected:
+    RunControl() { renderer_ = Renderer::GL; }
+};
 
 TEST_F(RunControl, CancelReachesEarlierRunsOnly) {
     addScene(1, 1000000);

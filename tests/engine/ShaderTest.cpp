@@ -6,7 +6,6 @@
 #include <fstream>
 
 #include "GlFixture.h"
-#include "opengl2.0/QVMultiSceneRenderShader.h"
 #include "opengl2.0/QVObject3DShaderCreater.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
@@ -60,7 +59,7 @@ class ShaderTest : public testing::GlFixture {
     }
 
     std::filesystem::path folder_;
-    ShaderManager& manager_ = ShaderManager::sharedManager();
+    ShaderManager manager_;
 };
 
 TEST_F(ShaderTest, BindsAttributesFromOneAndLooksListedUniformsUpOnce) {
@@ -80,7 +79,7 @@ TEST_F(ShaderTest, BindsAttributesFromOneAndLooksListedUniformsUpOnce) {
 
 TEST_F(ShaderTest, WritesOnlyUniformsThatAreListedAndThere) {
     const auto shader = fromTexts("a");
-    shader->useShader();
+    manager_.useShaderObject(shader.get());
     shader->setUniform("aplae", 0.5f);
     shader->setUniform("tint", glm::vec4(1));  // would land in location 0
     float value[4] = {};
@@ -99,16 +98,15 @@ TEST_F(ShaderTest, FailuresAreCachedAndToldOnce) {
     write("latin.fsh", "// \xE9\n" + fragmentText);
     platform::FileGate::shared().allowFolder(folder_);
     for (const char* source : {"broken.fsh", "text.txt", "latin.fsh", "missing.fsh", "../outside.fsh"}) {
-        manager_.clearFailures();
+        ShaderManager manager;
         const std::string file = describe(source, {"good.vsh", source});
-        const auto shader = manager_.createShader(source, file);
+        const auto shader = manager.createShader(source, file);
         EXPECT_EQ(shader->programHandle(), 0u) << source;
-        EXPECT_EQ(manager_.createShader(source, file), shader) << "cached although broken";
-        ASSERT_EQ(manager_.failures().size(), 1u) << source;
-        EXPECT_EQ(manager_.failures()[0].shader, source);
-        EXPECT_THAT(manager_.failures()[0].file, HasSubstr(source));
+        EXPECT_EQ(manager.createShader(source, file), shader) << "cached although broken";
+        ASSERT_EQ(manager.failures().size(), 1u) << source;
+        EXPECT_EQ(manager.failures()[0].shader, source);
+        EXPECT_THAT(manager.failures()[0].file, HasSubstr(source));
     }
-    manager_.clearFailures();
     manager_.createShader("again", describe("again", {"good.vsh", "broken.fsh"}));
     EXPECT_THAT(manager_.failures().at(0).message, HasSubstr("3")) << "the line";
     EXPECT_THAT(manager_.failures().at(0).message, HasSubstr("nonsense"));
@@ -158,10 +156,8 @@ TEST_F(ShaderTest, SwitchesProgramsOnlyWhenTheyChange) {
     manager_.useShader("a");
     EXPECT_EQ(currentProgram(), 0u);
     manager_.removeAllShaders();
-    EXPECT_EQ(manager_.currentShader(), nullptr);
-    shader->useShader();
+    manager_.useShaderObject(shader.get());
     EXPECT_EQ(currentProgram(), shader->programHandle());
-    EXPECT_EQ(manager_.currentShader(), shader.get());
     EXPECT_EQ(manager_.useShader("unknown"), nullptr);
     EXPECT_EQ(currentProgram(), 0u);
 }
@@ -171,7 +167,6 @@ TEST_F(ShaderTest, RemovingTheActiveShaderForgetsIt) {
     manager_.useShader("a");
     manager_.removeShader("a");
     EXPECT_EQ(currentProgram(), 0u);
-    EXPECT_EQ(manager_.currentShader(), nullptr);
     EXPECT_EQ(manager_.activeProgram(), ~0u);
     EXPECT_FALSE(glIsProgram(program));
 }
@@ -193,16 +188,6 @@ TEST_F(ShaderTest, AProgramIsDeletedInItsOwnContextOnly) {
     EXPECT_FALSE(glIsProgram(program));
     for (const GLuint source : attached) EXPECT_FALSE(glIsShader(source)) << "goes with its program";
     manager_.removeAllShaders();
-}
-
-TEST_F(ShaderTest, ARenderShaderLooksItsProgramUpByKey) {
-    QVMultiSceneRenderShader render("normal", "normal_renderShader.plist");
-    ASSERT_NE(render.shader(), nullptr);
-    EXPECT_EQ(render.positionAttributeHandle(), 1u);
-    EXPECT_EQ(render.mvpMatrixUniformLocation(), render.shader()->uniformLocation("u_mvpMatrix"));
-    EXPECT_EQ(render.oneVariableUniformLocation(), 0) << "not listed there";
-    manager_.removeAllShaders();
-    EXPECT_EQ(render.positionAttributeHandle(), 0u);
 }
 
 TEST_F(ShaderTest, EveryOwnDescriptionBuildsAndListsOnlyWhatIsThere) {

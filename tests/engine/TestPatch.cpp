@@ -4,12 +4,14 @@
 
 #include "core/NodeTypes.h"
 #include "core/QVObject3DFpsBase.h"
+#include "core/QVScene3D.h"
 #include "other/QVUtil.h"
+#include "painter/Painter.h"
 #include "tests/engine/PlayFixture.h"
 
 namespace multiscene {
 
-/// Draws without shaders: a cleared rectangle.
+/// A rectangle of one colour.
 class TestPatch : public QVObject3DFpsBase {
   public:
     const char* className() const override { return "TestPatch"; }
@@ -20,24 +22,33 @@ class TestPatch : public QVObject3DFpsBase {
         flickers_ = info.boolean("flickers");
         rectangle_ = info.has("rectangle") ? vectorOf<4>(info["rectangle"]) : glm::vec4(0, 0, 16384, 16384);
     }
-    void render(const platform::CMTime& time) override {
-        if (!isNeedRenderWithCMTime(time)) return;
-        glEnable(GL_SCISSOR_TEST);
-        fill(rectangle_, 1);
+    void updateData(const platform::CMTime& time) override {
+        QVObject3DFpsBase::updateData(time);
+        frame_ = time.value;
+    }
+
+  protected:
+    void draw(Painter& painter) override {
+        fill(painter, rectangle_, 1);
         for (int64_t tile = 0; flickers_ && tile < 64; ++tile) {
             const auto x = static_cast<float>(tile % 8 * 8), y = static_cast<float>(tile / 8 * 8);
-            fill({x, y, 8, 8}, static_cast<float>((time.value * 31 + tile * 17) % 11) / 10);
+            fill(painter, {x, y, 8, 8}, static_cast<float>((frame_ * 31 + tile * 17) % 11) / 10);
         }
-        glDisable(GL_SCISSOR_TEST);
     }
 
   private:
-    void fill(const glm::vec4& rectangle, float light) const {
-        glScissor(int(rectangle.x), int(rectangle.y), int(rectangle.z), int(rectangle.w));
-        glClearColor(color_.r * light, color_.g * light, color_.b * light, color_.a);
-        glClear(GL_COLOR_BUFFER_BIT);
+    void fill(Painter& painter, const glm::vec4& rectangle, float light) const {
+        const auto owner = scene();
+        const float left = rectangle.x / owner->halfWidth() - 1,
+                    bottom = rectangle.y / owner->halfHeight() - 1;
+        const float right = left + rectangle.z / owner->halfWidth(),
+                    top = bottom + rectangle.w / owner->halfHeight();
+        painter.draw(QuadDraw{.corners = {left, bottom, 0, right, bottom, 0, right, top, 0, left, top, 0},
+                              .look = ColorLook{.color = glm::vec4(glm::vec3(color_) * light, color_.a)},
+                              .state = {}});
     }
 
+    int64_t frame_ = 0;
     glm::vec4 color_{0}, rectangle_{0};
     bool flickers_ = false;
 };

@@ -128,8 +128,8 @@ TEST_F(VideoSourceTest, AVideoIsDrawnPictureByPictureAndCutAtTheLastFrame) {
     ASSERT_EQ(levels.size(), 5u);
     for (int i = 0; i < 5; ++i) EXPECT_NEAR(levels[size_t(i)], levelOf(i), 4) << i;
     EXPECT_TRUE(RenderReport::shared().entries().empty());
-    EXPECT_EQ(std::dynamic_pointer_cast<QVSingleVideoBgObject3D>(source)->renderMasterTexture(), 0u)
-        << "its texture is gone";
+    EXPECT_FALSE(std::dynamic_pointer_cast<QVSingleVideoBgObject3D>(source)->masterOutput())
+        << "its picture is gone";
 }
 
 TEST_F(VideoSourceTest, AVideoThatRunsDryHoldsItsLastPictureForOneTurn) {

@@ -9,7 +9,7 @@
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
 #include "tests/engine/FakeDriver.h"
-#include "tests/engine/GlFixture.h"
+#include "tests/engine/TwoPainters.h"
 #include "tests/fuzz/Mutations.h"
 #include "tween/QVTween.h"
 #include "videoRenderCore/SceneValidation.h"
@@ -20,8 +20,9 @@ namespace {
 using platform::Value;
 using Dictionary = Value::Dictionary;
 
-class FuzzTest : public GlFixture {
+class FuzzTest : public ::testing::Test {
   protected:
+    TwoPainters painters;
     void TearDown() override { QVTween::killAllTween(); }
 };
 
@@ -76,6 +77,7 @@ Value richNode(const char* type) {
 
 TEST_F(FuzzTest, SceneFiles) {
     FakeDriver driver;
+    driver.shownBy = &painters.software;
     const Value scene = dictionaryOf(
         {{"Camera", dictionaryOf({{"type", "QVOrthCamera"}, {"OrthWidth", 720}})},
          {"object3D",
@@ -95,7 +97,8 @@ TEST_F(FuzzTest, SceneFiles) {
                     root->updateData();
                     QVTween::update();
                     root->updateMatrix();
-                    root->render();
+                    TwoPainters::paint(painters.software, 72, 128, {},
+                                       [&](Painter& painter) { root->render(painter); });
                     root->renderComplete();
                 }
                 isTaken = true;
@@ -146,8 +149,7 @@ TEST_F(FuzzTest, ShaderDescriptions) {
         [&](const Bytes& bytes) {
             try {
                 const Value parsed = platform::parsePropertyList(bytes, "shader.plist");
-                return ShaderManager::sharedManager().createShader("fuzz", parsed, folder)->programHandle() !=
-                       0;
+                return ShaderManager().createShader("fuzz", parsed, folder)->programHandle() != 0;
             } catch (const platform::Error&) {
                 return false;
             }

@@ -233,7 +233,7 @@ platform::BlendFunction paintedBlend(const BlendFunction& blend) {
 bool addPaints(const QuadDraw& quad, const CanvasSize& canvas, std::vector<QuadPaint>& paints) {
     QuadPaint paint;
     if (quad.state.depthTest || !placeCorners(quad, canvas, paint)) return false;
-    if (quad.texture) {
+    if (quad.texture && !std::holds_alternative<ColorLook>(quad.look)) {
         if (quad.texture->levels().empty()) return false;
         paint.picture = levelFor(*quad.texture, paint);
         paint.premultiplied = quad.texture->isPremultiplied();
@@ -259,6 +259,7 @@ bool addPaints(const LettersDraw& letters, const CanvasSize& canvas, std::vector
     paint.smooth = {false, false, false, false};  // each letter is clear at its edges
     paint.blend = paintedBlend(letters.state.blend);
     paint.tint = fourOf(letters.color);
+    paint.isShape = true;
     // Of the two triangles of a letter the first has three corners of the rectangle, the second the fourth.
     for (size_t first = 0; first + 5 < letters.corners.size(); first += 6) {
         const std::array<size_t, 4> corners{first, first + 1, first + 2, first + 5};

@@ -1,6 +1,7 @@
 #include "painter/SoftwarePainter.h"
 
 #include <algorithm>
+#include <array>
 #include <utility>
 
 #include "painter/QuadPaints.h"
@@ -127,6 +128,7 @@ void SoftwarePainter::endTarget() {
 
 void SoftwarePainter::paint(const QuadDraw& quad) {
     Picture& picture = current();
+    if (std::holds_alternative<ColorLook>(quad.look)) return paintColor(quad);
     picture.keep(quad.texture);
     if (const auto* mask = std::get_if<MaskLook>(&quad.look)) picture.keep(mask->mask);
     const auto* blur = std::get_if<BlurLook>(&quad.look);
@@ -136,6 +138,28 @@ void SoftwarePainter::paint(const QuadDraw& quad) {
     shown.look = PlainLook{};
     picture.keep(shown.texture);
     picture.add(shown);
+}
+
+/// Some blend functions tell a colour's own alpha from the opacity: then it is painted as a picture.
+void SoftwarePainter::paintColor(const QuadDraw& quad) {
+    const auto& look = std::get<ColorLook>(quad.look);
+    using Factor = platform::BlendFactor;
+    constexpr std::array alike{Factor::Zero, Factor::One, Factor::SrcAlpha, Factor::SrcAlphaSaturate};
+    if (std::ranges::find(alike, paintedBlend(quad.state.blend).source) != alike.end())
+        return current().add(quad);
+    const glm::vec4 bytes = glm::round(glm::clamp(look.color, 0.0f, 1.0f) * 255.0f);
+    platform::Bitmap texel(1, 1);
+    for (int i = 0; i < 4; ++i) texel.rgba[static_cast<size_t>(i)] = static_cast<uint8_t>(bytes[i]);
+    std::vector<platform::Bitmap> levels;
+    levels.push_back(std::move(texel));
+    Texture texture;
+    texture.setLevels(std::move(levels), false);
+    QuadDraw shown = quad;
+    shown.texture = &texture;
+    shown.look = PlainLook{.opacity = look.opacity};
+    current().keep(&texture);
+    current().add(shown);
+    current().pieces.back().draw = quad;
 }
 
 void SoftwarePainter::paint(const LettersDraw& letters) {

@@ -46,6 +46,7 @@ class SoftwarePainter : public Painter {
     struct Picture;
     struct Layer;
 
+    void paintColor(const QuadDraw& quad);
     void begin(const CanvasSize& size, uint32_t background, QVFrameBufferToTexture* target);
     void drop();
     Picture& current();

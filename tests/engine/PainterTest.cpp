@@ -1,0 +1,280 @@
+// What the painters draw, pixel by pixel, and each beside the other.
+#include <glm/gtc/matrix_transform.hpp>
+#include <random>
+
+#include "TwoPainters.h"
+
+namespace multiscene {
+namespace {
+
+using testing::isNear;
+using testing::PaintedPicture;
+using testing::Pixel;
+using testing::TwoPainters;
+
+const glm::mat4 identity(1);
+constexpr Pixel nothing{0, 0, 0, 0}, white{255, 255, 255, 255};
+
+/// Pixels in rows, colours multiplied by alpha where `premultiplied`.
+Texture textureOf(const std::vector<Pixel>& pixels, int width = 1, bool premultiplied = true) {
+    platform::Bitmap bitmap(width, int(pixels.size()) / width);
+    for (size_t i = 0; i < pixels.size(); ++i) std::ranges::copy(pixels[i], &bitmap.rgba[4 * i]);
+    std::vector<platform::Bitmap> levels;
+    levels.push_back(std::move(bitmap));
+    Texture texture;
+    texture.setLevels(std::move(levels), premultiplied);
+    return texture;
+}
+
+/// Over the whole picture, upright.
+QuadDraw quadOf(Texture* texture, Look look, const glm::mat4& textureMatrix = identity) {
+    return {.corners = {-1, -1, 0, 1, -1, 0, 1, 1, 0, -1, 1, 0},
+            .textureCoordinates = {0, 1, 1, 1, 1, 0, 0, 0},
+            .textureMatrix = textureMatrix,
+            .texture = texture,
+            .look = std::move(look),
+            .state = {}};
+}
+
+class PainterTest : public ::testing::Test {
+  protected:
+    static constexpr int side = 4;  ///< pixels of the picture
+
+    PaintedPicture draw(const QuadDraw& quad, const Pixel& background = nothing) {
+        return painters.paint(side, side, background, [&](Painter& painter) { painter.draw(quad); });
+    }
+    Pixel shown(const Pixel& color, Look look, bool premultiplied = true) {
+        Texture texture = textureOf({color}, 1, premultiplied);
+        return draw(quadOf(&texture, std::move(look))).at(1, 1);
+    }
+
+    TwoPainters painters;
+};
+
+TEST_F(PainterTest, OpacityMultipliesColoursThatAlphaMultipliesOrNot) {
+    EXPECT_TRUE(isNear(shown({100, 50, 0, 100}, PlainLook{}), {100, 50, 0, 100}));
+    EXPECT_TRUE(isNear(shown({255, 128, 0, 100}, PlainLook{}, false), {100, 50, 0, 100}));
+    EXPECT_TRUE(isNear(shown({200, 100, 50, 255}, PlainLook{.opacity = 0.4f}), {80, 40, 20, 102}));
+    EXPECT_TRUE(isNear(shown({100, 50, 0, 100}, PlainLook{.opacity = 0.5f}), {50, 25, 0, 50}));
+    EXPECT_EQ(shown({0, 0, 0, 0}, PlainLook{}), nothing);
+    EXPECT_EQ(shown({201, 77, 13, 255}, PlainLook{}), (Pixel{201, 77, 13, 255}));
+}
+
+TEST_F(PainterTest, PicturesStandUprightAndAreMovedByTheTextureMatrix) {
+    const Pixel red{255, 0, 0, 255}, blue{0, 0, 255, 255};
+    Texture picture = textureOf({red, red, blue, blue});
+    const auto still = draw(quadOf(&picture, PlainLook{}));
+    EXPECT_EQ(still.at(0, 3), blue) << "the last row in memory is the lowest";
+    EXPECT_EQ(still.at(3, 0), red);
+    const auto down = glm::translate(identity, glm::vec3(0, 0.5f, 0));
+    EXPECT_EQ(draw(quadOf(&picture, PlainLook{}, down)).at(1, 0), blue);
+    Texture none;
+    EXPECT_EQ(draw(quadOf(&none, PlainLook{}), red).at(0, 0), red) << "nothing to draw";
+}
+
+TEST_F(PainterTest, MasksHideByBrightnessAndStayWhereTheyAre) {
+    Texture picture = textureOf({{200, 100, 50, 255}});
+    Texture mask = textureOf({white, {128, 128, 128, 255}, {0, 0, 0, 255}, nothing}, 4);
+    for (const bool countsAlpha : {true, false}) {
+        const MaskLook look{
+            .mask = &mask, .maskCoordinates = {0, 1, 1, 1, 1, 0, 0, 0}, .countsAlpha = countsAlpha};
+        const auto masked = draw(quadOf(&picture, look));
+        EXPECT_TRUE(isNear(masked.at(0, 1), {200, 100, 50, 255}));
+        EXPECT_TRUE(isNear(masked.at(1, 1), {100, 50, 25, 128}));
+        EXPECT_EQ(masked.at(2, 1), nothing);
+        EXPECT_EQ(masked.at(3, 1), nothing);
+    }
+    const MaskLook half{.mask = &mask, .maskCoordinates = {0, 1, 1, 1, 1, 0, 0, 0}, .opacity = 0.5f};
+    const auto moved = glm::translate(identity, glm::vec3(0.5f, 0, 0));
+    EXPECT_TRUE(isNear(draw(quadOf(&picture, half, moved)).at(0, 0), {100, 50, 25, 128}));
+}
+
+TEST_F(PainterTest, GradientsRunAlongTheirAxis) {
+    Texture picture = textureOf({white});
+    const auto alphas = [&](int interpolation, glm::vec2 start, glm::vec2 end) {
+        return draw(quadOf(&picture, GradientLook{start, end, interpolation}));
+    };
+    const auto across = alphas(0, {0, 0}, {1, 1});  // pixel centres at 1/8, 3/8, 5/8, 7/8
+    EXPECT_NEAR(across.at(0, 0)[3], 32, 1);
+    EXPECT_NEAR(across.at(3, 3)[3], 223, 1);
+    const auto down = alphas(1, {0, 1}, {0.5f, 0.2f});
+    EXPECT_NEAR(down.at(0, 0)[3], 204, 1) << "an eighth from the top";
+    EXPECT_NEAR(down.at(0, 3)[3], 51, 1) << "beyond the end";
+    EXPECT_NEAR(alphas(2, {0, 0}, {1, 1}).at(0, 0)[3], 11, 1) << "smooth start";
+    const auto wiped = alphas(0, {0.5f, 1}, {0.5f, 0});
+    EXPECT_EQ(wiped.at(1, 0)[3], 255);
+    EXPECT_EQ(wiped.at(2, 0)[3], 0);
+}
+
+TEST_F(PainterTest, AKeyedPictureKeepsNoKeyColour) {
+    const glm::vec4 green(0.1f, 0.8f, 0.2f, 1);
+    const auto keyed = [&](const Pixel& color, float softEdge = 0.5f) {
+        Pixel result = shown(color, KeyLook{.color = green, .softEdge = softEdge});
+        for (size_t c = 0; c < 3 && result[3]; ++c)
+            result[c] = uint8_t(std::min(255, result[c] * 255 / result[3]));
+        return result;
+    };
+    const auto mixed = [&](const glm::vec3& front, float opacity, float softEdge = 0.5f) {
+        const glm::vec3 color = glm::mix(glm::vec3(green), front, opacity) * 255.0f;
+        return keyed({uint8_t(color.r), uint8_t(color.g), uint8_t(color.b), 255}, softEdge);
+    };
+    EXPECT_EQ(mixed({0, 0, 0}, 0)[3], 0) << "the key itself";
+    EXPECT_EQ(keyed({22, 165, 46, 255})[3], 0) << "a shadow on the backdrop";
+    EXPECT_EQ(keyed({60, 220, 80, 255})[3], 0) << "a bright spot on the backdrop";
+    struct Rim {
+        const char* of;
+        glm::vec3 front;
+        int tint;  ///< by which green may exceed its share of the front's red
+    };
+    for (const Rim& rim :
+         {Rim{"brown hair", {0.2f, 0.15f, 0.1f}, 8}, Rim{"blond hair", {0.8f, 0.65f, 0.3f}, 6},
+          Rim{"orange hair", {0.9f, 0.5f, 0.1f}, 32}, Rim{"skin", {0.9f, 0.7f, 0.6f}, 14},
+          Rim{"red cloth", {0.8f, 0.2f, 0.25f}, 102}}) {
+        int previous = 0;
+        for (const float opacity : {0.4f, 0.5f, 0.6f}) {
+            const Pixel edge = mixed(rim.front, opacity);
+            EXPECT_GT(edge[3], previous) << rim.of << ": the edge is soft";
+            previous = std::min<int>(edge[3], 254);
+            EXPECT_LE(edge[1], float(edge[0]) * rim.front.g / rim.front.r + float(rim.tint))
+                << rim.of << " at " << opacity;
+        }
+    }
+    EXPECT_TRUE(isNear(mixed({0.5f, 0.5f, 0.5f}, 0.5f), {128, 128, 128, 127}, 5)) << "glass keeps its grey";
+    for (const Pixel& front : {Pixel{230, 180, 150, 255}, Pixel{255, 255, 0, 255}, Pixel{0, 255, 255, 255},
+                               Pixel{250, 250, 250, 255}, Pixel{10, 10, 10, 255}, Pixel{200, 20, 30, 255}})
+        EXPECT_TRUE(isNear(keyed(front), front)) << "what is no green stays";
+    EXPECT_EQ(mixed({0.5f, 0.5f, 0.5f}, 0.2f, 0)[3], 0) << "a hard edge";
+    EXPECT_EQ(mixed({0.5f, 0.5f, 0.5f}, 0.3f, 0)[3], 255);
+}
+
+TEST_F(PainterTest, FiltersAndColours) {
+    const Pixel color{200, 100, 50, 255};
+    const auto filtered = [&](int type) {
+        return shown(color, FilterLook{.type = type, .pictureSize = {4, 4}});
+    };
+    EXPECT_TRUE(isNear(filtered(0), color));
+    EXPECT_TRUE(isNear(filtered(1), {124, 124, 124, 255}));
+    EXPECT_TRUE(isNear(filtered(3), {55, 155, 205, 255}));
+    Texture picture = textureOf({color});
+    const FilterLook bordered{
+        .borderWidth = 0.25f, .borderColor = {0, 0, 1, 1}, .pictureSize = {4, 4}, .opacity = 0.5f};
+    const auto framed = draw(quadOf(&picture, bordered));
+    EXPECT_TRUE(isNear(framed.at(0, 2), {0, 0, 128, 128}));
+    EXPECT_TRUE(isNear(framed.at(1, 2), {100, 50, 25, 128}));
+    EXPECT_TRUE(
+        isNear(draw(quadOf(nullptr, ColorLook{.color = {1, 0.4f, 0, 0.6f}})).at(1, 1), {153, 61, 0, 153}));
+}
+
+TEST_F(PainterTest, RandomQuadsLookAlikeWithAnyLookAndBlendFunction) {
+    std::mt19937 random(11);
+    const auto among = [&](double from, double to) {
+        return float(from + (to - from) * double(random() % 10000) / 10000);
+    };
+    std::vector<Pixel> colours;
+    for (int i = 0; i < 64 * 64; ++i) {  // smooth, so that rounded places do not matter
+        const int x = i % 64, y = i / 64, alpha = 255 - x * 2;
+        colours.push_back({uint8_t(alpha * y / 64), uint8_t(alpha * (64 - y) / 64), uint8_t(alpha * x / 128),
+                           uint8_t(alpha)});
+    }
+    Texture picture = textureOf(colours, 64);
+    Texture mask = textureOf({white, {60, 60, 60, 255}, {60, 60, 60, 255}, white}, 2);
+    // GL's blur gives colours that alpha multiplies, whatever the blend function wants: it is the last, for
+    // the default function alone.
+    const Look looks[] = {PlainLook{.opacity = 0.7f},
+                          MaskLook{.mask = &mask, .maskCoordinates = {0, 1, 1, 1, 1, 0, 0, 0}},
+                          GradientLook{{0.2f, 1}, {0.9f, 0.1f}, 3},
+                          FilterLook{.type = 2, .pictureSize = {64, 64}},
+                          ColorLook{{0.8f, 0.5f, 0.1f, 0.6f}, 0.5f},
+                          BlurLook{.pictureSize = {64, 64}}};
+    const uint32_t factors[] = {0, 1, 768, 769, 770, 771, 772, 773, 774, 775, 776};
+    painters.edgePixels = 1000;  // of 96 * 96: the outlines of two quads
+    for (int trial = 0; trial < 120; ++trial) {
+        const BlendFunction blend =
+            trial % 3 ? BlendFunction{factors[random() % 11], factors[random() % 11]} : BlendFunction();
+        const auto camera = glm::perspective(1.0f, 1.0f, 0.1f, 10.0f);
+        std::vector<QuadDraw> quads;
+        for (int i = 0; i < 2; ++i) {
+            const size_t usable = std::size(looks) - (blend == BlendFunction() ? 0 : 1);
+            QuadDraw quad = quadOf(&picture, looks[random() % usable]);
+            glm::mat4 place = glm::translate(identity, {among(-0.5, 0.5), among(-0.5, 0.5), -2});
+            place = glm::rotate(place, among(0, 6), {0, 0, 1});
+            if (trial % 2) place = glm::rotate(place, among(-1, 1), {among(-1, 1), 1, 0});
+            quad.mvpMatrix = camera * place;
+            quads.push_back(quad);
+        }
+        SCOPED_TRACE("trial " + std::to_string(trial) + ", looks " + std::to_string(quads[0].look.index()) +
+                     " and " + std::to_string(quads[1].look.index()) + ", factors " +
+                     std::to_string(blend.source) + " " + std::to_string(blend.destination));
+        painters.paint(
+            96, 96, {90, 40, 20, 200},
+            [&](Painter& painter) {
+                painter.setBlendFunction(blend);
+                for (const QuadDraw& quad : quads) painter.draw(quad);
+            },
+            6);
+    }
+}
+
+/// Everything in its place, whoever draws it.
+TEST_F(PainterTest, WhatOnlyGLDrawsLiesBetweenWhatTheProcessorPaints) {
+    Texture red = textureOf({{255, 0, 0, 255}}), green = textureOf({{0, 128, 0, 128}}),
+            blue = textureOf({{0, 0, 255, 255}});
+    for (const bool adds : {false, true}) {
+        const auto drawing = [&](Painter& painter) {
+            painter.draw(quadOf(&red, PlainLook{}));
+            QuadDraw deep = quadOf(&green, PlainLook{});
+            deep.mvpMatrix = glm::scale(identity, glm::vec3(0.5f, 1, 1));
+            painter.setDepthTest(true);
+            if (adds) painter.setBlendFunction({1, 1});
+            painter.draw(deep);
+            painter.resetState();
+            QuadDraw front = quadOf(&blue, PlainLook{});
+            front.mvpMatrix = glm::scale(identity, glm::vec3(1, 0.5f, 1));
+            painter.draw(front);
+        };
+        const auto picture = painters.paint(8, 8, nothing, drawing);
+        EXPECT_EQ(picture.at(0, 0), (Pixel{255, 0, 0, 255}));
+        EXPECT_TRUE(isNear(picture.at(4, 0), adds ? Pixel{255, 128, 0, 255} : Pixel{127, 128, 0, 255}));
+        EXPECT_EQ(picture.at(4, 4), (Pixel{0, 0, 255, 255}));
+    }
+}
+
+TEST_F(PainterTest, TargetsAreDrawnIntoAndShown) {
+    Texture red = textureOf({{255, 0, 0, 255}}), half = textureOf({{0, 0, 255, 255}, nothing});
+    const auto picture = painters.paint(8, 8, nothing, [&](Painter& painter) {
+        QVFrameBufferToTexture target(4.9, 4), inner(2, 2);
+        EXPECT_EQ(target.fboWidth(), 4);
+        painter.beginTarget(target);
+        painter.draw(quadOf(&red, PlainLook{.opacity = 0.5f}));
+        painter.beginTarget(inner);
+        painter.draw(quadOf(&half, PlainLook{}));
+        painter.endTarget();
+        QuadDraw shown = quadOf(inner.texture().get(), PlainLook{});
+        shown.textureCoordinates = {0, 0, 1, 0, 1, 1, 0, 1};  // its rows start at the lower edge
+        painter.draw(shown);
+        painter.endTarget();
+        shown.texture = target.texture().get();
+        painter.draw(shown);
+        target.destroyFramebuffer();
+        EXPECT_TRUE(target.texture()->isEmpty());
+    });
+    EXPECT_TRUE(isNear(picture.at(1, 0), {0, 0, 255, 255}));
+    EXPECT_TRUE(isNear(picture.at(1, 7), {128, 0, 0, 128}));
+}
+
+TEST(SoftwarePainter, AsksForNoGLWhenNothingNeedsIt) {
+    SoftwarePainter painter(
+        []() -> std::shared_ptr<platform::GLContext> {
+            ADD_FAILURE() << "GL was asked for";
+            return platform::GLContext::create();
+        },
+        1);
+    Texture red = textureOf({{255, 0, 0, 255}});
+    painter.makeCurrent();
+    TwoPainters::paint(painter, 4, 4, nothing, [&](Painter& it) { it.draw(quadOf(&red, PlainLook{})); });
+    painter.release();
+    EXPECT_EQ(painter.device(), "");
+}
+
+}  // namespace
+}  // namespace multiscene
