@@ -84,17 +84,16 @@ TEST_F(TrackTest, ThePictureIsPinnedToItsCorners) {
 }
 
 TEST_F(TrackTest, CornersOfTheFrameAreThoseOfTheUnitSquare) {
-    const auto node = tracked("none");
-    node->computeQuadVerticesWithTrackInfo(dictionary({{"bottomleftx", "0"},
-                                                       {"bottomlefty", "0"},
-                                                       {"bottomrightx", 1},
-                                                       {"bottomrighty", 0.25},
-                                                       {"toprightx", "1"},
-                                                       {"toprighty", "1"},
-                                                       {"topleftx", 0.5},
-                                                       {"toplefty", 1}}));
     const QVQuadObject3D::Corners expected{-0.5, -0.5, 0, 0.5, -0.25, 0, 0.5, 0.5, 0, 0, 0.5, 0};
-    EXPECT_EQ(node->squareVertices(), expected);
+    EXPECT_EQ(QVQuadTrackObject3D::computeQuadVerticesWithTrackInfo(dictionary({{"bottomleftx", "0"},
+                                                                                {"bottomlefty", "0"},
+                                                                                {"bottomrightx", 1},
+                                                                                {"bottomrighty", 0.25},
+                                                                                {"toprightx", "1"},
+                                                                                {"toprighty", "1"},
+                                                                                {"topleftx", 0.5},
+                                                                                {"toplefty", 1}})),
+              expected);
 }
 
 TEST_F(TrackTest, UnreadableTracksKeepTheBoxAndAreNotTriedAgain) {

@@ -37,7 +37,8 @@ void QVQuadTrackObject3D::rendInfoWithDic(const platform::Value& info) {
 }
 
 void QVQuadTrackObject3D::parserTrackDataWithXmlPath(const std::string& trackFilePath) {
-    trackData_ = TrackFile::read(resolvedPath(trackFilePath));
+    for (const platform::Value& entry : TrackFile::read(resolvedPath(trackFilePath)))
+        trackData_.push_back(computeQuadVerticesWithTrackInfo(entry));
     if (trackData_.empty()) reportSkipped(*this, "missing or unreadable track", trackFilePath);
 }
 
@@ -48,14 +49,13 @@ void QVQuadTrackObject3D::updateData(const platform::CMTime& time) {
         isDisXmlParserOnce_ = true;
         parserTrackDataWithXmlPath(trackFilePath_);
     }
-    if (!trackData_.empty()) {
-        const size_t entry = std::min(static_cast<size_t>(curretTrackFps_), trackData_.size() - 1);
-        computeQuadVerticesWithTrackInfo(trackData_[entry]);
-    }
+    if (!trackData_.empty())
+        forceRefushSquareVertices(trackData_[std::min(curretTrackFps_, trackData_.size() - 1)]);
     ++curretTrackFps_;
 }
 
-void QVQuadTrackObject3D::computeQuadVerticesWithTrackInfo(const platform::Value& trackInfo) {
+QVQuadObject3D::Corners QVQuadTrackObject3D::computeQuadVerticesWithTrackInfo(
+    const platform::Value& trackInfo) {
     static constexpr const char* corners[] = {"bottomleft", "bottomright", "topright", "topleft"};
     Corners vertices{};
     for (size_t corner = 0; corner < 4; ++corner) {
@@ -63,7 +63,7 @@ void QVQuadTrackObject3D::computeQuadVerticesWithTrackInfo(const platform::Value
         vertices[3 * corner] = trackInfo.real(name + "x") - 0.5f;
         vertices[3 * corner + 1] = trackInfo.real(name + "y") - 0.5f;
     }
-    forceRefushSquareVertices(vertices);
+    return vertices;
 }
 
 }  // namespace multiscene

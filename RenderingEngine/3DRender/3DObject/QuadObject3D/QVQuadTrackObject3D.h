@@ -1,5 +1,7 @@
 #pragma once
 
+#include <vector>
+
 #include "3DObject/QuadObject3D/QVQuadObject3D.h"
 
 namespace multiscene {
@@ -17,20 +19,16 @@ class QVQuadTrackObject3D : public QVQuadObject3D {
 
     /// Reads the track; one that cannot be read leaves the list empty and is noted in the render report.
     void parserTrackDataWithXmlPath(const std::string& trackFilePath);
-    /// Sets the corners from one entry of the track.
-    void computeQuadVerticesWithTrackInfo(const platform::Value& trackInfo);
-
-    const std::string& trackFilePath() const { return trackFilePath_; }
-    const platform::Value::Array& trackData() const { return trackData_; }
-    int32_t curretTrackFps() const { return curretTrackFps_; }  ///< frames drawn so far
+    /// The corners that one entry of the track gives.
+    static Corners computeQuadVerticesWithTrackInfo(const platform::Value& trackInfo);
 
   protected:
     bool liesInItsBox() const override { return false; }
 
   private:
     std::string trackFilePath_;
-    platform::Value::Array trackData_;
-    int32_t curretTrackFps_ = 0;
+    std::vector<Corners> trackData_;
+    size_t curretTrackFps_ = 0;  // frames drawn so far
     bool isDisXmlParserOnce_ = false;
 };
 
