@@ -3,12 +3,12 @@
 // is decoded or drawn.
 #include <benchmark/benchmark.h>
 
+#include <stdexcept>
 #include <string>
 
 #include "core/QVScene3D.h"
 #include "core/RenderDriver.h"
 #include "core/SceneNodes.h"
-#include "tween/QVTween.h"
 
 namespace {
 
@@ -24,6 +24,7 @@ class NoDriver : public RenderDriver {
     std::shared_ptr<QVScene3D> currentScene() const override { return nullptr; }
     std::shared_ptr<QVScene3D> nextScene() const override { return nullptr; }
     std::shared_ptr<QVScene3D> transitionsScene() const override { return nullptr; }
+    Painter& painter() override { throw std::logic_error("nothing is drawn here"); }
     int64_t currentRenderFps() const override { return 0; }
     void startSoundEffect(const Value&) override {}
     void stopSoundEffect(const std::string&) override {}
@@ -78,15 +79,12 @@ void playFrames(benchmark::State& state, int stillNodes, int keyedNodes) {
         for (int frame = 0; frame < kFrames; ++frame) {
             scene->setCurrentRenderTime(platform::CMTimeMake(frame, 30));
             scene->updateData();
-            QVTween::update();
+            scene->tweens().update();
             scene->updateMatrix();
             for (const auto& node : scene->children())
                 for (int reading = 0; reading < 2; ++reading) benchmark::DoNotOptimize(node->projTransform());
             scene->renderComplete();
         }
-        state.PauseTiming();
-        QVTween::killAllTween();
-        state.ResumeTiming();
     }
     state.counters["a frame"] = benchmark::Counter(
         kFrames, benchmark::Counter::kIsIterationInvariantRate | benchmark::Counter::kInvert);

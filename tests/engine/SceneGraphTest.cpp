@@ -5,14 +5,12 @@
 #include "core/QVSceneRenderToTexture.h"
 #include "platform/base/Error.h"
 #include "tests/engine/FakeDriver.h"
-#include "tween/QVTween.h"
 
 namespace multiscene {
 namespace {
 
 class SceneGraphTest : public ::testing::Test {
   protected:
-    void TearDown() override { QVTween::killAllTween(); }
     FakeDriver driver;
     std::shared_ptr<QVScene3D> scene = QVScene3D::initRenderManager(driver);
 };
@@ -153,7 +151,7 @@ TEST_F(SceneGraphTest, NodesGoAtTheirLastFrameWithTheirTweens) {
     a->addChild(child);
     for (const auto& node : {a, b, stays}) scene->addChild(node);
     scene->updateData();
-    EXPECT_EQ(QVTween::items().size(), 1u);
+    EXPECT_EQ(scene->tweens().items().size(), 1u);
     scene->renderComplete();
     EXPECT_TRUE(scene->hasChild(*a));
     scene->setCurrentRenderTime(frame(1));
@@ -161,7 +159,7 @@ TEST_F(SceneGraphTest, NodesGoAtTheirLastFrameWithTheirTweens) {
     EXPECT_FALSE(scene->hasChild(*a));
     EXPECT_FALSE(scene->hasChild(*b));
     EXPECT_TRUE(scene->hasChild(*stays));
-    EXPECT_TRUE(QVTween::items().empty());
+    EXPECT_TRUE(scene->tweens().items().empty());
 }
 
 TEST_F(SceneGraphTest, AnInvisibleNodeKeepsItsChildrenButUpdatesItsMatrices) {
@@ -245,7 +243,7 @@ TEST_F(SceneGraphTest, ACameraNeverPlaysItsMotionItems) {
                     {"TransformArray",
                      array({dictionary({{"sartFps", 0}, {"endFps", 9}, {"startTranslate", "5,5,5"}})})}});
     auto camera = QVCamera3D::cameraWithInfo(info, scene);
-    camera->updateData(frame(0));
+    camera->updateData({0});
     EXPECT_EQ(camera->x(), 0);
     EXPECT_EQ(camera->getPpTransform()[1][1], 2 / 1280.0f);  // the aspect is the scene's
 }

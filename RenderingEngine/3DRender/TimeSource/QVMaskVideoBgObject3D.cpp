@@ -62,10 +62,9 @@ Look QVMaskVideoBgObject3D::look() const {
     return look;
 }
 
-void QVMaskVideoBgObject3D::renderComplete(const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time)) return;
-    QVQuadObject3D::renderComplete(time);
-    frameCompleted(time);
+void QVMaskVideoBgObject3D::completeDue(const Tick& tick) {
+    QVQuadObject3D::completeDue(tick);
+    frameCompleted(tick);
 }
 
 void QVMaskVideoBgObject3D::addTraceFields(platform::Value::Dictionary& fields) {

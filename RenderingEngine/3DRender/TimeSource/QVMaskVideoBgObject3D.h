@@ -22,7 +22,6 @@ class QVMaskVideoBgObject3D : public QVQuadObject3D, public TimeSourceBase {
 
     const char* className() const override { return "QVMaskVideoTimeSource"; }
     std::shared_ptr<QVObjectContainer3D> node() override { return shared_from_this(); }
-    void renderComplete(const platform::CMTime& time) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;
 
     const std::string& masterVideoPath() const { return masterVideoPath_; }
@@ -32,6 +31,7 @@ class QVMaskVideoBgObject3D : public QVQuadObject3D, public TimeSourceBase {
     const std::optional<QVVideoFrameRenderOutput>& maskOutput() const { return maskOutput_; }
 
   protected:
+    void completeDue(const Tick& tick) override;
     QVObject3DFpsBase& self() override { return *this; }
     void dropPictures() override;
     Texture* drawnTexture() const override {

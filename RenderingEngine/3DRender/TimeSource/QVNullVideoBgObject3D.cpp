@@ -51,10 +51,9 @@ void QVNullVideoBgObject3D::computeTimeSourceFpsTotal() {
     if (endFps() != INT64_MAX) TimeSourceBase::computeTimeSourceFpsTotal();
 }
 
-void QVNullVideoBgObject3D::renderComplete(const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time)) return;
-    QVObject3DFpsBase::renderComplete(time);
-    frameCompleted(time);
+void QVNullVideoBgObject3D::completeDue(const Tick& tick) {
+    QVObject3DFpsBase::completeDue(tick);
+    frameCompleted(tick);
 }
 
 }  // namespace multiscene

@@ -16,9 +16,10 @@ class QVNullVideoBgObject3D : public QVObject3DFpsBase, public TimeSourceBase {
     const char* className() const override { return "QVNullVideoTimeSource"; }
     std::shared_ptr<QVObjectContainer3D> node() override { return shared_from_this(); }
     void computeTimeSourceFpsTotal() override;
-    void renderComplete(const platform::CMTime& time) override;
 
   protected:
+    bool isCompletedAt(int64_t frame) const override { return visible() && isDueAt(frame); }
+    void completeDue(const Tick& tick) override;
     QVObject3DFpsBase& self() override { return *this; }
 };
 

@@ -38,10 +38,9 @@ void QVSingleVideoBgObject3D::initWithMaterVideoURL(const std::string& materVide
     setDecode(std::move(decode));
 }
 
-void QVSingleVideoBgObject3D::renderComplete(const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time)) return;
-    QVQuadObject3D::renderComplete(time);
-    frameCompleted(time);
+void QVSingleVideoBgObject3D::completeDue(const Tick& tick) {
+    QVQuadObject3D::completeDue(tick);
+    frameCompleted(tick);
 }
 
 void QVSingleVideoBgObject3D::addTraceFields(platform::Value::Dictionary& fields) {

@@ -21,7 +21,6 @@ class QVSingleVideoBgObject3D : public QVQuadObject3D, public TimeSourceBase {
 
     const char* className() const override { return "QVSingleVideoTimeSource"; }
     std::shared_ptr<QVObjectContainer3D> node() override { return shared_from_this(); }
-    void renderComplete(const platform::CMTime& time) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;
 
     const std::string& masterVideoPath() const { return masterVideoPath_; }
@@ -29,6 +28,7 @@ class QVSingleVideoBgObject3D : public QVQuadObject3D, public TimeSourceBase {
     const std::optional<QVVideoFrameRenderOutput>& masterOutput() const { return masterOutput_; }
 
   protected:
+    void completeDue(const Tick& tick) override;
     QVObject3DFpsBase& self() override { return *this; }
     void dropPictures() override { masterOutput_.reset(); }
     Texture* drawnTexture() const override {

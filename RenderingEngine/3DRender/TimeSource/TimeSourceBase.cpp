@@ -78,17 +78,15 @@ bool TimeSourceBase::isRootSceneCurrent() const {
     return scene && context_.renderManager && context_.renderManager->currentScene() == scene;
 }
 
-void TimeSourceBase::frameCompleted(const platform::CMTime& time) {
-    const bool isNewFrame = time.value != completedFrame_;
-    completedFrame_ = time.value;
+void TimeSourceBase::frameCompleted(const Tick& tick) {
     const auto delegate = delegate_.lock();
     if (!delegate || !isRootSceneCurrent()) return;
     if (!isLoadNextSceneOnce_) {
         isLoadNextSceneOnce_ = true;
         delegate->didLoadNextScene(*this, rootScene());
     }
-    if (isNewFrame && context_.sceneTansitionsInfo &&
-        platform::saturatingDifference(self().endFps(), time.value) == tansitionsFpsTotal_)
+    if (tick.isNew && context_.sceneTansitionsInfo &&
+        platform::saturatingDifference(self().endFps(), tick.frame) == tansitionsFpsTotal_)
         delegate->didSceneTransitions(*this, tansitionsType_, tansitionsSceneId_);
 }
 

@@ -49,7 +49,7 @@ class TimeSourceBase : public VideoTimeSource {
         };
     }
     /// The events after a frame, which must be due.
-    void frameCompleted(const platform::CMTime& time);
+    void frameCompleted(const Tick& tick);
     std::shared_ptr<QVScene3D> rootScene() const { return rootScene_.lock(); }
 
     /// A path of "VideoInfo" with its macros resolved against the scene's folder.
@@ -70,7 +70,6 @@ class TimeSourceBase : public VideoTimeSource {
     bool isLoadNextSceneOnce_ = false, hasEndedAsCurrent_ = false;
     int32_t tansitionsType_ = 0;
     int64_t tansitionsSceneId_ = 0, tansitionsFpsTotal_ = 0;
-    int64_t completedFrame_ = -1;
 };
 
 }  // namespace multiscene

@@ -104,8 +104,8 @@ QVLightBase::KeyMoves QVLightBase::keyMovesOf(const platform::Value& key) {
             .color = move("startLightSourceColor", "endLightSourceColor", "colorEase")};
 }
 
-void QVLightBase::updateData(const platform::CMTime& time) {
-    keyAnimation_.updateData(time.value, nullptr, [this](const KeyMoves& moves, const KeyProgress& progress) {
+void QVLightBase::updateData(int64_t frame) {
+    keyAnimation_.updateData(frame, nullptr, [this](const KeyMoves& moves, const KeyProgress& progress) {
         if (moves.position) lightSourcePosition_ = moves.position->easedAt(progress.linear, nullptr);
         if (moves.color) lightSourceColor_ = moves.color->easedAt(progress.linear, nullptr);
     });

@@ -9,7 +9,6 @@
 #include "core/KeyFrames.h"
 #include "core/LightMaterial.h"
 #include "painter/Draw.h"
-#include "platform/base/CMTime.h"
 
 namespace multiscene {
 
@@ -40,7 +39,7 @@ class QVLightBase {
     static std::string definitionsForLightArray(const Lights& lights, bool isLightEnable);
 
     virtual void lightInfoWithDic(const platform::Value& info);
-    void updateData(const platform::CMTime& time);
+    void updateData(int64_t frame);
 
     LightSourceType lightSourceType() const { return lightSourceType_; }
     const glm::vec3& lightSourceColor() const { return lightSourceColor_; }

@@ -172,32 +172,32 @@ void QVObject3DFpsBase::readRenderToTexture(const KeyReader& fpsInfo) {
         owner->setRenderToTexture(fpsInfo.text("textureMapKey"), frameBufferToTexture_);
 }
 
-void QVObject3DFpsBase::updateData(const platform::CMTime& time) {
-    QVObjectContainer3D::updateData(time);
-    updateKeyFrames(time.value);
+void QVObject3DFpsBase::updateDue(const Tick& tick) {
+    QVObjectContainer3D::updateDue(tick);
+    updateKeyFrames(tick.frame);
 }
 
-void QVObject3DFpsBase::renderTargets(Painter& painter, const platform::CMTime& time) {
+void QVObject3DFpsBase::renderTargets(Painter& painter, const Tick& tick) {
     if (isRenderToTexture_)
-        renderSelfAndChildrens(painter, time);
+        renderSelfAndChildrens(painter, tick);
     else
-        QVObjectContainer3D::renderTargets(painter, time);
+        QVObjectContainer3D::renderTargets(painter, tick);
 }
 
-void QVObject3DFpsBase::renderingBeforeConfig(Painter& painter, const platform::CMTime&) {
+void QVObject3DFpsBase::renderingBeforeConfig(Painter& painter, const Tick&) {
     if (isRenderToTexture_) painter.beginTarget(*frameBufferToTexture_);
     if (isEnableDephTest_) painter.setDepthTest(true);
     if (isChangeBlend_) painter.setBlendFunction({srcBlend_, dstBlend_});
 }
 
-void QVObject3DFpsBase::renderingAfterConfig(Painter& painter, const platform::CMTime&) {
+void QVObject3DFpsBase::renderingAfterConfig(Painter& painter, const Tick&) {
     if (isRenderToTexture_) painter.endTarget();
     painter.resetState();
 }
 
-void QVObject3DFpsBase::renderComplete(const platform::CMTime& time) {
-    QVObjectContainer3D::renderComplete(time);
-    if (time.value == endFps_) setIsRenderFinishNeedRemove(true);
+void QVObject3DFpsBase::completeDue(const Tick& tick) {
+    QVObjectContainer3D::completeDue(tick);
+    if (tick.frame == endFps_) setIsRenderFinishNeedRemove(true);
 }
 
 std::string QVObject3DFpsBase::sceneIdentifier() const {

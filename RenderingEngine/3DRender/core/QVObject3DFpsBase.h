@@ -20,9 +20,7 @@ class QVObject3DFpsBase : public QVObjectContainer3D {
     static uint32_t blendParmeWithString(std::string_view name);
 
     /// True from sartFps to endFps, both inclusive.
-    bool isNeedRenderWithCMTime(const platform::CMTime& time) const {
-        return sartFps_ <= time.value && time.value <= endFps_;
-    }
+    bool isDueAt(int64_t frame) const { return sartFps_ <= frame && frame <= endFps_; }
 
     int64_t sartFps() const { return sartFps_; }
     int64_t endFps() const { return endFps_; }
@@ -37,19 +35,19 @@ class QVObject3DFpsBase : public QVObjectContainer3D {
     const std::shared_ptr<Shader>& customShader() const { return customShader_; }
 
     void rendInfoWithDic(const platform::Value& info) override;
-    void updateData(const platform::CMTime& time) override;
-    void renderTargets(Painter& painter, const platform::CMTime& time) override;
-    void renderingBeforeConfig(Painter& painter, const platform::CMTime& time) override;
+    void renderTargets(Painter& painter, const Tick& tick) override;
+    void renderingBeforeConfig(Painter& painter, const Tick& tick) override;
     /// draw(), in the node's frames.
-    void render(Painter& painter, const platform::CMTime& time) final {
-        if (isNeedRenderWithCMTime(time)) draw(painter);
+    void render(Painter& painter, const Tick& tick) final {
+        if (isDueAt(tick.frame)) draw(painter);
     }
     /// Closing any node's bracket turns the depth test off and resets the blend function, whatever they were.
-    void renderingAfterConfig(Painter& painter, const platform::CMTime& time) override;
-    void renderComplete(const platform::CMTime& time) override;
+    void renderingAfterConfig(Painter& painter, const Tick& tick) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;
 
   protected:
+    void updateDue(const Tick& tick) override;
+    void completeDue(const Tick& tick) override;
     /// Says what is to be drawn of the node itself, and changes nothing.
     virtual void draw(Painter&) {}
     /// Reads the keys of "AnimationInfo". The base animates nothing.

@@ -77,23 +77,15 @@ const std::array<float, 8>& QVObject3DTextureBase::masterTextureCoordinates() co
                             : QVTextureMaterial::topDownTextureCoordinates;
 }
 
-bool QVObject3DTextureBase::isFirstFrame(const platform::CMTime& time) {
-    // The last turn of a video that ran dry repeats a frame number: that is no second first frame.
-    if (hasLoaded_ || time.value != sartFps()) return false;
-    return hasLoaded_ = true;
+void QVObject3DTextureBase::updateDue(const Tick& tick) {
+    QVObject3DTransformBase::updateDue(tick);
+    if (tick.isNew && tick.frame == sartFps()) loadTexture();
+    if (material_) material_->updateMaterial(tick.frame);
 }
 
-void QVObject3DTextureBase::updateData(const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time)) return;
-    QVObject3DTransformBase::updateData(time);
-    if (isFirstFrame(time)) loadTexture();
-    if (material_) material_->updateMaterial(time);
-}
-
-void QVObject3DTextureBase::renderComplete(const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time)) return;
-    QVObject3DTransformBase::renderComplete(time);
-    if (material_ && time.value == endFps()) material_->destroyMaterial();
+void QVObject3DTextureBase::completeDue(const Tick& tick) {
+    QVObject3DTransformBase::completeDue(tick);
+    if (material_ && tick.frame == endFps()) material_->destroyMaterial();
 }
 
 void QVObject3DTextureBase::addTraceFields(platform::Value::Dictionary& fields) {

@@ -23,8 +23,6 @@ class QVObject3DTextureBase : public QVObject3DTransformBase {
     const char* className() const override { return "QVObject3DTextureBase"; }
 
     void rendInfoWithDic(const platform::Value& info) override;
-    void updateData(const platform::CMTime& time) override;
-    void renderComplete(const platform::CMTime& time) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;
 
     /// The file behind the "texture" of the texture info: the user's value of that name, else the name itself
@@ -48,17 +46,17 @@ class QVObject3DTextureBase : public QVObject3DTransformBase {
     const std::array<float, 8>& masterTextureCoordinates() const;
 
   protected:
+    bool isCompletedAt(int64_t frame) const override { return visible() && isDueAt(frame); }
+    void updateDue(const Tick& tick) override;
+    void completeDue(const Tick& tick) override;
     void setMaterial(std::shared_ptr<QVMaterialBase> material);
     /// What a material of this node is made with, given the file that it shows.
     MaterialContext materialContext(std::string path);
 
   private:
-    bool isFirstFrame(const platform::CMTime& time);
-
     platform::Value textureInfo_;
     std::shared_ptr<QVMaterialBase> material_;
     QVTextureMaterial* textureMaterial_ = nullptr;  // material_ again
-    bool hasLoaded_ = false;
 };
 
 }  // namespace multiscene

@@ -4,10 +4,10 @@
 #include <utility>
 
 #include "core/NodeTypes.h"
+#include "core/QVScene3D.h"
 #include "core/SceneNodes.h"
 #include "core/TransformItemKeys.h"
 #include "platform/base/Saturating.h"
-#include "tween/QVTween.h"
 
 namespace multiscene {
 
@@ -75,11 +75,10 @@ void QVObject3DTransformBase::addSubObject3DWithArray(const platform::Value::Arr
     for (const platform::Value& entry : childInfo) addChild(SceneNodes::object3DWithInfo(entry, scene()));
 }
 
-void QVObject3DTransformBase::updateData(const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time)) return;
-    if (!transformArray_.empty()) stepTransformArray(static_cast<int32_t>(time.value));
-    if (!mutableTransformArray_.empty()) refushMutableTransformWithFps(static_cast<int32_t>(time.value));
-    QVObject3DFpsBase::updateData(time);
+void QVObject3DTransformBase::updateDue(const Tick& tick) {
+    if (!transformArray_.empty() && tick.isNew) stepTransformArray(static_cast<int32_t>(tick.frame));
+    if (!mutableTransformArray_.empty()) refushMutableTransformWithFps(static_cast<int32_t>(tick.frame));
+    QVObject3DFpsBase::updateDue(tick);
 }
 
 // The sequence
@@ -103,38 +102,39 @@ void QVObject3DTransformBase::loadTransformWithIndex(size_t index) {
 }
 
 void QVObject3DTransformBase::stepTransformArray(int64_t frame) {
-    // The last turn of a video that ran dry repeats a frame number: no item starts or ends twice.
-    if (frame == std::exchange(lastSteppedFrame_, frame)) return;
     // The start wins: an item that ends where it starts never ends, and the list stops there.
     if (frame == loaded_.sartFps) {
         addTweenOrRefushTransform();
     } else if (frame == loaded_.endFps) {
-        QVTween::killTweenOf(*this);
+        if (const auto owner = scene()) owner->tweens().killTweenOf(*this);
         loadTransformWithIndex(currentTransformIndex_ + 1);
     }
 }
 
 void QVObject3DTransformBase::addTweenOrRefushTransform() {
+    const auto owner = scene();
+    if (!owner) return;
+    QVTween& tweens = owner->tweens();
     const auto self = std::static_pointer_cast<QVObject3DTransformBase>(shared_from_this());
     const auto duration = static_cast<float>(platform::saturatingDifference(loaded_.endFps, loaded_.sartFps));
     const auto timing = [&](int32_t ease) { return TweenTiming{.duration = duration, .ease = ease}; };
     const TransformItem::Channel &translate = loaded_.translate, &scale = loaded_.scale,
                                  &rotate = loaded_.rotate;
     if (translate.end)
-        QVTween::translationTo(self, *translate.start, *translate.end, timing(translate.ease));
+        tweens.translationTo(self, *translate.start, *translate.end, timing(translate.ease));
     else
         setPosition(*translate.start);
     if (scale.end)
-        QVTween::scaleTo(self, *scale.start, *scale.end, timing(scale.ease));
+        tweens.scaleTo(self, *scale.start, *scale.end, timing(scale.ease));
     else
         setScale(*scale.start);
     if (rotate.end)
-        QVTween::rotateTo(self, *rotate.start, *rotate.end, timing(rotate.ease));
+        tweens.rotateTo(self, *rotate.start, *rotate.end, timing(rotate.ease));
     else
         setRotation(*rotate.start);
     if (loaded_.texture)
-        QVTween::textureTramformTo(self, textureMatrixPointer(), loaded_.texture->from, loaded_.texture->to,
-                                   timing(rotate.ease));
+        tweens.textureTramformTo(self, textureMatrixPointer(), loaded_.texture->from, loaded_.texture->to,
+                                 timing(rotate.ease));
 }
 
 // Independent items

@@ -24,7 +24,6 @@ class QVObject3DTransformBase : public QVObject3DFpsBase {
     const char* className() const override { return "QVObject3DTransformBase"; }
 
     void rendInfoWithDic(const platform::Value& info) override;
-    void updateData(const platform::CMTime& time) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;
 
     /// What the items hold is read now, not when they are played.
@@ -46,6 +45,10 @@ class QVObject3DTransformBase : public QVObject3DFpsBase {
     /// Rebuilds the mutable transform from the items that cover the frame.
     void refushMutableTransformWithFps(int32_t frame);
 
+  protected:
+    bool isUpdatedAt(int64_t frame) const override { return visible() && isDueAt(frame); }
+    void updateDue(const Tick& tick) override;
+
   private:
     void loadTransformWithIndex(size_t index);
     void stepTransformArray(int64_t frame);
@@ -56,7 +59,6 @@ class QVObject3DTransformBase : public QVObject3DFpsBase {
     std::vector<MutableTransformItem> mutableTransformArray_;
     size_t currentTransformIndex_ = 0;
     TransformItem loaded_;  // every channel has a start
-    int64_t lastSteppedFrame_ = -1;
     glm::mat4 textureMatrix_{1};
     std::map<std::string, ZBBezierModel> translateBezier_;
 };

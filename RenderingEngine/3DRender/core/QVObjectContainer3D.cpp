@@ -7,7 +7,6 @@
 #include "core/carmera/QVCamera3D.h"
 #include "core/component/QVObject3DComponentBase.h"
 #include "platform/base/Error.h"
-#include "tween/QVTween.h"
 
 namespace multiscene {
 
@@ -172,41 +171,42 @@ void QVObjectContainer3D::updateMatrix() {
     for (const auto& child : children_) child->updateMatrix();
 }
 
-void QVObjectContainer3D::updateData(const platform::CMTime& time) {
-    if (!visible()) return;
-    if (camera_) camera_->updateData(time);
-    for (const auto& light : ligthArray_) light->updateData(time);
-    for (const auto& component : components_) component->updateData(time);
-    for (const auto& child : children_) child->updateData(time);
+void QVObjectContainer3D::updateData(const Tick& tick) {
+    if (isUpdatedAt(tick.frame)) updateDue(tick);
 }
 
-void QVObjectContainer3D::renderSelfAndChildrens(Painter& painter, const platform::CMTime& time) {
+void QVObjectContainer3D::updateDue(const Tick& tick) {
+    if (camera_) camera_->updateData(tick);
+    for (const auto& light : ligthArray_) light->updateData(tick.frame);
+    for (const auto& component : components_) component->updateData(tick);
+    for (const auto& child : children_) child->updateData(tick);
+}
+
+void QVObjectContainer3D::renderSelfAndChildrens(Painter& painter, const Tick& tick) {
     if (!visible()) return;
-    if (camera_) camera_->renderSelfAndChildrens(painter, time);
-    renderingBeforeConfig(painter, time);
-    renderSelf(painter, time);
-    for (const auto& child : children_) child->renderSelfAndChildrens(painter, time);
-    renderingAfterConfig(painter, time);
+    if (camera_) camera_->renderSelfAndChildrens(painter, tick);
+    renderingBeforeConfig(painter, tick);
+    render(painter, tick);
+    for (const auto& child : children_) child->renderSelfAndChildrens(painter, tick);
+    renderingAfterConfig(painter, tick);
 }
 
 // The brackets set the state that targets below are drawn with.
-void QVObjectContainer3D::renderTargets(Painter& painter, const platform::CMTime& time) {
+void QVObjectContainer3D::renderTargets(Painter& painter, const Tick& tick) {
     if (!visible()) return;
-    renderingBeforeConfig(painter, time);
-    for (const auto& child : children_) child->renderTargets(painter, time);
-    renderingAfterConfig(painter, time);
+    renderingBeforeConfig(painter, tick);
+    for (const auto& child : children_) child->renderTargets(painter, tick);
+    renderingAfterConfig(painter, tick);
 }
 
-void QVObjectContainer3D::renderSelf(Painter& painter, const platform::CMTime& time) {
-    for (const auto& component : components_) component->render(time);
-    render(painter, time);
+void QVObjectContainer3D::renderComplete(const Tick& tick) {
+    if (isCompletedAt(tick.frame)) completeDue(tick);
 }
 
-void QVObjectContainer3D::renderComplete(const platform::CMTime& time) {
-    if (!visible()) return;
-    if (camera_) camera_->renderComplete(time);
-    for (const auto& component : components_) component->renderComplete(time);
-    for (const auto& child : children_) child->renderComplete(time);
+void QVObjectContainer3D::completeDue(const Tick& tick) {
+    if (camera_) camera_->renderComplete(tick);
+    for (const auto& component : components_) component->renderComplete(tick);
+    for (const auto& child : children_) child->renderComplete(tick);
     removeFinished(children_);
 }
 
@@ -247,9 +247,9 @@ void QVObjectContainer3D::insertByDepth(Children& nodes, const std::shared_ptr<Q
 
 namespace {
 
-void killTweensBelow(QVObjectContainer3D& node) {
-    QVTween::killAllTweenOf(node);
-    for (const auto& child : node.children()) killTweensBelow(*child);
+void killTweensBelow(QVTween& tweens, const QVObjectContainer3D& node) {
+    tweens.killAllTweenOf(node);
+    for (const auto& child : node.children()) killTweensBelow(tweens, *child);
 }
 
 }  // namespace
@@ -257,7 +257,7 @@ void killTweensBelow(QVObjectContainer3D& node) {
 void QVObjectContainer3D::removeFinished(Children& nodes) {
     std::erase_if(nodes, [](const std::shared_ptr<QVObjectContainer3D>& node) {
         if (!node->isRenderFinishNeedRemove_) return false;
-        killTweensBelow(*node);
+        if (const auto owner = node->scene()) killTweensBelow(owner->tweens(), *node);
         node->parent_.reset();
         node->hasParent_ = false;
         node->setScene(nullptr);

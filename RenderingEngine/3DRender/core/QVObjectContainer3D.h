@@ -5,8 +5,8 @@
 #include <vector>
 
 #include "core/QVObject3D.h"
+#include "core/Tick.h"
 #include "other/KeyTable.h"
-#include "platform/base/CMTime.h"
 #include "platform/base/Value.h"
 
 namespace multiscene {
@@ -89,15 +89,16 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
 
     // Frame
     virtual void updateMatrix();
-    virtual void updateData(const platform::CMTime& time);
-    virtual void renderSelfAndChildrens(Painter& painter, const platform::CMTime& time);
+    /// updateDue() when isUpdatedAt().
+    void updateData(const Tick& tick);
+    void renderSelfAndChildrens(Painter& painter, const Tick& tick);
     /// The part of it that draws into render targets: all that later frames can show of this one.
-    virtual void renderTargets(Painter& painter, const platform::CMTime& time);
-    virtual void renderingBeforeConfig(Painter&, const platform::CMTime&) {}
-    void renderSelf(Painter& painter, const platform::CMTime& time);
-    virtual void render(Painter&, const platform::CMTime&) {}
-    virtual void renderingAfterConfig(Painter&, const platform::CMTime&) {}
-    virtual void renderComplete(const platform::CMTime& time);
+    virtual void renderTargets(Painter& painter, const Tick& tick);
+    virtual void renderingBeforeConfig(Painter&, const Tick&) {}
+    virtual void render(Painter&, const Tick&) {}
+    virtual void renderingAfterConfig(Painter&, const Tick&) {}
+    /// completeDue() when isCompletedAt().
+    void renderComplete(const Tick& tick);
 
     // Depth order
     float renderDepth() const { return renderDepth_; }
@@ -146,16 +147,23 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
 
     // TweenTarget
     BezierSample bezierResultWithTime(float time, const std::string& bezierIdentifier) const override;
-    const void* tweenScene() const override { return scene().get(); }
 
     /// Adds what a trace line shows of this node.
     virtual void addTraceFields(platform::Value::Dictionary& fields);
 
+  protected:
+    /// Whether the node and all below it take part in a frame's update, and in its completion.
+    virtual bool isUpdatedAt(int64_t /*frame*/) const { return visible(); }
+    virtual bool isCompletedAt(int64_t /*frame*/) const { return visible(); }
+    /// One frame's work; a class calls its base.
+    virtual void updateDue(const Tick& tick);
+    virtual void completeDue(const Tick& tick);
+
   private:
-    std::string name_;
     QVCamera3D* view() const;
     glm::mat4 modelViewWith(const QVCamera3D* view);
 
+    std::string name_;
     // A dirty world matrix goes with a dirty projection, and with dirty ones in the whole subtree.
     bool isSceneTransformDirty_ = true, isprojTransformDirty_ = true;
     bool isTouching_ = false, isTouchDown_ = false, isHitTestRect_ = false;

@@ -83,24 +83,26 @@ void QVScene3D::updateMatrix() {
 }
 
 void QVScene3D::updateData() {
-    if (camera_) camera_->updateData(currentRenderTime_);
-    for (const auto& light : lightArray_) light->updateData(currentRenderTime_);
-    for (const auto& child : children_) child->updateData(currentRenderTime_);
+    isNewFrame_ = updatedFrame_ != currentRenderTime_.value;
+    updatedFrame_ = currentRenderTime_.value;
+    if (camera_) camera_->updateData(tick());
+    for (const auto& light : lightArray_) light->updateData(tick().frame);
+    for (const auto& child : children_) child->updateData(tick());
 }
 
 void QVScene3D::render(Painter& painter) {
-    if (camera_) camera_->renderSelfAndChildrens(painter, currentRenderTime_);
-    for (const auto& child : children_) child->renderSelfAndChildrens(painter, currentRenderTime_);
+    if (camera_) camera_->renderSelfAndChildrens(painter, tick());
+    for (const auto& child : children_) child->renderSelfAndChildrens(painter, tick());
 }
 
 void QVScene3D::renderTargets(Painter& painter) {
     if (renderToTextureMap_.empty()) return;
-    for (const auto& child : children_) child->renderTargets(painter, currentRenderTime_);
+    for (const auto& child : children_) child->renderTargets(painter, tick());
 }
 
 void QVScene3D::renderComplete() {
-    if (camera_) camera_->renderComplete(currentRenderTime_);
-    for (const auto& child : children_) child->renderComplete(currentRenderTime_);
+    if (camera_) camera_->renderComplete(tick());
+    for (const auto& child : children_) child->renderComplete(tick());
     QVObjectContainer3D::removeFinished(children_);
 }
 

@@ -2,11 +2,14 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 #include "core/QVObjectContainer3D.h"
 #include "core/RenderDriver.h"
 #include "other/SceneCatalogue.h"
+#include "platform/base/CMTime.h"
+#include "tween/QVTween.h"
 
 namespace multiscene {
 
@@ -42,13 +45,15 @@ class QVScene3D : public std::enable_shared_from_this<QVScene3D> {
     const QVObjectContainer3D::Lights& lightArray() const { return lightArray_; }
     void setLightArray(QVObjectContainer3D::Lights lights) { lightArray_ = std::move(lights); }
 
-    // One frame, in this order; each passes currentRenderTime().
+    // One frame, in this order; each passes what currentRenderTime() says. Between update and matrices the
+    // scene's tweens are stepped.
     void updateData();
     void updateMatrix();
     void render(Painter& painter);
     /// Draws what its nodes render into textures, and nothing else.
     void renderTargets(Painter& painter);
     void renderComplete();
+    QVTween& tweens() { return tweens_; }
     void dispose();
 
     float width() const { return width_; }    ///< pixels
@@ -86,6 +91,7 @@ class QVScene3D : public std::enable_shared_from_this<QVScene3D> {
 
   private:
     explicit QVScene3D(RenderDriver& renderManager);
+    Tick tick() const { return {.frame = currentRenderTime_.value, .isNew = isNewFrame_}; }
 
     RenderDriver& renderManager_;
     float width_, height_;
@@ -96,6 +102,9 @@ class QVScene3D : public std::enable_shared_from_this<QVScene3D> {
     SceneConfigData sceneConfigData_;
     std::string sceneIdentifier_;
     platform::CMTime currentRenderTime_;
+    std::optional<int64_t> updatedFrame_;
+    bool isNewFrame_ = true;
+    QVTween tweens_;
     bool isTouchDown_ = false;
     glm::vec2 touchDownPosition_{0};
     std::unique_ptr<QVSceneRenderToTexture> renderToTextureObject_;

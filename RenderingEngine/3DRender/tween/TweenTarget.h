@@ -30,9 +30,6 @@ class TweenTarget {
 
     /// The path named `bezierIdentifier` at `time`, 0 to 1. Any other time gives the last sample.
     virtual BezierSample bezierResultWithTime(float time, const std::string& bezierIdentifier) const = 0;
-
-    /// Identifies the scene that the object belongs to; null when it is in none.
-    virtual const void* tweenScene() const = 0;
 };
 
 }  // namespace multiscene

@@ -4,7 +4,6 @@
 #include "core/QVSceneRenderToTexture.h"
 #include "core/VideoTimeSource.h"
 #include "platform/base/Value.h"
-#include "tween/QVTween.h"
 #include "videoRenderCore/QVMultiSceneRenderManager.h"
 
 namespace multiscene {
@@ -90,7 +89,8 @@ void QVMultiSceneRenderManager::advance(Scenes scenes) {
     const StageTimer timer(statistics_.update);
     for (const auto& scene : scenes)
         if (scene) scene->updateData();
-    QVTween::update();
+    for (const auto& scene : scenes)
+        if (scene) scene->tweens().update();
     for (const auto& scene : scenes)
         if (scene) scene->updateMatrix();
     if (frameSampleBlock_) frameSampleBlock_(currentRenderFps_);

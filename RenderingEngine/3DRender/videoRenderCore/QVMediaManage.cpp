@@ -5,7 +5,6 @@
 #include "core/carmera/QVCamera3D.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "other/RenderReport.h"
-#include "tween/QVTween.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {
@@ -18,7 +17,7 @@ constexpr float placeholderWidth = 2, placeholderAspect = 1.3333f;
 void cleanUp(const std::shared_ptr<QVScene3D>& scene, bool removesChildren) {
     if (!scene) return;
     if (const auto timeSource = scene->timeSource()) timeSource->cancelDecode();
-    QVTween::killTweenOfScene(scene.get());
+    scene->tweens().killAllTween();
     if (!removesChildren) return;
     scene->dispose();
     scene->removeAllChild();

@@ -7,7 +7,6 @@
 #include "platform/base/CurrentError.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/NotificationCenter.h"
-#include "tween/QVTween.h"
 #include "videoDecode/QVVideoDecodeBase.h"
 
 namespace multiscene {
@@ -122,7 +121,6 @@ void QVMultiSceneRenderManager::clearScenes() {
         slot->reset();
     }
     sceneRenderType_ = SceneRenderType::Single;
-    QVTween::killAllTween();
 }
 
 void QVMultiSceneRenderManager::resetCurrentRenderFps() {

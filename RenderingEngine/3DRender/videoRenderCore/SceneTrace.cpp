@@ -43,7 +43,7 @@ Value nodeLine(QVObjectContainer3D& node, const Value::Array& path, const Value&
     fields["path"] = Value(path);
     fields["parent"] = parent;
     if (const auto* ranged = dynamic_cast<const QVObject3DFpsBase*>(&node))
-        fields["due"] = Value(ranged->isNeedRenderWithCMTime(time));
+        fields["due"] = Value(ranged->isDueAt(time.value));
     return Value(std::move(fields));
 }
 

@@ -67,19 +67,17 @@ platform::LetterText QVGLFontTextObjectBase::letterText() const {
         .lineLength = reader.number("lineLength")};
 }
 
-void QVGLFontTextObjectBase::updateData(const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time)) return;
-    QVObject3DTransformBase::updateData(time);
+void QVGLFontTextObjectBase::updateDue(const Tick& tick) {
+    QVObject3DTransformBase::updateDue(tick);
     if (hasLetters_) return;
     hasLetters_ = true;
     const std::vector<char32_t> leftOut = makeLetters(letterText());
     if (!leftOut.empty()) reportSkipped(*this, "letters that cannot be drawn", letterNames(leftOut));
 }
 
-void QVGLFontTextObjectBase::renderComplete(const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time)) return;
-    QVObject3DTransformBase::renderComplete(time);
-    if (time.value == endFps()) dropLetters();
+void QVGLFontTextObjectBase::completeDue(const Tick& tick) {
+    QVObject3DTransformBase::completeDue(tick);
+    if (tick.frame == endFps()) dropLetters();
 }
 
 void QVGLFontTextObjectBase::animationWithInfo(const platform::Value::Array& keys) {

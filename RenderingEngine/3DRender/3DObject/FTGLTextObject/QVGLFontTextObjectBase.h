@@ -16,13 +16,14 @@ extern const KeyTable fontObjectKeys;
 class QVGLFontTextObjectBase : public QVObject3DTransformBase {
   public:
     void rendInfoWithDic(const platform::Value& info) override;
-    void updateData(const platform::CMTime& time) override;
-    void renderComplete(const platform::CMTime& time) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;
 
     float renderAlpha() const { return renderAlpha_.value(); }  ///< 0 transparent to 1
 
   protected:
+    bool isCompletedAt(int64_t frame) const override { return visible() && isDueAt(frame); }
+    void updateDue(const Tick& tick) override;
+    void completeDue(const Tick& tick) override;
     void animationWithInfo(const platform::Value::Array& keys) override;
     void updateKeyFrames(int64_t frame) override { renderAlpha_.updateData(frame, *this); }
     /// The letters that could not be made.

@@ -21,11 +21,10 @@ void QVPvrTextureSerialQuadObject3D::rendInfoWithDic(const platform::Value& info
     sequence_.emplace(KeyReader(pvrSerialKeys, info).value("PvrTextureSerialInfo"));
 }
 
-void QVPvrTextureSerialQuadObject3D::updateData(const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time)) return;
-    QVQuadObject3D::updateData(time);
+void QVPvrTextureSerialQuadObject3D::updateDue(const Tick& tick) {
+    QVQuadObject3D::updateDue(tick);
     const auto name =
-        sequence_ ? sequence_->animationWithCurrentFps(time.value, sartFps(), endFps()) : std::nullopt;
+        sequence_ ? sequence_->animationWithCurrentFps(tick.frame, sartFps(), endFps()) : std::nullopt;
     if (!name || *name == shownName_) return;
     reloadTextureFromPvr(*name);
     shownName_ = *name;

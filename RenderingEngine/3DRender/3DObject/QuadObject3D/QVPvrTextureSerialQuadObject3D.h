@@ -14,7 +14,9 @@ class QVPvrTextureSerialQuadObject3D : public QVQuadObject3D {
     const char* className() const override { return "QVPvrTextureSerialQuadObject3D"; }
 
     void rendInfoWithDic(const platform::Value& info) override;
-    void updateData(const platform::CMTime& time) override;
+
+  protected:
+    void updateDue(const Tick& tick) override;
 
   private:
     std::optional<PictureSequence> sequence_;

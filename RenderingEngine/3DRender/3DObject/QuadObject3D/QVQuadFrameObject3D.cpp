@@ -97,9 +97,9 @@ void QVQuadFrameObject3D::rendInfoWithDic(const platform::Value& info) {
                .isReflection = reader.boolean("isReflection")};
 }
 
-void QVQuadFrameObject3D::updateData(const platform::CMTime& time) {
-    QVQuadDiaphaneityObject3D::updateData(time);
-    filter_.time = normalTime(time.value);
+void QVQuadFrameObject3D::updateDue(const Tick& tick) {
+    QVQuadDiaphaneityObject3D::updateDue(tick);
+    filter_.time = normalTime(tick.frame);
 }
 
 float QVQuadFrameObject3D::normalTime(int64_t frame) const {

@@ -11,9 +11,9 @@ class QVQuadFrameObject3D : public QVQuadDiaphaneityObject3D {
     const char* className() const override { return "QVQuadFrameObject3D"; }
 
     void rendInfoWithDic(const platform::Value& info) override;
-    void updateData(const platform::CMTime& time) override;
 
   protected:
+    void updateDue(const Tick& tick) override;
     Look look() const override;
 
   private:

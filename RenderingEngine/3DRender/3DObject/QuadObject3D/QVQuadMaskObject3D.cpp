@@ -59,15 +59,13 @@ void QVQuadMaskObject3D::rendInfoWithDic(const platform::Value& info) {
         maskInfo_ = maskInfo_.with("texture", reader.value("maskTextureName"));
 }
 
-void QVQuadMaskObject3D::updateData(const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time)) return;
-    QVQuadObject3D::updateData(time);
-    if (time.value == sartFps() && !hasLoadedMask_) loadMask();
-    if (maskMaterial_) maskMaterial_->updateMaterial(time);
+void QVQuadMaskObject3D::updateDue(const Tick& tick) {
+    QVQuadObject3D::updateDue(tick);
+    if (tick.isNew && tick.frame == sartFps()) loadMask();
+    if (maskMaterial_) maskMaterial_->updateMaterial(tick.frame);
 }
 
 void QVQuadMaskObject3D::loadMask() {
-    hasLoadedMask_ = true;
     if (!maskInfo_) return;
     std::string path = QVMultiSceneRenderShareSettings::computeFilePathUserMap(
         textureNameOf(maskInfo_), sceneIdentifier(), sceneResourceFolderPath());
@@ -81,10 +79,9 @@ void QVQuadMaskObject3D::draw(Painter& painter) {
                                    .opacity = renderAlpha()});
 }
 
-void QVQuadMaskObject3D::renderComplete(const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time)) return;
-    QVQuadObject3D::renderComplete(time);
-    if (time.value == endFps()) maskMaterial_.reset();
+void QVQuadMaskObject3D::completeDue(const Tick& tick) {
+    QVQuadObject3D::completeDue(tick);
+    if (tick.frame == endFps()) maskMaterial_.reset();
 }
 
 void QVQuadMaskObject3D::animationWithInfo(const platform::Value::Array& keys) {

@@ -13,13 +13,13 @@ class QVQuadMaskObject3D : public QVQuadObject3D {
     const char* className() const override { return "QVQuadMaskObject3D"; }
 
     void rendInfoWithDic(const platform::Value& info) override;
-    void updateData(const platform::CMTime& time) override;
-    void renderComplete(const platform::CMTime& time) override;
 
     float renderAlpha() const { return renderAlpha_.value(); }  ///< 0 transparent to 1
     const QVMaterialBase* maskMaterial() const { return maskMaterial_.get(); }
 
   protected:
+    void updateDue(const Tick& tick) override;
+    void completeDue(const Tick& tick) override;
     void animationWithInfo(const platform::Value::Array& keys) override;
     void updateKeyFrames(int64_t frame) override { renderAlpha_.updateData(frame, *this); }
     void draw(Painter& painter) override;
@@ -31,7 +31,6 @@ class QVQuadMaskObject3D : public QVQuadObject3D {
     AnimatedNumber renderAlpha_{1};
     platform::Value maskInfo_;
     std::shared_ptr<QVMaterialBase> maskMaterial_;
-    bool hasLoadedMask_ = false;
 };
 
 }  // namespace multiscene

@@ -114,22 +114,14 @@ ShownBox QVQuadObject3D::largestShownBox() {
             .isCovered = contentMode_ == static_cast<int32_t>(QuadContentMode::Fill)};
 }
 
-void QVQuadObject3D::updateData(const platform::CMTime& time) {
-    if (isNeedRenderWithCMTime(time)) QVObject3DTextureBase::updateData(time);
-}
-
-void QVQuadObject3D::renderComplete(const platform::CMTime& time) {
-    if (isNeedRenderWithCMTime(time)) QVObject3DTextureBase::renderComplete(time);
-}
-
-void QVQuadObject3D::renderingBeforeConfig(Painter& painter, const platform::CMTime& time) {
-    QVObject3DTextureBase::renderingBeforeConfig(painter, time);
+void QVQuadObject3D::renderingBeforeConfig(Painter& painter, const Tick& tick) {
+    QVObject3DTextureBase::renderingBeforeConfig(painter, tick);
     if (contentMode_ == static_cast<int32_t>(QuadContentMode::Fit) && backgroundRenderMode_ == 1)
-        renderBgVideo(painter, time);
+        renderBgVideo(painter, tick);
 }
 
-void QVQuadObject3D::renderBgVideo(Painter& painter, const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time) || !textureMaterial()) return;
+void QVQuadObject3D::renderBgVideo(Painter& painter, const Tick& tick) {
+    if (!isDueAt(tick.frame) || !textureMaterial()) return;
     const TextureSize size = textureMaterial()->textureSize();
     if (size.width > 0 && size.height > 0)
         drawCorners(painter, squareBgVertices_, BlurLook{.pictureSize = {size.width, size.height}});

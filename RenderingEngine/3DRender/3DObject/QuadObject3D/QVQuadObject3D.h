@@ -25,9 +25,7 @@ class QVQuadObject3D : public QVObject3DTextureBase {
     const char* className() const override { return "QVQuadObject3D"; }
 
     void rendInfoWithDic(const platform::Value& info) override;
-    void updateData(const platform::CMTime& time) override;
-    void renderingBeforeConfig(Painter& painter, const platform::CMTime& time) override;
-    void renderComplete(const platform::CMTime& time) override;
+    void renderingBeforeConfig(Painter& painter, const Tick& tick) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;
     ShownBox largestShownBox() override;
     void loadTextureFinsh() override { computeVertices(); }
@@ -41,7 +39,7 @@ class QVQuadObject3D : public QVObject3DTextureBase {
     /// Replaces the corners, as tracked quads do on every frame. Glossary: "force refresh".
     void forceRefushSquareVertices(const Corners& corners) { squareVertices_ = corners; }
     /// Draws the blurred picture over the whole box.
-    void renderBgVideo(Painter& painter, const platform::CMTime& time);
+    void renderBgVideo(Painter& painter, const Tick& tick);
 
     float modelWidth() const { return modelWidth_; }     ///< model units
     float modelHeight() const { return modelHeight_; }   ///< model units

@@ -42,9 +42,8 @@ void QVQuadTrackObject3D::parserTrackDataWithXmlPath(const std::string& trackFil
     if (trackData_.empty()) reportSkipped(*this, "missing or unreadable track", trackFilePath);
 }
 
-void QVQuadTrackObject3D::updateData(const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time)) return;
-    QVQuadObject3D::updateData(time);
+void QVQuadTrackObject3D::updateDue(const Tick& tick) {
+    QVQuadObject3D::updateDue(tick);
     if (!isDisXmlParserOnce_) {
         isDisXmlParserOnce_ = true;
         parserTrackDataWithXmlPath(trackFilePath_);

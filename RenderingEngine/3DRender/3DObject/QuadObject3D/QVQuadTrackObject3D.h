@@ -15,7 +15,6 @@ class QVQuadTrackObject3D : public QVQuadObject3D {
     const char* className() const override { return "QVQuadTrackObject3D"; }
 
     void rendInfoWithDic(const platform::Value& info) override;
-    void updateData(const platform::CMTime& time) override;
 
     /// Reads the track; one that cannot be read leaves the list empty and is noted in the render report.
     void parserTrackDataWithXmlPath(const std::string& trackFilePath);
@@ -23,6 +22,7 @@ class QVQuadTrackObject3D : public QVQuadObject3D {
     static Corners computeQuadVerticesWithTrackInfo(const platform::Value& trackInfo);
 
   protected:
+    void updateDue(const Tick& tick) override;
     bool liesInItsBox() const override { return false; }
 
   private:

@@ -52,12 +52,11 @@ void QVQuadAlphaGradualNoLight::render(Painter& painter) {
         painter, GradientLook{.start = startAlpha_, .end = endAlpha_, .interpolation = interpolation_});
 }
 
-void QVQuadAlphaGradualNoLight::updateData(const platform::CMTime& time) {
+void QVQuadAlphaGradualNoLight::updateData(int64_t frame) {
     const TweenTarget* const curves = &quad3DObject();
-    keyAnimation_.updateData(time.value, curves,
-                             [&](const Move<glm::vec2>& move, const KeyProgress& progress) {
-                                 startAlpha_ = move.easedAt(progress.linear, curves);
-                             });
+    keyAnimation_.updateData(frame, curves, [&](const Move<glm::vec2>& move, const KeyProgress& progress) {
+        startAlpha_ = move.easedAt(progress.linear, curves);
+    });
 }
 
 void QVQuadAlphaGradualNoLight::addTraceValues(platform::Value::Dictionary& values) const {

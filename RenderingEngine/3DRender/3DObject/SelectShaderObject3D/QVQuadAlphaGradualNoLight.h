@@ -16,7 +16,7 @@ class QVQuadAlphaGradualNoLight : public QVQuadTextureShaderRenderBase {
 
     void renderInfoWithDic(const platform::Value& info) override;
     /// Keys ease the progress with an ease of their own, not with the key's.
-    void updateData(const platform::CMTime& time) override;
+    void updateData(int64_t frame) override;
     void render(Painter& painter) override;
     void addTraceValues(platform::Value::Dictionary& values) const override;
 

@@ -51,10 +51,9 @@ void QVQuadTextureRenderSelectShaderObject3D::rendInfoWithDic(const platform::Va
     if (shaderRender_) shaderRender_->renderInfoWithDic(renderInfo);
 }
 
-void QVQuadTextureRenderSelectShaderObject3D::updateData(const platform::CMTime& time) {
-    if (!isNeedRenderWithCMTime(time)) return;
-    QVQuadObject3D::updateData(time);
-    if (shaderRender_) shaderRender_->updateData(time);
+void QVQuadTextureRenderSelectShaderObject3D::updateDue(const Tick& tick) {
+    QVQuadObject3D::updateDue(tick);
+    if (shaderRender_) shaderRender_->updateData(tick.frame);
 }
 
 void QVQuadTextureRenderSelectShaderObject3D::draw(Painter& painter) {

@@ -12,11 +12,11 @@ class QVQuadTextureRenderSelectShaderObject3D : public QVQuadObject3D {
     const char* className() const override { return "QVQuadTextureRenderSelectShaderObject3D"; }
 
     void rendInfoWithDic(const platform::Value& info) override;
-    void updateData(const platform::CMTime& time) override;
 
     const QVQuadTextureShaderRenderBase* shaderRender() const { return shaderRender_.get(); }
 
   protected:
+    void updateDue(const Tick& tick) override;
     void draw(Painter& painter) override;
     void addTraceValues(platform::Value::Dictionary& values) const override;
 

@@ -2,7 +2,6 @@
 
 #include <memory>
 
-#include "platform/base/CMTime.h"
 #include "platform/base/Value.h"
 
 namespace multiscene {
@@ -17,7 +16,7 @@ class QVShaderRenderBase {
 
     /// Reads the render-info dictionary.
     virtual void renderInfoWithDic(const platform::Value& info) = 0;
-    virtual void updateData(const platform::CMTime&) {}
+    virtual void updateData(int64_t /*frame*/) {}
     virtual void render(Painter&) {}
     /// What it animates, for traces.
     virtual void addTraceValues(platform::Value::Dictionary&) const {}

@@ -5,7 +5,6 @@
 #include <string>
 
 #include "core/TypeRegistry.h"
-#include "platform/base/CMTime.h"
 #include "platform/base/Value.h"
 
 namespace multiscene {
@@ -49,7 +48,7 @@ class QVMaterialBase {
 
     virtual void loadMaterial() {}
     virtual void destroyMaterial() {}
-    virtual void updateMaterial(const platform::CMTime&) {}
+    virtual void updateMaterial(int64_t /*frame*/) {}
 
   protected:
     explicit QVMaterialBase(MaterialType materialType = MaterialType::Image) : materialType_(materialType) {}

@@ -45,8 +45,8 @@ QVTextureSerialMaterial::QVTextureSerialMaterial(platform::Value textureInfo, in
       animationEndFps_(endFps),
       currentscene_(scene) {}
 
-void QVTextureSerialMaterial::updateMaterial(const platform::CMTime& time) {
-    const auto name = sequence_.animationWithCurrentFps(time.value, animationStartFps_, animationEndFps_);
+void QVTextureSerialMaterial::updateMaterial(int64_t frame) {
+    const auto name = sequence_.animationWithCurrentFps(frame, animationStartFps_, animationEndFps_);
     const auto scene = currentscene_.lock();
     if (!name || !scene) return;
     const std::string path = QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(

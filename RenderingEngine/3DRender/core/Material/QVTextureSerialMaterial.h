@@ -15,7 +15,7 @@ class QVTextureSerialMaterial : public QVTextureMaterial {
     QVTextureSerialMaterial(platform::Value textureInfo, int64_t startFps, int64_t endFps,
                             const std::shared_ptr<QVScene3D>& scene);
 
-    void updateMaterial(const platform::CMTime& time) override;
+    void updateMaterial(int64_t frame) override;
     void destroyMaterial() override;
     TextureSize textureSize() const override { return modelTexture_.textureContentSize(); }
     std::string sourcePath() const override { return shownPath_; }

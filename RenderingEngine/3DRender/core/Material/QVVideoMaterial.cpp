@@ -101,7 +101,7 @@ void QVVideoMaterial::startSound() const {
     });
 }
 
-void QVVideoMaterial::updateMaterial(const platform::CMTime&) {
+void QVVideoMaterial::updateMaterial(int64_t) {
     frameOutput_ = videoReader_.renderNextFrame();
     if (!frameOutput_) return;
     setTexture(frameOutput_->outputTexture);

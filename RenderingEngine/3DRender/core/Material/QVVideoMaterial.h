@@ -18,7 +18,7 @@ class QVVideoMaterial : public QVTextureMaterial {
                     const UserFilm& userFilm = {});
 
     void loadMaterial() override;
-    void updateMaterial(const platform::CMTime& time) override;
+    void updateMaterial(int64_t frame) override;
     void destroyMaterial() override;
     TextureSize textureSize() const override;
     std::string sourcePath() const override { return videoReader_.url(); }

@@ -260,11 +260,11 @@ glm::mat4 QVCamera3D::orthographic() const {
 
 // Frame
 
-void QVCamera3D::updateData(const platform::CMTime& time) {
+void QVCamera3D::updateDue(const Tick& tick) {
     const auto play = [this](const std::vector<LookAtMove>& moves, const KeyProgress& progress) {
         for (const LookAtMove& each : moves) each.apply(lookAt_, each.move.easedAt(progress.linear, nullptr));
     };
-    lookAtAnimation_.updateData(time.value, nullptr, play);
+    lookAtAnimation_.updateData(tick.frame, nullptr, play);
 }
 
 void QVCamera3D::updateMatrix() {

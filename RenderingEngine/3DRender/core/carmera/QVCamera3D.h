@@ -54,10 +54,13 @@ class QVCamera3D : public QVObject3DTransformBase {
     void updatePPTransform();
 
     void rendInfoWithDic(const platform::Value& info) override;
-    /// Plays the look-at animation only: a camera's motion items are read but never played.
-    void updateData(const platform::CMTime& time) override;
     void updateMatrix() override;
     QVCamera3DLookAtTransform& lookAtTransform() { return lookAt_; }
+
+  protected:
+    bool isUpdatedAt(int64_t) const override { return true; }
+    /// Plays the look-at animation only: a camera's motion items are read but never played.
+    void updateDue(const Tick& tick) override;
 
   private:
     /// One channel of a key: what its value does.

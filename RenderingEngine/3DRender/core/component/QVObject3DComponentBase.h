@@ -2,8 +2,8 @@
 
 #include <cstdint>
 
+#include "core/Tick.h"
 #include "core/TypeRegistry.h"
-#include "platform/base/CMTime.h"
 #include "platform/base/Value.h"
 
 namespace multiscene {
@@ -22,9 +22,8 @@ class QVObject3DComponentBase {
     QVObjectContainer3D* object3D() const { return object3D_; }
 
     virtual void rendInfoWithDic(const platform::Value& info);
-    virtual void updateData(const platform::CMTime&) {}
-    virtual void render(const platform::CMTime&) {}
-    virtual void renderComplete(const platform::CMTime&) {}
+    virtual void updateData(const Tick&) {}
+    virtual void renderComplete(const Tick&) {}
 
     const platform::Value& componentInfo() const { return componentInfo_; }
     int64_t sartFps() const { return sartFps_; }

@@ -66,11 +66,9 @@ platform::Value QVObject3DSoundSourceComponent::audioEntry(const std::string& pa
     });
 }
 
-void QVObject3DSoundSourceComponent::updateData(const platform::CMTime& time) {
+void QVObject3DSoundSourceComponent::updateData(const Tick& tick) {
     const auto scene = object3D()->scene();
-    // The last turn of a video that ran dry repeats a frame number: the clip must not start again.
-    if (time.value != sartFps() || hasStarted_ || !scene) return;
-    hasStarted_ = true;
+    if (!tick.isNew || tick.frame != sartFps() || !scene) return;
     const std::string path = audioPath();
     if (platform::FileGate::shared().exists(path))
         scene->renderManager().startSoundEffect(audioEntry(path));
@@ -79,8 +77,8 @@ void QVObject3DSoundSourceComponent::updateData(const platform::CMTime& time) {
                       KeyReader(soundSourceKeys, componentInfo()).text("audioFilePath"));
 }
 
-void QVObject3DSoundSourceComponent::renderComplete(const platform::CMTime& time) {
-    if (time.value != endFps()) return;
+void QVObject3DSoundSourceComponent::renderComplete(const Tick& tick) {
+    if (tick.frame != endFps()) return;
     if (const auto scene = object3D()->scene()) scene->renderManager().stopSoundEffect(audioKeyIndfer());
 }
 

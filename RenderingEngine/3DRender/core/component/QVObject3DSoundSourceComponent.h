@@ -13,8 +13,8 @@ extern const KeyTable soundSourceKeys;
 /// sound and is noted in the render report.
 class QVObject3DSoundSourceComponent : public QVObject3DComponentBase {
   public:
-    void updateData(const platform::CMTime& time) override;
-    void renderComplete(const platform::CMTime& time) override;
+    void updateData(const Tick& tick) override;
+    void renderComplete(const Tick& tick) override;
 
     /// The clip's volume; a text names a value of the user, else it is the number itself.
     float audioVolume() const;
@@ -24,8 +24,6 @@ class QVObject3DSoundSourceComponent : public QVObject3DComponentBase {
   private:
     std::string audioPath() const;
     platform::Value audioEntry(const std::string& path) const;
-
-    bool hasStarted_ = false;
 };
 
 }  // namespace multiscene
