@@ -1,10 +1,7 @@
 #include "videoRenderCore/QVMultiSceneRenderManager.h"
 
-#include <chrono>
+#include <utility>
 
-#include "core/VideoTimeSource.h"
-#include "painter/Renderer.h"
-#include "platform/base/CurrentError.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/NotificationCenter.h"
 #include "videoDecode/QVVideoDecodeBase.h"
@@ -13,23 +10,10 @@ namespace multiscene {
 
 namespace {
 
-constexpr double pausedTurnSeconds = 0.1;
-
-std::mutex sharedMutex;
-std::weak_ptr<QVMultiSceneRenderManager> sharedManager;
-
-/// What a task threw, as the error that a user can be shown.
-std::optional<platform::Error> errorOf(const std::function<void()>& task) {
-    try {
-        task();
-        return std::nullopt;
-    } catch (...) {
-        return platform::currentError();
-    }
-}
-
-void cancelDecode(const std::shared_ptr<QVScene3D>& scene) {
-    if (scene && scene->timeSource()) scene->timeSource()->cancelDecode();
+/// The group frame at which a window of `length` frames ends that starts at `start`.
+int64_t windowEnd(int64_t start, int64_t length) {
+    int64_t end = 0;
+    return __builtin_add_overflow(start, length, &end) ? INT64_MAX : end;
 }
 
 }  // namespace
@@ -37,24 +21,19 @@ void cancelDecode(const std::shared_ptr<QVScene3D>& scene) {
 std::shared_ptr<QVMultiSceneRenderManager> QVMultiSceneRenderManager::initWithFrameSink(
     std::shared_ptr<FrameSink> frameSink, std::shared_ptr<SoundSink> soundSink,
     const RenderDriverSettings& settings) {
-    // A clock may hold the last reference for a moment, on the queue that the destructor joins.
-    const auto release = [](QVMultiSceneRenderManager* manager) {
-        {
-            const std::lock_guard lock(manager->wakeMutex_);
-            manager->interruptRuns();
-        }
-        if (manager->glviewTimeSourceQueue_.isCurrent())
-            platform::DispatchQueue::main().async([manager] { delete manager; });
-        else
-            delete manager;
-    };
     std::shared_ptr<QVMultiSceneRenderManager> manager(
         new QVMultiSceneRenderManager(std::move(frameSink), std::move(soundSink), settings), release);
-    manager->setupGlRender();
     manager->performOnRenderQueue([&] { manager->setupScene(); });
-    const std::lock_guard lock(sharedMutex);
-    sharedManager = manager;
     return manager;
+}
+
+/// A clock may hold the last reference for a moment, on the queue that the destructor joins.
+void QVMultiSceneRenderManager::release(QVMultiSceneRenderManager* manager) {
+    manager->loop_.interrupt();
+    if (manager->loop_.queue().isCurrent())
+        platform::DispatchQueue::main().async([manager] { delete manager; });
+    else
+        delete manager;
 }
 
 QVMultiSceneRenderManager::QVMultiSceneRenderManager(std::shared_ptr<FrameSink> frameSink,
@@ -67,61 +46,14 @@ QVMultiSceneRenderManager::QVMultiSceneRenderManager(std::shared_ptr<FrameSink> 
 }
 
 QVMultiSceneRenderManager::~QVMultiSceneRenderManager() {
-    glviewTimeSourceQueue_.sync([this] {
+    loop_.queue().sync([this] {
         takeDown();
         painter_.reset();
         platform::GLContext::clearCurrent();
     });
 }
 
-std::shared_ptr<QVMultiSceneRenderManager> QVMultiSceneRenderManager::shared() {
-    const std::lock_guard lock(sharedMutex);
-    return sharedManager.lock();
-}
-
-void QVMultiSceneRenderManager::performOnRenderQueue(const std::function<void()>& task) {
-    std::optional<platform::Error> error;
-    glviewTimeSourceQueue_.sync([&] {
-        error = errorOf([&] {
-            useMultiSceneRenderContext();
-            task();
-        });
-    });
-    if (error) throw platform::Error(*error);
-}
-
-void QVMultiSceneRenderManager::setupGlRender() {
-    performOnRenderQueue([] {});
-}
-
-void QVMultiSceneRenderManager::useMultiSceneRenderContext() {
-    if (!painter_) painter_ = makePainter(settings_.renderer, settings_.makeContext);
-    painter_->makeCurrent();
-}
-
-void QVMultiSceneRenderManager::takeDown() {
-    if (!painter_) return;
-    // Without its context nothing can be deleted, and the context takes everything with it.
-    errorOf([this] {
-        useMultiSceneRenderContext();
-        clearScenes();
-        painter_->release();
-    });
-    platform::GLContext::clearCurrent();
-}
-
-void QVMultiSceneRenderManager::setupScene() { currentScene_ = QVScene3D::initRenderManager(*this); }
-
-void QVMultiSceneRenderManager::clearScenes() {
-    for (auto* slot : {&currentScene_, &nextScene_, &transitionsScene_}) cancelDecode(*slot);
-    for (auto* slot : {&currentScene_, &nextScene_, &transitionsScene_}) {
-        if (!*slot) continue;
-        (*slot)->dispose();
-        (*slot)->removeAllChild();
-        slot->reset();
-    }
-    sceneRenderType_ = SceneRenderType::Single;
-}
+void QVMultiSceneRenderManager::setupScene() { slots_.current = QVScene3D::initRenderManager(*this); }
 
 void QVMultiSceneRenderManager::resetCurrentRenderFps() {
     if (isInFrame_)
@@ -134,103 +66,55 @@ void QVMultiSceneRenderManager::renewFrameSink() {
     if (!frameSink_) return;
     std::shared_ptr<FrameSink> fresh = frameSink_->freshSink();
     if (!fresh) return;
-    const std::lock_guard lock(wakeMutex_);
+    const std::lock_guard lock(sinksMutex_);
     frameSink_ = fresh;
     if (auto sound = std::dynamic_pointer_cast<SoundSink>(fresh)) soundSink_ = std::move(sound);
 }
 
-// --- control -------------------------------------------------------------------------------------------
+// Control
 
-void QVMultiSceneRenderManager::stratRun() { stratRun(++startedRuns_); }
-
-void QVMultiSceneRenderManager::stratRun(uint64_t run) {
-    glviewTimeSourceQueue_.async([this, run] { loop(run); });
-    const std::lock_guard lock(wakeMutex_);
+void QVMultiSceneRenderManager::stratRun() {
+    loop_.start();
+    const std::lock_guard lock(sinksMutex_);
     if (soundSink_) soundSink_->resumeAudio();
 }
 
-// Under wakeMutex_: what follows a run is queued under the lock that the run is ended under, so that no
-// tear-down hits a later one.
-
-void QVMultiSceneRenderManager::interruptRuns() {
-    cancelledRuns_ = startedRuns_.load();
-    wakeSignal_.notify_all();
-    if (frameSink_) frameSink_->wake();
-}
-
-void QVMultiSceneRenderManager::endRuns(CompletionBlock completion) {
-    interruptRuns();
-    glviewTimeSourceQueue_.async([this, completion = std::move(completion)] {
-        takeDown();
-        callBack(completion);
-    });
-}
-
-void QVMultiSceneRenderManager::cancelRun(CompletionBlock completion) {
-    const std::lock_guard lock(wakeMutex_);
-    endRuns(std::move(completion));
-}
-
-void QVMultiSceneRenderManager::finishRun(CompletionBlock completion) {
-    const std::lock_guard lock(wakeMutex_);
-    if (!isCancelled(currentRun_)) endRuns(std::move(completion));
-}
-
-void QVMultiSceneRenderManager::reStartRender(RestartBlock completion) {
-    const std::lock_guard lock(wakeMutex_);
-    interruptRuns();
-    glviewTimeSourceQueue_.async([this, run = ++startedRuns_, completion = std::move(completion)] {
-        callBack([&] {
-            useMultiSceneRenderContext();
-            clearScenes();
-            resetCurrentRenderFps();
-            if (completion) completion(run);
-        });
-    });
+void QVMultiSceneRenderManager::stratRun(uint64_t run) {
+    loop_.start(run);
+    const std::lock_guard lock(sinksMutex_);
+    if (soundSink_) soundSink_->resumeAudio();
 }
 
 void QVMultiSceneRenderManager::pauseRun() {
-    isPauseRun_ = true;
-    const std::lock_guard lock(wakeMutex_);
+    loop_.pause();
+    const std::lock_guard lock(sinksMutex_);
     if (soundSink_) soundSink_->pauseAudio();
 }
 
 void QVMultiSceneRenderManager::continueRun() {
     platform::NotificationCenter::shared().post(kRefushMultiSceneRenderStartTime);
-    isPauseRun_ = false;
-    const std::lock_guard lock(wakeMutex_);
-    wakeSignal_.notify_all();
+    loop_.resume();
+    const std::lock_guard lock(sinksMutex_);
     if (soundSink_) soundSink_->resumeAudio();
 }
 
-// --- the loop ------------------------------------------------------------------------------------------
+// What a run does
 
-void QVMultiSceneRenderManager::loop(uint64_t run) {
-    currentRun_ = run;
-    const auto error = errorOf([&] {
-        if (isCancelled(run)) return;
-        useMultiSceneRenderContext();
-        while (!isCancelled(run)) turn(run);
-    });
-    isInFrame_ = isResetAsked_ = false;
-    if (error) endFailedRun(run, *error);
+void QVMultiSceneRenderManager::prepare() {
+    if (!painter_) painter_ = makePainter(settings_.renderer, settings_.makeContext);
+    painter_->makeCurrent();
 }
 
-void QVMultiSceneRenderManager::turn(uint64_t run) {
-    if (isPauseRun_) return sleepUnlessCancelled(run, pausedTurnSeconds);
+void QVMultiSceneRenderManager::takeTurn(uint64_t run) {
     if (!frameSinkIsReady()) return;
     requirePlayable();
     render();
-    if (frameSink_ && frameSink_->isExport()) sleepUnlessCancelled(run, exportPauseSeconds_);
+    if (frameSink_ && frameSink_->isExport()) loop_.rest(run, exportPauseSeconds_);
 }
 
-/// Resuming ends a sleep too.
-void QVMultiSceneRenderManager::sleepUnlessCancelled(uint64_t run, double seconds) {
-    if (seconds <= 0) return;
-    std::unique_lock lock(wakeMutex_);
-    const bool wasPaused = isPauseRun_;
-    wakeSignal_.wait_for(lock, std::chrono::duration<double>(seconds),
-                         [&] { return isCancelled(run) || isPauseRun_ != wasPaused; });
+void QVMultiSceneRenderManager::interruptTurn() {
+    const std::lock_guard lock(sinksMutex_);
+    if (frameSink_) frameSink_->wake();
 }
 
 bool QVMultiSceneRenderManager::frameSinkIsReady() {
@@ -246,25 +130,54 @@ void QVMultiSceneRenderManager::requirePlayable() const {
     for (const auto& refusal : platform::FileGate::shared().refusals())
         throw platform::Error(platform::ErrorKind::Template, platform::describe(refusal.verdict),
                               refusal.path);
-    if (currentScene_ && currentScene_->timeSource() && currentScene_->timeSource()->isAlive()) return;
-    throw platform::Error(
-        platform::ErrorKind::Failed, "the scene has no running clock, so it would never end",
-        currentScene_ ? currentScene_->sceneConfigData().scenePlistPath : std::string(), "TimeSource");
+    slots_.requireRunningClock();
 }
 
-void QVMultiSceneRenderManager::endFailedRun(uint64_t run, const platform::Error& error) {
-    const bool wasCancelled = isCancelled(run);
-    takeDown();
-    if (!wasCancelled && runFailedBlock_) runFailedBlock_(error);
+void QVMultiSceneRenderManager::render() {
+    prepare();
+    isInFrame_ = true;
+    composer_.render(currentRenderFps_, *painter_, frameSink_.get());
+    isInFrame_ = false;
+    ++currentRenderFps_;
+    ++statistics_.frames;
+    if (frameRenderingCompleteBlock_) frameRenderingCompleteBlock_(currentRenderFps_);
+    if (std::exchange(isResetAsked_, false)) currentRenderFps_ = 0;
 }
 
-/// Nothing may escape into the queue: what fails outside a run is reported as a failed run.
-void QVMultiSceneRenderManager::callBack(const CompletionBlock& block) {
-    if (!block) return;
-    const auto error = errorOf(block);
-    if (!error) return;
-    takeDown();
-    if (runFailedBlock_) runFailedBlock_(*error);
+void QVMultiSceneRenderManager::startOver() {
+    slots_.clear();
+    isInFrame_ = isResetAsked_ = false;
+    currentRenderFps_ = 0;
+}
+
+void QVMultiSceneRenderManager::takeDown() {
+    if (!painter_) return;
+    // Without its context nothing can be deleted, and the context takes everything with it.
+    errorOf([this] {
+        prepare();
+        slots_.clear();
+        painter_->release();
+    });
+    isInFrame_ = isResetAsked_ = false;  // a failed frame leaves them set
+    platform::GLContext::clearCurrent();
+}
+
+void QVMultiSceneRenderManager::runFailed(const platform::Error& error) {
+    if (runFailedBlock_) runFailedBlock_(error);
+}
+
+// Sound
+
+void QVMultiSceneRenderManager::startSoundEffect(const platform::Value& audioInfo) {
+    if (!soundSink_) return;
+    const int64_t start = currentRenderFps_;
+    const int64_t length = audioInfo.integer("fpsEnd") - audioInfo.integer("fpsStart");
+    soundSink_->addAudioTrackWithInfo(
+        audioInfo.with("fpsStart", start).with("fpsEnd", windowEnd(start, length)));
+}
+
+void QVMultiSceneRenderManager::stopSoundEffect(const std::string& audioKey) {
+    if (soundSink_) soundSink_->deleteChannelWithKey(audioKey, false);
 }
 
 }  // namespace multiscene
