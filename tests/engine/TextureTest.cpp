@@ -7,9 +7,7 @@
 #include "PvrBytes.h"
 #include "core/Material/PictureSequence.h"
 #include "core/Material/QVTexture2dMaterial.h"
-#include "core/Material/TextPictureCopy.h"
 #include "core/Material/TextureInfoKeys.h"
-#include "core/Material/ZBTextureCache.h"
 #include "core/PhotoSlot.h"
 #include "core/component/QVObject3DSoundSourceComponent.h"
 
@@ -144,7 +142,7 @@ TEST_F(TextureTest, LargeTextsAreDrawnSmallerButKeepTheirCoordinates) {
              {"textAlignment", 1},
              {"textFixedResolution", std::to_string(2000 * scale) + "," + std::to_string(500 * scale)}});
     };
-    QVTexture2dMaterial text({}, textOf(1));
+    QVTexture2dMaterial text(textOf(1));
     text.loadMaterial();
     EXPECT_EQ(text.textureSize().width, 2000);
     const float right = 2000 / 2048.0f, bottom = 500 / 512.0f;
@@ -168,16 +166,6 @@ TEST_F(TextureTest, LargeTextsAreDrawnSmallerButKeepTheirCoordinates) {
     EXPECT_GT(bright, 500);
     EXPECT_LT(bright, 3500);
     EXPECT_LT(different, 40);
-}
-
-TEST_F(TextureTest, TheCopyOfATextGoesWhereTheJobWantsIt) {
-    TextPictureCopy& copy = TextPictureCopy::shared();
-    copy.write(platform::Bitmap(8, 8));
-    copy.setFolder(folder.string());
-    copy.write(platform::Bitmap(8, 8));
-    copy.setFolder({});
-    EXPECT_TRUE(std::filesystem::exists(path("text.jpg")));
-    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder), {}), 1);
 }
 
 TEST_F(TextureTest, FiltersShapeThePhotoOnly) {
@@ -352,21 +340,6 @@ TEST_F(TextureTest, TheTextureLastsFromTheFirstFrameToTheLast) {
         EXPECT_EQ(liveGLObjects(GLObjectKind::Texture) - before, expected[size_t(number)]) << number;
     }
     EXPECT_EQ(scene->numChildren(), 1u) << "the node went with its last frame, the camera stays";
-}
-
-TEST_F(TextureTest, TheCacheKeepsOneTextureAKey) {
-    ZBTextureCache& cache = ZBTextureCache::sharedManager();
-    const std::string file = picture("red.png", {kRed});
-    const auto first = cache.addTextureFromFile(file);
-    EXPECT_EQ(cache.addTextureFromFile(file), first);
-    EXPECT_NE(cache.addTextureFromFile(file, "other"), first);
-    EXPECT_EQ(cache.getTextureWithKey(file), first);
-    cache.removeTextureWithKey(file);
-    EXPECT_EQ(cache.getTextureWithKey(file), nullptr);
-    cache.removeAllTextrue();
-    EXPECT_TRUE(ZBTextureCache::isPvrTexture("a.pvr"));
-    EXPECT_TRUE(ZBTextureCache::isPvrTexture("a.pvr.gz"));
-    EXPECT_FALSE(ZBTextureCache::isPvrTexture("a.PVR"));
 }
 
 // Sounds

@@ -12,7 +12,6 @@ class QVChromaKeyVideoBgObject : public QVSingleVideoBgObject3D {
     const char* className() const override { return "QVChromaKeyVideoBgObject"; }
     void rendInfoWithDic(const platform::Value& info) override;
 
-    const glm::vec4& chromakeyColor() const { return chromakeyColor_; }
     /// Width of the soft edge of the key. Glossary: "eclosion" is feathering.
     float maxEclosion() const { return maxEclosion_; }
 

@@ -28,7 +28,6 @@ class QVMaskVideoBgObject3D : public QVQuadObject3D, public TimeSourceBase {
     const std::string& maskVideoPath() const { return maskVideoPath_; }
     /// The latest pictures; none before the first and after the end.
     const std::optional<QVVideoFrameRenderOutput>& masterOutput() const { return masterOutput_; }
-    const std::optional<QVVideoFrameRenderOutput>& maskOutput() const { return maskOutput_; }
 
   protected:
     void completeDue(const Tick& tick) override;

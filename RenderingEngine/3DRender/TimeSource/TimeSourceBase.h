@@ -22,15 +22,6 @@ class TimeSourceBase : public VideoTimeSource {
     void cancelDecode() override;
     bool isAlive() const override { return decode_ && !hasEndedAsCurrent_; }
 
-    bool isPlayAtActualSpeed() const { return context_.isPlayAtActualSpeed; }
-    bool isLoadNextSceneOnce() const { return isLoadNextSceneOnce_; }
-    const platform::Value& tansitionsInfo() const { return context_.sceneTansitionsInfo; }
-    /// A SceneRenderType's number.
-    int32_t tansitionsType() const { return tansitionsType_; }
-    int64_t tansitionsSceneId() const { return tansitionsSceneId_; }
-    /// Length of the transition, frames.
-    int64_t tansitionsFpsTotal() const { return tansitionsFpsTotal_; }
-
   protected:
     explicit TimeSourceBase(const TimeSourceContext& context);
 
@@ -68,8 +59,8 @@ class TimeSourceBase : public VideoTimeSource {
     std::weak_ptr<VideoTimeSourceDelegate> delegate_;
     std::shared_ptr<QVVideoDecodeBase> decode_;  // shared with the turn that is using it
     bool isLoadNextSceneOnce_ = false, hasEndedAsCurrent_ = false;
-    int32_t tansitionsType_ = 0;
-    int64_t tansitionsSceneId_ = 0, tansitionsFpsTotal_ = 0;
+    int32_t tansitionsType_ = 0;                              // a SceneRenderType's number
+    int64_t tansitionsSceneId_ = 0, tansitionsFpsTotal_ = 0;  // the latter in frames
 };
 
 }  // namespace multiscene

@@ -56,7 +56,6 @@ class QVObject3D : public TweenTarget {
     const glm::mat4& transform();
     void updateTransform();
     virtual void invalidateTransform() { isTransformDirty_ = true; }
-    bool isTransformDirty() const { return isTransformDirty_; }
 
     void setUpPreposeMatrix4(const glm::mat4& matrix);
     void setupMutableTransform(const glm::mat4& matrix);

@@ -24,8 +24,6 @@ class QVObject3DFpsBase : public QVObjectContainer3D {
 
     int64_t sartFps() const { return sartFps_; }
     int64_t endFps() const { return endFps_; }
-    void setSartFps(int64_t frame) { sartFps_ = frame; }
-    void setEndFps(int64_t frame) { endFps_ = frame; }
     bool isEnableDephTest() const { return isEnableDephTest_; }
     bool isChangeBlend() const { return isChangeBlend_; }
     uint32_t srcBlend() const { return srcBlend_; }

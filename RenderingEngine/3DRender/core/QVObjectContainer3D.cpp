@@ -266,10 +266,6 @@ void QVObjectContainer3D::removeFinished(Children& nodes) {
     });
 }
 
-void QVObjectContainer3D::removeObject3DComponent(const QVObject3DComponentBase& component) {
-    std::erase_if(components_, [&](const auto& owned) { return owned.get() == &component; });
-}
-
 // Configuration
 
 void QVObjectContainer3D::rendInfoWithDic(const platform::Value& info) {

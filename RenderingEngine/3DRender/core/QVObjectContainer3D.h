@@ -136,11 +136,6 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
     // Components, owned
     using Components = std::vector<std::shared_ptr<QVObject3DComponentBase>>;
     const Components& components() const { return components_; }
-    void setComponents(Components components) { components_ = std::move(components); }
-    void removeObject3DComponent(const QVObject3DComponentBase& component);
-
-    /// Drawables that render into a texture upside down say so.
-    virtual bool isObject3dRenderToTextureFlipY() const { return false; }
 
     /// Reads the node's dictionary; every class calls its base first.
     virtual void rendInfoWithDic(const platform::Value& info);

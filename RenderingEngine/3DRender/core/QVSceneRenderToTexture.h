@@ -16,8 +16,6 @@ class QVSceneRenderToTexture {
 
     /// Draws the scene over nothing. The texture keeps the picture until the next one.
     void renderSceneToTexture(Painter& painter);
-    /// May run twice.
-    void destroyRTT() { target_.destroyFramebuffer(); }
 
     int32_t fboWidth() const { return target_.fboWidth(); }
     int32_t fboHeight() const { return target_.fboHeight(); }

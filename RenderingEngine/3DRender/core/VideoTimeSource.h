@@ -17,7 +17,6 @@ class VideoTimeSourceDelegate {
   public:
     virtual ~VideoTimeSourceDelegate() = default;
     virtual void didStartRender(VideoTimeSource&, const std::shared_ptr<QVScene3D>&) {}
-    virtual void didCancelRender(VideoTimeSource&, const std::shared_ptr<QVScene3D>&) {}
     /// The scene's last frame was completed.
     virtual void didCompleteRender(VideoTimeSource&, const std::shared_ptr<QVScene3D>&) {}
     /// The scene's first frame was completed: prepare the following scene.

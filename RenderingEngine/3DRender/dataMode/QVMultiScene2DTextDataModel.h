@@ -25,7 +25,6 @@ class QVMultiScene2DTextDataModel {
     void setScene(const std::string& sceneIdentifier, const std::string& sceneResourceFolderPath);
 
     const std::string& textString() const { return description_.layout.text; }
-    const platform::TextFont& textFont() const { return description_.layout.font; }
     /// Pixels, at least 1 x 1 once the scene is set. Need not be whole or a power of two.
     platform::TextSize textureSize() const { return description_.textureSize; }
     /// Where the lines go, in texture pixels divided by textDrawScale.

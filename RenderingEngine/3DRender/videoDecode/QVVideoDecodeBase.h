@@ -47,10 +47,6 @@ class QVVideoDecodeBase {
     void setRenderManager(RenderDriver* renderManager) { renderManager_ = renderManager; }
     void setCurrentScene(const std::shared_ptr<QVScene3D>& scene) { currentScene_ = scene; }
     void setIsPlayAtActualSpeed(bool actualSpeed) { isPlayAtActualSpeed_ = actualSpeed; }
-    bool isPlayAtActualSpeed() const { return isPlayAtActualSpeed_; }
-    TimeSourceRenderType timeSourceRenderType() const { return timeSourceRenderType_; }
-    /// No more frames will come: the video is dry or the frames are spent.
-    bool completedOrFailed() const { return completedOrFailed_; }
     int32_t fpsTotal() const { return fpsTotal_; }  ///< frames
     void setFpsTotal(int32_t frames) { fpsTotal_ = frames; }
     int32_t currentFps() const { return currentFps_; }  ///< frames delivered
@@ -69,7 +65,7 @@ class QVVideoDecodeBase {
     RenderDriver* renderManager_ = nullptr;
     std::weak_ptr<QVScene3D> currentScene_;
     bool isPlayAtActualSpeed_ = false, isStartDecodeOnce_ = false;
-    bool completedOrFailed_ = false;
+    bool completedOrFailed_ = false;  // no more frames will come: the video is dry or the frames are spent
     TimeSourceRenderType timeSourceRenderType_ = TimeSourceRenderType::Presented;
     int32_t fpsTotal_ = 0, currentFps_ = 0;
     double startRenderTime_ = 0;  // seconds

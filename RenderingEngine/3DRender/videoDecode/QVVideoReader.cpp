@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <filesystem>
 
 #include "platform/base/FileGate.h"
 
@@ -69,8 +68,6 @@ QVVideoFrameRenderOutput QVVideoReader::show(const platform::VideoFrame& frame) 
             .frameWidth = static_cast<double>(frame.pixels->width()),
             .frameHeight = static_cast<double>(frame.pixels->height())};
 }
-
-std::string QVVideoReader::videoName() const { return std::filesystem::path(url_).filename().string(); }
 
 double QVVideoReader::videoWidth() const { return reader_ ? reader_->info().width : 0; }
 

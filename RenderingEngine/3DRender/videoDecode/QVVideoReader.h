@@ -37,7 +37,6 @@ class QVVideoReader {
     static platform::CMTime frameTimeOf(const platform::CMTime& timeStamp, int32_t videoFps);
 
     const std::string& url() const { return url_; }
-    std::string videoName() const;
     int32_t videoFps() const { return videoFps_; }
     /// The file could be opened.
     bool isReadable() const { return reader_ != nullptr; }

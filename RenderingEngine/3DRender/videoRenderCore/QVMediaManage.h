@@ -66,8 +66,6 @@ class QVMediaManage : public VideoTimeSourceDelegate, public std::enable_shared_
     void didCompleteRender(VideoTimeSource& timeSource, const std::shared_ptr<QVScene3D>& scene) override;
 
     bool isLoopPlayer() const { return isLoopPlayer_; }
-    /// Index of the scene loaded last, which is mostly one ahead of the one that plays; -1 before the first.
-    int64_t currentSceneIndex() const { return currentSceneIndex_; }
     const SceneGroup& group() const { return group_; }
     const std::shared_ptr<QVMultiSceneRenderManager>& renderManager() const { return renderManager_; }
 
@@ -91,7 +89,7 @@ class QVMediaManage : public VideoTimeSourceDelegate, public std::enable_shared_
     bool isLoopPlayer_ = false, isRec_ = false;
     CompletionBlock completeBlock_;
     SceneGroup group_;
-    int64_t currentSceneIndex_ = -1;
+    int64_t currentSceneIndex_ = -1;  // of the scene loaded last, mostly one ahead of the one that plays
 };
 
 }  // namespace multiscene

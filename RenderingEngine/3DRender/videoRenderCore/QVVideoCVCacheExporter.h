@@ -85,7 +85,6 @@ class QVVideoCVCacheExporter : public FrameSink,
     State state() const;
     const std::string& savePath() const { return savePath_; }
     int32_t framesPerSecond() const { return framesPerSecond_; }
-    int64_t currentFrame() const { return currentFrame_; }  ///< of the next frame; render queue
     std::vector<platform::Value> audioTrackArray() const;
     /// CPU seconds of conversion and encoding; complete once the film is.
     platform::VideoWriter::Statistics writerStatistics() const { return writer_->statistics(); }
@@ -125,7 +124,7 @@ class QVVideoCVCacheExporter : public FrameSink,
     const int32_t width_, height_, framesPerSecond_;
     const VideoExportSettings settings_;
     std::weak_ptr<QVVideoCVCacheExporterDelegate> delegate_;
-    int64_t currentFrame_ = 1;
+    int64_t currentFrame_ = 1;  // the next one; render queue
     platform::FramePlacer placer_;
     std::vector<uint8_t> drawn_;                 ///< a picture that does not fill the film
     platform::PixelBufferPool::Pointer buffer_;  ///< the frame that is being drawn

@@ -12,14 +12,11 @@ class QVQuadBlendObject3D : public QVQuadDiaphaneityObject3D {
 
     void rendInfoWithDic(const platform::Value& info) override;
 
-    uint32_t quadSrcBlend() const { return quadSrcBlend_; }  ///< a GL blend factor
-    uint32_t quadDecBlend() const { return quadDecBlend_; }  ///< a GL blend factor
-
   protected:
     void draw(Painter& painter) override;
 
   private:
-    uint32_t quadSrcBlend_ = 0, quadDecBlend_ = 0;
+    uint32_t quadSrcBlend_ = 0, quadDecBlend_ = 0;  // GL blend factors
 };
 
 }  // namespace multiscene

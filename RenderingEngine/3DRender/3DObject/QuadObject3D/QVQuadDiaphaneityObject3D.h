@@ -11,7 +11,6 @@ class QVQuadDiaphaneityObject3D : public QVQuadObject3D {
     const char* className() const override { return "QVQuadDiaphaneityObject3D"; }
 
     float renderAlpha() const { return renderAlpha_.value(); }  ///< 0 transparent to 1
-    void setRenderAlpha(float alpha) { renderAlpha_.setValue(alpha); }
 
   protected:
     void animationWithInfo(const platform::Value::Array& keys) override;

@@ -15,7 +15,6 @@ class QVQuadMaskObject3D : public QVQuadObject3D {
     void rendInfoWithDic(const platform::Value& info) override;
 
     float renderAlpha() const { return renderAlpha_.value(); }  ///< 0 transparent to 1
-    const QVMaterialBase* maskMaterial() const { return maskMaterial_.get(); }
 
   protected:
     void updateDue(const Tick& tick) override;

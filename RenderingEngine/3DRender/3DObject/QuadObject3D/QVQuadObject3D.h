@@ -45,9 +45,7 @@ class QVQuadObject3D : public QVObject3DTextureBase {
     float modelHeight() const { return modelHeight_; }   ///< model units
     const glm::vec3& anchor() const { return anchor_; }  ///< the quad's centre in model space
     int32_t quadObject3DContentMode() const { return contentMode_; }
-    int32_t quadObject3DBackgroundRenderMode() const { return backgroundRenderMode_; }
     const Corners& squareVertices() const { return squareVertices_; }
-    const Corners& squareBgVertices() const { return squareBgVertices_; }
 
     /// Draws the quad so.
     void drawWith(Painter& painter, Look look);

@@ -13,8 +13,6 @@ class QVQuadTextureRenderSelectShaderObject3D : public QVQuadObject3D {
 
     void rendInfoWithDic(const platform::Value& info) override;
 
-    const QVQuadTextureShaderRenderBase* shaderRender() const { return shaderRender_.get(); }
-
   protected:
     void updateDue(const Tick& tick) override;
     void draw(Painter& painter) override;

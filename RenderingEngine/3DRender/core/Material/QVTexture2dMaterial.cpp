@@ -10,16 +10,13 @@ namespace multiscene {
 
 static const MaterialTypes::Registration registered(
     "text2d",
-    [](const platform::Value& textureInfo,
-       const MaterialContext& context) -> std::shared_ptr<QVMaterialBase> {
-        return std::make_shared<QVTexture2dMaterial>(context.textureObjectPath, textureInfo);
+    [](const platform::Value& textureInfo, const MaterialContext&) -> std::shared_ptr<QVMaterialBase> {
+        return std::make_shared<QVTexture2dMaterial>(textureInfo);
     },
     text2DKeys);
 
-QVTexture2dMaterial::QVTexture2dMaterial(std::string textString, platform::Value textInfo)
-    : QVTextureMaterial(MaterialType::Text),
-      textString_(std::move(textString)),
-      textInfo_(std::move(textInfo)) {}
+QVTexture2dMaterial::QVTexture2dMaterial(platform::Value textInfo)
+    : QVTextureMaterial(MaterialType::Text), textInfo_(std::move(textInfo)) {}
 
 void QVTexture2dMaterial::loadMaterial() {
     auto model = QVMultiScene2DTextDataModel::multiScene2DTextDataModelWithDic(textInfo_);

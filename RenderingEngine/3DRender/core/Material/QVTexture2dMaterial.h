@@ -8,17 +8,14 @@ namespace multiscene {
 /// A text drawn into a texture, laid out as its dictionary says.
 class QVTexture2dMaterial : public QVTextureMaterial {
   public:
-    /// `textString` is kept; what is drawn is the "textString" of the dictionary, looked up in the user media
-    /// map.
-    QVTexture2dMaterial(std::string textString, platform::Value textInfo);
+    /// What is drawn is the "textString" of the dictionary, looked up in the user media map.
+    explicit QVTexture2dMaterial(platform::Value textInfo);
 
     void loadMaterial() override;
     void destroyMaterial() override;
     TextureSize textureSize() const override { return modelTexture_.textureContentSize(); }
-    const std::string& textString() const { return textString_; }
 
   private:
-    std::string textString_;
     platform::Value textInfo_;
     ZBTexture modelTexture_;
 };

@@ -7,7 +7,6 @@
 #include "core/GLESUtils/PvrPictures.h"
 #include "core/Material/BitmapStretch.h"
 #include "core/Material/PhotoFilterKeys.h"
-#include "core/Material/TextPictureCopy.h"
 #include "dataMode/QVMultiScene2DTextDataModel.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "platform/base/FileGate.h"
@@ -170,7 +169,6 @@ QVTextureMaterial::TextureCoordinates ZBTexture::loadTextureFrom2DTextDadaModel(
     textureContentSize_ = {size.width, size.height};
     platform::Bitmap bitmap =
         model.drawText(static_cast<int>(width * scale), static_cast<int>(height * scale), scale);
-    TextPictureCopy::shared().write(bitmap);
     show(std::move(bitmap));
     const auto right = static_cast<float>(size.width / width);
     const auto bottom = static_cast<float>(size.height / height);
