@@ -9,7 +9,6 @@
 #include "platform/media/VideoReader.h"
 #include "tests/engine/PlayFixture.h"
 #include "tests/engine/SoundFixture.h"
-#include "tween/QVTween.h"
 #include "videoRenderCore/QVVideoCVCacheExporter.h"
 
 namespace multiscene {
@@ -318,7 +317,6 @@ class ThreeScenes : public Export, public ::testing::WithParamInterface<int64_t>
     void expectNothingLeft() {
         EXPECT_TRUE(censusNow().empty()) << ::testing::PrintToString(censusNow());
         EXPECT_EQ(liveObjects(), 0);
-        EXPECT_TRUE(QVTween::items().empty());
     }
     void expectWholeFilm() {
         EXPECT_EQ(completions_, 1);

@@ -22,9 +22,9 @@ class TestPatch : public QVObject3DFpsBase {
         flickers_ = info.boolean("flickers");
         rectangle_ = info.has("rectangle") ? vectorOf<4>(info["rectangle"]) : glm::vec4(0, 0, 16384, 16384);
     }
-    void updateData(const platform::CMTime& time) override {
-        QVObject3DFpsBase::updateData(time);
-        frame_ = time.value;
+    void updateDue(const Tick& tick) override {
+        QVObject3DFpsBase::updateDue(tick);
+        frame_ = tick.frame;
     }
 
   protected:

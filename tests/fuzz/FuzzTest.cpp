@@ -11,7 +11,6 @@
 #include "tests/engine/FakeDriver.h"
 #include "tests/engine/TwoPainters.h"
 #include "tests/fuzz/Mutations.h"
-#include "tween/QVTween.h"
 #include "videoRenderCore/SceneValidation.h"
 
 namespace multiscene::testing {
@@ -23,7 +22,6 @@ using Dictionary = Value::Dictionary;
 class FuzzTest : public ::testing::Test {
   protected:
     TwoPainters painters;
-    void TearDown() override { QVTween::killAllTween(); }
 };
 
 Value dictionaryOf(Dictionary entries) { return Value(std::move(entries)); }
@@ -95,7 +93,7 @@ TEST_F(FuzzTest, SceneFiles) {
                 for (int64_t number = 0; number < 3; ++number) {
                     root->setCurrentRenderTime(frame(number));
                     root->updateData();
-                    QVTween::update();
+                    root->tweens().update();
                     root->updateMatrix();
                     TwoPainters::paint(painters.software, 72, 128, {},
                                        [&](Painter& painter) { root->render(painter); });
@@ -105,7 +103,6 @@ TEST_F(FuzzTest, SceneFiles) {
             } catch (const platform::Error&) {
                 // a clear refusal is fine
             }
-            QVTween::killAllTween();
             return isTaken;
         },
         400);
