@@ -10,10 +10,9 @@ void addSceneLight(MeshDraw& mesh, QVObject3DTransformBase& node) {
     const glm::mat4 model = node.sceneTransform();
     const auto scene = node.scene();
     const auto view = node.camera() ? node.camera() : scene ? scene->camera() : nullptr;
-    const glm::vec3 eye = view ? glm::vec3(glm::inverse(view->cameraLookAtTransform())[3]) : glm::vec3(0);
     mesh.uniforms.emplace_back("u_modelMatrix", model);
     mesh.uniforms.emplace_back("u_normalMatrix", glm::mat4(glm::transpose(glm::inverse(glm::mat3(model)))));
-    mesh.uniforms.emplace_back("u_eyePosition", eye);
+    mesh.uniforms.emplace_back("u_eyePosition", view ? view->viewpoint() : glm::vec3(0));
     QVLightBase::glslLightParamWithLightArray(node.ligthArray(), mesh.uniforms, node.isLightEnable());
     mesh.definitions = QVLightBase::definitionsForLightArray(node.ligthArray(), node.isLightEnable());
 }

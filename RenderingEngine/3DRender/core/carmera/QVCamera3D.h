@@ -47,6 +47,7 @@ class QVCamera3D : public QVObject3DTransformBase {
     /// The projection, rebuilt first when dirty.
     const glm::mat4& getPpTransform();
     const glm::mat4& cameraLookAtTransform() const { return lookAt_.cameraLookAtTransform(); }
+    const glm::vec3& viewpoint() const { return lookAt_.viewpoint(); }
     /// Grows whenever projection or view have changed: what was computed with them is kept as long as it
     /// stays.
     uint64_t version() const { return version_; }

@@ -56,6 +56,7 @@ void QVCamera3DLookAtTransform::cameraLookAtWithTargetPoint(const glm::vec3& poi
 bool QVCamera3DLookAtTransform::computeCameraLookAtTransform() {
     if (!isDirty_) return false;
     const glm::mat4 before = std::exchange(viewMatrix_, glm::lookAtRH(eye_, eye_ + forward_, up_));
+    viewpoint_ = glm::vec3(glm::inverse(viewMatrix_)[3]);
     isDirty_ = false;
     return viewMatrix_ != before;
 }

@@ -18,6 +18,8 @@ class QVCamera3DLookAtTransform {
     bool computeCameraLookAtTransform();
     /// The view matrix of the last computation.
     const glm::mat4& cameraLookAtTransform() const { return viewMatrix_; }
+    /// Where that view is seen from.
+    const glm::vec3& viewpoint() const { return viewpoint_; }
 
   private:
     void rotateFromBase(const glm::vec3& axis, float degrees);
@@ -27,6 +29,7 @@ class QVCamera3DLookAtTransform {
     glm::vec3 up_{0, 1, 0}, forward_{0, 0, -1};
     bool isDirty_ = true;
     glm::mat4 viewMatrix_{1};
+    glm::vec3 viewpoint_{0};
 };
 
 }  // namespace multiscene
