@@ -133,6 +133,12 @@ std::string soundText(const JobSummary& summary) {
     return text;
 }
 
+std::string drawnText(const DrawnBy& drawn) {
+    if (drawn.renderer == "gl") return "drawn by OpenGL: " + drawn.openGL;
+    const std::string text = "drawn in software";
+    return drawn.openGL.empty() ? text : text + ", by OpenGL what only that draws: " + drawn.openGL;
+}
+
 Value::Dictionary summaryFields(const JobSummary& summary) {
     return {{"output", summary.output.string()},
             {"frames", summary.frames},
@@ -142,6 +148,8 @@ Value::Dictionary summaryFields(const JobSummary& summary) {
             {"framesPerSecond", summary.format.framesPerSecond},
             {"videoSeconds", summary.videoSeconds()},
             {"seconds", summary.wallSeconds},
+            {"renderer", summary.drawnBy.renderer},
+            {"openGL", summary.drawnBy.openGL.empty() ? Value() : Value(summary.drawnBy.openGL)},
             {"sound", soundValue(summary)},
             {"skipped", entriesValue(summary.skipped)},
             {"usedOtherwise", entriesValue(summary.usedOtherwise)},
@@ -288,6 +296,7 @@ void Console::jobDone(const JobSummary& summary) {
 void Console::printSummary(const JobSummary& summary) {
     line("made " + summary.output.string() + ": " + contentText(summary) +
          format(", %dx%d, in %.1f s", summary.format.width, summary.format.height, summary.wallSeconds));
+    line(drawnText(summary.drawnBy));
     if (const std::string sound = soundText(summary); !sound.empty()) line(sound);
     for (const RenderReport::Entry& entry : summary.skipped) line(describe(entry));
     for (const RenderReport::Entry& entry : summary.usedOtherwise) line("note: " + describe(entry));

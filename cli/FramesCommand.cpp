@@ -16,6 +16,7 @@ class FramesCommand : public FencedCommand {
         declareInputs(arguments, request_);
         declareFormat(arguments, request_);
         declareFit(arguments, request_);
+        declareRenderer(arguments, request_);
         declareJudgement(arguments, request_);
         declareSelection(arguments, request_.selection);
         arguments.flag("--alpha", "Keep transparency; else the pictures are what the video shows",

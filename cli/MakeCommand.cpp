@@ -13,6 +13,7 @@ class MakeCommand : public VideoCommand {
         declareInputs(arguments, request_);
         declareFormat(arguments, request_);
         declareFit(arguments, request_);
+        declareRenderer(arguments, request_);
         declareJudgement(arguments, request_);
         declareVideo(arguments, request_);
         arguments.example(

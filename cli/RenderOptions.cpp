@@ -242,6 +242,18 @@ void declareFit(Arguments& arguments, RenderRequest& request) {
         });
 }
 
+void declareRenderer(Arguments& arguments, RenderRequest& request) {
+    arguments.option(
+        "--renderer", "auto|gl|software",
+        "What draws: OpenGL alone, or the processor with OpenGL for what only that can draw. auto, if "
+        "not given: OpenGL where it has a GPU, else software",
+        [&](const std::string& value) {
+            const auto renderer = rendererNamed(value);
+            if (!renderer) throw wrong(value, "one of auto, gl, software");
+            request.renderer = *renderer;
+        });
+}
+
 void declareJudgement(Arguments& arguments, RenderRequest& request) {
     arguments.flag("--strict", "Refuse what would only be noted: warnings, inputs that are not given",
                    request.isStrict);

@@ -16,6 +16,8 @@ void declareInputs(Arguments& arguments, RenderRequest& request);
 void declareFormat(Arguments& arguments, RenderRequest& request, Occurs occurs = Occurs::AtMostOnce);
 /// --fit.
 void declareFit(Arguments& arguments, RenderRequest& request);
+/// --renderer.
+void declareRenderer(Arguments& arguments, RenderRequest& request);
 /// --strict, --force.
 void declareJudgement(Arguments& arguments, RenderRequest& request);
 /// --music and how it is played, --loudness, --bitrate, --preset, -o.

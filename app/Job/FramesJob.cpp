@@ -122,7 +122,7 @@ JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std:
     run.setFrameLimit(wanted.framesNeeded());
     const int64_t frames = run.play();
     wanted.requireWithin(frames);
-    JobSummary summary = summaryOf(group, frames, run.statistics());
+    JobSummary summary = summaryOf(group, frames, run);
     summary.pictures = files.keep();
     summary.output = folder;
     summary.wallSeconds = platform::monotonicSeconds() - start;

@@ -21,10 +21,11 @@ void wakeMainThread() {
     DispatchQueue::main().async([] {});
 }
 
-RenderDriverSettings driverSettings(const platform::FrameLayout& layout) {
+RenderDriverSettings driverSettings(const PreparedGroup& group) {
     RenderDriverSettings settings;
-    settings.bufferWidth = layout.drawnWidth;
-    settings.bufferHeight = layout.drawnHeight;
+    settings.bufferWidth = group.layout.drawnWidth;
+    settings.bufferHeight = group.layout.drawnHeight;
+    settings.renderer = group.renderer;
     return settings;
 }
 
@@ -52,7 +53,7 @@ GroupRun::GroupRun(const PreparedGroup& group, std::shared_ptr<FrameSink> frameS
     : group_(group), observer_(observer), stop_(std::move(stop)), shared_(std::make_shared<Shared>()) {
     RenderReport::shared().clear();
     manager_ = QVMultiSceneRenderManager::initWithFrameSink(std::move(frameSink), std::move(soundSink),
-                                                            driverSettings(group.layout));
+                                                            driverSettings(group));
     manager_->setExportPauseSeconds(0);
     manager_->setFrameRenderingCompleteBlock([shared = shared_](int64_t) { shared->countFrame(); });
     player_ = QVMediaManage::initWithRenderManager(manager_, false);
@@ -77,6 +78,12 @@ void GroupRun::finishShaderReport() {
     });
 }
 
+void GroupRun::askPainter() {
+    manager_->performOnRenderQueue([this] {
+        drawnBy_ = {manager_->painter().name(), manager_->painter().device()};
+    });
+}
+
 void GroupRun::setSampler(std::function<void(int64_t, const RenderDriver&)> sampler) {
     manager_->setFrameSampleBlock(
         [sampler = std::move(sampler), driver = manager_.get()](int64_t frame) { sampler(frame, *driver); });
@@ -89,6 +96,7 @@ int64_t GroupRun::play() {
     if (const auto error = shared_->failure()) throw Error(*error);
     if (!shared_->isComplete) cancel();
     finishShaderReport();
+    askPainter();
     reportProgress();
     return framesDone();
 }

@@ -8,6 +8,7 @@
 #include <optional>
 #include <stop_token>
 
+#include "app/Job/DrawnBy.h"
 #include "app/Job/JobObserver.h"
 #include "app/Job/PreparedGroup.h"
 #include "platform/base/Clock.h"
@@ -39,6 +40,7 @@ class GroupRun {
 
     /// After play().
     const FrameStatistics& statistics() const { return manager_->statistics(); }
+    const DrawnBy& drawnBy() const { return drawnBy_; }
 
   private:
     /// What the render queue tells; callbacks may outlive the run.
@@ -59,6 +61,7 @@ class GroupRun {
     void cancel();
     void reportProgress();
     void finishShaderReport();
+    void askPainter();
 
     const PreparedGroup& group_;
     JobObserver& observer_;
@@ -66,6 +69,7 @@ class GroupRun {
     std::shared_ptr<Shared> shared_;
     std::shared_ptr<QVMultiSceneRenderManager> manager_;
     std::shared_ptr<QVMediaManage> player_;
+    DrawnBy drawnBy_;
     double startSeconds_ = 0, reportedSeconds_ = 0;
 };
 

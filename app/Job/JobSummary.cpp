@@ -2,16 +2,18 @@
 
 #include <algorithm>
 
+#include "app/Job/GroupRun.h"
 #include "app/Job/PreparedGroup.h"
 
 namespace multiscene {
 
-JobSummary summaryOf(const PreparedGroup& group, int64_t frames, const FrameStatistics& statistics) {
+JobSummary summaryOf(const PreparedGroup& group, int64_t frames, const GroupRun& run) {
     JobSummary summary;
     summary.format = group.format;
     summary.frames = frames;
     summary.missingInputs = group.missingInputs;
-    summary.statistics = statistics;
+    summary.statistics = run.statistics();
+    summary.drawnBy = run.drawnBy();
     for (RenderReport::Entry& entry : RenderReport::shared().entries()) {
         const auto& missing = group.missingInputs;
         if (std::find(missing.begin(), missing.end(), entry.name) != missing.end()) continue;

@@ -6,6 +6,7 @@
 #include <string>
 #include <vector>
 
+#include "app/Job/DrawnBy.h"
 #include "app/Model/MediaFormat.h"
 #include "other/RenderReport.h"
 #include "platform/audio/AudioMix.h"
@@ -14,6 +15,7 @@
 
 namespace multiscene {
 
+class GroupRun;
 struct PreparedGroup;
 
 /// What a finished job has done.
@@ -28,6 +30,7 @@ struct JobSummary {
     std::vector<RenderReport::Entry> usedOtherwise;  ///< not as the template says, each once
     std::vector<std::string> missingInputs;          ///< keys that the user did not give
     FrameStatistics statistics;
+    DrawnBy drawnBy;
     platform::VideoWriter::Statistics encoder;      ///< of a video
     std::optional<platform::AudioMixReport> sound;  ///< none: the video is silent
     std::optional<double> wantedLoudness;           ///< LUFS
@@ -37,6 +40,6 @@ struct JobSummary {
 
 /// The summary of a group that has played; the caller adds what it knows besides. Takes the render report,
 /// without the entries that only say that an input was not given.
-JobSummary summaryOf(const PreparedGroup& group, int64_t frames, const FrameStatistics& statistics);
+JobSummary summaryOf(const PreparedGroup& group, int64_t frames, const GroupRun& run);
 
 }  // namespace multiscene

@@ -121,6 +121,7 @@ PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, J
     prepared.playable = open(request, job);
     judgeAloud(prepared.playable, request, observer);
     prepared.format = formatOf(request, prepared.playable);
+    prepared.renderer = request.renderer;
     prepared.layout = layoutOf(request, prepared.playable, prepared.format);
     UserValues values = collectUserValues(request.inputs, prepared.playable, job, prepared.format, stop);
     prepared.missingInputs = std::move(values.missing);

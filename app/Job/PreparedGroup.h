@@ -16,7 +16,8 @@ namespace multiscene {
 
 struct PreparedGroup {
     Playable playable;
-    MediaFormat format;                      ///< of the video
+    MediaFormat format;  ///< of the video
+    Renderer renderer = Renderer::Auto;
     platform::FrameLayout layout;            ///< of the drawn picture in it
     SceneGroup group;                        ///< with the user's values
     int64_t totalFrames = 0;                 ///< as the catalogue says; below 1 when it does not

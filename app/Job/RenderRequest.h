@@ -5,6 +5,7 @@
 
 #include "app/Job/JobInputs.h"
 #include "app/Model/MediaFormat.h"
+#include "painter/Renderer.h"
 
 namespace multiscene {
 
@@ -27,6 +28,7 @@ struct RenderRequest {
     std::optional<int> framesPerSecond;  ///< none: the template's
     std::optional<std::string> music;    ///< a file, or "none"; nothing: the template's
     MusicSettings musicSettings;
+    Renderer renderer = Renderer::Auto;
     bool isStrict = false;  ///< what would only be noted is refused
     bool isForced = false;  ///< goes on in spite of errors of the template
     bool isJudged = false;  ///< the template has been judged before, aloud

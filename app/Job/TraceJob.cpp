@@ -24,7 +24,7 @@ JobSummary traceFrames(const TraceRequest& request, const std::function<void(con
     const int64_t frames = run.play();
     request.selection.requireWithin(frames);
 
-    JobSummary summary = summaryOf(group, frames, run.statistics());
+    JobSummary summary = summaryOf(group, frames, run);
     summary.wallSeconds = platform::monotonicSeconds() - start;
     return summary;
 }

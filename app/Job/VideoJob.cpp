@@ -100,7 +100,7 @@ JobSummary makeVideo(const VideoRequest& request, JobObserver& observer, std::st
     if (const std::string note = loudnessNote(request.loudness, sound); !note.empty()) observer.jobNote(note);
     output.publish(end->path.empty() ? exporter->savePath() : end->path);
 
-    JobSummary summary = summaryOf(group, frames, run.statistics());
+    JobSummary summary = summaryOf(group, frames, run);
     summary.encoder = exporter->writerStatistics();
     summary.sound = sound;
     summary.wantedLoudness = request.loudness;
