@@ -2,6 +2,7 @@
 // thread. Each node's projection is asked for twice a frame, as by a quad that is drawn and recorded. Nothing
 // is decoded or drawn.
 #include <benchmark/benchmark.h>
+#include <cstdlib>
 
 #include <stdexcept>
 #include <string>
@@ -28,6 +29,7 @@ class NoDriver : public RenderDriver {
     int64_t currentRenderFps() const override { return 0; }
     void startSoundEffect(const Value&) override {}
     void stopSoundEffect(const std::string&) override {}
+    Painter& painter() override { std::abort(); }  // nothing is drawn
 };
 
 constexpr int kFrames = 300;
