@@ -57,6 +57,49 @@ void record(const fs::path& file, const Looks& looks) {
     }
 }
 
+platform::Bitmap pictureOf(const fs::path& picture) {
+    return platform::decodeImage(platform::FileHandle(::open(picture.c_str(), O_RDONLY)));
+}
+
+std::string frameFile(int frame) {
+    std::ostringstream name;
+    name << "frame-" << std::setw(6) << std::setfill('0') << frame << ".png";
+    return name.str();
+}
+
+int difference(const uint8_t* one, const uint8_t* other) {
+    int largest = 0;
+    for (int channel = 0; channel < 3; ++channel)
+        largest = std::max(largest, std::abs(one[channel] - other[channel]));
+    return largest;
+}
+
+/// Something ends here, in this picture or beside it: painters smooth edges in their own ways.
+bool isEdge(const platform::Bitmap& picture, int x, int y) {
+    constexpr int step = 12;  // levels
+    const uint8_t* here = picture.pixel(x, y);
+    return (x > 0 && difference(here, picture.pixel(x - 1, y)) > step) ||
+           (y > 0 && difference(here, picture.pixel(x, y - 1)) > step) ||
+           (x + 1 < picture.width && difference(here, picture.pixel(x + 1, y)) > step) ||
+           (y + 1 < picture.height && difference(here, picture.pixel(x, y + 1)) > step);
+}
+
+void expectSamePicture(const platform::Bitmap& one, const platform::Bitmap& other) {
+    ASSERT_EQ(one.size(), other.size());
+    int64_t sum = 0, different = 0, compared = 0;
+    for (int y = 0; y < one.height; ++y)
+        for (int x = 0; x < one.width; ++x) {
+            const uint8_t *first = one.pixel(x, y), *second = other.pixel(x, y);
+            for (int channel = 0; channel < 3; ++channel) sum += std::abs(first[channel] - second[channel]);
+            if (isEdge(one, x, y) || isEdge(other, x, y)) continue;
+            ++compared;
+            different += difference(first, second) > 3;
+        }
+    EXPECT_LT(static_cast<double>(sum) / (3.0 * one.width * one.height), 0.5) << "levels of 255, the mean";
+    EXPECT_LE(static_cast<double>(different), 0.001 * static_cast<double>(compared))
+        << "pixels away from edges";
+}
+
 Rows gridOf(const fs::path& picture) {
     const platform::FileHandle file(::open(picture.c_str(), O_RDONLY));
     const platform::ImageSize size = platform::readImageSize(file);
@@ -123,15 +166,29 @@ TEST_P(SamplesTest, LookAsRecorded) {
     const bool writes = std::getenv("MULTISCENE_WRITE_SAMPLES") != nullptr;
     for (auto& [frame, rows] : looks) {
         SCOPED_TRACE("frame " + std::to_string(frame));
-        std::ostringstream name;
-        name << "frame-" << std::setw(6) << std::setfill('0') << frame << ".png";
-        const Rows now = gridOf(folder.path() / "frames" / name.str());
+        const Rows now = gridOf(folder.path() / "frames" / frameFile(frame));
         if (writes)
             rows = now;
         else
             expectAlike(now, rows);
     }
     if (writes) record(file, looks);
+}
+
+TEST_P(SamplesTest, BothPaintersDrawTheSame) {
+    const Looks looks = recorded(source("tests/program/samples") / (GetParam() + ".txt"));
+    const fs::path sample = source("templates") / GetParam();
+    for (const char* renderer : {"gl", "software"}) {
+        const Result result =
+            multiscene({"frames", sample, "--media", sample / "sample/inputs.json", "--at", listed(looks),
+                        "--renderer", renderer, "-o", folder.file(renderer)});
+        ASSERT_EQ(result.exitCode, 0) << result.errors;
+    }
+    for (const auto& [frame, rows] : looks) {
+        SCOPED_TRACE("frame " + std::to_string(frame));
+        expectSamePicture(pictureOf(folder.path() / "gl" / frameFile(frame)),
+                          pictureOf(folder.path() / "software" / frameFile(frame)));
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Templates, SamplesTest, ::testing::ValuesIn(samples()), testName);
