@@ -158,6 +158,7 @@ class Answers {
 };
 
 void noteFence(const Message& message) {
+    if (platform::isSanitized()) return;  // whoever builds with one knows
     for (size_t index = 1; index < message.fields.size(); ++index)
         std::fprintf(stderr, "multiscene: the fence is %s: %s\n", message.field(0).c_str(),
                      message.field(index).c_str());
@@ -166,18 +167,28 @@ void noteFence(const Message& message) {
 }  // namespace
 
 int FencedCommand::execute(Console& console, const JobSettings& settings) {
-    std::optional<JobFolder> job;
-    if (needsFolder()) job.emplace();
+    // Before there is a folder that a signal could leave behind.
+    if (!settings.isFenced) return runUnfenced(console);
+    const SignalQueue signals;
+    const auto job = jobFolder();
     const fs::path folder = job ? job->path() : fs::path();
     const Errand errand = prepare(folder);
-    if (settings.isFenced) return runFenced(console, settings, folder, errand);
+    return runFenced(console, settings, signals.descriptor(), folder, errand);
+}
+
+std::unique_ptr<JobFolder> FencedCommand::jobFolder() const {
+    return needsFolder() ? std::make_unique<JobFolder>() : nullptr;
+}
+
+int FencedCommand::runUnfenced(Console& console) {
     const SignalWatch signals;
+    const auto job = jobFolder();
+    prepare(job ? job->path() : fs::path());
     return work(console, signals.stopToken(), [this] { publish(); });
 }
 
-int FencedCommand::runFenced(Console& console, const JobSettings& settings, const fs::path& folder,
-                             const Errand& errand) {
-    const SignalQueue signals;
+int FencedCommand::runFenced(Console& console, const JobSettings& settings, int signals,
+                             const fs::path& folder, const Errand& errand) {
     const Fence fence{settings.limits, folder, shaderCache(), errand};
     platform::Worker worker([&](Channel& channel) {
         return tellEnd(channel, [&] {
@@ -188,7 +199,7 @@ int FencedCommand::runFenced(Console& console, const JobSettings& settings, cons
         });
     });
     Answers answers(worker.channel(), [this] { publish(); });
-    platform::Supervisor supervisor(worker, settings.limits, signals.descriptor(), [&](Message& message) {
+    platform::Supervisor supervisor(worker, settings.limits, signals, [&](Message& message) {
         if (message.kind == Message::Kind::Request)
             answers.answer(message);
         else if (message.kind == Message::Kind::Fence)

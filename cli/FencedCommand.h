@@ -4,8 +4,10 @@
 
 #include <filesystem>
 #include <functional>
+#include <memory>
 #include <optional>
 
+#include "app/Job/JobFolder.h"
 #include "cli/Command.h"
 #include "platform/fence/Landlock.h"
 
@@ -38,8 +40,10 @@ class FencedCommand : public Command {
     virtual void publish() {}
 
   private:
-    int runFenced(Console& console, const JobSettings& settings, const std::filesystem::path& folder,
-                  const Errand& errand);
+    std::unique_ptr<JobFolder> jobFolder() const;
+    int runUnfenced(Console& console);
+    int runFenced(Console& console, const JobSettings& settings, int signals,
+                  const std::filesystem::path& folder, const Errand& errand);
 };
 
 }  // namespace multiscene::cli

@@ -78,7 +78,8 @@ AttemptResult resultOf(const BreakOutAttempt& attempt, const BreakOutTargets& ta
         supervisor.run();
     } catch (const Error& error) {
         if (error.kind() == ErrorKind::Cancelled) throw;
-        if (!isTold) result.how = error.message();
+        // One that ended by itself has become another program.
+        if (!isTold && supervisor.fault() != WorkerFault::None) result.how = error.message();
     }
     result.isDenied = !result.how.empty();
     return result;

@@ -15,7 +15,7 @@ namespace platform {
 
 namespace {
 
-constexpr double kGrace = 0.3;     // seconds between asking and killing
+constexpr double kGrace = 0.25;    // seconds between asking and killing; the end takes time as well
 constexpr double kLooking = 0.05;  // seconds between looks at the limits
 constexpr int kNap = 50;           // milliseconds
 
@@ -78,7 +78,8 @@ void Supervisor::wait() {
                         input(worker_.endDescriptor(), !worker_.ended()),
                         output(STDOUT_FILENO),
                         output(STDERR_FILENO)};
-    ::poll(waiting, std::size(waiting), kNap);
+    const double grace = isCancelled_ && !isKilled_ ? std::max(0.0, killAt_ - monotonicSeconds()) : 1;
+    ::poll(waiting, std::size(waiting), std::min(kNap, static_cast<int>(grace * 1000) + 1));
 }
 
 void Supervisor::hear() {

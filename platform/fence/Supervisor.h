@@ -11,7 +11,7 @@ namespace platform {
 /// Hears the worker, watches its limits, obeys signals, writes for it. One thread; while run() runs, SIGINT,
 /// SIGTERM, SIGHUP and SIGTSTP are blocked and `signals`, a signalfd for them, is read.
 ///
-/// A signal ends the worker: it is asked (SIGTERM) and after 0.3 s, or at a second signal, killed. Standard
+/// A signal ends the worker: it is asked (SIGTERM) and after 0.25 s, or at a second signal, killed. Standard
 /// output that nobody reads holds the worker up, never the supervisor. Standard errors of the worker, where
 /// libraries write, are passed on with control characters replaced.
 class Supervisor {
@@ -32,6 +32,8 @@ class Supervisor {
     void commit() { isCommitted_ = true; }
 
     const WorkerActivity& activity() const { return activity_; }
+    /// Why the worker was ended; None when it ended by itself, or by a signal of somebody else.
+    WorkerFault fault() const { return fault_; }
     uint64_t peakBytes() const { return watch_.peakBytes(); }
 
   private:

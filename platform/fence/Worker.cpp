@@ -12,6 +12,8 @@
 #include <cstdlib>
 #include <filesystem>
 
+#include "platform/fence/WorkerLimits.h"
+
 namespace platform {
 
 namespace {
@@ -44,7 +46,8 @@ void offerItself() {
 }  // namespace
 
 Worker::Worker(const Body& body) {
-    if (threadsOfThisProcess() > 1)
+    // A sanitizer has threads of its own, and cares for them.
+    if (!isSanitized() && threadsOfThisProcess() > 1)
         throw Error(ErrorKind::Failed, "a worker cannot be started while threads run");
     auto ends = Channel::pair();
     int pipe[2];

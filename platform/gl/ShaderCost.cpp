@@ -54,7 +54,7 @@ struct Piece {
 
 class Judge {
   public:
-    explicit Judge(const Words& words) : words_(words) {}
+    explicit Judge(const Words& words) : words_(words), product_(productCost(words)) {}
 
     std::string problem() {
         while (at_ < words_.size() && problem_.empty()) topLevel();
@@ -64,6 +64,16 @@ class Judge {
     }
 
   private:
+    /// A product of matrices takes a compiler as long as all its parts, measured, and several times that when
+    /// one follows the other. Which products are of matrices is not told here.
+    static Cost productCost(const Words& words) {
+        uint64_t parts = 1;
+        for (const std::string& word : words)
+            for (const auto& [type, count] : {std::pair{"mat4", 256}, {"mat3", 108}, {"mat2", 32}})
+                if (word.starts_with(type)) parts = std::max<uint64_t>(parts, static_cast<uint64_t>(count));
+        return {parts, parts};
+    }
+
     bool is(const char* word) const { return at_ < words_.size() && words_[at_] == word; }
     bool isAt(size_t at, const char* word) const { return at < words_.size() && words_[at] == word; }
     void refuse(const std::string& problem) {
@@ -208,7 +218,7 @@ class Judge {
     void word(Piece& piece) {
         noteConstant();
         noteSize();
-        piece.own.add({1, 1});
+        piece.own.add(is("*") ? product_ : Cost{1, 1});
         if (isAt(at_ + 1, "(")) piece.calls[words_[at_]].add({1, 1});
         ++at_;
     }
@@ -277,6 +287,7 @@ class Judge {
     }
 
     const Words& words_;
+    Cost product_;
     size_t at_ = 0;
     std::string problem_;
     std::map<std::string, Piece, std::less<>> functions_;

@@ -125,6 +125,7 @@ TEST_F(FenceTest, AnErrorComesBackAsItWas) {
 }
 
 TEST_F(FenceTest, AWorkerThatDiesIsAnErrorThatNamesStageAndFile) {
+    if (isSanitized()) GTEST_SKIP() << "sanitizers have their own way with crashes";
     const struct {
         const char* what;
         ErrorKind kind;
@@ -170,6 +171,7 @@ TEST_F(FenceTest, ALimitEndsTheWorkerAndSaysWhichItWas) {
          }},
     };
     for (const auto& each : cases) {
+        if (isSanitized() && std::string_view(each.setting).starts_with("maxJobMemory")) continue;
         WorkerLimits limits;
         limits.set(each.setting);
         const Outcome outcome = outcomeOf(
@@ -304,6 +306,7 @@ TEST_F(FenceTest, AWorkerDiesWithItsSupervisorAndWithEverythingThatItStarted) {
 }
 
 TEST_F(FenceTest, AWorkerIsNotStartedWhileThreadsRun) {
+    if (isSanitized()) GTEST_SKIP() << "sanitizers have threads of their own";
     std::thread thread([] { ::usleep(300'000); });
     EXPECT_THROW(Worker([](Channel&) { return 0; }), Error);
     thread.join();

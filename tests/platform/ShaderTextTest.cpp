@@ -65,6 +65,8 @@ TEST(ShaderText, WhatWouldGrowWithoutBoundIsRefused) {
         {"float f(){ float c; for(int i=0;i<2000;i++) c+=1.0; return c; }" +
              mainOf("for(int i=0;i<2000;i++) c+=f();"),
          "turn too often"},
+        {"uniform mat4 m;" + mainOf(repeated("x = m*m*m*m*m*m*m*m;", 700)),
+         "functions put where they are called"},
         {mainOf(repeated("{", 100) + repeated("}", 100)), "nested"},
         {mainOf(repeated("if(x){}else ", 100) + "{}"), "nested"},
     };
