@@ -51,12 +51,13 @@ int main(int count, char** arguments) {
                                       .height = pictures.front().height,
                                       .framesPerSecond = std::atoi(arguments[2]),
                                       .bitRate = std::atoi(arguments[3]),
-                                      .preset = arguments[4],
-                                      .pixelOrder = platform::PixelOrder::RGBA});
+                                      .preset = arguments[4]});
         int64_t frame = 0;
         for (const platform::Bitmap& picture : pictures) {
             auto buffer = writer.takeBuffer();
             std::memcpy(buffer->data(), picture.rgba.data(), buffer->size());
+            for (size_t red = 0; red < buffer->size(); red += 4)
+                std::swap(buffer->data()[red], buffer->data()[red + 2]);
             writer.append(std::move(buffer), ++frame);
         }
         writer.finish();

@@ -160,7 +160,7 @@ void encoderPlanes(benchmark::State& state) {
     const PixelBuffer source = picture(kWidth, kHeight, true);
     std::vector<uint8_t> y(kWidth * kHeight), u(y.size() / 4), v(u.size());
     const I420Planes planes{y.data(), kWidth, u.data(), kWidth / 2, v.data(), kWidth / 2};
-    for (auto _ : state) toI420(source, PixelOrder::BGRA, RowOrder::TopDown, YuvMatrix::BT709, planes);
+    for (auto _ : state) toI420(source, YuvMatrix::BT709, planes);
     countPixels(state);
 }
 
@@ -173,7 +173,7 @@ void decodedPicture(benchmark::State& state) {
     source.height = kHeight;
     PixelBuffer target;
     YuvConverter converter;
-    for (auto _ : state) converter.convert(source, PixelOrder::BGRA, target);
+    for (auto _ : state) converter.convert(source, target);
     countPixels(state);
 }
 

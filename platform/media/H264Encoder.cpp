@@ -92,8 +92,7 @@ void H264Encoder::convert(const PixelBuffer& picture) {
     ffmpeg::check(av_frame_make_writable(frame_.get()), "cannot encode", settings_.path.string());
     const I420Planes planes{frame_->data[0],     frame_->linesize[0], frame_->data[1],
                             frame_->linesize[1], frame_->data[2],     frame_->linesize[2]};
-    toI420(picture, settings_.pixelOrder, settings_.rowOrder, yuvMatrixFor(settings_.width, settings_.height),
-           planes);
+    toI420(picture, yuvMatrixFor(settings_.width, settings_.height), planes);
 }
 
 void H264Encoder::submit(const AVFrame* frame) {

@@ -161,17 +161,16 @@ void PictureConverter::convertUpright(const AVFrame& picture, PixelBuffer& targe
 void PictureConverter::convertStored(const AVFrame& picture, PixelBuffer& target) {
     const auto planes = planesOf(picture);
     if (!planes) return convertAny(picture, target);
-    yuv_.convert(*planes, settings_.order, target);
+    yuv_.convert(*planes, target);
     if (hasAlpha(picture)) copyAlpha(picture, target);
 }
 
 void PictureConverter::convertAny(const AVFrame& picture, PixelBuffer& target) {
     target.resize(picture.width, picture.height);
-    const AVPixelFormat format = settings_.order == PixelOrder::BGRA ? AV_PIX_FMT_BGRA : AV_PIX_FMT_RGBA;
     constexpr int kFlags = SWS_BILINEAR | SWS_ACCURATE_RND | SWS_FULL_CHR_H_INT | SWS_BITEXACT;
     scaler_.reset(sws_getCachedContext(scaler_.release(), picture.width, picture.height,
                                        static_cast<AVPixelFormat>(picture.format), picture.width,
-                                       picture.height, format, kFlags, nullptr, nullptr, nullptr));
+                                       picture.height, AV_PIX_FMT_BGRA, kFlags, nullptr, nullptr, nullptr));
     if (!scaler_) throw Error(ErrorKind::Failed, "pictures of this pixel format cannot be converted");
     const int* coefficients = sws_getCoefficients(scalerColours(matrixOf(picture)));
     sws_setColorspaceDetails(scaler_.get(), coefficients, isFullRange(picture), coefficients, 1, 0, 1 << 16,

@@ -1,4 +1,4 @@
-// Private to platform/media: decoded pictures of any pixel format to upright BGRA or RGBA.
+// Private to platform/media: decoded pictures of any pixel format to upright BGRA.
 #pragma once
 
 #include <memory>
@@ -18,7 +18,6 @@ namespace platform {
 class PictureConverter {
   public:
     struct Settings {
-        PixelOrder order = PixelOrder::BGRA;
         Orientation orientation = {};
         PictureShape shape = {};  ///< of the upright picture
         bool premultipliesAlpha = false;

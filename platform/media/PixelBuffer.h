@@ -7,13 +7,7 @@
 
 namespace platform {
 
-/// The order of a pixel's bytes in memory.
-enum class PixelOrder { BGRA, RGBA };
-
-/// Which row comes first in memory: pictures are TopDown, what glReadPixels gives is BottomUp.
-enum class RowOrder { TopDown, BottomUp };
-
-/// One picture. Rows are tightly packed, so that it can be given to or read back by GL as it is.
+/// One picture: B, G, R, A in memory, the top row first, rows tightly packed.
 class PixelBuffer {
   public:
     PixelBuffer() = default;

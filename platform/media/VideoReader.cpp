@@ -18,7 +18,7 @@ class VideoReader::Implementation {
     Implementation(const FileHandle& file, const std::string& name, ErrorKind kind, const Settings& wanted)
         : decoder(file, name, kind),
           settings(wanted),
-          converter({settings.pixelOrder, decoder.orientation(), settings.shape,
+          converter({decoder.orientation(), settings.shape,
                      decoder.info().hasAlpha && settings.premultipliesAlpha}),
           info(decoder.info()),
           queue(static_cast<size_t>(std::max(settings.framesAhead, 1))) {

@@ -26,7 +26,6 @@ struct VideoFrame {
 };
 
 struct VideoReaderSettings {
-    PixelOrder pixelOrder = PixelOrder::BGRA;
     int framesAhead = 2;  ///< pictures decoded before they are asked for
     /// Frames a second. 0: every picture of the file once. Else frame n is at
     /// n / framesPerSecond seconds and each picture starts with the frame nearest to its time: pictures are

@@ -23,8 +23,6 @@ class VideoWriter {
         /// Part of the settings and never taken from the machine, so that every machine writes the same
         /// bytes.
         int threads = 3;
-        PixelOrder pixelOrder = PixelOrder::BGRA;
-        RowOrder rowOrder = RowOrder::TopDown;
         bool optimiseForNetworkUse = false;  ///< the index goes to the front of the file
     };
 

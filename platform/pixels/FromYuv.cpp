@@ -53,16 +53,16 @@ struct Plain {
         for (size_t i = 0; i < count; ++i) row[i] = static_cast<uint16_t>(mixed[i] * 4 >> shift);
     }
 
-    template <class Sample, bool kRedFirst>
+    template <class Sample>
     static void colour(const Sample* luma, int lumaShift, const uint16_t* blueness, const uint16_t* redness,
                        size_t count, const RgbWeights& weights, uint8_t* pixels) {
         for (size_t i = 0; i < count; ++i) {
             const int grey = weighted((luma[i] << lumaShift) - weights.black, weights.luma);
             const int u = (blueness[i] - kGrey) * 8, v = (redness[i] - kGrey) * 8;
             uint8_t* pixel = pixels + 4 * i;
-            pixel[kRedFirst ? 0 : 2] = level(grey + weighted(v, weights.red));
+            pixel[2] = level(grey + weighted(v, weights.red));
             pixel[1] = level(grey - weighted(u, weights.greenBlue) - weighted(v, weights.greenRed));
-            pixel[kRedFirst ? 2 : 0] = level(grey + weighted(u, weights.blue));
+            pixel[0] = level(grey + weighted(u, weights.blue));
             pixel[3] = 255;
         }
     }
@@ -153,7 +153,7 @@ struct Rows {
         if (!forEachVector(count, part)) Plain::scale(mixed, count, shift, row);
     }
 
-    template <class Sample, bool kRedFirst>
+    template <class Sample>
     static void colour(const Sample* luma, int lumaShift, const uint16_t* blueness, const uint16_t* redness,
                        size_t count, const RgbWeights weights, uint8_t* pixels) {
         const auto part = [&](size_t i) {
@@ -166,12 +166,12 @@ struct Rows {
             const WordVector green =
                 level(hn::Sub(grey, hn::Add(weighted(u, weights.greenBlue), weighted(v, weights.greenRed))));
             const WordVector blue = level(hn::Add(grey, weighted(u, weights.blue)));
-            const WordVector front = hn::Or(kRedFirst ? red : blue, hn::ShiftLeft<8>(green));
-            const WordVector back = hn::Or(kRedFirst ? blue : red, hn::Set(Words(), 0xFF00));
+            const WordVector front = hn::Or(blue, hn::ShiftLeft<8>(green));
+            const WordVector back = hn::Or(red, hn::Set(Words(), 0xFF00));
             hn::StoreInterleaved2(front, back, Words(), reinterpret_cast<uint16_t*>(pixels + 4 * i));
         };
         if (!forEachVector(count, part))
-            Plain::colour<Sample, kRedFirst>(luma, lumaShift, blueness, redness, count, weights, pixels);
+            Plain::colour(luma, lumaShift, blueness, redness, count, weights, pixels);
     }
 };
 
@@ -196,28 +196,24 @@ void chromaRow(const YuvPicture& picture, size_t plane, int y, uint16_t* mixed, 
     Rows::widen(mixed, count, picture.depth - 8, row);
 }
 
-template <class Sample, bool kRedFirst>
+template <class Sample>
 void convertPicture(const YuvPicture& picture, const RgbWeights& weights, const Space& space,
                     PixelBuffer& target) {
     for (int y = 0; y < picture.height; ++y) {
         chromaRow<Sample>(picture, 1, y, space.mixed, space.blueness);
         chromaRow<Sample>(picture, 2, y, space.mixed, space.redness);
-        Rows::template colour<Sample, kRedFirst>(rowOf<Sample>(picture, 0, y), 15 - picture.depth,
-                                                 space.blueness, space.redness,
-                                                 static_cast<size_t>(picture.width), weights,
-                                                 target.data() + static_cast<size_t>(y) * target.stride());
+        Rows::colour(rowOf<Sample>(picture, 0, y), 15 - picture.depth, space.blueness, space.redness,
+                     static_cast<size_t>(picture.width), weights,
+                     target.data() + static_cast<size_t>(y) * target.stride());
     }
 }
 
-void convertYuv(const YuvPicture& picture, PixelOrder order, const RgbWeights& weights, const Space& space,
+void convertYuv(const YuvPicture& picture, const RgbWeights& weights, const Space& space,
                 PixelBuffer& target) {
-    const bool redFirst = order == PixelOrder::RGBA;
     if (picture.depth > 8)
-        (redFirst ? convertPicture<uint16_t, true> : convertPicture<uint16_t, false>)(picture, weights, space,
-                                                                                      target);
+        convertPicture<uint16_t>(picture, weights, space, target);
     else
-        (redFirst ? convertPicture<uint8_t, true> : convertPicture<uint8_t, false>)(picture, weights, space,
-                                                                                    target);
+        convertPicture<uint8_t>(picture, weights, space, target);
 }
 
 }  // namespace platform::HWY_NAMESPACE
@@ -245,14 +241,14 @@ RgbWeights weightsOf(const YuvPicture& picture) {
 
 }  // namespace
 
-void YuvConverter::convert(const YuvPicture& picture, PixelOrder order, PixelBuffer& target) {
+void YuvConverter::convert(const YuvPicture& picture, PixelBuffer& target) {
     target.resize(picture.width, picture.height);
     const auto width = static_cast<size_t>(picture.width) + 1;  // halved colours give an even number
     mixed_.resize(width + 2);
     blueness_.resize(width);
     redness_.resize(width);
     const Space space{mixed_.data() + 1, blueness_.data(), redness_.data()};
-    HWY_DYNAMIC_DISPATCH(convertYuv)(picture, order, weightsOf(picture), space, target);
+    HWY_DYNAMIC_DISPATCH(convertYuv)(picture, weightsOf(picture), space, target);
 }
 
 }  // namespace platform

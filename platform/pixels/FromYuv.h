@@ -28,7 +28,7 @@ struct YuvPicture {
 class YuvConverter {
   public:
     /// Sets the size of `target` and fills it.
-    void convert(const YuvPicture& picture, PixelOrder order, PixelBuffer& target);
+    void convert(const YuvPicture& picture, PixelBuffer& target);
 
   private:
     std::vector<uint16_t> mixed_, blueness_, redness_;  ///< rows

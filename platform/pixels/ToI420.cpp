@@ -56,18 +56,17 @@ struct RowPair {
 // The same numbers one by one: for what is left of a row, and for processors without vectors.
 inline unsigned weightedColour(unsigned colour, unsigned weight) { return colour * weight >> 16; }
 
-inline uint8_t plainLuma(const uint8_t* pixel, bool redFirst, const YuvWeights& weights) {
-    const unsigned red = pixel[redFirst ? 0 : 2] << 8, green = pixel[1] << 8,
-                   blue = pixel[redFirst ? 2 : 0] << 8;
+inline uint8_t plainLuma(const uint8_t* pixel, const YuvWeights& weights) {
+    const unsigned red = pixel[2] << 8, green = pixel[1] << 8, blue = pixel[0] << 8;
     return static_cast<uint8_t>((weightedColour(red, weights.yRed) + weightedColour(green, weights.yGreen) +
                                  weightedColour(blue, weights.yBlue) + kLumaBase) >>
                                 8);
 }
 
-inline void convertPlainly(const RowPair& rows, size_t width, bool redFirst, const YuvWeights& weights) {
+inline void convertPlainly(const RowPair& rows, size_t width, const YuvWeights& weights) {
     for (size_t x = 0; x < width; ++x) {
-        rows.upperY[x] = plainLuma(rows.upper + x * 4, redFirst, weights);
-        rows.lowerY[x] = plainLuma(rows.lower + x * 4, redFirst, weights);
+        rows.upperY[x] = plainLuma(rows.upper + x * 4, weights);
+        rows.lowerY[x] = plainLuma(rows.lower + x * 4, weights);
     }
     for (size_t x = 0; x < width; x += 2) {
         const auto mean = [&](size_t channel) {
@@ -76,7 +75,7 @@ inline void convertPlainly(const RowPair& rows, size_t width, bool redFirst, con
                                          rows.lower[at + 4])
                    << 6;
         };
-        const unsigned red = mean(redFirst ? 0 : 2), green = mean(1), blue = mean(redFirst ? 2 : 0);
+        const unsigned red = mean(2), green = mean(1), blue = mean(0);
         rows.u[x / 2] = static_cast<uint8_t>((kChromaBase + weightedColour(blue, weights.own) -
                                               weightedColour(red, weights.uRed) -
                                               weightedColour(green, weights.uGreen)) >>
@@ -96,8 +95,8 @@ namespace platform::HWY_NAMESPACE {
 
 #if HWY_TARGET == HWY_SCALAR
 
-void convertTwoRows(const RowPair& rows, size_t width, bool redFirst, const YuvWeights& weights) {
-    convertPlainly(rows, width, redFirst, weights);
+void convertTwoRows(const RowPair rows, size_t width, const YuvWeights weights) {
+    convertPlainly(rows, width, weights);
 }
 
 #else
@@ -114,7 +113,7 @@ HWY_INLINE WordVector weighted(WordVector colour, uint16_t weight) {
 HWY_INLINE WordVector upperByte(WordVector words) { return hn::And(words, hn::Set(Words(), 0xFF00)); }
 HWY_INLINE WordVector lowerByte(WordVector words) { return hn::And(words, hn::Set(Words(), 0x00FF)); }
 
-// As many pixels as a vector has words: the first two bytes of each, and the others.
+// As many pixels as a vector has words: blue and green of each, and red and alpha.
 struct Pixels {
     WordVector front, back;
 };
@@ -125,14 +124,11 @@ HWY_INLINE Pixels load(const uint8_t* pixels) {
     return loaded;
 }
 
-template <bool kRedFirst>
 HWY_INLINE void storeLuma(const Pixels& pixels, const YuvWeights& weights, uint8_t* y) {
-    const WordVector first =
-        weighted(hn::ShiftLeft<8>(pixels.front), kRedFirst ? weights.yRed : weights.yBlue);
+    const WordVector blue = weighted(hn::ShiftLeft<8>(pixels.front), weights.yBlue);
     const WordVector green = weighted(upperByte(pixels.front), weights.yGreen);
-    const WordVector third =
-        weighted(hn::ShiftLeft<8>(pixels.back), kRedFirst ? weights.yBlue : weights.yRed);
-    const WordVector luma = hn::Add(hn::Add(first, green), hn::Add(third, hn::Set(Words(), kLumaBase)));
+    const WordVector red = weighted(hn::ShiftLeft<8>(pixels.back), weights.yRed);
+    const WordVector luma = hn::Add(hn::Add(blue, green), hn::Add(red, hn::Set(Words(), kLumaBase)));
     const hn::Rebind<uint8_t, Words> bytes;
     hn::StoreU(hn::DemoteTo(bytes, hn::BitCast(hn::RebindToSigned<Words>(), hn::ShiftRight<8>(luma))), bytes,
                y);
@@ -152,14 +148,11 @@ HWY_INLINE void storeEveryOther(WordVector words, uint8_t* bytes) {
     hn::StoreU(hn::DemoteTo(quarter, hn::BitCast(hn::RebindToSigned<Numbers>(), numbers)), quarter, bytes);
 }
 
-template <bool kRedFirst>
 HWY_INLINE void storeChroma(const Pixels& upper, const Pixels& lower, const YuvWeights& weights, uint8_t* u,
                             uint8_t* v) {
-    const WordVector first = mean(lowerByte(upper.front), lowerByte(lower.front));
+    const WordVector blue = mean(lowerByte(upper.front), lowerByte(lower.front));
     const WordVector green = mean(hn::ShiftRight<8>(upper.front), hn::ShiftRight<8>(lower.front));
-    const WordVector third = mean(lowerByte(upper.back), lowerByte(lower.back));
-    const WordVector& red = kRedFirst ? first : third;
-    const WordVector& blue = kRedFirst ? third : first;
+    const WordVector red = mean(lowerByte(upper.back), lowerByte(lower.back));
     const WordVector base = hn::Set(Words(), kChromaBase);
     storeEveryOther(hn::Sub(hn::Add(base, weighted(blue, weights.own)),
                             hn::Add(weighted(red, weights.uRed), weighted(green, weights.uGreen))),
@@ -169,25 +162,17 @@ HWY_INLINE void storeChroma(const Pixels& upper, const Pixels& lower, const YuvW
                     v);
 }
 
-template <bool kRedFirst>
-void convertRows(const RowPair rows, size_t width, const YuvWeights weights) {
+void convertTwoRows(const RowPair rows, size_t width, const YuvWeights weights) {
     const size_t lanes = hn::Lanes(Words());
     size_t x = 0;
     for (; x + lanes <= width; x += lanes) {
         const RowPair here = rows.from(x);
         const Pixels upper = load(here.upper), lower = load(here.lower);
-        storeLuma<kRedFirst>(upper, weights, here.upperY);
-        storeLuma<kRedFirst>(lower, weights, here.lowerY);
-        storeChroma<kRedFirst>(upper, lower, weights, here.u, here.v);
+        storeLuma(upper, weights, here.upperY);
+        storeLuma(lower, weights, here.lowerY);
+        storeChroma(upper, lower, weights, here.u, here.v);
     }
-    convertPlainly(rows.from(x), width - x, kRedFirst, weights);
-}
-
-void convertTwoRows(const RowPair& rows, size_t width, bool redFirst, const YuvWeights& weights) {
-    if (redFirst)
-        convertRows<true>(rows, width, weights);
-    else
-        convertRows<false>(rows, width, weights);
+    convertPlainly(rows.from(x), width - x, weights);
 }
 
 #endif
@@ -200,14 +185,11 @@ namespace platform {
 
 HWY_EXPORT(convertTwoRows);
 
-void toI420(const PixelBuffer& picture, PixelOrder order, RowOrder rows, YuvMatrix matrix,
-            const I420Planes& planes) {
+void toI420(const PixelBuffer& picture, YuvMatrix matrix, const I420Planes& planes) {
     const auto convert = HWY_DYNAMIC_DISPATCH(convertTwoRows);
     const YuvWeights weighing = weights(matrix);
-    const bool upsideDown = rows == RowOrder::BottomUp;
-    const ptrdiff_t stride = upsideDown ? -picture.stride() : picture.stride();
-    const uint8_t* row =
-        picture.data() + (upsideDown ? picture.size() - static_cast<size_t>(picture.stride()) : 0);
+    const ptrdiff_t stride = picture.stride();
+    const uint8_t* row = picture.data();
     for (int y = 0; y < picture.height(); y += 2, row += 2 * stride) {
         uint8_t* luma = planes.y + y * planes.yStride;
         const RowPair pair{row,
@@ -216,7 +198,7 @@ void toI420(const PixelBuffer& picture, PixelOrder order, RowOrder rows, YuvMatr
                            luma + planes.yStride,
                            planes.u + y / 2 * planes.uStride,
                            planes.v + y / 2 * planes.vStride};
-        convert(pair, static_cast<size_t>(picture.width()), order == PixelOrder::RGBA, weighing);
+        convert(pair, static_cast<size_t>(picture.width()), weighing);
     }
 }
 

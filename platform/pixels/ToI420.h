@@ -22,7 +22,6 @@ struct I420Planes {
 
 /// Converts a picture of even width and height to limited range (16 to 235, 16 to 240), alpha left aside; a
 /// colour is the mean of its four pixels. The result is the same bit for bit on every processor. Any thread.
-void toI420(const PixelBuffer& picture, PixelOrder order, RowOrder rows, YuvMatrix matrix,
-            const I420Planes& planes);
+void toI420(const PixelBuffer& picture, YuvMatrix matrix, const I420Planes& planes);
 
 }  // namespace platform

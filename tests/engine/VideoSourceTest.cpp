@@ -202,15 +202,11 @@ TEST_F(VideoSourceTest, AFilmWithAlphaIsBlendedAsAClockAndAsATexture) {
 
 /// One picture of three stripes, each twelve pixels high: the key, a half of it over grey, grey.
 std::string writeStripes(const std::filesystem::path& path, const Pixel& key) {
-    platform::VideoWriter writer({.path = path,
-                                  .width = 36,
-                                  .height = 36,
-                                  .framesPerSecond = 30,
-                                  .pixelOrder = platform::PixelOrder::RGBA});
+    platform::VideoWriter writer({.path = path, .width = 36, .height = 36, .framesPerSecond = 30});
     auto shown = writer.takeBuffer();
     for (int i = 0; i < 36 * 36; ++i)
         for (int channel = 0; channel < 4; ++channel)
-            shown->data()[i * 4 + channel] = static_cast<uint8_t>(
+            shown->data()[i * 4 + (channel == 3 ? 3 : 2 - channel)] = static_cast<uint8_t>(
                 (key[size_t(channel)] * (2 - i / 432) + (channel == 3 ? 255 : 128) * (i / 432)) / 2);
     EXPECT_TRUE(writer.append(std::move(shown), 1));
     EXPECT_EQ(writer.finish(), platform::VideoWriter::State::Completed);

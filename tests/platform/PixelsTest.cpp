@@ -17,13 +17,12 @@ struct Planes {
     bool operator==(const Planes&) const = default;
 };
 
-Planes converted(const PixelBuffer& picture, PixelOrder order, RowOrder rows, YuvMatrix matrix) {
+Planes converted(const PixelBuffer& picture, YuvMatrix matrix) {
     const auto pixels = static_cast<size_t>(picture.width() * picture.height());
     Planes planes{std::vector<uint8_t>(pixels), std::vector<uint8_t>(pixels / 4),
                   std::vector<uint8_t>(pixels / 4)};
     const int width = picture.width();
-    toI420(picture, order, rows, matrix,
-           {planes.y.data(), width, planes.u.data(), width / 2, planes.v.data(), width / 2});
+    toI420(picture, matrix, {planes.y.data(), width, planes.u.data(), width / 2, planes.v.data(), width / 2});
     return planes;
 }
 
@@ -51,47 +50,42 @@ Yuv exactly(double red, double green, double blue, YuvMatrix matrix) {
 }
 
 TEST(ToI420Test, EveryPixelIsTheStandardsColourRounded) {
-    for (const YuvMatrix matrix : {YuvMatrix::BT601, YuvMatrix::BT709})
-        for (const PixelOrder order : {PixelOrder::BGRA, PixelOrder::RGBA})
-            for (const RowOrder rows : {RowOrder::TopDown, RowOrder::BottomUp}) {
-                const PixelBuffer picture = noise(278, 6);
-                const Planes planes = converted(picture, order, rows, matrix);
-                const auto colour = [&](int x, int y, int channel) {
-                    const int row = rows == RowOrder::TopDown ? y : picture.height() - 1 - y;
-                    const int byte = order == PixelOrder::RGBA ? channel : 2 - channel;
-                    return picture.data()[row * picture.stride() + x * 4 + byte];
-                };
-                double worst = 0;
-                for (int y = 0; y < picture.height(); ++y)
-                    for (int x = 0; x < picture.width(); ++x) {
-                        const Yuv wanted = exactly(colour(x, y, 0), colour(x, y, 1), colour(x, y, 2), matrix);
-                        worst =
-                            std::max(worst, std::abs(planes.y[size_t(y * picture.width() + x)] - wanted.y));
-                    }
-                for (int y = 0; y < picture.height(); y += 2)
-                    for (int x = 0; x < picture.width(); x += 2) {
-                        double sum[3] = {};
-                        for (int c = 0; c < 3; ++c)
-                            sum[c] = (colour(x, y, c) + colour(x + 1, y, c) + colour(x, y + 1, c) +
-                                      colour(x + 1, y + 1, c)) /
-                                     4.0;
-                        const Yuv wanted = exactly(sum[0], sum[1], sum[2], matrix);
-                        const auto at = static_cast<size_t>(y / 2 * (picture.width() / 2) + x / 2);
-                        worst = std::max(
-                            {worst, std::abs(planes.u[at] - wanted.u), std::abs(planes.v[at] - wanted.v)});
-                    }
-                EXPECT_LT(worst, 0.52);
+    for (const YuvMatrix matrix : {YuvMatrix::BT601, YuvMatrix::BT709}) {
+        const PixelBuffer picture = noise(278, 6);
+        const Planes planes = converted(picture, matrix);
+        const auto colour = [&](int x, int y, int channel) {
+            return picture.data()[y * picture.stride() + x * 4 + 2 - channel];
+        };
+        double worst = 0;
+        for (int y = 0; y < picture.height(); ++y)
+            for (int x = 0; x < picture.width(); ++x) {
+                const Yuv wanted = exactly(colour(x, y, 0), colour(x, y, 1), colour(x, y, 2), matrix);
+                worst = std::max(worst, std::abs(planes.y[size_t(y * picture.width() + x)] - wanted.y));
             }
+        for (int y = 0; y < picture.height(); y += 2)
+            for (int x = 0; x < picture.width(); x += 2) {
+                double sum[3] = {};
+                for (int c = 0; c < 3; ++c)
+                    sum[c] = (colour(x, y, c) + colour(x + 1, y, c) + colour(x, y + 1, c) +
+                              colour(x + 1, y + 1, c)) /
+                             4.0;
+                const Yuv wanted = exactly(sum[0], sum[1], sum[2], matrix);
+                const auto at = static_cast<size_t>(y / 2 * (picture.width() / 2) + x / 2);
+                worst =
+                    std::max({worst, std::abs(planes.u[at] - wanted.u), std::abs(planes.v[at] - wanted.v)});
+            }
+        EXPECT_LT(worst, 0.52);
+    }
 }
 
 TEST(ToI420Test, EveryInstructionSetGivesTheSameBytes) {
     for (const int width : {2, 30, 32, 66, 126, 254, 720}) {
         const PixelBuffer picture = noise(width, 4);
-        const Planes own = converted(picture, PixelOrder::BGRA, RowOrder::TopDown, YuvMatrix::BT709);
+        const Planes own = converted(picture, YuvMatrix::BT709);
         int tried = 0;
         for (const int64_t target : hwy::SupportedAndGeneratedTargets()) {
             hwy::SetSupportedTargetsForTest(target);
-            EXPECT_EQ(converted(picture, PixelOrder::BGRA, RowOrder::TopDown, YuvMatrix::BT709), own)
+            EXPECT_EQ(converted(picture, YuvMatrix::BT709), own)
                 << hwy::TargetName(target) << ", " << width << " pixels";
             ++tried;
         }
@@ -159,9 +153,8 @@ TEST(YuvConverterTest, EveryKindOfPictureGivesTheStandardsColours) {
                     Stored stored(kind == 3 ? 5 : 131, 7, depth, kind >= 1, kind >= 2);
                     stored.picture.matrix = matrix;
                     stored.picture.fullRange = fullRange;
-                    const PixelOrder order = kind % 2 ? PixelOrder::BGRA : PixelOrder::RGBA;
                     PixelBuffer pixels;
-                    converter.convert(stored.picture, order, pixels);
+                    converter.convert(stored.picture, pixels);
                     const auto [kr, kb] = brightnessOf(matrix);
                     double worst = 0;
                     for (int y = 0; y < pixels.height(); ++y)
@@ -174,11 +167,9 @@ TEST(YuvConverterTest, EveryKindOfPictureGivesTheStandardsColours) {
                             const double wanted[] = {luma + v, luma - (kb * u + kr * v) / (1 - kr - kb),
                                                      luma + u};
                             const uint8_t* pixel = pixels.data() + y * pixels.stride() + 4 * x;
-                            for (int c = 0; c < 3; ++c) {
-                                const int byte = order == PixelOrder::RGBA ? c : 2 - c;
+                            for (int c = 0; c < 3; ++c)
                                 worst = std::max(worst,
-                                                 std::abs(pixel[byte] - std::clamp(wanted[c], 0.0, 255.0)));
-                            }
+                                                 std::abs(pixel[2 - c] - std::clamp(wanted[c], 0.0, 255.0)));
                             EXPECT_EQ(pixel[3], 255);
                         }
                     EXPECT_LT(worst, 0.6) << depth << " bits, kind " << kind << (fullRange ? ", full" : "");
@@ -191,10 +182,10 @@ TEST(YuvConverterTest, EveryInstructionSetGivesTheSameBytes) {
         for (const int depth : {8, 10}) {
             const Stored stored(width, 5, depth, true, true);
             PixelBuffer own, other;
-            converter.convert(stored.picture, PixelOrder::BGRA, own);
+            converter.convert(stored.picture, own);
             for (const int64_t target : hwy::SupportedAndGeneratedTargets()) {
                 hwy::SetSupportedTargetsForTest(target);
-                converter.convert(stored.picture, PixelOrder::BGRA, other);
+                converter.convert(stored.picture, other);
                 EXPECT_TRUE(std::equal(own.data(), own.data() + own.size(), other.data()))
                     << hwy::TargetName(target) << ", " << width << " pixels";
             }

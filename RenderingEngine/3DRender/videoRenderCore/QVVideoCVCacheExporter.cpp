@@ -40,7 +40,6 @@ QVVideoCVCacheExporter::QVVideoCVCacheExporter(const std::string& path, double w
                                           .bitRate = settings.bitRate,
                                           .preset = settings.preset,
                                           .threads = settings.threads,
-                                          .pixelOrder = platform::PixelOrder::BGRA,
                                           .optimiseForNetworkUse = true})) {}
 
 QVVideoCVCacheExporter::~QVVideoCVCacheExporter() { canleExport(); }
