@@ -88,7 +88,7 @@ struct ColorLook {
 
 using Uniforms = std::vector<std::pair<std::string, UniformValue>>;
 
-/// A program that only GL has: a template's own.
+/// A program that only GL has, such as a template's own.
 struct ShaderLook {
     std::shared_ptr<Shader> shader;
     Uniforms uniforms;

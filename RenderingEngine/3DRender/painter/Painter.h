@@ -46,8 +46,8 @@ class Painter {
     void draw(MeshDraw mesh);
 
     // --- programs and GL objects
-    /// A template's own program, by the absolute path of its description. Never none; one that cannot be
-    /// built draws nothing and says why.
+    /// A program by its description: the absolute path of a template's own, or the name of one of this
+    /// program's, with its extension. Never none; one that cannot be built draws nothing and says why.
     virtual std::shared_ptr<Shader> shader(const std::string& path) = 0;
     /// What went wrong with the program's own shaders and with templates'; none while GL was not needed.
     virtual const ShaderManager* shaders() const = 0;
