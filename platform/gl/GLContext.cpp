@@ -121,16 +121,13 @@ GLCaps readCaps() {
     caps.version = glText(GL_VERSION);
     caps.majorVersion = epoxy_gl_version() / 10;
     const bool es3 = caps.majorVersion >= 3;
-    caps.maxTextureSize = glInteger(GL_MAX_TEXTURE_SIZE);
     caps.maxSamples = es3 ? std::max(1, glInteger(GL_MAX_SAMPLES)) : 1;
-    caps.blit = caps.invalidate = es3;
+    caps.invalidate = es3;
     caps.bgraUpload = epoxy_has_gl_extension("GL_EXT_texture_format_BGRA8888");
     caps.bgraReadBack = epoxy_has_gl_extension("GL_EXT_read_format_bgra");
     caps.rowLength = es3;
     for (const char* name : {"llvmpipe", "softpipe", "swrast", "SwiftShader"})
         if (caps.renderer.find(name) != std::string::npos) caps.software = true;
-    // Mesa's software renderer has a path of its own for plain quads, which takes no other order.
-    caps.drawsBgraFaster = caps.software && caps.bgraUpload && caps.bgraReadBack && caps.blit;
     return caps;
 }
 

@@ -1,5 +1,5 @@
-// The OpenGL ES context that everything is drawn in: off screen, through EGL, on a GPU driver where one is
-// there and in software (Mesa) otherwise.
+// The OpenGL ES context that GL draws in: off screen, through EGL, on a GPU driver where one is there and in
+// software (Mesa) otherwise.
 #pragma once
 
 #include <memory>
@@ -11,16 +11,13 @@ namespace platform {
 struct GLCaps {
     std::string renderer;  ///< the driver's own name, for messages
     std::string version;
-    int majorVersion = 2;  ///< drivers may answer a request for ES 2 with a later ES
-    int maxTextureSize = 0;
-    int maxSamples = 1;            ///< 1: no multisampled renderbuffers
-    bool blit = false;             ///< glBlitFramebuffer exists
-    bool invalidate = false;       ///< glInvalidateFramebuffer exists
-    bool bgraUpload = false;       ///< GL_BGRA_EXT as a texture format
-    bool bgraReadBack = false;     ///< GL_BGRA_EXT in glReadPixels
-    bool rowLength = false;        ///< GL_UNPACK_ROW_LENGTH and GL_PACK_ROW_LENGTH
-    bool software = false;         ///< drawn by the processor
-    bool drawsBgraFaster = false;  ///< textures and targets in BGRA cost less to draw
+    int majorVersion = 2;       ///< drivers may answer a request for ES 2 with a later ES
+    int maxSamples = 1;         ///< 1: no multisampled renderbuffers
+    bool invalidate = false;    ///< glInvalidateFramebuffer exists
+    bool bgraUpload = false;    ///< GL_BGRA_EXT as a texture format
+    bool bgraReadBack = false;  ///< GL_BGRA_EXT in glReadPixels
+    bool rowLength = false;     ///< GL_UNPACK_ROW_LENGTH and GL_PACK_ROW_LENGTH
+    bool software = false;      ///< drawn by the processor
 };
 
 /// An OpenGL ES context without a surface. It may be current on one thread at a time; every GL object belongs

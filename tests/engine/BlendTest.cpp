@@ -153,7 +153,7 @@ TEST_F(BlendTest, TheProgramsOwnOpacityShaderServesACustomShaderQuad) {
     EXPECT_TRUE(isNear(at(30, 30), {64, 0, 191, 255}, 2));
 }
 
-TEST_F(BlendTest, AShaderOfATemplateGivesStraightColoursWhateverItsDescriptionSays) {
+TEST_F(BlendTest, AShaderOfATemplateGivesStraightColours) {
     platform::writeFileAtomically(
         path("own.vsh"),
         std::string(
@@ -167,8 +167,7 @@ TEST_F(BlendTest, AShaderOfATemplateGivesStraightColoursWhateverItsDescriptionSa
         std::string(
             "<plist><dict><key>Files</key><array><string>own.vsh</string><string>own.fsh</string></array>"
             "<key>Attributes</key><array><string>position</string></array>"
-            "<key>Uniforms</key><array><string>u_mvpMatrix</string></array>"
-            "<key>KeepsPremultiplication</key><true/></dict></plist>"));
+            "<key>Uniforms</key><array><string>u_mvpMatrix</string></array></dict></plist>"));
     Dictionary info = quad("QVQuadCustomShaderOneVariable", picture("half.png", {{255, 0, 0, 128}}));
     info["FpsInfo"] = dictionary({{"customShaderPath", Value(path("own.plist"))}});
     add(info);

@@ -20,19 +20,6 @@ void storage(GLenum format, int samples, int width, int height) {
         glRenderbufferStorage(GL_RENDERBUFFER, format, width, height);
 }
 
-/// Without a blit there is one sample: the colours are copied into the texture that the target draws into.
-void copyIntoAttachedTexture(unsigned int source, unsigned int target, int width, int height) {
-    GLint texture = 0;
-    glBindFramebuffer(GL_FRAMEBUFFER, target);
-    glGetFramebufferAttachmentParameteriv(GL_FRAMEBUFFER, GL_COLOR_ATTACHMENT0,
-                                          GL_FRAMEBUFFER_ATTACHMENT_OBJECT_NAME, &texture);
-    glBindFramebuffer(GL_FRAMEBUFFER, source);
-    glBindTexture(GL_TEXTURE_2D, static_cast<GLuint>(texture));
-    glCopyTexSubImage2D(GL_TEXTURE_2D, 0, 0, 0, 0, 0, width, height);
-    glBindTexture(GL_TEXTURE_2D, 0);
-    glBindFramebuffer(GL_FRAMEBUFFER, target);
-}
-
 }  // namespace
 
 void MultisampleTarget::create(int width, int height, int samples) {
@@ -63,15 +50,7 @@ void MultisampleTarget::destroy() {
     depth_.destroy();
 }
 
-void MultisampleTarget::bindAndClear() {
-    glBindFramebuffer(GL_FRAMEBUFFER, framebuffer_.name());
-    glClearColor(0, 0, 0, 0);
-    glClear(GL_COLOR_BUFFER_BIT | GL_DEPTH_BUFFER_BIT);
-    glBindRenderbuffer(GL_RENDERBUFFER, color_.name());
-}
-
 void MultisampleTarget::resolveInto(unsigned int framebuffer) {
-    if (!caps().blit) return copyIntoAttachedTexture(framebuffer_.name(), framebuffer, width_, height_);
     glBindFramebuffer(GL_READ_FRAMEBUFFER, framebuffer_.name());
     glBindFramebuffer(GL_DRAW_FRAMEBUFFER, framebuffer);
     glBlitFramebuffer(0, 0, width_, height_, 0, 0, width_, height_, GL_COLOR_BUFFER_BIT, GL_NEAREST);

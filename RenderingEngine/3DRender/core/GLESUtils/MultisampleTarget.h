@@ -18,10 +18,8 @@ class MultisampleTarget {
     /// May run twice.
     void destroy();
 
-    /// Binds the framebuffer and its colour renderbuffer, and clears colour (to transparent) and depth.
-    void bindAndClear();
-    /// Copies the colour, averaged over the samples, into another framebuffer of the same size. That
-    /// framebuffer stays bound.
+    /// Copies the colour, averaged over the samples, into another framebuffer of the same size, as far as the
+    /// scissor box lets it. Only with several samples. That framebuffer stays bound.
     void resolveInto(unsigned int framebuffer);
     /// Tells the driver that colour and depth are no longer needed; this framebuffer stays bound for drawing.
     void discard();
@@ -31,8 +29,6 @@ class MultisampleTarget {
     /// The samples that the driver really took, at least 1.
     int samples() const { return samples_; }
     unsigned int frameBuffer() const { return framebuffer_.name(); }
-    unsigned int colorBuffer() const { return color_.name(); }
-    unsigned int depthBuffer() const { return depth_.name(); }
 
   private:
     int width_ = 0, height_ = 0, samples_ = 1;
