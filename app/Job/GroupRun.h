@@ -20,7 +20,7 @@ namespace multiscene {
 /// Main thread only. One object plays once; the group and the observer outlive it.
 class GroupRun {
   public:
-    /// Sets up GL. Either sink may be none. Throws platform::Error.
+    /// Makes what draws. Either sink may be none. Throws platform::Error.
     GroupRun(const PreparedGroup& group, std::shared_ptr<FrameSink> frameSink,
              std::shared_ptr<SoundSink> soundSink, JobObserver& observer, std::stop_token stop);
     ~GroupRun();

@@ -167,7 +167,9 @@ static constexpr Key shaderFileKeyList[] = {
          "alpha), aplae (float, the opacity, or the variable of a QVQuadCustomShaderOneVariable)",
      .required = true},
 };
-const KeyTable shaderFileKeys{"Shader description", "The file of a \"customShaderPath\".", nullptr,
-                              shaderFileKeyList};
+const KeyTable shaderFileKeys{
+    "Shader description",
+    "The file of a \"customShaderPath\". What its fragment shader gives is not multiplied by alpha.", nullptr,
+    shaderFileKeyList};
 
 }  // namespace multiscene

@@ -110,14 +110,14 @@ constexpr KeyTable fpsInfoKeys{"FpsInfo", "When a node exists and how it is draw
 static constexpr Key fpsBaseKeyList[] = {
     {.name = "FpsInfo",
      .type = KeyType::Dictionary,
-     .meaning = "frame range, depth and GL state; none: always there",
+     .meaning = "frame range, depth and how the node is drawn; none: always there",
      .children = &fpsInfoKeys},
     {.name = "AnimationInfo",
      .type = KeyType::Array,
      .meaning = "key frames of the node's own values",
      .children = &animationKeys},
 };
-const KeyTable fpsBaseKeys{"QVObject3DFpsBase", "Frame range, depth, GL state and key frames.",
+const KeyTable fpsBaseKeys{"QVObject3DFpsBase", "Frame range, depth, how the node is drawn, and key frames.",
                            &containerKeys, fpsBaseKeyList};
 
 uint32_t QVObject3DFpsBase::blendParmeWithString(std::string_view name) {

@@ -13,7 +13,7 @@ class Shader;
 
 extern const KeyTable fpsBaseKeys;
 
-/// A node with a frame range, a depth, GL state around its drawing, and key frames.
+/// A node with a frame range, a depth, a state for what is drawn within it, and key frames.
 class QVObject3DFpsBase : public QVObjectContainer3D {
   public:
     /// The GL blend factor of a name as scene files spell it, exactly; 0 for any other.

@@ -21,12 +21,12 @@ extern const KeyTable containerKeys;
 
 /// A node of the scene graph: links, cached matrices and the per-frame traversals.
 ///
-/// Life-cycle contract, for every node, on the render queue with the GL context current:
-///   configure  rendInfoWithDic, once, base class first; may create GL objects only where a class says so
+/// Life-cycle contract, for every node, on the render queue:
+///   configure  rendInfoWithDic, once, base class first; programs of the template's are asked for here
 ///   update     updateData: key frames and materials; may load and drop textures
-///   matrices   updateMatrix: after all tweens have been stepped; no GL
+///   matrices   updateMatrix: after all tweens have been stepped
 ///   draw       renderSelfAndChildrens: renderingBeforeConfig, renderSelf, the children, then
-///              renderingAfterConfig; draws and changes no node
+///              renderingAfterConfig; tells the painter what is to be drawn and changes no node
 ///   complete   renderComplete: after the frame was handed over; nodes whose time is up are dropped here
 ///   dispose    before the scene is thrown away
 /// A parent owns its children; parent and scene are referred to weakly.

@@ -81,7 +81,7 @@ class QVScene3D : public std::enable_shared_from_this<QVScene3D> {
     const glm::vec2& touchDownPosition() const { return touchDownPosition_; }
     void setTouchDownPosition(const glm::vec2& position) { touchDownPosition_ = position; }
 
-    /// Renders the whole scene into a texture for transitions; its GL objects are made on first use.
+    /// Renders the whole scene into a texture for transitions; what that needs is made on first use.
     QVSceneRenderToTexture& renderToTextureObject() const { return *renderToTextureObject_; }
 
     /// Publishes a node's target; the scene keeps it until the scene ends.

@@ -38,7 +38,7 @@ class QVVideoDecodeBase {
     /// After the frame was drawn: ends the source when it has completed, after every further frame too. A
     /// source that ran out while its scene was not yet the current one is so ended when it is.
     void fpsRenderCompletedHandle();
-    /// Stops reading and deletes GL objects; may run twice.
+    /// Stops reading and gives the pictures up; may run twice.
     virtual void cancelDecode() {}
     void computeRenderType();
     /// Real time counts from now and from the frame that has been reached. Any thread.

@@ -11,8 +11,8 @@
 namespace multiscene {
 
 /// Reads one video picture by picture into one texture. Decoding runs ahead on a thread of its own;
-/// everything here is called on the render queue with the GL context current. A file that is missing, refused
-/// or unreadable gives no pictures.
+/// everything here is called on the render queue. A file that is missing, refused or unreadable gives no
+/// pictures.
 class QVVideoReader {
   public:
     /// `videoFps`: the frames a second in which frame times are expressed.

@@ -40,8 +40,8 @@ class QVMultiSceneRenderManager : public RenderDriver, private RunLoop::Work {
     using FailureBlock = std::function<void(const platform::Error&)>;
     using FrameBlock = std::function<void(int64_t)>;
 
-    /// Builds context and frame target on the render queue. No sink: scenes are clocked, decoded and moved,
-    /// but nothing is drawn. The sinks may be one object. Throws Error when there is no GL.
+    /// Makes the painter on the render queue. No sink: scenes are clocked, decoded and moved, but nothing is
+    /// drawn. The sinks may be one object. Throws Error when GL is asked for and there is none.
     static std::shared_ptr<QVMultiSceneRenderManager> initWithFrameSink(std::shared_ptr<FrameSink> frameSink,
                                                                         std::shared_ptr<SoundSink> soundSink,
                                                                         const RenderDriverSettings& settings);
@@ -53,24 +53,24 @@ class QVMultiSceneRenderManager : public RenderDriver, private RunLoop::Work {
     /// Starts the run that reStartRender() announced, unless it was ended since.
     void stratRun(uint64_t run);
     /// Ends the runs started so far after their current turn, takes the scenes down and then calls back,
-    /// once, on the render queue. The GL objects of the driver and its sink are gone by then; a later
-    /// stratRun() makes them again.
+    /// once, on the render queue. What the painter kept, GL objects among it, is gone by then; a later
+    /// stratRun() makes it again.
     void cancelRun(CompletionBlock completion) { loop_.cancel(std::move(completion)); }
     /// The same, for a group that has played to its end: called within its last frame, on the render queue.
     /// Nothing happens when that run was cancelled or started again before: who ends a run first, ends it.
     void finishRun(CompletionBlock completion) { loop_.finish(std::move(completion)); }
-    /// Ends the runs as cancelRun() does, but keeps the GL set-up and starts counting frames from 0 again.
-    /// The callback loads the first scene and sees to it that the run it is given is started; cancelling
-    /// reaches that run already.
+    /// Ends the runs as cancelRun() does, but keeps what the painter has and starts counting frames from 0
+    /// again. The callback loads the first scene and sees to it that the run it is given is started;
+    /// cancelling reaches that run already.
     void reStartRender(RestartBlock completion) { loop_.restart(std::move(completion)); }
     void pauseRun();
     void continueRun();
     bool isPauseRun() const { return loop_.isPaused(); }
 
-    /// Runs a task on the render queue, with the context current, and waits; what it throws is thrown here.
-    /// While a loop runs it waits for the loop's end.
+    /// Runs a task on the render queue, ready to draw, and waits; what it throws is thrown here. While a loop
+    /// runs it waits for the loop's end.
     void performOnRenderQueue(const std::function<void()>& task) { loop_.perform(task); }
-    /// Makes the painter, where it is missing, and its context current. Any thread.
+    /// Makes the painter where it is missing. Any thread.
     void setupGlRender() {
         performOnRenderQueue([] {});
     }

@@ -73,7 +73,7 @@ class QVVideoCVCacheExporter : public FrameSink,
 
     void setDelegate(std::weak_ptr<QVVideoCVCacheExporterDelegate> delegate);  ///< before the first frame
 
-    // End and abort, any thread. The GL objects are the driver's to take down.
+    // End and abort, any thread.
     /// Completes the film on a thread of the exporter's own and goes on with the sounds. Frames must have
     /// stopped.
     void finishExport() override;
