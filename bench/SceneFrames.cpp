@@ -2,7 +2,6 @@
 // thread. Each node's projection is asked for twice a frame, as by a quad that is drawn and recorded. Nothing
 // is decoded or drawn.
 #include <benchmark/benchmark.h>
-#include <cstdlib>
 
 #include <stdexcept>
 #include <string>
@@ -29,7 +28,6 @@ class NoDriver : public RenderDriver {
     int64_t currentRenderFps() const override { return 0; }
     void startSoundEffect(const Value&) override {}
     void stopSoundEffect(const std::string&) override {}
-    Painter& painter() override { std::abort(); }  // nothing is drawn
 };
 
 constexpr int kFrames = 300;
