@@ -9,6 +9,7 @@
 #include "core/QVScene3D.h"
 #include "core/RenderDriver.h"
 #include "core/SceneNodes.h"
+#include "playback/Playback.h"
 
 namespace {
 
@@ -24,10 +25,14 @@ class NoDriver : public RenderDriver {
     std::shared_ptr<QVScene3D> currentScene() const override { return nullptr; }
     std::shared_ptr<QVScene3D> nextScene() const override { return nullptr; }
     std::shared_ptr<QVScene3D> transitionsScene() const override { return nullptr; }
+    Playback& playback() override { return played_; }
     Painter& painter() override { throw std::logic_error("nothing is drawn here"); }
     int64_t currentRenderFps() const override { return 0; }
     void startSoundEffect(const Value&) override {}
     void stopSoundEffect(const std::string&) override {}
+
+  private:
+    Playback played_;
 };
 
 constexpr int kFrames = 300;

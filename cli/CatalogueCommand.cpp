@@ -2,7 +2,6 @@
 
 #include <sstream>
 
-#include "app/Other/QVDownloadInfoManager.h"
 #include "app/Other/TemplateInstallation.h"
 #include "cli/Table.h"
 #include "platform/base/Error.h"
@@ -13,21 +12,21 @@ namespace multiscene::cli {
 using platform::Error;
 using platform::ErrorKind;
 
-QVDataManager& openCatalogue() {
-    const auto& catalogue = QVDataManager::sharedDataManager();
+std::shared_ptr<QVDataManager> openCatalogue() {
+    auto catalogue = std::make_shared<QVDataManager>();
     catalogue->checkUsable();
     TemplateInstallation::recover(*catalogue);
-    return *catalogue;
+    return catalogue;
 }
 
-void declareServer(Arguments& arguments) {
+void declareServer(Arguments& arguments, QVDownloadInfoManager& list) {
     arguments.option(
         "--server", "URL",
         "Address of the template server; else MULTISCENE_SERVER, else the one of the last update",
-        [](const std::string& value) {
+        [&list](const std::string& value) {
             if (!platform::isHttpUrl(value))
                 throw Error(ErrorKind::Usage, "\"" + value + "\" is no http or https address");
-            QVDownloadInfoManager::sharedInstance().setServerAddress(value);
+            list.setServerAddress(value);
         });
 }
 

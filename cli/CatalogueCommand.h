@@ -1,6 +1,7 @@
 // What the commands on the catalogue share.
 #pragma once
 
+#include "app/Other/QVDownloadInfoManager.h"
 #include "app/Other/TemplateOverview.h"
 #include "app/data/QVDataManager.h"
 #include "cli/Arguments.h"
@@ -10,10 +11,10 @@ namespace multiscene::cli {
 
 /// The catalogue of the data home, judged usable, with what killed installations left put right. Throws
 /// platform::Error.
-QVDataManager& openCatalogue();
+std::shared_ptr<QVDataManager> openCatalogue();
 
-/// --server.
-void declareServer(Arguments& arguments);
+/// --server, given to `list`.
+void declareServer(Arguments& arguments, QVDownloadInfoManager& list);
 
 /// Fields of a template in JSON lines, inputs not included.
 platform::Value::Dictionary overviewFields(const TemplateOverview& overview);

@@ -51,10 +51,10 @@ class CheckCommand : public FencedCommand {
 
     /// A zip is judged as the folder in it.
     static Findings findingsOf(const std::filesystem::path& path) {
-        SceneCatalogue* catalogue = QVDataManager::sharedDataManager().get();
-        if (isReadWhereItLies(path)) return checkPath(path, catalogue);
+        QVDataManager catalogue;
+        if (isReadWhereItLies(path)) return checkPath(path, &catalogue);
         const JobFolder job;
-        return checkPath(unpackTemplate(path, job), catalogue);
+        return checkPath(unpackTemplate(path, job), &catalogue);
     }
 
     /// Warnings alone are for the author to judge.

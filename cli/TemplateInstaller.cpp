@@ -62,9 +62,10 @@ InstallOptions TemplateInstaller::options() const {
 template <typename Start>
 InstallReport TemplateInstaller::run(Start start) const {
     const auto display = std::make_shared<ConsoleDisplay>(console_);
-    QVSceneInstallManager::sharedInstance().setDisplay(display);
     std::optional<InstallReport> report;
-    start(QVSceneInstallManager::sharedInstance(), [&](const InstallReport& ending) { report = ending; });
+    QVSceneInstallManager manager(catalogue_);
+    manager.setDisplay(display);
+    start(manager, [&](const InstallReport& ending) { report = ending; });
     DispatchQueue::main().pumpUntil([&] { return report.has_value(); });
     return *report;
 }

@@ -13,8 +13,9 @@ namespace multiscene::cli {
 class TemplateInstaller {
   public:
     /// With `replaces` an installed template of the same name makes way. The console outlives it.
-    TemplateInstaller(Console& console, std::stop_token stop, bool replaces)
-        : console_(console), stop_(std::move(stop)), replaces_(replaces) {}
+    TemplateInstaller(Console& console, std::shared_ptr<QVDataManager> catalogue, std::stop_token stop,
+                      bool replaces)
+        : console_(console), catalogue_(std::move(catalogue)), stop_(std::move(stop)), replaces_(replaces) {}
 
     InstallReport fromArchive(const std::string& zip) const;
     /// `offeredNumber` is that of the server's list. A failed download tells that the list may be old.
@@ -29,6 +30,7 @@ class TemplateInstaller {
     InstallReport run(Start start) const;
 
     Console& console_;
+    std::shared_ptr<QVDataManager> catalogue_;
     std::stop_token stop_;
     bool replaces_;
 };

@@ -36,7 +36,7 @@ class TemplateNewCommand : public Command {
         const std::filesystem::path folder =
             std::filesystem::absolute(path_ / "").lexically_normal().parent_path();
         const std::string name = folder.filename().string();
-        const int64_t sId = sId_ ? *sId_ : unusedSceneNumber(openCatalogue(), name);
+        const int64_t sId = sId_ ? *sId_ : unusedSceneNumber(*openCatalogue(), name);
         const std::string made = makeNewTemplate(folder.parent_path(), name, sId).string();
         if (console.isJson())
             console.event("done", {{"folder", made}, {"name", name}, {"id", sId}});

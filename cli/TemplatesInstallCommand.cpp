@@ -23,14 +23,13 @@ class TemplatesInstallCommand : public Command {
                        "(which stays where it is)",
                        [this](const std::string& value) { source_ = value; });
         arguments.flag("--replace", "Replace the installed template of this name", replaces_);
-        declareServer(arguments);
+        declareServer(arguments, list_);
         arguments.example("multiscene templates install 1000");
         arguments.example("multiscene templates install birthday.zip --replace");
     }
 
     int run(Console& console, std::stop_token stop) override {
-        openCatalogue();
-        const TemplateInstaller installer(console, stop, replaces_);
+        const TemplateInstaller installer(console, openCatalogue(), stop, replaces_);
         const InstallReport report = installed(installer, stop);
         if (report.failure) throw nothingInstalled(*report.failure);
         if (report.result.outcome == InstallOutcome::NothingInstalled)
@@ -51,23 +50,20 @@ class TemplatesInstallCommand : public Command {
         const auto offered = isUrl ? offeredAt(source_) : offeredAs(source_, stop);
         if (offered) requireSupported(*offered);
         if (isUrl) return installer.fromUrl(source_);
-        return installer.fromUrl(QVDownloadInfoManager::sharedInstance().completeUrl(offered->templateUrl()),
-                                 offered->sId());
+        return installer.fromUrl(list_.completeUrl(offered->templateUrl()), offered->sId());
     }
 
-    static std::optional<QVSeverTempletDataModel> offeredAt(const std::string& url) {
-        const QVDownloadInfoManager& list = QVDownloadInfoManager::sharedInstance();
-        for (QVSeverTempletDataModel& offered : list.severTemplets())
-            if (list.completeUrl(offered.templateUrl()) == url) return std::move(offered);
+    std::optional<QVSeverTempletDataModel> offeredAt(const std::string& url) const {
+        for (QVSeverTempletDataModel& offered : list_.severTemplets())
+            if (list_.completeUrl(offered.templateUrl()) == url) return std::move(offered);
         return std::nullopt;
     }
 
-    static std::optional<QVSeverTempletDataModel> offeredAs(const std::string& numberOrName,
-                                                            const std::stop_token& stop) {
-        const QVDownloadInfoManager& list = QVDownloadInfoManager::sharedInstance();
-        if (!list.ageOfInfo() && !list.serverAddress().empty())
-            list.downloadInfo([&] { return stop.stop_requested(); });
-        auto offered = list.findSeverTemplet(numberOrName);
+    std::optional<QVSeverTempletDataModel> offeredAs(const std::string& numberOrName,
+                                                     const std::stop_token& stop) const {
+        if (!list_.ageOfInfo() && !list_.serverAddress().empty())
+            list_.downloadInfo([&] { return stop.stop_requested(); });
+        auto offered = list_.findSeverTemplet(numberOrName);
         if (!offered)
             throw Error(ErrorKind::Template,
                         "neither an archive nor the id or name of an offered template (multiscene templates "
@@ -85,6 +81,7 @@ class TemplatesInstallCommand : public Command {
         });
     }
 
+    QVDownloadInfoManager list_;
     std::string source_;
     bool replaces_ = false;
 };

@@ -14,7 +14,8 @@ class TemplatesListCommand : public Command {
     }
 
     int run(Console& console, std::stop_token) override {
-        const std::vector<TemplateOverview> overviews = templateOverviews(openCatalogue());
+        const std::vector<TemplateOverview> overviews =
+            templateOverviews(*openCatalogue(), QVDownloadInfoManager());
         console.isJson() ? printEvents(console, overviews) : printTable(console, overviews);
         return 0;
     }

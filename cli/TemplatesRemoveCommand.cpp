@@ -21,7 +21,8 @@ class TemplatesRemoveCommand : public Command {
     }
 
     int run(Console& console, std::stop_token) override {
-        QVDataManager& catalogue = openCatalogue();
+        const auto opened = openCatalogue();
+        QVDataManager& catalogue = *opened;
         const auto found = findInstalledTemplate(catalogue, wanted_);
         if (!found)
             throw Error(ErrorKind::Template,

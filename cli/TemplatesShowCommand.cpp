@@ -72,7 +72,7 @@ class TemplatesShowCommand : public Command {
                        "Id or name of a template that is installed, a sample or offered; a template's folder "
                        "or a zip of one",
                        [this](const std::string& value) { wanted_ = value; });
-        declareServer(arguments);
+        declareServer(arguments, list_);
         arguments.example("multiscene templates show sunny-day");
         arguments.example("multiscene templates show birthday.zip");
     }
@@ -93,7 +93,7 @@ class TemplatesShowCommand : public Command {
     std::optional<TemplateOverview> find() const {
         const JobFolder job;
         const auto folder = templateFolderAt(wanted_, job);
-        if (!folder) return findTemplateOverview(openCatalogue(), wanted_);
+        if (!folder) return findTemplateOverview(*openCatalogue(), list_, wanted_);
         TemplateOverview overview = overviewOf(readTemplateFolder(*folder), nullptr);
         std::error_code ignored;
         if (std::filesystem::is_regular_file(wanted_, ignored)) overview.folder = wanted_;
@@ -140,6 +140,7 @@ class TemplatesShowCommand : public Command {
         row("preview", found.youtubePreviewUrl);
     }
 
+    QVDownloadInfoManager list_;
     std::string wanted_;
 };
 

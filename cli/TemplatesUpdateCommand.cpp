@@ -22,22 +22,22 @@ class TemplatesUpdateCommand : public Command {
   public:
     void declare(Arguments& arguments) override {
         arguments.flag("--all", "Install the newer versions of what is installed, too", installsNewer_);
-        declareServer(arguments);
+        declareServer(arguments, list_);
         arguments.example("multiscene templates update --server https://templates.example.org/");
         arguments.example("multiscene templates update --all");
     }
 
     int run(Console& console, std::stop_token stop) override {
-        const QVDownloadInfoManager& list = QVDownloadInfoManager::sharedInstance();
-        const std::string address = list.serverAddress();
-        fetch(list, stop);
+        const std::string address = list_.serverAddress();
+        fetch(list_, stop);
         saveSetting(kServerSetting, address);
-        const auto offered = static_cast<int64_t>(list.severTemplets().size());
-        const std::vector<TemplateOverview> newer = newerOnes();
+        const auto offered = static_cast<int64_t>(list_.severTemplets().size());
+        const auto catalogue = openCatalogue();
+        const std::vector<TemplateOverview> newer = newerOnes(*catalogue);
         if (!console.isJson())
             console.line(address + " offers " + counted(static_cast<size_t>(offered), "template") +
                          newerText(newer));
-        if (installsNewer_) install(newer, console, stop);
+        if (installsNewer_) install(newer, {console, catalogue, stop, true}, console);
         if (console.isJson())
             console.event("done", {{"server", address},
                                    {"offered", offered},
@@ -57,8 +57,8 @@ class TemplatesUpdateCommand : public Command {
         }
     }
 
-    static std::vector<TemplateOverview> newerOnes() {
-        std::vector<TemplateOverview> newer = templateOverviews(openCatalogue());
+    std::vector<TemplateOverview> newerOnes(QVDataManager& catalogue) const {
+        std::vector<TemplateOverview> newer = templateOverviews(catalogue, list_);
         std::erase_if(newer, [](const TemplateOverview& each) { return !each.newerOffered; });
         return newer;
     }
@@ -70,8 +70,8 @@ class TemplatesUpdateCommand : public Command {
     }
 
     /// One that fails does not keep the others from being installed; the first failure is the command's.
-    void install(const std::vector<TemplateOverview>& newer, Console& console, const std::stop_token& stop) {
-        const TemplateInstaller installer(console, stop, true);
+    void install(const std::vector<TemplateOverview>& newer, const TemplateInstaller& installer,
+                 Console& console) {
         std::optional<Error> first;
         for (const TemplateOverview& each : newer) {
             const auto failure = installedOrFailed(installer, each);
@@ -98,6 +98,7 @@ class TemplatesUpdateCommand : public Command {
         return std::nullopt;
     }
 
+    QVDownloadInfoManager list_;
     bool installsNewer_ = false;
     int64_t installed_ = 0;
 };

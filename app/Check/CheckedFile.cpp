@@ -18,8 +18,8 @@ void addFaults(const std::vector<platform::PropertyListFault>& faults, const std
             {Severity::Error, file, "", "line " + std::to_string(fault.line) + ": " + fault.message, {}});
 }
 
-Value readDictionary(const std::string& file, Findings& findings) {
-    return readDictionary(FileGate::shared().open(file), file, findings);
+Value readDictionary(const std::string& file, FileGate& gate, Findings& findings) {
+    return readDictionary(gate.open(file), file, findings);
 }
 
 Value readDictionary(const FileGate::Opened& opened, const std::string& file, Findings& findings) {

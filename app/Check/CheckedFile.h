@@ -11,8 +11,8 @@
 namespace multiscene {
 
 /// The dictionary in a property list, with a finding for every fault that reading passes over; none, with a
-/// finding, when there is none. Opens the file through FileGate::shared().
-platform::Value readDictionary(const std::string& file, Findings& findings);
+/// finding, when there is none.
+platform::Value readDictionary(const std::string& file, platform::FileGate& gate, Findings& findings);
 /// The same for a file that has been opened, or tried to.
 platform::Value readDictionary(const platform::FileGate::Opened& opened, const std::string& file,
                                Findings& findings);

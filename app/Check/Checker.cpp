@@ -4,47 +4,42 @@
 #include "app/Check/Judgement.h"
 #include "app/Model/TemplateFolder.h"
 #include "app/Other/OpenedFiles.h"
-#include "other/QVUtil.h"
 #include "platform/base/Error.h"
-#include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
 
 namespace multiscene {
 
-using platform::FileGate;
 using platform::Value;
 namespace fs = std::filesystem;
 
 namespace {
 
-Findings checkTemplate(const fs::path& folder) {
-    Findings findings;
+Findings checkTemplate(const fs::path& folder, Playback& playback) {
     const fs::path absolute = (fs::absolute(folder) / "").lexically_normal().parent_path();
-    FileGate::shared().allowFolder(absolute);
-    QVUtil::setSceneRoot(absolute.parent_path().string());
+    playback.gate().allowFolder(absolute);
+    playback.settings().setScenePath(absolute.parent_path().string());
     try {
-        findings = judgeTemplate(readTemplateFolder(absolute), nullptr).findings;
+        return judgeTemplate(readTemplateFolder(absolute), nullptr, playback).findings;
     } catch (const platform::Error& error) {
-        findings.push_back(findingOf(error, absolute.string()));
+        return {findingOf(error, absolute.string())};
     }
-    QVUtil::setSceneRoot("");
-    return findings;
 }
 
-Findings checkGroup(const fs::path& file, const Value& content, SceneCatalogue* catalogue) {
-    openSceneGroupFiles(file.parent_path(), content["userMediaMap"]);
-    return judgeSceneGroup(file.string(), content, catalogue).findings;
+Findings checkGroup(const fs::path& file, const Value& content, SceneCatalogue* catalogue,
+                    Playback& playback) {
+    openSceneGroupFiles(file.parent_path(), content["userMediaMap"], playback);
+    return judgeSceneGroup(file.string(), content, catalogue, playback).findings;
 }
 
-Findings checkFile(const fs::path& file, SceneCatalogue* catalogue) {
-    FileGate::shared().allowFolder(file.parent_path());
+Findings checkFile(const fs::path& file, SceneCatalogue* catalogue, Playback& playback) {
+    playback.gate().allowFolder(file.parent_path());
     Findings findings;
-    const Value content = readDictionary(file.string(), findings);
+    const Value content = readDictionary(file.string(), playback.gate(), findings);
     if (!content.isDictionary()) return findings;
-    if (content.has("installScenes")) return checkTemplate(file.parent_path());
+    if (content.has("installScenes")) return checkTemplate(file.parent_path(), playback);
     const bool isGroup = content.has("scene") || content.has("sceneGroupFpsTotal");
-    const Findings more =
-        isGroup ? checkGroup(file, content, catalogue) : judgeSceneFile(file.string(), content).findings;
+    const Findings more = isGroup ? checkGroup(file, content, catalogue, playback)
+                                  : judgeSceneFile(file.string(), content, playback).findings;
     findings.insert(findings.end(), more.begin(), more.end());
     return findings;
 }
@@ -52,10 +47,12 @@ Findings checkFile(const fs::path& file, SceneCatalogue* catalogue) {
 }  // namespace
 
 Findings checkPath(const fs::path& path, SceneCatalogue* catalogue) {
-    FileGate::shared().allowFolder(platform::resourcesFolder());
+    Playback playback;
+    playback.gate().allowFolder(platform::resourcesFolder());
     const fs::path absolute = fs::absolute(path).lexically_normal();
     std::error_code failure;
-    return fs::is_directory(absolute, failure) ? checkTemplate(absolute) : checkFile(absolute, catalogue);
+    return fs::is_directory(absolute, failure) ? checkTemplate(absolute, playback)
+                                               : checkFile(absolute, catalogue, playback);
 }
 
 }  // namespace multiscene

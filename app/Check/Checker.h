@@ -10,9 +10,8 @@ namespace multiscene {
 
 /// Judges a template's folder, its NAME.plist, a scene-group file or a scene file; which it is shows from the
 /// content. Never throws for faults of the files: they are findings. Scene numbers of a scene-group
-/// file are looked up in `catalogue`; null: its scenes are not judged. Opens files through
-/// FileGate::shared(), and lets a template's folder stand in for the scene folder (QVUtil::setSceneRoot)
-/// while it is judged. Not for use while a group plays.
+/// file are looked up in `catalogue`; null: its scenes are not judged. A template is judged where it lies.
+/// Any thread.
 Findings checkPath(const std::filesystem::path& path, SceneCatalogue* catalogue);
 
 }  // namespace multiscene

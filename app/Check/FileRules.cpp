@@ -22,8 +22,8 @@ class FileNames : public DictionaryVisitor {
         const std::string text = value.stringValue();
         if (text.empty() || isCompletedLater(keyPath)) return;
         if (mayBeUserKey && isUserKey(text)) return;
-        if (auto finding =
-                judgeFileName(text, scene_.folder, {Severity::Error, scene_.file, keyPath, {}, {}}))
+        if (auto finding = judgeFileName(scene_.media->playback(), text, scene_.folder,
+                                         {Severity::Error, scene_.file, keyPath, {}, {}}))
             findings_.push_back(*finding);
     }
 

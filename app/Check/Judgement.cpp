@@ -8,7 +8,6 @@
 #include "app/Check/TemplateRules.h"
 #include "app/Check/UsedFiles.h"
 #include "app/Model/TemplateKeys.h"
-#include "other/QVUtil.h"
 #include "other/SceneGroup.h"
 #include "platform/base/Error.h"
 #include "platform/base/Limits.h"
@@ -65,7 +64,7 @@ void shareUserKeys(GroupView& group) {
 
 void addRecordScene(TemplateView& view, const Value& record, const Finding& place, Findings& findings) {
     const int64_t number = record.integer("sId");
-    const NamedFile file = openFileName(record.string("scenePlistPath"), "", place);
+    const NamedFile file = openFileName(view.group.playback(), record.string("scenePlistPath"), "", place);
     if (file.finding) {
         view.group.unreadable.insert(number);
         const bool isTold = std::any_of(findings.begin(), findings.end(),
@@ -73,8 +72,9 @@ void addRecordScene(TemplateView& view, const Value& record, const Finding& plac
         if (!isTold) findings.push_back(*file.finding);
     } else if (!isKnown(view.group, number)) {
         addScene(view.group, number, file.path,
-                 QVUtil::multiScenePathWithString(record.string("sceneResourceFolderPath")), file.opened,
-                 findings);
+                 view.group.playback().settings().multiSceneRenderPathResourcesWithString(
+                     record.string("sceneResourceFolderPath"), ""),
+                 file.opened, findings);
     }
 }
 
@@ -90,11 +90,12 @@ void addCatalogueScenes(GroupView& group, SceneCatalogue* catalogue, Findings& f
     for (const auto& [number, scene] : scenesNamedBy(group.entries, *catalogue))
         if (!isKnown(group, number))
             addScene(group, number, scene.record.scenePlistPath, scene.record.sceneResourceFolderPath,
-                     platform::FileGate::shared().open(scene.record.scenePlistPath), findings);
+                     group.playback().gate().open(scene.record.scenePlistPath), findings);
 }
 
-GroupView ownGroup(const TemplateView& view) {
+GroupView ownGroup(const TemplateView& view, Playback& playback) {
     GroupView group;
+    group.media = std::make_shared<MediaReader>(playback);
     group.file = view.file;
     group.keyPath = "installScenes[0].wechartTempletInfo.sceneGroup";
     group.entries = view.inputs().array("sceneGroup");
@@ -107,17 +108,17 @@ GroupView ownGroup(const TemplateView& view) {
 
 }  // namespace
 
-Judgement judgeTemplate(const TemplateFolder& folder, SceneCatalogue* others) {
+Judgement judgeTemplate(const TemplateFolder& folder, SceneCatalogue* others, Playback& playback) {
     Judgement judgement;
     TemplateView view{folder.plistPath().string(), folder.name, folder.description, {}};
     addFaults(folder.faults, view.file, judgement.findings);
     judgeKeys(templateFileKeys, view.description, view.file, judgement.findings);
     try {
-        requireOwnPaths(folder);
+        requireOwnPaths(folder, playback.settings().scenePath());
     } catch (const platform::Error& error) {
         judgement.findings.push_back(findingOf(error, view.file));
     }
-    view.group = ownGroup(view);
+    view.group = ownGroup(view, playback);
     addRecordScenes(view, judgement.findings);
     addCatalogueScenes(view.group, others, judgement.findings);
     shareUserKeys(view.group);
@@ -126,7 +127,8 @@ Judgement judgeTemplate(const TemplateFolder& folder, SceneCatalogue* others) {
     return judgement;
 }
 
-Judgement judgeSceneGroup(const std::string& file, const Value& content, SceneCatalogue* catalogue) {
+Judgement judgeSceneGroup(const std::string& file, const Value& content, SceneCatalogue* catalogue,
+                          Playback& playback) {
     Judgement judgement;
     const Value::Array& entries = content.array("scene");
     if (entries.size() > platform::Limits::maxGroupScenes)
@@ -138,15 +140,17 @@ Judgement judgeSceneGroup(const std::string& file, const Value& content, SceneCa
                 {}};
     judgeKeys(sceneGroupFileKeys, content, file, judgement.findings);
     // Its scenes may look up more than the map gives: what nobody gives stays empty.
-    GroupView group{file, "scene", entries, {}, {}, {}};
+    GroupView group{file, "scene", entries, {}, {}, {}, std::make_shared<MediaReader>(playback)};
     addCatalogueScenes(group, catalogue, judgement.findings);
     judgeGroup(group, judgement);
     return judgement;
 }
 
-Judgement judgeSceneFile(const std::string& file, const Value& content) {
+Judgement judgeSceneFile(const std::string& file, const Value& content, Playback& playback) {
     Judgement judgement;
-    judgeScene(sceneViewOf(file, file.substr(0, file.rfind('/') + 1), content), judgement);
+    SceneView scene = sceneViewOf(file, file.substr(0, file.rfind('/') + 1), content);
+    scene.media = std::make_shared<MediaReader>(playback);
+    judgeScene(scene, judgement);
     return judgement;
 }
 

@@ -9,6 +9,7 @@
 #include "app/Model/TemplateFolder.h"
 #include "other/SceneCatalogue.h"
 #include "platform/base/Value.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -18,14 +19,15 @@ struct Judgement {
     std::map<std::string, platform::Value> scenes;
 };
 
-/// Never throws for faults of the files: they are findings. The gate (FileGate::shared()) is open for the
-/// files; a template's folder lies in the scene folder (QVUtil::scenePath()), or stands in for it. Scenes
-/// that the group names and the template does not bring are looked up in `others`; null: nowhere. Makes a GL
-/// context of its own where a scene brings shaders. Main thread.
-Judgement judgeTemplate(const TemplateFolder& folder, SceneCatalogue* others);
+/// Never throws for faults of the files: they are findings. Files are found and opened as `playback` does:
+/// its gate is open for them, and a template's folder lies in its scene folder. Scenes that the group names
+/// and the template does not bring are looked up in `others`; null: nowhere. Makes a GL context of its own
+/// where a scene brings shaders. Any thread.
+Judgement judgeTemplate(const TemplateFolder& folder, SceneCatalogue* others, Playback& playback);
 /// `content` of a scene-group file, its scenes looked up in `catalogue`; null: they are not judged.
-Judgement judgeSceneGroup(const std::string& file, const platform::Value& content, SceneCatalogue* catalogue);
+Judgement judgeSceneGroup(const std::string& file, const platform::Value& content, SceneCatalogue* catalogue,
+                          Playback& playback);
 /// `content` of a scene file on its own, whose resources lie beside it.
-Judgement judgeSceneFile(const std::string& file, const platform::Value& content);
+Judgement judgeSceneFile(const std::string& file, const platform::Value& content, Playback& playback);
 
 }  // namespace multiscene

@@ -4,9 +4,7 @@
 
 #include "3DObject/QuadObject3D/TrackFile.h"
 #include "core/GLESUtils/PvrFile.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
 #include "platform/audio/AudioFile.h"
-#include "platform/base/FileGate.h"
 #include "platform/image/ImageDecoder.h"
 
 namespace multiscene {
@@ -20,9 +18,9 @@ namespace {
 
 constexpr int kJudgedSide = 64;  // pixels: every byte is read, and few are kept
 
-FileGate::Opened open(const std::string& path, const std::string& sceneFolder) {
-    return FileGate::shared().open(
-        QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(path, sceneFolder));
+FileGate::Opened open(Playback& playback, const std::string& path, const std::string& sceneFolder) {
+    return playback.gate().open(
+        playback.settings().multiSceneRenderPathResourcesWithString(path, sceneFolder));
 }
 
 /// All of it: a picture that is cut short has a header like any other.
@@ -83,7 +81,7 @@ MediaReader::Reading MediaReader::read(MediaKind kind, FileHandle file, const st
 
 const MediaReader::Reading* MediaReader::reading(MediaKind kind, const std::string& path,
                                                  const std::string& sceneFolder) {
-    FileGate::Opened opened = open(path, sceneFolder);
+    FileGate::Opened opened = open(playback_, path, sceneFolder);
     struct stat info {};
     if (opened.verdict != FileGate::Verdict::Allowed || ::fstat(opened.file.descriptor(), &info) != 0)
         return nullptr;

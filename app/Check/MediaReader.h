@@ -10,6 +10,7 @@
 #include "app/Check/Finding.h"
 #include "platform/base/File.h"
 #include "platform/media/VideoInfo.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -20,6 +21,11 @@ enum class MediaKind { Picture, PvrPicture, Sound, Track, Video };
 /// judged with one reader must not change meanwhile. One thread.
 class MediaReader {
   public:
+    /// Files are found and opened as that playback does, which outlives the reader.
+    explicit MediaReader(Playback& playback) : playback_(playback) {}
+
+    Playback& playback() const { return playback_; }
+
     /// `place` carries file and key path; its text is filled in. Nothing when the file can be read, and
     /// nothing when it cannot be opened: judgeFileName tells that.
     std::optional<Finding> judge(MediaKind kind, const std::string& path, const std::string& sceneFolder,
@@ -43,6 +49,7 @@ class MediaReader {
     const Reading* reading(MediaKind kind, const std::string& path, const std::string& sceneFolder);
     static Reading read(MediaKind kind, platform::FileHandle file, const std::string& name);
 
+    Playback& playback_;
     std::map<File, Reading> readings_;
 };
 

@@ -43,7 +43,7 @@ std::optional<int64_t> SceneView::lastFrame() const {
 }
 
 SceneView sceneViewOf(const std::string& file, const std::string& folder, Value content) {
-    SceneView view{file, folder, std::move(content), {}, std::nullopt};
+    SceneView view{file, folder, std::move(content), {}, std::nullopt, nullptr};
     addNodes(view.content["object3D"], "object3D", -1, view.nodes);
     return view;
 }

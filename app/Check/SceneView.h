@@ -36,8 +36,8 @@ struct SceneView {
     /// Keys under which the user's values are found in this scene; nothing where nobody says (a scene file on
     /// its own).
     std::optional<std::set<std::string>> userKeys;
-    /// Shared by all that are judged together.
-    std::shared_ptr<MediaReader> media = std::make_shared<MediaReader>();
+    /// Shared by all that are judged together; none where nothing is read.
+    std::shared_ptr<MediaReader> media;
 
     const platform::Value& clock() const { return content["TimeSource"]; }
     /// Number of the clock's last frame; nothing when the file does not say.

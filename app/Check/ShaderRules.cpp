@@ -9,8 +9,6 @@
 #include "opengl2.0/Shader.h"
 #include "opengl2.0/ShaderSource.h"
 #include "other/DictionaryWalk.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
-#include "platform/base/FileGate.h"
 #include "platform/gl/GLContext.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
@@ -25,10 +23,11 @@ class Shaders : public DictionaryVisitor {
 
     void known(const Key& key, const platform::Value& value, const std::string& keyPath) override {
         if (key.name != "customShaderPath" || !value.isString()) return;
-        const std::string file = QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(
-            value.stringValue(), scene_.folder);
+        Playback& playback = scene_.media->playback();
+        const std::string file =
+            playback.settings().multiSceneRenderPathResourcesWithString(value.stringValue(), scene_.folder);
         // A missing file is another rule's.
-        if (platform::FileGate::shared().exists(file)) judge(file, keyPath);
+        if (playback.gate().exists(file)) judge(file, keyPath);
     }
 
   private:
@@ -45,14 +44,15 @@ class Shaders : public DictionaryVisitor {
     }
 
     Built build(const std::string& file) {
+        platform::FileGate& gate = scene_.media->playback().gate();
         std::string problem;
-        const platform::Value description = readShaderDescription(file, problem);
+        const platform::Value description = readShaderDescription(file, gate, problem);
         if (!problem.empty()) return {{file + ": " + problem}};
         KeyJudge keys(file, findings_);
         walkDictionary(shaderFileKeys, description, "", keys);
         if (!context_) context_ = platform::GLContext::create();
         const platform::GLContextScope scope(*context_);
-        const Shader shader(description, std::filesystem::path(file).parent_path().string());
+        const Shader shader(description, std::filesystem::path(file).parent_path().string(), gate);
         Built built;
         for (const ShaderFailure& failure : shader.failures())
             built.problems.push_back((failure.file.empty() ? file : failure.file) + ": " + failure.message);

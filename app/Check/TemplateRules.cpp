@@ -88,7 +88,7 @@ void musicCanBePlayed(const TemplateView& view, Findings& findings) {
     const std::string music = named.empty() ? view.folder() + TemplateFolder::usualMusic : named;
     const Finding place{Severity::Error, view.file, recordPath(0, "wechartTempletInfo.bgAudioPath"), {}, {}};
     std::optional<Finding> finding;
-    if (!named.empty()) finding = judgeFileName(music, view.folder(), place);
+    if (!named.empty()) finding = judgeFileName(view.group.playback(), music, view.folder(), place);
     if (!finding) finding = view.group.media->judge(MediaKind::Sound, music, view.folder(), place);
     if (finding) findings.push_back(*finding);
 }
@@ -96,7 +96,8 @@ void musicCanBePlayed(const TemplateView& view, Findings& findings) {
 void resourceFoldersAreFolders(const TemplateView& view, Findings& findings) {
     for (size_t index = 0; index < view.records().size(); ++index) {
         const std::string folder = view.records()[index].string("sceneResourceFolderPath");
-        const std::string complete = QVUtil::multiScenePathWithString(folder);
+        const std::string complete =
+            view.group.playback().settings().multiSceneRenderPathResourcesWithString(folder, "");
         const auto add = [&](const std::string& message, const std::string& remedy) {
             findings.push_back({Severity::Error, view.file, recordPath(index, "sceneResourceFolderPath"),
                                 "\"" + folder + "\" " + message, remedy});
@@ -117,7 +118,7 @@ void thumbnailsAreThere(const TemplateView& view, Findings& findings) {
         if (picture.empty()) continue;
         const Finding place{Severity::Error, view.file, recordPath(index, "sceneThumbnailPath"), {}, {}};
         // The catalogue expands this path, and it knows no scene folder.
-        auto finding = judgeFileName(picture, "", place);
+        auto finding = judgeFileName(view.group.playback(), picture, "", place);
         if (finding && QVUtil::multiScenePathWithString(picture).empty())
             finding->remedy = "write \"$(multiSceneSceneROOT)/" + view.name + "/…\"";
         if (!finding) finding = view.group.media->judge(MediaKind::Picture, picture, "", place);

@@ -21,7 +21,9 @@ struct GroupView {
     std::set<int64_t> unreadable;
     /// Keys under which the user gives values.
     std::set<std::string> userKeys;
-    std::shared_ptr<MediaReader> media = std::make_shared<MediaReader>();
+    std::shared_ptr<MediaReader> media;
+
+    Playback& playback() const { return media->playback(); }
 
     /// "sceneIdentifier" of all entries that have one.
     std::set<std::string> identifiers() const;

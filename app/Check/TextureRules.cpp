@@ -40,7 +40,7 @@ class Sequences : public DictionaryVisitor {
 
     bool judge(const std::string& picture, MediaKind kind, const std::string& keyPath) {
         const Finding place{Severity::Error, scene_.file, keyPath, {}, {}};
-        auto finding = judgeFileName(picture, scene_.folder, place);
+        auto finding = judgeFileName(scene_.media->playback(), picture, scene_.folder, place);
         if (finding) finding->remedy = "add the picture or correct the numbers";
         if (!finding) finding = scene_.media->judge(kind, picture, scene_.folder, place);
         if (finding) findings_.push_back(*finding);
@@ -60,7 +60,8 @@ class Fonts : public DictionaryVisitor {
         if (key.name != "fontName" || font.empty()) return;
         const Finding place{Severity::Error, scene_.file, keyPath, {}, {}};
         if (!font.starts_with("$(")) return judgeFamily(font, place);
-        if (const auto finding = judgeFileName(font, scene_.folder, place)) findings_.push_back(*finding);
+        if (const auto finding = judgeFileName(scene_.media->playback(), font, scene_.folder, place))
+            findings_.push_back(*finding);
     }
 
   private:

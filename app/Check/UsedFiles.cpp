@@ -4,7 +4,6 @@
 #include <vector>
 
 #include "app/Check/Suggestion.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
 #include "other/QVUtil.h"
 
 namespace multiscene {
@@ -38,13 +37,15 @@ std::string remedyOfNoPath(const std::string& path, const std::string& sceneFold
 
 }  // namespace
 
-std::optional<Finding> judgeFileName(const std::string& path, const std::string& sceneFolder, Finding place) {
-    return openFileName(path, sceneFolder, std::move(place)).finding;
+std::optional<Finding> judgeFileName(Playback& playback, const std::string& path,
+                                     const std::string& sceneFolder, Finding place) {
+    return openFileName(playback, path, sceneFolder, std::move(place)).finding;
 }
 
-NamedFile openFileName(const std::string& path, const std::string& sceneFolder, Finding place) {
+NamedFile openFileName(Playback& playback, const std::string& path, const std::string& sceneFolder,
+                       Finding place) {
     NamedFile file;
-    file.path = QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(path, sceneFolder);
+    file.path = playback.settings().multiSceneRenderPathResourcesWithString(path, sceneFolder);
     if (file.path.empty()) {
         const bool isMacro = path.starts_with("$(");
         place.message =
@@ -53,7 +54,7 @@ NamedFile openFileName(const std::string& path, const std::string& sceneFolder, 
         file.finding = std::move(place);
         return file;
     }
-    file.opened = FileGate::shared().open(file.path);
+    file.opened = playback.gate().open(file.path);
     const FileGate::Verdict verdict = file.opened.verdict;
     if (verdict == FileGate::Verdict::Allowed) return file;
     place.message = "\"" + path + "\" " + describe(verdict);

@@ -4,13 +4,14 @@
 #include <string>
 
 #include "app/Check/Finding.h"
-#include "platform/base/FileGate.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
-/// Judges a path of a scene file: whether it resolves to anything, and whether the gate opens it. `place`
-/// carries file and key path; its text is filled in. Nothing when all is well.
-std::optional<Finding> judgeFileName(const std::string& path, const std::string& sceneFolder, Finding place);
+/// Judges a path of a scene file: whether it resolves to anything, and whether the playback's gate opens it.
+/// `place` carries file and key path; its text is filled in. Nothing when all is well.
+std::optional<Finding> judgeFileName(Playback& playback, const std::string& path,
+                                     const std::string& sceneFolder, Finding place);
 
 struct NamedFile {
     std::string path;  ///< complete; empty when the name is no path
@@ -19,6 +20,7 @@ struct NamedFile {
 };
 
 /// The same, for whoever reads the file.
-NamedFile openFileName(const std::string& path, const std::string& sceneFolder, Finding place);
+NamedFile openFileName(Playback& playback, const std::string& path, const std::string& sceneFolder,
+                       Finding place);
 
 }  // namespace multiscene

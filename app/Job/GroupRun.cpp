@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "opengl2.0/ShaderManager/ShaderManager.h"
-#include "other/RenderReport.h"
 #include "platform/base/DispatchQueue.h"
 
 namespace multiscene {
@@ -51,9 +50,8 @@ std::optional<Error> GroupRun::Shared::failure() {
 GroupRun::GroupRun(const PreparedGroup& group, std::shared_ptr<FrameSink> frameSink,
                    std::shared_ptr<SoundSink> soundSink, JobObserver& observer, std::stop_token stop)
     : group_(group), observer_(observer), stop_(std::move(stop)), shared_(std::make_shared<Shared>()) {
-    RenderReport::shared().clear();
-    manager_ = QVMultiSceneRenderManager::initWithFrameSink(std::move(frameSink), std::move(soundSink),
-                                                            driverSettings(group));
+    manager_ = QVMultiSceneRenderManager::initWithFrameSink(group.playback, std::move(frameSink),
+                                                            std::move(soundSink), driverSettings(group));
     manager_->setExportPauseSeconds(0);
     manager_->setFrameRenderingCompleteBlock([shared = shared_](int64_t) { shared->countFrame(); });
     player_ = QVMediaManage::initWithRenderManager(manager_, false);
@@ -73,7 +71,7 @@ void GroupRun::finishShaderReport() {
     manager_->performOnRenderQueue([this] {
         for (const ShaderFailure& failure : manager_->painter().shaders()->failures())
             if (!failure.shader.starts_with('/'))
-                RenderReport::shared().add(
+                group_.playback->report().add(
                     {.what = "shader failed", .name = failure.shader, .scene = {}, .node = {}});
     });
 }

@@ -15,13 +15,14 @@ using platform::ErrorKind;
 
 namespace {
 
-Judgement judgementOf(const Playable& playable) {
+Judgement judgementOf(const Playable& playable, Playback& playback) {
     if (playable.isGroupFile)
-        return judgeSceneGroup(playable.file.string(), playable.groupFile, playable.catalogue.get());
+        return judgeSceneGroup(playable.file.string(), playable.groupFile, playable.catalogue.get(),
+                               playback);
     try {
         return judgeTemplate(
             playable.description ? *playable.description : readTemplateFolder(playable.templateFolder),
-            playable.catalogue.get());
+            playable.catalogue.get(), playback);
     } catch (const Error& error) {
         return {{findingOf(error, playable.templateFolder.string())}, {}};
     }
@@ -57,13 +58,13 @@ void requirePlayable(const Playable& playable) {
 
 }  // namespace
 
-void judgeAloud(Playable& playable, const RenderRequest& request, JobObserver& observer) {
+void judgeAloud(Playable& playable, const RenderRequest& request, Playback& playback, JobObserver& observer) {
     Judgement judgement;
     if (!request.isJudged) {
-        judgement = judgementOf(playable);
+        judgement = judgementOf(playable, playback);
         tell(judgement.findings, request, observer);
     }
-    readScenes(playable.group, judgement.scenes, platform::FileGate::shared());
+    readScenes(playable.group, judgement.scenes, playback.gate());
     if (request.isJudged || request.isForced) requirePlayable(playable);
 }
 

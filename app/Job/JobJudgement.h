@@ -10,6 +10,6 @@ namespace multiscene {
 /// scenes. Tells the observer what is wrong and throws the first error as platform::Error(Template); a
 /// request that is forced goes on unless the engine could not play it at all, one that is strict takes
 /// warnings for errors.
-void judgeAloud(Playable& playable, const RenderRequest& request, JobObserver& observer);
+void judgeAloud(Playable& playable, const RenderRequest& request, Playback& playback, JobObserver& observer);
 
 }  // namespace multiscene

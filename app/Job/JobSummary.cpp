@@ -14,7 +14,7 @@ JobSummary summaryOf(const PreparedGroup& group, int64_t frames, const GroupRun&
     summary.missingInputs = group.missingInputs;
     summary.statistics = run.statistics();
     summary.drawnBy = run.drawnBy();
-    for (RenderReport::Entry& entry : RenderReport::shared().entries()) {
+    for (RenderReport::Entry& entry : group.playback->report().entries()) {
         const auto& missing = group.missingInputs;
         if (std::find(missing.begin(), missing.end(), entry.name) != missing.end()) continue;
         (entry.isLeftOut ? summary.skipped : summary.usedOtherwise).push_back(std::move(entry));

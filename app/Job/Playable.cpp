@@ -13,11 +13,9 @@
 #include "app/Other/TemplateLocks.h"
 #include "app/data/QVDataManager.h"
 #include "other/QVMultiSceneGropPlistFileManager.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
 #include "other/QVUtil.h"
 #include "platform/archive/ZipArchive.h"
 #include "platform/base/Error.h"
-#include "platform/base/FileGate.h"
 #include "platform/store/Database.h"
 #include "videoRenderCore/SceneFile.h"
 
@@ -26,7 +24,6 @@ namespace multiscene {
 namespace fs = std::filesystem;
 using platform::Error;
 using platform::ErrorKind;
-using platform::FileGate;
 using platform::Value;
 
 namespace {
@@ -40,17 +37,17 @@ Value::Array ownScene(int64_t sceneId, SceneCatalogue& catalogue) {
     return group.group().entries;
 }
 
-std::string musicOf(const QVTempletDataModel& record, const fs::path& folder) {
+std::string musicOf(const QVTempletDataModel& record, const fs::path& folder,
+                    const QVMultiSceneRenderShareSettings& settings) {
     if (const std::string path = record.bgAudioPath(); !path.empty())
-        return QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(
-            path, folder.string() + "/");
+        return settings.multiSceneRenderPathResourcesWithString(path, folder.string() + "/");
     const fs::path usual = folder / TemplateFolder::usualMusic;
     std::error_code failure;
     return fs::exists(usual, failure) ? usual.string() : std::string();
 }
 
 Playable playableOf(const QVTempletDataModel& record, const fs::path& folder,
-                    std::shared_ptr<SceneCatalogue> catalogue) {
+                    std::shared_ptr<SceneCatalogue> catalogue, Playback& playback) {
     Playable playable;
     playable.name = record.sceneName();
     playable.folder = folder;
@@ -59,22 +56,23 @@ Playable playableOf(const QVTempletDataModel& record, const fs::path& folder,
     playable.group.scenes = scenesNamedBy(playable.group.entries, *catalogue);
     playable.inputs = record.userInputInfo();
     playable.format = record.mediaFormat();
-    playable.musicPath = musicOf(record, folder);
+    playable.musicPath = musicOf(record, folder, playback.settings());
     playable.catalogue = std::move(catalogue);
     return playable;
 }
 
 /// Plays a template without installing it.
-Playable openFolder(const fs::path& path) {
+Playable openFolder(const fs::path& path, Playback& playback) {
     TemplateFolder folder = readTemplateFolder(path);
-    QVUtil::setSceneRoot(folder.folder.parent_path().string());
-    requireOwnPaths(folder);
+    playback.settings().setScenePath(folder.folder.parent_path().string());
+    const std::string& scenePath = playback.settings().scenePath();
+    requireOwnPaths(folder, scenePath);
     requireProgramVersion(folder.minVersion(), folder.name);
-    FileGate::shared().allowFolder(folder.folder);
-    const auto catalogue = std::make_shared<QVDataManager>(platform::Database::kInMemory);
+    playback.gate().allowFolder(folder.folder);
+    const auto catalogue = std::make_shared<QVDataManager>(platform::Database::kInMemory, scenePath);
     catalogue->checkUsable();
     catalogue->installMultiSceneTemplate(folder.description);
-    Playable playable = playableOf(folder.records.front(), folder.folder, catalogue);
+    Playable playable = playableOf(folder.records.front(), folder.folder, catalogue, playback);
     playable.file = folder.plistPath();
     playable.templateFolder = folder.folder;
     playable.description = std::move(folder);
@@ -85,13 +83,13 @@ fs::path resourceFolder(const QVTempletDataModel& record) {
     return (fs::path(record.sceneResourceFolderPath()) / "").lexically_normal().parent_path();
 }
 
-std::optional<InstalledTemplate> installedTemplate(const std::string& numberOrName) {
-    const auto& catalogue = QVDataManager::sharedDataManager();
+std::optional<InstalledTemplate> installedTemplate(const std::string& numberOrName,
+                                                   QVDataManager& catalogue) {
     std::error_code failure;
     if (!fs::exists(QVDataManager::databasePath(), failure)) return std::nullopt;
-    catalogue->checkUsable();
-    TemplateInstallation::recover(*catalogue);
-    return findInstalledTemplate(*catalogue, numberOrName);
+    catalogue.checkUsable();
+    TemplateInstallation::recover(catalogue);
+    return findInstalledTemplate(catalogue, numberOrName);
 }
 
 /// The templates of the data home whose scenes are played, in an order that is the same for everybody.
@@ -106,12 +104,13 @@ std::vector<platform::FileLock> locksOf(const Playable& playable) {
     return locks;
 }
 
-std::optional<Playable> openInstalled(const std::string& numberOrName) {
+std::optional<Playable> openInstalled(const std::string& numberOrName, Playback& playback) {
+    const auto catalogue = std::make_shared<QVDataManager>();
     const auto open = [&]() -> std::optional<Playable> {
-        const auto installed = installedTemplate(numberOrName);
+        const auto installed = installedTemplate(numberOrName, *catalogue);
         if (!installed) return std::nullopt;
         const QVTempletDataModel& record = installed->main();
-        Playable playable = playableOf(record, resourceFolder(record), QVDataManager::sharedDataManager());
+        Playable playable = playableOf(record, resourceFolder(record), catalogue, playback);
         playable.templateFolder = fs::path(QVUtil::scenePath()) / templateOwning(record.scenePlistPath());
         return playable;
     };
@@ -120,7 +119,7 @@ std::optional<Playable> openInstalled(const std::string& numberOrName) {
     auto locks = locksOf(*found);
     auto playable = open();  // as it is now that nobody can exchange it
     if (playable) playable->inUse = std::move(locks);
-    openHomeFolders();
+    openHomeFolders(playback.gate());
     return playable;
 }
 
@@ -130,7 +129,7 @@ bool isTemplateFolder(const fs::path& path) {
     return fs::exists(folder / (folder.filename().string() + ".plist"), failure);
 }
 
-Playable groupFilePlayable(const fs::path& file, Value content) {
+Playable groupFilePlayable(const fs::path& file, Value content, Playback& playback) {
     Playable playable;
     playable.file = fs::absolute(file).lexically_normal();
     playable.folder = playable.file.parent_path();
@@ -138,8 +137,8 @@ Playable groupFilePlayable(const fs::path& file, Value content) {
     if (!content.isDictionary() || !content["scene"].isArray())
         throw Error(ErrorKind::Template, "is neither a template nor a scene-group file", file.string(),
                     "scene");
-    openSceneGroupFiles(playable.folder, content["userMediaMap"]);
-    playable.catalogue = QVDataManager::sharedDataManager();
+    openSceneGroupFiles(playable.folder, content["userMediaMap"], playback);
+    playable.catalogue = std::make_shared<QVDataManager>();
     playable.group = QVMultiSceneGropPlistFileManager::groupOf(content);
     playable.group.scenes = scenesNamedBy(playable.group.entries, *playable.catalogue);
     playable.groupFile = std::move(content);
@@ -148,12 +147,12 @@ Playable groupFilePlayable(const fs::path& file, Value content) {
     return playable;
 }
 
-Playable openFile(const fs::path& file, const JobFolder& job) {
-    if (file.extension() != ".plist") return openFolder(unpackTemplate(file, job));
-    FileGate::shared().allowFile(file);
-    Value content = readSceneFile(file, FileGate::shared());
-    if (content.has("installScenes")) return openFolder(fs::absolute(file).parent_path());
-    return groupFilePlayable(file, std::move(content));
+Playable openFile(const fs::path& file, const JobFolder& job, Playback& playback) {
+    if (file.extension() != ".plist") return openFolder(unpackTemplate(file, job), playback);
+    playback.gate().allowFile(file);
+    Value content = readSceneFile(file, playback.gate());
+    if (content.has("installScenes")) return openFolder(fs::absolute(file).parent_path(), playback);
+    return groupFilePlayable(file, std::move(content), playback);
 }
 
 Error notFound(const std::string& argument) {
@@ -164,17 +163,18 @@ Error notFound(const std::string& argument) {
 
 }  // namespace
 
-Playable openPlayable(const std::string& argument, const JobFolder& job) {
+Playable openPlayable(const std::string& argument, const JobFolder& job, Playback& playback) {
     std::error_code failure;
     const fs::path path(argument);
     const bool isPath = argument.find('/') != std::string::npos;
-    if (fs::is_directory(path, failure) && (isPath || isTemplateFolder(path))) return openFolder(path);
-    if (fs::is_regular_file(path, failure)) return openFile(path, job);
+    if (fs::is_directory(path, failure) && (isPath || isTemplateFolder(path)))
+        return openFolder(path, playback);
+    if (fs::is_regular_file(path, failure)) return openFile(path, job, playback);
     if (!isPath) {
-        if (auto installed = openInstalled(argument)) return std::move(*installed);
-        if (const auto sample = findSampleTemplate(argument)) return openFolder(sample->folder);
+        if (auto installed = openInstalled(argument, playback)) return std::move(*installed);
+        if (const auto sample = findSampleTemplate(argument)) return openFolder(sample->folder, playback);
     }
-    if (fs::is_directory(path, failure)) return openFolder(path);
+    if (fs::is_directory(path, failure)) return openFolder(path, playback);
     throw notFound(argument);
 }
 
@@ -197,9 +197,9 @@ fs::path unpackTemplate(const fs::path& archive, const JobFolder& job) {
     return unpacked / name;
 }
 
-Playable openSceneGroupFile(const fs::path& file) {
-    FileGate::shared().allowFile(file);
-    return groupFilePlayable(file, readSceneFile(file, FileGate::shared()));
+Playable openSceneGroupFile(const fs::path& file, Playback& playback) {
+    playback.gate().allowFile(file);
+    return groupFilePlayable(file, readSceneFile(file, playback.gate()), playback);
 }
 
 }  // namespace multiscene

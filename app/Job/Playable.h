@@ -14,6 +14,7 @@
 #include "other/SceneGroup.h"
 #include "platform/base/Value.h"
 #include "platform/store/FileLock.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -41,11 +42,11 @@ struct Playable {
 };
 
 /// Finds what `argument` names: a path (a template's folder, its NAME.plist, a zip, a scene-group file), else
-/// the number or the name of a template that is installed or ships with the program. Opens the gate for its
-/// files; a template that is not installed is played from where it lies, its parent standing in for the scene
-/// folder until the program ends. A zip is unpacked into the job's folder. Throws platform::Error(Template),
-/// or Transient while an installed template is being replaced.
-Playable openPlayable(const std::string& argument, const JobFolder& job);
+/// the number or the name of a template that is installed or ships with the program. Opens the playback's
+/// gate for its files; a template that is not installed is played from where it lies, its parent standing in
+/// for the playback's scene folder. A zip is unpacked into the job's folder. Throws
+/// platform::Error(Template), or Transient while an installed template is being replaced.
+Playable openPlayable(const std::string& argument, const JobFolder& job, Playback& playback);
 
 /// The template's folder to which a path leads: the folder, its NAME.plist, or a zip, which is unpacked into
 /// the job's folder. None where nothing lies. Throws platform::Error(Template).
@@ -56,6 +57,6 @@ std::optional<std::filesystem::path> templateFolderAt(const std::string& argumen
 std::filesystem::path unpackTemplate(const std::filesystem::path& archive, const JobFolder& job);
 
 /// A scene-group file, played against the catalogue of the data home. Throws platform::Error(Template).
-Playable openSceneGroupFile(const std::filesystem::path& file);
+Playable openSceneGroupFile(const std::filesystem::path& file, Playback& playback);
 
 }  // namespace multiscene

@@ -7,10 +7,8 @@
 #include "app/Job/JobJudgement.h"
 #include "app/Job/UserValues.h"
 #include "other/QVMultiSceneGropPlistFileManager.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
 #include "platform/audio/AudioFile.h"
 #include "platform/base/Error.h"
-#include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
 
 namespace multiscene {
@@ -26,12 +24,17 @@ using Notes = std::vector<std::string>;
 
 constexpr const char* kGroupName = "sceneGroup.plist";
 
-Playable open(const RenderRequest& request, const JobFolder& job) {
-    FileGate& gate = FileGate::shared();
-    gate.reset();
-    gate.allowFolder(platform::resourcesFolder());
-    gate.allowFolder(job.path());
-    return request.isSceneGroupFile ? openSceneGroupFile(request.source) : openPlayable(request.source, job);
+/// The fence is open for the program's resources and the job's own folder; what is played adds its files.
+std::shared_ptr<Playback> playbackIn(const JobFolder& job) {
+    auto playback = std::make_shared<Playback>();
+    playback->gate().allowFolder(platform::resourcesFolder());
+    playback->gate().allowFolder(job.path());
+    return playback;
+}
+
+Playable open(const RenderRequest& request, const JobFolder& job, Playback& playback) {
+    return request.isSceneGroupFile ? openSceneGroupFile(request.source, playback)
+                                    : openPlayable(request.source, job, playback);
 }
 
 void requireWithin(const MusicSettings& settings, const platform::AudioFile& music, const std::string& path) {
@@ -43,9 +46,9 @@ void requireWithin(const MusicSettings& settings, const platform::AudioFile& mus
     throw Error(ErrorKind::Usage, text, path, "--music-start");
 }
 
-std::string userMusic(const std::string& path, const MusicSettings& settings) {
-    FileGate::shared().allowFile(path);
-    FileGate::Opened opened = FileGate::shared().open(path);
+std::string userMusic(const std::string& path, const MusicSettings& settings, FileGate& gate) {
+    gate.allowFile(path);
+    FileGate::Opened opened = gate.open(path);
     if (opened.verdict != FileGate::Verdict::Allowed)
         throw Error(ErrorKind::Input, describe(opened.verdict), path, "--music");
     requireWithin(settings, platform::AudioFile(std::move(opened.file), path, ErrorKind::Input), path);
@@ -55,7 +58,7 @@ std::string userMusic(const std::string& path, const MusicSettings& settings) {
 std::string templateMusic(PreparedGroup& prepared, const MusicSettings& settings, Notes& notes) {
     const std::string& path = prepared.playable.musicPath;
     if (path.empty()) return {};
-    FileGate::Opened opened = FileGate::shared().open(path);
+    FileGate::Opened opened = prepared.playback->gate().open(path);
     if (opened.verdict == FileGate::Verdict::Missing) {
         notes.push_back("the template's music is missing: " + path);
         return {};
@@ -68,12 +71,13 @@ std::string templateMusic(PreparedGroup& prepared, const MusicSettings& settings
 
 std::string musicOf(const RenderRequest& request, PreparedGroup& prepared, Notes& notes) {
     if (!request.music) return templateMusic(prepared, request.musicSettings, notes);
-    return *request.music == "none" ? std::string() : userMusic(*request.music, request.musicSettings);
+    if (*request.music == "none") return {};
+    return userMusic(*request.music, request.musicSettings, prepared.playback->gate());
 }
 
 /// What the group macros stand for. A group file's resources lie beside it; a template's group is the job's.
 void shareFolders(const PreparedGroup& prepared, const JobFolder& job) {
-    auto& settings = QVMultiSceneRenderShareSettings::shared();
+    auto& settings = prepared.playback->settings();
     const bool isFile = prepared.playable.isGroupFile;
     const std::filesystem::path& folder = isFile ? prepared.playable.folder : job.path();
     settings.setCurrentSceneGroupPlistPathFloder(folder.string() + "/");
@@ -118,12 +122,14 @@ PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, J
     if (request.isStrict && request.isForced)
         throw Error(ErrorKind::Usage, "one of --strict and --force, not both", "", "--strict");
     PreparedGroup prepared;
-    prepared.playable = open(request, job);
-    judgeAloud(prepared.playable, request, observer);
+    prepared.playback = playbackIn(job);
+    prepared.playable = open(request, job, *prepared.playback);
+    judgeAloud(prepared.playable, request, *prepared.playback, observer);
     prepared.format = formatOf(request, prepared.playable);
     prepared.renderer = request.renderer;
     prepared.layout = layoutOf(request, prepared.playable, prepared.format);
-    UserValues values = collectUserValues(request.inputs, prepared.playable, job, prepared.format, stop);
+    UserValues values = collectUserValues(request.inputs, prepared.playable, job, prepared.format,
+                                          prepared.playback->gate(), stop);
     prepared.missingInputs = std::move(values.missing);
     if (request.isStrict) requireInputs(prepared.missingInputs);
     prepared.group = std::move(prepared.playable.group);
@@ -132,7 +138,6 @@ PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, J
     shareFolders(prepared, job);
     Notes notes = std::move(values.notes);
     prepared.musicPath = musicOf(request, prepared, notes);
-    QVMultiSceneRenderShareSettings::shared().setBgAudioPath(prepared.musicPath);
     addNotes(prepared, request, notes);
     tellNotes(notes, request, observer);
     QVMultiSceneGropPlistFileManager::write(job.file(kGroupName), prepared.group);

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
 #include <stop_token>
 #include <string>
 #include <vector>
@@ -11,10 +12,12 @@
 #include "app/Job/Playable.h"
 #include "app/Job/RenderRequest.h"
 #include "other/SceneGroup.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
 struct PreparedGroup {
+    std::shared_ptr<Playback> playback;  ///< what the video is played with
     Playable playable;
     MediaFormat format;  ///< of the video
     Renderer renderer = Renderer::Auto;
@@ -28,8 +31,8 @@ struct PreparedGroup {
 };
 
 /// Opens the source, judges it, takes in the user's values and tells the observer what the user should
-/// know before it starts; keeps the scene-group file in the job's folder. Sets the process up for this one
-/// group: gate, scene folder, group folders. Throws platform::Error.
+/// know before it starts; keeps the scene-group file in the job's folder. Several may be prepared at once.
+/// Throws platform::Error.
 PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, JobObserver& observer,
                            const std::stop_token& stop);
 

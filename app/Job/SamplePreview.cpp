@@ -3,7 +3,6 @@
 #include "app/Job/FramesJob.h"
 #include "app/Job/JobFolder.h"
 #include "app/Job/VideoJob.h"
-#include "other/QVUtil.h"
 #include "platform/base/File.h"
 
 namespace multiscene {
@@ -13,14 +12,6 @@ namespace fs = std::filesystem;
 namespace {
 
 constexpr const char* kInputs = "sample/inputs.json";
-
-/// A template that is played from its folder takes the scene folder's place until this ends.
-struct PlayedFromItsFolder {
-    PlayedFromItsFolder() = default;
-    ~PlayedFromItsFolder() { QVUtil::setSceneRoot(""); }
-    PlayedFromItsFolder(const PlayedFromItsFolder&) = delete;
-    PlayedFromItsFolder& operator=(const PlayedFromItsFolder&) = delete;
-};
 
 void playSample(RenderRequest& request, const TemplateFolder& folder) {
     request.source = folder.folder.string();
@@ -33,7 +24,6 @@ void playSample(RenderRequest& request, const TemplateFolder& folder) {
 
 int64_t renderSampleVideo(const TemplateFolder& folder, const fs::path& video, JobObserver& observer,
                           const std::stop_token& stop) {
-    const PlayedFromItsFolder played;
     VideoRequest request;
     playSample(request, folder);
     request.output = video;
@@ -42,7 +32,6 @@ int64_t renderSampleVideo(const TemplateFolder& folder, const fs::path& video, J
 
 void renderSamplePicture(const TemplateFolder& folder, int64_t frame, const fs::path& picture,
                          JobObserver& observer, const std::stop_token& stop) {
-    const PlayedFromItsFolder played;
     const JobFolder job;
     FramesRequest request;
     playSample(request, folder);

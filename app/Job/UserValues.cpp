@@ -21,7 +21,6 @@
 #include "app/Model/QVUserVideoInputModel.h"
 #include "dataMode/TextSettings.h"
 #include "other/UserFilm.h"
-#include "platform/base/FileGate.h"
 #include "platform/base/Json.h"
 #include "platform/image/ImageDecoder.h"
 
@@ -63,12 +62,13 @@ std::string optionFor(InputKind kind, const std::string& key) {
 class Collector {
   public:
     Collector(const Playable& playable, const JobFolder& job, const MediaFormat& format,
-              const std::stop_token& stop)
+              platform::FileGate& gate, const std::stop_token& stop)
         : asked_(askedKeysOf(playable)),
           identifiers_(playable.group.identifiers()),
           places_(videoPlacesOf(playable.group)),
           job_(job),
           format_(format),
+          gate_(gate),
           stop_(stop) {}
 
     void addPhotoPart(const JobInputs::PhotoPart& part) {
@@ -116,7 +116,8 @@ class Collector {
         const AskedFor& asked = require(key, InputKind::Video);
         openInput(key, video);
         const std::vector<VideoPlace> places = placesOf(key);
-        const UserVideo judged = judgeUserVideo(video, format_.framesPerSecond, framesWanted(places), stop_);
+        const UserVideo judged =
+            judgeUserVideo(video, format_.framesPerSecond, framesWanted(places), gate_, stop_);
         for (const VideoPlace& place : places) requireFits(judged, place, video, key);
         store(key, judged.file.string());
         storeFilm(key, asked);
@@ -303,9 +304,9 @@ class Collector {
     }
 
     /// Opens a file of the user's own and lets the scenes open it.
-    static FileGate::Opened openInput(const std::string& key, const fs::path& path) {
-        FileGate::shared().allowFile(path);
-        FileGate::Opened opened = FileGate::shared().open(path);
+    FileGate::Opened openInput(const std::string& key, const fs::path& path) {
+        gate_.allowFile(path);
+        FileGate::Opened opened = gate_.open(path);
         if (opened.verdict == FileGate::Verdict::Allowed) return opened;
         throw Error(ErrorKind::Input, describe(opened.verdict), path.string(), key);
     }
@@ -364,6 +365,7 @@ class Collector {
     const std::vector<VideoPlace> places_;
     const JobFolder& job_;
     const MediaFormat& format_;
+    FileGate& gate_;
     const std::stop_token& stop_;
     Value::Dictionary stored_;
     std::optional<int64_t> videoFrames_;          ///< of the first video
@@ -378,8 +380,8 @@ class Collector {
 }  // namespace
 
 UserValues collectUserValues(const JobInputs& given, const Playable& playable, const JobFolder& job,
-                             const MediaFormat& format, const std::stop_token& stop) {
-    Collector collector(playable, job, format, stop);
+                             const MediaFormat& format, FileGate& gate, const std::stop_token& stop) {
+    Collector collector(playable, job, format, gate, stop);
     for (const JobInputs::PhotoPart& part : given.photoParts) collector.addPhotoPart(part);
     for (const JobInputs::Given& text : given.texts) collector.addText(text.key, text.value);
     for (const JobInputs::Given& photo : given.photos) collector.addPhoto(photo.key, photo.value);

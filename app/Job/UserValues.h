@@ -7,6 +7,7 @@
 
 #include "app/Job/JobInputs.h"
 #include "app/Job/Playable.h"
+#include "platform/base/FileGate.h"
 #include "platform/base/Value.h"
 
 namespace multiscene {
@@ -29,6 +30,7 @@ struct UserValues {
 /// platform::Error(Input): a key that the template does not ask for, a missing or unreadable file, a text far
 /// over its limits, a video too short for its place; Error(Usage) for a key given twice; Error(Cancelled).
 UserValues collectUserValues(const JobInputs& given, const Playable& playable, const JobFolder& job,
-                             const MediaFormat& format, const std::stop_token& stop);
+                             const MediaFormat& format, platform::FileGate& gate,
+                             const std::stop_token& stop);
 
 }  // namespace multiscene

@@ -3,7 +3,6 @@
 #include <algorithm>
 
 #include "platform/base/Error.h"
-#include "platform/base/FileGate.h"
 #include "platform/media/FilmLength.h"
 #include "platform/media/VideoReader.h"
 
@@ -35,13 +34,13 @@ void requireUsableSize(const platform::VideoInfo& info, const std::string& name)
 
 }  // namespace
 
-UserVideo judgeUserVideo(const fs::path& video, int framesPerSecond, int64_t mostFrames,
+UserVideo judgeUserVideo(const fs::path& video, int framesPerSecond, int64_t mostFrames, FileGate& gate,
                          const std::stop_token& stop) {
     const fs::path file = fs::absolute(video).lexically_normal();
     const double mostSeconds = static_cast<double>(mostFrames + 1) / framesPerSecond;
-    const auto film = platform::measureFilm(FileGate::shared().open(file).file, video.string(),
-                                            ErrorKind::Input, mostSeconds, stop);
-    platform::VideoReader reader(FileGate::shared().open(file).file, video.string(), ErrorKind::Input);
+    const auto film =
+        platform::measureFilm(gate.open(file).file, video.string(), ErrorKind::Input, mostSeconds, stop);
+    platform::VideoReader reader(gate.open(file).file, video.string(), ErrorKind::Input);
     requireUsableSize(reader.info(), video.string());
     requirePicture(reader, video.string());
     return {file, platform::framesWithin(film.length, framesPerSecond),

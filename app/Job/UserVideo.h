@@ -4,6 +4,8 @@
 #include <filesystem>
 #include <stop_token>
 
+#include "platform/base/FileGate.h"
+
 namespace multiscene {
 
 /// The longest film of a user that a template's length may come from, in seconds.
@@ -22,6 +24,6 @@ struct UserVideo {
 /// Looks at the first `mostFrames` of a film. Throws platform::Error: Input when it is no readable video, has
 /// no picture or a gap such as damaged files have; Cancelled when a stop was requested.
 UserVideo judgeUserVideo(const std::filesystem::path& video, int framesPerSecond, int64_t mostFrames,
-                         const std::stop_token& stop);
+                         platform::FileGate& gate, const std::stop_token& stop);
 
 }  // namespace multiscene

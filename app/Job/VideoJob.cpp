@@ -52,6 +52,7 @@ std::shared_ptr<QVVideoCVCacheExporter> makeExporter(const VideoRequest& request
     settings.bitRate = request.bitRate;
     settings.preset = request.preset;
     settings.loudness = request.loudness;
+    settings.playback = group.playback;
     settings.layout = group.layout;
     settings.temporaryFolder = job.path();
     settings.errorDomain = localizedString("videoExporter");

@@ -5,7 +5,6 @@
 
 #include "app/Model/LocalizedName.h"
 #include "app/Model/TemplateKeys.h"
-#include "other/QVUtil.h"
 #include "platform/base/Error.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Limits.h"
@@ -160,15 +159,15 @@ std::string displayName(const TemplateFolder& folder) {
     return name.empty() ? folder.name : name;
 }
 
-void requireOwnPaths(const TemplateFolder& folder) {
-    const fs::path own = fs::path(QVUtil::scenePath()).lexically_normal() / folder.name;
+void requireOwnPaths(const TemplateFolder& folder, const std::string& scenePath) {
+    const fs::path own = fs::path(scenePath).lexically_normal() / folder.name;
     for (size_t index = 0; index < folder.records.size(); ++index) {
         const QVTempletDataModel& record = folder.records[index];
         const std::pair<const char*, const std::string&> paths[] = {
             {"scenePlistPath", record.scenePlistPath()},
             {"sceneResourceFolderPath", record.sceneResourceFolderPath()}};
         for (const auto& [key, path] : paths) {
-            if (path.empty() || liesIn(own, QVUtil::multiScenePathWithString(path))) continue;
+            if (path.empty() || liesIn(own, QVUtil::multiScenePathWithString(path, scenePath))) continue;
             Place{folder.plistPath().string(), "installScenes[" + std::to_string(index) + "]." + key}.fail(
                 "\"" + path + "\" does not lie in the template's folder; write \"$(multiSceneSceneROOT)/" +
                 folder.name + "/…\"");

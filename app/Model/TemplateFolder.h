@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "app/Model/QVTempletDataModel.h"
+#include "other/QVUtil.h"
 #include "platform/base/PropertyListFaults.h"
 #include "platform/base/Value.h"
 
@@ -43,8 +44,8 @@ std::string displayName(const TemplateFolder& folder);
 
 /// Throws Error(Template) unless the scene file and resource folder of every record lie in the template's own
 /// folder: a record that points into another template would be played with that template's files, and would
-/// outlive them.
-void requireOwnPaths(const TemplateFolder& folder);
+/// outlive them. `scenePath`: the folder in which the template's folder is, or will be.
+void requireOwnPaths(const TemplateFolder& folder, const std::string& scenePath = QVUtil::scenePath());
 
 /// The template whose folder holds a stored scene file; empty for a file outside the scene folder.
 std::string templateOwning(const std::string& scenePlistPath);

@@ -1,27 +1,26 @@
 #include "app/Other/OpenedFiles.h"
 
-#include "other/QVMultiSceneRenderShareSettings.h"
 #include "other/QVUtil.h"
-#include "platform/base/FileGate.h"
 
 namespace multiscene {
 
 using platform::FileGate;
 using platform::Value;
 
-void openHomeFolders() {
+void openHomeFolders(FileGate& gate) {
     for (const std::string& folder :
          {QVUtil::scenePath(), QVUtil::templatePath(), QVUtil::userResourcesPath()})
-        FileGate::shared().allowFolder(folder);
+        gate.allowFolder(folder);
 }
 
-void openSceneGroupFiles(const std::filesystem::path& folder, const Value& userMediaMap) {
-    FileGate::shared().allowFolder(folder);
-    openHomeFolders();
+void openSceneGroupFiles(const std::filesystem::path& folder, const Value& userMediaMap, Playback& playback) {
+    FileGate& gate = playback.gate();
+    gate.allowFolder(folder);
+    openHomeFolders(gate);
     for (const auto& [key, value] : userMediaMap.dictionary())
         if (const std::string text = value.stringValue(); value.isString() && text.starts_with('/'))
-            FileGate::shared().allowFile(text);
-    auto& settings = QVMultiSceneRenderShareSettings::shared();
+            gate.allowFile(text);
+    auto& settings = playback.settings();
     settings.setCurrentSceneGroupPlistPathFloder(folder.string() + "/");
     settings.setCurrentSceneGroupUserResourcePathFloder(folder.string() + "/");
 }

@@ -44,11 +44,6 @@ bool hasScheme(const std::string& location) {
 
 }  // namespace
 
-QVDownloadInfoManager& QVDownloadInfoManager::sharedInstance() {
-    static QVDownloadInfoManager manager;
-    return manager;
-}
-
 std::string QVDownloadInfoManager::serverAddress() const {
     const char* environment = std::getenv("MULTISCENE_SERVER");
     std::string address = serverAddress_.empty() && environment ? environment : serverAddress_;

@@ -10,12 +10,10 @@
 
 namespace multiscene {
 
-/// Fetches the server's configuration, keeps it in the data home and answers from that copy. One instance;
-/// for one thread at a time.
+/// Fetches the server's configuration, keeps it in the data home and answers from that copy. For one
+/// thread at a time.
 class QVDownloadInfoManager {
   public:
-    static QVDownloadInfoManager& sharedInstance();
-
     /// The server's base address, without the path of the configuration. Unless set: MULTISCENE_SERVER, else
     /// the setting of the data home.
     void setServerAddress(const std::string& address) { serverAddress_ = address; }
@@ -44,7 +42,6 @@ class QVDownloadInfoManager {
     std::string completeUrl(const std::string& location) const;
 
   private:
-    QVDownloadInfoManager() = default;
     void fetch(const std::string& url, const std::function<bool()>& isCancelled) const;
     platform::Value info() const;
 

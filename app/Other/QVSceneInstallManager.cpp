@@ -24,14 +24,7 @@ struct DeletedAfterwards {
     }
 };
 
-QVDataManager& catalogue() { return *QVDataManager::sharedDataManager(); }
-
 }  // namespace
-
-QVSceneInstallManager& QVSceneInstallManager::sharedInstance() {
-    static QVSceneInstallManager manager;
-    return manager;
-}
 
 void QVSceneInstallManager::show(std::function<void(SceneInstallDisplay&)> what) {
     DispatchQueue::main().async([display = display_, what = std::move(what)] {
@@ -61,7 +54,7 @@ void QVSceneInstallManager::installSceneZipWithUrl(const std::string& url, Insta
     background_.async([this, url, options = std::move(options), completion = std::move(completion)] {
         bool reachesInstallation = false;
         const InstallReport report = guarded([&] {
-            TemplateInstallation installation(catalogue(), templateNameOfUrl(url), options);
+            TemplateInstallation installation(*catalogue_, templateNameOfUrl(url), options);
             if (const auto known = options.replace ? std::nullopt : installation.alreadyInstalled()) {
                 reachesInstallation = true;
                 return *known;
@@ -110,7 +103,7 @@ InstallReport QVSceneInstallManager::unZipAndInstallSceneWithZipPath(const std::
                                                                      const std::string& withSceneFloderName,
                                                                      const InstallOptions& options) {
     return guarded(
-        [&] { return TemplateInstallation(catalogue(), withSceneFloderName, options).install(zipPath); });
+        [&] { return TemplateInstallation(*catalogue_, withSceneFloderName, options).install(zipPath); });
 }
 
 void QVSceneInstallManager::finish(const InstallReport& report, bool notify, const Completion& completion) {

@@ -39,7 +39,9 @@ class QVSceneInstallManager {
   public:
     using Completion = std::function<void(const InstallReport&)>;
 
-    static QVSceneInstallManager& sharedInstance();
+    /// Installs into this catalogue.
+    explicit QVSceneInstallManager(std::shared_ptr<QVDataManager> catalogue)
+        : catalogue_(std::move(catalogue)) {}
 
     void setDisplay(std::weak_ptr<SceneInstallDisplay> display) { display_ = std::move(display); }
     /// Fraction of the running download, 0 to 1. Any thread.
@@ -62,13 +64,13 @@ class QVSceneInstallManager {
                                                   const InstallOptions& options);
 
   private:
-    QVSceneInstallManager() = default;
     InstallReport guarded(const std::function<InstallResult()>& work);
     void download(TemplateInstallation& installation, const std::string& url, const InstallOptions& options);
     void tellProgress(double fraction);
     void show(std::function<void(SceneInstallDisplay&)> what);
     void finish(const InstallReport& report, bool notify, const Completion& completion);
 
+    std::shared_ptr<QVDataManager> catalogue_;
     std::weak_ptr<SceneInstallDisplay> display_;
     std::atomic<double> curentProgress_ = 0;
     platform::DispatchQueue background_{"template installation"};

@@ -72,9 +72,9 @@ void addSamples(std::vector<TemplateOverview>& overviews, SceneCatalogue& catalo
 
 /// What only the server knows, on top of what is installed, of which `archives` holds the digests.
 void addOffer(TemplateOverview& overview, const QVSeverTempletDataModel& offered,
-              const std::map<std::string, std::string>& archives) {
-    const auto complete = [](const std::string& location) {
-        return location.empty() ? location : QVDownloadInfoManager::sharedInstance().completeUrl(location);
+              const std::map<std::string, std::string>& archives, const QVDownloadInfoManager& server) {
+    const auto complete = [&](const std::string& location) {
+        return location.empty() ? location : server.completeUrl(location);
     };
     overview.isOffered = true;
     overview.isNew = offered.isNew();
@@ -109,28 +109,30 @@ TemplateOverview overviewOf(const TemplateFolder& folder, SceneCatalogue* others
     return overviewOf(folder.records, folder.name, displayName(folder), folder.folder, others);
 }
 
-std::vector<TemplateOverview> templateOverviews(QVDataManager& catalogue) {
+std::vector<TemplateOverview> templateOverviews(QVDataManager& catalogue,
+                                                const QVDownloadInfoManager& server) {
     std::vector<TemplateOverview> overviews;
     for (const InstalledTemplate& installed : installedTemplates(catalogue))
         overviews.push_back(overviewOf(installed, catalogue));
     addSamples(overviews, catalogue);
     const auto archives = InstalledArchives(catalogue).digests();
-    for (const QVSeverTempletDataModel& offered : QVDownloadInfoManager::sharedInstance().severTemplets()) {
+    for (const QVSeverTempletDataModel& offered : server.severTemplets()) {
         TemplateOverview overview = overviewOf(offered);
         const auto known = std::find_if(overviews.begin(), overviews.end(), [&](const auto& each) {
             return each.name == overview.name && each.sId == overview.sId;
         });
         addOffer(known == overviews.end() ? overviews.emplace_back(std::move(overview)) : *known, offered,
-                 archives);
+                 archives, server);
     }
     return overviews;
 }
 
 std::optional<TemplateOverview> findTemplateOverview(QVDataManager& catalogue,
+                                                     const QVDownloadInfoManager& server,
                                                      const std::string& numberOrName) {
     const auto installed = findInstalledTemplate(catalogue, numberOrName);
     const auto sample = installed ? std::nullopt : findSampleTemplate(numberOrName);
-    for (TemplateOverview& overview : templateOverviews(catalogue)) {
+    for (TemplateOverview& overview : templateOverviews(catalogue, server)) {
         const bool isWanted = installed ? overview.isInstalled && overview.name == installed->name
                               : sample  ? overview.isSample && overview.name == sample->name
                                         : isNamed(overview, numberOrName);

@@ -8,6 +8,7 @@
 #include "app/Model/MediaFormat.h"
 #include "app/Model/TemplateFolder.h"
 #include "app/Model/UserInputList.h"
+#include "app/Other/QVDownloadInfoManager.h"
 #include "app/data/QVDataManager.h"
 
 namespace multiscene {
@@ -35,7 +36,8 @@ struct TemplateOverview {
 
 /// Installed templates in the order of installation, then the samples that ship with the program, then the
 /// others that the server's kept list offers. Throws platform::Error.
-std::vector<TemplateOverview> templateOverviews(QVDataManager& catalogue);
+std::vector<TemplateOverview> templateOverviews(QVDataManager& catalogue,
+                                                const QVDownloadInfoManager& server);
 
 /// A template as it lies in its folder; scenes that it does not bring are looked up in `others`; null:
 /// nowhere.
@@ -43,6 +45,7 @@ TemplateOverview overviewOf(const TemplateFolder& folder, SceneCatalogue* others
 
 /// By number, name or title; what is installed comes first, then the samples.
 std::optional<TemplateOverview> findTemplateOverview(QVDataManager& catalogue,
+                                                     const QVDownloadInfoManager& server,
                                                      const std::string& numberOrName);
 
 }  // namespace multiscene

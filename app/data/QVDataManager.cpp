@@ -2,7 +2,6 @@
 
 #include <filesystem>
 
-#include "other/QVUtil.h"
 #include "platform/base/Error.h"
 #include "platform/base/Json.h"
 #include "platform/base/Log.h"
@@ -36,8 +35,8 @@ constexpr const char* kBySourceType = "SELECT * FROM signSceneTable WHERE source
 constexpr const char* kAll = "SELECT * FROM signSceneTable ORDER BY row";
 constexpr const char* kDelete = "DELETE FROM signSceneTable WHERE sId = ?";
 
-std::string expandedPath(const Statement& row, const char* column) {
-    return QVUtil::multiScenePathWithString(row.text(column));
+std::string expandedPath(const Statement& row, const char* column, const std::string& scenePath) {
+    return QVUtil::multiScenePathWithString(row.text(column), scenePath);
 }
 
 platform::Value inputDescription(const std::string& json) {
@@ -50,7 +49,7 @@ platform::Value inputDescription(const std::string& json) {
     }
 }
 
-QVTempletDataModel modelOfRow(const Statement& row) {
+QVTempletDataModel modelOfRow(const Statement& row, const std::string& scenePath) {
     QVTempletDataModel model;
     model.setRowId(row.integer("row"));
     model.setSId(row.integer("sId"));
@@ -60,9 +59,9 @@ QVTempletDataModel modelOfRow(const Statement& row) {
     model.setSceneName(row.text("sceneName"));
     model.setVideoPreviewUrl(row.text("videoPreviewUrl"));
     model.setYoutubePreviewUrl(row.text("youtubePreviewUrl"));
-    model.setScenePlistPath(expandedPath(row, "scenePlistPath"));
-    model.setSceneResourceFolderPath(expandedPath(row, "sceneResourceFolderPath"));
-    model.setSceneThumbnailPath(expandedPath(row, "sceneThumbnailPath"));
+    model.setScenePlistPath(expandedPath(row, "scenePlistPath", scenePath));
+    model.setSceneResourceFolderPath(expandedPath(row, "sceneResourceFolderPath", scenePath));
+    model.setSceneThumbnailPath(expandedPath(row, "sceneThumbnailPath", scenePath));
     model.copySelfDataModelFormDic(inputDescription(row.text("wechartTempletInfo")));
     return model;
 }
@@ -76,10 +75,10 @@ void makeFolders() {
 }
 
 /// Without the input description: it lists a whole group, and is as long as there are scenes to look up.
-SceneConfigData sceneOfRow(const Statement& row) {
+SceneConfigData sceneOfRow(const Statement& row, const std::string& scenePath) {
     return {row.integer("sId"),
-            expandedPath(row, "scenePlistPath"),
-            expandedPath(row, "sceneResourceFolderPath"),
+            expandedPath(row, "scenePlistPath", scenePath),
+            expandedPath(row, "sceneResourceFolderPath", scenePath),
             row.integer("fpsLength"),
             row.integer("sourceType"),
             row.integer("photoTotal"),
@@ -100,11 +99,6 @@ class Raised {
 };
 
 }  // namespace
-
-const std::shared_ptr<QVDataManager>& QVDataManager::sharedDataManager() {
-    static const auto manager = std::make_shared<QVDataManager>(databasePath());
-    return manager;
-}
 
 std::string QVDataManager::databasePath() { return QVUtil::dataPath() + "sceneDataBase" + ".db"; }
 
@@ -208,7 +202,7 @@ int QVDataManager::installMultiSceneTemplate(const platform::Value& info) {
 
 std::vector<QVTempletDataModel> QVDataManager::signSceneArrayWithFMResultSet(Statement rows) {
     std::vector<QVTempletDataModel> models;
-    while (rows.step()) models.push_back(modelOfRow(rows));
+    while (rows.step()) models.push_back(modelOfRow(rows, scenePath_));
     return models;
 }
 
@@ -238,7 +232,7 @@ std::optional<SceneConfigData> QVDataManager::querySceneWithSid(int64_t sId) {
     return logged<Found>("looking a scene up", {}, [&]() -> Found {
         Statement query = database().prepare(kBySid);
         query.bind(1, sId);
-        return query.step() ? Found(sceneOfRow(query)) : Found();
+        return query.step() ? Found(sceneOfRow(query, scenePath_)) : Found();
     });
 }
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "app/Model/QVTempletDataModel.h"
+#include "other/QVUtil.h"
 #include "other/SceneCatalogue.h"
 #include "platform/store/Database.h"
 
@@ -20,12 +21,13 @@ namespace multiscene {
 /// every failure is thrown.
 class QVDataManager : public SceneCatalogue {
   public:
-    /// The catalogue of the data home, opened on first use.
-    static const std::shared_ptr<QVDataManager>& sharedDataManager();
+    /// The catalogue of the data home, opened on first use. Several may be open at once.
+    QVDataManager() : QVDataManager(databasePath(), QVUtil::scenePath()) {}
 
     /// A catalogue in another file, or in memory with platform::Database::kInMemory: that of a template which
-    /// is played without being installed.
-    explicit QVDataManager(std::string databasePath) : path_(std::move(databasePath)) {}
+    /// is played without being installed, whose folder lies in `scenePath`.
+    explicit QVDataManager(std::string databasePath, std::string scenePath = QVUtil::scenePath())
+        : path_(std::move(databasePath)), scenePath_(std::move(scenePath)) {}
 
     /// Where the data home keeps its catalogue.
     static std::string databasePath();
@@ -68,7 +70,7 @@ class QVDataManager : public SceneCatalogue {
     int64_t insert(const QVTempletDataModel& model);
     std::vector<QVTempletDataModel> signSceneArrayWithFMResultSet(platform::Statement rows);
 
-    std::string path_;
+    std::string path_, scenePath_;
     std::recursive_mutex mutex_;
     std::unique_ptr<platform::Database> database_;
     std::optional<platform::Error> unwritable_;  ///< why the data folder cannot be written

@@ -44,11 +44,6 @@ FileGate::Verdict verdictOfErrno(int errnoValue, const fs::path& file) {
 
 }  // namespace
 
-FileGate& FileGate::shared() {
-    static FileGate gate;
-    return gate;
-}
-
 void FileGate::allowFolder(const fs::path& folder) {
     std::error_code failure;
     const fs::path real = fs::canonical(folder, failure);
@@ -63,13 +58,6 @@ void FileGate::allowFile(const fs::path& file) {
     if (failure) return;
     const std::lock_guard lock(mutex_);
     files_.push_back(real);
-}
-
-void FileGate::reset() {
-    const std::lock_guard lock(mutex_);
-    folders_.clear();
-    files_.clear();
-    refusals_.clear();
 }
 
 FileGate::Opened FileGate::open(const fs::path& file) {

@@ -26,14 +26,10 @@ class FileGate {
         Verdict verdict;
     };
 
-    static FileGate& shared();
-
     /// Everything below `folder` may be opened. A folder that does not exist allows nothing.
     void allowFolder(const std::filesystem::path& folder);
     /// This very file may be opened: an input that the user named.
     void allowFile(const std::filesystem::path& file);
-    /// Forgets all permissions and refusals.
-    void reset();
 
     /// Opens a file for reading. The verdict holds for the descriptor itself, so a link swapped in afterwards
     /// changes nothing. Refusals (not missing files) are remembered. Throws Error when the machine does not
@@ -43,7 +39,7 @@ class FileGate {
     Verdict check(const std::filesystem::path& file) { return open(file).verdict; }
     bool exists(const std::filesystem::path& file) { return check(file) == Verdict::Allowed; }
 
-    /// Refused paths since the last reset, each once, in order.
+    /// Refused paths, each once, in order.
     std::vector<Refusal> refusals() const;
 
   private:

@@ -8,7 +8,6 @@
 #include <mutex>
 #include <tuple>
 
-#include "platform/base/FileGate.h"
 #include "platform/text/TextRasterizer.h"
 
 namespace platform {
@@ -56,10 +55,9 @@ FontFile load(const FileHandle& file) {
 
 }  // namespace
 
-const FontFile* openFontFile(const std::string& file) {
+const FontFile* openFontFile(FileHandle handle) {
     static std::mutex mutex;
     static std::list<LoadedFont> loaded;
-    FileHandle handle = FileGate::shared().open(file).file;
     if (!handle) return nullptr;
     const Identity identity = identify(handle);
     const std::lock_guard lock(mutex);

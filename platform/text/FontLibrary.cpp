@@ -86,10 +86,10 @@ void FontDescriptionDeleter::operator()(PangoFontDescription* description) const
 }
 
 FontChoice chooseFont(const TextFont& font) {
-    const FontFile* file = font.file.empty() ? nullptr : openFontFile(font.file);
-    FontChoice choice =
-        file ? FontChoice{mapOf(*file), FontDescription(pango_font_description_copy(file->description))}
-             : FontChoice{pango_cairo_font_map_get_default(), describe(font.name)};
+    FontChoice choice = font.file
+                            ? FontChoice{mapOf(*font.file),
+                                         FontDescription(pango_font_description_copy(font.file->description))}
+                            : FontChoice{pango_cairo_font_map_get_default(), describe(font.name)};
     const float size = std::isfinite(font.size) ? std::clamp(font.size, 1.0f, TextLimits::fontSize) : 1.0f;
     pango_font_description_set_absolute_size(choice.description.get(), double(size) * PANGO_SCALE);
     return choice;

@@ -29,13 +29,16 @@ struct TextShadow {
     Color color{0, 0, 0, 1.0f / 3};
 };
 
+/// A font file that has been opened (openFontFile).
+struct FontFile;
+
 /// Which font, and how large. `file` wins over `name`.
 struct TextFont {
     /// An installed family with an optional style ("Noto Serif Bold"), or a PostScript name. Unknown names
     /// give the system's default font.
     std::string name;
-    /// A font file that need not be installed; opened through the gate. Unreadable: as if it were empty.
-    std::string file;
+    /// A font that need not be installed; none: by its name.
+    const FontFile* file = nullptr;
     float size = 0;  ///< pixels
 };
 
@@ -101,6 +104,9 @@ int countCharacters(const std::string& text);
 
 /// Whether `name` is an installed family (with or without style words) or a PostScript name.
 bool isFontInstalled(const std::string& name);
+/// The font in an open file; null when it is none. The same file is loaded once, however often it is opened,
+/// and stays until the program ends. Any thread.
+const FontFile* openFontFile(FileHandle file);
 /// Whether the file holds a font that can be used.
 bool isFontFile(const FileHandle& file);
 

@@ -36,11 +36,6 @@ class SceneGroupTest : public testing::Test {
         catalogue.add(2, 80);
         catalogue.add(3, 60);
     }
-    void TearDown() override {
-        QVUtil::setSceneRoot("");
-        Settings::shared().setUserMediaMapDic({});
-    }
-
     int32_t totalWithTransitions(int64_t type, int64_t onLast = 0) {
         QVMultiSceneGropPlistFileManager group(file(), catalogue);
         group.addSceneWithId(1, "a", 9, 20, type);
@@ -99,8 +94,9 @@ TEST_F(SceneGroupTest, WritesEntriesTheWayThePlayerReadsThem) {
 }
 
 TEST_F(SceneGroupTest, MacrosOfAPlayingGroup) {
-    Settings::shared().setCurrentSceneGroupPlistPathFloder("/group/");
-    Settings::shared().setCurrentSceneGroupUserResourcePathFloder("/user/");
+    Settings settings;
+    settings.setCurrentSceneGroupPlistPathFloder("/group/");
+    settings.setCurrentSceneGroupUserResourcePathFloder("/user/");
     const std::string home3D = home.home().string() + "/qvMultiSceneRender/";
     const std::string bundle = platform::resourcesFolder().string();
     const struct {
@@ -124,28 +120,33 @@ TEST_F(SceneGroupTest, MacrosOfAPlayingGroup) {
         {"folder/picture.png", "", ""},
     };
     for (const auto& [path, sceneFolder, expected] : cases)
-        EXPECT_EQ(Settings::multiSceneRenderPathResourcesWithString(path, sceneFolder), expected) << path;
+        EXPECT_EQ(settings.multiSceneRenderPathResourcesWithString(path, sceneFolder), expected) << path;
 
-    QVUtil::setSceneRoot("/elsewhere");
-    EXPECT_EQ(QVUtil::multiScenePathWithString("$(multiSceneSceneROOT)/T/a"), "/elsewhere/T/a");
+    settings.setScenePath("/elsewhere");
+    EXPECT_EQ(settings.multiSceneRenderPathResourcesWithString("$(multiSceneSceneROOT)/T/a", "/s/"),
+              "/elsewhere/T/a");
+    EXPECT_EQ(Settings().multiSceneRenderPathResourcesWithString("$(multiSceneSceneROOT)/T/a", "/s/"),
+              home3D + "scene/T/a")
+        << "others are not moved";
 }
 
 TEST_F(SceneGroupTest, ValuesOfTheUser) {
-    Settings::shared().setUserMediaMapDic(
+    Settings settings;
+    settings.setUserMediaMapDic(
         Value::Dictionary{{"photo", "/p0.jpg"}, {"photoA", "/pA.jpg"}, {"startA", "12"}, {"endA", 90}});
-    EXPECT_EQ(Settings::computeUserMap("photo", "").stringValue(), "/p0.jpg");
-    EXPECT_EQ(Settings::computeUserMap("photo", "A").stringValue(), "/pA.jpg");
-    EXPECT_TRUE(Settings::computeUserMap("photo", "B").isNone());
-    EXPECT_EQ(Settings::computeFilePathUserMap("photo", "A", "/s/"), "/pA.jpg");
-    EXPECT_EQ(Settings::computeFilePathUserMap("$(currentScenePlistROOT)/d.png", "A", "/s/"), "/s/d.png");
+    EXPECT_EQ(settings.computeUserMap("photo", "").stringValue(), "/p0.jpg");
+    EXPECT_EQ(settings.computeUserMap("photo", "A").stringValue(), "/pA.jpg");
+    EXPECT_TRUE(settings.computeUserMap("photo", "B").isNone());
+    EXPECT_EQ(settings.computeFilePathUserMap("photo", "A", "/s/"), "/pA.jpg");
+    EXPECT_EQ(settings.computeFilePathUserMap("$(currentScenePlistROOT)/d.png", "A", "/s/"), "/s/d.png");
 
     int64_t start = -1, end = -1;
-    Settings::computeStartAndEndFps(Value::Dictionary{{"startFps", "start"}, {"endFps", "end"}}, "A", start,
-                                    end);
+    settings.computeStartAndEndFps(Value::Dictionary{{"startFps", "start"}, {"endFps", "end"}}, "A", start,
+                                   end);
     EXPECT_EQ(std::pair(start, end), std::pair(int64_t(12), int64_t(90)));
-    Settings::computeStartAndEndFps(Value::Dictionary{{"startFps", "7"}, {"endFps", 8.9}}, "A", start, end);
+    settings.computeStartAndEndFps(Value::Dictionary{{"startFps", "7"}, {"endFps", 8.9}}, "A", start, end);
     EXPECT_EQ(std::pair(start, end), std::pair(int64_t(7), int64_t(8)));
-    Settings::computeStartAndEndFps({}, "A", start, end);
+    settings.computeStartAndEndFps({}, "A", start, end);
     EXPECT_EQ(std::pair(start, end), std::pair(int64_t(0), std::numeric_limits<int64_t>::max()));
 }
 

@@ -42,12 +42,8 @@ struct RecordedDisplay : SceneInstallDisplay {
     int dismissed = 0;
 };
 
-/// One data home for all tests: the shared catalogue stays with the home in which it was opened.
 class ServerTest : public testing::Test {
   protected:
-    static void SetUpTestSuite() { suiteHome = std::make_unique<test::TemporaryHome>(); }
-    static void TearDownTestSuite() { suiteHome.reset(); }
-
     void SetUp() override {
         ::setenv("no_proxy", "*", 1);
         manager.setDisplay(display);
@@ -64,22 +60,22 @@ class ServerTest : public testing::Test {
     InstallReport installed(const std::string& url) {
         return ended([&](auto completion) { manager.installSceneZipWithUrl(url, {}, completion); });
     }
-    fs::path folder(const char* name) const { return suiteHome->outside() / name; }
-    static std::vector<fs::path> hiddenFiles() {
+    fs::path folder(const char* name) const { return home.outside() / name; }
+    std::vector<fs::path> hiddenFiles() const {
         std::vector<fs::path> found;
-        for (const auto& entry : fs::recursive_directory_iterator(suiteHome->home()))
+        for (const auto& entry : fs::recursive_directory_iterator(home.home()))
             if (entry.path().filename().string().starts_with(".")) found.push_back(entry.path());
         return found;
     }
 
-    static std::unique_ptr<test::TemporaryHome> suiteHome;
-    QVSceneInstallManager& manager = QVSceneInstallManager::sharedInstance();
-    QVDataManager& catalogue = *QVDataManager::sharedDataManager();
+    test::TemporaryHome home;
+    std::shared_ptr<QVDataManager> catalogue = std::make_shared<QVDataManager>();
+    QVSceneInstallManager manager{catalogue};
+    QVDownloadInfoManager list;
     std::shared_ptr<RecordedDisplay> display = std::make_shared<RecordedDisplay>();
     platform::NotificationCenter::Token observation;
     int notifications = 0;
 };
-std::unique_ptr<test::TemporaryHome> ServerTest::suiteHome;
 
 TEST_F(ServerTest, WhatAnAuthorPublishesAUserCanInstall) {
     const fs::path author = folder("author"), offered = folder("www");
@@ -99,7 +95,6 @@ TEST_F(ServerTest, WhatAnAuthorPublishesAUserCanInstall) {
     EXPECT_EQ(test::readText(offered / "previews/Tag & Nacht.mp4"), "preview of Tag & Nacht");
 
     const test::StaticServer server(offered, folder("nginx"));
-    auto& list = QVDownloadInfoManager::sharedInstance();
     list.setServerAddress(server.address());
     list.downloadInfo();
     const auto templates = list.severTemplets();
@@ -119,7 +114,7 @@ TEST_F(ServerTest, WhatAnAuthorPublishesAUserCanInstall) {
     EXPECT_EQ(notifications, 1);
     EXPECT_THAT(display->infos, ElementsAre("Installing the template"));
     EXPECT_EQ(display->dismissed, 1);
-    const auto found = findInstalledTemplate(catalogue, "Tag & Nacht");
+    const auto found = findInstalledTemplate(*catalogue, "Tag & Nacht");
     ASSERT_TRUE(found);
     EXPECT_TRUE(fs::exists(found->main().scenePlistPath()));
     EXPECT_TRUE(hiddenFiles().empty()) << hiddenFiles().front();
@@ -150,11 +145,10 @@ TEST_F(ServerTest, ARepublishedTemplateIsNoticed) {
     const fs::path made = makeNewTemplate(author, "again", 4720);
     publishTemplate(made, offered);
     const test::StaticServer server(offered, folder("nginx-2"));
-    auto& list = QVDownloadInfoManager::sharedInstance();
     list.setServerAddress(server.address());
     const auto isNewerOffered = [&] {
         list.downloadInfo();
-        return findTemplateOverview(catalogue, "again")->newerOffered;
+        return findTemplateOverview(*catalogue, list, "again")->newerOffered;
     };
     const std::string url = server.address() + "templates/again.zip";
     EXPECT_FALSE(isNewerOffered()) << "it is not installed";
@@ -244,15 +238,15 @@ TEST_F(ServerTest, ProgressBelowOnePercentIsNotShown) {
 TEST_F(ServerTest, LeftoversOfAKilledDownloadAreSwept) {
     fs::path partial, archive;
     {
-        const TemplateInstallation installation(catalogue, "K");
+        const TemplateInstallation installation(*catalogue, "K");
         partial = installation.partialDownloadPath();
         archive = installation.archivePath();
         test::writeText(partial, "half");
         test::writeText(archive, "whole");
-        TemplateInstallation::recover(catalogue);
+        TemplateInstallation::recover(*catalogue);
         EXPECT_TRUE(fs::exists(partial)) << "taken from under a running installation";
     }
-    TemplateInstallation::recover(catalogue);
+    TemplateInstallation::recover(*catalogue);
     EXPECT_FALSE(fs::exists(partial) || fs::exists(archive));
 }
 
@@ -262,7 +256,7 @@ TEST_F(ServerTest, OnlyTemplatesThatCanBeInstalledArePacked) {
     packTemplate(made, zip);
     const std::string first = test::readText(zip);
     EXPECT_EQ(first.find(".git"), std::string::npos);
-    EXPECT_EQ(TemplateInstallation(catalogue, "P").install(zip).outcome, InstallOutcome::Installed);
+    EXPECT_EQ(TemplateInstallation(*catalogue, "P").install(zip).outcome, InstallOutcome::Installed);
 
     fs::create_symlink("/etc/passwd", made / "link");
     EXPECT_THROW(packTemplate(made, zip), Error);
@@ -276,9 +270,9 @@ TEST_F(ServerTest, OnlyTemplatesThatCanBeInstalledArePacked) {
         Error);
     EXPECT_EQ(test::readText(zip), first) << "a refused template has changed the archive";
 
-    const int64_t free = unusedSceneNumber(catalogue, "P");
-    EXPECT_EQ(unusedSceneNumber(catalogue, "P"), free);
-    EXPECT_FALSE(catalogue.isSignSceneHasWithSid(free));
+    const int64_t free = unusedSceneNumber(*catalogue, "P");
+    EXPECT_EQ(unusedSceneNumber(*catalogue, "P"), free);
+    EXPECT_FALSE(catalogue->isSignSceneHasWithSid(free));
 }
 
 TEST(TemplateNameOfUrlTest, IsTheLastComponentWithoutItsExtension) {

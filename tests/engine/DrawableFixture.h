@@ -9,9 +9,6 @@
 #include "FakeDriver.h"
 #include "TwoPainters.h"
 #include "core/SceneNodes.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
-#include "other/RenderReport.h"
-#include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
 
 namespace multiscene::testing {
@@ -28,9 +25,8 @@ class DrawableFixture : public ::testing::Test {
 
     DrawableFixture() : folder(std::filesystem::temp_directory_path() / platform::uniqueIdentifier()) {
         std::filesystem::create_directories(folder);
-        platform::FileGate::shared().reset();
-        platform::FileGate::shared().allowFolder(folder);
-        RenderReport::shared().clear();
+        driver.played.gate().allowFolder(folder);
+        painters.gate.allowFolder(folder);
         driver.width = driver.height = side;
         driver.shownBy = &painters.software;
         newScene();
@@ -38,7 +34,6 @@ class DrawableFixture : public ::testing::Test {
     ~DrawableFixture() override {
         scene.reset();
         driver.current.reset();
-        QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic({});
         std::filesystem::remove_all(folder);
     }
 
@@ -86,6 +81,9 @@ class DrawableFixture : public ::testing::Test {
         return array(
             {dictionary({{"sartFps", 0}, {"endFps", 10}, {"ease", 0}, {startKey, start}, {endKey, end}})});
     }
+
+    void setUserMediaMap(const Value& map) { driver.played.settings().setUserMediaMapDic(map); }
+    std::vector<RenderReport::Entry> reported() { return driver.played.report().entries(); }
 
     /// Updates the scene for a frame and draws it over `background`.
     void draw(int64_t number, const Pixel& background = kNothing) {

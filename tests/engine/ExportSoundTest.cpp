@@ -22,9 +22,7 @@ class ExportSoundTest : public ::testing::Test {
   protected:
     ExportSoundTest() {
         std::filesystem::create_directories(folder_);
-        platform::FileGate::shared().reset();
-        platform::FileGate::shared().allowFolder(folder_);
-        RenderReport::shared().clear();
+        playback_.gate().allowFolder(folder_);
     }
     ~ExportSoundTest() override { std::filesystem::remove_all(folder_); }
 
@@ -43,9 +41,8 @@ class ExportSoundTest : public ::testing::Test {
     }
 
     /// The mix as it is heard, one value a hundredth of a second, 1 being the sounds' own level.
-    static std::vector<double> hear(const ExportSound::Entries& entries, int32_t framesPerSecond,
-                                    float totalTime) {
-        const auto timeline = ExportSound::timelineOf(entries, framesPerSecond, totalTime);
+    std::vector<double> hear(const ExportSound::Entries& entries, int32_t framesPerSecond, float totalTime) {
+        const auto timeline = ExportSound::timelineOf(entries, framesPerSecond, totalTime, playback_);
         platform::AudioMixer mixer(timeline);
         std::vector<double> heard;
         std::vector<float> block(441 * platform::kAudioChannels);
@@ -53,6 +50,7 @@ class ExportSoundTest : public ::testing::Test {
         return heard;
     }
 
+    Playback playback_;
     const std::filesystem::path folder_ =
         std::filesystem::temp_directory_path() / ("sound-" + platform::uniqueIdentifier());
 };
@@ -124,7 +122,7 @@ TEST_F(ExportSoundTest, EffectPlaysToItsEndAndDucksTheMusicInItsWindow) {
     EXPECT_NEAR(heard[200], 1 + 0.4, 0.001);
     EXPECT_NEAR(heard[299], 1 + 0.4, 0.001);
     EXPECT_NEAR(heard[301], 1, 0.001);
-    const auto skipped = RenderReport::shared().entries();
+    const auto skipped = playback_.report().entries();
     ASSERT_EQ(skipped.size(), 1u);
     EXPECT_NE(skipped[0].what.find("plays to its end"), std::string::npos);
     EXPECT_FALSE(skipped[0].isLeftOut);
@@ -151,11 +149,11 @@ TEST_F(ExportSoundTest, SoundsThatCannotBeReadAreLeftOutAndTheFenceHolds) {
         return Value(Value::Dictionary{{"audioPath", path}, {"volume", 1}, {"fpsStart", 0}, {"fpsEnd", 9}});
     };
     std::ofstream(folder_ / "noise.mp3") << "this is no sound";
-    const auto timeline =
-        ExportSound::timelineOf({named(folder_ / "none.wav"), named(folder_ / "noise.mp3")}, 25, 2);
+    const auto timeline = ExportSound::timelineOf({named(folder_ / "none.wav"), named(folder_ / "noise.mp3")},
+                                                  25, 2, playback_);
     EXPECT_TRUE(timeline.tracks.empty());
-    EXPECT_EQ(RenderReport::shared().entries().size(), 2u);
-    EXPECT_THROW(ExportSound::timelineOf({named("/etc/hostname")}, 25, 2), platform::Error);
+    EXPECT_EQ(playback_.report().entries().size(), 2u);
+    EXPECT_THROW(ExportSound::timelineOf({named("/etc/hostname")}, 25, 2, playback_), platform::Error);
 }
 
 }  // namespace

@@ -38,9 +38,12 @@ class Export : public testing::PlayFixture {
     Export() { renderer_ = Renderer::GL; }
 
     std::shared_ptr<QVVideoCVCacheExporter> exporter(int framesPerSecond = 25) {
-        auto made = QVVideoCVCacheExporter::initWithOutputURL(
-            film().string(), 64, 48, framesPerSecond,
-            {.bitRate = 2000000, .preset = "ultrafast", .threads = 1, .temporaryFolder = folder_});
+        auto made = QVVideoCVCacheExporter::initWithOutputURL(film().string(), 64, 48, framesPerSecond,
+                                                              {.playback = playback_,
+                                                               .bitRate = 2000000,
+                                                               .preset = "ultrafast",
+                                                               .threads = 1,
+                                                               .temporaryFolder = folder_});
         made->setDelegate(listener_);
         return made;
     }
@@ -48,7 +51,7 @@ class Export : public testing::PlayFixture {
 
     std::filesystem::path film() const { return folder_ / "silent.mp4"; }
     platform::FileHandle open(const std::string& path) const {
-        return std::move(platform::FileGate::shared().open(path).file);
+        return std::move(playback_->gate().open(path).file);
     }
     platform::VideoInfo probe(const std::string& path) const {
         return platform::probeVideo(open(path), path);

@@ -7,6 +7,7 @@
 #include "core/QVScene3D.h"
 #include "core/RenderDriver.h"
 #include "core/carmera/QVCamera3D.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -20,6 +21,7 @@ class FakeDriver : public RenderDriver {
     std::shared_ptr<QVScene3D> nextScene() const override { return next; }
     std::shared_ptr<QVScene3D> transitionsScene() const override { return transition; }
     int64_t currentRenderFps() const override { return renderFps; }
+    Playback& playback() override { return played; }
     void startSoundEffect(const platform::Value& audioInfo) override { sounds.push_back(audioInfo); }
     void stopSoundEffect(const std::string&) override {}
     Painter& painter() override { return *shownBy; }
@@ -30,6 +32,7 @@ class FakeDriver : public RenderDriver {
     int64_t renderFps = 0;
     Painter* shownBy = nullptr;
     std::vector<platform::Value> sounds;
+    Playback played;
 };
 
 inline platform::CMTime frame(int64_t number) { return platform::CMTimeMake(number, 30); }

@@ -263,12 +263,13 @@ TEST_F(PainterTest, TargetsAreDrawnIntoAndShown) {
 }
 
 TEST(SoftwarePainter, AsksForNoGLWhenNothingNeedsIt) {
+    platform::FileGate gate;
     SoftwarePainter painter(
         []() -> std::shared_ptr<platform::GLContext> {
             ADD_FAILURE() << "GL was asked for";
             return platform::GLContext::create();
         },
-        1);
+        gate, 1);
     Texture red = textureOf({{255, 0, 0, 255}});
     painter.makeCurrent();
     TwoPainters::paint(painter, 4, 4, nothing, [&](Painter& it) { it.draw(quadOf(&red, PlainLook{})); });

@@ -10,12 +10,11 @@
 
 #include "core/GLESUtils/GLObject.h"
 #include "core/QVScene3D.h"
-#include "other/RenderReport.h"
 #include "other/SceneGroup.h"
 #include "platform/base/Clock.h"
-#include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
+#include "playback/Playback.h"
 #include "tests/engine/MediaFiles.h"
 #include "videoRenderCore/QVMediaManage.h"
 #include "videoRenderCore/SceneFile.h"
@@ -92,9 +91,7 @@ class PlayFixture : public ::testing::Test {
   protected:
     PlayFixture() : folder_(std::filesystem::temp_directory_path() / platform::uniqueIdentifier()) {
         std::filesystem::create_directories(folder_);
-        platform::FileGate::shared().reset();
-        platform::FileGate::shared().allowFolder(folder_);
-        RenderReport::shared().clear();
+        playback_->gate().allowFolder(folder_);
     }
     ~PlayFixture() override {
         player_.reset();
@@ -128,7 +125,7 @@ class PlayFixture : public ::testing::Test {
     void create(std::shared_ptr<FrameSink> frameSink, std::shared_ptr<SoundSink> soundSink = {},
                 bool isLooping = false) {
         driver_ = QVMultiSceneRenderManager::initWithFrameSink(
-            std::move(frameSink), std::move(soundSink),
+            playback_, std::move(frameSink), std::move(soundSink),
             {.bufferWidth = 32, .bufferHeight = 32, .renderer = renderer_, .makeContext = [] {
                  return platform::GLContext::create(platform::GLContext::Driver::Software);
              }});
@@ -145,7 +142,7 @@ class PlayFixture : public ::testing::Test {
     /// The scenes as they are now, read from their files.
     SceneGroup group(const Value::Array& scenes, const Value& userMediaMap = {}) const {
         SceneGroup group{scenes, userMediaMap, scenesNamedBy(scenes, *catalogue_)};
-        readScenes(group, {}, platform::FileGate::shared());
+        readScenes(group, {}, playback_->gate());
         return group;
     }
     SceneGroup group() const { return group(scenes_); }
@@ -203,6 +200,7 @@ class PlayFixture : public ::testing::Test {
 
     const std::filesystem::path folder_;
     Renderer renderer_ = Renderer::Software;  ///< GL for tests that count its objects
+    std::shared_ptr<Playback> playback_ = std::make_shared<Playback>();
     std::shared_ptr<TestCatalogue> catalogue_ = std::make_shared<TestCatalogue>();
     Value::Array scenes_;
     std::shared_ptr<QVMultiSceneRenderManager> driver_;

@@ -188,7 +188,7 @@ TEST_F(QuadTest, MissingMaskDrawsNothingAndIsReported) {
     add(info);
     draw(0, kBlue);
     EXPECT_TRUE(isNear(at(30, 8), kBlue));
-    const auto entries = RenderReport::shared().entries();
+    const auto entries = reported();
     ASSERT_EQ(entries.size(), 1u);
     EXPECT_EQ(entries[0].node, "veil");
     EXPECT_EQ(entries[0].name, path("none.png"));

@@ -172,14 +172,14 @@ TEST_F(RunControl, RunsThatCannotEndFailOnceWithTheReason) {
              [&] {
                  addScene(2, 1000000);
                  driver_->setFrameRenderingCompleteBlock(
-                     [](int64_t) { platform::FileGate::shared().exists("/etc/hostname"); });
+                     [this](int64_t) { playback_->gate().exists("/etc/hostname"); });
              },
              platform::ErrorKind::Template, "/etc/hostname"},
     };
     for (const Case& bad : cases) {
         SCOPED_TRACE(bad.name);
-        platform::FileGate::shared().reset();
-        platform::FileGate::shared().allowFolder(folder_);
+        playback_ = std::make_shared<Playback>();
+        playback_->gate().allowFolder(folder_);
         scenes_.clear();
         failures_ = 0;
         error_.reset();

@@ -29,12 +29,8 @@ class ShaderTest : public testing::GlFixture {
   protected:
     ShaderTest() : folder_(std::filesystem::temp_directory_path() / platform::uniqueIdentifier()) {
         platform::createFolders(folder_);
-        platform::FileGate::shared().reset();
     }
-    ~ShaderTest() override {
-        std::filesystem::remove_all(folder_);
-        platform::FileGate::shared().reset();
-    }
+    ~ShaderTest() override { std::filesystem::remove_all(folder_); }
 
     std::string write(const std::string& name, const std::string& text) {
         std::ofstream(folder_ / name) << text;
@@ -59,13 +55,14 @@ class ShaderTest : public testing::GlFixture {
     }
 
     std::filesystem::path folder_;
-    ShaderManager manager_;
+    platform::FileGate gate_;
+    ShaderManager manager_{gate_};
 };
 
 TEST_F(ShaderTest, BindsAttributesFromOneAndLooksListedUniformsUpOnce) {
     write("a.vsh", vertexText);
     write("a.fsh", fragmentText);
-    platform::FileGate::shared().allowFolder(folder_);
+    gate_.allowFolder(folder_);
     const auto shader = manager_.createShader("a", describe("a", {"a.vsh", "a.fsh"}));
     ASSERT_NE(shader->programHandle(), 0u) << manager_.failures().at(0).message;
     EXPECT_EQ(shader->attributeHandle("position"), 1u);
@@ -96,9 +93,9 @@ TEST_F(ShaderTest, FailuresAreCachedAndToldOnce) {
     write("broken.fsh", "precision mediump float;\nvoid main() {\n  gl_FragColor = nonsense;\n}\n");
     write("text.txt", "not a stage");
     write("latin.fsh", "// \xE9\n" + fragmentText);
-    platform::FileGate::shared().allowFolder(folder_);
+    gate_.allowFolder(folder_);
     for (const char* source : {"broken.fsh", "text.txt", "latin.fsh", "missing.fsh", "../outside.fsh"}) {
-        ShaderManager manager;
+        ShaderManager manager(gate_);
         const std::string file = describe(source, {"good.vsh", source});
         const auto shader = manager.createShader(source, file);
         EXPECT_EQ(shader->programHandle(), 0u) << source;
@@ -115,7 +112,7 @@ TEST_F(ShaderTest, FailuresAreCachedAndToldOnce) {
 TEST_F(ShaderTest, ShadersOfTheProgramAreNeverSkipped) {
     const std::string own = describe("own", {"good.vsh", "good.fsh"});
     write("good.vsh", vertexText);
-    platform::FileGate::shared().allowFolder(folder_);
+    gate_.allowFolder(folder_);
     platform::resourcesFolder();
     {
         const platform::test::NoFilesLeft none;
@@ -135,7 +132,7 @@ TEST_F(ShaderTest, ADescriptionThatCannotBeReadGivesABrokenShader) {
     ASSERT_EQ(manager_.failures().size(), 2u);
     EXPECT_EQ(manager_.failures()[1].file, fenced);
     EXPECT_THAT(manager_.failures()[1].message, HasSubstr("outside"));
-    EXPECT_EQ(platform::FileGate::shared().refusals().size(), 1u);
+    EXPECT_EQ(gate_.refusals().size(), 1u);
 }
 
 TEST_F(ShaderTest, CreatorsReuseOrReplace) {

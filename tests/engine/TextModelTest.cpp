@@ -3,8 +3,7 @@
 #include <cmath>
 
 #include "dataMode/QVMultiScene2DTextDataModel.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
-#include "other/RenderReport.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 namespace {
@@ -13,21 +12,15 @@ using platform::Value;
 
 class TextModelTest : public testing::Test {
   protected:
-    ~TextModelTest() override {
-        QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic({});
-        RenderReport::shared().clear();
-    }
-
     /// A model with these keys over a plain caption in a texture of 640 x 200.
-    static QVMultiScene2DTextDataModel model(const Value::Dictionary& keys,
-                                             const std::string& identifier = {}) {
+    QVMultiScene2DTextDataModel model(const Value::Dictionary& keys, const std::string& identifier = {}) {
         Value::Dictionary info{{"textString", "caption"},
                                {"fontName", "DejaVu Sans"},
                                {"fontSize", 40},
                                {"textFixedResolution", "640,200"}};
         for (const auto& [key, value] : keys) info[key] = value;
         auto result = QVMultiScene2DTextDataModel::multiScene2DTextDataModelWithDic(info);
-        result.setScene(identifier, "");
+        result.setScene(identifier, "", playback_);
         return result;
     }
     /// The columns of the bitmap that hold something: first and last.
@@ -42,10 +35,12 @@ class TextModelTest : public testing::Test {
     static platform::Bitmap draw(const QVMultiScene2DTextDataModel& text) {
         return text.drawText(int(text.textureSize().width), int(text.textureSize().height), 1);
     }
+
+    Playback playback_;
 };
 
 TEST_F(TextModelTest, TheTextIsTheUsersOrTheWrittenOne) {
-    QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic(
+    playback_.settings().setUserMediaMapDic(
         Value::Dictionary{{"caption", "plain"}, {"captionA", "of scene A"}, {"empty", ""}, {"year", 2024}});
     EXPECT_EQ(model({}).textString(), "plain");
     EXPECT_EQ(model({}, "A").textString(), "of scene A");
@@ -156,9 +151,9 @@ TEST_F(TextModelTest, FontsThatAreNotThereAreReportedOnce) {
     model({{"fontName", "$(multiSceneSceneROOT)/none.ttf"}});
     model({{"fontName", "No Such Letters"}});
     model({});
-    ASSERT_EQ(RenderReport::shared().entries().size(), 2u);
-    EXPECT_EQ(RenderReport::shared().entries()[0].what, "is a missing font file; another font is used");
-    EXPECT_EQ(RenderReport::shared().entries()[1].name, "No Such Letters");
+    ASSERT_EQ(playback_.report().entries().size(), 2u);
+    EXPECT_EQ(playback_.report().entries()[0].what, "is a missing font file; another font is used");
+    EXPECT_EQ(playback_.report().entries()[1].name, "No Such Letters");
 }
 
 }  // namespace

@@ -23,7 +23,7 @@ TEST_F(TextObjectTest, FlatLettersStandAroundTheOriginInTheirColour) {
     Dictionary info = text("QVGLFont2DTextureFontObject3D", "word");
     info["AnimationInfo"] = keys("startRenderAlpha", 1, "endRenderAlpha", 0);
     info["FpsInfo"] = frames(0, 5);
-    QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic(Value(Dictionary{{"word", "\u2588"}}));
+    setUserMediaMap(Value(Dictionary{{"word", "\u2588"}}));
     add(info);
     draw(0, kBlue);
     EXPECT_TRUE(isNear(at(32, 32), kRed)) << "the user's text";
@@ -40,7 +40,7 @@ TEST_F(TextObjectTest, FlatLettersStandAroundTheOriginInTheirColour) {
 TEST_F(TextObjectTest, ATextWithTooManyLettersIsDrawnSmaller) {
     const auto widthWith = [&](const Dictionary& users) {
         newScene();
-        QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic(Value(users));
+        setUserMediaMap(Value(users));
         add(text("QVGLFont2DTextureFontObject3D", "word"));
         draw(0, kBlack);
         int width = 0;

@@ -93,13 +93,13 @@ TEST_F(TextureTest, PicturesAreStretchedOverTheirCanvas) {
             EXPECT_TRUE(isNear(at(x, y), color, 2)) << isMesh << ": " << x << "," << y;
     }
     ZBTexture loaded;
-    loaded.loadloadTexture(file);
+    loaded.loadloadTexture(file, painters.gate);
     EXPECT_EQ(loaded.textureContentSize().width, 100);
     EXPECT_EQ(loaded.textureContentSize().height, 20);
     ZBTexture missing;
-    missing.loadloadTexture(path("none.png"));
+    missing.loadloadTexture(path("none.png"), painters.gate);
     platform::writeFileAtomically(path("text.png"), "no picture");
-    missing.loadloadTexture(path("text.png"));
+    missing.loadloadTexture(path("text.png"), painters.gate);
     EXPECT_TRUE(missing.texture()->isEmpty());
     EXPECT_EQ(missing.textureContentSize().width, 0);
 }
@@ -109,11 +109,11 @@ TEST_F(TextureTest, ThePathIsTheUsersOrTheTemplates) {
     EXPECT_EQ(pathOf(own), own);
     EXPECT_EQ(pathOf("$(currentScenePlistROOT)/own.png"), folder.string() + "/own.png");
     EXPECT_EQ(pathOf("photo"), "") << "a bare name is never looked up in the working directory";
-    QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic(values({{"photo", Value(users)}}));
+    setUserMediaMap(values({{"photo", Value(users)}}));
     EXPECT_EQ(pathOf("photo"), users);
     scene->setSceneIdentifier("one");
     EXPECT_EQ(pathOf("photo"), "") << "with an identifier the key alone is not looked up";
-    QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic(values({{"photoone", Value(users)}}));
+    setUserMediaMap(values({{"photoone", Value(users)}}));
     EXPECT_EQ(pathOf("photo"), users);
     EXPECT_EQ(pathOf("/etc/hostname"), "") << "outside the fence";
 }
@@ -126,8 +126,7 @@ TEST_F(TextureTest, PhotoSlotsBeyondThePhotosShowThemAgain) {
     EXPECT_EQ(suppliedPhotoForSlot(path("none/fy7.jpg")), path("none/fy7.jpg"));
     // Only for slots that come from the user, and only where the named file is missing.
     EXPECT_EQ(pathOf(path("fy7.jpg")), "");
-    QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic(
-        values({{"slot", Value(path("fy7.jpg"))}, {"first", Value(path("fy3.jpg"))}}));
+    setUserMediaMap(values({{"slot", Value(path("fy7.jpg"))}, {"first", Value(path("fy3.jpg"))}}));
     EXPECT_EQ(pathOf("slot"), path("fy2.jpg"));
     EXPECT_EQ(pathOf("first"), path("fy3.jpg"));
 }
@@ -143,6 +142,7 @@ TEST_F(TextureTest, LargeTextsAreDrawnSmallerButKeepTheirCoordinates) {
              {"textFixedResolution", std::to_string(2000 * scale) + "," + std::to_string(500 * scale)}});
     };
     QVTexture2dMaterial text(textOf(1));
+    text.setObject3D(add(dictionary({{"type", "QVQuadObject3D"}})).get());
     text.loadMaterial();
     EXPECT_EQ(text.textureSize().width, 2000);
     const float right = 2000 / 2048.0f, bottom = 500 / 512.0f;
@@ -346,7 +346,7 @@ TEST_F(TextureTest, TheTextureLastsFromTheFirstFrameToTheLast) {
 
 TEST_F(TextureTest, SoundsAreRegisteredOnTheirFirstFrameOnce) {
     std::ofstream(path("pop.wav")) << "sound";
-    QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic(values({{"loudnessa", "0.25"}}));
+    setUserMediaMap(values({{"loudnessa", "0.25"}}));
     scene->setSceneIdentifier("a");
     const auto sound = [&](const std::string& file) {
         return dictionary({{"type", "QVObject3DSoundSourceComponent"},
@@ -368,7 +368,7 @@ TEST_F(TextureTest, SoundsAreRegisteredOnTheirFirstFrameOnce) {
                                             {"isLoop", true},
                                             {"fpsStart", 10},
                                             {"fpsEnd", 40}}));
-    EXPECT_EQ(RenderReport::shared().entries().size(), 1u);
+    EXPECT_EQ(reported().size(), 1u);
 }
 
 }  // namespace multiscene::testing

@@ -23,7 +23,7 @@ struct PaintedPicture {
 /// Both draw with the same software GL what only GL can draw.
 class TwoPainters {
   public:
-    TwoPainters() : gl(makeContext, GLPainter::PictureMemory::Kept), software(makeContext, 2) {
+    TwoPainters() : gl(makeContext, gate, GLPainter::PictureMemory::Kept), software(makeContext, gate, 2) {
         gl.makeCurrent();
     }
 
@@ -64,6 +64,7 @@ class TwoPainters {
         return bySoftware;
     }
 
+    platform::FileGate gate;  ///< for shaders of templates
     GLPainter gl;
     SoftwarePainter software;
     /// How many pixels may differ: those of smoothed edges.

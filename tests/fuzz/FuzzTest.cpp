@@ -5,7 +5,6 @@
 #include "core/GLESUtils/PvrtcDecoder.h"
 #include "core/SceneNodes.h"
 #include "other/QVMultiSceneGropPlistFileManager.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
 #include "tests/engine/FakeDriver.h"

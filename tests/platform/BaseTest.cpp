@@ -33,10 +33,7 @@ namespace fs = std::filesystem;
 class BaseTest : public ::testing::Test {
   protected:
     void SetUp() override { fs::create_directories(folder); }
-    void TearDown() override {
-        FileGate::shared().reset();
-        fs::remove_all(folder);
-    }
+    void TearDown() override { fs::remove_all(folder); }
     fs::path write(const std::string& name, const std::string& text) const {
         fs::create_directories((folder / name).parent_path());
         std::ofstream(folder / name) << text;
@@ -179,7 +176,7 @@ TEST_F(BaseTest, TheGateOpensOnlyWhatLiesInside) {
     fs::create_symlink(outside, folder / "template/link.png");
     fs::create_symlink("a/picture.png", folder / "template/within.png");
     ASSERT_EQ(mkfifo((folder / "template/pipe").c_str(), 0600), 0);
-    FileGate& gate = FileGate::shared();
+    FileGate gate;
     gate.allowFolder(folder / "template");
     using Verdict = FileGate::Verdict;
     EXPECT_EQ(gate.check(inside), Verdict::Allowed);
@@ -213,7 +210,7 @@ TEST_F(BaseTest, NothingIsLeftOfAProgramThatIsKilledWhileItWrites) {
 
 TEST_F(BaseTest, WhatTheMachineCannotOpenIsNotMissing) {
     const fs::path inside = write("template/picture.png", "x");
-    FileGate& gate = FileGate::shared();
+    FileGate gate;
     gate.allowFolder(folder / "template");
     const auto kindOf = [&]() -> std::optional<ErrorKind> {
         const test::NoFilesLeft none;

@@ -288,16 +288,20 @@ std::string contentOf(const std::string& file) {
     return {std::istreambuf_iterator<char>(stream), {}};
 }
 
+const FontFile* fontIn(const std::filesystem::path& file) {
+    FileGate gate;
+    gate.allowFile(file);
+    return openFontFile(gate.open(file).file);
+}
+
 TEST(SolidLetters, TakeFontFilesOfAnyKind) {
     const std::filesystem::path file = std::filesystem::temp_directory_path() / uniqueIdentifier();
     std::ofstream(file) << "soon a font";
-    FileGate::shared().reset();
-    FileGate::shared().allowFile(file);
     const std::string good = contentOf(pathOfFont("DejaVu Sans Mono"));
     const auto widthWith = [&](const std::string& bytes) {
         std::ofstream(file, std::ios::binary) << bytes;
         LetterText written = text("WWWW");
-        written.font = {"", file, 2};
+        written.font = {"", fontIn(file), 2};
         return solidLetters(written, 0.5f).block.width;
     };
     EXPECT_NEAR(widthWith(good), 4 * 2 * 0.602, 0.02) << "the file's own letters";
@@ -310,7 +314,6 @@ TEST(SolidLetters, TakeFontFilesOfAnyKind) {
         EXPECT_GE(widthWith(damaged), 0) << round;
     }
     std::filesystem::remove(file);
-    FileGate::shared().reset();
 }
 
 /// The number of units an em of a TrueType font, in its table "head".
@@ -336,16 +339,13 @@ TEST(Letters, OfAFontWithGiantLettersAreNamedAndCostLittle) {
     setUnitsPerEm(font, 16);  // instead of 2048
     rename(font);
     std::ofstream(file, std::ios::binary) << font;
-    FileGate::shared().reset();
-    FileGate::shared().allowFile(file);
     LetterText giant = text("WWmW@");
-    giant.font = {"", file, 2};
+    giant.font = {"", fontIn(file), 2};
     EXPECT_EQ(flatLetters(giant).leftOut, (std::vector<char32_t>{'@', 'W', 'm'}));
     const SolidLetters solid = solidLetters(giant, 0.5f);
     EXPECT_GT(solid.block.width, 5 * 2 * 0.6f * 100);
     EXPECT_LT(solid.triangles.size(), 20'000u);
     std::filesystem::remove(file);
-    FileGate::shared().reset();
 }
 
 }  // namespace

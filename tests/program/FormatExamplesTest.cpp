@@ -54,8 +54,9 @@ class FormatExamplesTest : public ProgramTest {
 };
 
 size_t coloursOf(const fs::path& file) {
-    platform::FileGate::shared().allowFile(file);
-    const platform::Bitmap picture = platform::decodeImage(platform::FileGate::shared().open(file).file);
+    platform::FileGate gate;
+    gate.allowFile(file);
+    const platform::Bitmap picture = platform::decodeImage(gate.open(file).file);
     std::set<uint32_t> colours;
     for (size_t at = 0; at < picture.rgba.size(); at += 4)
         colours.insert(picture.rgba[at] << 16 | picture.rgba[at + 1] << 8 | picture.rgba[at + 2]);

@@ -156,8 +156,9 @@ TEST_F(MakeTest, CountsLettersAsReadersDoAndNotesATextThatIsALittleTooLong) {
 
 /// How many columns of a picture file hold white.
 int whiteColumns(const std::filesystem::path& file) {
-    platform::FileGate::shared().allowFile(file);
-    const platform::Bitmap picture = platform::decodeImage(platform::FileGate::shared().open(file).file);
+    platform::FileGate gate;
+    gate.allowFile(file);
+    const platform::Bitmap picture = platform::decodeImage(gate.open(file).file);
     int columns = 0;
     for (int x = 0; x < picture.width; ++x) {
         bool isWhite = false;

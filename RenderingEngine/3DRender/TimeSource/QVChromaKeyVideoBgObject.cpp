@@ -32,6 +32,7 @@ static const TimeSourceTypes::Registration registered(
     "QVChromaKeyVideoBgObject",
     [](const platform::Value& info, const TimeSourceContext& context) -> std::shared_ptr<VideoTimeSource> {
         auto source = std::make_shared<QVChromaKeyVideoBgObject>(context);
+        source->setScene(context.scene);
         source->initWithVideoInfo(info["VideoInfo"]);
         return source;
     },

@@ -19,6 +19,7 @@ static const TimeSourceTypes::Registration registered(
     "QVMaskVideoTimeSource",
     [](const platform::Value& info, const TimeSourceContext& context) -> std::shared_ptr<VideoTimeSource> {
         auto source = std::make_shared<QVMaskVideoBgObject3D>(context);
+        source->setScene(context.scene);
         source->initWithVideoInfo(info["VideoInfo"]);
         return source;
     },
@@ -34,7 +35,7 @@ void QVMaskVideoBgObject3D::initWithMaterVideoURL(const std::string& materVideoU
                                                   const std::string& maskVideoUrl, int32_t fps) {
     masterVideoPath_ = materVideoURL;
     maskVideoPath_ = maskVideoUrl;
-    auto decode = std::make_shared<QVTwoVideoDecode>(masterVideoPath_, maskVideoPath_, fps);
+    auto decode = std::make_shared<QVTwoVideoDecode>(masterVideoPath_, maskVideoPath_, fps, gate());
     decode->onNewTwoFrameReadyAtRenderOutput =
         whileAlive([this](const QVVideoFrameRenderOutput& master, const QVVideoFrameRenderOutput& mask) {
             masterOutput_ = master;

@@ -18,6 +18,7 @@ static const TimeSourceTypes::Registration registered(
     "QVSingleVideoTimeSource",
     [](const platform::Value& info, const TimeSourceContext& context) -> std::shared_ptr<VideoTimeSource> {
         auto source = std::make_shared<QVSingleVideoBgObject3D>(context);
+        source->setScene(context.scene);
         source->initWithVideoInfo(info["VideoInfo"]);
         return source;
     },
@@ -31,7 +32,8 @@ void QVSingleVideoBgObject3D::initWithVideoInfo(const platform::Value& videoInfo
 void QVSingleVideoBgObject3D::initWithMaterVideoURL(const std::string& materVideoURL, int32_t fps) {
     masterVideoPath_ = materVideoURL;
     auto decode = std::make_shared<QVSingleVideoDecode>(
-        masterVideoPath_, fps, platform::VideoReaderSettings{.premultipliesAlpha = premultipliesAlpha()});
+        masterVideoPath_, fps, gate(),
+        platform::VideoReaderSettings{.premultipliesAlpha = premultipliesAlpha()});
     decode->onNewFrameReadyAtRenderOutput =
         whileAlive([this](const QVVideoFrameRenderOutput* frame) { masterOutput_ = *frame; });
     report(decode->videoReader());

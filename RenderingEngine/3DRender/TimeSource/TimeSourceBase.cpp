@@ -6,8 +6,8 @@
 
 #include "core/QVScene3D.h"
 #include "core/SkippedMedia.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
 #include "platform/base/Saturating.h"
+#include "playback/Playback.h"
 #include "videoDecode/QVVideoReader.h"
 
 namespace multiscene {
@@ -92,9 +92,11 @@ void TimeSourceBase::frameCompleted(const Tick& tick) {
 
 std::string TimeSourceBase::videoPath(const std::string& path) const {
     const auto scene = rootScene();
-    return QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(
+    return context_.renderManager->playback().settings().multiSceneRenderPathResourcesWithString(
         path, scene ? scene->sceneConfigData().sceneResourceFolderPath : std::string());
 }
+
+platform::FileGate& TimeSourceBase::gate() const { return context_.renderManager->playback().gate(); }
 
 platform::Value TimeSourceBase::traceOfPicture(const std::string& path,
                                                const QVVideoFrameRenderOutput& picture) {

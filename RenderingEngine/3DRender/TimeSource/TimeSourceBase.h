@@ -5,6 +5,7 @@
 
 #include "core/QVObject3DFpsBase.h"
 #include "core/VideoTimeSource.h"
+#include "platform/base/FileGate.h"
 #include "videoDecode/QVVideoDecodeBase.h"
 
 namespace multiscene {
@@ -45,6 +46,8 @@ class TimeSourceBase : public VideoTimeSource {
 
     /// A path of "VideoInfo" with its macros resolved against the scene's folder.
     std::string videoPath(const std::string& path) const;
+    /// Through which the source's files are opened.
+    platform::FileGate& gate() const;
     /// The trace's "texture" of a decoded picture.
     static platform::Value traceOfPicture(const std::string& path, const QVVideoFrameRenderOutput& picture);
     /// Notes a file that cannot be read, and one whose own frame rate differs from "videoFps".

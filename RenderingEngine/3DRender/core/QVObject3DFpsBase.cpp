@@ -134,7 +134,7 @@ void QVObject3DFpsBase::rendInfoWithDic(const platform::Value& info) {
 }
 
 void QVObject3DFpsBase::readFrameRange(const platform::Value& fpsInfo) {
-    QVMultiSceneRenderShareSettings::computeStartAndEndFps(fpsInfo, sceneIdentifier(), sartFps_, endFps_);
+    settings().computeStartAndEndFps(fpsInfo, sceneIdentifier(), sartFps_, endFps_);
     const KeyReader reader(fpsInfoKeys, fpsInfo);
     setRenderDepth(reader.number("RenderDepth"));
     setIsLightEnable(reader.boolean("isLightEnable"));
@@ -211,8 +211,7 @@ std::string QVObject3DFpsBase::sceneResourceFolderPath() const {
 }
 
 std::string QVObject3DFpsBase::resolvedPath(const std::string& path) const {
-    return QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(
-        path, sceneResourceFolderPath());
+    return settings().multiSceneRenderPathResourcesWithString(path, sceneResourceFolderPath());
 }
 
 void QVObject3DFpsBase::addTraceFields(platform::Value::Dictionary& fields) {

@@ -6,8 +6,7 @@
 #include "core/Material/ZBTexture.h"
 #include "core/PhotoSlot.h"
 #include "core/QVScene3D.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
-#include "platform/base/FileGate.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -28,8 +27,10 @@ void QVObject3DTextureBase::rendInfoWithDic(const platform::Value& info) {
 std::string QVObject3DTextureBase::computeTexturePath() const {
     const std::string name = textureNameOf(textureInfo_);
     if (name.empty()) return {};
-    platform::FileGate& gate = platform::FileGate::shared();
-    const platform::Value users = QVMultiSceneRenderShareSettings::computeUserMap(name, sceneIdentifier());
+    Playback* const played = playback();
+    if (!played) return {};
+    platform::FileGate& gate = played->gate();
+    const platform::Value users = settings().computeUserMap(name, sceneIdentifier());
     std::string path = resolvedPath(users.isNone() ? name : users.stringValue());
     if (path.empty()) return {};
     bool exists = gate.exists(path);

@@ -7,6 +7,7 @@
 #include "core/carmera/QVCamera3D.h"
 #include "core/component/QVObject3DComponentBase.h"
 #include "platform/base/Error.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -70,6 +71,16 @@ void QVObjectContainer3D::setParent(const std::shared_ptr<QVObjectContainer3D>& 
     parent_ = newParent;
     hasParent_ = newParent != nullptr;
     invalidateSceneTransform();
+}
+
+Playback* QVObjectContainer3D::playback() const {
+    const auto owner = scene();
+    return owner ? &owner->playback() : nullptr;
+}
+
+const QVMultiSceneRenderShareSettings& QVObjectContainer3D::settings() const {
+    Playback* const played = playback();
+    return played ? played->settings() : QVMultiSceneRenderShareSettings::none();
 }
 
 void QVObjectContainer3D::setScene(const std::shared_ptr<QVScene3D>& newScene) {

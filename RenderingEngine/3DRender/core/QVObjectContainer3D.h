@@ -12,8 +12,10 @@
 namespace multiscene {
 
 class Painter;
+class Playback;
 class QVCamera3D;
 class QVLightBase;
+class QVMultiSceneRenderShareSettings;
 class QVObject3DComponentBase;
 class QVScene3D;
 
@@ -56,6 +58,10 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
     /// Takes the node from its current parent first, unless `parent` is empty.
     void setParent(const std::shared_ptr<QVObjectContainer3D>& parent);
     std::shared_ptr<QVScene3D> scene() const { return scene_.lock(); }
+    /// Of the scene; none outside of one.
+    Playback* playback() const;
+    /// The user's values and the macros of paths; outside a scene those of nobody.
+    const QVMultiSceneRenderShareSettings& settings() const;
     /// Passes the scene on to the whole subtree.
     void setScene(const std::shared_ptr<QVScene3D>& scene);
     virtual void dispose();

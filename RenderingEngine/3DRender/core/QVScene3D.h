@@ -14,6 +14,7 @@
 namespace multiscene {
 
 class Painter;
+class Playback;
 class QVFrameBufferToTexture;
 class QVSceneRenderToTexture;
 class Texture;
@@ -62,6 +63,7 @@ class QVScene3D : public std::enable_shared_from_this<QVScene3D> {
     float halfHeight() const { return height_ / 2; }
     float aspect() const { return width_ / height_; }
     RenderDriver& renderManager() const { return renderManager_; }
+    Playback& playback() const { return renderManager_.playback(); }
 
     /// The scene's clock, also one of the children; null for a scene without one.
     const std::shared_ptr<VideoTimeSource>& timeSource() const { return timeSource_; }

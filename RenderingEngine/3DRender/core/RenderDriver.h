@@ -8,6 +8,7 @@
 namespace multiscene {
 
 class Painter;
+class Playback;
 class QVScene3D;
 
 /// How the driver composes its scenes; the numbers are the scene-group file's after mapping.
@@ -30,6 +31,8 @@ class RenderDriver {
     virtual std::shared_ptr<QVScene3D> currentScene() const = 0;
     virtual std::shared_ptr<QVScene3D> nextScene() const = 0;
     virtual std::shared_ptr<QVScene3D> transitionsScene() const = 0;
+    /// What the video is played with.
+    virtual Playback& playback() = 0;
     /// What the scenes are drawn with.
     virtual Painter& painter() = 0;
     /// Frames that the group has rendered since the last reset.

@@ -1,7 +1,7 @@
 #include "core/SkippedMedia.h"
 
 #include "core/QVScene3D.h"
-#include "other/RenderReport.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -15,11 +15,13 @@ std::string sceneName(const QVObjectContainer3D& node) {
 }
 
 void report(const QVObjectContainer3D& node, std::string what, std::string name, bool isLeftOut) {
-    RenderReport::shared().add({.what = std::move(what),
-                                .name = std::move(name),
-                                .scene = sceneName(node),
-                                .node = node.name().empty() ? node.className() : node.name(),
-                                .isLeftOut = isLeftOut});
+    Playback* const playback = node.playback();
+    if (!playback) return;
+    playback->report().add({.what = std::move(what),
+                            .name = std::move(name),
+                            .scene = sceneName(node),
+                            .node = node.name().empty() ? node.className() : node.name(),
+                            .isLeftOut = isLeftOut});
 }
 
 }  // namespace

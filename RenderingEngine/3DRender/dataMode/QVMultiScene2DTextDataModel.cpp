@@ -103,10 +103,10 @@ QVMultiScene2DTextDataModel QVMultiScene2DTextDataModel::multiScene2DTextDataMod
 }
 
 void QVMultiScene2DTextDataModel::setScene(const std::string& sceneIdentifier,
-                                           const std::string& sceneResourceFolderPath) {
+                                           const std::string& sceneResourceFolderPath, Playback& playback) {
     auto& layout = description_.layout;
-    layout.text = findText(layout.text, sceneIdentifier, textMaxLenght_);
-    layout.font = findFont(fontName_, layout.font.size, sceneResourceFolderPath);
+    layout.text = findText(layout.text, sceneIdentifier, textMaxLenght_, playback.settings());
+    layout.font = findFont(fontName_, layout.font.size, sceneResourceFolderPath, playback);
     computeLayout();
 }
 

@@ -14,6 +14,8 @@ namespace multiscene {
 /// The keys of a "TextureInfo" whose "textureType" is "text2d".
 extern const KeyTable text2DKeys;
 
+class Playback;
+
 /// Read from the dictionary first, then given its scene, which finds the text and fixes the layout. A plain
 /// value: the material that draws it makes and drops it. Render thread.
 class QVMultiScene2DTextDataModel {
@@ -22,7 +24,8 @@ class QVMultiScene2DTextDataModel {
 
     /// Looks "textString" up in the user media map (key + identifier; where there is none, "textString" is
     /// the text itself), finds the font, then computes textureSize, textDrawRect and textDrawScale.
-    void setScene(const std::string& sceneIdentifier, const std::string& sceneResourceFolderPath);
+    void setScene(const std::string& sceneIdentifier, const std::string& sceneResourceFolderPath,
+                  Playback& playback);
 
     const std::string& textString() const { return description_.layout.text; }
     /// Pixels, at least 1 x 1 once the scene is set. Need not be whole or a power of two.

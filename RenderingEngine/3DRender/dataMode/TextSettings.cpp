@@ -4,10 +4,6 @@
 #include <cstdint>
 #include <cstdio>
 
-#include "other/QVMultiSceneRenderShareSettings.h"
-#include "other/RenderReport.h"
-#include "platform/base/FileGate.h"
-
 namespace multiscene {
 
 static constexpr Key textKeyList[] = {
@@ -42,31 +38,31 @@ platform::Color readTextColor(const KeyReader& reader, std::string_view key) {
     return {numbers.x, numbers.y, numbers.z, hasAlpha ? numbers.w : 1.0f};
 }
 
-std::string findText(const std::string& key, const std::string& sceneIdentifier, int maxLength) {
-    const auto text = QVMultiSceneRenderShareSettings::valueOrUsers(key, sceneIdentifier);
-    return platform::truncateText(text.stringValue(), maxLength);
+std::string findText(const std::string& key, const std::string& sceneIdentifier, int maxLength,
+                     const QVMultiSceneRenderShareSettings& settings) {
+    return platform::truncateText(settings.valueOrUsers(key, sceneIdentifier).stringValue(), maxLength);
 }
 
-float findTextScale(const std::string& key, const std::string& sceneIdentifier) {
-    const auto scale = QVMultiSceneRenderShareSettings::computeUserMap(kUserTextScale + key, sceneIdentifier);
-    const float number = scale.floatValue();
+float findTextScale(const std::string& key, const std::string& sceneIdentifier,
+                    const QVMultiSceneRenderShareSettings& settings) {
+    const float number = settings.computeUserMap(kUserTextScale + key, sceneIdentifier).floatValue();
     return number > 0 && number < 1 ? number : 1;
 }
 
-platform::TextFont findFont(const std::string& name, float size, const std::string& sceneFolder) {
+platform::TextFont findFont(const std::string& name, float size, const std::string& sceneFolder,
+                            Playback& playback) {
     const auto report = [&](const char* what) {
-        RenderReport::shared().add(
+        playback.report().add(
             {.what = what, .name = name, .scene = sceneFolder, .node = {}, .isLeftOut = false});
     };
     if (!namesFile(name)) {
         if (!platform::isFontInstalled(name)) report("is not installed; another font is used");
-        return {name, "", size};
+        return {name, nullptr, size};
     }
-    const std::string file =
-        QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(name, sceneFolder);
-    if (file.empty() || !platform::FileGate::shared().exists(file))
-        report("is a missing font file; another font is used");
-    return {"", file, size};
+    const std::string path = playback.settings().multiSceneRenderPathResourcesWithString(name, sceneFolder);
+    platform::FileHandle file = path.empty() ? platform::FileHandle() : playback.gate().open(path).file;
+    if (!file) report("is a missing font file; another font is used");
+    return {"", file ? platform::openFontFile(std::move(file)) : nullptr, size};
 }
 
 std::string letterNames(const std::vector<char32_t>& letters) {

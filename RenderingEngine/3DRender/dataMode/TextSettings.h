@@ -6,6 +6,7 @@
 
 #include "other/KeyTable.h"
 #include "platform/text/TextRasterizer.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -17,18 +18,21 @@ platform::Color readTextColor(const KeyReader& reader, std::string_view key);
 
 /// The text behind a "textString": the user's, else the key itself; cut after `maxLength` characters, 0: not
 /// cut.
-std::string findText(const std::string& key, const std::string& sceneIdentifier, int maxLength);
+std::string findText(const std::string& key, const std::string& sceneIdentifier, int maxLength,
+                     const QVMultiSceneRenderShareSettings& settings);
 
 /// Followed by the key of a text of the user: its entry in the user media map says how much smaller than its
 /// "fontSize" the text is to be where nothing else makes it fit, because it is longer than there is room for.
 inline constexpr const char* kUserTextScale = "userText_scale_";
 
 /// That entry, above 0 up to 1; 1 where there is none.
-float findTextScale(const std::string& key, const std::string& sceneIdentifier);
+float findTextScale(const std::string& key, const std::string& sceneIdentifier,
+                    const QVMultiSceneRenderShareSettings& settings);
 
-/// The font behind a "fontName": an installed one by its name, or a file by its path with a macro. One that
-/// is not there is noted in the render report.
-platform::TextFont findFont(const std::string& name, float size, const std::string& sceneFolder);
+/// The font behind a "fontName": an installed one by its name, or a file by its path with a macro, opened
+/// through the fence. One that is not there is noted in the render report.
+platform::TextFont findFont(const std::string& name, float size, const std::string& sceneFolder,
+                            Playback& playback);
 
 /// "U+1F600 U+10FFFF": how the render report names letters that cannot be drawn, the first few of many.
 std::string letterNames(const std::vector<char32_t>& letters);

@@ -50,13 +50,14 @@ void deleteProgram(GLuint program) {
 
 }  // namespace
 
-Shader::Shader(const platform::Value& settings, const std::string& rootPath, std::string definitions)
+Shader::Shader(const platform::Value& settings, const std::string& rootPath, platform::FileGate& gate,
+               std::string definitions)
     : definitions_(std::move(definitions)) {
     begin();
     std::vector<unsigned int> shaders;
     for (const platform::Value& file : settings.array("Files")) {
         unsigned int shader = 0;
-        compileShader(shader, rootPath + "/" + file.stringValue());
+        compileShader(shader, rootPath + "/" + file.stringValue(), gate);
         shaders.push_back(shader);
     }
     finish(shaders, texts(settings.array("Attributes")), texts(settings.array("Uniforms")));
@@ -159,10 +160,10 @@ void Shader::setUniformStructOrArray(const std::string& name, const UniformValue
     value.write(uniformLocationStructOrArray(name));
 }
 
-bool Shader::compileShader(unsigned int& shader, const std::string& file) {
+bool Shader::compileShader(unsigned int& shader, const std::string& file, platform::FileGate& gate) {
     const GLenum stage = stageOf(file);
     std::string problem = "a shader source ends in .vsh or .fsh";
-    const auto text = stage ? readShaderText(file, problem) : std::nullopt;
+    const auto text = stage ? readShaderText(file, gate, problem) : std::nullopt;
     if (!text) {
         failures_.push_back({{}, file, problem});
         return false;

@@ -9,6 +9,7 @@
 
 #include "opengl2.0/ShaderFailure.h"
 #include "opengl2.0/UniformValue.h"
+#include "platform/base/FileGate.h"
 #include "platform/base/Value.h"
 #include "platform/gl/GLContext.h"
 
@@ -25,7 +26,8 @@ class Shader {
 
     /// "Files" are names below `rootPath`: "vsh" is a vertex shader, "fsh" a fragment shader. Files outside
     /// the program's resources are opened through the fence. `definitions` are put before every source.
-    Shader(const platform::Value& settings, const std::string& rootPath, std::string definitions = {});
+    Shader(const platform::Value& settings, const std::string& rootPath, platform::FileGate& gate,
+           std::string definitions = {});
     Shader(const std::string& vertexSource, const std::string& fragmentSource,
            const std::vector<std::string>& attributes, const std::vector<std::string>& uniforms);
     ~Shader();
@@ -57,7 +59,7 @@ class Shader {
     /// What went wrong while this program was built, in order. ShaderFailure::shader is empty here.
     const std::vector<ShaderFailure>& failures() const { return failures_; }
 
-    bool compileShader(unsigned int& shader, const std::string& file);
+    bool compileShader(unsigned int& shader, const std::string& file, platform::FileGate& gate);
     bool compileShaderWithShader(unsigned int& shader, const std::string& source, unsigned int type);
     bool linkProgram(unsigned int program);
 

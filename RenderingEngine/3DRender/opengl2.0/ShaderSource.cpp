@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "platform/base/FileGate.h"
 #include "platform/base/Limits.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
@@ -17,9 +16,9 @@ namespace {
 std::filesystem::path ownShaders() { return platform::resourcesFolder() / "shaders"; }
 
 /// The program's own shaders are read as they are; every other file passes the fence.
-std::vector<uint8_t> readShaderFile(const std::string& file) {
+std::vector<uint8_t> readShaderFile(const std::string& file, platform::FileGate& gate) {
     if (isOwnShaderFile(file)) return platform::readFile(file, platform::Limits::maxShaderBytes);
-    const auto opened = platform::FileGate::shared().open(file);
+    const auto opened = gate.open(file);
     if (opened.verdict != platform::FileGate::Verdict::Allowed)
         throw platform::Error(platform::ErrorKind::Template, platform::describe(opened.verdict), file);
     return platform::readFile(opened.file, file, platform::Limits::maxShaderBytes);
@@ -43,9 +42,10 @@ std::string shaderDescriptionPath(const std::string& file) {
     return std::filesystem::path(file).is_absolute() ? file : (ownShaders() / file).string();
 }
 
-platform::Value readShaderDescription(const std::string& file, std::string& problem) {
+platform::Value readShaderDescription(const std::string& file, platform::FileGate& gate,
+                                      std::string& problem) {
     try {
-        platform::Value description = platform::parsePropertyList(readShaderFile(file), file);
+        platform::Value description = platform::parsePropertyList(readShaderFile(file, gate), file);
         if (description.isDictionary()) return description;
         problem = "is not a dictionary";
     } catch (const platform::Error& error) {
@@ -54,9 +54,10 @@ platform::Value readShaderDescription(const std::string& file, std::string& prob
     return {};
 }
 
-std::optional<std::string> readShaderText(const std::string& file, std::string& problem) {
+std::optional<std::string> readShaderText(const std::string& file, platform::FileGate& gate,
+                                          std::string& problem) {
     try {
-        const std::vector<uint8_t> bytes = readShaderFile(file);
+        const std::vector<uint8_t> bytes = readShaderFile(file, gate);
         std::string text(bytes.begin(), bytes.end());
         if (platform::firstInvalidUtf8(text) != std::string::npos)
             problem = "is not UTF-8 text";

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/base/FileGate.h"
 #include "platform/base/Value.h"
 
 namespace multiscene {
@@ -18,10 +19,12 @@ bool isOwnShaderFile(const std::string& file);
 /// does not manage to read: only what a template lacks may be skipped.
 
 /// The dictionary of a description file, or none with the reason in `problem`.
-platform::Value readShaderDescription(const std::string& file, std::string& problem);
+platform::Value readShaderDescription(const std::string& file, platform::FileGate& gate,
+                                      std::string& problem);
 
 /// A source text, or none with the reason in `problem`: missing, refused by the fence, too long, not
 /// UTF-8, more than a compiler or a pixel should have to do.
-std::optional<std::string> readShaderText(const std::string& file, std::string& problem);
+std::optional<std::string> readShaderText(const std::string& file, platform::FileGate& gate,
+                                          std::string& problem);
 
 }  // namespace multiscene

@@ -4,7 +4,6 @@
 
 #include <algorithm>
 #include <map>
-#include <mutex>
 
 #include "platform/base/File.h"
 #include "platform/base/Paths.h"
@@ -13,27 +12,17 @@ namespace multiscene {
 
 namespace {
 
-struct SceneRoot {
-    std::mutex mutex;
-    std::string folder;
-};
-
-SceneRoot& sceneRoot() {
-    static SceneRoot root;
-    return root;
-}
-
 std::string bundleRoot() { return platform::resourcesFolder().string() + "/"; }
 
-using RootMaker = std::string (*)();
+using RootMaker = std::string (*)(const std::string& scenePath);
 
 const std::map<std::string, RootMaker, std::less<>>& roots() {
     static const std::map<std::string, RootMaker, std::less<>> table{
-        {"$(multiSceneRootROOT)", QVUtil::multiSceneRootPath},
-        {"$(multiSceneSceneROOT)", QVUtil::scenePath},
-        {"$(multiSceneUserResourcesROOT)", QVUtil::userResourcesPath},
-        {"$(mainBundleResourcePathROOT)", bundleRoot},
-        {"$(MultiSceneTemplateROOT)", QVUtil::templatePath},
+        {"$(multiSceneRootROOT)", [](const std::string&) { return QVUtil::multiSceneRootPath(); }},
+        {"$(multiSceneSceneROOT)", [](const std::string& scenePath) { return scenePath; }},
+        {"$(multiSceneUserResourcesROOT)", [](const std::string&) { return QVUtil::userResourcesPath(); }},
+        {"$(mainBundleResourcePathROOT)", [](const std::string&) { return bundleRoot(); }},
+        {"$(MultiSceneTemplateROOT)", [](const std::string&) { return QVUtil::templatePath(); }},
     };
     return table;
 }
@@ -52,10 +41,14 @@ std::string QVUtil::removingMacro(const std::string& path, std::string_view comp
 }
 
 std::string QVUtil::multiScenePathWithString(const std::string& path) {
+    return multiScenePathWithString(path, scenePath());
+}
+
+std::string QVUtil::multiScenePathWithString(const std::string& path, const std::string& scenePath) {
     if (path.empty() || path.front() == '/') return path;
     const std::string_view component = firstComponent(path);
     const auto root = roots().find(component);
-    return root == roots().end() ? std::string() : root->second() + removingMacro(path, component);
+    return root == roots().end() ? std::string() : root->second(scenePath) + removingMacro(path, component);
 }
 
 std::vector<std::string_view> QVUtil::pathMacros() {
@@ -66,24 +59,14 @@ std::vector<std::string_view> QVUtil::pathMacros() {
 
 std::string QVUtil::multiSceneRootPath() { return platform::dataHome().string() + "/qvMultiSceneRender/"; }
 
-std::string QVUtil::scenePath() {
-    const std::lock_guard lock(sceneRoot().mutex);
-    return sceneRoot().folder.empty() ? multiSceneRootPath() + "scene/" : sceneRoot().folder;
-}
-
+std::string QVUtil::scenePath() { return multiSceneRootPath() + "scene/"; }
 std::string QVUtil::userResourcesPath() { return multiSceneRootPath() + "UserResources/"; }
 std::string QVUtil::templatePath() { return multiSceneRootPath() + "MultiSceneTemplate/"; }
 std::string QVUtil::dataPath() { return multiSceneRootPath() + "data/"; }
 
-void QVUtil::setSceneRoot(const std::string& folder) {
-    const std::lock_guard lock(sceneRoot().mutex);
-    sceneRoot().folder = folder.empty() || folder.back() == '/' ? folder : folder + "/";
-}
-
 void QVUtil::createMultiSceneLocalPaths() {
     const std::string root = multiSceneRootPath();
-    for (const std::string& folder :
-         {root, dataPath(), root + "scene/", userResourcesPath(), templatePath()}) {
+    for (const std::string& folder : {root, dataPath(), scenePath(), userResourcesPath(), templatePath()}) {
         platform::createFolders(folder);
         addSkipBackupAttributeToDirectory(folder);
     }

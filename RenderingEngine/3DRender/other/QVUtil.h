@@ -19,6 +19,8 @@ class QVUtil {
     /// An absolute path is returned unchanged. Empty text, and a relative path without a macro, give an empty
     /// path: nothing is ever looked up in the working directory. Says nothing about whether the file exists.
     static std::string multiScenePathWithString(const std::string& path);
+    /// With another folder for "$(multiSceneSceneROOT)"; ends in "/".
+    static std::string multiScenePathWithString(const std::string& path, const std::string& scenePath);
 
     /// The macros of multiScenePathWithString.
     static std::vector<std::string_view> pathMacros();
@@ -43,10 +45,6 @@ class QVUtil {
     static std::string userResourcesPath();
     static std::string templatePath();
     static std::string dataPath();
-
-    /// Lets another folder stand for "$(multiSceneSceneROOT)": a template that plays from where it lies.
-    /// Empty goes back to the data home. Set before a group is loaded, never while one plays.
-    static void setSceneRoot(const std::string& folder);
 };
 
 /// The vector of a scene file's "x,y", "x,y,z" or "x,y,z,w"; anything else reads as zeros.

@@ -4,11 +4,6 @@
 
 namespace multiscene {
 
-RenderReport& RenderReport::shared() {
-    static RenderReport report;
-    return report;
-}
-
 void RenderReport::add(Entry entry) {
     const std::lock_guard lock(mutex_);
     if (std::find(entries_.begin(), entries_.end(), entry) == entries_.end())
@@ -18,11 +13,6 @@ void RenderReport::add(Entry entry) {
 std::vector<RenderReport::Entry> RenderReport::entries() const {
     const std::lock_guard lock(mutex_);
     return entries_;
-}
-
-void RenderReport::clear() {
-    const std::lock_guard lock(mutex_);
-    entries_.clear();
 }
 
 }  // namespace multiscene

@@ -20,12 +20,9 @@ class RenderReport {
         bool operator==(const Entry&) const = default;
     };
 
-    static RenderReport& shared();
-
     /// Remembers an entry; the same entry again is not listed twice.
     void add(Entry entry);
     std::vector<Entry> entries() const;
-    void clear();
 
   private:
     mutable std::mutex mutex_;

@@ -6,8 +6,9 @@ namespace multiscene {
 
 using platform::Value;
 
-UserFilm UserFilm::of(const std::string& key, const std::string& sceneIdentifier) {
-    const Value stored = QVMultiSceneRenderShareSettings::computeUserMap(mapKey(key), sceneIdentifier);
+UserFilm UserFilm::of(const std::string& key, const std::string& sceneIdentifier,
+                      const QVMultiSceneRenderShareSettings& settings) {
+    const Value stored = settings.computeUserMap(mapKey(key), sceneIdentifier);
     UserFilm film;
     film.framesPerSecond = stored["framesPerSecond"].intValue();
     film.aspectWidth = stored["aspectWidth"].intValue();

@@ -14,6 +14,8 @@ namespace multiscene {
 inline constexpr int64_t kLengthFromUserVideo = 7;
 inline constexpr const char* kUserVideoFrames = "userVideo_totalFps";
 
+class QVMultiSceneRenderShareSettings;
+
 struct UserFilm {
     /// Rate of the video that is made. 0: the file is none that the user gave, and is shown a picture a
     /// frame.
@@ -21,8 +23,9 @@ struct UserFilm {
     int32_t aspectWidth = 0, aspectHeight = 0;   ///< the shape it is cropped to; 0: its own
     std::optional<float> volume = std::nullopt;  ///< of its sound, 0 to 1; none: what the scene says
 
-    /// The film under `key` in the scene with this identifier. Render queue.
-    static UserFilm of(const std::string& key, const std::string& sceneIdentifier);
+    /// The film under `key` in the scene with this identifier.
+    static UserFilm of(const std::string& key, const std::string& sceneIdentifier,
+                       const QVMultiSceneRenderShareSettings& settings);
 
     /// Where the user's values keep it for a film under `key`; an identifier goes behind it as behind any
     /// key.

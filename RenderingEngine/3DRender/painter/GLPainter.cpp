@@ -75,8 +75,8 @@ bool looksByPlace(const Look& look) {
 
 }  // namespace
 
-GLPainter::GLPainter(MakeContext makeContext, PictureMemory memory)
-    : makeContext_(std::move(makeContext)), memory_(memory) {}
+GLPainter::GLPainter(MakeContext makeContext, platform::FileGate& gate, PictureMemory memory)
+    : makeContext_(std::move(makeContext)), memory_(memory), shaders_(gate) {}
 
 GLPainter::~GLPainter() {
     if (!context_) return;

@@ -18,8 +18,10 @@ class GLPainter : public Painter {
     enum class PictureMemory { Dropped, Kept };
     using MakeContext = std::function<std::shared_ptr<platform::GLContext>()>;
 
-    /// The context is made when it is first needed.
-    explicit GLPainter(MakeContext makeContext, PictureMemory memory = PictureMemory::Dropped);
+    /// The context is made when it is first needed. The gate, through which templates' shaders are opened,
+    /// outlives the painter.
+    GLPainter(MakeContext makeContext, platform::FileGate& gate,
+              PictureMemory memory = PictureMemory::Dropped);
     ~GLPainter() override;
 
     std::string name() const override { return "gl"; }

@@ -41,7 +41,7 @@ std::optional<Renderer> rendererNamed(std::string_view name) {
     return std::nullopt;
 }
 
-std::unique_ptr<Painter> makePainter(Renderer renderer,
+std::unique_ptr<Painter> makePainter(Renderer renderer, platform::FileGate& gate,
                                      std::function<std::shared_ptr<platform::GLContext>()> makeContext) {
     if (!makeContext) makeContext = [] { return platform::GLContext::create(); };
     if (renderer == Renderer::Auto && mayHaveGpu()) {
@@ -56,8 +56,8 @@ std::unique_ptr<Painter> makePainter(Renderer renderer,
             makeContext = [context] { return context; };
         }
     }
-    if (renderer == Renderer::GL) return std::make_unique<GLPainter>(std::move(makeContext));
-    return std::make_unique<SoftwarePainter>(std::move(makeContext), painterThreads());
+    if (renderer == Renderer::GL) return std::make_unique<GLPainter>(std::move(makeContext), gate);
+    return std::make_unique<SoftwarePainter>(std::move(makeContext), gate, painterThreads());
 }
 
 }  // namespace multiscene

@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "painter/Painter.h"
+#include "platform/base/FileGate.h"
 #include "platform/gl/GLContext.h"
 
 namespace multiscene {
@@ -20,9 +21,9 @@ enum class Renderer {
 /// "auto", "gl", "software"; nothing for any other word.
 std::optional<Renderer> rendererNamed(std::string_view name);
 
-/// `makeContext`: none makes an off-screen one. Throws Error(Failed) when there is no GL where it is asked
-/// for.
-std::unique_ptr<Painter> makePainter(Renderer renderer,
+/// The gate outlives the painter. `makeContext`: none makes an off-screen one. Throws Error(Failed) when
+/// there is no GL where it is asked for.
+std::unique_ptr<Painter> makePainter(Renderer renderer, platform::FileGate& gate,
                                      std::function<std::shared_ptr<platform::GLContext>()> makeContext = {});
 
 }  // namespace multiscene

@@ -72,8 +72,8 @@ struct SoftwarePainter::Picture {
     }
 };
 
-SoftwarePainter::SoftwarePainter(GLPainter::MakeContext makeContext, int threads)
-    : gl_(std::move(makeContext), GLPainter::PictureMemory::Kept), tiles_(threads) {}
+SoftwarePainter::SoftwarePainter(GLPainter::MakeContext makeContext, platform::FileGate& gate, int threads)
+    : gl_(std::move(makeContext), gate, GLPainter::PictureMemory::Kept), tiles_(threads) {}
 
 SoftwarePainter::~SoftwarePainter() = default;
 

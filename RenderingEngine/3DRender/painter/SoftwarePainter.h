@@ -21,7 +21,7 @@ struct CanvasSize;
 class SoftwarePainter : public Painter {
   public:
     /// `threads` paint. The picture does not depend on their number.
-    SoftwarePainter(GLPainter::MakeContext makeContext, int threads);
+    SoftwarePainter(GLPainter::MakeContext makeContext, platform::FileGate& gate, int threads);
     ~SoftwarePainter() override;
 
     std::string name() const override { return "software"; }

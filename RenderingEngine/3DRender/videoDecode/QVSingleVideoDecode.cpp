@@ -3,8 +3,9 @@
 namespace multiscene {
 
 QVSingleVideoDecode::QVSingleVideoDecode(const std::string& videoUrl, int32_t videoFps,
+                                         platform::FileGate& gate,
                                          const platform::VideoReaderSettings& settings)
-    : videoReader_(videoUrl, videoFps, settings) {
+    : videoReader_(videoUrl, videoFps, gate, settings) {
     videoReader_.startProcessing();
 }
 

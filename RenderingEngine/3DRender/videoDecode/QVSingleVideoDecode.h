@@ -9,7 +9,7 @@ namespace multiscene {
 class QVSingleVideoDecode : public QVVideoDecodeBase {
   public:
     /// Opens the file and starts decoding ahead.
-    QVSingleVideoDecode(const std::string& videoUrl, int32_t videoFps,
+    QVSingleVideoDecode(const std::string& videoUrl, int32_t videoFps, platform::FileGate& gate,
                         const platform::VideoReaderSettings& settings = {});
 
     void cancelDecode() override;

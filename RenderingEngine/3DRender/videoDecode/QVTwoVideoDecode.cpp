@@ -3,9 +3,9 @@
 namespace multiscene {
 
 QVTwoVideoDecode::QVTwoVideoDecode(const std::string& masterVideoUrl, const std::string& maskVideoUrl,
-                                   int32_t videoFps)
-    : msterVideoReader_(masterVideoUrl, videoFps, {.premultipliesAlpha = false}),
-      maskVideoReader_(maskVideoUrl, videoFps, {.premultipliesAlpha = false}) {
+                                   int32_t videoFps, platform::FileGate& gate)
+    : msterVideoReader_(masterVideoUrl, videoFps, gate, {.premultipliesAlpha = false}),
+      maskVideoReader_(maskVideoUrl, videoFps, gate, {.premultipliesAlpha = false}) {
     msterVideoReader_.startProcessing();
     maskVideoReader_.startProcessing();
 }

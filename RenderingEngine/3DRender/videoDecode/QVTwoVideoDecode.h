@@ -10,7 +10,8 @@ namespace multiscene {
 class QVTwoVideoDecode : public QVVideoDecodeBase {
   public:
     /// Opens both files and starts decoding ahead.
-    QVTwoVideoDecode(const std::string& masterVideoUrl, const std::string& maskVideoUrl, int32_t videoFps);
+    QVTwoVideoDecode(const std::string& masterVideoUrl, const std::string& maskVideoUrl, int32_t videoFps,
+                     platform::FileGate& gate);
 
     /// The pictures of a frame: colour, mask. Must not keep the owner of the decoder alive.
     std::function<void(const QVVideoFrameRenderOutput& master, const QVVideoFrameRenderOutput& mask)>

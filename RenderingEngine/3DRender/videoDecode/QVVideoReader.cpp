@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <cmath>
 
-#include "platform/base/FileGate.h"
-
 namespace multiscene {
 
 namespace {
@@ -18,13 +16,14 @@ int64_t saturated(double number) {
 
 }  // namespace
 
-QVVideoReader::QVVideoReader(std::string url, int32_t videoFps, const platform::VideoReaderSettings& settings)
+QVVideoReader::QVVideoReader(std::string url, int32_t videoFps, platform::FileGate& gate,
+                             const platform::VideoReaderSettings& settings)
     : url_(std::move(url)), videoFps_(videoFps), premultipliesAlpha_(settings.premultipliesAlpha) {
-    setup(settings);
+    setup(gate, settings);
 }
 
-void QVVideoReader::setup(const platform::VideoReaderSettings& settings) {
-    auto opened = platform::FileGate::shared().open(url_);
+void QVVideoReader::setup(platform::FileGate& gate, const platform::VideoReaderSettings& settings) {
+    auto opened = gate.open(url_);
     if (!opened.file) return;
     try {
         reader_ = std::make_unique<platform::VideoReader>(std::move(opened.file), url_,

@@ -5,6 +5,7 @@
 #include <string>
 
 #include "core/GLESUtils/Texture.h"
+#include "platform/base/FileGate.h"
 #include "platform/media/VideoReader.h"
 #include "videoDecode/QVVideoFrameRenderOutput.h"
 
@@ -16,7 +17,8 @@ namespace multiscene {
 class QVVideoReader {
   public:
     /// `videoFps`: the frames a second in which frame times are expressed.
-    QVVideoReader(std::string url, int32_t videoFps, const platform::VideoReaderSettings& settings = {});
+    QVVideoReader(std::string url, int32_t videoFps, platform::FileGate& gate,
+                  const platform::VideoReaderSettings& settings = {});
     ~QVVideoReader() { destroyFrameBuffer(); }
 
     void startProcessing();
@@ -52,7 +54,7 @@ class QVVideoReader {
     bool hasOtherFrameRate() const;
 
   private:
-    void setup(const platform::VideoReaderSettings& settings);
+    void setup(platform::FileGate& gate, const platform::VideoReaderSettings& settings);
 
     std::string url_;
     int32_t videoFps_;

@@ -5,9 +5,6 @@
 #include <map>
 #include <string>
 
-#include "other/RenderReport.h"
-#include "platform/base/FileGate.h"
-
 namespace multiscene {
 
 namespace {
@@ -39,14 +36,17 @@ float secondsOf(const platform::AudioFile& sound) {
 
 platform::CMTime time(int64_t hundredthsOfSecond) { return platform::CMTimeMake(hundredthsOfSecond, 100); }
 
-void report(const std::string& what, const platform::Value& entry, bool isLeftOut = true) {
-    RenderReport::shared().add(
+void report(Playback& playback, const std::string& what, const platform::Value& entry,
+            bool isLeftOut = true) {
+    playback.report().add(
         {.what = what, .name = entry.string("audioPath"), .scene = {}, .node = {}, .isLeftOut = isLeftOut});
 }
 
 /// The sounds of one mix, each file opened once.
 class SoundFiles {
   public:
+    explicit SoundFiles(Playback& playback) : playback_(playback) {}
+
     /// None when the file cannot be read.
     SoundFile open(const platform::Value& entry) {
         const std::string path = entry.string("audioPath");
@@ -56,29 +56,31 @@ class SoundFiles {
     }
 
   private:
-    static SoundFile read(const platform::Value& entry, const std::string& path) {
-        platform::FileGate::Opened opened = platform::FileGate::shared().open(path);
+    SoundFile read(const platform::Value& entry, const std::string& path) {
+        platform::FileGate::Opened opened = playback_.gate().open(path);
         if (!opened.file && opened.verdict != platform::FileGate::Verdict::Missing)
             throw platform::Error(platform::ErrorKind::Template, platform::describe(opened.verdict), path);
         try {
             if (opened.file) return std::make_shared<platform::AudioFile>(std::move(opened.file), path);
-            report("missing file", entry);
+            report(playback_, "missing file", entry);
         } catch (const platform::Error& error) {
             if (error.kind() == platform::ErrorKind::Transient) throw;
-            report(error.message(), entry);
+            report(playback_, error.message(), entry);
         }
         return nullptr;
     }
 
+    Playback& playback_;
     std::map<std::string, SoundFile> files_;
 };
 
 void reportLongerThanWindow(const platform::Value& entry, const platform::AudioFile& sound,
-                            int32_t framesPerSecond) {
+                            int32_t framesPerSecond, Playback& playback) {
     const int64_t window = ExportSound::hundredthsOfFrame(entry.integer("fpsEnd"), framesPerSecond) -
                            ExportSound::hundredthsOfFrame(entry.integer("fpsStart"), framesPerSecond);
     const int64_t length = hundredths(static_cast<float>(CMTimeGetSeconds(sound.duration())));
-    if (length > window) report("is longer than its time in the scene and plays to its end", entry, false);
+    if (length > window)
+        report(playback, "is longer than its time in the scene and plays to its end", entry, false);
 }
 
 /// Hundredths of a second at which the last piece ends.
@@ -174,9 +176,9 @@ platform::VolumeEnvelope ExportSound::synthesisAudioFade(float totalTime) {
 }
 
 platform::AudioTimeline ExportSound::timelineOf(const Entries& entries, int32_t framesPerSecond,
-                                                float totalTime) {
+                                                float totalTime, Playback& playback) {
     platform::AudioTimeline timeline;
-    SoundFiles files;
+    SoundFiles files(playback);
     for (const platform::Value& entry : entries) {
         const SoundFile sound = files.open(entry);
         if (!sound) continue;
@@ -186,7 +188,7 @@ platform::AudioTimeline ExportSound::timelineOf(const Entries& entries, int32_t 
                  .volume = updateBgAudioAolumeWithTrackMix(entries, framesPerSecond, totalTime),
                  .fades = musicFades(entry, totalTime)});
         } else {
-            if (!endsWithWindow(entry)) reportLongerThanWindow(entry, *sound, framesPerSecond);
+            if (!endsWithWindow(entry)) reportLongerThanWindow(entry, *sound, framesPerSecond, playback);
             timeline.tracks.push_back(addAudioWithInfo(entry, sound, framesPerSecond));
         }
     }

@@ -8,6 +8,7 @@
 
 #include "platform/audio/AudioTimeline.h"
 #include "platform/base/Value.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -21,7 +22,7 @@ class ExportSound {
     /// out and listed in the report, as is one that is longer than its window. Throws Error(Template) for a
     /// file outside the fence.
     static platform::AudioTimeline timelineOf(const Entries& entries, int32_t framesPerSecond,
-                                              float totalTime);
+                                              float totalTime, Playback& playback);
 
     static int64_t hundredthsOfFrame(int64_t frame, int32_t framesPerSecond);
     /// 1 less the mean volume of the effects that sound at the frame; 1 when none does.

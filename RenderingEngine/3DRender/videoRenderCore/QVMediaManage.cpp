@@ -3,8 +3,6 @@
 #include "core/QVLightBase.h"
 #include "core/SceneNodes.h"
 #include "core/carmera/QVCamera3D.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
-#include "other/RenderReport.h"
 #include "videoRenderCore/SceneFileKeys.h"
 
 namespace multiscene {
@@ -23,9 +21,9 @@ void cleanUp(const std::shared_ptr<QVScene3D>& scene, bool removesChildren) {
     scene->removeAllChild();
 }
 
-void reportUnreadable(const SceneGroup::Scene& scene) {
+void reportUnreadable(const SceneGroup::Scene& scene, RenderReport& report) {
     const std::string& file = scene.record.scenePlistPath;
-    RenderReport::shared().add({.what = scene.fault->message(), .name = file, .scene = file, .node = {}});
+    report.add({.what = scene.fault->message(), .name = file, .scene = file, .node = {}});
 }
 
 }  // namespace
@@ -55,7 +53,7 @@ void QVMediaManage::loadSceneGroup(SceneGroup group) {
 
 void QVMediaManage::takeGroup(SceneGroup group) {
     group_ = std::move(group);
-    QVMultiSceneRenderShareSettings::shared().setUserMediaMapDic(group_.userMediaMap);
+    renderManager_->playback().settings().setUserMediaMapDic(group_.userMediaMap);
 }
 
 void QVMediaManage::loadFirstScene() {
@@ -83,7 +81,7 @@ void QVMediaManage::loadSceneWithSceneId(int64_t sceneId, const std::shared_ptr<
     const SceneGroup::Scene* known = group_.scene(sceneId);
     if (!known) return;
     scene->setSceneConfigData(known->record);
-    if (known->fault) reportUnreadable(*known);
+    if (known->fault) reportUnreadable(*known, renderManager_->playback().report());
     buildScene(scene, known->content, sceneTansitionsInfo);
 }
 

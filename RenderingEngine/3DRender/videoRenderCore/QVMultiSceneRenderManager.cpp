@@ -2,7 +2,6 @@
 
 #include <utility>
 
-#include "platform/base/FileGate.h"
 #include "platform/base/NotificationCenter.h"
 #include "videoDecode/QVVideoDecodeBase.h"
 
@@ -19,10 +18,12 @@ int64_t windowEnd(int64_t start, int64_t length) {
 }  // namespace
 
 std::shared_ptr<QVMultiSceneRenderManager> QVMultiSceneRenderManager::initWithFrameSink(
-    std::shared_ptr<FrameSink> frameSink, std::shared_ptr<SoundSink> soundSink,
-    const RenderDriverSettings& settings) {
+    std::shared_ptr<Playback> playback, std::shared_ptr<FrameSink> frameSink,
+    std::shared_ptr<SoundSink> soundSink, const RenderDriverSettings& settings) {
     std::shared_ptr<QVMultiSceneRenderManager> manager(
-        new QVMultiSceneRenderManager(std::move(frameSink), std::move(soundSink), settings), release);
+        new QVMultiSceneRenderManager(std::move(playback), std::move(frameSink), std::move(soundSink),
+                                      settings),
+        release);
     manager->performOnRenderQueue([&] { manager->setupScene(); });
     return manager;
 }
@@ -36,10 +37,14 @@ void QVMultiSceneRenderManager::release(QVMultiSceneRenderManager* manager) {
         delete manager;
 }
 
-QVMultiSceneRenderManager::QVMultiSceneRenderManager(std::shared_ptr<FrameSink> frameSink,
+QVMultiSceneRenderManager::QVMultiSceneRenderManager(std::shared_ptr<Playback> playback,
+                                                     std::shared_ptr<FrameSink> frameSink,
                                                      std::shared_ptr<SoundSink> soundSink,
                                                      const RenderDriverSettings& settings)
-    : settings_(settings), frameSink_(std::move(frameSink)), soundSink_(std::move(soundSink)) {
+    : playback_(std::move(playback)),
+      settings_(settings),
+      frameSink_(std::move(frameSink)),
+      soundSink_(std::move(soundSink)) {
     if (!frameSink_) return;
     settings_.bufferWidth = frameSink_->width();
     settings_.bufferHeight = frameSink_->height();
@@ -101,7 +106,7 @@ void QVMultiSceneRenderManager::continueRun() {
 // What a run does
 
 void QVMultiSceneRenderManager::prepare() {
-    if (!painter_) painter_ = makePainter(settings_.renderer, settings_.makeContext);
+    if (!painter_) painter_ = makePainter(settings_.renderer, playback_->gate(), settings_.makeContext);
     painter_->makeCurrent();
 }
 
@@ -127,7 +132,7 @@ bool QVMultiSceneRenderManager::frameSinkIsReady() {
 
 /// Ends a run that would go on for ever, or that reads what it must not.
 void QVMultiSceneRenderManager::requirePlayable() const {
-    for (const auto& refusal : platform::FileGate::shared().refusals())
+    for (const auto& refusal : playback_->gate().refusals())
         throw platform::Error(platform::ErrorKind::Template, platform::describe(refusal.verdict),
                               refusal.path);
     slots_.requireRunningClock();

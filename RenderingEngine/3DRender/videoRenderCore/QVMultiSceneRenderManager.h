@@ -10,6 +10,7 @@
 #include "core/RenderDriver.h"
 #include "painter/Renderer.h"
 #include "platform/base/Error.h"
+#include "playback/Playback.h"
 #include "videoRenderCore/FrameComposer.h"
 #include "videoRenderCore/FrameSink.h"
 #include "videoRenderCore/FrameStatistics.h"
@@ -42,7 +43,8 @@ class QVMultiSceneRenderManager : public RenderDriver, private RunLoop::Work {
 
     /// Makes the painter on the render queue. No sink: scenes are clocked, decoded and moved, but nothing is
     /// drawn. The sinks may be one object. Throws Error when GL is asked for and there is none.
-    static std::shared_ptr<QVMultiSceneRenderManager> initWithFrameSink(std::shared_ptr<FrameSink> frameSink,
+    static std::shared_ptr<QVMultiSceneRenderManager> initWithFrameSink(std::shared_ptr<Playback> playback,
+                                                                        std::shared_ptr<FrameSink> frameSink,
                                                                         std::shared_ptr<SoundSink> soundSink,
                                                                         const RenderDriverSettings& settings);
     ~QVMultiSceneRenderManager() override;
@@ -114,13 +116,14 @@ class QVMultiSceneRenderManager : public RenderDriver, private RunLoop::Work {
     std::shared_ptr<QVScene3D> nextScene() const override { return slots_.next; }
     std::shared_ptr<QVScene3D> transitionsScene() const override { return slots_.transition; }
     int64_t currentRenderFps() const override { return currentRenderFps_; }
+    Playback& playback() override { return *playback_; }
     Painter& painter() override { return *painter_; }
     void startSoundEffect(const platform::Value& audioInfo) override;
     void stopSoundEffect(const std::string& audioKey) override;
 
   private:
-    QVMultiSceneRenderManager(std::shared_ptr<FrameSink> frameSink, std::shared_ptr<SoundSink> soundSink,
-                              const RenderDriverSettings& settings);
+    QVMultiSceneRenderManager(std::shared_ptr<Playback> playback, std::shared_ptr<FrameSink> frameSink,
+                              std::shared_ptr<SoundSink> soundSink, const RenderDriverSettings& settings);
     static void release(QVMultiSceneRenderManager* manager);
 
     // RunLoop::Work
@@ -135,6 +138,7 @@ class QVMultiSceneRenderManager : public RenderDriver, private RunLoop::Work {
     void requirePlayable() const;
     void render();
 
+    std::shared_ptr<Playback> playback_;
     RenderDriverSettings settings_;
     std::mutex sinksMutex_;  // the render queue alone replaces them; others ask and use them under it
     std::shared_ptr<FrameSink> frameSink_;

@@ -171,7 +171,8 @@ bool QVVideoCVCacheExporter::mutableAudioCompositionWithVideoUrl(
     const std::vector<platform::Value>& entries) {
     if (currentFrame_ * ticksPerSecond / framesPerSecond_ < shortestMixedFilm) return false;
     const auto totalTime = static_cast<float>(static_cast<double>(currentFrame_) / framesPerSecond_);
-    const platform::AudioTimeline timeline = ExportSound::timelineOf(entries, framesPerSecond_, totalTime);
+    const platform::AudioTimeline timeline =
+        ExportSound::timelineOf(entries, framesPerSecond_, totalTime, *settings_.playback);
     if (timeline.tracks.empty()) {
         handleSessionCompleteWithVideoPath(savePath_);
         return true;

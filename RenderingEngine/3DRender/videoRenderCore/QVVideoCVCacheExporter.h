@@ -15,6 +15,7 @@
 #include "platform/base/DispatchQueue.h"
 #include "platform/media/VideoWriter.h"
 #include "platform/pixels/FrameLayout.h"
+#include "playback/Playback.h"
 #include "videoRenderCore/FrameSink.h"
 #include "videoRenderCore/SoundSink.h"
 
@@ -32,6 +33,8 @@ class QVVideoCVCacheExporterDelegate {
 };
 
 struct VideoExportSettings {
+    /// Whose sounds are mixed: its gate opens them, its report tells what was left out.
+    std::shared_ptr<Playback> playback = std::make_shared<Playback>();
     int bitRate = 1500000;            ///< video, bits a second
     std::string preset = "veryfast";  ///< of the H.264 encoder
     int threads = 3;                  ///< of the H.264 encoder; part of the result, never of the machine

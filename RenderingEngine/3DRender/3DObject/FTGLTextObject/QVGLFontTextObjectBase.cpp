@@ -56,22 +56,23 @@ void QVGLFontTextObjectBase::rendInfoWithDic(const platform::Value& info) {
     textColor_ = readTextColor(KeyReader(fontInfoKeys, fontInfo_), "textColor");
 }
 
-platform::LetterText QVGLFontTextObjectBase::letterText() const {
+platform::LetterText QVGLFontTextObjectBase::letterText(Playback& playback) const {
     const KeyReader reader(fontInfoKeys, fontInfo_);
     const std::string key = reader.text("textString");
-    const float size = reader.number("fontSize") * findTextScale(key, sceneIdentifier());
+    const float size = reader.number("fontSize") * findTextScale(key, sceneIdentifier(), playback.settings());
     return {
-        .text = findText(key, sceneIdentifier(), reader.int32("textMaxLenght")),
-        .font = findFont(reader.text("fontName"), size, sceneResourceFolderPath()),
+        .text = findText(key, sceneIdentifier(), reader.int32("textMaxLenght"), playback.settings()),
+        .font = findFont(reader.text("fontName"), size, sceneResourceFolderPath(), playback),
         .alignment = static_cast<platform::TextAlignment>(std::clamp(reader.int32("textAlignment"), 0, 2)),
         .lineLength = reader.number("lineLength")};
 }
 
 void QVGLFontTextObjectBase::updateDue(const Tick& tick) {
     QVObject3DTransformBase::updateDue(tick);
-    if (hasLetters_) return;
+    Playback* const played = playback();
+    if (hasLetters_ || !played) return;
     hasLetters_ = true;
-    const std::vector<char32_t> leftOut = makeLetters(letterText());
+    const std::vector<char32_t> leftOut = makeLetters(letterText(*played));
     if (!leftOut.empty()) reportSkipped(*this, "letters that cannot be drawn", letterNames(leftOut));
 }
 

@@ -39,7 +39,7 @@ class QVGLFontTextObjectBase : public QVObject3DTransformBase {
     }
 
   private:
-    platform::LetterText letterText() const;
+    platform::LetterText letterText(Playback& playback) const;
 
     platform::Value fontInfo_;
     platform::Color textColor_;

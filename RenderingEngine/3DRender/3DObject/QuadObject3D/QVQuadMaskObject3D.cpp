@@ -67,8 +67,8 @@ void QVQuadMaskObject3D::updateDue(const Tick& tick) {
 
 void QVQuadMaskObject3D::loadMask() {
     if (!maskInfo_) return;
-    std::string path = QVMultiSceneRenderShareSettings::computeFilePathUserMap(
-        textureNameOf(maskInfo_), sceneIdentifier(), sceneResourceFolderPath());
+    std::string path = settings().computeFilePathUserMap(textureNameOf(maskInfo_), sceneIdentifier(),
+                                                         sceneResourceFolderPath());
     maskMaterial_ = QVMaterialBase::loadTextureWithDic(maskInfo_, materialContext(std::move(path)));
 }
 

@@ -5,6 +5,7 @@
 #include "3DObject/QuadObject3D/TrackFile.h"
 #include "core/NodeTypes.h"
 #include "core/SkippedMedia.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -37,8 +38,9 @@ void QVQuadTrackObject3D::rendInfoWithDic(const platform::Value& info) {
 }
 
 void QVQuadTrackObject3D::parserTrackDataWithXmlPath(const std::string& trackFilePath) {
-    for (const platform::Value& entry : TrackFile::read(resolvedPath(trackFilePath)))
-        trackData_.push_back(computeQuadVerticesWithTrackInfo(entry));
+    if (Playback* const played = playback())
+        for (const platform::Value& entry : TrackFile::read(resolvedPath(trackFilePath), played->gate()))
+            trackData_.push_back(computeQuadVerticesWithTrackInfo(entry));
     if (trackData_.empty()) reportSkipped(*this, "missing or unreadable track", trackFilePath);
 }
 

@@ -3,7 +3,6 @@
 #include <charconv>
 #include <cmath>
 
-#include "platform/base/FileGate.h"
 #include "platform/base/Xml.h"
 #include "platform/crypto/Cipher.h"
 
@@ -65,8 +64,8 @@ std::string TrackFile::problemOf(const platform::Value::Array& frames) {
     return {};
 }
 
-platform::Value::Array TrackFile::read(const std::string& path) {
-    const auto opened = platform::FileGate::shared().open(path);
+platform::Value::Array TrackFile::read(const std::string& path, platform::FileGate& gate) {
+    const auto opened = gate.open(path);
     if (!opened.file) return {};
     try {
         const auto plain =

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/base/FileGate.h"
 #include "platform/base/Value.h"
 
 namespace multiscene {
@@ -28,7 +29,7 @@ class TrackFile {
     /// empty when nothing is.
     static std::string problemOf(const platform::Value::Array& frames);
     /// Opens a stored track through the fence and reads its frames; empty when that fails anywhere.
-    static platform::Value::Array read(const std::string& path);
+    static platform::Value::Array read(const std::string& path, platform::FileGate& gate);
 };
 
 }  // namespace multiscene

@@ -2,6 +2,7 @@
 
 #include "core/Material/PhotoFilterKeys.h"
 #include "core/QVScene3D.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -24,7 +25,8 @@ QVFilterImage2dMaterial::QVFilterImage2dMaterial(std::string imagePath, std::str
       filterInfo_(std::move(filterInfo)) {}
 
 void QVFilterImage2dMaterial::loadMaterial() {
-    modelTexture_.loadTextureFilter(imagePath_, rootScenePath_, filterInfo_, largestShownBox());
+    if (Playback* const played = playback())
+        modelTexture_.loadTextureFilter(imagePath_, rootScenePath_, filterInfo_, *played, largestShownBox());
     setTexture(modelTexture_.texture());
     if (!hasTexture()) reportSkippedPicture(imagePath_, filterInfo_);
 }

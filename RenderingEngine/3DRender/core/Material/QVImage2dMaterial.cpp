@@ -1,6 +1,7 @@
 #include "core/Material/QVImage2dMaterial.h"
 
 #include "core/Material/TextureInfoKeys.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -23,7 +24,8 @@ QVImage2dMaterial::QVImage2dMaterial(std::string imagePath, ImageType imageType,
       textureInfo_(std::move(textureInfo)) {}
 
 void QVImage2dMaterial::loadMaterial() {
-    modelTexture_.loadPicture(imagePath_, imageType_, largestShownBox());
+    if (Playback* const played = playback())
+        modelTexture_.loadPicture(imagePath_, imageType_, played->gate(), largestShownBox());
     setTexture(modelTexture_.texture());
     if (!hasTexture()) reportSkippedPicture(imagePath_, textureInfo_);
 }

@@ -12,10 +12,13 @@ std::shared_ptr<QVMaterialBase> QVMaterialBase::loadTextureWithDic(const platfor
     const auto* known = MaterialTypes::find(KeyReader(textureInfoKeys, textureInfo).text("textureType"));
     if (!known) return nullptr;
     auto material = known->make(textureInfo, context);
+    if (!material) return nullptr;
     material->setObject3D(context.object3D);
     material->loadMaterial();
     return material;
 }
+
+Playback* QVMaterialBase::playback() const { return object3D_ ? object3D_->playback() : nullptr; }
 
 ShownBox QVMaterialBase::largestShownBox() const {
     auto* drawable = dynamic_cast<QVObject3DTextureBase*>(object3D_);

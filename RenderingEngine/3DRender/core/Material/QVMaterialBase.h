@@ -9,6 +9,7 @@
 
 namespace multiscene {
 
+class Playback;
 class QVObject3DFpsBase;
 class QVScene3D;
 
@@ -51,6 +52,8 @@ class QVMaterialBase {
     virtual void updateMaterial(int64_t /*frame*/) {}
 
   protected:
+    /// Of the drawable's scene; none outside of one.
+    Playback* playback() const;
     explicit QVMaterialBase(MaterialType materialType = MaterialType::Image) : materialType_(materialType) {}
     /// Notes a picture or video that could not be shown: `path`, or, when the file is not there, the
     /// "texture" of the dictionary.

@@ -21,9 +21,10 @@ QVTexture2dMaterial::QVTexture2dMaterial(platform::Value textInfo)
 void QVTexture2dMaterial::loadMaterial() {
     auto model = QVMultiScene2DTextDataModel::multiScene2DTextDataModelWithDic(textInfo_);
     const auto scene = object3D() ? object3D()->scene() : nullptr;
-    model.setScene(scene ? scene->sceneIdentifier() : std::string(),
-                   scene ? scene->sceneConfigData().sceneResourceFolderPath : std::string());
-    if (scene && !model.missingLetters().empty())
+    if (!scene) return;
+    model.setScene(scene->sceneIdentifier(), scene->sceneConfigData().sceneResourceFolderPath,
+                   scene->playback());
+    if (!model.missingLetters().empty())
         reportSkipped(*object3D(), "letters that cannot be drawn", letterNames(model.missingLetters()));
     setTextureCoordinates(modelTexture_.loadTextureFrom2DTextDadaModel(model));
     setTexture(modelTexture_.texture());

@@ -2,8 +2,7 @@
 
 #include "core/Material/TextureInfoKeys.h"
 #include "core/QVScene3D.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
-#include "platform/base/FileGate.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -49,15 +48,16 @@ void QVTextureSerialMaterial::updateMaterial(int64_t frame) {
     const auto name = sequence_.animationWithCurrentFps(frame, animationStartFps_, animationEndFps_);
     const auto scene = currentscene_.lock();
     if (!name || !scene) return;
-    const std::string path = QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(
+    Playback& playback = scene->playback();
+    const std::string path = playback.settings().multiSceneRenderPathResourcesWithString(
         *name, scene->sceneConfigData().sceneResourceFolderPath);
-    if (path != shownPath_ && platform::FileGate::shared().exists(path)) show(path);
+    if (path != shownPath_ && playback.gate().exists(path)) show(path, playback.gate());
     if (!hasTexture()) reportSkippedPicture(path.empty() ? *name : path, textureInfo_);
 }
 
-void QVTextureSerialMaterial::show(const std::string& path) {
+void QVTextureSerialMaterial::show(const std::string& path, platform::FileGate& gate) {
     ZBTexture picture;
-    picture.loadPicture(path, imageType_, largestShownBox());
+    picture.loadPicture(path, imageType_, gate, largestShownBox());
     modelTexture_ = std::move(picture);
     setTexture(modelTexture_.texture());
     shownPath_ = path;

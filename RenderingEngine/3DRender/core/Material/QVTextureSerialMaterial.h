@@ -21,7 +21,7 @@ class QVTextureSerialMaterial : public QVTextureMaterial {
     std::string sourcePath() const override { return shownPath_; }
 
   private:
-    void show(const std::string& path);
+    void show(const std::string& path, platform::FileGate& gate);
 
     platform::Value textureInfo_;
     ImageType imageType_;

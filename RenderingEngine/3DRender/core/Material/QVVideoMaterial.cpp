@@ -7,7 +7,7 @@
 #include "core/QVScene3D.h"
 #include "core/RenderDriver.h"
 #include "core/VideoTimeSource.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -52,20 +52,22 @@ static const MaterialTypes::Registration registered(
     "mp4Video",
     [](const platform::Value& textureInfo,
        const MaterialContext& context) -> std::shared_ptr<QVMaterialBase> {
-        const auto film = UserFilm::of(textureNameOf(textureInfo),
-                                       context.scene ? context.scene->sceneIdentifier() : std::string());
+        if (!context.scene) return nullptr;
+        Playback& playback = context.scene->playback();
+        const auto film =
+            UserFilm::of(textureNameOf(textureInfo), context.scene->sceneIdentifier(), playback.settings());
         return std::make_shared<QVVideoMaterial>(context.textureObjectPath,
                                                  KeyReader(videoTextureKeys, textureInfo).int32("videoFps"),
-                                                 textureInfo, film);
+                                                 textureInfo, film, playback.gate());
     },
     videoTextureKeys);
 
 QVVideoMaterial::QVVideoMaterial(std::string videoPath, int32_t videoFps, platform::Value textureInfo,
-                                 const UserFilm& userFilm)
+                                 const UserFilm& userFilm, platform::FileGate& gate)
     : QVTextureMaterial(MaterialType::Video),
       textureInfo_(std::move(textureInfo)),
       usersVolume_(userFilm.volume),
-      videoReader_(std::move(videoPath), videoFps, settingsOf(userFilm)) {
+      videoReader_(std::move(videoPath), videoFps, gate, settingsOf(userFilm)) {
     videoReader_.startProcessing();
 }
 
@@ -79,9 +81,10 @@ void QVVideoMaterial::loadMaterial() {
 float QVVideoMaterial::volume() const {
     if (usersVolume_) return *usersVolume_;
     const auto scene = object3D()->scene();
-    return QVMultiSceneRenderShareSettings::valueOrUsers(
-               KeyReader(videoTextureKeys, textureInfo_).value("audioVolume"),
-               scene ? scene->sceneIdentifier() : std::string())
+    return object3D()
+        ->settings()
+        .valueOrUsers(KeyReader(videoTextureKeys, textureInfo_).value("audioVolume"),
+                      scene ? scene->sceneIdentifier() : std::string())
         .floatValue();
 }
 

@@ -15,7 +15,7 @@ class QVVideoMaterial : public QVTextureMaterial {
   public:
     /// Opens the file and starts decoding ahead. `videoFps`: the rate in which frame times count.
     QVVideoMaterial(std::string videoPath, int32_t videoFps, platform::Value textureInfo,
-                    const UserFilm& userFilm = {});
+                    const UserFilm& userFilm, platform::FileGate& gate);
 
     void loadMaterial() override;
     void updateMaterial(int64_t frame) override;

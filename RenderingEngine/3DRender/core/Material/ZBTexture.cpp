@@ -8,11 +8,10 @@
 #include "core/Material/BitmapStretch.h"
 #include "core/Material/PhotoFilterKeys.h"
 #include "dataMode/QVMultiScene2DTextDataModel.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
-#include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
 #include "platform/image/ImageDecoder.h"
 #include "platform/image/PhotoFilter.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -71,18 +70,16 @@ void ZBTexture::show(platform::Bitmap bitmap) {
     if (!bitmap.isEmpty()) texture_->setPicture(std::move(bitmap));
 }
 
-platform::FileHandle ZBTexture::openFile(const std::string& path) {
+platform::FileHandle ZBTexture::openFile(const std::string& path, platform::FileGate& gate) {
     if (path.empty()) return {};
     const std::filesystem::path file(path);
-    return platform::FileGate::shared()
-        .open(file.is_absolute() ? file : platform::resourcesFolder() / file)
-        .file;
+    return gate.open(file.is_absolute() ? file : platform::resourcesFolder() / file).file;
 }
 
-platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path, const ShownBox& shown,
-                                             SizeOnCanvas sizeOnCanvas) {
+platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path, platform::FileGate& gate,
+                                             const ShownBox& shown, SizeOnCanvas sizeOnCanvas) {
     textureContentSize_ = {};
-    const platform::FileHandle file = openFile(path);
+    const platform::FileHandle file = openFile(path, gate);
     if (!file) return {};
     try {
         const platform::ImageSize size = platform::readImageSize(file, {.name = path});
@@ -97,8 +94,8 @@ platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path, const Show
     }
 }
 
-void ZBTexture::loadloadTexture(const std::string& path, const ShownBox& shown) {
-    show(decodeOntoCanvas(path, shown));
+void ZBTexture::loadloadTexture(const std::string& path, platform::FileGate& gate, const ShownBox& shown) {
+    show(decodeOntoCanvas(path, gate, shown));
 }
 
 void ZBTexture::loadTextureFromImage(const platform::Bitmap& image) {
@@ -108,13 +105,14 @@ void ZBTexture::loadTextureFromImage(const platform::Bitmap& image) {
     show(image.size() == canvas ? image : stretched(image, canvas));
 }
 
-void ZBTexture::loadPicture(const std::string& path, ImageType imageType, const ShownBox& shown) {
-    if (imageType == ImageType::Picture) loadloadTexture(path, shown);
-    if (imageType == ImageType::Pvr) loadTextureFromPvr(path);
+void ZBTexture::loadPicture(const std::string& path, ImageType imageType, platform::FileGate& gate,
+                            const ShownBox& shown) {
+    if (imageType == ImageType::Picture) loadloadTexture(path, gate, shown);
+    if (imageType == ImageType::Pvr) loadTextureFromPvr(path, gate);
 }
 
-void ZBTexture::loadTextureFromPvr(const std::string& path) {
-    const platform::FileHandle opened = openFile(path);
+void ZBTexture::loadTextureFromPvr(const std::string& path, platform::FileGate& gate) {
+    const platform::FileHandle opened = openFile(path, gate);
     if (!opened) return;
     try {
         const PvrFile file(platform::readFile(opened, path, PvrFile::maxBytes));
@@ -129,30 +127,28 @@ void ZBTexture::loadTextureFromPvr(const std::string& path) {
 
 // Filters
 
-std::string ZBTexture::filterResourcePath(const std::string& name, const std::string& sceneRootPath) {
-    return QVMultiSceneRenderShareSettings::multiSceneRenderPathResourcesWithString(name, sceneRootPath);
-}
-
 platform::Bitmap ZBTexture::filterWithOriginalImage(const platform::Bitmap& originalImage,
                                                     const std::string& sceneRootPath,
-                                                    const platform::Value& filterInfo) {
+                                                    const platform::Value& filterInfo, Playback& playback) {
     const KeyReader reader(photoFilterKeys, filterInfo);
     const platform::PhotoFilter filter{.type = reader.text("filterType"),
                                        .cornerRadius = reader.number("circularR"),
                                        .strokeWidth = reader.number("strokeW"),
                                        .strokeColor = colorOf(reader.vector4("strokeColor"))};
     platform::Bitmap overlay;
-    const std::string overlayPath = filterResourcePath(reader.text("maskPhotoName"), sceneRootPath);
-    if (const platform::FileHandle file = openFile(overlayPath))
+    const std::string overlayPath = playback.settings().multiSceneRenderPathResourcesWithString(
+        reader.text("maskPhotoName"), sceneRootPath);
+    if (const platform::FileHandle file = openFile(overlayPath, playback.gate()))
         overlay = decodeStretched(file, overlayPath, originalImage.size());
     return platform::drawPhotoFilter(filter, originalImage, overlay.isEmpty() ? nullptr : &overlay);
 }
 
 void ZBTexture::loadTextureFilter(const std::string& path, const std::string& sceneRootPath,
-                                  const platform::Value& filterInfo, const ShownBox& shown) {
-    const platform::Bitmap photo = decodeOntoCanvas(path, {}, filteredSize);
+                                  const platform::Value& filterInfo, Playback& playback,
+                                  const ShownBox& shown) {
+    const platform::Bitmap photo = decodeOntoCanvas(path, playback.gate(), {}, filteredSize);
     if (photo.isEmpty()) return;
-    platform::Bitmap shaped = filterWithOriginalImage(photo, sceneRootPath, filterInfo);
+    platform::Bitmap shaped = filterWithOriginalImage(photo, sceneRootPath, filterInfo, playback);
     const platform::ImageSize canvas = canvasOf(photo.size(), shown);
     show(canvas == shaped.size() ? std::move(shaped) : averaged(shaped, canvas));
 }

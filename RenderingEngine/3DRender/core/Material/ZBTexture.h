@@ -5,12 +5,13 @@
 
 #include "core/GLESUtils/Texture.h"
 #include "core/Material/QVTextureMaterial.h"
-#include "platform/base/File.h"
+#include "platform/base/FileGate.h"
 #include "platform/base/Value.h"
 #include "platform/image/Image.h"
 
 namespace multiscene {
 
+class Playback;
 class QVMultiScene2DTextDataModel;
 
 /// How a picture file is stored; other numbers load nothing.
@@ -40,36 +41,36 @@ class ZBTexture {
     /// Pixels of the source picture, before any rounding: what a quad is fitted to.
     const TextureSize& textureContentSize() const { return textureContentSize_; }
     /// A picture file. Glossary: "loadload" is load.
-    void loadloadTexture(const std::string& path, const ShownBox& shown = {});
+    void loadloadTexture(const std::string& path, platform::FileGate& gate, const ShownBox& shown = {});
     void loadTextureFromImage(const platform::Bitmap& image);
     /// A PVR version 2 file, plain or gzip-compressed.
-    void loadTextureFromPvr(const std::string& path);
+    void loadTextureFromPvr(const std::string& path, platform::FileGate& gate);
     /// A file of the given kind.
-    void loadPicture(const std::string& path, ImageType imageType, const ShownBox& shown = {});
+    void loadPicture(const std::string& path, ImageType imageType, platform::FileGate& gate,
+                     const ShownBox& shown = {});
     /// A photo shaped by the "filterType" of the dictionary. It is brought to filterPhotoSide before, so that
     /// its radii and strokes look the same on a photo of any size.
     void loadTextureFilter(const std::string& path, const std::string& sceneRootPath,
-                           const platform::Value& filterInfo, const ShownBox& shown = {});
+                           const platform::Value& filterInfo, Playback& playback, const ShownBox& shown = {});
     /// A text; returns where it lies in the texture. Texts beyond maxTextBitmapSide are drawn smaller.
     QVTextureMaterial::TextureCoordinates loadTextureFrom2DTextDadaModel(
         const QVMultiScene2DTextDataModel& model);
 
     /// The canvas side for a picture side, computed in single precision: the next power of two, at least 64.
     static int minimumSizedTextureSize(float side);
-    /// A file that a filter names, with its macros resolved.
-    static std::string filterResourcePath(const std::string& name, const std::string& sceneRootPath);
-    /// The photo, already of the canvas's size, as the filter shapes it.
+    /// The photo, already of the canvas's size, as the filter shapes it; its overlay is found as a scene with
+    /// this resource folder finds files.
     static platform::Bitmap filterWithOriginalImage(const platform::Bitmap& originalImage,
                                                     const std::string& sceneRootPath,
-                                                    const platform::Value& filterInfo);
+                                                    const platform::Value& filterInfo, Playback& playback);
 
   private:
-    static platform::FileHandle openFile(const std::string& path);
+    static platform::FileHandle openFile(const std::string& path, platform::FileGate& gate);
     /// The size that a picture is to count as; none: its own.
     using SizeOnCanvas = platform::ImageSize (*)(platform::ImageSize);
     /// The picture on its canvas; empty when it cannot be read.
-    platform::Bitmap decodeOntoCanvas(const std::string& path, const ShownBox& shown,
-                                      SizeOnCanvas sizeOnCanvas = nullptr);
+    platform::Bitmap decodeOntoCanvas(const std::string& path, platform::FileGate& gate,
+                                      const ShownBox& shown, SizeOnCanvas sizeOnCanvas = nullptr);
     void show(platform::Bitmap bitmap);
 
     std::shared_ptr<Texture> texture_ = std::make_shared<Texture>();

@@ -35,10 +35,14 @@ void QVObject3DComponentBase::rendInfoWithDic(const platform::Value& info) {
 void QVObject3DComponentBase::computeStartAndEndFps(const platform::Value& info) {
     // As written: the text of a fallback would be looked up as a key of the user.
     const auto frameNumber = [&](const char* key) {
-        return QVMultiSceneRenderShareSettings::valueOrUsers(info[key], sceneIdentifier()).integerValue();
+        return settings().valueOrUsers(info[key], sceneIdentifier()).integerValue();
     };
     sartFps_ = frameNumber("startFps");
     endFps_ = frameNumber("endFps");
+}
+
+const QVMultiSceneRenderShareSettings& QVObject3DComponentBase::settings() const {
+    return object3D_ ? object3D_->settings() : QVMultiSceneRenderShareSettings::none();
 }
 
 std::string QVObject3DComponentBase::sceneIdentifier() const {

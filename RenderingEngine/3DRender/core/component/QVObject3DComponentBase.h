@@ -8,6 +8,7 @@
 
 namespace multiscene {
 
+class QVMultiSceneRenderShareSettings;
 class QVObjectContainer3D;
 
 extern const KeyTable componentKeys;
@@ -32,6 +33,8 @@ class QVObject3DComponentBase {
   protected:
     /// The identifier of the owner's scene; empty without one.
     std::string sceneIdentifier() const;
+    /// The owner's.
+    const QVMultiSceneRenderShareSettings& settings() const;
 
   private:
     void computeStartAndEndFps(const platform::Value& info);

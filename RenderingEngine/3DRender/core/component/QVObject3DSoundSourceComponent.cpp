@@ -2,8 +2,7 @@
 
 #include "core/QVScene3D.h"
 #include "core/SkippedMedia.h"
-#include "other/QVMultiSceneRenderShareSettings.h"
-#include "platform/base/FileGate.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -40,7 +39,7 @@ static const ComponentTypes::Registration registered(
 
 float QVObject3DSoundSourceComponent::audioVolume() const {
     const platform::Value& volume = componentInfo()["audioVolume"];
-    return QVMultiSceneRenderShareSettings::valueOrUsers(volume, sceneIdentifier()).floatValue();
+    return settings().valueOrUsers(volume, sceneIdentifier()).floatValue();
 }
 
 std::string QVObject3DSoundSourceComponent::audioKeyIndfer() const {
@@ -49,7 +48,7 @@ std::string QVObject3DSoundSourceComponent::audioKeyIndfer() const {
 
 std::string QVObject3DSoundSourceComponent::audioPath() const {
     const auto scene = object3D()->scene();
-    return QVMultiSceneRenderShareSettings::computeFilePathUserMap(
+    return settings().computeFilePathUserMap(
         KeyReader(soundSourceKeys, componentInfo()).text("audioFilePath"), sceneIdentifier(),
         scene ? scene->sceneConfigData().sceneResourceFolderPath : std::string());
 }
@@ -70,7 +69,7 @@ void QVObject3DSoundSourceComponent::updateData(const Tick& tick) {
     const auto scene = object3D()->scene();
     if (!tick.isNew || tick.frame != sartFps() || !scene) return;
     const std::string path = audioPath();
-    if (platform::FileGate::shared().exists(path))
+    if (scene->playback().gate().exists(path))
         scene->renderManager().startSoundEffect(audioEntry(path));
     else
         reportSkipped(*object3D(), "missing file",

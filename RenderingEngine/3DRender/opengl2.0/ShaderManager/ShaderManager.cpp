@@ -24,14 +24,14 @@ std::shared_ptr<Shader> ShaderManager::createShader(const std::string& name, con
 
 platform::Value ShaderManager::readSettings(const std::string& name, const std::string& path) {
     std::string problem;
-    platform::Value settings = readShaderDescription(path, problem);
+    platform::Value settings = readShaderDescription(path, gate_, problem);
     if (!problem.empty()) record({name, path, problem});
     return settings;
 }
 
 std::shared_ptr<Shader> ShaderManager::createShader(const std::string& name, const platform::Value& settings,
                                                     const std::string& shaderRootPath) {
-    auto shader = std::make_shared<Shader>(settings, shaderRootPath);
+    auto shader = std::make_shared<Shader>(settings, shaderRootPath, gate_);
     if (shaderForName(name)) removeShader(name);
     return store(name, std::move(shader));
 }
@@ -42,8 +42,8 @@ std::shared_ptr<Shader> ShaderManager::createShaderWithDefinitions(const std::st
     const std::string key = name + "\n" + definitions;
     if (auto cached = shaderForName(key)) return cached;
     const std::filesystem::path path = shaderDescriptionPath(file);
-    auto shader =
-        std::make_shared<Shader>(readSettings(name, path.string()), path.parent_path().string(), definitions);
+    auto shader = std::make_shared<Shader>(readSettings(name, path.string()), path.parent_path().string(),
+                                           gate_, definitions);
     return store(key, std::move(shader));
 }
 

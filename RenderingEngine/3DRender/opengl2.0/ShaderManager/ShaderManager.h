@@ -14,7 +14,8 @@ namespace multiscene {
 /// program that failed is cached too and not tried again. Render thread, with the context current.
 class ShaderManager {
   public:
-    ShaderManager() = default;
+    /// Templates' shaders are opened through the gate, which outlives the cache.
+    explicit ShaderManager(platform::FileGate& gate) : gate_(gate) {}
     ShaderManager(const ShaderManager&) = delete;
     ShaderManager& operator=(const ShaderManager&) = delete;
 
@@ -59,6 +60,7 @@ class ShaderManager {
     std::shared_ptr<Shader> store(const std::string& name, std::shared_ptr<Shader> shader);
     void record(ShaderFailure failure);
 
+    platform::FileGate& gate_;
     std::map<std::string, std::shared_ptr<Shader>> shaderPrograms_;
     unsigned int activeProgram_ = 0;
     std::vector<ShaderFailure> failures_;

@@ -1,0 +1,32 @@
+// What one video is played with, apart from what draws it.
+#pragma once
+
+#include "other/QVMultiSceneRenderShareSettings.h"
+#include "other/RenderReport.h"
+#include "platform/base/FileGate.h"
+
+namespace multiscene {
+
+/// One a video; several may play at once. Made by whoever wants the video, filled before it plays, and shared
+/// with the driver, which outlives its scenes; nodes reach it through their scene. Gate and report are
+/// safe from any thread; the settings are not changed while the video plays.
+class Playback {
+  public:
+    Playback() = default;
+    Playback(const Playback&) = delete;
+    Playback& operator=(const Playback&) = delete;
+
+    /// The fence: which files the video may open.
+    platform::FileGate& gate() { return gate_; }
+    /// What was left out or done otherwise.
+    RenderReport& report() { return report_; }
+    /// The user's values, and what the macros of paths stand for.
+    QVMultiSceneRenderShareSettings& settings() { return settings_; }
+
+  private:
+    platform::FileGate gate_;
+    RenderReport report_;
+    QVMultiSceneRenderShareSettings settings_;
+};
+
+}  // namespace multiscene
