@@ -98,13 +98,6 @@ void ZBTexture::loadloadTexture(const std::string& path, platform::FileGate& gat
     show(decodeOntoCanvas(path, gate, shown));
 }
 
-void ZBTexture::loadTextureFromImage(const platform::Bitmap& image) {
-    textureContentSize_ = {static_cast<double>(image.width), static_cast<double>(image.height)};
-    if (image.isEmpty()) return;
-    const platform::ImageSize canvas{canvasSide(image.width), canvasSide(image.height)};
-    show(image.size() == canvas ? image : stretched(image, canvas));
-}
-
 void ZBTexture::loadPicture(const std::string& path, ImageType imageType, platform::FileGate& gate,
                             const ShownBox& shown) {
     if (imageType == ImageType::Picture) loadloadTexture(path, gate, shown);

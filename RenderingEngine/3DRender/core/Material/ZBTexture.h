@@ -42,7 +42,6 @@ class ZBTexture {
     const TextureSize& textureContentSize() const { return textureContentSize_; }
     /// A picture file. Glossary: "loadload" is load.
     void loadloadTexture(const std::string& path, platform::FileGate& gate, const ShownBox& shown = {});
-    void loadTextureFromImage(const platform::Bitmap& image);
     /// A PVR version 2 file, plain or gzip-compressed.
     void loadTextureFromPvr(const std::string& path, platform::FileGate& gate);
     /// A file of the given kind.
