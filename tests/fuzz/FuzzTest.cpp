@@ -145,7 +145,8 @@ TEST_F(FuzzTest, ShaderDescriptions) {
         [&](const Bytes& bytes) {
             try {
                 const Value parsed = platform::parsePropertyList(bytes, "shader.plist");
-                return ShaderManager().createShader("fuzz", parsed, folder)->programHandle() != 0;
+                platform::FileGate gate;
+                return ShaderManager(gate).createShader("fuzz", parsed, folder)->programHandle() != 0;
             } catch (const platform::Error&) {
                 return false;
             }

@@ -18,7 +18,7 @@ namespace {
 
 LetterText text(const std::string& letters, float lineLength = 0,
                 TextAlignment alignment = TextAlignment::Left) {
-    return {letters, {"DejaVu Sans", "", 2}, alignment, lineLength};
+    return {letters, {"DejaVu Sans", nullptr, 2}, alignment, lineLength};
 }
 
 struct Box {

@@ -18,7 +18,7 @@ constexpr int width = 400, height = 200;
 TextTextureDescription describe(const std::string& text, float size = 40) {
     TextTextureDescription description;
     description.layout.text = text;
-    description.layout.font = {"DejaVu Sans", "", size};
+    description.layout.font = {"DejaVu Sans", nullptr, size};
     description.textColor = {1, 0, 0, 1};
     description.textureSize = {width, height};
     description.drawRect = {0, 0, width, height};
