@@ -82,16 +82,18 @@ void Supervisor::wait() {
     ::poll(waiting, std::size(waiting), std::min(kNap, static_cast<int>(grace * 1000) + 1));
 }
 
-void Supervisor::hear() {
+bool Supervisor::hear() {
     constexpr int most = 64;  // then signals and limits have their turn
     try {
         for (int count = 0; count < most && mayWrite(); ++count) {
             auto message = worker_.channel().receive();
-            if (!message) return;
+            if (!message) return false;
             take(*message);
         }
+        return true;
     } catch (const Error&) {
         end(WorkerFault::Nonsense);
+        return false;
     }
 }
 
@@ -132,16 +134,15 @@ void Supervisor::takeProgress(int64_t frames, int64_t total) {
     activity_ = {isDrawn ? "finishing" : "drawing frame " + std::to_string(frames), "", ErrorKind::Template};
 }
 
-void Supervisor::passErrorsOn() {
+bool Supervisor::passErrorsOn() {
     char buffer[4096];
     const ssize_t size = ::read(worker_.errors(), buffer, sizeof buffer);
-    if (size > 0) {
-        std::string text(buffer, static_cast<size_t>(size));
-        makeHarmless(text);
-        std::fwrite(text.data(), 1, text.size(), stderr);
-    } else if (size == 0 || errno != EAGAIN) {
-        hasErrors_ = false;
-    }
+    if (size == 0 || (size < 0 && errno != EAGAIN)) hasErrors_ = false;
+    if (size <= 0) return false;
+    std::string text(buffer, static_cast<size_t>(size));
+    makeHarmless(text);
+    std::fwrite(text.data(), 1, text.size(), stderr);
+    return true;
 }
 
 void Supervisor::readSignals() {
@@ -188,17 +189,24 @@ void Supervisor::end(WorkerFault fault, uint64_t limit) {
     worker_.signal(SIGKILL);
 }
 
-/// What the worker has said before its end, as far as somebody reads it.
+/// What the worker has said before its end, as far as somebody reads it. Not until the channel is closed, and
+/// not without end: where nothing forbids processes, one that it has started may hold on to it.
 void Supervisor::drain() {
-    while (!worker_.channel().isClosed() && fault_ != WorkerFault::Nonsense) {
+    constexpr int most = 1000;  // more than channel and pipe hold
+    bool isMore = true;
+    for (int turn = 0; isMore && turn < most && fault_ != WorkerFault::Nonsense;) {
         readSignals();
-        if (isCancelled_ && !mayWrite()) return;
-        if (mayWrite())
-            hear();
-        else
+        if (mayWrite()) {
+            isMore = hear();
+            ++turn;
+        } else if (isCancelled_) {
+            return;
+        } else {
             wait();
+        }
     }
-    while (hasErrors_ && mayWrite()) passErrorsOn();
+    for (int turn = 0; turn < most && mayWrite() && passErrorsOn(); ++turn) {
+    }
 }
 
 int Supervisor::outcome(int status) {

@@ -38,11 +38,13 @@ class Supervisor {
 
   private:
     void wait();
-    void hear();
+    /// True when there may be more at once.
+    bool hear();
     void take(Message& message);
     void takeSign(const Message& sign);
     void takeProgress(int64_t frames, int64_t total);
-    void passErrorsOn();
+    /// False when there is nothing now.
+    bool passErrorsOn();
     void readSignals();
     void cancel();
     void pause();

@@ -305,6 +305,23 @@ TEST_F(FenceTest, AWorkerDiesWithItsSupervisorAndWithEverythingThatItStarted) {
     EXPECT_TRUE(endsSoon(std::stoi(outcome.output)));
 }
 
+/// Where system calls are not filtered.
+TEST_F(FenceTest, WhatLeftTheWorkersGroupDoesNotHoldTheSupervisorUp) {
+    const Outcome outcome = outcomeOf([&](Channel& channel) {
+        const pid_t child = ::fork();
+        if (child == 0) {
+            ::setsid();
+            ::usleep(3'000'000);
+            ::_exit(0);
+        }
+        ::usleep(100'000);
+        say(channel, Message::Kind::Done, {"0"});
+        return 0;
+    });
+    EXPECT_EQ(outcome.code, 0);
+    EXPECT_LT(outcome.seconds, 2);
+}
+
 TEST_F(FenceTest, AWorkerIsNotStartedWhileThreadsRun) {
     if (isSanitized()) GTEST_SKIP() << "sanitizers have threads of their own";
     std::thread thread([] { ::usleep(300'000); });
