@@ -39,6 +39,10 @@ void tagColours(AVCodecContext& codec, YuvMatrix matrix) {
     codec.chroma_sample_location = AVCHROMA_LOC_CENTER;
 }
 
+// How the encoder spreads bits over a film goes by processor otherwise: the way for AVX-512 reads memory that
+// nobody has written, and so the bytes of a film depended on what had been in memory before.
+constexpr const char* kSameOnEveryProcessor = "cpu-independent=1";
+
 }  // namespace
 
 H264Encoder::H264Encoder(const VideoWriter::Settings& settings)
@@ -71,6 +75,7 @@ void H264Encoder::openCodec() {
     codec_->flags |= AV_CODEC_FLAG_BITEXACT | AV_CODEC_FLAG_GLOBAL_HEADER;
     tagColours(*codec_, yuvMatrixFor(settings_.width, settings_.height));
     av_opt_set(codec_->priv_data, "preset", settings_.preset.c_str(), 0);
+    av_opt_set(codec_->priv_data, "x264-params", kSameOnEveryProcessor, 0);
     ffmpeg::check(avcodec_open2(codec_.get(), encoder, nullptr), "cannot start the encoder",
                   settings_.path.string());
 }
