@@ -143,6 +143,19 @@ void paintRows(const PreparedPaint& paint, const TileArea& area, const Canvas& c
     for (int row = std::max(area.top, paint.top); row < bottom; ++row) painter.paint(row, within);
 }
 
+void sampleRows(const PreparedPaint& paint, const TileArea& area, const Canvas& samples) {
+    const Run within{std::max(area.left, paint.left), std::min(area.right, paint.right)};
+    if (within.isEmpty()) return;
+    const int count = within.to - within.from, bottom = std::min(area.bottom, paint.bottom);
+    RowBuffer<uint32_t> row;  // sampling writes whole vectors
+    for (int y = std::max(area.top, paint.top); y < bottom; ++y) {
+        copyOrSample(paint.picture, paint.perspective, {area.left, within.from, y, count}, row.at);
+        std::memcpy(
+            samples.pixels + (y - paint.top) * samples.stride + ptrdiff_t{within.from - paint.left} * 4,
+            row.at, static_cast<size_t>(count) * 4);
+    }
+}
+
 }  // namespace platform::HWY_NAMESPACE
 HWY_AFTER_NAMESPACE();
 
@@ -150,9 +163,14 @@ HWY_AFTER_NAMESPACE();
 namespace platform {
 
 HWY_EXPORT(paintRows);
+HWY_EXPORT(sampleRows);
 
 void paintTile(const PreparedPaint& paint, const TileArea& area, const Canvas& canvas) {
     HWY_DYNAMIC_DISPATCH(paintRows)(paint, area, canvas);
+}
+
+void sampleTile(const PreparedPaint& paint, const TileArea& area, const Canvas& samples) {
+    HWY_DYNAMIC_DISPATCH(sampleRows)(paint, area, samples);
 }
 
 bool covers(const PreparedPaint& paint, const TileArea& area) {

@@ -17,6 +17,10 @@ struct TileArea {
 /// Paints what of the shape lies in the area. The same bytes on every processor.
 void paintTile(const PreparedPaint& paint, const TileArea& area, const Canvas& canvas);
 
+/// Looks up what the shape shows of its picture at the pixels of its bounds that lie in the area: `samples`
+/// has the size of the bounds. What is painted is made of these.
+void sampleTile(const PreparedPaint& paint, const TileArea& area, const Canvas& samples);
+
 /// Whether every pixel of the area lies wholly inside of the shape.
 bool covers(const PreparedPaint& paint, const TileArea& area);
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <cmath>
 
 #include "platform/pixels/TilePaint.h"
 
@@ -58,15 +59,49 @@ TilePainter::~TilePainter() {
     for (std::thread& helper : helpers_) helper.join();
 }
 
-void TilePainter::paint(std::span<const PreparedPaint> paints, uint32_t background, const Canvas& canvas) {
-    const int columns = (canvas.width + kTileColumns - 1) / kTileColumns;
-    const int rows = (canvas.height + kTileRows - 1) / kTileRows;
+void TilePainter::shareTiles(int width, int height, const std::function<void(const TileArea&)>& work) {
+    const int columns = (width + kTileColumns - 1) / kTileColumns;
+    const int rows = (height + kTileRows - 1) / kTileRows;
     share(columns * rows, [&](int tile) {
         const int left = tile % columns * kTileColumns, top = tile / columns * kTileRows;
-        const TileArea area{left, top, std::min(left + kTileColumns, canvas.width),
-                            std::min(top + kTileRows, canvas.height)};
-        paintArea(paints, background, area, canvas);
+        work({left, top, std::min(left + kTileColumns, width), std::min(top + kTileRows, height)});
     });
+}
+
+void TilePainter::paint(std::span<const PreparedPaint> paints, uint32_t background, const Canvas& canvas) {
+    shareTiles(canvas.width, canvas.height,
+               [&](const TileArea& area) { paintArea(paints, background, area, canvas); });
+}
+
+bool TilePainter::canBeSampled(const PreparedPaint& paint) {
+    if (!paint.picture.surface.pixels ||
+        (paint.filter && (paint.filter->type >= 4 || paint.filter->reflection)))
+        return false;
+    // Places on the quad are looked up the way that its picture is.
+    if (paint.perspective && (paint.mask || paint.gradient || paint.filter)) return false;
+    const PlaceMatrix& m = paint.picture.toTexel;
+    const bool isStraight = !paint.perspective && m[0] == 1 && m[1] == 0 && m[3] == 0 && m[4] == 1;
+    return !isStraight || m[2] - 0.5 != std::floor(m[2]) || m[5] - 0.5 != std::floor(m[5]);
+}
+
+PreparedPaint TilePainter::sampled(const PreparedPaint& paint, int width, int height, const Canvas& samples) {
+    shareTiles(width, height, [&](const TileArea& area) {
+        if (touches(paint, area)) sampleTile(paint, area, samples);
+    });
+    return withSamples(paint, {.pixels = samples.pixels,
+                               .stride = samples.stride,
+                               .width = samples.width,
+                               .height = samples.height,
+                               .opaque = paint.picture.surface.opaque});
+}
+
+PreparedPaint TilePainter::withSamples(const PreparedPaint& paint, const Surface& samples) {
+    PreparedPaint result = paint;
+    result.picture.surface = samples;
+    result.perspective = false;
+    result.picture.wrap = Wrap::Clamp;
+    result.picture.toTexel = {1, 0, 0.5 - paint.left, 0, 1, 0.5 - paint.top, 0, 0, 1};
+    return result;
 }
 
 void TilePainter::share(int pieces, const std::function<void(int)>& work) {

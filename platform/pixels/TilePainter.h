@@ -13,6 +13,8 @@
 
 namespace platform {
 
+struct TileArea;
+
 /// Owns the threads that help. Which of them paints which tile does not show in the picture. Used by one
 /// thread at a time.
 class TilePainter {
@@ -28,6 +30,15 @@ class TilePainter {
     /// there. Returns when all is done.
     void paint(std::span<const PreparedPaint> paints, uint32_t background, const Canvas& canvas);
 
+    /// A shape that paints the very same pixels on a canvas of this size, but looks them up in `samples`
+    /// instead of in its picture: for what is painted again and again. `samples` is filled here; it has the
+    /// size of the shape's bounds, and stays the caller's. Only for shapes of which canBeSampled() holds.
+    PreparedPaint sampled(const PreparedPaint& paint, int width, int height, const Canvas& samples);
+    /// The same shape with samples that sampled() filled before.
+    static PreparedPaint withSamples(const PreparedPaint& paint, const Surface& samples);
+    /// Sampling the picture is work that can be done once: it is not copied, and no filter moves its places.
+    static bool canBeSampled(const PreparedPaint& paint);
+
     /// Calls work(0) to work(pieces - 1) on the threads, in any order, and returns when all is done. `work`
     /// may not throw.
     void share(int pieces, const std::function<void(int)>& work);
@@ -35,6 +46,7 @@ class TilePainter {
   private:
     struct Task;
     void help();
+    void shareTiles(int width, int height, const std::function<void(const TileArea&)>& work);
 
     std::mutex mutex_;
     std::condition_variable changed_;

@@ -262,6 +262,33 @@ TEST_F(PainterTest, TargetsAreDrawnIntoAndShown) {
     EXPECT_TRUE(isNear(picture.at(1, 7), {128, 0, 0, 128}));
 }
 
+TEST_F(PainterTest, WhatStandsStillIsPaintedTheSameInEveryFrame) {
+    std::vector<Pixel> colours;
+    for (int i = 0; i < 32 * 32; ++i)
+        colours.push_back({uint8_t(i * 7), uint8_t(i / 4), uint8_t(i * 3), 255});
+    Texture photo = textureOf(colours, 32);
+    Texture mask = textureOf({white, {60, 60, 60, 255}}, 2);
+    const auto camera = glm::perspective(1.0f, 1.0f, 0.1f, 10.0f);
+    const auto drawing = [&](Painter& painter) {
+        int turn = 0;
+        for (const Look& look : {Look(PlainLook{}), Look(PlainLook{.opacity = 0.6f}),
+                                 Look(MaskLook{.mask = &mask, .maskCoordinates = {0, 1, 1, 1, 1, 0, 0, 0}}),
+                                 Look(GradientLook{{0, 1}, {1, 0}, 1}),
+                                 Look(FilterLook{.type = 4, .pixelSize = 5, .pictureSize = {32, 32}})}) {
+            QuadDraw quad = quadOf(&photo, look);
+            glm::mat4 place = glm::translate(identity, {0.3f * float(turn % 3) - 0.4f, 0.1f, -3});
+            place = glm::rotate(place, 0.4f * float(turn++), {0.2f, 0.1f, 1});
+            quad.mvpMatrix = turn == 1 ? glm::scale(identity, {0.71f, 0.83f, 1}) : camera * place;
+            painter.draw(quad);
+        }
+    };
+    const auto paint = [&] { return TwoPainters::paint(painters.software, 96, 80, {9, 9, 9, 255}, drawing); };
+    const PaintedPicture first = paint();
+    for (int frame = 1; frame < 4; ++frame) EXPECT_EQ(paint().pixels, first.pixels) << "frame " << frame;
+    photo = textureOf({{255, 0, 0, 255}});  // another picture, perhaps in the same memory
+    EXPECT_NE(paint().pixels, first.pixels);
+}
+
 TEST(SoftwarePainter, AsksForNoGLWhenNothingNeedsIt) {
     platform::FileGate gate;
     SoftwarePainter painter(

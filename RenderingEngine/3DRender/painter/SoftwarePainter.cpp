@@ -16,6 +16,7 @@ struct SoftwarePainter::Piece {
     std::variant<QuadDraw, LettersDraw, MeshDraw> draw;
     size_t firstPaint = 0, paintCount = 0;
     bool byGL = false;
+    StillPaints::Owner still = nullptr;  ///< of a picture that stays as it is
 
     const DrawState& state() const {
         return std::visit([](const auto& any) -> const DrawState& { return any.state; }, draw);
@@ -39,21 +40,26 @@ struct SoftwarePainter::Picture {
     std::vector<Layer> layers;
     size_t usedLayers = 0;
     std::vector<platform::PreparedPaint> prepared;
+    std::vector<StillPaints::Owner> owners;  ///< of the prepared ones, as StillPaints wants them
 
     void begin(const CanvasSize& newSize, uint32_t newBackground, QVFrameBufferToTexture* newTarget) {
         size = newSize;
         background = newBackground;
         target = newTarget;
+    }
+    void end() {
         pieces.clear();
         paints.clear();
         memory.clear();
+        owners.clear();
         usedLayers = 0;
     }
 
     /// Adds a draw with what it is painted as.
     template <typename Draw>
-    void add(const Draw& draw) {
+    void add(const Draw& draw, const Texture* texture) {
         Piece piece{.draw = draw, .firstPaint = paints.size()};
+        if (texture && texture->isStill()) piece.still = texture->memoryOwner();
         piece.byGL = !addPaints(draw, size, paints);
         piece.paintCount = paints.size() - piece.firstPaint;
         pieces.push_back(std::move(piece));
@@ -66,6 +72,19 @@ struct SoftwarePainter::Picture {
             ordered.insert(ordered.end(), first, first + static_cast<ptrdiff_t>(piece.paintCount));
         }
         paints = std::move(ordered);
+    }
+    /// How many shapes show.
+    size_t prepare() {
+        size_t count = 0;
+        const QuadPaint* paint = paints.data();
+        for (const Piece& piece : pieces)
+            for (size_t i = 0; i < piece.paintCount; ++i, ++paint) {
+                if (prepared.size() == count) prepared.emplace_back();
+                if (!platform::preparePaint(*paint, size.width, size.height, prepared[count])) continue;
+                owners.push_back(piece.still);
+                ++count;
+            }
+        return count;
     }
     void keep(const Texture* texture) {
         if (texture && texture->memoryOwner()) memory.push_back(texture->memoryOwner());
@@ -85,6 +104,7 @@ void SoftwarePainter::release() {
     pictures_.clear();
     spare_.clear();
     blurred_ = {};
+    stills_ = {};
     gl_.release();
 }
 
@@ -110,6 +130,7 @@ void SoftwarePainter::beginTarget(QVFrameBufferToTexture& target) {
 }
 
 void SoftwarePainter::drop() {
+    current().end();
     spare_.push_back(std::move(pictures_.back()));
     pictures_.pop_back();
 }
@@ -117,6 +138,7 @@ void SoftwarePainter::drop() {
 void SoftwarePainter::endFrame(const platform::Canvas& picture) {
     finish(current(), picture);
     drop();
+    ++frame_;
 }
 
 void SoftwarePainter::endTarget() {
@@ -132,12 +154,13 @@ void SoftwarePainter::paint(const QuadDraw& quad) {
     picture.keep(quad.texture);
     if (const auto* mask = std::get_if<MaskLook>(&quad.look)) picture.keep(mask->mask);
     const auto* blur = std::get_if<BlurLook>(&quad.look);
-    if (!blur || quad.texture->levels().empty() || !quad.texture->isPremultiplied()) return picture.add(quad);
+    if (!blur || quad.texture->levels().empty() || !quad.texture->isPremultiplied())
+        return picture.add(quad, quad.texture);
     QuadDraw shown = quad;
     shown.texture = &blurred_.of(*quad.texture, *blur, tiles_);
     shown.look = PlainLook{};
     picture.keep(shown.texture);
-    picture.add(shown);
+    picture.add(shown, nullptr);
 }
 
 /// Some blend functions tell a colour's own alpha from the opacity: then it is painted as a picture.
@@ -146,7 +169,7 @@ void SoftwarePainter::paintColor(const QuadDraw& quad) {
     using Factor = platform::BlendFactor;
     constexpr std::array alike{Factor::Zero, Factor::One, Factor::SrcAlpha, Factor::SrcAlphaSaturate};
     if (std::ranges::find(alike, paintedBlend(quad.state.blend).source) != alike.end())
-        return current().add(quad);
+        return current().add(quad, nullptr);
     const glm::vec4 bytes = glm::round(glm::clamp(look.color, 0.0f, 1.0f) * 255.0f);
     platform::Bitmap texel(1, 1);
     for (int i = 0; i < 4; ++i) texel.rgba[static_cast<size_t>(i)] = static_cast<uint8_t>(bytes[i]);
@@ -158,17 +181,19 @@ void SoftwarePainter::paintColor(const QuadDraw& quad) {
     shown.texture = &texture;
     shown.look = PlainLook{.opacity = look.opacity};
     current().keep(&texture);
-    current().add(shown);
+    current().add(shown, nullptr);
     current().pieces.back().draw = quad;
 }
 
 void SoftwarePainter::paint(const LettersDraw& letters) {
     current().keep(letters.atlas);
-    current().add(letters);
+    current().add(letters, letters.atlas);
 }
 
 void SoftwarePainter::paint(const MeshDraw& mesh) {
-    current().pieces.push_back({.draw = mesh, .firstPaint = current().paints.size(), .byGL = true});
+    Piece piece{.draw = mesh, .firstPaint = current().paints.size()};
+    piece.byGL = true;
+    current().pieces.push_back(std::move(piece));
 }
 
 // --- layers of GL --------------------------------------------------------------------------------------
@@ -251,6 +276,7 @@ void SoftwarePainter::drawLayer(Picture& picture, size_t first, size_t end) {
     Piece& piece = picture.pieces[first];
     piece.firstPaint = picture.paints.size();
     piece.paintCount = 1;
+    piece.still = nullptr;
     picture.paints.push_back(
         paintOf({.pixels = layer.pixels.data(), .stride = stride, .width = width, .height = height}, bounds,
                 isAlone ? piece.state().blend : BlendFunction()));
@@ -264,12 +290,10 @@ void SoftwarePainter::finish(Picture& picture, const platform::Canvas& canvas) {
         picture.orderPaints();
     }
     platform::shareEdges(picture.paints);
-    size_t count = 0;
-    for (const QuadPaint& paint : picture.paints) {
-        if (picture.prepared.size() == count) picture.prepared.emplace_back();
-        if (platform::preparePaint(paint, canvas.width, canvas.height, picture.prepared[count])) ++count;
-    }
-    tiles_.paint({picture.prepared.data(), count}, picture.background, canvas);
+    const size_t count = picture.prepare();
+    const std::span prepared(picture.prepared.data(), count);
+    stills_.replace(prepared, picture.owners, canvas.width, canvas.height, frame_, tiles_);
+    tiles_.paint(prepared, picture.background, canvas);
 }
 
 }  // namespace multiscene

@@ -9,6 +9,7 @@
 #include "painter/BlurredCopies.h"
 #include "painter/GLPainter.h"
 #include "painter/Painter.h"
+#include "painter/StillPaints.h"
 #include "platform/pixels/TilePainter.h"
 
 namespace multiscene {
@@ -57,6 +58,8 @@ class SoftwarePainter : public Painter {
     GLPainter gl_;
     platform::TilePainter tiles_;
     BlurredCopies blurred_;
+    StillPaints stills_;
+    int64_t frame_ = 0;                               ///< painted so far
     std::vector<std::unique_ptr<Picture>> pictures_;  ///< the frame and the targets within it
     std::vector<std::unique_ptr<Picture>> spare_;     ///< kept for their memory
 };

@@ -38,6 +38,7 @@ void Texture::setLevels(std::vector<platform::Bitmap> levels, bool premultiplied
                             .opaque = isOpaque_});
     }
     setMemory(std::move(surfaces), kept);
+    isStill_ = true;
 }
 
 void Texture::setFrame(std::shared_ptr<const platform::PixelBuffer> frame, bool opaque, bool premultiplied) {
@@ -68,6 +69,7 @@ GLTexture& Texture::setDrawnByGL() {
 void Texture::setMemory(std::vector<platform::Surface> levels, std::shared_ptr<const void> owner) {
     levels_ = std::move(levels);
     owner_ = std::move(owner);
+    isStill_ = false;
     isStale_ = true;
 }
 

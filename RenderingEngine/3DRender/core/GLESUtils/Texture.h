@@ -36,6 +36,8 @@ class Texture {
 
     bool isEmpty() const { return levels_.empty() && !gl_; }
     bool isOpaque() const { return isOpaque_; }
+    /// Shows one picture for as long as its memory lives: no film and nothing painted.
+    bool isStill() const { return isStill_; }
     /// Colours are multiplied by alpha; those of some films and of PVR pictures are not.
     bool isPremultiplied() const { return isPremultiplied_; }
     /// In memory, the largest first; none where GL has drawn it, or has taken it over.
@@ -54,7 +56,7 @@ class Texture {
 
     std::vector<platform::Surface> levels_;
     std::shared_ptr<const void> owner_;
-    bool isOpaque_ = false, isPremultiplied_ = true;
+    bool isOpaque_ = false, isPremultiplied_ = true, isStill_ = false;
     GLTexture gl_;
     int glWidth_ = 0, glHeight_ = 0;  ///< of a GL texture with one level, for updates in place
     bool isStale_ = false;            ///< GL does not have what is in memory
