@@ -7,9 +7,9 @@
 #include <string>
 
 #include "core/QVScene3D.h"
-#include "core/RenderDriver.h"
 #include "core/SceneNodes.h"
 #include "playback/Playback.h"
+#include "playback/RenderDriver.h"
 
 namespace {
 

@@ -2,7 +2,7 @@
 
 #include <algorithm>
 
-#include "app/Check/Checker.h"
+#include "app/check/Checker.h"
 
 namespace multiscene::cli {
 

@@ -1,7 +1,7 @@
 // What the commands for authors of templates share.
 #pragma once
 
-#include "app/Other/TemplatePacking.h"
+#include "app/author/TemplatePacking.h"
 #include "cli/Console.h"
 
 namespace multiscene::cli {

@@ -2,7 +2,7 @@
 
 #include <sstream>
 
-#include "app/Other/TemplateInstallation.h"
+#include "app/installation/TemplateInstallation.h"
 #include "cli/Table.h"
 #include "platform/base/Error.h"
 #include "platform/net/HttpDownload.h"

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "app/Other/QVDownloadInfoManager.h"
-#include "app/Other/TemplateOverview.h"
+#include "app/catalogue/TemplateOverview.h"
 #include "app/data/QVDataManager.h"
 #include "cli/Arguments.h"
 #include "platform/base/Value.h"

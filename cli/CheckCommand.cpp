@@ -1,10 +1,10 @@
 #include <algorithm>
 #include <filesystem>
 
-#include "app/Check/Checker.h"
-#include "app/Job/JobFolder.h"
-#include "app/Job/Playable.h"
+#include "app/check/Checker.h"
 #include "app/data/QVDataManager.h"
+#include "app/job/JobFolder.h"
+#include "app/job/Playable.h"
 #include "cli/Commands.h"
 #include "cli/FencedCommand.h"
 #include "cli/SourceReach.h"

@@ -8,8 +8,8 @@
 #include <string_view>
 #include <vector>
 
-#include "app/Check/Suggestion.h"
-#include "app/Other/ProgramVersion.h"
+#include "app/check/Suggestion.h"
+#include "app/program/ProgramVersion.h"
 #include "cli/Table.h"
 #include "platform/archive/ZipLimits.h"
 #include "platform/base/Error.h"

@@ -3,9 +3,9 @@
 
 #include <string>
 
-#include "app/Check/Finding.h"
-#include "app/Job/JobObserver.h"
-#include "app/Job/JobSummary.h"
+#include "app/check/Finding.h"
+#include "app/job/JobObserver.h"
+#include "app/job/JobSummary.h"
 #include "platform/base/Error.h"
 #include "platform/base/Value.h"
 

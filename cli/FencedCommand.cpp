@@ -3,7 +3,7 @@
 #include <cstdlib>
 #include <functional>
 
-#include "app/Job/JobFolder.h"
+#include "app/job/JobFolder.h"
 #include "cli/CatalogueCommand.h"
 #include "cli/RelayedConsole.h"
 #include "cli/SignalQueue.h"

@@ -7,7 +7,7 @@
 #include <memory>
 #include <optional>
 
-#include "app/Job/JobFolder.h"
+#include "app/job/JobFolder.h"
 #include "cli/Command.h"
 #include "platform/fence/Landlock.h"
 

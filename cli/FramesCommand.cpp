@@ -1,5 +1,5 @@
-#include "app/Job/FramesJob.h"
-#include "app/Job/OutputFile.h"
+#include "app/job/FramesJob.h"
+#include "app/job/OutputFile.h"
 #include "cli/Commands.h"
 #include "cli/FencedCommand.h"
 #include "cli/RenderOptions.h"

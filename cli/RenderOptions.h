@@ -1,9 +1,9 @@
 // Options that several commands share.
 #pragma once
 
-#include "app/Job/FrameSelection.h"
-#include "app/Job/RenderRequest.h"
-#include "app/Job/VideoJob.h"
+#include "app/job/FrameSelection.h"
+#include "app/job/RenderRequest.h"
+#include "app/job/VideoJob.h"
 #include "cli/Arguments.h"
 
 namespace multiscene::cli {

@@ -1,4 +1,4 @@
-#include "app/Check/SceneFormatReference.h"
+#include "app/check/SceneFormatReference.h"
 #include "cli/Commands.h"
 
 namespace multiscene::cli {

@@ -1,6 +1,6 @@
 #include <filesystem>
 
-#include "app/Job/JobFolder.h"
+#include "app/job/JobFolder.h"
 #include "cli/Commands.h"
 #include "cli/SignalQueue.h"
 #include "cli/Table.h"

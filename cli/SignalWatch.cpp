@@ -9,7 +9,7 @@
 #include <cerrno>
 #include <csignal>
 
-#include "app/Job/JobFolder.h"
+#include "app/job/JobFolder.h"
 #include "platform/base/Error.h"
 
 namespace multiscene::cli {

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "app/Job/RenderRequest.h"
+#include "app/job/RenderRequest.h"
 #include "cli/FencedCommand.h"
 
 namespace multiscene::cli {

@@ -1,7 +1,7 @@
 #include <filesystem>
 
-#include "3DObject/QuadObject3D/TrackFile.h"
 #include "cli/Commands.h"
+#include "format/TrackFile.h"
 #include "platform/base/File.h"
 
 namespace multiscene::cli {

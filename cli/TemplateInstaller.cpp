@@ -2,7 +2,7 @@
 
 #include <filesystem>
 
-#include "app/Other/SceneJudge.h"
+#include "app/template/SceneJudge.h"
 #include "platform/base/Clock.h"
 #include "platform/base/DispatchQueue.h"
 

@@ -2,7 +2,7 @@
 #include <filesystem>
 #include <optional>
 
-#include "app/Other/NewTemplate.h"
+#include "app/author/NewTemplate.h"
 #include "cli/CatalogueCommand.h"
 #include "cli/Commands.h"
 #include "platform/base/Error.h"

@@ -1,6 +1,6 @@
 #include <filesystem>
 
-#include "app/Other/TemplatePacking.h"
+#include "app/author/TemplatePacking.h"
 #include "cli/AuthorCommand.h"
 #include "cli/Commands.h"
 #include "cli/Table.h"

@@ -1,8 +1,8 @@
 #include <charconv>
 #include <filesystem>
 
-#include "app/Job/SamplePreview.h"
-#include "app/Other/TemplatePublishing.h"
+#include "app/job/SamplePreview.h"
+#include "app/server/TemplatePublishing.h"
 #include "cli/AuthorCommand.h"
 #include "cli/Commands.h"
 #include "platform/base/Error.h"

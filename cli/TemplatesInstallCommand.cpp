@@ -1,7 +1,7 @@
 #include <filesystem>
 
-#include "app/Other/ProgramVersion.h"
 #include "app/Other/QVDownloadInfoManager.h"
+#include "app/program/ProgramVersion.h"
 #include "cli/CatalogueCommand.h"
 #include "cli/Commands.h"
 #include "cli/TemplateInstaller.h"

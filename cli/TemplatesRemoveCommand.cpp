@@ -1,6 +1,6 @@
-#include "app/Other/InstalledTemplates.h"
-#include "app/Other/SampleTemplates.h"
-#include "app/Other/TemplateInstallation.h"
+#include "app/catalogue/InstalledTemplates.h"
+#include "app/catalogue/SampleTemplates.h"
+#include "app/installation/TemplateInstallation.h"
 #include "cli/CatalogueCommand.h"
 #include "cli/Commands.h"
 

@@ -1,10 +1,10 @@
 #include <filesystem>
 
-#include "app/Job/JobFolder.h"
-#include "app/Job/Playable.h"
 #include "app/Model/QVUserPhotoInputModel.h"
 #include "app/Model/QVUserTextInputModel.h"
 #include "app/Model/QVUserVideoInputModel.h"
+#include "app/job/JobFolder.h"
+#include "app/job/Playable.h"
 #include "cli/CatalogueCommand.h"
 #include "cli/Commands.h"
 #include "cli/Table.h"

@@ -1,8 +1,8 @@
 #include <optional>
 
-#include "app/Other/ProgramVersion.h"
 #include "app/Other/QVDownloadInfoManager.h"
-#include "app/Other/Settings.h"
+#include "app/program/ProgramVersion.h"
+#include "app/program/Settings.h"
 #include "cli/CatalogueCommand.h"
 #include "cli/Commands.h"
 #include "cli/TemplateInstaller.h"

@@ -1,4 +1,4 @@
-#include "app/Job/TraceJob.h"
+#include "app/job/TraceJob.h"
 #include "cli/Commands.h"
 #include "cli/FencedCommand.h"
 #include "cli/RenderOptions.h"

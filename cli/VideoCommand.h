@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "app/Job/OutputFile.h"
-#include "app/Job/VideoJob.h"
+#include "app/job/OutputFile.h"
+#include "app/job/VideoJob.h"
 #include "cli/FencedCommand.h"
 
 namespace multiscene::cli {

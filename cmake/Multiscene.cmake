@@ -16,11 +16,14 @@ target_include_directories(multiscene_settings INTERFACE
 
 set_property(GLOBAL PROPERTY MULTISCENE_OBJECTS "")
 
-# multiscene_folder(<name> SOURCES <files...> [PACKAGES <imported targets...>])
-# An object library for one folder. What it may include is not said here: scripts/check-layers reads the includes.
-function(multiscene_folder name)
+# multiscene_folder(SOURCES <files...> [PACKAGES <imported targets...>])
+# An object library for one folder, named after it: multiscene_platform_net, multiscene_engine_core_Material. What it
+# may include is not said here: scripts/check-layers reads the includes.
+function(multiscene_folder)
   cmake_parse_arguments(FOLDER "" "" "SOURCES;PACKAGES" ${ARGN})
-  set(target "multiscene_${name}")
+  file(RELATIVE_PATH target ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+  string(REPLACE "RenderingEngine/3DRender" "engine" target ${target})
+  string(MAKE_C_IDENTIFIER "multiscene_${target}" target)
   add_library(${target} OBJECT ${FOLDER_SOURCES})
   target_link_libraries(${target} PUBLIC multiscene_settings PRIVATE ${FOLDER_PACKAGES})
   set_property(GLOBAL APPEND PROPERTY MULTISCENE_OBJECTS ${target})

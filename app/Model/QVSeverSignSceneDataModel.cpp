@@ -1,6 +1,6 @@
 #include "app/Model/QVSeverSignSceneDataModel.h"
 
-#include "app/Model/LocalizedName.h"
+#include "app/language/LocalizedName.h"
 
 namespace multiscene {
 

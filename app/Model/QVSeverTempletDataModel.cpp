@@ -1,7 +1,7 @@
 #include "app/Model/QVSeverTempletDataModel.h"
 
-#include "app/Other/ProgramVersion.h"
-#include "app/Other/Strings.h"
+#include "app/language/Strings.h"
+#include "app/program/ProgramVersion.h"
 
 namespace multiscene {
 

@@ -1,6 +1,6 @@
 #include "app/Model/QVSignSceneDataModel.h"
 
-#include "app/Model/LocalizedName.h"
+#include "app/language/LocalizedName.h"
 
 namespace multiscene {
 

@@ -3,7 +3,7 @@
 #include "app/Model/QVUserPhotoInputModel.h"
 #include "app/Model/QVUserTextInputModel.h"
 #include "app/Model/QVUserVideoInputModel.h"
-#include "app/Other/Strings.h"
+#include "app/language/Strings.h"
 
 namespace multiscene {
 

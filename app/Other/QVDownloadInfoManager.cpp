@@ -6,8 +6,8 @@
 #include <filesystem>
 #include <utility>
 
-#include "app/Other/Settings.h"
-#include "app/Other/UrlText.h"
+#include "app/program/Settings.h"
+#include "app/server/UrlText.h"
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
 #include "platform/base/Paths.h"

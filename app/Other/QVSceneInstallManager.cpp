@@ -1,7 +1,7 @@
 #include "app/Other/QVSceneInstallManager.h"
 
-#include "app/Other/Strings.h"
-#include "app/Other/UrlText.h"
+#include "app/language/Strings.h"
+#include "app/server/UrlText.h"
 #include "platform/base/File.h"
 #include "platform/base/NotificationCenter.h"
 #include "platform/net/HttpDownload.h"

@@ -7,7 +7,7 @@
 #include <optional>
 #include <string>
 
-#include "app/Other/TemplateInstallation.h"
+#include "app/installation/TemplateInstallation.h"
 #include "platform/base/DispatchQueue.h"
 #include "platform/base/Error.h"
 

@@ -8,8 +8,8 @@
 #include <vector>
 
 #include "app/Model/QVTempletDataModel.h"
+#include "group/SceneCatalogue.h"
 #include "other/QVUtil.h"
-#include "other/SceneCatalogue.h"
 #include "platform/store/Database.h"
 
 namespace multiscene {

@@ -1,5 +1,5 @@
 // The one error scheme of the program: everything a user must see is a platform::Error.
-// The render path throws none; it skips and counts (see other/RenderReport.h).
+// The render path throws none; it skips and counts (see report/RenderReport.h).
 #pragma once
 
 #include <stdexcept>

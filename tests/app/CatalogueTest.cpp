@@ -7,8 +7,8 @@
 #include "app/Model/QVSeverTempletDataModel.h"
 #include "app/Model/QVUserPhotoInputModel.h"
 #include "app/Model/QVUserTextInputModel.h"
-#include "app/Other/Strings.h"
 #include "app/data/QVDataManager.h"
+#include "app/language/Strings.h"
 #include "platform/base/Json.h"
 
 namespace multiscene {

@@ -5,11 +5,11 @@
 #include <csignal>
 
 #include "TemporaryHome.h"
-#include "app/Other/FolderSwap.h"
-#include "app/Other/InstalledTemplates.h"
-#include "app/Other/ProgramVersion.h"
-#include "app/Other/TemplateInstallation.h"
-#include "app/Other/TemplateLocks.h"
+#include "app/catalogue/InstalledTemplates.h"
+#include "app/installation/FolderSwap.h"
+#include "app/installation/TemplateInstallation.h"
+#include "app/installation/TemplateLocks.h"
+#include "app/program/ProgramVersion.h"
 #include "other/QVUtil.h"
 #include "platform/base/Error.h"
 #include "platform/base/PropertyList.h"

@@ -1,4 +1,4 @@
-#include "app/Job/JobFolder.h"
+#include "app/job/JobFolder.h"
 
 #include <gtest/gtest.h>
 #include <sys/stat.h>

@@ -4,10 +4,10 @@
 #include <limits>
 
 #include "TemporaryHome.h"
+#include "group/SceneCatalogue.h"
 #include "other/QVMultiSceneGropPlistFileManager.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "other/QVUtil.h"
-#include "other/SceneCatalogue.h"
 #include "platform/base/PropertyList.h"
 
 namespace multiscene {

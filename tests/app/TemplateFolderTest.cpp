@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "TemporaryHome.h"
-#include "app/Model/TemplateFolder.h"
+#include "app/template/TemplateFolder.h"
 #include "platform/base/Error.h"
 #include "platform/base/PropertyList.h"
 

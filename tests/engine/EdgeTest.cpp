@@ -1,6 +1,6 @@
 // The edges of what is drawn.
+#include "output/PictureSink.h"
 #include "tests/engine/PlayFixture.h"
-#include "videoRenderCore/PictureSink.h"
 
 namespace multiscene {
 namespace {

@@ -1,14 +1,14 @@
 // What is heard in an exported film, measured on the mixed samples.
-#include "videoRenderCore/ExportSound.h"
+#include "output/ExportSound.h"
 
 #include <gtest/gtest.h>
 
 #include <array>
 
-#include "other/RenderReport.h"
 #include "platform/audio/AudioMixer.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
+#include "report/RenderReport.h"
 #include "tests/engine/SoundFixture.h"
 
 namespace multiscene {

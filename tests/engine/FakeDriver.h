@@ -5,9 +5,9 @@
 
 #include "core/QVObject3DTransformBase.h"
 #include "core/QVScene3D.h"
-#include "core/RenderDriver.h"
 #include "core/carmera/QVCamera3D.h"
 #include "playback/Playback.h"
+#include "playback/RenderDriver.h"
 
 namespace multiscene {
 

@@ -1,9 +1,9 @@
 // The scene-group player and the render driver: which scenes play when, and what each frame shows.
 #include <array>
 
+#include "output/PictureSink.h"
 #include "platform/image/ImageWriter.h"
 #include "tests/engine/PlayFixture.h"
-#include "videoRenderCore/PictureSink.h"
 
 namespace multiscene {
 namespace {

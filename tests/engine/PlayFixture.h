@@ -10,15 +10,15 @@
 
 #include "core/GLESUtils/GLObject.h"
 #include "core/QVScene3D.h"
-#include "other/SceneGroup.h"
+#include "group/SceneGroup.h"
 #include "platform/base/Clock.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
 #include "playback/Playback.h"
+#include "sceneFile/SceneFile.h"
 #include "tests/engine/MediaFiles.h"
+#include "trace/SceneTrace.h"
 #include "videoRenderCore/QVMediaManage.h"
-#include "videoRenderCore/SceneFile.h"
-#include "videoRenderCore/SceneTrace.h"
 
 namespace multiscene::testing {
 

@@ -5,16 +5,23 @@
 #include <random>
 
 #include "PvrBytes.h"
-#include "core/GLESUtils/PvrFile.h"
-#include "core/GLESUtils/PvrPictures.h"
-#include "core/GLESUtils/PvrtcDecoder.h"
 #include "platform/archive/Gzip.h"
 #include "platform/base/Error.h"
+#include "platform/image/PvrFile.h"
+#include "platform/image/PvrPictures.h"
+#include "platform/image/PvrtcDecoder.h"
 #include "tests/engine/MediaFiles.h"
 
 namespace multiscene {
 namespace {
 
+using platform::decodePvrtc;
+using platform::PvrFile;
+using platform::PvrFormat;
+using platform::PvrLevel;
+using platform::pvrPictures;
+using platform::PvrtcBits;
+using platform::pvrtcLevelBytes;
 using testing::Bytes;
 using ::testing::HasSubstr;
 using testing::isNear;

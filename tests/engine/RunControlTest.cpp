@@ -2,9 +2,9 @@
 #include <array>
 #include <set>
 
+#include "output/PictureSink.h"
 #include "platform/base/NotificationCenter.h"
 #include "tests/engine/PlayFixture.h"
-#include "videoRenderCore/PictureSink.h"
 
 namespace multiscene {
 namespace {

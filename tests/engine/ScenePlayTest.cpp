@@ -4,9 +4,9 @@
 #include <fstream>
 #include <map>
 
+#include "output/PictureSink.h"
+#include "output/SoundSink.h"
 #include "tests/engine/PlayFixture.h"
-#include "videoRenderCore/PictureSink.h"
-#include "videoRenderCore/SoundSink.h"
 
 namespace multiscene {
 namespace {

@@ -1,4 +1,4 @@
-#include "videoRenderCore/SceneValidation.h"
+#include "sceneFile/SceneValidation.h"
 
 #include "tests/engine/PlayFixture.h"
 

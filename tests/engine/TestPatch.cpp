@@ -2,9 +2,9 @@
 
 #include <array>
 
-#include "core/NodeTypes.h"
 #include "core/QVObject3DFpsBase.h"
 #include "core/QVScene3D.h"
+#include "format/NodeTypes.h"
 #include "other/QVUtil.h"
 #include "painter/Painter.h"
 #include "tests/engine/PlayFixture.h"

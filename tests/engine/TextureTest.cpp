@@ -8,8 +8,8 @@
 #include "core/Material/PictureSequence.h"
 #include "core/Material/QVTexture2dMaterial.h"
 #include "core/Material/TextureInfoKeys.h"
-#include "core/PhotoSlot.h"
 #include "core/component/QVObject3DSoundSourceComponent.h"
+#include "group/PhotoSlot.h"
 
 namespace multiscene::testing {
 

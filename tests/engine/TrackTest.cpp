@@ -1,6 +1,6 @@
 #include "3DObject/QuadObject3D/QVQuadTrackObject3D.h"
-#include "3DObject/QuadObject3D/TrackFile.h"
 #include "DrawableFixture.h"
+#include "format/TrackFile.h"
 
 namespace multiscene::testing {
 

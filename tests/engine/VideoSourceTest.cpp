@@ -4,8 +4,8 @@
 
 #include "DrawableFixture.h"
 #include "TimeSource/QVSingleVideoBgObject3D.h"
-#include "core/VideoTimeSource.h"
 #include "platform/base/Clock.h"
+#include "playback/VideoTimeSource.h"
 #include "videoDecode/QVNullVideoDecode.h"
 #include "videoDecode/QVVideoReader.h"
 

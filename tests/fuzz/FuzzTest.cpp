@@ -1,20 +1,25 @@
 #include <gtest/gtest.h>
 
-#include "3DObject/QuadObject3D/TrackFile.h"
-#include "core/GLESUtils/PvrFile.h"
-#include "core/GLESUtils/PvrtcDecoder.h"
 #include "core/SceneNodes.h"
+#include "format/TrackFile.h"
 #include "other/QVMultiSceneGropPlistFileManager.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
+#include "platform/image/PvrFile.h"
+#include "platform/image/PvrtcDecoder.h"
+#include "sceneFile/SceneValidation.h"
 #include "tests/engine/FakeDriver.h"
 #include "tests/engine/TwoPainters.h"
 #include "tests/fuzz/Mutations.h"
-#include "videoRenderCore/SceneValidation.h"
 
 namespace multiscene::testing {
 namespace {
 
+using platform::decodePvrtc;
+using platform::PvrFile;
+using platform::PvrFormat;
+using platform::PvrLevel;
+using platform::PvrtcBits;
 using platform::Value;
 using Dictionary = Value::Dictionary;
 

@@ -1,8 +1,8 @@
-#include "app/Check/Checker.h"
+#include "app/check/Checker.h"
 
 #include <fstream>
 
-#include "app/Job/PreparedGroup.h"
+#include "app/job/PreparedGroup.h"
 #include "platform/archive/ZipWriter.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"

@@ -1,9 +1,9 @@
 #include <fstream>
 #include <set>
 
-#include "3DObject/QuadObject3D/TrackFile.h"
-#include "app/Check/Checker.h"
-#include "app/Check/SceneFormatReference.h"
+#include "app/check/Checker.h"
+#include "app/check/SceneFormatReference.h"
+#include "format/TrackFile.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
 #include "platform/image/ImageDecoder.h"

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <fstream>
 
-#include "app/Other/TemplateInstallation.h"
 #include "app/data/QVDataManager.h"
+#include "app/installation/TemplateInstallation.h"
 #include "platform/archive/ZipWriter.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Json.h"

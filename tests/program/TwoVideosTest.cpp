@@ -4,7 +4,7 @@
 
 #include <map>
 
-#include "app/Job/PreparedGroup.h"
+#include "app/job/PreparedGroup.h"
 #include "platform/base/DispatchQueue.h"
 #include "tests/app/TemporaryHome.h"
 #include "videoRenderCore/QVMediaManage.h"

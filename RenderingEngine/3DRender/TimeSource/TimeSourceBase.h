@@ -4,8 +4,8 @@
 #include <string>
 
 #include "core/QVObject3DFpsBase.h"
-#include "core/VideoTimeSource.h"
 #include "platform/base/FileGate.h"
+#include "playback/VideoTimeSource.h"
 #include "videoDecode/QVVideoDecodeBase.h"
 
 namespace multiscene {

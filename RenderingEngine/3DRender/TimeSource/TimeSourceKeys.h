@@ -1,6 +1,6 @@
 #pragma once
 
-#include "other/KeyTable.h"
+#include "format/KeyTable.h"
 
 namespace multiscene {
 

@@ -2,7 +2,7 @@
 
 #include <glm/glm.hpp>
 
-#include "other/KeyTable.h"
+#include "format/KeyTable.h"
 
 namespace multiscene {
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <vector>
 
-#include "other/KeyTable.h"
+#include "format/KeyTable.h"
 #include "tween/TweenTarget.h"
 
 namespace multiscene {

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "core/KeyFrames.h"
+#include "animation/KeyFrames.h"
 #include "core/LightMaterial.h"
 #include "painter/Draw.h"
 

@@ -2,7 +2,7 @@
 
 #include <glm/gtc/matrix_transform.hpp>
 
-#include "core/Angles.h"
+#include "format/Angles.h"
 
 namespace multiscene {
 

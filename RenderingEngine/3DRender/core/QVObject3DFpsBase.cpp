@@ -6,11 +6,11 @@
 
 #include "core/QVKeyAnimationOperators.h"
 #include "core/QVScene3D.h"
-#include "core/RenderDriver.h"
 #include "core/SkippedMedia.h"
 #include "opengl2.0/Shader.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "painter/Painter.h"
+#include "playback/RenderDriver.h"
 
 namespace multiscene {
 

@@ -4,8 +4,8 @@
 #include "core/Material/QVTextureMaterial.h"
 #include "core/Material/TextureInfoKeys.h"
 #include "core/Material/ZBTexture.h"
-#include "core/PhotoSlot.h"
 #include "core/QVScene3D.h"
+#include "group/PhotoSlot.h"
 #include "playback/Playback.h"
 
 namespace multiscene {

@@ -3,10 +3,10 @@
 #include <memory>
 #include <utility>
 
-#include "core/NodeTypes.h"
+#include "animation/TransformItemKeys.h"
 #include "core/QVScene3D.h"
 #include "core/SceneNodes.h"
-#include "core/TransformItemKeys.h"
+#include "format/NodeTypes.h"
 #include "platform/base/Saturating.h"
 
 namespace multiscene {

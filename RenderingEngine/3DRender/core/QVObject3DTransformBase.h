@@ -4,9 +4,9 @@
 #include <string>
 #include <vector>
 
-#include "core/MutableTransformItem.h"
+#include "animation/MutableTransformItem.h"
+#include "animation/TransformItem.h"
 #include "core/QVObject3DFpsBase.h"
-#include "core/TransformItem.h"
 #include "tween/ZBBezierModel.h"
 
 namespace multiscene {

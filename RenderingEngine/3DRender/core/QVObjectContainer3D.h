@@ -5,9 +5,9 @@
 #include <vector>
 
 #include "core/QVObject3D.h"
-#include "core/Tick.h"
-#include "other/KeyTable.h"
+#include "format/KeyTable.h"
 #include "platform/base/Value.h"
+#include "playback/Tick.h"
 
 namespace multiscene {
 

@@ -6,8 +6,8 @@
 #include "core/GLESUtils/QVFrameBufferToTexture.h"
 #include "core/QVLightBase.h"
 #include "core/QVSceneRenderToTexture.h"
-#include "core/VideoTimeSource.h"
 #include "core/carmera/QVCamera3D.h"
+#include "playback/VideoTimeSource.h"
 
 namespace multiscene {
 

@@ -6,9 +6,9 @@
 #include <string>
 
 #include "core/QVObjectContainer3D.h"
-#include "core/RenderDriver.h"
-#include "other/SceneCatalogue.h"
+#include "group/SceneCatalogue.h"
 #include "platform/base/CMTime.h"
+#include "playback/RenderDriver.h"
 #include "tween/QVTween.h"
 
 namespace multiscene {

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "core/Angles.h"
+#include "format/Angles.h"
 
 namespace multiscene {
 

@@ -1,7 +1,7 @@
 #include "core/SceneNodes.h"
 
-#include "core/NodeTypes.h"
 #include "core/QVScene3D.h"
+#include "format/NodeTypes.h"
 #include "platform/base/Error.h"
 
 namespace multiscene {

@@ -4,8 +4,8 @@
 #include <cmath>
 
 #include "core/QVScene3D.h"
-#include "core/RenderDriver.h"
 #include "core/carmera/QVCamera3D.h"
+#include "playback/RenderDriver.h"
 
 namespace multiscene {
 

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "other/KeyTable.h"
+#include "format/KeyTable.h"
 #include "platform/base/Value.h"
 #include "platform/text/TextRasterizer.h"
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "other/KeyTable.h"
+#include "format/KeyTable.h"
 #include "platform/text/TextRasterizer.h"
 #include "playback/Playback.h"
 

@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "other/SceneGroup.h"
+#include "group/SceneGroup.h"
 
 namespace multiscene {
 

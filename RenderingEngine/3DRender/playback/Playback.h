@@ -2,8 +2,8 @@
 #pragma once
 
 #include "other/QVMultiSceneRenderShareSettings.h"
-#include "other/RenderReport.h"
 #include "platform/base/FileGate.h"
+#include "report/RenderReport.h"
 
 namespace multiscene {
 

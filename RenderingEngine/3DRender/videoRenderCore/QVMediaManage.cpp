@@ -3,7 +3,7 @@
 #include "core/QVLightBase.h"
 #include "core/SceneNodes.h"
 #include "core/carmera/QVCamera3D.h"
-#include "videoRenderCore/SceneFileKeys.h"
+#include "sceneFile/SceneFileKeys.h"
 
 namespace multiscene {
 

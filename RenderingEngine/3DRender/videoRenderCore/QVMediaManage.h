@@ -5,9 +5,9 @@
 #include <memory>
 #include <string>
 
-#include "core/VideoTimeSource.h"
-#include "other/SceneGroup.h"
+#include "group/SceneGroup.h"
 #include "platform/base/Value.h"
+#include "playback/VideoTimeSource.h"
 #include "videoRenderCore/QVMultiSceneRenderManager.h"
 
 namespace multiscene {

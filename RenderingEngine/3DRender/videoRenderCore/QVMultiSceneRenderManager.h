@@ -7,16 +7,16 @@
 #include <mutex>
 #include <string>
 
-#include "core/RenderDriver.h"
+#include "output/FrameSink.h"
+#include "output/SoundSink.h"
 #include "painter/Renderer.h"
 #include "platform/base/Error.h"
 #include "playback/Playback.h"
-#include "videoRenderCore/FrameComposer.h"
-#include "videoRenderCore/FrameSink.h"
-#include "videoRenderCore/FrameStatistics.h"
-#include "videoRenderCore/RunLoop.h"
-#include "videoRenderCore/SceneSlots.h"
-#include "videoRenderCore/SoundSink.h"
+#include "playback/RenderDriver.h"
+#include "renderLoop/FrameComposer.h"
+#include "renderLoop/RunLoop.h"
+#include "renderLoop/SceneSlots.h"
+#include "report/FrameStatistics.h"
 
 namespace multiscene {
 

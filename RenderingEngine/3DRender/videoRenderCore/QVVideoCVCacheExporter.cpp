@@ -2,9 +2,9 @@
 
 #include <cmath>
 
+#include "output/ExportSound.h"
 #include "platform/base/Paths.h"
 #include "platform/media/Join.h"
-#include "videoRenderCore/ExportSound.h"
 
 namespace multiscene {
 

@@ -11,13 +11,13 @@
 #include <string>
 #include <vector>
 
+#include "output/FrameSink.h"
+#include "output/SoundSink.h"
 #include "platform/audio/AudioMix.h"
 #include "platform/base/DispatchQueue.h"
 #include "platform/media/VideoWriter.h"
 #include "platform/pixels/FrameLayout.h"
 #include "playback/Playback.h"
-#include "videoRenderCore/FrameSink.h"
-#include "videoRenderCore/SoundSink.h"
 
 namespace multiscene {
 

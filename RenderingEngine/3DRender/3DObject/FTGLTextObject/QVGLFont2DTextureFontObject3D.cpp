@@ -1,6 +1,6 @@
 #include "3DObject/FTGLTextObject/QVGLFont2DTextureFontObject3D.h"
 
-#include "core/NodeTypes.h"
+#include "format/NodeTypes.h"
 
 namespace multiscene {
 

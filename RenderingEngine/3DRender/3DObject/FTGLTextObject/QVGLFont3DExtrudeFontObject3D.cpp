@@ -4,8 +4,8 @@
 #include <array>
 
 #include "3DObject/MeshObject3D/SceneLight.h"
-#include "core/NodeTypes.h"
 #include "dataMode/TextSettings.h"
+#include "format/NodeTypes.h"
 
 namespace multiscene {
 

@@ -2,7 +2,7 @@
 
 #include <vector>
 
-#include "core/AnimatedNumber.h"
+#include "animation/AnimatedNumber.h"
 #include "core/QVObject3DTransformBase.h"
 #include "painter/Painter.h"
 #include "platform/font/Letters.h"

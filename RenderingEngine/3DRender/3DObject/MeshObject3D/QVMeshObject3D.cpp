@@ -3,7 +3,7 @@
 #include "3DObject/MeshObject3D/SceneLight.h"
 #include "core/Material/QVSignColorMaterial.h"
 #include "core/Material/QVTextureMaterial.h"
-#include "core/NodeTypes.h"
+#include "format/NodeTypes.h"
 #include "painter/Painter.h"
 
 namespace multiscene {

@@ -1,6 +1,6 @@
 #include "3DObject/QuadObject3D/QVPvrTextureSerialQuadObject3D.h"
 
-#include "core/NodeTypes.h"
+#include "format/NodeTypes.h"
 
 namespace multiscene {
 

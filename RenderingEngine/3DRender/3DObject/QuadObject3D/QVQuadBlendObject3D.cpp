@@ -1,6 +1,6 @@
 #include "3DObject/QuadObject3D/QVQuadBlendObject3D.h"
 
-#include "core/NodeTypes.h"
+#include "format/NodeTypes.h"
 #include "painter/Painter.h"
 
 namespace multiscene {

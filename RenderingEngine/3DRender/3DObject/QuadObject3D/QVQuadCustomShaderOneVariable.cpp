@@ -1,7 +1,7 @@
 #include "3DObject/QuadObject3D/QVQuadCustomShaderOneVariable.h"
 
-#include "core/NodeTypes.h"
 #include "core/QVLightBase.h"
+#include "format/NodeTypes.h"
 #include "opengl2.0/Shader.h"
 #include "painter/Painter.h"
 

@@ -4,7 +4,7 @@
 #include <cmath>
 
 #include "core/Material/QVTextureMaterial.h"
-#include "core/NodeTypes.h"
+#include "format/NodeTypes.h"
 #include "platform/base/Saturating.h"
 
 namespace multiscene {

@@ -2,7 +2,7 @@
 
 #include "core/Material/QVTextureMaterial.h"
 #include "core/Material/TextureInfoKeys.h"
-#include "core/NodeTypes.h"
+#include "format/NodeTypes.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "painter/Painter.h"
 

@@ -1,7 +1,7 @@
 #pragma once
 
 #include "3DObject/QuadObject3D/QVQuadObject3D.h"
-#include "core/AnimatedNumber.h"
+#include "animation/AnimatedNumber.h"
 
 namespace multiscene {
 

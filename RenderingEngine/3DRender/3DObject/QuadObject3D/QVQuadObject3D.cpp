@@ -2,8 +2,8 @@
 
 #include "core/Material/QVTextureMaterial.h"
 #include "core/Material/ZBTexture.h"
-#include "core/NodeTypes.h"
 #include "core/ShownSize.h"
+#include "format/NodeTypes.h"
 #include "painter/Painter.h"
 
 namespace multiscene {

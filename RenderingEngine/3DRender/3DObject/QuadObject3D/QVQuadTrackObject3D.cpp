@@ -2,9 +2,9 @@
 
 #include <algorithm>
 
-#include "3DObject/QuadObject3D/TrackFile.h"
-#include "core/NodeTypes.h"
 #include "core/SkippedMedia.h"
+#include "format/NodeTypes.h"
+#include "format/TrackFile.h"
 #include "playback/Playback.h"
 
 namespace multiscene {

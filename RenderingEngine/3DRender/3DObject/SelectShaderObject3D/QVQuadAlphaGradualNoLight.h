@@ -1,7 +1,7 @@
 #pragma once
 
 #include "3DObject/SelectShaderObject3D/QVQuadTextureShaderRenderBase.h"
-#include "core/KeyFrames.h"
+#include "animation/KeyFrames.h"
 
 namespace multiscene {
 

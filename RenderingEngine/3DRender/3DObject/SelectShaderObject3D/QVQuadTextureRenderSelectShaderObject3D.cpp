@@ -1,7 +1,7 @@
 #include "3DObject/SelectShaderObject3D/QVQuadTextureRenderSelectShaderObject3D.h"
 
 #include "3DObject/SelectShaderObject3D/QVQuadAlphaGradualNoLight.h"
-#include "core/NodeTypes.h"
+#include "format/NodeTypes.h"
 
 namespace multiscene {
 

@@ -4,7 +4,7 @@
 #include <optional>
 #include <string>
 
-#include "other/KeyTable.h"
+#include "format/KeyTable.h"
 
 namespace multiscene {
 

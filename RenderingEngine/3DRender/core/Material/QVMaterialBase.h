@@ -4,7 +4,7 @@
 #include <memory>
 #include <string>
 
-#include "core/TypeRegistry.h"
+#include "format/TypeRegistry.h"
 #include "platform/base/Value.h"
 
 namespace multiscene {

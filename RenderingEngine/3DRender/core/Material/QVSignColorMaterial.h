@@ -3,7 +3,7 @@
 #include <glm/glm.hpp>
 
 #include "core/Material/QVMaterialBase.h"
-#include "other/KeyTable.h"
+#include "format/KeyTable.h"
 
 namespace multiscene {
 

@@ -5,9 +5,9 @@
 #include "core/Material/TextureInfoKeys.h"
 #include "core/QVObject3DFpsBase.h"
 #include "core/QVScene3D.h"
-#include "core/RenderDriver.h"
-#include "core/VideoTimeSource.h"
 #include "playback/Playback.h"
+#include "playback/RenderDriver.h"
+#include "playback/VideoTimeSource.h"
 
 namespace multiscene {
 

@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "core/Material/QVTextureMaterial.h"
-#include "other/UserFilm.h"
+#include "group/UserFilm.h"
 #include "videoDecode/QVVideoReader.h"
 
 namespace multiscene {

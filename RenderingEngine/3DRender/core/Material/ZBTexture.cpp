@@ -4,13 +4,13 @@
 #include <cmath>
 #include <filesystem>
 
-#include "core/GLESUtils/PvrPictures.h"
-#include "core/Material/BitmapStretch.h"
 #include "core/Material/PhotoFilterKeys.h"
 #include "dataMode/QVMultiScene2DTextDataModel.h"
 #include "platform/base/Paths.h"
+#include "platform/image/BitmapStretch.h"
 #include "platform/image/ImageDecoder.h"
 #include "platform/image/PhotoFilter.h"
+#include "platform/image/PvrPictures.h"
 #include "playback/Playback.h"
 
 namespace multiscene {
@@ -108,9 +108,9 @@ void ZBTexture::loadTextureFromPvr(const std::string& path, platform::FileGate& 
     const platform::FileHandle opened = openFile(path, gate);
     if (!opened) return;
     try {
-        const PvrFile file(platform::readFile(opened, path, PvrFile::maxBytes));
+        const platform::PvrFile file(platform::readFile(opened, path, platform::PvrFile::maxBytes));
         textureContentSize_ = {static_cast<double>(file.width()), static_cast<double>(file.height())};
-        std::vector<platform::Bitmap> pictures = pvrPictures(file);
+        std::vector<platform::Bitmap> pictures = platform::pvrPictures(file);
         if (!pictures.empty()) texture_->setLevels(std::move(pictures), false);
     } catch (const platform::Error& error) {
         if (error.kind() == platform::ErrorKind::Transient) throw;

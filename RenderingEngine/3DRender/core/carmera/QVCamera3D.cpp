@@ -4,8 +4,8 @@
 #include <array>
 #include <cmath>
 
-#include "core/Angles.h"
 #include "core/QVScene3D.h"
+#include "format/Angles.h"
 
 namespace multiscene {
 

@@ -3,7 +3,7 @@
 #include <memory>
 #include <vector>
 
-#include "core/KeyFrames.h"
+#include "animation/KeyFrames.h"
 #include "core/QVObject3DTransformBase.h"
 #include "core/carmera/QVCamera3DLookAtTransform.h"
 

@@ -2,9 +2,9 @@
 
 #include <cstdint>
 
-#include "core/Tick.h"
-#include "core/TypeRegistry.h"
+#include "format/TypeRegistry.h"
 #include "platform/base/Value.h"
+#include "playback/Tick.h"
 
 namespace multiscene {
 

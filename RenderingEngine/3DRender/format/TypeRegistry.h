@@ -1,0 +1,61 @@
+// The types that scene files name, each with its maker and its keys. A class registers itself beside its code
+// in one line, so that adding a type edits no other file.
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <string_view>
+
+#include "format/KeyTable.h"
+
+namespace multiscene {
+
+template <typename Made, typename... Arguments>
+class TypeRegistry {
+  public:
+    struct Entry {
+        std::shared_ptr<Made> (*make)(Arguments...);
+        const KeyTable* keys;
+    };
+
+    /// The entry of a type name, or none.
+    static const Entry* find(std::string_view name) {
+        const auto found = entries().find(name);
+        return found == entries().end() ? nullptr : &found->second;
+    }
+
+    /// All types in alphabetical order.
+    static const std::map<std::string, Entry, std::less<>>& all() { return entries(); }
+
+    /// A static object of this type registers a name before main() runs.
+    struct Registration {
+        Registration(std::string_view name, std::shared_ptr<Made> (*make)(Arguments...),
+                     const KeyTable& keys) {
+            entries().emplace(std::string(name), Entry{make, &keys});
+        }
+    };
+
+  private:
+    static std::map<std::string, Entry, std::less<>>& entries() {
+        static std::map<std::string, Entry, std::less<>> registered;
+        return registered;
+    }
+};
+
+/// The key tables of registered types, chosen by the value of `key`.
+template <typename Types>
+constexpr KeyVariants variantsOfTypes(std::string_view kind, std::string_view key) {
+    return {kind, key,
+            [](std::string_view name) -> const KeyTable* {
+                const auto* entry = Types::find(name);
+                return entry ? entry->keys : nullptr;
+            },
+            [] {
+                std::vector<std::string_view> names;
+                for (const auto& [name, entry] : Types::all()) names.push_back(name);
+                return names;
+            }};
+}
+
+}  // namespace multiscene

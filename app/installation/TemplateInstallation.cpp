@@ -1,0 +1,333 @@
+#include "app/installation/TemplateInstallation.h"
+
+#include <algorithm>
+#include <set>
+
+#include "app/installation/FolderSwap.h"
+#include "app/installation/TemplateLocks.h"
+#include "app/program/ProgramVersion.h"
+#include "app/template/TemplateArchive.h"
+#include "other/QVUtil.h"
+#include "platform/archive/ZipArchive.h"
+#include "platform/base/Error.h"
+#include "platform/base/File.h"
+#include "platform/base/Log.h"
+#include "platform/crypto/Digest.h"
+
+namespace multiscene {
+
+using platform::Error;
+using platform::ErrorKind;
+using platform::FileLock;
+namespace fs = std::filesystem;
+
+namespace {
+
+constexpr const char* kStagingPrefix = ".staging-";
+constexpr const char* kArchivePrefix = ".archive-";
+constexpr const char* kDownloadPrefix = ".download-";
+
+std::string requireName(const std::string& name) {
+    if (!isTemplateName(name)) throw Error(ErrorKind::Template, "is no name that a template can have", name);
+    return name;
+}
+
+FileLock lockOrFail(const std::string& name, std::chrono::milliseconds patience) {
+    auto lock = lockForChange(name, patience);
+    if (!lock) throw Error(ErrorKind::Transient, "another program is changing this template", name);
+    return std::move(*lock);
+}
+
+std::vector<int64_t> numbersOf(const std::vector<QVTempletDataModel>& records) {
+    std::vector<int64_t> numbers;
+    for (const QVTempletDataModel& record : records) numbers.push_back(record.sId());
+    return numbers;
+}
+
+/// The file of a record in a folder that is not yet where the record's path says.
+fs::path stagedFile(const fs::path& stagedFolder, const fs::path& finalFolder, const std::string& macroPath) {
+    const fs::path complete = fs::path(QVUtil::multiScenePathWithString(macroPath)).lexically_normal();
+    return stagedFolder / complete.lexically_relative(finalFolder);
+}
+
+/// The template that a leftover file belongs to.
+std::string nameOfLeftover(const std::string& fileName, const std::string& prefix,
+                           const std::string& suffix) {
+    if (!fileName.starts_with(prefix) || !fileName.ends_with(suffix)) return {};
+    return fileName.substr(prefix.size(), fileName.size() - prefix.size() - suffix.size());
+}
+
+void collectLeftovers(const fs::path& folder, const std::string& prefix, const std::string& suffix,
+                      std::set<std::string>& names) {
+    std::error_code failure;
+    for (const auto& entry : fs::directory_iterator(folder, failure)) {
+        const std::string name = nameOfLeftover(entry.path().filename().string(), prefix, suffix);
+        if (isTemplateName(name)) names.insert(name);
+    }
+}
+
+/// What the archive holds instead of the folder that it is named after.
+std::string remarkOnContent(const platform::ZipArchive& archive, const std::string& name) {
+    std::set<std::string> folders;
+    for (const platform::ZipEntry& entry : archive.entries())
+        if (const size_t slash = entry.name.find('/'); slash != std::string::npos)
+            folders.insert(entry.name.substr(0, slash));
+    std::string remark = "the archive holds no " + name + "/" + name + ".plist";
+    for (const std::string& folder : folders)
+        remark += (folder == *folders.begin() ? "; it holds " : ", ") + folder;
+    return remark;
+}
+
+}  // namespace
+
+TemplateInstallation::TemplateInstallation(QVDataManager& catalogue, const std::string& name,
+                                           InstallOptions options)
+    : catalogue_(catalogue),
+      journal_(catalogue),
+      archives_(catalogue),
+      name_(requireName(name)),
+      options_(std::move(options)),
+      lock_(lockOrFail(name, options_.patience)) {
+    step("locked");
+    recoverThis();
+}
+
+TemplateInstallation::TemplateInstallation(QVDataManager& catalogue, const std::string& name, FileLock lock)
+    : catalogue_(catalogue), journal_(catalogue), archives_(catalogue), name_(name), lock_(std::move(lock)) {
+    recoverThis();
+}
+
+void TemplateInstallation::step(const char* name) const {
+    if (options_.onStep) options_.onStep(name);
+}
+
+fs::path TemplateInstallation::finalFolder() const {
+    return (fs::path(QVUtil::scenePath()) / name_).lexically_normal();
+}
+fs::path TemplateInstallation::stagingFolder() const {
+    return fs::path(QVUtil::scenePath()) / (kStagingPrefix + name_);
+}
+fs::path TemplateInstallation::archivePath() const {
+    return fs::path(QVUtil::scenePath()) / (kArchivePrefix + name_ + ".zip");
+}
+fs::path TemplateInstallation::partialDownloadPath() const {
+    return fs::path(QVUtil::multiSceneRootPath()) / (kDownloadPrefix + name_ + ".zip");
+}
+
+std::vector<QVTempletDataModel> TemplateInstallation::installedRecords() {
+    std::vector<QVTempletDataModel> records = catalogue_.allSignSceneData();
+    std::erase_if(records, [&](const QVTempletDataModel& record) {
+        return templateOwning(record.scenePlistPath()) != name_;
+    });
+    return records;
+}
+
+void TemplateInstallation::refuseForeignNumbers(const TemplateFolder& folder) {
+    for (const QVTempletDataModel& record : folder.records)
+        for (const QVTempletDataModel& known : catalogue_.queryCSignSceneDataWithSid(record.sId())) {
+            const std::string owner = templateOwning(known.scenePlistPath());
+            if (owner == name_) continue;
+            throw Error(ErrorKind::Template,
+                        "scene number " + std::to_string(record.sId()) + " belongs to the template \"" +
+                            (owner.empty() ? known.sceneName() : owner) + "\"",
+                        name_ + ".plist", "installScenes");
+        }
+}
+
+bool TemplateInstallation::hasOwnFile() const { return fs::exists(finalFolder() / (name_ + ".plist")); }
+
+std::optional<InstallResult> TemplateInstallation::alreadyInstalled() {
+    const std::vector<int64_t> numbers = numbersOf(installedRecords());
+    if (numbers.empty() || !hasOwnFile()) return std::nullopt;
+    const auto& offered = options_.offeredNumber;
+    if (offered && std::find(numbers.begin(), numbers.end(), *offered) == numbers.end()) return std::nullopt;
+    return InstallResult{InstallOutcome::AlreadyInstalled, name_, numbers, ""};
+}
+
+InstallResult TemplateInstallation::judged(const TemplateFolder& folder) {
+    requireOwnPaths(folder);
+    requireProgramVersion(folder.minVersion(), name_);
+    for (const QVTempletDataModel& record : folder.records)
+        if (!fs::is_regular_file(stagedFile(folder.folder, finalFolder(), record.scenePlistPath())))
+            throw Error(ErrorKind::Template, "the scene file " + record.scenePlistPath() + " is missing",
+                        name_ + ".plist", "installScenes");
+    if (options_.judge) options_.judge(folder);
+    refuseForeignNumbers(folder);
+
+    const std::vector<int64_t> before = numbersOf(installedRecords()), now = numbersOf(folder.records);
+    const bool present = hasOwnFile();
+    InstallResult result{InstallOutcome::Installed, name_, now, ""};
+    if (before.empty() && !present && fs::exists(finalFolder()) && !options_.replace)
+        throw Error(ErrorKind::Failed,
+                    "the folder is there without being installed; replace it or move it away",
+                    finalFolder().string());
+    if (before.empty() || !present) return result;
+    if (options_.replace) {
+        result.outcome = InstallOutcome::Replaced;
+        return result;
+    }
+    const bool same =
+        std::find_first_of(before.begin(), before.end(), now.begin(), now.end()) != before.end();
+    if (!same) throw Error(ErrorKind::Template, "another template of this name is installed", name_);
+    result.outcome = InstallOutcome::AlreadyInstalled;
+    return result;
+}
+
+InstallResult TemplateInstallation::install(const fs::path& archivePath) {
+    platform::ZipArchive archive(archivePath, ErrorKind::Template, options_.limits);
+    onlyFolderOf(archive, archivePath.string());
+    const std::string plist = name_ + "/" + name_ + ".plist";
+    const auto& entries = archive.entries();
+    if (std::none_of(entries.begin(), entries.end(), [&](const auto& entry) { return entry.name == plist; }))
+        return {InstallOutcome::NothingInstalled, name_, {}, remarkOnContent(archive, name_)};
+
+    TemplateFolder folder;
+    InstallResult result;
+    try {
+        folder = unpacked(archive);
+        result = judged(folder);
+        step("judged");
+        if (result.outcome != InstallOutcome::AlreadyInstalled) syncFilesBelow(stagingFolder());
+        step("synced");
+    } catch (...) {
+        clearLeftovers();
+        throw;
+    }
+    if (result.outcome == InstallOutcome::AlreadyInstalled)
+        clearLeftovers();
+    else
+        moveIn(folder, platform::fileDigest(archivePath));
+    return result;
+}
+
+TemplateFolder TemplateInstallation::unpacked(platform::ZipArchive& archive) {
+    platform::createFolders(stagingFolder());
+    step("staged");
+    archive.extract(stagingFolder(),
+                    {.wanted = [&](const auto& entry) { return entry.name.starts_with(name_ + "/"); },
+                     .progress = [&](uint64_t, uint64_t) { step("unpacking"); },
+                     .isCancelled = options_.isCancelled});
+    step("unpacked");
+    return readTemplateFolder(stagedFolder());
+}
+
+void TemplateInstallation::moveIn(const TemplateFolder& folder, const std::string& digest) {
+    change(folderIdentity(stagedFolder()), [&](platform::Database& database) {
+        refuseForeignNumbers(folder);
+        for (const int64_t sId : numbersOf(installedRecords())) catalogue_.removeSignSceneDataWithSid(sId);
+        for (const QVTempletDataModel& record : folder.records)
+            if (catalogue_.insertSignSceneDataWithSignSceneDataModel(record) == -1)
+                throw Error(ErrorKind::Failed, "the catalogue does not take the template", name_);
+        archives_.remember(database, name_, digest);
+    });
+}
+
+InstallResult TemplateInstallation::remove() {
+    const std::vector<int64_t> numbers = numbersOf(installedRecords());
+    if (numbers.empty()) throw Error(ErrorKind::Template, "is not installed", name_);
+    platform::createFolders(stagingFolder());
+    change("", [&](platform::Database& database) {
+        for (const int64_t sId : numbers) catalogue_.removeSignSceneDataWithSid(sId);
+        archives_.forget(database, name_);
+    });
+    return {InstallOutcome::Removed, name_, numbers, ""};
+}
+
+void TemplateInstallation::change(const std::string& newIdentity,
+                                  const std::function<void(platform::Database&)>& changeRows) {
+    const FileLock alone = aloneWithFiles();
+    announce(newIdentity);
+    step("announced");
+    try {
+        catalogue_.transaction([&](platform::Database& database) {
+            changeRows(database);
+            journal_.markCommitted(database, name_);
+            step("recorded");
+            swapFolders(finalFolder(), stagedFolder());
+            step("moved");
+            syncFolder(QVUtil::scenePath());
+        });
+    } catch (...) {
+        recoverThis();  // the old folder may be in the staging place: nothing else may clear that
+        throw;
+    }
+    step("committed");
+    tidyUp();
+    step("finished");
+}
+
+void TemplateInstallation::announce(const std::string& newIdentity) {
+    try {
+        journal_.announce(name_, newIdentity);
+    } catch (...) {
+        clearLeftovers();
+        throw;
+    }
+}
+
+/// The change is made; what is left of it hurts nobody, and goes at the next start.
+void TemplateInstallation::tidyUp() {
+    clearLeftovers();
+    step("tidied");
+    try {
+        journal_.forget(name_);
+    } catch (const Error& failure) {
+        platform::log::info("the change of " + name_ + " stays in the journal: " + failure.what());
+    }
+}
+
+/// A video is made with the files of one version, so the exchange waits for those who read them.
+FileLock TemplateInstallation::aloneWithFiles() {
+    try {
+        return lockForExchange(name_, options_.patience);
+    } catch (...) {
+        clearLeftovers();
+        throw;
+    }
+}
+
+void TemplateInstallation::recoverThis() {
+    settleSwap(finalFolder(), stagedFolder());
+    for (const PendingChange& pending : journal_.pending()) {
+        if (pending.name != name_) continue;
+        const bool movedIn =
+            !pending.newIdentity.empty() && folderIdentity(finalFolder()) == pending.newIdentity;
+        const bool movedOut = pending.newIdentity.empty() && fs::exists(stagedFolder());
+        if (!pending.committed && (movedIn || movedOut)) swapFolders(finalFolder(), stagedFolder());
+        clearLeftovers();
+        journal_.forget(name_);
+        platform::log::info((pending.committed ? "finished" : "undid") +
+                            std::string(" an interrupted change of ") + name_);
+    }
+    clearLeftovers();
+}
+
+void TemplateInstallation::clearLeftovers() {
+    std::error_code ignored;
+    fs::remove_all(stagingFolder(), ignored);
+}
+
+void TemplateInstallation::recover(QVDataManager& catalogue) {
+    std::set<std::string> names;
+    for (const PendingChange& pending : InstallJournal(catalogue).pending()) names.insert(pending.name);
+    collectLeftovers(QVUtil::scenePath(), kStagingPrefix, "", names);
+    collectLeftovers(QVUtil::scenePath(), kArchivePrefix, ".zip", names);
+    collectLeftovers(QVUtil::multiSceneRootPath(), kDownloadPrefix, ".zip", names);
+    for (const std::string& name : names) try {
+            recoverOne(catalogue, name);
+        } catch (const Error& failure) {
+            // Where nothing can be written the program can still be used.
+            platform::log::info(name + " is not put right: " + failure.what());
+        }
+}
+
+void TemplateInstallation::recoverOne(QVDataManager& catalogue, const std::string& name) {
+    auto lock = lockForChange(name, std::chrono::milliseconds(0));
+    if (!lock) return;
+    const TemplateInstallation leftover(catalogue, name, std::move(*lock));
+    std::error_code ignored;
+    fs::remove(leftover.archivePath(), ignored);
+    fs::remove(leftover.partialDownloadPath(), ignored);
+}
+
+}  // namespace multiscene

@@ -1,0 +1,132 @@
+#include "app/job/FramesJob.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <set>
+#include <string_view>
+#include <vector>
+
+#include "app/job/GroupRun.h"
+#include "app/job/OutputFile.h"
+#include "output/PictureSink.h"
+#include "platform/base/File.h"
+#include "platform/image/ImageWriter.h"
+
+namespace multiscene {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+/// The video's picture: what lies behind the scene is black.
+void makeOpaque(std::vector<uint8_t>& rgba) {
+    for (size_t alpha = 3; alpha < rgba.size(); alpha += 4) rgba[alpha] = 255;
+}
+
+/// Blending over nothing leaves colours multiplied by alpha; PNG files hold them as they are.
+void divideByAlpha(std::vector<uint8_t>& rgba) {
+    for (size_t pixel = 0; pixel < rgba.size(); pixel += 4) {
+        const int alpha = rgba[pixel + 3];
+        for (size_t channel = pixel; alpha > 0 && alpha < 255 && channel < pixel + 3; ++channel)
+            rgba[channel] = static_cast<uint8_t>(std::min((rgba[channel] * 255 + alpha / 2) / alpha, 255));
+    }
+}
+
+std::string pictureName(int64_t frame) {
+    char name[40];
+    std::snprintf(name, sizeof name, "frame-%06lld.png", static_cast<long long>(frame));
+    return name;
+}
+
+bool isPictureName(std::string_view name) {
+    constexpr std::string_view before = "frame-", after = ".png";
+    constexpr size_t leastDigits = 6;
+    if (!name.starts_with(before) || !name.ends_with(after)) return false;
+    name.remove_prefix(before.size());
+    name.remove_suffix(after.size());
+    return name.size() >= leastDigits && name.find_first_not_of("0123456789") == std::string_view::npos;
+}
+
+/// The pictures of one job, written on the render queue; removed again unless kept.
+class PictureFiles {
+  public:
+    PictureFiles(fs::path folder, bool keepsAlpha) : folder_(std::move(folder)), keepsAlpha_(keepsAlpha) {}
+    ~PictureFiles() {
+        std::error_code ignored;
+        for (const fs::path& file : written_) fs::remove(file, ignored);
+    }
+    PictureFiles(const PictureFiles&) = delete;
+    PictureFiles& operator=(const PictureFiles&) = delete;
+
+    void write(const PictureSink::Picture& picture) {
+        const fs::path file = folder_ / pictureName(picture.frame);
+        const int stride = picture.width * 4;
+        shown_.assign(picture.rgba, picture.rgba + size_t(stride) * size_t(picture.height));
+        keepsAlpha_ ? divideByAlpha(shown_) : makeOpaque(shown_);
+        platform::writePng(file, {picture.width, picture.height, shown_.data(), stride});
+        written_.push_back(file);
+    }
+
+    /// The pictures stay; returns how many there are.
+    int64_t keep() {
+        const auto count = static_cast<int64_t>(written_.size());
+        written_.clear();
+        return count;
+    }
+
+  private:
+    fs::path folder_;
+    bool keepsAlpha_;
+    std::vector<uint8_t> shown_;
+    std::vector<fs::path> written_;
+};
+
+/// Regular files alone: what else lies there was not made by writeFrames().
+std::set<std::string> picturesIn(const fs::path& folder) {
+    std::error_code failure;
+    std::set<std::string> names;
+    for (auto entry = fs::directory_iterator(folder, failure); !failure && entry != fs::end(entry);
+         entry.increment(failure))
+        if (const std::string name = entry->path().filename().string();
+            isPictureName(name) && fs::is_regular_file(entry->symlink_status()))
+            names.insert(name);
+    return names;
+}
+
+}  // namespace
+
+void movePictures(const fs::path& from, const fs::path& to) {
+    std::set<std::string> older = picturesIn(to);
+    for (const std::string& name : picturesIn(from)) {
+        platform::moveFile(from / name, to / name);
+        older.erase(name);
+    }
+    // A mixture of two jobs would look like one.
+    std::error_code ignored;
+    for (const std::string& name : older) fs::remove(to / name, ignored);
+}
+
+JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std::stop_token stop) {
+    const double start = platform::monotonicSeconds();
+    const fs::path folder = outputFolder(request.output);
+    const JobFolder job;
+    const PreparedGroup group = prepareGroup(request, job, observer, stop);
+
+    const FrameSelection& wanted = request.selection;
+    wanted.requireAnnounced(group.totalFrames);
+    PictureFiles files(folder, request.keepsAlpha);
+    const auto sink = std::make_shared<PictureSink>(
+        group.layout, [&files](const PictureSink::Picture& picture) { files.write(picture); },
+        [&wanted](int64_t frame) { return wanted.contains(frame); });
+    GroupRun run(group, sink, nullptr, observer, std::move(stop));
+    run.setFrameLimit(wanted.framesNeeded());
+    const int64_t frames = run.play();
+    wanted.requireWithin(frames);
+    JobSummary summary = summaryOf(group, frames, run);
+    summary.pictures = files.keep();
+    summary.output = folder;
+    summary.wallSeconds = platform::monotonicSeconds() - start;
+    return summary;
+}
+
+}  // namespace multiscene

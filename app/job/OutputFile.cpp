@@ -1,0 +1,74 @@
+#include "app/job/OutputFile.h"
+
+#include <cctype>
+#include <climits>
+
+#include "platform/base/Error.h"
+#include "platform/base/PartFile.h"
+
+namespace multiscene {
+
+namespace fs = std::filesystem;
+using platform::Error;
+using platform::ErrorKind;
+
+namespace {
+
+/// Names that no file can have are refused here, before the work starts.
+fs::path absolutePath(const fs::path& path) {
+    if (path.empty()) throw Error(ErrorKind::Usage, "the output has no name", "", "--output");
+    for (const fs::path& name : path)
+        if (name.native().size() > NAME_MAX)
+            throw Error(ErrorKind::Usage,
+                        "the output's name has " + std::to_string(name.native().size()) +
+                            " bytes; there may be " + std::to_string(NAME_MAX),
+                        path.string());
+    const fs::path absolute = fs::absolute(path).lexically_normal();
+    if (absolute.native().size() >= PATH_MAX)
+        throw Error(ErrorKind::Usage, "the output's path is too long", path.string());
+    return absolute;
+}
+
+/// Permissions do not tell everything (read-only disks, quotas): only writing does.
+void requireWritable(const fs::path& file) {
+    platform::removeAbandonedParts(file.parent_path());
+    const platform::PartFile probe(file);
+}
+
+}  // namespace
+
+OutputFile::OutputFile(const fs::path& path) : path_(absolutePath(path)) {
+    std::error_code failure;
+    const fs::file_status status = fs::status(path_, failure);
+    if (!path_.has_filename() || fs::is_directory(status))
+        throw Error(ErrorKind::Usage, "the output is a folder, not a file", path.string());
+    if (fs::exists(status) && !fs::is_regular_file(status))
+        throw Error(ErrorKind::Usage, "the output is not a regular file", path.string());
+    if (!fs::is_directory(path_.parent_path(), failure) && failure != std::errc::permission_denied)
+        throw Error(ErrorKind::Usage, "there is no folder " + path_.parent_path().string(), path.string());
+    requireWritable(path_);
+}
+
+OutputFile OutputFile::video(const fs::path& path) {
+    std::string ending = path.extension().string();
+    for (char& letter : ending) letter = static_cast<char>(std::tolower(static_cast<unsigned char>(letter)));
+    if (!ending.empty() && ending != ".mp4" && ending != ".m4v")
+        throw Error(ErrorKind::Usage,
+                    "videos are written as MP4: give the output a name that ends in .mp4, not " + ending,
+                    path.string());
+    return OutputFile(path);
+}
+
+void OutputFile::publish(const fs::path& finished) const { platform::moveFile(finished, path_); }
+
+fs::path outputFolder(const fs::path& path) {
+    const fs::path folder = absolutePath(path);
+    std::error_code failure;
+    if (fs::exists(folder, failure) && !fs::is_directory(folder, failure))
+        throw Error(ErrorKind::Usage, "the output is a file, not a folder", path.string());
+    platform::createFolders(folder);
+    requireWritable(folder / "frame");
+    return folder;
+}
+
+}  // namespace multiscene

@@ -1,0 +1,36 @@
+#include "app/program/Settings.h"
+
+#include "platform/base/File.h"
+#include "platform/base/Json.h"
+#include "platform/base/Paths.h"
+
+namespace multiscene {
+
+using platform::Value;
+
+namespace {
+
+constexpr uint64_t kMaxBytes = 1u << 20;
+
+std::filesystem::path settingsFile() { return platform::dataHome() / "settings.json"; }
+
+Value settings() {
+    const std::filesystem::path file = settingsFile();
+    std::error_code ignored;
+    if (!std::filesystem::exists(file, ignored)) return Value::Dictionary();
+    const auto bytes = platform::readFile(file, kMaxBytes);
+    return platform::parseJson({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, file.string(),
+                               platform::ErrorKind::Failed);
+}
+
+}  // namespace
+
+std::string settingWithKey(const std::string& key) { return settings().string(key); }
+
+void saveSetting(const std::string& key, const std::string& value) {
+    platform::createFolders(platform::dataHome());
+    platform::writeFileAtomically(settingsFile(),
+                                  platform::jsonText(settings().with(key, Value(value))) + "\n");
+}
+
+}  // namespace multiscene

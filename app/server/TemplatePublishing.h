@@ -1,0 +1,34 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "app/author/TemplatePacking.h"
+
+namespace multiscene {
+
+struct PublishOptions {
+    TemplateJudge judge = {};
+    /// Renders the preview video of a template from its sample inputs into a file. Absent: no preview.
+    std::function<void(const TemplateFolder&, const std::filesystem::path& video)> renderPreview = {};
+    /// Renders a picture for a template that brings no thumbnail, after the preview. Absent: no thumbnail
+    /// then.
+    std::function<void(const TemplateFolder&, const std::filesystem::path& picture)> renderThumbnail = {};
+    /// Put before the locations in the configuration; empty: they are relative to the server's address.
+    std::string baseUrl;
+    /// Absent: what the template's own file says. Else the archive says it too.
+    std::optional<float> minVersion = {};
+    bool isNew = true;
+};
+
+/// Makes a folder that any static HTTP server can offer: the template's archive under "templates/", its
+/// thumbnail and preview under "thumbnails/" and "previews/", and its entry in "severConfig/info1-1.plist",
+/// which is written last. An entry of the same number and name is replaced, everything else in the
+/// configuration is kept; several programs may publish at once. Throws Error: Template when the template is
+/// at fault or its number is another template's.
+void publishTemplate(const std::filesystem::path& folder, const std::filesystem::path& serverFolder,
+                     const PublishOptions& options = {});
+
+}  // namespace multiscene
