@@ -4,8 +4,6 @@
 #include <cmath>
 #include <cstring>
 
-#include "platform/pixels/RowBounds.h"
-
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/pixels/TilePaint.cpp"
 #include <hwy/foreach_target.h>  // compiles this file once for each instruction set
@@ -56,7 +54,15 @@ class RowPainter {
     RowPainter(const PreparedPaint& paint, int origin, const Canvas& canvas)
         : paint_(paint), canvas_(canvas), origin_(origin) {}
 
-    void paint(int row, Run within) {
+    void paint(int row, const Run& within, const Run& hidden) {
+        if (hidden.isEmpty()) return paintRun(row, within);
+        paintRun(row, {within.from, std::min(within.to, hidden.from)});
+        paintRun(row, {std::max(within.from, hidden.to), within.to});
+    }
+
+  private:
+    void paintRun(int row, const Run& within) {
+        if (within.isEmpty()) return;
         const RowBounds bounds = rowBounds(paint_, row, within);
         if (bounds.touched.to - bounds.touched.from <= kShortRun) return paintEdge(row, bounds.touched);
         paintEdge(row, {bounds.touched.from, std::min(bounds.inside.from, bounds.touched.to)});
@@ -64,7 +70,6 @@ class RowPainter {
         paintEdge(row, {std::max(bounds.inside.to, bounds.touched.from), bounds.touched.to});
     }
 
-  private:
     static constexpr int kShortRun =
         64;  // pixels; three runs take longer than asking for each one's coverage
 
@@ -135,12 +140,14 @@ class RowPainter {
     RowBuffer<float> opacities_;
 };
 
-void paintRows(const PreparedPaint& paint, const TileArea& area, const Canvas& canvas) {
+void paintRows(const PreparedPaint& paint, const TileArea& area, const HiddenRows& hidden,
+               const Canvas& canvas) {
     RowPainter painter(paint, area.left, canvas);
     const Run within{std::max(area.left, paint.left), std::min(area.right, paint.right)};
     if (within.isEmpty()) return;
     const int bottom = std::min(area.bottom, paint.bottom);
-    for (int row = std::max(area.top, paint.top); row < bottom; ++row) painter.paint(row, within);
+    for (int row = std::max(area.top, paint.top); row < bottom; ++row)
+        painter.paint(row, within, hidden[static_cast<size_t>(row - area.top)]);
 }
 
 void sampleRows(const PreparedPaint& paint, const TileArea& area, const Canvas& samples) {
@@ -165,8 +172,9 @@ namespace platform {
 HWY_EXPORT(paintRows);
 HWY_EXPORT(sampleRows);
 
-void paintTile(const PreparedPaint& paint, const TileArea& area, const Canvas& canvas) {
-    HWY_DYNAMIC_DISPATCH(paintRows)(paint, area, canvas);
+void paintTile(const PreparedPaint& paint, const TileArea& area, const HiddenRows& hidden,
+               const Canvas& canvas) {
+    HWY_DYNAMIC_DISPATCH(paintRows)(paint, area, hidden, canvas);
 }
 
 void sampleTile(const PreparedPaint& paint, const TileArea& area, const Canvas& samples) {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/pixels/QuadPaint.h"
+#include "platform/pixels/RowBounds.h"
 
 namespace platform {
 
@@ -14,8 +15,12 @@ struct TileArea {
     int left, top, right, bottom;
 };
 
+/// For each row of a tile, from its top, pixels that need not be painted: others will hide them.
+using HiddenRows = std::array<Run, kTileRows>;
+
 /// Paints what of the shape lies in the area. The same bytes on every processor.
-void paintTile(const PreparedPaint& paint, const TileArea& area, const Canvas& canvas);
+void paintTile(const PreparedPaint& paint, const TileArea& area, const HiddenRows& hidden,
+               const Canvas& canvas);
 
 /// Looks up what the shape shows of its picture at the pixels of its bounds that lie in the area: `samples`
 /// has the size of the bounds. What is painted is made of these.

@@ -32,6 +32,24 @@ void fill(const TileArea& area, uint32_t colour, const Canvas& canvas) {
     }
 }
 
+/// For each shape, the longest run of every row that shapes over it hide.
+std::vector<HiddenRows> rowsHiddenBelow(std::span<const PreparedPaint> paints, const TileArea& area) {
+    std::vector<HiddenRows> below(paints.size());
+    HiddenRows longest{};
+    for (size_t i = paints.size(); i-- > 0;) {
+        below[i] = longest;
+        const PreparedPaint& paint = paints[i];
+        if (!paint.hides || !touches(paint, area)) continue;
+        const int bottom = std::min(area.bottom, paint.bottom);
+        for (int row = std::max(area.top, paint.top); row < bottom; ++row) {
+            const Run inside = rowBounds(paint, row, {area.left, area.right}).inside;
+            Run& known = longest[static_cast<size_t>(row - area.top)];
+            if (inside.to - inside.from > known.to - known.from) known = inside;
+        }
+    }
+    return below;
+}
+
 void paintArea(std::span<const PreparedPaint> paints, uint32_t background, const TileArea& area,
                const Canvas& canvas) {
     size_t first = paints.size();
@@ -40,8 +58,10 @@ void paintArea(std::span<const PreparedPaint> paints, uint32_t background, const
         fill(area, background, canvas);
     else
         --first;
-    for (const PreparedPaint& paint : paints.subspan(first))
-        if (touches(paint, area)) paintTile(paint, area, canvas);
+    const std::span shown = paints.subspan(first);
+    const std::vector<HiddenRows> hidden = rowsHiddenBelow(shown, area);
+    for (size_t i = 0; i < shown.size(); ++i)
+        if (touches(shown[i], area)) paintTile(shown[i], area, hidden[i], canvas);
 }
 
 }  // namespace
