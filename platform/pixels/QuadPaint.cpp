@@ -281,6 +281,8 @@ bool preparePaint(const QuadPaint& paint, int width, int height, PreparedPaint& 
     if (!findBounds(seen, 0.5 + std::max(reach, 0.0f), width, height, prepared)) return false;
     findEdges(seen, sides, prepared);
     findColours(paint, prepared);
+    prepared.leavesClear =
+        needsOpacity(paint.blend) && !paint.key && !paint.filter && paint.wrap == Wrap::Clamp;
     return findPlaces(paint, prepared);
 }
 

@@ -159,7 +159,8 @@ struct PreparedPaint {
     std::optional<GradientPaint> gradient;
     std::optional<FilterPaint> filter;
     std::optional<KeyPaint> key;
-    bool hides = false;  ///< pixels under it show nothing of what was there
+    bool leavesClear = false;  ///< where the picture holds nothing the canvas stays as it is
+    bool hides = false;        ///< pixels under it show nothing of what was there
 
     bool isFaded() const { return levels != std::array<uint8_t, 4>{255, 255, 255, 255}; }
     bool hasPixelOpacity() const { return mask || gradient || key; }

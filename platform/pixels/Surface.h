@@ -8,12 +8,15 @@
 
 namespace platform {
 
+class ClearBlocks;
+
 /// A picture to paint with.
 struct Surface {
     const uint8_t* pixels = nullptr;
     ptrdiff_t stride = 0;  ///< bytes from a row to the one below, a multiple of 4
     int width = 0, height = 0;
-    bool opaque = false;  ///< alpha is 255 everywhere
+    bool opaque = false;                 ///< alpha is 255 everywhere
+    const ClearBlocks* clear = nullptr;  ///< where there is nothing; none: not known
 };
 
 /// A picture to paint on.

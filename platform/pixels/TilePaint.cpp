@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
+#include "platform/pixels/ClearBlocks.h"
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/pixels/TilePaint.cpp"
 #include <hwy/foreach_target.h>  // compiles this file once for each instruction set
@@ -62,6 +64,43 @@ class RowPainter {
 
   private:
     void paintRun(int row, const Run& within) {
+        if (within.isEmpty()) return;
+        const ClearBlocks* clear = paint_.picture.surface.clear;
+        if (!clear || !paint_.leavesClear || paint_.perspective) return paintShown(row, within);
+        const Run touched = rowBounds(paint_, row, within).touched;
+        Run shown{touched.from, touched.from};
+        for (int from = touched.from; from < touched.to; from += kPiece) {
+            const int to = std::min(from + kPiece, touched.to);
+            if (!holdsNothing(*clear, row, {from, to})) {
+                shown.to = to;
+                continue;
+            }
+            paintShown(row, shown);
+            shown = {to, to};
+        }
+        paintShown(row, shown);
+    }
+
+    static constexpr int kPiece = 32;  // pixels that are left out together
+
+    // None of the texels that filtering reaches.
+    bool holdsNothing(const ClearBlocks& clear, int row, const Run& run) const {
+        const PlaceMatrix& m = paint_.picture.toTexel;
+        const auto texels = [&](int i) {
+            const double start = m[i] * run.from + m[i + 1] * row + m[i + 2],
+                         end = start + m[i] * (run.to - 1 - run.from);
+            constexpr double reach = 1.5;
+            const auto texel = [](double place) {
+                return static_cast<int>(std::clamp(std::floor(place), -1e6, 1e6));
+            };
+            return std::pair(texel(std::min(start, end) - reach), texel(std::max(start, end) + reach));
+        };
+        const auto [left, right] = texels(0);
+        const auto [top, bottom] = texels(3);
+        return clear.isClear(left, top, right, bottom);
+    }
+
+    void paintShown(int row, const Run& within) {
         if (within.isEmpty()) return;
         const RowBounds bounds = rowBounds(paint_, row, within);
         if (bounds.touched.to - bounds.touched.from <= kShortRun) return paintEdge(row, bounds.touched);

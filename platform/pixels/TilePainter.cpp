@@ -104,15 +104,10 @@ bool TilePainter::canBeSampled(const PreparedPaint& paint) {
     return !isStraight || m[2] - 0.5 != std::floor(m[2]) || m[5] - 0.5 != std::floor(m[5]);
 }
 
-PreparedPaint TilePainter::sampled(const PreparedPaint& paint, int width, int height, const Canvas& samples) {
+void TilePainter::sample(const PreparedPaint& paint, int width, int height, const Canvas& samples) {
     shareTiles(width, height, [&](const TileArea& area) {
         if (touches(paint, area)) sampleTile(paint, area, samples);
     });
-    return withSamples(paint, {.pixels = samples.pixels,
-                               .stride = samples.stride,
-                               .width = samples.width,
-                               .height = samples.height,
-                               .opaque = paint.picture.surface.opaque});
 }
 
 PreparedPaint TilePainter::withSamples(const PreparedPaint& paint, const Surface& samples) {

@@ -30,11 +30,10 @@ class TilePainter {
     /// there. Returns when all is done.
     void paint(std::span<const PreparedPaint> paints, uint32_t background, const Canvas& canvas);
 
-    /// A shape that paints the very same pixels on a canvas of this size, but looks them up in `samples`
-    /// instead of in its picture: for what is painted again and again. `samples` is filled here; it has the
-    /// size of the shape's bounds, and stays the caller's. Only for shapes of which canBeSampled() holds.
-    PreparedPaint sampled(const PreparedPaint& paint, int width, int height, const Canvas& samples);
-    /// The same shape with samples that sampled() filled before.
+    /// Looks up what a shape shows of its picture on a canvas of this size, for what is painted again and
+    /// again. `samples` has the size of the shape's bounds. Only for shapes of which canBeSampled() holds.
+    void sample(const PreparedPaint& paint, int width, int height, const Canvas& samples);
+    /// The same shape, which copies its samples and so paints the very same pixels.
     static PreparedPaint withSamples(const PreparedPaint& paint, const Surface& samples);
     /// Sampling the picture is work that can be done once: it is not copied, and no filter moves its places.
     static bool canBeSampled(const PreparedPaint& paint);

@@ -3,6 +3,7 @@
 
 #include "ObviousPainter.h"
 #include "PaintFixture.h"
+#include "platform/pixels/ClearBlocks.h"
 
 namespace platform {
 namespace {
@@ -13,6 +14,7 @@ class RandomShapes {
     explicit RandomShapes(unsigned seed) : random_(seed) {
         for (unsigned i = 0; i < 4; ++i)
             pictures_.push_back(Picture::noise(1 + below(90), 1 + below(70), i % 2 == 0, seed * 7 + i));
+        empty(pictures_[3]);
     }
 
     QuadPaint next() {
@@ -46,7 +48,15 @@ class RandomShapes {
     // Of either row order.
     Surface surface(size_t which) {
         const bool isOpaque = which % 2 == 0;
-        return below(2) ? pictures_[which].surface(isOpaque) : pictures_[which].upwards(isOpaque);
+        Surface surface = below(2) ? pictures_[which].surface(isOpaque) : pictures_[which].upwards(isOpaque);
+        if (which == 3) surface.clear = clear_.emplace_back(std::make_unique<ClearBlocks>(surface)).get();
+        return surface;
+    }
+    // Most of it holds nothing.
+    void empty(Picture& picture) {
+        const int left = below(20), top = below(20), bottom = picture.height() - below(10);
+        for (int y = top; y < bottom; ++y)
+            for (int x = left; x < picture.width(); ++x) picture.set(x, y, {0, 0, 0, 0});
     }
     BlendFactor factor() { return static_cast<BlendFactor>(below(11)); }
     float part() { return static_cast<float>(below(256)) / 255; }
@@ -102,6 +112,7 @@ class RandomShapes {
 
     std::mt19937 random_;
     std::vector<Picture> pictures_;
+    std::vector<std::unique_ptr<ClearBlocks>> clear_;
 };
 
 TEST(TilePainterTest, EqualsTheObviousPainterBitForBit) {

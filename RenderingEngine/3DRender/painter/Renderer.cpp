@@ -28,8 +28,8 @@ bool mayHaveGpu() {
     return false;
 }
 
-/// The encoder takes three times as long for a picture as painting it: half of the cores are enough, and what paints
-/// in their stead would only be in its way.
+/// The encoder takes three times as long for a picture as painting it: half of the cores are enough, and what
+/// paints in their stead would only be in its way.
 int painterThreads() {
     constexpr unsigned int most = 16;
     return static_cast<int>(std::clamp(std::thread::hardware_concurrency() / 2, 1u, most));

@@ -40,25 +40,36 @@ void StillPaints::replace(std::span<PreparedPaint> paints, std::span<const Owner
         still.lastFrame = frame;
         if (isNew) still.owner = owners[i];
         if (isNew) continue;
-        const int columns = paint.right - paint.left, rows = paint.bottom - paint.top;
-        const ptrdiff_t stride = columns * static_cast<ptrdiff_t>(bytesAPixel);
-        const platform::Surface picture = paint.picture.surface;
-        if (still.samples.empty()) {
-            const size_t bytes = static_cast<size_t>(stride) * static_cast<size_t>(rows);
-            if (bytes_ + bytes > most) continue;
-            still.samples.resize(bytes);
-            bytes_ += bytes;
-            paint = tiles.sampled(
-                paint, width, height,
-                {.pixels = still.samples.data(), .stride = stride, .width = columns, .height = rows});
-        } else {
-            paint = platform::TilePainter::withSamples(paint, {.pixels = still.samples.data(),
-                                                               .stride = stride,
-                                                               .width = columns,
-                                                               .height = rows,
-                                                               .opaque = picture.opaque});
-        }
+        if (!still.samples.empty() || takeSamples(still, paint, most, width, height, tiles))
+            paint = platform::TilePainter::withSamples(paint, surfaceOf(still, paint));
     }
+}
+
+/// False when there is no room.
+bool StillPaints::takeSamples(Still& still, const PreparedPaint& paint, size_t most, int width, int height,
+                              platform::TilePainter& tiles) {
+    const platform::Surface samples = surfaceOf(still, paint);
+    const size_t bytes = static_cast<size_t>(samples.stride) * static_cast<size_t>(samples.height);
+    if (bytes_ + bytes > most) return false;
+    still.samples.resize(bytes);
+    bytes_ += bytes;
+    tiles.sample(paint, width, height,
+                 {.pixels = still.samples.data(),
+                  .stride = samples.stride,
+                  .width = samples.width,
+                  .height = samples.height});
+    if (!samples.opaque) still.clear = std::make_unique<platform::ClearBlocks>(surfaceOf(still, paint));
+    return true;
+}
+
+platform::Surface StillPaints::surfaceOf(const Still& still, const PreparedPaint& paint) {
+    const int columns = paint.right - paint.left;
+    return {.pixels = still.samples.data(),
+            .stride = columns * static_cast<ptrdiff_t>(bytesAPixel),
+            .width = columns,
+            .height = paint.bottom - paint.top,
+            .opaque = paint.picture.surface.opaque,
+            .clear = still.clear.get()};
 }
 
 void StillPaints::forget(int64_t beforeFrame) {

@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/pixels/ClearBlocks.h"
 #include "platform/pixels/TilePainter.h"
 
 namespace multiscene {
@@ -36,9 +37,13 @@ class StillPaints {
         Owner owner;
         int64_t lastFrame = 0;
         std::vector<uint8_t> samples;  ///< empty: seen once so far
+        std::unique_ptr<platform::ClearBlocks> clear;
     };
 
     static Key keyOf(const platform::PreparedPaint& paint, int width, int height);
+    bool takeSamples(Still& still, const platform::PreparedPaint& paint, size_t most, int width, int height,
+                     platform::TilePainter& tiles);
+    static platform::Surface surfaceOf(const Still& still, const platform::PreparedPaint& paint);
     void forget(int64_t beforeFrame);
 
     std::unordered_map<Key, Still, Hash> stills_;

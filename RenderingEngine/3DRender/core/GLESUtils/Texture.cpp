@@ -4,6 +4,7 @@
 
 #include "core/GLESUtils/PixelRows.h"
 #include "core/GLESUtils/TextureUpload.h"
+#include "platform/pixels/ClearBlocks.h"
 
 namespace multiscene {
 
@@ -15,6 +16,20 @@ bool hasOpaquePixels(const platform::Bitmap& bitmap) {
     return true;
 }
 
+/// Pictures, and where they are empty.
+struct KeptLevels {
+    std::vector<platform::Bitmap> pictures;
+    std::vector<std::unique_ptr<platform::ClearBlocks>> clear;
+
+    explicit KeptLevels(std::vector<platform::Bitmap> levels) : pictures(std::move(levels)) {}
+
+    /// None where looking for them would not pay.
+    const platform::ClearBlocks* clearBlocksOf(const platform::Surface& picture) {
+        auto blocks = std::make_unique<platform::ClearBlocks>(picture);
+        return blocks->isUseful() ? clear.emplace_back(std::move(blocks)).get() : nullptr;
+    }
+};
+
 }  // namespace
 
 void Texture::setPicture(platform::Bitmap picture) {
@@ -24,11 +39,11 @@ void Texture::setPicture(platform::Bitmap picture) {
 }
 
 void Texture::setLevels(std::vector<platform::Bitmap> levels, bool premultiplied) {
-    const auto kept = std::make_shared<std::vector<platform::Bitmap>>(std::move(levels));
-    isOpaque_ = hasOpaquePixels(kept->front());
+    const auto kept = std::make_shared<KeptLevels>(std::move(levels));
+    isOpaque_ = hasOpaquePixels(kept->pictures.front());
     isPremultiplied_ = premultiplied;
     std::vector<platform::Surface> surfaces;
-    for (platform::Bitmap& level : *kept) {
+    for (platform::Bitmap& level : kept->pictures) {
         uint8_t* pixels = level.rgba.data();
         copyPixels(pixels, pixels, level.width * level.height, true);
         surfaces.push_back({.pixels = pixels,
@@ -36,6 +51,7 @@ void Texture::setLevels(std::vector<platform::Bitmap> levels, bool premultiplied
                             .width = level.width,
                             .height = level.height,
                             .opaque = isOpaque_});
+        if (!isOpaque_) surfaces.back().clear = kept->clearBlocksOf(surfaces.back());
     }
     setMemory(std::move(surfaces), kept);
     isStill_ = true;
