@@ -69,7 +69,7 @@ GroupRun::~GroupRun() = default;
 /// A template's own shaders, whose names are paths, are reported by their nodes; the program's own are not.
 void GroupRun::finishShaderReport() {
     manager_->performOnRenderQueue([this] {
-        for (const ShaderFailure& failure : manager_->painter().shaders()->failures())
+        for (const ShaderFailure& failure : manager_->painter().shaders().failures())
             if (!failure.shader.starts_with('/'))
                 group_.playback->report().add(
                     {.what = "shader failed", .name = failure.shader, .scene = {}, .node = {}});

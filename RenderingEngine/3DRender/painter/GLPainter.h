@@ -31,7 +31,7 @@ class GLPainter : public Painter {
     void beginTarget(QVFrameBufferToTexture& target) override;
     void endTarget() override;
     std::shared_ptr<Shader> shader(const std::string& path) override;
-    const ShaderManager* shaders() const override { return &shaders_; }
+    const ShaderManager& shaders() const override { return shaders_; }
     void makeCurrent() override;
     void release() override;
 

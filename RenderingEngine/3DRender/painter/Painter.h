@@ -49,8 +49,8 @@ class Painter {
     /// A program by its description: the absolute path of a template's own, or the name of one of this
     /// program's, with its extension. Never none; one that cannot be built draws nothing and says why.
     virtual std::shared_ptr<Shader> shader(const std::string& path) = 0;
-    /// What went wrong with the program's own shaders and with templates'; none while GL was not needed.
-    virtual const ShaderManager* shaders() const = 0;
+    /// What went wrong with the program's own shaders and with templates' is among its failures.
+    virtual const ShaderManager& shaders() const = 0;
     /// To be called on the render queue before GL objects of textures and targets are deleted, and at the
     /// start of a run; may throw Error(Failed) when there is no GL.
     virtual void makeCurrent() = 0;

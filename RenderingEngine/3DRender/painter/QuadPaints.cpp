@@ -89,7 +89,6 @@ std::array<float, 4> fourOf(const glm::vec4& color) { return {color.r, color.g, 
 
 /// Each says how a quad is painted; false for what only GL can do.
 struct Painted {
-    const QuadDraw& quad;
     QuadPaint& paint;
 
     bool operator()(const PlainLook& look) const {
@@ -240,7 +239,7 @@ bool addPaints(const QuadDraw& quad, const CanvasSize& canvas, std::vector<QuadP
     }
     paint.wrap = wrapOf(quad.mayRepeat && leavesPicture(quad));
     paint.blend = paintedBlend(quad.state.blend);
-    if (!std::visit(Painted{quad, paint}, quad.look)) return false;
+    if (!std::visit(Painted{paint}, quad.look)) return false;
     const bool isByPlace = paint.mask || paint.gradient || paint.filter;
     if (isOneSurface(quad))
         paints.push_back(paint);

@@ -23,12 +23,6 @@ struct SoftwarePainter::Piece {
     }
 };
 
-/// What GL has drawn for some pieces.
-struct SoftwarePainter::Layer {
-    std::vector<uint8_t> pixels;
-    PixelBounds bounds;
-};
-
 struct SoftwarePainter::Picture {
     CanvasSize size;
     uint32_t background = 0;
@@ -37,7 +31,7 @@ struct SoftwarePainter::Picture {
     std::vector<QuadPaint> paints;
     /// Of painted targets, which may be painted anew before this picture is.
     std::vector<std::shared_ptr<const void>> memory;
-    std::vector<Layer> layers;
+    std::vector<std::vector<uint8_t>> layers;  ///< pixels of what GL has drawn
     size_t usedLayers = 0;
     std::vector<platform::PreparedPaint> prepared;
     std::vector<StillPaints::Owner> owners;  ///< of the prepared ones, as StillPaints wants them
@@ -260,9 +254,9 @@ void SoftwarePainter::drawLayer(Picture& picture, size_t first, size_t end) {
     for (size_t i = first; i < end; ++i) picture.pieces[i].paintCount = 0;
     if (bounds.isEmpty()) return;
     if (picture.layers.size() == picture.usedLayers) picture.layers.emplace_back();
-    Layer& layer = picture.layers[picture.usedLayers++];
+    std::vector<uint8_t>& pixels = picture.layers[picture.usedLayers++];
     const int width = bounds.right - bounds.left, height = bounds.bottom - bounds.top;
-    layer.pixels.resize(static_cast<size_t>(width) * static_cast<size_t>(height) * 4);
+    pixels.resize(static_cast<size_t>(width) * static_cast<size_t>(height) * 4);
     gl_.beginPart(size.width, size.height, {bounds.left, size.height - bounds.bottom, width, height}, 0);
     for (size_t i = first; i < end; ++i)
         std::visit(
@@ -272,13 +266,13 @@ void SoftwarePainter::drawLayer(Picture& picture, size_t first, size_t end) {
             },
             picture.pieces[i].draw);
     const ptrdiff_t stride = ptrdiff_t{width} * 4;
-    gl_.endFrame({.pixels = layer.pixels.data(), .stride = stride, .width = width, .height = height});
+    gl_.endFrame({.pixels = pixels.data(), .stride = stride, .width = width, .height = height});
     Piece& piece = picture.pieces[first];
     piece.firstPaint = picture.paints.size();
     piece.paintCount = 1;
     piece.still = nullptr;
     picture.paints.push_back(
-        paintOf({.pixels = layer.pixels.data(), .stride = stride, .width = width, .height = height}, bounds,
+        paintOf({.pixels = pixels.data(), .stride = stride, .width = width, .height = height}, bounds,
                 isAlone ? piece.state().blend : BlendFunction()));
 }
 

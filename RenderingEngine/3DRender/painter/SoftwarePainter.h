@@ -33,7 +33,7 @@ class SoftwarePainter : public Painter {
     void beginTarget(QVFrameBufferToTexture& target) override;
     void endTarget() override;
     std::shared_ptr<Shader> shader(const std::string& path) override { return gl_.shader(path); }
-    const ShaderManager* shaders() const override { return gl_.shaders(); }
+    const ShaderManager& shaders() const override { return gl_.shaders(); }
     void makeCurrent() override;
     void release() override;
 
@@ -45,7 +45,6 @@ class SoftwarePainter : public Painter {
   private:
     struct Piece;
     struct Picture;
-    struct Layer;
 
     void paintColor(const QuadDraw& quad);
     void begin(const CanvasSize& size, uint32_t background, QVFrameBufferToTexture* target);
