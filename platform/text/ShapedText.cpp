@@ -6,6 +6,7 @@
 #include <cmath>
 
 #include "platform/image/Cairo.h"
+#include "platform/text/Blur.h"
 #include "platform/text/ColorGlyphs.h"
 #include "platform/text/TextLayout.h"
 
@@ -13,8 +14,6 @@ namespace platform {
 
 namespace {
 
-/// Pixels around each picture: filtering must not meet its neighbour.
-constexpr int border = 2;
 /// How far the straight pieces may leave a curve, in units of an em: invisible in letters that fill a
 /// picture.
 constexpr double curveTolerance = 0.02;
@@ -100,6 +99,7 @@ void ShapedText::placeLines(TextAlignment alignment) {
     for (const TextLine& line : layout_->lines()) {
         const double share = alignmentShare(alignment, line.rightToLeft);
         double x = share * (size_.width - line.length) - size_.width / 2;
+        lines_.push_back({top, top - line.breadth});
         for (GSList* item = line.glyphs->runs; item; item = item->next)
             x = placeRun(*static_cast<PangoLayoutRun*>(item->data), x, top - line.ascent);
         top -= line.breadth;
@@ -117,7 +117,8 @@ double ShapedText::placeRun(const _PangoGlyphItem& run, double x, double baselin
         if (glyph.glyph != PANGO_GLYPH_EMPTY)
             placements_.push_back({numberOf({owned, glyph.glyph, isColored}),
                                    x + pango_units_to_double(glyph.geometry.x_offset), baseline + up,
-                                   size_t(run.item->offset + run.glyphs->log_clusters[i])});
+                                   size_t(run.item->offset + run.glyphs->log_clusters[i]), lines_.size() - 1,
+                                   pango_units_to_double(glyph.geometry.width)});
         x += pango_units_to_double(glyph.geometry.width);
     }
     return x;
@@ -131,6 +132,8 @@ size_t ShapedText::numberOf(const Glyph& glyph) {
     glyphs_.push_back(glyph);
     return glyphs_.size() - 1;
 }
+
+std::string ShapedText::text() const { return layout_->text(); }
 
 char32_t ShapedText::letterAt(const GlyphPlacement& placement) const {
     return g_utf8_get_char(layout_->text() + placement.textStart);
@@ -175,14 +178,50 @@ TextRect ShapedText::ink(std::span<const GlyphPlacement> letters) const {
     return right > left ? TextRect{left, bottom, right - left, top - bottom} : TextRect{};
 }
 
-GlyphPicture ShapedText::picture(std::span<const GlyphPlacement> letters, double pixelsPerEm) const {
-    const double scale = pixelsPerEm / em;
+double GlyphLook::reach() const {
+    constexpr double blurReach = 1.5;  // of its radius
+    return strokeWidth / 2 + blurRadius * blurReach;
+}
+
+void ShapedText::draw(std::span<const GlyphPlacement> letters, const GlyphLook& look, cairo_t* pen) const {
+    cairo_set_source_rgb(pen, 1, 1, 1);
+    for (const GlyphPlacement& letter : letters) {
+        const double x = letter.x - letters[0].x, y = letters[0].y - letter.y;
+        if (!isColored(letter.glyph))
+            glyphs_[letter.glyph].addOutline(pen, x, y);
+        else if (look.isFilled)
+            glyphs_[letter.glyph].show(pen, x, y);
+    }
+    if (look.isFilled) cairo_fill_preserve(pen);
+    if (look.strokeWidth > 0) {
+        cairo_set_line_width(pen, look.strokeWidth);
+        cairo_set_line_join(pen, CAIRO_LINE_JOIN_ROUND);
+        cairo_stroke(pen);
+    }
+    cairo_new_path(pen);
+}
+
+namespace {
+
+/// White where there was any colour, and blurred.
+void makeSilhouette(Bitmap& bitmap, double blurRadius) {
+    std::vector<uint8_t> alpha(bitmap.rgba.size() / 4);
+    for (size_t i = 0; i < alpha.size(); ++i) alpha[i] = bitmap.rgba[4 * i + 3];
+    blurChannel(alpha.data(), bitmap.width, bitmap.height, bitmap.width, blurRadius);
+    for (size_t i = 0; i < bitmap.rgba.size(); ++i) bitmap.rgba[i] = alpha[i / 4];
+}
+
+}  // namespace
+
+GlyphPicture ShapedText::picture(std::span<const GlyphPlacement> letters, double pixelsPerEm,
+                                 const GlyphLook& look, int border) const {
+    const double scale = pixelsPerEm / em, reach = look.reach();
     const TextRect rect = ink(letters);
     if (rect.width <= 0) return {};
-    const double left = std::floor(rect.x * scale) - border;
-    const double top = std::ceil((rect.y + rect.height) * scale) + border;
-    const double right = std::ceil((rect.x + rect.width) * scale) + border;
-    const double bottom = std::floor(rect.y * scale) - border;
+    const double left = std::floor((rect.x - reach) * scale) - border;
+    const double top = std::ceil((rect.y + rect.height + reach) * scale) + border;
+    const double right = std::ceil((rect.x + rect.width + reach) * scale) + border;
+    const double bottom = std::floor((rect.y - reach) * scale) - border;
     GlyphPicture picture{Bitmap(int(std::min<double>(right - left, GlyphPicture::largestSide)),
                                 int(std::min<double>(top - bottom, GlyphPicture::largestSide))),
                          left, top};
@@ -191,17 +230,10 @@ GlyphPicture ShapedText::picture(std::span<const GlyphPlacement> letters, double
     const CairoPen pen = penOn(surface);
     cairo_translate(pen.get(), -left, top);
     cairo_scale(pen.get(), scale, scale);
-    cairo_set_source_rgb(pen.get(), 1, 1, 1);
-    for (const GlyphPlacement& letter : letters) {
-        const double x = letter.x - letters[0].x, y = letters[0].y - letter.y;
-        if (isColored(letter.glyph))
-            glyphs_[letter.glyph].show(pen.get(), x, y);
-        else
-            glyphs_[letter.glyph].addOutline(pen.get(), x, y);
-    }
-    cairo_fill(pen.get());
+    draw(letters, look, pen.get());
     cairo_surface_flush(surface.get());
     for (size_t i = 0; i < bitmap.rgba.size(); i += 4) std::swap(bitmap.rgba[i], bitmap.rgba[i + 2]);
+    if (look.isSilhouette) makeSilhouette(bitmap, look.blurRadius * scale);
     return picture;
 }
 

@@ -3,10 +3,12 @@
 #include <pango/pangocairo.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstring>
 #include <string>
 
 #include "platform/text/FontLibrary.h"
+#include "platform/text/JoinedLetters.h"
 #include "platform/text/LineBalance.h"
 
 namespace platform {
@@ -113,19 +115,6 @@ std::vector<BreakLetter> readLetters(PangoLayout* layout, PangoLayoutLine* line,
     return letters;
 }
 
-PangoAttrList* plainAttributes() {
-    PangoAttrList* attributes = pango_attr_list_new();
-    pango_attr_list_insert(attributes, pango_attr_insert_hyphens_new(FALSE));
-    return attributes;
-}
-
-/// A word that has to be broken shows only what was typed.
-void forbidHyphens(PangoLayout* layout) {
-    PangoAttrList* attributes = plainAttributes();
-    pango_layout_set_attributes(layout, attributes);
-    pango_attr_list_unref(attributes);
-}
-
 }  // namespace
 
 double alignmentShare(TextAlignment alignment, bool rightToLeft) {
@@ -143,7 +132,12 @@ double alignmentShare(TextAlignment alignment, bool rightToLeft) {
 
 void TextLayout::LayoutDeleter::operator()(PangoLayout* layout) const { g_object_unref(layout); }
 
-TextLayout::TextLayout(const TextLayoutDescription& description, double wrapLength) {
+void TextLayout::AttributesDeleter::operator()(PangoAttrList* attributes) const {
+    pango_attr_list_unref(attributes);
+}
+
+TextLayout::TextLayout(const TextLayoutDescription& description, double wrapLength)
+    : attributes_(pango_attr_list_new()) {
     const std::string text = truncateText(description.text, TextLimits::characters);
     const FontChoice font = chooseFont(description.font);
     const Context context = makeContext(font, text, description.direction);
@@ -156,9 +150,27 @@ TextLayout::TextLayout(const TextLayoutDescription& description, double wrapLeng
     if (wraps) pango_layout_set_width(layout_.get(), pango_units_from_double(wrapLength));
     pango_layout_set_justify(layout_.get(), justified);
     pango_layout_set_text(layout_.get(), text.c_str(), int(text.size()));
-    forbidHyphens(layout_.get());
+    forbidHyphens();
+    moveLettersApart(description);
+    pango_layout_set_attributes(layout_.get(), attributes_.get());
     if (wraps && !justified) balanceLines();
-    readLines(description.maxLines);
+    readLines(description);
+}
+
+/// A word that has to be broken shows only what was typed.
+void TextLayout::forbidHyphens() {
+    pango_attr_list_insert(attributes_.get(), pango_attr_insert_hyphens_new(FALSE));
+}
+
+void TextLayout::moveLettersApart(const TextLayoutDescription& description) {
+    const double spacing = double(description.letterSpacing) * double(description.font.size);
+    if (spacing == 0 || !std::isfinite(spacing)) return;
+    for (const TextRange& range : separableRanges(text())) {
+        PangoAttribute* apart = pango_attr_letter_spacing_new(pango_units_from_double(spacing));
+        apart->start_index = guint(range.start);
+        apart->end_index = guint(range.end);
+        pango_attr_list_insert(attributes_.get(), apart);
+    }
 }
 
 /// Pango fills each line before it begins the next one. Once the choice of breaks is made, it is kept by
@@ -173,7 +185,7 @@ void TextLayout::balanceLines() {
     if (balanced == filled || balanced.size() != filled.size()) return;
     keepTogether(balanced);
     // A letter may be wider at a line's end than amid the text.
-    if (lineStarts() != balanced) forbidHyphens(layout_.get());
+    if (lineStarts() != balanced) pango_layout_set_attributes(layout_.get(), attributes_.get());
 }
 
 /// The bytes at which lines begin.
@@ -205,7 +217,7 @@ std::vector<int> TextLayout::balancedStarts(int wrapLength) {
 }
 
 void TextLayout::keepTogether(const std::vector<int>& starts) {
-    PangoAttrList* attributes = plainAttributes();
+    PangoAttrList* attributes = pango_attr_list_copy(attributes_.get());
     for (size_t i = 0; i < starts.size(); ++i) {
         PangoAttribute* together = pango_attr_allow_breaks_new(FALSE);
         together->start_index = guint(starts[i]);
@@ -216,14 +228,18 @@ void TextLayout::keepTogether(const std::vector<int>& starts) {
     pango_attr_list_unref(attributes);
 }
 
-void TextLayout::readLines(int maxLines) {
+void TextLayout::readLines(const TextLayoutDescription& description) {
+    const double spacing = double(description.lineSpacing);
     for (GSList* item = pango_layout_get_lines(layout_.get()); item; item = item->next) {
-        if (maxLines > 0 && lines_.size() == size_t(maxLines)) break;
+        if (description.maxLines > 0 && lines_.size() == size_t(description.maxLines)) break;
         auto* line = static_cast<PangoLayoutLine*>(item->data);
         blankMissingLetters(line);
-        lines_.push_back(readLine(line));
-        length_ = std::max(length_, lines_.back().length);
-        breadth_ += lines_.back().breadth;
+        TextLine read = readLine(line);
+        read.ascent += read.breadth * (spacing - 1) / 2;
+        read.breadth *= spacing;
+        lines_.push_back(read);
+        length_ = std::max(length_, read.length);
+        breadth_ += read.breadth;
     }
 }
 

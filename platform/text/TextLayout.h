@@ -8,6 +8,7 @@
 
 using PangoLayout = struct _PangoLayout;
 using PangoLayoutLine = struct _PangoLayoutLine;
+using PangoAttrList = struct _PangoAttrList;
 
 namespace platform {
 
@@ -40,13 +41,19 @@ class TextLayout {
     std::vector<int> lineStarts() const;
     std::vector<int> balancedStarts(int wrapLength);
     void keepTogether(const std::vector<int>& starts);
-    void readLines(int maxLines);
+    void moveLettersApart(const TextLayoutDescription& description);
+    void forbidHyphens();
+    void readLines(const TextLayoutDescription& description);
     void blankMissingLetters(PangoLayoutLine* line);
 
     struct LayoutDeleter {
         void operator()(PangoLayout* layout) const;
     };
+    struct AttributesDeleter {
+        void operator()(PangoAttrList* attributes) const;
+    };
     std::unique_ptr<PangoLayout, LayoutDeleter> layout_;
+    std::unique_ptr<PangoAttrList, AttributesDeleter> attributes_;  ///< that hold whatever lines are chosen
     std::vector<TextLine> lines_;
     std::vector<char32_t> missingLetters_;
     double length_ = 0, breadth_ = 0;

@@ -58,11 +58,16 @@ struct TextLayoutDescription {
     TextDirection direction = TextDirection::Horizontal;
     TextWrap wrap = TextWrap::WordsThenCharacters;
     int maxLines = 0;  ///< further lines are not drawn; 0: no limit
+    /// Room between letters, in shares of the font's size; less than 0 brings them closer. Letters of scripts
+    /// that join them keep their places.
+    float letterSpacing = 0;
+    float lineSpacing = 1;  ///< from line to line, in shares of what the font wants
 };
 
 struct TextLimits {
     static constexpr int characters = 4096;
     static constexpr float fontSize = 2048, strokeWidth = 512, blurRadius = 256;
+    static constexpr float leastLetterSpacing = -0.5f, letterSpacing = 3, lineSpacing = 10;
 };
 
 /// A text with all that is needed to draw it as a texture. Lengths are pixels of the texture.

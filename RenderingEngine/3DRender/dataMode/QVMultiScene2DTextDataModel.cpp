@@ -43,6 +43,7 @@ platform::TextLayoutDescription readLayout(const KeyReader& reader) {
     layout.font.size = readLength(reader, "fontSize", TextLimits::fontSize);
     layout.alignment = readMode<platform::TextAlignment>(reader, "textAlignment", 4);
     layout.direction = readMode<TextDirection>(reader, "textLayoutMode", 1);
+    readSpacing(reader, layout.letterSpacing, layout.lineSpacing);
     return layout;
 }
 

@@ -49,24 +49,25 @@ std::optional<TextFit> fitWrittenLines(Fitter& fitter, double smallest) {
 }
 
 /// With lines broken where they are too long.
-TextFit fitBrokenLines(Fitter& fitter) {
+TextFit fitBrokenLines(Fitter& fitter, const TextFitLimits& limits) {
     fitter.layout.wrap = TextWrap::Words;
     if (fitter.fits(1)) return {1, TextWrap::Words, true};
-    if (fitter.fits(smallestUnbrokenScale))
-        return {fitter.search(smallestUnbrokenScale), TextWrap::Words, true};
+    if (fitter.fits(limits.smallestUnbroken))
+        return {fitter.search(limits.smallestUnbroken), TextWrap::Words, true};
     fitter.layout.wrap = TextWrap::WordsThenCharacters;
-    if (fitter.fits(smallestScale)) return {fitter.search(smallestScale), fitter.layout.wrap, true};
-    return {smallestScale, fitter.layout.wrap, false};
+    if (fitter.fits(limits.smallest)) return {fitter.search(limits.smallest), fitter.layout.wrap, true};
+    return {limits.smallest, fitter.layout.wrap, false};
 }
 
 }  // namespace
 
-TextFit fitText(TextLayoutDescription layout, TextSize texture, TextSize margin) {
+TextFit fitText(TextLayoutDescription layout, TextSize texture, TextSize margin,
+                const TextFitLimits& limits) {
     Fitter fitter{std::move(layout), texture, margin};
     const bool hasLines = fitter.layout.text.find('\n') != std::string::npos;
-    const TextFit broken = fitBrokenLines(fitter);
+    const TextFit broken = fitBrokenLines(fitter, limits);
     if (!hasLines) return broken;
-    const double smallest = std::max(smallestScale, broken.scale * smallestWrittenShare);
+    const double smallest = std::max(limits.smallest, broken.scale * smallestWrittenShare);
     return fitWrittenLines(fitter, smallest).value_or(broken);
 }
 

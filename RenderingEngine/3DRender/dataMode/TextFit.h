@@ -20,9 +20,14 @@ constexpr double smallestWrittenShare = 0.7;
 /// Smaller than this no text is drawn.
 constexpr double smallestScale = 0.1;
 
+/// How far a text shrinks: `smallest` at most, and down to `smallestUnbroken` before a word is broken.
+struct TextFitLimits {
+    double smallest = smallestScale, smallestUnbroken = smallestUnbrokenScale;
+};
+
 /// The largest scale at which `layout` fits a texture of `texture` pixels with `margin` kept free on all
 /// sides; the margin shrinks with the text, as it is there for its stroke and shadow.
-TextFit fitText(platform::TextLayoutDescription layout, platform::TextSize texture,
-                platform::TextSize margin);
+TextFit fitText(platform::TextLayoutDescription layout, platform::TextSize texture, platform::TextSize margin,
+                const TextFitLimits& limits = {});
 
 }  // namespace multiscene

@@ -1,6 +1,7 @@
 #include "dataMode/TextSettings.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstdio>
 
@@ -20,6 +21,22 @@ static constexpr Key textKeyList[] = {
      .meaning = "the text is cut after so many; 0: not cut",
      .minimum = 0,
      .maximum = platform::TextLimits::characters},
+    {.name = "letterSpacing",
+     .type = KeyType::Number,
+     .unit = "letter heights",
+     .fallback = "0",
+     .meaning =
+         "more room between letters, in shares of \"fontSize\"; less than 0 brings them closer. Scripts "
+         "that join their letters keep them joined",
+     .minimum = platform::TextLimits::leastLetterSpacing,
+     .maximum = platform::TextLimits::letterSpacing},
+    {.name = "lineSpacing",
+     .type = KeyType::Number,
+     .unit = "line heights",
+     .fallback = "1",
+     .meaning = "from line to line, in shares of what the font wants",
+     .minimum = 0,
+     .maximum = platform::TextLimits::lineSpacing},
 };
 const KeyTable textKeys{"Text", "What every text reads.", nullptr, textKeyList};
 
@@ -30,6 +47,18 @@ bool namesFile(const std::string& fontName) {
 }
 
 }  // namespace
+
+float readInRange(const KeyReader& reader, const KeyTable& table, std::string_view key) {
+    const Key& range = *table.find(key);
+    const float number = reader.number(key);
+    if (!std::isfinite(number)) return platform::Value(range.fallback).floatValue();
+    return static_cast<float>(std::clamp<double>(number, range.minimum, range.maximum));
+}
+
+void readSpacing(const KeyReader& reader, float& letterSpacing, float& lineSpacing) {
+    letterSpacing = readInRange(reader, textKeys, "letterSpacing");
+    lineSpacing = readInRange(reader, textKeys, "lineSpacing");
+}
 
 platform::Color readTextColor(const KeyReader& reader, std::string_view key) {
     const std::string text = reader.text(key);

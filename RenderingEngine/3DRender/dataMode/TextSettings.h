@@ -10,8 +10,14 @@
 
 namespace multiscene {
 
-/// The font's name, the colour and the greatest length.
+/// The font's name, the colour, the greatest length and the spacing.
 extern const KeyTable textKeys;
+
+/// A number within the range that its key is described with; one that is no number reads as a missing key.
+float readInRange(const KeyReader& reader, const KeyTable& table, std::string_view key);
+
+/// "letterSpacing" and "lineSpacing".
+void readSpacing(const KeyReader& reader, float& letterSpacing, float& lineSpacing);
 
 /// "red,green,blue" without an alpha is opaque.
 platform::Color readTextColor(const KeyReader& reader, std::string_view key);
