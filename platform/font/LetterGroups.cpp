@@ -65,7 +65,8 @@ class OverlapTest {
 
 }  // namespace
 
-std::vector<std::span<const GlyphPlacement>> letterGroups(const ShapedText& text, double longest) {
+std::vector<std::span<const GlyphPlacement>> letterGroups(const ShapedText& text,
+                                                          const std::vector<size_t>& parts, double longest) {
     const std::vector<GlyphPlacement>& letters = text.placements();
     std::vector<std::span<const GlyphPlacement>> groups;
     OverlapTest overlap(text);
@@ -75,7 +76,7 @@ std::vector<std::span<const GlyphPlacement>> letterGroups(const ShapedText& text
         const TextRect ink = text.ink(letters[i].glyph);
         const size_t oldest = std::max(start, i - std::min(i, lookBack));
         const bool joins =
-            letters[i].x + ink.x + ink.width - left <= longest &&
+            parts[i] == parts[start] && letters[i].x + ink.x + ink.width - left <= longest &&
             std::any_of(letters.begin() + ptrdiff_t(oldest), letters.begin() + ptrdiff_t(i),
                         [&](const GlyphPlacement& other) { return overlap(other, letters[i]); });
         if (joins) {

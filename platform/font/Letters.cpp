@@ -10,8 +10,9 @@ namespace platform {
 
 namespace {
 
-/// Pixels an em in an atlas that has room for every letter that a text can have.
-constexpr double leastResolution = 24;
+/// More than anything that is still a letter, in ems.
+constexpr float largestStroke = 2, largestBlur = 1, largestOffset = 100, largestDepth = 1000;
+constexpr int mostBevelSteps = 8;
 
 /// Model units of one unit of a shaped text.
 float unitOf(const LetterText& text) {
@@ -19,26 +20,61 @@ float unitOf(const LetterText& text) {
     return size / float(ShapedText::em);
 }
 
+float within(float value, float least, float most, float otherwise) {
+    return std::isfinite(value) ? std::clamp(value, least, most) : otherwise;
+}
+
+/// A length in the text's units, `most` in ems; one that is no number is 0.
+float lengthIn(float unit, float length, float most) {
+    const float ems = most * float(ShapedText::em);
+    return within(length / unit, 0, ems, 0);
+}
+
 ShapedText shape(const LetterText& text, float unit) {
     constexpr float longest = 1'000'000;  // what is longer never breaks
     const float lineLength = text.lineLength / unit;
-    return {{.text = text.text, .font = text.font, .alignment = text.alignment},
+    return {{.text = text.text,
+             .font = text.font,
+             .alignment = text.alignment,
+             .wrap = text.wrap,
+             .letterSpacing =
+                 within(text.letterSpacing, TextLimits::leastLetterSpacing, TextLimits::letterSpacing, 0),
+             .lineSpacing = within(text.lineSpacing, 0, TextLimits::lineSpacing, 1)},
             lineLength < longest ? double(lineLength) : 0};
 }
 
-void scale(std::vector<LetterVertex>& vertices, float unit) {
-    for (LetterVertex& vertex : vertices) {
-        vertex.x *= unit;
-        vertex.y *= unit;
-        vertex.z *= unit;
+FlatLook inUnits(FlatLook look, float unit) {
+    look.strokeWidth = lengthIn(unit, look.strokeWidth, largestStroke);
+    if (!look.shadow) return look;
+    const float most = largestOffset * float(ShapedText::em);
+    look.shadow->blurRadius = lengthIn(unit, look.shadow->blurRadius, largestBlur);
+    look.shadow->offsetX = within(look.shadow->offsetX / unit, -most, most, 0);
+    look.shadow->offsetY = within(look.shadow->offsetY / unit, -most, most, 0);
+    return look;
+}
+
+SolidLook inUnits(const SolidLook& look, float unit) {
+    return {.depth = lengthIn(unit, look.depth, largestDepth),
+            .bevelWidth = lengthIn(unit, look.bevelWidth, 1),
+            .bevelDepth = lengthIn(unit, look.bevelDepth, largestDepth),
+            .bevelSteps = std::clamp(look.bevelSteps, 1, mostBevelSteps)};
+}
+
+void scale(LetterLayer& layer, float unit) {
+    for (LetterVertex& corner : layer.corners) {
+        corner.x *= unit;
+        corner.y *= unit;
+        corner.z *= unit;
     }
 }
 
 /// From the text's units to the model's.
 template <typename Letters>
-Letters finished(Letters letters, const ShapedText& text, float unit) {
-    scale(letters.triangles, unit);
-    scale(letters.coloredTriangles, unit);
+Letters finished(Letters letters, const ShapedText& text, float unit,
+                 std::initializer_list<LetterLayer Letters::*> layers) {
+    for (LetterLayer Letters::*layer : layers) scale(letters.*layer, unit);
+    for (LetterPart& part : letters.parts)
+        for (float* side : {&part.left, &part.right, &part.bottom, &part.top}) *side *= unit;
     letters.block = {float(text.size().width) * unit, float(text.size().height) * unit};
     std::ranges::copy(text.missingLetters(), std::back_inserter(letters.leftOut));
     std::ranges::sort(letters.leftOut);
@@ -48,20 +84,19 @@ Letters finished(Letters letters, const ShapedText& text, float unit) {
 
 }  // namespace
 
-FlatLetters flatLetters(const LetterText& text) {
+FlatLetters flatLetters(const LetterText& text, const FlatLook& look) {
     const float unit = unitOf(text);
     const ShapedText shaped = shape(text, unit);
-    double resolution = ShapedText::em;
-    FlatLetters letters = flatGlyphs(shaped, resolution);
-    while (!letters.leftOut.empty() && resolution > leastResolution)
-        letters = flatGlyphs(shaped, resolution /= 2);
-    return finished(std::move(letters), shaped, unit);
+    return finished(
+        flatGlyphs(shaped, text.part, inUnits(look, unit)), shaped, unit,
+        {&FlatLetters::shadow, &FlatLetters::outline, &FlatLetters::letters, &FlatLetters::colored});
 }
 
-SolidLetters solidLetters(const LetterText& text, float depth) {
+SolidLetters solidLetters(const LetterText& text, const SolidLook& look) {
     const float unit = unitOf(text);
     const ShapedText shaped = shape(text, unit);
-    return finished(solidGlyphs(shaped, double(depth / unit)), shaped, unit);
+    return finished(solidGlyphs(shaped, text.part, inUnits(look, unit)), shaped, unit,
+                    {&SolidLetters::letters, &SolidLetters::colored});
 }
 
 }  // namespace platform

@@ -6,8 +6,9 @@
 
 namespace platform {
 
-/// All letters of the text extruded by `depth`, in units of which an em has ShapedText::em. Those beyond what
-/// one text can hold are listed in `leftOut`.
-SolidLetters solidGlyphs(const ShapedText& text, double depth);
+/// All letters of the text as solids, in units of which an em has ShapedText::em, in which the look's lengths
+/// are too. Those beyond what one text can hold are listed in `leftOut`.
+SolidLetters solidGlyphs(const ShapedText& text, const std::optional<LetterUnit>& part,
+                         const SolidLook& look);
 
 }  // namespace platform

@@ -52,10 +52,11 @@ struct Measure {
 
 Measure measure(const SolidLetters& letters) {
     Measure result;
-    for (size_t i = 0; i < letters.triangles.size(); i += 3) {
-        const LetterVertex* corner = &letters.triangles[i];
+    for (size_t i = 0; i < letters.letters.corners.size(); i += 3) {
+        const LetterVertex* corner = &letters.letters.corners[i];
         const auto normal = normalOf(corner);
-        EXPECT_GE(normal[0] * corner->normalX + normal[1] * corner->normalY + normal[2] * corner->normalZ, 0)
+        EXPECT_GE(normal[0] * corner->normalX + normal[1] * corner->normalY + normal[2] * corner->normalZ,
+                  -1e-4)
             << "the corners run counter-clockwise around the normal";
         if (corner->normalZ > 0.5f) result.frontArea += normal[2] / 2;
         result.volume += (corner->x * normal[0] + corner->y * normal[1] + corner->z * normal[2]) / 6;
@@ -68,19 +69,19 @@ TEST(SolidLetters, AreClosedAroundTheirHolesInBothKindsOfFonts) {
         for (const char* letters : {"O", "l", "R8g", "家"}) {
             LetterText written = text(letters);
             written.font.name = font;
-            const Measure solid = measure(solidLetters(written, 0.5f));
+            const Measure solid = measure(solidLetters(written, {.depth = 0.5f}));
             EXPECT_GT(solid.frontArea, 0.1) << font << letters;
             EXPECT_NEAR(solid.volume, solid.frontArea * 0.5, solid.frontArea * 0.02) << font << letters;
         }
     }
-    const double full = measure(solidLetters(text("●"), 1)).frontArea,
-                 ring = measure(solidLetters(text("○"), 1)).frontArea;
+    const double full = measure(solidLetters(text("●"), {.depth = 1})).frontArea,
+                 ring = measure(solidLetters(text("○"), {.depth = 1})).frontArea;
     EXPECT_LT(ring, full / 2) << "a hole stays open";
 }
 
 TEST(SolidLetters, HaveTheSizeOfTheirFontAroundTheOrigin) {
-    const SolidLetters letters = solidLetters(text("HH\nHHHH"), 0.5f);
-    const Box box = boxOf(letters.triangles);
+    const SolidLetters letters = solidLetters(text("HH\nHHHH"), {.depth = 0.5f});
+    const Box box = boxOf(letters.letters.corners);
     EXPECT_NEAR(box.front, 0.25, 1e-5);
     EXPECT_NEAR(box.back, -0.25, 1e-5);
     EXPECT_NEAR(box.left + box.right, 0, 0.05);
@@ -159,17 +160,17 @@ TEST(Letters, OfAnyScriptStandWhereDrawnTextsHaveThem) {
         const Bitmap expected = drawn(letters);
         const FlatLetters flat = flatLetters(letters);
         Bitmap shown(width, height);
-        paint(flat.triangles, shown, texelOf(flat.atlas));
-        paint(flat.coloredTriangles, shown, texelOf(flat.atlas));
+        paint(flat.letters.corners, shown, texelOf(flat.atlas[0]));
+        paint(flat.colored.corners, shown, texelOf(flat.atlas[0]));
         EXPECT_GT(likeness(shown, expected), 0.85) << written;
         EXPECT_TRUE(flat.leftOut.empty());
 
-        const SolidLetters solid = solidLetters(letters, 20);
+        const SolidLetters solid = solidLetters(letters, {.depth = 20});
         shown = Bitmap(width, height);
-        paint(solid.triangles, shown, [](double, double) {
+        paint(solid.letters.corners, shown, [](double, double) {
             return std::array<uint8_t, 4>{255, 255, 255, 255};
         });
-        paint(solid.coloredTriangles, shown, texelOf(solid.atlas));
+        paint(solid.colored.corners, shown, texelOf(solid.atlas));
         EXPECT_GT(likeness(shown, expected), 0.85) << written;
         EXPECT_TRUE(solid.leftOut.empty());
     }
@@ -183,10 +184,11 @@ TEST(FlatLetters, ThatAreJoinedOverlapNowhere) {
         const FlatLetters flat = flatLetters(letters);
         Bitmap all(width, height);
         int twice = 0;
-        for (size_t i = 0; i < flat.triangles.size(); i += 6) {
+        for (size_t i = 0; i < flat.letters.corners.size(); i += 6) {
             Bitmap one(width, height);
-            paint({flat.triangles.begin() + ptrdiff_t(i), flat.triangles.begin() + ptrdiff_t(i) + 6}, one,
-                  texelOf(flat.atlas));
+            paint({flat.letters.corners.begin() + ptrdiff_t(i),
+                   flat.letters.corners.begin() + ptrdiff_t(i) + 6},
+                  one, texelOf(flat.atlas[0]));
             for (size_t pixel = 3; pixel < one.rgba.size(); pixel += 4) {
                 twice += one.rgba[pixel] > 200 && all.rgba[pixel] > 200;
                 all.rgba[pixel] = std::max(all.rgba[pixel], one.rgba[pixel]);
@@ -198,20 +200,197 @@ TEST(FlatLetters, ThatAreJoinedOverlapNowhere) {
         EXPECT_EQ(doublyDrawn(written), 0) << written;
 }
 
+std::vector<LetterPart> partsOf(const std::string& written, LetterUnit unit, float lineLength = 0) {
+    LetterText letters = text(written, lineLength);
+    letters.part = unit;
+    const FlatLetters flat = flatLetters(letters);
+    EXPECT_EQ(solidLetters(letters, {.depth = 1}).parts.size(), flat.parts.size()) << written;
+    for (const LetterLayer* layer : {&flat.letters, &flat.colored}) {
+        size_t next = 0;
+        for (const LetterLayer::Piece& piece : layer->pieces) {
+            EXPECT_EQ(piece.first, std::exchange(next, piece.first + piece.count)) << written;
+            EXPECT_LT(piece.part, flat.parts.size()) << written;
+        }
+        EXPECT_EQ(next, layer->corners.size()) << "every corner moves with a part: " << written;
+    }
+    return flat.parts;
+}
+
+TEST(Letters, MoveAsTheirScriptCountsThem) {
+    const std::pair<const char*, size_t> counted[] = {
+        {"Kin \t etic", 7},
+        {"e\u0301a\u0308", 2},
+        {"有志者", 3},
+        {"ありがと", 4},
+        {"مرحبا", 2},  // joined up to the r, which joins nothing after it
+        {"محمد", 1},
+        {"مُحَمَّد", 1},  // with its vowels
+        {"שלום", 4},
+        {"नमस्ते", 3},    // na ma ste
+        {"क्षत्रिय", 3},  // kṣa tri ya
+        {"ক্ষমা", 2},
+        {"தமிழ்", 3},
+        {"สวัสดี", 4},
+        {"น้ำ", 1},
+        {"🎉❤️👨‍👩‍👧🇯🇵👍🏽", 5},
+    };
+    for (const auto& [written, count] : counted)
+        EXPECT_EQ(partsOf(written, LetterUnit::Letter).size(), count) << written;
+    EXPECT_EQ(partsOf("well, then; 你好 go", LetterUnit::Word).size(), 5u);
+    EXPECT_EQ(partsOf("सत्य एव जयते", LetterUnit::Word).size(), 3u);
+    EXPECT_EQ(partsOf("สวัสดีชาวโลก", LetterUnit::Word).size(), 3u) << "without blanks between them";
+    EXPECT_EQ(partsOf("one\n\ntwo three\n", LetterUnit::Line).size(), 2u);
+    EXPECT_EQ(partsOf("some words", LetterUnit::Line, 7).size(), 2u);
+}
+
+TEST(Letters, AreCountedAsTheyAreRead) {
+    const auto parts = partsOf("ab שלום cd", LetterUnit::Letter);
+    ASSERT_EQ(parts.size(), 8u);
+    EXPECT_LT(parts[0].right, parts[5].left) << "a, then the last of the Hebrew letters";
+    for (size_t i = 3; i < 6; ++i)
+        EXPECT_LT(parts[i].right, parts[i - 1].left + 0.1f) << i << ": to the left";
+    EXPECT_LT(parts[2].right, parts[6].left);
+    EXPECT_EQ(parts[7].word, 2u);
+    const auto lines = partsOf("one\ntwo three", LetterUnit::Word);
+    EXPECT_EQ(lines[2].line, 1u);
+    EXPECT_NEAR(lines[0].bottom, 0, 0.01) << "from line to line";
+    EXPECT_NEAR(lines[2].top, 0, 0.01);
+}
+
+TEST(Letters, AreSpacedButForThoseThatAreJoined) {
+    const auto widthOf = [](const char* written, float spacing) {
+        LetterText letters = text(written);
+        letters.letterSpacing = spacing;
+        return flatLetters(letters).block.width;
+    };
+    constexpr float em = 2;
+    for (const auto& [written, gaps] :
+         {std::pair("abcd", 3.0f), {"你好", 1.0f}, {"👨‍👩‍👧👍🏽", 1.0f}})
+        EXPECT_NEAR(widthOf(written, 0.5f), widthOf(written, 0) + gaps * 0.5f * em, 0.02) << written;
+    for (const char* written : {"مرحبا", "नमस्ते"})
+        EXPECT_FLOAT_EQ(widthOf(written, 0.5f), widthOf(written, 0)) << written;
+    LetterText lines = text("H\nH");
+    const FlatLetters close = flatLetters(lines);
+    lines.lineSpacing = 2;
+    const FlatLetters wide = flatLetters(lines);
+    EXPECT_FLOAT_EQ(wide.block.height, 2 * close.block.height);
+    const Box box = boxOf(wide.letters.corners);
+    EXPECT_NEAR(box.top + box.bottom, boxOf(close.letters.corners).top + boxOf(close.letters.corners).bottom,
+                0.01)
+        << "in the middle of their lines";
+}
+
+TEST(FlatLetters, HaveOutlinesAndShadowsAroundThem) {
+    const FlatLetters plain = flatLetters(text("H"));
+    const FlatLetters drawn = flatLetters(
+        text("H🎉"), {.mode = TextDrawingMode::FillStroke,
+                     .strokeWidth = 0.4f,
+                     .shadow = TextShadow{.offsetX = 1, .offsetY = 0.5f, .blurRadius = 0.2f, .color = {}}});
+    const auto inkOf = [&](const FlatLetters& letters, const LetterLayer& layer, size_t letter) {
+        Box ink;
+        const LetterVertex* corner = &layer.corners[6 * letter];
+        const Bitmap& atlas = letters.atlas[0];
+        const auto [left, right] =
+            std::pair(corner[0].u * float(atlas.width), corner[1].u * float(atlas.width));
+        const auto [top, bottom] =
+            std::pair(corner[2].v * float(atlas.height), corner[0].v * float(atlas.height));
+        const float unit = (corner[1].x - corner[0].x) / (right - left);
+        for (int y = int(top); y < int(bottom); ++y)
+            for (int x = int(left); x < int(right); ++x) {
+                if (atlas.pixel(x, y)[3] < 128) continue;
+                ink.left = std::min(ink.left, corner[0].x + (float(x) - left) * unit);
+                ink.right = std::max(ink.right, corner[0].x + (float(x + 1) - left) * unit);
+                ink.top = std::max(ink.top, corner[2].y - (float(y) - top) * unit);
+            }
+        return ink;
+    };
+    const Box letter = inkOf(plain, plain.letters, 0), filled = inkOf(drawn, drawn.letters, 0);
+    EXPECT_NEAR(filled.right - filled.left, letter.right - letter.left, 0.02);
+    const Box outline = inkOf(drawn, drawn.outline, 0), shadow = inkOf(drawn, drawn.shadow, 0);
+    EXPECT_NEAR(outline.left, filled.left - 0.2, 0.02) << "half of its width";
+    EXPECT_NEAR(outline.top, filled.top + 0.2, 0.02);
+    EXPECT_NEAR(shadow.left, outline.left + 1, 0.05);
+    EXPECT_NEAR(shadow.top, outline.top - 0.5, 0.05);
+    EXPECT_EQ(drawn.outline.corners.size(), 6u) << "an emoji has none";
+    EXPECT_EQ(drawn.shadow.corners.size(), 12u) << "but casts a shadow";
+}
+
+/// Of what has no hole in its surface, all the areas that face one way have their match.
+double openArea(const SolidLetters& letters) {
+    std::array<double, 3> sum{};
+    for (const auto* corners : {&letters.letters.corners, &letters.colored.corners})
+        for (size_t i = 0; i < corners->size(); i += 3)
+            for (size_t axis = 0; const double part : normalOf(&(*corners)[i])) sum[axis++] += part;
+    return std::hypot(sum[0], sum[1], sum[2]);
+}
+
+TEST(SolidLetters, HaveTheirEdgesCutOffWhereTheyAreThickEnough) {
+    for (const char* font : {"DejaVu Sans", "Noto Serif Display", "Noto Sans CJK SC"})
+        for (const char* letters : {"O", "R8g&", "家龍", "Å"}) {
+            LetterText written = text(letters);
+            written.font.name = font;
+            const Measure whole = measure(solidLetters(written, {.depth = 0.5f}));
+            for (const float bevel : {0.02f, 0.2f, 2.0f})  // and far too wide for any letter
+                for (const int steps : {1, 4}) {
+                    const SolidLetters cut = solidLetters(
+                        written,
+                        {.depth = 0.5f, .bevelWidth = bevel, .bevelDepth = 0.1f, .bevelSteps = steps});
+                    const Measure measured = measure(cut);
+                    EXPECT_LT(openArea(cut), 1e-3) << font << letters << bevel;
+                    EXPECT_LT(measured.volume, whole.volume * 0.999) << font << letters << bevel;
+                    EXPECT_GT(measured.volume, whole.volume * 0.6) << font << letters << bevel;
+                    EXPECT_EQ(boxOf(cut.letters.corners).front, 0.25f);
+                }
+        }
+    const Box block = boxOf(solidLetters(text("\u2588"), {.depth = 0.2f}).letters.corners);
+    const double wide = double(block.right - block.left), high = double(block.top - block.bottom), cut = 0.1;
+    const Measure measured = measure(solidLetters(
+        text("\u2588"), {.depth = 0.4f, .bevelWidth = 0.1f, .bevelDepth = 0.1f, .bevelSteps = 1}));
+    EXPECT_NEAR(measured.frontArea, wide * high, 0.01);
+    EXPECT_NEAR(measured.volume,
+                wide * high * 0.4 - 2 * (cut * cut * (wide + high) - cut * cut * cut * 4 / 3), 0.01);
+}
+
+TEST(Letters, TakeWhateverNumbersAndTextsTheyAreGiven) {
+    std::string endless;
+    for (int i = 0; i < 250'000; ++i) endless += "ǵ ";
+    endless += std::string(250'000, 'W');
+    LetterText letters = text(endless, 40);
+    letters.part = LetterUnit::Letter;
+    EXPECT_EQ(flatLetters(letters).letters.corners.size() / 6, 4096u / 2);
+    const float numbers[] = {NAN, INFINITY, -INFINITY, -1, 1e30f, 1e-30f};
+    for (const float number : numbers) {
+        LetterText strange = text("a क्ष\n👍🏽 م");
+        strange.part = LetterUnit::Word;
+        strange.letterSpacing = strange.lineSpacing = strange.lineLength = number;
+        const FlatLetters flat = flatLetters(strange, {.mode = TextDrawingMode::FillStroke,
+                                                       .strokeWidth = number,
+                                                       .shadow = TextShadow{number, number, number, {}}});
+        const SolidLetters solid = solidLetters(
+            strange, {.depth = number, .bevelWidth = number, .bevelDepth = number, .bevelSteps = int(1e9)});
+        for (const LetterLayer* layer :
+             {&flat.shadow, &flat.outline, &flat.letters, &flat.colored, &solid.letters})
+            for (const LetterVertex& at : layer->corners)
+                ASSERT_TRUE(std::isfinite(at.x + at.y + at.z + at.normalX + at.normalZ)) << number;
+        strange.font.size = number;
+        EXPECT_FALSE(flatLetters(strange).parts.empty());
+    }
+}
+
 TEST(Letters, ThatCannotBeDrawnAreNamedOnce) {
     const LetterText letters = text("a\U0010FFFFb\U0010FFFF");
     EXPECT_EQ(flatLetters(letters).leftOut, std::vector<char32_t>{0x10FFFF});
-    EXPECT_EQ(solidLetters(letters, 1).leftOut, std::vector<char32_t>{0x10FFFF});
+    EXPECT_EQ(solidLetters(letters, {.depth = 1}).leftOut, std::vector<char32_t>{0x10FFFF});
     EXPECT_EQ(flatLetters(letters).block.width, flatLetters(text("ab")).block.width);
 }
 
 TEST(SolidLetters, OfEmojiAreClosedAndCutAlongTheirShape) {
-    const SolidLetters emoji = solidLetters(text("❤️"), 0.5f);
+    const SolidLetters emoji = solidLetters(text("❤️"), {.depth = 0.5f});
     SolidLetters whole = emoji;
-    whole.triangles.insert(whole.triangles.end(), emoji.coloredTriangles.begin(),
-                           emoji.coloredTriangles.end());
+    whole.letters.corners.insert(whole.letters.corners.end(), emoji.colored.corners.begin(),
+                                 emoji.colored.corners.end());
     const Measure solid = measure(whole);
-    const Box box = boxOf(emoji.triangles);
+    const Box box = boxOf(emoji.letters.corners);
     const double square = double(box.right - box.left) * double(box.top - box.bottom);
     EXPECT_NEAR(solid.frontArea, square * 0.7, square * 0.15) << "a heart and not its box";
     EXPECT_NEAR(solid.volume, solid.frontArea * 0.5, solid.frontArea * 0.02);
@@ -226,8 +405,8 @@ TEST(FlatLetters, BreakAndAlignTheirLines) {
     EXPECT_FLOAT_EQ(heightOf(text("有志者事竟成", 7)), 2 * heightOf(text("有")))
         << "ideographs break anywhere";
     EXPECT_LE(flatLetters(text("some words", 7)).block.width, 7);
-    const Box left = boxOf(flatLetters(text("i\nHHHH")).triangles);
-    std::vector<LetterVertex> first = flatLetters(text("i\nHHHH", 0, TextAlignment::Right)).triangles;
+    const Box left = boxOf(flatLetters(text("i\nHHHH")).letters.corners);
+    std::vector<LetterVertex> first = flatLetters(text("i\nHHHH", 0, TextAlignment::Right)).letters.corners;
     first.resize(6);
     EXPECT_GT(boxOf(first).left, 2.0f) << "at the right";
     EXPECT_LT(left.left, -2.5f);
@@ -236,22 +415,22 @@ TEST(FlatLetters, BreakAndAlignTheirLines) {
 
 TEST(FlatLetters, KeepTheirPicturesApart) {
     const FlatLetters letters = flatLetters(text("abcabc"));
-    ASSERT_EQ(letters.triangles.size(), 6u * 6);
-    EXPECT_EQ(letters.triangles[0].u, letters.triangles[18].u) << "a letter is drawn once";
-    for (const LetterVertex& corner : letters.triangles) {
-        const int x = std::min(int(corner.u * float(letters.atlas.width)), letters.atlas.width - 1);
-        const int y = std::min(int(corner.v * float(letters.atlas.height)), letters.atlas.height - 1);
-        EXPECT_EQ(letters.atlas.pixel(x, y)[3], 0) << "clear at the corners";
+    ASSERT_EQ(letters.letters.corners.size(), 6u * 6);
+    EXPECT_EQ(letters.letters.corners[0].u, letters.letters.corners[18].u) << "a letter is drawn once";
+    for (const LetterVertex& corner : letters.letters.corners) {
+        const int x = std::min(int(corner.u * float(letters.atlas[0].width)), letters.atlas[0].width - 1);
+        const int y = std::min(int(corner.v * float(letters.atlas[0].height)), letters.atlas[0].height - 1);
+        EXPECT_EQ(letters.atlas[0].pixel(x, y)[3], 0) << "clear at the corners";
     }
-    EXPECT_TRUE(std::ranges::any_of(letters.atlas.rgba, [](uint8_t value) { return value == 255; }));
+    EXPECT_TRUE(std::ranges::any_of(letters.atlas[0].rgba, [](uint8_t value) { return value == 255; }));
 }
 
 TEST(FlatLetters, TakeAnyText) {
-    EXPECT_TRUE(flatLetters(text("")).triangles.empty());
-    EXPECT_TRUE(flatLetters(text("\n \t\n")).triangles.empty());
+    EXPECT_TRUE(flatLetters(text("")).letters.corners.empty());
+    EXPECT_TRUE(flatLetters(text("\n \t\n")).letters.corners.empty());
     EXPECT_EQ(flatLetters(text("a\xff"
                                "b\U0010FFFF"))
-                      .triangles.size() /
+                      .letters.corners.size() /
                   6,
               3u)
         << "a replacement in the middle";
@@ -261,12 +440,12 @@ TEST(FlatLetters, TakeAnyText) {
         many += {char(0xE0 | point >> 12), char(0x80 | (point >> 6 & 63)), char(0x80 | (point & 63))};
     }
     const FlatLetters manyLetters = flatLetters(text(many, 100));
-    EXPECT_LE(manyLetters.atlas.height, 4096);
+    EXPECT_LE(manyLetters.atlas[0].height, 4096);
     EXPECT_TRUE(manyLetters.leftOut.empty()) << "smaller pictures make room for all";
-    EXPECT_EQ(manyLetters.triangles.size(), 6u * 4096);
+    EXPECT_EQ(manyLetters.letters.corners.size(), 6u * 4096);
     LetterText strange = text("a");
     strange.font.name = "No Such Font";
-    EXPECT_EQ(flatLetters(strange).triangles.size(), 6u);
+    EXPECT_EQ(flatLetters(strange).letters.corners.size(), 6u);
 }
 
 std::string pathOfFont(const char* family) {
@@ -302,7 +481,7 @@ TEST(SolidLetters, TakeFontFilesOfAnyKind) {
         std::ofstream(file, std::ios::binary) << bytes;
         LetterText written = text("WWWW");
         written.font = {"", fontIn(file), 2};
-        return solidLetters(written, 0.5f).block.width;
+        return solidLetters(written, {.depth = 0.5f}).block.width;
     };
     EXPECT_NEAR(widthWith(good), 4 * 2 * 0.602, 0.02) << "the file's own letters";
     const float otherwise = widthWith("no font");
@@ -341,10 +520,10 @@ TEST(Letters, OfAFontWithGiantLettersAreNamedAndCostLittle) {
     std::ofstream(file, std::ios::binary) << font;
     LetterText giant = text("WWmW@");
     giant.font = {"", fontIn(file), 2};
-    EXPECT_EQ(flatLetters(giant).leftOut, (std::vector<char32_t>{'@', 'W', 'm'}));
-    const SolidLetters solid = solidLetters(giant, 0.5f);
+    EXPECT_EQ(flatLetters(giant).leftOut, std::vector<char32_t>{'@'}) << "the largest of them";
+    const SolidLetters solid = solidLetters(giant, {.depth = 0.5f});
     EXPECT_GT(solid.block.width, 5 * 2 * 0.6f * 100);
-    EXPECT_LT(solid.triangles.size(), 20'000u);
+    EXPECT_LT(solid.letters.corners.size(), 20'000u);
     std::filesystem::remove(file);
 }
 
