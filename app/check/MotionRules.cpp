@@ -156,8 +156,10 @@ struct MotionList {
     const char *list, *start;
 };
 constexpr int64_t kNoEnd = std::numeric_limits<int64_t>::max();
-constexpr MotionList kMotionLists[] = {
-    {"TransformArray", "sartFps"}, {"MutableTransformArray", "fpsStart"}, {"AnimationInfo", "sartFps"}};
+constexpr MotionList kMotionLists[] = {{"TransformArray", "sartFps"},
+                                       {"MutableTransformArray", "fpsStart"},
+                                       {"AnimationInfo", "sartFps"},
+                                       {"LetterAnimation", "sartFps"}};
 
 }  // namespace
 

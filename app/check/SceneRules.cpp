@@ -22,6 +22,7 @@ std::span<const SceneRule> sceneRules() {
         rules::motionBeginsBeforeItsNodeEnds,
         rules::keyFrameListsDoNotStall,
         rules::overlappingMotionHasLength,
+        rules::lettersFitTogether,
         rules::rotationsHaveBothEnds,
         rules::curvesCanBeUsed,
         rules::easesAndPathsAreThere,

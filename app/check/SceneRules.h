@@ -36,6 +36,9 @@ void keyFrameListsDoNotStall(const SceneView&, Findings&);
 void overlappingMotionHasLength(const SceneView&, Findings&);
 void rotationsHaveBothEnds(const SceneView&, Findings&);
 
+// LetterRules.cpp
+void lettersFitTogether(const SceneView&, Findings&);
+
 // CurveRules.cpp
 void curvesCanBeUsed(const SceneView&, Findings&);
 void easesAndPathsAreThere(const SceneView&, Findings&);

@@ -429,6 +429,20 @@ std::function<void(SmallTemplate&)> curve(int samples, const Value::Array& point
                                                                   {"controlPoints", points}}});
 }
 
+/// Letters instead of the photo, with a box that they may shrink to, and one motion.
+std::function<void(SmallTemplate&)> letters(Value::Dictionary font, Value::Dictionary motion) {
+    return node([=](Value::Dictionary& dictionary) {
+        Value::Dictionary text{{"textString", "words"}, {"lineLength", 9}, {"smallestFontSize", 0.5}};
+        for (const auto& [key, value] : font) text[key] = value;
+        Value::Dictionary item{{"sartFps", 0}, {"endFps", 3}};
+        for (const auto& [key, value] : motion) item[key] = value;
+        dictionary["type"] = "QVGLFont2DTextureFontObject3D";
+        dictionary["TextureFontInfo"] = text;
+        dictionary["LetterAnimation"] = Value::Array{item};
+        for (const char* key : {"TextureInfo", "QuadInfo"}) dictionary.erase(key);
+    });
+}
+
 Value overlapping() {
     return Value::Dictionary{{"transformType", "translate"}, {"fpsStart", 0}, {"fpsEnd", 3}};
 }
@@ -502,6 +516,24 @@ std::vector<Fault> silentFaults() {
          nodeWith("TransformArray", Value::Array{frames(0, 3).with("translateEase", 99)})},
         {"NoSuchEaseOfAKey", "object3D[1].AnimationInfo[0].ease", "no ease " + std::to_string(firstFreeEase),
          nodeWith("AnimationInfo", Value::Array{frames(0, 3).with("ease", firstFreeEase)})},
+        {"NoSuchLetterUnit", "object3D[1].LetterAnimation[0].letterUnit", "did you mean \"word\"",
+         letters({}, {{"letterUnit", "wrod"}})},
+        {"LetterMotionWithoutLength", "object3D[1].LetterAnimation[0]", "at least two frames",
+         letters({}, {{"endFps", 0}})},
+        {"LettersThatComeTooLate", "object3D[1].LetterAnimation[0].sartFps", "it never happens",
+         letters({}, {{"sartFps", 500}, {"endFps", 600}})},
+        {"LettersOnAMissingCurve", "object3D[1].LetterAnimation[0].ease", "no \"BezierArray\"",
+         letters({}, {{"ease", 30007}})},
+        {"LettersThatShrinkToNothing", "object3D[1].TextureFontInfo.smallestFontSize",
+         "no effect without \"lineLength\"", letters({{"lineLength", 0}}, {})},
+        {"LettersThatGrow", "object3D[1].TextureFontInfo.smallestFontSize", "is more than \"fontSize\"",
+         letters({{"smallestFontSize", 3}}, {})},
+        {"LettersTooFarApart", "object3D[1].TextureFontInfo.letterSpacing", "from -0.5 to 3",
+         letters({{"letterSpacing", 4}}, {})},
+        {"SpacingThatIsNoNumber", "object3D[1].TextureFontInfo.lineSpacing", "not a number",
+         letters({{"lineSpacing", "nan"}}, {})},
+        {"CutEdgesOfFlatLetters", "object3D[1].TextureFontInfo.bevelWidth", "unknown key",
+         letters({{"bevelWidth", 1}}, {})},
         {"NoSuchEaseOfAMotion", "object3D[1].MutableTransformArray[0].iTranslate", "no ease 29999",
          nodeWith("MutableTransformArray", Value::Array{overlapping().with("iTranslate", 29999)})},
         {"NoSuchEaseOfTheCamera", "Camera.LookAtAnimation[0].moveTargetPointEase", "no ease 40",

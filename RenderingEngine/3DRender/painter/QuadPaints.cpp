@@ -254,7 +254,6 @@ bool addPaints(const LettersDraw& letters, const CanvasSize& canvas, std::vector
     if (letters.state.depthTest || letters.atlas->levels().empty()) return false;
     const size_t before = paints.size();
     QuadPaint paint;
-    paint.picture = letters.atlas->levels().front();
     paint.smooth = {false, false, false, false};  // each letter is clear at its edges
     paint.blend = paintedBlend(letters.state.blend);
     paint.tint = fourOf(letters.color);
@@ -273,6 +272,7 @@ bool addPaints(const LettersDraw& letters, const CanvasSize& canvas, std::vector
             paint.corners[i].u = vertex.textureCoordinate.x;
             paint.corners[i].v = vertex.textureCoordinate.y;
         }
+        paint.picture = levelFor(*letters.atlas, paint);
         paints.push_back(paint);
     }
     return true;

@@ -3,13 +3,49 @@
 #include <algorithm>
 #include <array>
 
+#include "3DObject/FTGLTextObject/LetterSettings.h"
 #include "3DObject/MeshObject3D/SceneLight.h"
 #include "dataMode/TextSettings.h"
 #include "format/NodeTypes.h"
 
 namespace multiscene {
 
+static constexpr Key solidInfoKeyList[] = {
+    {.name = "bevelWidth",
+     .type = KeyType::Number,
+     .unit = "model units",
+     .fallback = "0",
+     .meaning =
+         "the edges between front and sides are cut off, this far into the front; less where a letter is "
+         "too thin for it",
+     .minimum = 0},
+    {.name = "bevelDepth",
+     .type = KeyType::Number,
+     .unit = "model units",
+     .meaning =
+         "how far the cut goes down the sides; none: as far as \"bevelWidth\"; half of \"textDepth\" at "
+         "most",
+     .minimum = 0},
+    {.name = "bevelSteps",
+     .type = KeyType::Integer,
+     .fallback = "1",
+     .meaning = "1: a flat cut; more make it round",
+     .minimum = 1,
+     .maximum = 8},
+    {.name = "bevelColor",
+     .type = KeyType::Color,
+     .meaning = "colour of the cut edges; none: as \"textColor\""},
+};
+constexpr KeyTable solidInfoKeys{"TextureFontInfo of solid letters",
+                                 "A text with a depth that stands in the scene.", &fontInfoKeys,
+                                 solidInfoKeyList};
+
 static constexpr Key font3DKeyList[] = {
+    {.name = "TextureFontInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "the text, its font and its look",
+     .required = true,
+     .children = &solidInfoKeys},
     {.name = "textDepth",
      .type = KeyType::Number,
      .unit = "model units",
@@ -27,50 +63,64 @@ QV_REGISTER_NODE_TYPE(QVGLFont3DExtrudeFontObject3D, font3DKeys);
 
 namespace {
 
-/// What tells the sides from the front where no light does.
-constexpr float unlitSides = 0.6f;
+/// What tells the sides and the cut edges from the front where no light does.
+constexpr float unlitSides = 0.6f, unlitBevel = 0.8f;
 
 std::array<uint8_t, 4> texelOf(const glm::vec4& color) {
     const glm::vec4 bytes = glm::round(glm::clamp(color, 0.0f, 1.0f) * 255.0f);
     return {uint8_t(bytes.r), uint8_t(bytes.g), uint8_t(bytes.b), uint8_t(bytes.a)};
 }
 
+std::optional<platform::Color> colorOf(const KeyReader& reader, const char* key) {
+    return reader.has(key) ? std::optional(readTextColor(reader, key)) : std::nullopt;
+}
+
 }  // namespace
 
 void QVGLFont3DExtrudeFontObject3D::rendInfoWithDic(const platform::Value& info) {
     QVGLFontTextObjectBase::rendInfoWithDic(info);
-    const KeyReader reader(font3DKeys, info);
-    textDepth_ = reader.number("textDepth");
-    if (reader.has("sideColor")) sideColor_ = readTextColor(reader, "sideColor");
+    const KeyReader reader(font3DKeys, info), bevel(solidInfoKeys, fontInfo());
+    const auto number = [&](const char* key) { return readInRange(bevel, solidInfoKeys, key); };
+    look_ = {.depth = readInRange(reader, font3DKeys, "textDepth"),
+             .bevelWidth = number("bevelWidth"),
+             .bevelDepth = number(bevel.has("bevelDepth") ? "bevelDepth" : "bevelWidth"),
+             .bevelSteps = static_cast<int>(number("bevelSteps"))};
+    sideColor_ = colorOf(reader, "sideColor");
+    bevelColor_ = colorOf(bevel, "bevelColor");
 }
 
-std::vector<char32_t> QVGLFont3DExtrudeFontObject3D::makeLetters(const platform::LetterText& text) {
-    platform::SolidLetters letters = platform::solidLetters(text, textDepth_);
+QVGLFont3DExtrudeFontObject3D::Made QVGLFont3DExtrudeFontObject3D::makeLetters(
+    const platform::LetterText& text) {
+    platform::SolidLetters letters = platform::solidLetters(text, look_);
     if (!letters.atlas.isEmpty()) atlas_.setPicture(std::move(letters.atlas));
-    triangles_ = verticesOf(letters.triangles);
-    coloredTriangles_ = verticesOf(letters.coloredTriangles);
-    return std::move(letters.leftOut);
+    letters_ = DrawnLetters::of(letters.letters);
+    colored_ = DrawnLetters::of(letters.colored);
+    return {letters.block, std::move(letters.parts), std::move(letters.leftOut)};
 }
 
 void QVGLFont3DExtrudeFontObject3D::dropLetters() {
-    triangles_.clear();
-    coloredTriangles_.clear();
+    letters_ = colored_ = {};
     colors_.clear();
     atlas_.clear();
+    filled_.reset();
 }
 
-glm::vec4 QVGLFont3DExtrudeFontObject3D::shownSideColor() const {
-    if (sideColor_)
-        return {sideColor_->red, sideColor_->green, sideColor_->blue, sideColor_->alpha * renderAlpha()};
-    return shownColor() * (isLightEnable() ? glm::vec4(1) : glm::vec4(glm::vec3(unlitSides), 1));
+/// The text's own colour, darker where no light tells the surfaces apart.
+glm::vec4 QVGLFont3DExtrudeFontObject3D::shown(const std::optional<platform::Color>& color,
+                                               float unlit) const {
+    if (color) return {color->red, color->green, color->blue, color->alpha * renderAlpha()};
+    return shownColor() * (isLightEnable() ? glm::vec4(1) : glm::vec4(glm::vec3(unlit), 1));
 }
 
 /// The colours' alpha is an opacity too, so that they are not multiplied by it.
 void QVGLFont3DExtrudeFontObject3D::fillColors() {
-    platform::Bitmap texels(2, 1);
-    const auto front = texelOf(shownColor()), side = texelOf(shownSideColor());
-    std::ranges::copy(front, texels.rgba.begin());
-    std::ranges::copy(side, texels.rgba.begin() + 4);
+    const std::array colors{texelOf(shownColor()), texelOf(shown(bevelColor_, unlitBevel)),
+                            texelOf(shown(sideColor_, unlitSides)), texelOf(glm::vec4(0))};
+    if (filled_ == colors) return;
+    filled_ = colors;
+    platform::Bitmap texels(static_cast<int>(colors.size()), 1);
+    auto at = texels.rgba.begin();
+    for (const auto& color : colors) at = std::ranges::copy(color, at).out;
     std::vector<platform::Bitmap> levels;
     levels.push_back(std::move(texels));
     colors_.setLevels(std::move(levels), false);
@@ -78,24 +128,27 @@ void QVGLFont3DExtrudeFontObject3D::fillColors() {
 
 void QVGLFont3DExtrudeFontObject3D::drawLetters(Painter& painter) {
     fillColors();
-    drawFaces(painter, colors_, triangles_, 0);
-    if (!coloredTriangles_.empty()) drawFaces(painter, atlas_, coloredTriangles_, 1 - shownColor().a);
+    drawFaces(painter, colors_, letters_, 1);
+    drawFaces(painter, atlas_, colored_, shownColor().a);
 }
 
-void QVGLFont3DExtrudeFontObject3D::drawFaces(Painter& painter, Texture& texture,
-                                              const std::vector<MeshVertex>& triangles, float fade) {
-    MeshDraw mesh{.outside = triangles,
-                  .inside = {},
-                  .sides = MeshSides::Outer,
-                  .shader = "font_3dShader",
-                  .definitions = {},
-                  .uniforms = {{"fade", fade}},
-                  .texture = &texture,
-                  .mvpMatrix = projTransform(),
-                  .alphaIsOpacity = true,
-                  .state = {}};
-    addSceneLight(mesh, *this);
-    painter.draw(std::move(mesh));
+void QVGLFont3DExtrudeFontObject3D::drawFaces(Painter& painter, Texture& texture, const DrawnLetters& letters,
+                                              float opacity) {
+    forEachRun(letters, [&](std::span<const MeshVertex> corners, const LetterPose& pose) {
+        const glm::mat4 place = placed(pose);
+        MeshDraw mesh{.outside = corners,
+                      .inside = {},
+                      .sides = MeshSides::Outer,
+                      .shader = "font_3dShader",
+                      .definitions = {},
+                      .uniforms = {{"fade", 1 - opacity * pose.opacity}},
+                      .texture = &texture,
+                      .mvpMatrix = projTransform() * place,
+                      .alphaIsOpacity = true,
+                      .state = {}};
+        addSceneLight(mesh, *this, place);
+        painter.draw(std::move(mesh));
+    });
 }
 
 }  // namespace multiscene

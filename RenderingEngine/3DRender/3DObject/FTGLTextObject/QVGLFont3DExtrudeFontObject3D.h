@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <optional>
 
 #include "3DObject/FTGLTextObject/QVGLFontTextObjectBase.h"
@@ -15,22 +16,26 @@ class QVGLFont3DExtrudeFontObject3D : public QVGLFontTextObjectBase {
 
     void rendInfoWithDic(const platform::Value& info) override;
 
-    float textDepth() const { return textDepth_; }  ///< model units
+    float textDepth() const { return look_.depth; }  ///< model units
 
   protected:
-    std::vector<char32_t> makeLetters(const platform::LetterText& text) override;
+    Made makeLetters(const platform::LetterText& text) override;
     void drawLetters(Painter& painter) override;
     void dropLetters() override;
 
   private:
-    glm::vec4 shownSideColor() const;
-    void fillColors();
-    void drawFaces(Painter& painter, Texture& texture, const std::vector<MeshVertex>& triangles, float fade);
+    /// Of the front, the cut edges, the sides, and one that nothing has.
+    using Colors = std::array<std::array<uint8_t, 4>, 4>;
 
-    float textDepth_ = 0;
-    std::optional<platform::Color> sideColor_;
-    std::vector<MeshVertex> triangles_, coloredTriangles_;
-    Texture colors_;  ///< one texel for the faces, one for the sides
+    glm::vec4 shown(const std::optional<platform::Color>& color, float unlit) const;
+    void fillColors();
+    void drawFaces(Painter& painter, Texture& texture, const DrawnLetters& letters, float opacity);
+
+    platform::SolidLook look_;
+    std::optional<platform::Color> sideColor_, bevelColor_;
+    DrawnLetters letters_, colored_;
+    std::optional<Colors> filled_;
+    Texture colors_;  ///< the same, a texel each
     Texture atlas_;   ///< the faces of emoji
 };
 

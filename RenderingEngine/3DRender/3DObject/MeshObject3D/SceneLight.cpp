@@ -6,8 +6,10 @@
 
 namespace multiscene {
 
-void addSceneLight(MeshDraw& mesh, QVObject3DTransformBase& node) {
-    const glm::mat4 model = node.sceneTransform();
+void addSceneLight(MeshDraw& mesh, QVObject3DTransformBase& node) { addSceneLight(mesh, node, glm::mat4(1)); }
+
+void addSceneLight(MeshDraw& mesh, QVObject3DTransformBase& node, const glm::mat4& place) {
+    const glm::mat4 model = node.sceneTransform() * place;
     const auto scene = node.scene();
     const auto view = node.camera() ? node.camera() : scene ? scene->camera() : nullptr;
     mesh.uniforms.emplace_back("u_modelMatrix", model);
