@@ -140,10 +140,11 @@ void QVGLFont3DExtrudeFontObject3D::drawFaces(Painter& painter, Texture& texture
                       .inside = {},
                       .sides = MeshSides::Outer,
                       .shader = "font_3dShader",
-                      .definitions = {},
-                      .uniforms = {{"fade", 1 - opacity * pose.opacity}},
+                      .color = {},
+                      .fade = 1 - opacity * pose.opacity,
                       .texture = &texture,
                       .mvpMatrix = projTransform() * place,
+                      .lights = {},
                       .alphaIsOpacity = true,
                       .state = {}};
         addSceneLight(mesh, *this, place);
