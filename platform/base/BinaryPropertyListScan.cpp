@@ -18,19 +18,20 @@ enum class State : uint8_t { Unseen, Open, Done };
 struct Shape {
     State state = State::Unseen;
     int depth = 0;
-    uint64_t values = 0;
+    uint64_t values = 0, bytes = 0;
 };
 
 class Scanner {
   public:
     explicit Scanner(std::span<const uint8_t> bytes) : bytes_(bytes) {}
 
-    BinaryPropertyListShape scan() {
+    BinaryPropertyListShape scan(uint64_t maxObjects) {
         if (!readTrailer()) return {};
+        if (objectCount_ > maxObjects) return {true, 0, objectCount_, 0};
         shapes_.resize(objectCount_);
         const Shape* root = visit(rootObject_, 0);
         if (!root) return {};
-        return {true, root->depth, root->values};
+        return {true, root->depth, root->values, root->bytes};
     }
 
   private:
@@ -60,7 +61,7 @@ class Scanner {
         if (shape.state == State::Done) return &shape;
         if (shape.state == State::Open) return nullptr;  // a cycle
         shape.state = State::Open;
-        Shape total{State::Done, 0, 1};
+        Shape total{State::Done, 0, 1, 0};
         if (!visitChildren(object, level, total)) return nullptr;
         shape = total;
         return &shape;
@@ -70,10 +71,13 @@ class Scanner {
         const uint64_t at = bigEndian(tableOffset_ + object * offsetSize_, offsetSize_);
         if (at < headerSize || at >= tableOffset_) return false;
         const int kind = bytes_[at] >> 4;
-        const bool isText = kind == 0x5 || kind == 0x6, isContainer = kind == 0xA || kind == 0xD;
-        if (!isText && !isContainer) return true;
+        const bool isData = kind == 0x4, isText = kind == 0x5 || kind == 0x6;
+        const bool isContainer = kind == 0xA || kind == 0xD;
+        if (!isData && !isText && !isContainer) return true;
         uint64_t count = bytes_[at] & 0xF, first = at + 1;
         if (count == 0xF && !readCount(first, count)) return false;
+        if (!isContainer) total.bytes = count;
+        if (isData) return count <= tableOffset_ - first;
         if (isText) return textIsWhole(first, count, kind == 0x6 ? 2 : 1);
         if (kind == 0xD) count *= 2;
         if (count > (tableOffset_ - first) / referenceSize_) return false;
@@ -82,6 +86,7 @@ class Scanner {
             if (!child) return false;
             total.depth = std::max(total.depth, child->depth);
             total.values = std::min(total.values + child->values, saturation);
+            total.bytes = std::min(total.bytes + child->bytes, saturation);
         }
         total.depth += 1;
         return true;
@@ -117,8 +122,8 @@ bool isBinaryPropertyList(std::span<const uint8_t> bytes) {
     return bytes.size() >= headerSize && std::memcmp(bytes.data(), "bplist", 6) == 0;
 }
 
-BinaryPropertyListShape scanBinaryPropertyList(std::span<const uint8_t> bytes) {
-    return Scanner(bytes).scan();
+BinaryPropertyListShape scanBinaryPropertyList(std::span<const uint8_t> bytes, uint64_t maxObjects) {
+    return Scanner(bytes).scan(maxObjects);
 }
 
 }  // namespace platform

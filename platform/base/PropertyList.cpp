@@ -168,12 +168,15 @@ plist_t toNode(const Value& value) {
 
 Node parseBinary(std::span<const uint8_t> bytes, const std::string& name, ErrorKind kind,
                  const PropertyListLimits& limits) {
-    const BinaryPropertyListShape shape = scanBinaryPropertyList(bytes);
+    const BinaryPropertyListShape shape = scanBinaryPropertyList(bytes, limits.maxValues);
     if (!shape.wellFormed) throw Error(kind, "not a valid binary property list", name);
     if (shape.depth > limits.maxDepth)
         throw Error(kind, "nested deeper than " + std::to_string(limits.maxDepth) + " levels", name);
     if (shape.values > limits.maxValues)
         throw Error(kind, "holds more than " + std::to_string(limits.maxValues) + " values", name);
+    // One text may be named many times, and is copied as often.
+    if (shape.bytes > limits.maxBytes)
+        throw Error(kind, "unfolds to more than " + std::to_string(limits.maxBytes) + " bytes", name);
     plist_t root = nullptr;
     plist_from_bin(asText(bytes).data(), static_cast<uint32_t>(bytes.size()), &root);
     return Node(root);

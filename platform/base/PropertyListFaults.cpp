@@ -16,6 +16,14 @@ namespace platform {
 namespace {
 
 constexpr int kDeepest = 200;  // far beyond what a property list may nest, for the sake of the stack
+constexpr size_t kMostFaults = 1000, kMostQuoted = 80;
+
+/// The start of a text, for a message.
+std::string shortened(std::string_view text) {
+    size_t end = std::min(text.size(), kMostQuoted);
+    while (end < text.size() && end > 0 && (static_cast<unsigned char>(text[end]) & 0xc0) == 0x80) --end;
+    return std::string(text.substr(0, end)) + (end < text.size() ? "…" : "");
+}
 
 /// Whether the C library's reader takes the text whole.
 template <typename Read>
@@ -64,16 +72,33 @@ class Judge {
             add(static_cast<size_t>(std::max<ptrdiff_t>(parsed.offset, 0)), parsed.description());
         else
             judgeChildren(document, 0);
-        std::stable_sort(faults_.begin(), faults_.end(),
-                         [](const auto& left, const auto& right) { return left.line < right.line; });
-        return std::move(faults_);
+        return withLines();
     }
 
   private:
+    struct Fault {
+        size_t offset;
+        std::string message;
+    };
+
+    /// Lines are counted once, however many faults there are.
+    std::vector<PropertyListFault> withLines() {
+        std::stable_sort(faults_.begin(), faults_.end(),
+                         [](const Fault& left, const Fault& right) { return left.offset < right.offset; });
+        std::vector<PropertyListFault> result;
+        size_t line = 1, counted = 0;
+        for (Fault& fault : faults_) {
+            const auto begin = text_.begin() + static_cast<ptrdiff_t>(counted);
+            counted = std::min(fault.offset, text_.size());
+            line +=
+                static_cast<size_t>(std::count(begin, text_.begin() + static_cast<ptrdiff_t>(counted), '\n'));
+            result.push_back({line, std::move(fault.message)});
+        }
+        return result;
+    }
+
     void add(size_t offset, std::string message) {
-        const auto end = text_.begin() + static_cast<ptrdiff_t>(std::min(offset, text_.size()));
-        faults_.push_back(
-            {1 + static_cast<size_t>(std::count(text_.begin(), end, '\n')), std::move(message)});
+        if (faults_.size() < kMostFaults) faults_.push_back({offset, std::move(message)});
     }
     void add(const pugi::xml_node& node, std::string message) {
         add(static_cast<size_t>(std::max<ptrdiff_t>(node.offset_debug(), 0)), std::move(message));
@@ -110,9 +135,9 @@ class Judge {
         const std::string name = node.name(), text = node.child_value();
         const auto known = elements().find(name);
         if (known == elements().end())
-            add(node, "<" + name + "> is no element of a property list");
+            add(node, "<" + shortened(name) + "> is no element of a property list");
         else if (!known->second.takes(text))
-            add(node, "\"" + text + "\" is no " + known->second.wanted);
+            add(node, "\"" + shortened(text) + "\" is no " + known->second.wanted);
         judgeChildren(node, depth + 1);
     }
 
@@ -124,7 +149,7 @@ class Judge {
             const bool isKey = std::string_view(child.name()) == "key";
             if (isKey == static_cast<bool>(waiting)) judgeOrder(waiting, child);
             if (isKey && !keys.insert(child.child_value()).second)
-                add(child, "the key \"" + std::string(child.child_value()) +
+                add(child, "the key \"" + shortened(child.child_value()) +
                                "\" is given twice in one dictionary; the last one counts");
             waiting = isKey ? child : pugi::xml_node();
         }
@@ -133,13 +158,13 @@ class Judge {
 
     void judgeOrder(const pugi::xml_node& waiting, const pugi::xml_node& found) {
         if (waiting)
-            add(waiting, "the key \"" + std::string(waiting.child_value()) + "\" has no value");
+            add(waiting, "the key \"" + shortened(waiting.child_value()) + "\" has no value");
         else
             add(found, "a value without a key");
     }
 
     std::string_view text_;
-    std::vector<PropertyListFault> faults_;
+    std::vector<Fault> faults_;
 };
 
 }  // namespace

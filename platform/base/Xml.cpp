@@ -10,24 +10,19 @@ constexpr int maxDepth = 64;
 
 struct TooDeep {};
 
-void add(Value::Dictionary& dictionary, const char* name, Value value) {
-    Value& place = dictionary[name];
-    if (place.isNone()) {
-        place = std::move(value);
-        return;
-    }
-    Value::Array list = place.isArray() ? place.array() : Value::Array{place};
-    list.push_back(std::move(value));
-    place = Value(std::move(list));
-}
+using Lists = std::map<std::string, Value::Array>;
 
 Value valueOf(const pugi::xml_node& node, int depth);
 
-/// Children of one name are gathered first: adding them to a value one by one would copy the list each time.
-Value::Dictionary childrenOf(const pugi::xml_node& node, int depth) {
-    std::map<std::string, Value::Array> lists;
+Lists childrenOf(const pugi::xml_node& node, int depth) {
+    Lists lists;
     for (const pugi::xml_node& child : node.children())
         if (child.type() == pugi::node_element) lists[child.name()].push_back(valueOf(child, depth + 1));
+    return lists;
+}
+
+/// What has one name is gathered first: adding to a value one by one would copy the list each time.
+Value::Dictionary dictionaryOf(Lists lists) {
     Value::Dictionary dictionary;
     for (auto& [name, list] : lists)
         dictionary[name] = list.size() == 1 ? std::move(list.front()) : Value(std::move(list));
@@ -36,10 +31,10 @@ Value::Dictionary childrenOf(const pugi::xml_node& node, int depth) {
 
 Value valueOf(const pugi::xml_node& node, int depth) {
     if (depth > maxDepth) throw TooDeep();
-    Value::Dictionary dictionary = childrenOf(node, depth);
+    Lists lists = childrenOf(node, depth);
     for (const pugi::xml_attribute& attribute : node.attributes())
-        add(dictionary, attribute.name(), Value(attribute.value()));
-    return dictionary.empty() ? Value(node.text().as_string()) : Value(std::move(dictionary));
+        lists[attribute.name()].push_back(Value(attribute.value()));
+    return lists.empty() ? Value(node.text().as_string()) : Value(dictionaryOf(std::move(lists)));
 }
 
 }  // namespace
@@ -48,7 +43,7 @@ std::optional<Value> parseXml(const std::vector<uint8_t>& bytes) {
     pugi::xml_document document;
     if (!document.load_buffer(bytes.data(), bytes.size())) return std::nullopt;
     try {
-        return Value(childrenOf(document, 0));
+        return Value(dictionaryOf(childrenOf(document, 0)));
     } catch (const TooDeep&) {
         return std::nullopt;
     }
