@@ -270,6 +270,16 @@ TextMeasure measureText(const TextLayoutDescription& description, double wrapLen
 
 namespace {
 
+constexpr size_t kLongestCodePoint = 4;  // bytes
+
+/// The end of what is kept of a character: it may carry any number of marks, and shaping them takes time that
+/// grows with their square.
+const char* firstCodePoints(const char* begin, const char* end) {
+    for (int count = 0; count < TextLimits::codePoints && begin < end; ++count)
+        begin = g_utf8_next_char(begin);
+    return begin;
+}
+
 /// Where each character begins that a reader counts.
 std::vector<const char*> readersCharacters(const std::string& valid) {
     const auto codePoints = size_t(g_utf8_strlen(valid.c_str(), -1));
@@ -286,12 +296,16 @@ std::vector<const char*> readersCharacters(const std::string& valid) {
 }  // namespace
 
 std::string truncateText(const std::string& text, int maxCharacters) {
-    std::string valid = validText(text);
-    if (maxCharacters <= 0) return valid;
-    const std::vector<const char*> characters = readersCharacters(valid);
-    if (characters.size() > size_t(maxCharacters))
-        valid.resize(size_t(characters[size_t(maxCharacters)] - valid.c_str()));
-    return valid;
+    if (maxCharacters <= 0) return validText(text);
+    const size_t mostBytes = size_t(maxCharacters) * TextLimits::codePoints * kLongestCodePoint;
+    const std::string valid = validText(text.substr(0, mostBytes));
+    std::vector<const char*> characters = readersCharacters(valid);
+    const size_t count = std::min(characters.size(), size_t(maxCharacters));
+    characters.push_back(valid.c_str() + valid.size());
+    std::string result;
+    for (size_t i = 0; i < count; ++i)
+        result.append(characters[i], firstCodePoints(characters[i], characters[i + 1]));
+    return result;
 }
 
 int countCharacters(const std::string& text) { return int(readersCharacters(validText(text)).size()); }

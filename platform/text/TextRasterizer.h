@@ -66,6 +66,7 @@ struct TextLayoutDescription {
 
 struct TextLimits {
     static constexpr int characters = 4096;
+    static constexpr int codePoints = 32;  ///< of one character with its marks; further ones are left out
     static constexpr float fontSize = 2048, strokeWidth = 512, blurRadius = 256;
     static constexpr float leastLetterSpacing = -0.5f, letterSpacing = 3, lineSpacing = 10;
 };
@@ -101,7 +102,7 @@ TextMeasure measureText(const TextLayoutDescription& layout, double wrapLength);
 Bitmap drawText(const TextTextureDescription& description, int bitmapWidth, int bitmapHeight, double scale);
 
 /// The text with malformed UTF-8 replaced and cut after `maxCharacters` characters as a reader counts them
-/// (an emoji of several code points is one); 0: not cut.
+/// (an emoji of several code points is one), each within TextLimits::codePoints; 0: not cut.
 std::string truncateText(const std::string& text, int maxCharacters);
 
 /// How many characters a reader counts in the text; malformed UTF-8 counts as what replaces it.
