@@ -20,6 +20,8 @@ namespace {
 
 // 8K video. A picture of this size takes 151 MB, and a handful of them may be alive.
 constexpr int64_t kMaxPixels = 8192 * 4608;
+// One of them with 16 bits for each colour; the tables of a damaged file claim gigabytes.
+constexpr size_t kMostBytesAtOnce = kMaxPixels * 8 + (1 << 20);
 
 // None of these opens further files; playlists, image sequences and the like are not among them.
 constexpr const char* kVideoFormats = "mov,mp4,matroska,webm,avi,mpegts,ogg";
@@ -82,9 +84,12 @@ Parameters parametersOf(const AVCodecContext& encoder) {
     return parameters;
 }
 
-void prepareLog() {
+void prepare() {
     static std::once_flag once;
-    std::call_once(once, [] { av_log_set_callback(forwardLog); });
+    std::call_once(once, [] {
+        av_log_set_callback(forwardLog);
+        av_max_alloc(kMostBytesAtOnce);
+    });
 }
 
 Error error(int code, const std::string& action, const std::string& file, ErrorKind kind) {
@@ -108,7 +113,7 @@ int check(int code, const std::string& action, const std::string& file, ErrorKin
 }
 
 Input openInput(const std::string& path, Content content, const std::string& name, ErrorKind kind) {
-    prepareLog();
+    prepare();
     Options options;
     av_dict_set(&options.dictionary, "protocol_whitelist", "file", 0);
     av_dict_set(&options.dictionary, "format_whitelist",

@@ -37,8 +37,9 @@ Packet newPacket();
 /// What a file must say about the stream that an opened encoder makes.
 Parameters parametersOf(const AVCodecContext& encoder);
 
-/// Routes the libraries' messages to our log. Called by everything that opens or writes.
-void prepareLog();
+/// Routes the libraries' messages to our log and caps what they ask for at once. Called by everything that
+/// opens or writes.
+void prepare();
 
 /// The error behind a negative result of the libraries; a full disk or lack of memory is Transient.
 Error error(int code, const std::string& action, const std::string& file, ErrorKind kind);

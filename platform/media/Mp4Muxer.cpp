@@ -36,7 +36,7 @@ struct Mp4Muxer::Implementation {
 };
 
 Mp4Muxer::Mp4Muxer(const Settings& settings) : implementation_(std::make_unique<Implementation>()) {
-    prepareLog();
+    prepare();
     Implementation& self = *implementation_;
     self.settings = settings;
     self.file = settings.path.string();
