@@ -8,7 +8,7 @@ target_compile_features(multiscene_settings INTERFACE cxx_std_20)
 target_compile_options(multiscene_settings INTERFACE
   -Wall -Wextra -Wpedantic -Werror -Wnon-virtual-dtor -Wshadow
   # GCC 12 takes the inactive members of a moved std::variant for uninitialised ones.
-  -Wno-maybe-uninitialized
+  $<$<CXX_COMPILER_ID:GNU>:-Wno-maybe-uninitialized>
   # Single- and double-precision formulas give the same bits everywhere.
   -ffp-contract=off)
 target_include_directories(multiscene_settings INTERFACE

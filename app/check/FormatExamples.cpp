@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <filesystem>
-#include <ranges>
 #include <set>
 #include <vector>
 
@@ -77,8 +76,8 @@ class ExampleText {
         };
         if (table) {
             const KeySet keys(*table, content);
-            for (const KeyTable* part : keys.tables() | std::views::reverse)
-                for (const Key& key : part->keys) entry(key.name, keys.find(key.name)->children);
+            for (auto part = keys.tables().rbegin(); part != keys.tables().rend(); ++part)
+                for (const Key& key : (*part)->keys) entry(key.name, keys.find(key.name)->children);
         }
         for (const auto& [name, more] : content.dictionary()) entry(name, nullptr);
         line(depth, "</dict>");

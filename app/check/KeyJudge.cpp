@@ -4,7 +4,6 @@
 #include <charconv>
 #include <cmath>
 #include <cstdio>
-#include <ranges>
 #include <set>
 
 #include "app/check/Suggestion.h"
@@ -260,11 +259,11 @@ void KeyJudge::judgeElements(const Key& key, const Value::Array& elements, const
 }
 
 bool KeyJudge::judgeOtherTypes(const KeySet& keys, const std::string& name, const std::string& keyPath) {
-    for (const KeySet::Choice& choice : std::views::reverse(keys.choices())) {
-        const auto readers = keys.readersOf(name, choice);
+    for (auto choice = keys.choices().rbegin(); choice != keys.choices().rend(); ++choice) {
+        const auto readers = keys.readersOf(name, *choice);
         if (readers.empty()) continue;
         add(Severity::Warning, keyPath,
-            "has no effect where \"" + std::string(choice.variants->key) + "\" is " + quoted(choice.name),
+            "has no effect where \"" + std::string(choice->variants->key) + "\" is " + quoted(choice->name),
             "remove it: it belongs to " + listOf(readers));
         return true;
     }

@@ -78,7 +78,7 @@ Letters finished(Letters letters, const ShapedText& text, float unit,
     letters.block = {float(text.size().width) * unit, float(text.size().height) * unit};
     std::ranges::copy(text.missingLetters(), std::back_inserter(letters.leftOut));
     std::ranges::sort(letters.leftOut);
-    letters.leftOut.erase(std::ranges::unique(letters.leftOut).begin(), letters.leftOut.end());
+    letters.leftOut.erase(std::unique(letters.leftOut.begin(), letters.leftOut.end()), letters.leftOut.end());
     return letters;
 }
 

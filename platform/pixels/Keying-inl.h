@@ -77,14 +77,14 @@ constexpr float kFullShare = 0.75f;  // from this share on a pixel is all backdr
 
 // What lies in front of the key colour, and how much of it there is, 0 to 1.
 HWY_INLINE RealVector takeKeyOut(const KeyPaint& key, const KeyShare& keyShare, Channels& c) {
-    const auto [cut, freed] = keyShare.of(c);
-    const RealVector scale = hn::Div(real(1), hn::Max(hn::Sub(real(1), freed), real(1 - kFullShare)));
+    const KeyShare::Shares share = keyShare.of(c);
+    const RealVector scale = hn::Div(real(1), hn::Max(hn::Sub(real(1), share.freed), real(1 - kFullShare)));
     const auto front = [&](RealVector colour, float keyed) {
-        return bounded(hn::Mul(hn::Sub(colour, hn::Mul(freed, real(keyed * 255))), scale), 0, 255);
+        return bounded(hn::Mul(hn::Sub(colour, hn::Mul(share.freed, real(keyed * 255))), scale), 0, 255);
     };
     c = {front(c.blue, key.color[2]), front(c.green, key.color[1]), front(c.red, key.color[0]), c.alpha};
     const float edge = std::min(std::max(key.softEdge, 0.001f), kFullShare);
-    return bounded(hn::Mul(hn::Sub(real(kFullShare), cut), real(1 / edge)), 0, 1);
+    return bounded(hn::Mul(hn::Sub(real(kFullShare), share.cut), real(1 / edge)), 0, 1);
 }
 
 }  // namespace platform::HWY_NAMESPACE

@@ -140,11 +140,10 @@ void QVGLFont3DExtrudeFontObject3D::drawFaces(Painter& painter, Texture& texture
                       .inside = {},
                       .sides = MeshSides::Outer,
                       .shader = "font_3dShader",
-                      .color = {},
-                      .fade = 1 - opacity * pose.opacity,
+                      .definitions = {},
+                      .uniforms = {{"fade", 1 - opacity * pose.opacity}},
                       .texture = &texture,
                       .mvpMatrix = projTransform() * place,
-                      .lights = {},
                       .alphaIsOpacity = true,
                       .state = {}};
         addSceneLight(mesh, *this, place);

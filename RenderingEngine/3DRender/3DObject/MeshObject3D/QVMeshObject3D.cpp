@@ -113,15 +113,16 @@ void QVMeshObject3D::draw(Painter& painter) {
                   .inside = inside_,
                   .sides = MeshSides::Both,
                   .shader = "normal_lightShader",
-                  .color = flat ? std::optional(flat->color()) : std::nullopt,
+                  .definitions = {},
+                  .uniforms = {{"isOneColor", flat ? 1 : 0}},
                   .texture = texture(),
                   .cornerCoordinates = coordinates_,
                   .mvpMatrix = projTransform(),
                   .textureMatrix = textureMatrix(),
-                  .lights = {},
                   .mayRepeat = hasTexture && textureMaterial()->mayRepeat(),
                   .isOpaque = isOpaque(),
                   .state = {}};
+    if (flat) mesh.uniforms.emplace_back("SourceColor", flat->color());
     addSceneLight(mesh, *this);
     painter.draw(std::move(mesh));
 }
