@@ -10,6 +10,7 @@
 
 #include "platform/archive/ZipLayout.h"
 #include "platform/archive/ZipNames.h"
+#include "platform/archive/ZipStream.h"
 #include "platform/base/File.h"
 
 namespace platform {
@@ -32,22 +33,10 @@ bool isPlain(const unz_file_info64& info) {
 }
 
 FileHandle openRegular(const fs::path& archive, ErrorKind kind) {
-    FileHandle file(::open(archive.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    FileHandle file = openFile(archive, O_RDONLY | O_NONBLOCK);
     if (!file) throw errnoError(errno, "cannot open", archive.string(), kind);
-    struct stat info {};
-    if (::fstat(file.descriptor(), &info) != 0 || !S_ISREG(info.st_mode))
-        throw Error(kind, "is no file", archive.string());
+    if (!file.isRegular()) throw Error(kind, "is no file", archive.string());
     return file;
-}
-
-void writeAll(const FileHandle& file, const char* bytes, size_t count, const std::string& name) {
-    while (count > 0) {
-        const ssize_t written = ::write(file.descriptor(), bytes, count);
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) throw errnoError(errno, "cannot write", name);
-        bytes += written;
-        count -= static_cast<size_t>(written);
-    }
 }
 
 /// Opens the folder of an entry below `root`, making what is missing; never through a link.
@@ -72,6 +61,8 @@ struct ZipArchive::Core {
     Core(const fs::path& archive, ErrorKind errorKind, const ZipLimits& theLimits);
 
     [[noreturn]] void refuse(const std::string& rule, const std::string& entry = {}) const {
+        // What the disk did not give is no fault of the archive.
+        if (stream.failure() != 0) throw errnoError(stream.failure(), "cannot read", path, kind);
         throw Error(kind, rule, path, printableName(entry));
     }
     void list();
@@ -86,6 +77,7 @@ struct ZipArchive::Core {
     ErrorKind kind;
     ZipLimits limits;
     FileHandle file;
+    ZipStream stream;
     OpenArchive archive;
     std::vector<ZipEntry> entries;
     std::vector<ZipExtent> extents;
@@ -95,7 +87,11 @@ struct ZipArchive::Core {
 };
 
 ZipArchive::Core::Core(const fs::path& source, ErrorKind errorKind, const ZipLimits& theLimits)
-    : path(source.string()), kind(errorKind), limits(theLimits), file(openRegular(source, errorKind)) {
+    : path(source.string()),
+      kind(errorKind),
+      limits(theLimits),
+      file(openRegular(source, errorKind)),
+      stream(file) {
     if (file.size() > limits.maxArchiveBytes)
         refuse("the archive is larger than " + std::to_string(limits.maxArchiveBytes) + " bytes");
     // The library reads what is cut off as zeros, and looks for an archive behind whatever stands before it.
@@ -103,7 +99,7 @@ ZipArchive::Core::Core(const fs::path& source, ErrorKind errorKind, const ZipLim
     const auto place = findZipDirectory(file, fault);
     if (!place) refuse(fault);
     directory = *place;
-    archive.reset(unzOpen64(file.path().c_str()));
+    archive.reset(unzOpen2_64(path.c_str(), stream.functions()));
     if (!archive) refuse("is no zip archive");
     list();
     judgeLayout();
@@ -202,7 +198,7 @@ void ZipArchive::Core::copyContent(const ZipEntry& entry, const FileHandle& targ
         const int count = unzReadCurrentFile(archive.get(), buffer.data(), buffer.size());
         if (count < 0) refuse("the entry's data is damaged", entry.name);
         if (count == 0) break;
-        writeAll(target, buffer.data(), static_cast<size_t>(count), path);
+        writeAll(target, {buffer.data(), static_cast<size_t>(count)}, path);
         copied += static_cast<uint64_t>(count);
         bytesDone += static_cast<uint64_t>(count);
         if (extraction.progress) extraction.progress(bytesDone, totalBytes);
@@ -218,7 +214,7 @@ ZipArchive::~ZipArchive() = default;
 const std::vector<ZipEntry>& ZipArchive::entries() const { return core_->entries; }
 
 void ZipArchive::extract(const fs::path& folder, const ZipExtraction& extraction) {
-    const FileHandle root(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const FileHandle root = openFile(folder, O_RDONLY | O_DIRECTORY);
     if (!root) throw errnoError(errno, "cannot open the folder", folder.string());
     core_->bytesDone = 0;
     int state = unzGoToFirstFile(core_->archive.get());

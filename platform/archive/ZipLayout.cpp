@@ -22,8 +22,9 @@ class Bytes {
   public:
     /// Empty when the file does not hold them all.
     Bytes(const FileHandle& file, uint64_t offset, uint64_t count) : text_(count, '\0') {
-        const ssize_t read = ::pread(file.descriptor(), text_.data(), count, static_cast<off_t>(offset));
-        if (read != static_cast<ssize_t>(count)) text_.clear();
+        const int64_t read = readAt(file, text_.data(), count, offset);
+        if (read < 0) throw errnoError(errno, "cannot read", file.name());
+        if (read != static_cast<int64_t>(count)) text_.clear();
     }
 
     bool startsWith(std::string_view mark) const { return text_.starts_with(mark); }

@@ -33,11 +33,9 @@ bool isPackedAlready(const fs::path& file) {
 }
 
 FileHandle openSource(const ZipSource& source) {
-    FileHandle file(::open(source.file.c_str(), O_RDONLY | O_NONBLOCK | O_NOFOLLOW | O_CLOEXEC));
+    FileHandle file = openFile(source.file, O_RDONLY | O_NONBLOCK | O_NOFOLLOW);
     if (!file) throw errnoError(errno, "cannot read", source.file.string());
-    struct stat info {};
-    if (::fstat(file.descriptor(), &info) != 0 || !S_ISREG(info.st_mode))
-        throw Error(ErrorKind::Failed, "is no plain file", source.file.string());
+    if (!file.isRegular()) throw Error(ErrorKind::Failed, "is no plain file", source.file.string());
     return file;
 }
 
@@ -63,11 +61,11 @@ class PartialZip {
 
     /// Returns a path of the complete archive.
     fs::path close() {
-        const int state = zipClose(std::exchange(zip_, nullptr), nullptr);
-        if (state != ZIP_OK || ::fsync(part_.descriptor()) != 0) fail();
+        if (zipClose(std::exchange(zip_, nullptr), nullptr) != ZIP_OK) fail();
         return part_.path();
     }
 
+    uint64_t size() const { return part_.file().size(); }
     void publish() { part_.publish(); }
 
   private:
@@ -84,11 +82,11 @@ class PartialZip {
 
     void copy(const FileHandle& file, const ZipSource& source) {
         std::array<char, 1 << 16> buffer;
-        for (;;) {
-            const ssize_t count = ::read(file.descriptor(), buffer.data(), buffer.size());
-            if (count < 0 && errno == EINTR) continue;
+        for (uint64_t done = 0;;) {
+            const int64_t count = readAt(file, buffer.data(), buffer.size(), done);
             if (count < 0) throw errnoError(errno, "cannot read", source.file.string());
             if (count == 0) return;
+            done += static_cast<uint64_t>(count);
             if (zipWriteInFileInZip(zip_, buffer.data(), static_cast<unsigned>(count)) != ZIP_OK) fail();
         }
     }
@@ -104,15 +102,17 @@ class PartialZip {
 
 }  // namespace
 
-void writeZip(const fs::path& archive, std::vector<ZipSource> sources,
-              const std::function<void(const fs::path& written)>& judge) {
+uint64_t writeZip(const fs::path& archive, std::vector<ZipSource> sources,
+                  const std::function<void(const fs::path& written)>& judge) {
     std::sort(sources.begin(), sources.end(),
               [](const ZipSource& left, const ZipSource& right) { return left.name < right.name; });
     PartialZip zip(archive);
     for (const ZipSource& source : sources) zip.add(source);
     const fs::path written = zip.close();
     if (judge) judge(written);
+    const uint64_t bytes = zip.size();
     zip.publish();
+    return bytes;
 }
 
 }  // namespace platform

@@ -20,12 +20,13 @@ std::string oneLine(const std::string& file, const std::string& key, const std::
     return text;
 }
 
+}  // namespace
+
 bool isPassing(int errnoValue) {
     return errnoValue == ENOSPC || errnoValue == EDQUOT || errnoValue == EFBIG || errnoValue == ENOMEM ||
-           errnoValue == EMFILE || errnoValue == ENFILE || errnoValue == EAGAIN || errnoValue == EIO;
+           errnoValue == EMFILE || errnoValue == ENFILE || errnoValue == EAGAIN || errnoValue == EIO ||
+           errnoValue == EINTR;
 }
-
-}  // namespace
 
 Error::Error(ErrorKind kind, const std::string& message, const std::string& file, const std::string& key)
     : std::runtime_error(oneLine(file, key, message)),

@@ -37,7 +37,11 @@ class Error : public std::runtime_error {
     std::string message_, file_, key_;
 };
 
-/// The error behind an errno value; a full disk, a quota or lack of memory is Transient whatever `kind` says.
+/// Whether the reason of a failed call may be another tomorrow: a full disk or one that fails, a quota, too
+/// many open files, lack of memory, an interruption.
+bool isPassing(int errnoValue);
+
+/// The error behind an errno value; Transient whatever `kind` says for one that is passing.
 Error errnoError(int errnoValue, const std::string& action, const std::string& file,
                  ErrorKind kind = ErrorKind::Failed);
 

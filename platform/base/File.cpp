@@ -16,29 +16,77 @@ namespace fs = std::filesystem;
 
 namespace {
 
-void writeAll(int descriptor, std::string_view bytes, const std::string& name) {
+enum class Found { Nothing, File, Folder, Other };
+
+Found lookAt(const fs::path& path) {
+    struct stat info {};
+    int failure = 0;
+    do {
+        failure = ::stat(path.c_str(), &info) == 0 ? 0 : errno;
+    } while (failure == EINTR);
+    if (isPassing(failure)) throw errnoError(failure, "cannot be looked at", path.string());
+    if (failure != 0) return Found::Nothing;
+    if (S_ISREG(info.st_mode)) return Found::File;
+    return S_ISDIR(info.st_mode) ? Found::Folder : Found::Other;
+}
+
+void copyInto(const fs::path& from, const FileHandle& target, const std::string& reportedTarget) {
+    const FileHandle source = openFile(from, O_RDONLY);
+    if (!source) throw errnoError(errno, "cannot read", from.string());
+    std::vector<char> buffer(1 << 20);
+    for (uint64_t done = 0;;) {
+        const int64_t count = readAt(source, buffer.data(), buffer.size(), done);
+        if (count < 0) throw errnoError(errno, "cannot read", from.string());
+        if (count == 0) return;
+        writeAll(target, {buffer.data(), static_cast<size_t>(count)}, reportedTarget);
+        done += static_cast<uint64_t>(count);
+    }
+}
+
+}  // namespace
+
+FileHandle openFile(const fs::path& file, int flags, unsigned mode) {
+    int descriptor = -1;
+    do {
+        descriptor = ::open(file.c_str(), flags | O_CLOEXEC, mode);
+    } while (descriptor < 0 && errno == EINTR);
+    return FileHandle(descriptor);
+}
+
+bool isThere(const fs::path& path) { return lookAt(path) != Found::Nothing; }
+bool isFile(const fs::path& path) { return lookAt(path) == Found::File; }
+bool isFolder(const fs::path& path) { return lookAt(path) == Found::Folder; }
+
+int64_t readAt(const FileHandle& file, void* bytes, uint64_t count, uint64_t offset) {
+    uint64_t done = 0;
+    while (done < count) {
+        const ssize_t some = ::pread(file.descriptor(), static_cast<char*>(bytes) + done, count - done,
+                                     static_cast<off_t>(offset + done));
+        if (some < 0 && errno == EINTR) continue;
+        if (some < 0) return -1;
+        if (some == 0) break;
+        done += static_cast<uint64_t>(some);
+    }
+    return static_cast<int64_t>(done);
+}
+
+void writeAll(const FileHandle& file, std::string_view bytes, const std::string& name) {
     while (!bytes.empty()) {
-        const ssize_t written = ::write(descriptor, bytes.data(), bytes.size());
+        const ssize_t written = ::write(file.descriptor(), bytes.data(), bytes.size());
         if (written < 0 && errno == EINTR) continue;
         if (written < 0) throw errnoError(errno, "cannot write", name);
         bytes.remove_prefix(static_cast<size_t>(written));
     }
 }
 
-void copyInto(const fs::path& from, int target, const std::string& reportedTarget) {
-    const FileHandle source(::open(from.c_str(), O_RDONLY | O_CLOEXEC));
-    if (!source) throw errnoError(errno, "cannot read", from.string());
-    std::vector<char> buffer(1 << 20);
-    for (;;) {
-        const ssize_t count = ::read(source.descriptor(), buffer.data(), buffer.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0) throw errnoError(errno, "cannot read", from.string());
-        if (count == 0) return;
-        writeAll(target, {buffer.data(), static_cast<size_t>(count)}, reportedTarget);
-    }
+void flushToDisk(const FileHandle& file, const std::string& name) {
+    int failure = 0;
+    do {
+        failure = ::fsync(file.descriptor()) == 0 ? 0 : errno;
+    } while (failure == EINTR);
+    // Some file systems cannot.
+    if (failure != 0 && failure != EINVAL) throw errnoError(failure, "cannot write", name);
 }
-
-}  // namespace
 
 FileHandle& FileHandle::operator=(FileHandle&& other) noexcept {
     if (this != &other) {
@@ -59,9 +107,21 @@ void FileHandle::reset() {
     descriptor_ = -1;
 }
 
+std::string FileHandle::name() const {
+    std::error_code failure;
+    return fs::read_symlink(path(), failure).string();
+}
+
+bool FileHandle::isRegular() const {
+    struct stat info {};
+    if (::fstat(descriptor_, &info) != 0) throw errnoError(errno, "cannot be read", name());
+    return S_ISREG(info.st_mode);
+}
+
 uint64_t FileHandle::size() const {
     struct stat info {};
-    return ::fstat(descriptor_, &info) == 0 ? static_cast<uint64_t>(info.st_size) : 0;
+    if (::fstat(descriptor_, &info) != 0) throw errnoError(errno, "cannot be read", name());
+    return static_cast<uint64_t>(info.st_size);
 }
 
 std::vector<uint8_t> readFile(const FileHandle& file, const std::string& name, uint64_t maxBytes,
@@ -73,33 +133,27 @@ std::vector<uint8_t> readFile(const FileHandle& file, const std::string& name, u
     size_t used = 0;
     for (;;) {
         // Positioned reads leave the handle's own offset alone, so a handle may be read more than once.
-        const ssize_t count =
-            ::pread(file.descriptor(), bytes.data() + used, bytes.size() - used, static_cast<off_t>(used));
-        if (count < 0 && errno == EINTR) continue;
+        const int64_t count = readAt(file, bytes.data() + used, bytes.size() - used, used);
         if (count < 0) throw errnoError(errno, "cannot read", name, kind);
-        if (count == 0) break;
         used += static_cast<size_t>(count);
         if (used > maxBytes) throw Error(kind, "larger than " + std::to_string(maxBytes) + " bytes", name);
-        if (used == bytes.size()) bytes.resize(bytes.size() * 2);
+        if (used < bytes.size()) break;
+        bytes.resize(bytes.size() * 2);
     }
     bytes.resize(used);
     return bytes;
 }
 
 std::vector<uint8_t> readFile(const fs::path& file, uint64_t maxBytes, ErrorKind kind) {
-    const FileHandle handle(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC));
+    const FileHandle handle = openFile(file, O_RDONLY | O_NONBLOCK);
     if (!handle) throw errnoError(errno, "cannot open", file.string(), kind);
-    struct stat info {};
-    if (::fstat(handle.descriptor(), &info) != 0 || !S_ISREG(info.st_mode))
-        throw Error(kind, "not a regular file", file.string());
+    if (!handle.isRegular()) throw Error(kind, "not a regular file", file.string());
     return readFile(handle, file.string(), maxBytes, kind);
 }
 
 void writeFileAtomically(const fs::path& file, std::string_view bytes) {
     PartFile part(file);
-    writeAll(part.descriptor(), bytes, file.string());
-    if (::fsync(part.descriptor()) != 0 && errno != EINVAL)
-        throw errnoError(errno, "cannot write", file.string());
+    writeAll(part.file(), bytes, file.string());
     part.publish();
 }
 
@@ -111,10 +165,15 @@ void createFolders(const fs::path& folder) {
 
 void moveFile(const fs::path& from, const fs::path& to) {
     makeUsuallyReadable(from);
+    {
+        const FileHandle finished = openFile(from, O_RDONLY);
+        if (!finished) throw errnoError(errno, "cannot read", from.string());
+        flushToDisk(finished, to.string());
+    }
     if (::rename(from.c_str(), to.c_str()) == 0) return;
     if (errno != EXDEV) throw errnoError(errno, "cannot write", to.string());
     PartFile part(to);
-    copyInto(from, part.descriptor(), to.string());
+    copyInto(from, part.file(), to.string());
     part.publish();
     ::unlink(from.c_str());
 }

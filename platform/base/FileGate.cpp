@@ -1,7 +1,6 @@
 #include "platform/base/FileGate.h"
 
 #include <fcntl.h>
-#include <sys/stat.h>
 
 #include <algorithm>
 #include <cerrno>
@@ -22,6 +21,14 @@ bool isBelow(const fs::path& path, const fs::path& folder) {
 fs::path realPathOf(const FileHandle& file) {
     std::error_code failure;
     return fs::read_symlink(file.path(), failure);
+}
+
+/// Empty when there is no such file. Throws Error when that cannot be told.
+fs::path realPath(const fs::path& path) {
+    std::error_code failure;
+    fs::path real = fs::canonical(path, failure);
+    if (isPassing(failure.value())) throw errnoError(failure.value(), "cannot be looked at", path.string());
+    return failure ? fs::path() : real;
 }
 
 FileGate::Verdict verdictOfErrno(int errnoValue, const fs::path& file) {
@@ -45,36 +52,34 @@ FileGate::Verdict verdictOfErrno(int errnoValue, const fs::path& file) {
 }  // namespace
 
 void FileGate::allowFolder(const fs::path& folder) {
-    std::error_code failure;
-    const fs::path real = fs::canonical(folder, failure);
-    if (failure) return;
+    const fs::path real = realPath(folder);
+    if (real.empty()) return;
     const std::lock_guard lock(mutex_);
     folders_.push_back(real);
 }
 
 void FileGate::allowFile(const fs::path& file) {
-    std::error_code failure;
-    const fs::path real = fs::canonical(file, failure);
-    if (failure) return;
+    const fs::path real = realPath(file);
+    if (real.empty()) return;
     const std::lock_guard lock(mutex_);
     files_.push_back(real);
 }
 
 FileGate::Opened FileGate::open(const fs::path& file) {
     // Non-blocking, so that a FIFO in a template cannot hang the job before it is recognised.
-    FileHandle handle(::open(file.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC));
+    FileHandle handle = openFile(file, O_RDONLY | O_NONBLOCK | O_NOCTTY);
     Verdict verdict = Verdict::Allowed;
     if (!handle) {
         verdict = verdictOfErrno(errno, file);
         // A process that is shut in cannot open what lies outside at all.
-        std::error_code failure;
-        const fs::path real = fs::canonical(file, failure);
-        if (verdict == Verdict::Unreadable && !failure && !isAllowed(real)) verdict = Verdict::Outside;
+        if (verdict == Verdict::Unreadable) {
+            const fs::path real = realPath(file);
+            if (!real.empty() && !isAllowed(real)) verdict = Verdict::Outside;
+        }
     } else {
-        struct stat info {};
         if (!isAllowed(realPathOf(handle)))
             verdict = Verdict::Outside;
-        else if (::fstat(handle.descriptor(), &info) != 0 || !S_ISREG(info.st_mode))
+        else if (!handle.isRegular())
             verdict = Verdict::NotRegular;
     }
     if (verdict == Verdict::Allowed) {

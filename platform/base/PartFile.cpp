@@ -20,18 +20,7 @@ namespace {
 constexpr size_t kKeptName = 100;  // bytes; the whole name has to stay below 256
 constexpr std::string_view kExtension = ".part";
 
-fs::path hiddenName(const fs::path& target) {
-    std::string name = target.filename().string();
-    if (name.size() > kKeptName) {
-        // Not within a character.
-        size_t end = kKeptName;
-        while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) --end;
-        name.resize(end);
-    }
-    return target.parent_path() / ("." + name + "." + uniqueIdentifier() + std::string(kExtension));
-}
-
-/// Whether the name is one of hiddenName(): it ends in an identifier and the extension.
+/// Whether the name is one of partName(): it ends in an identifier and the extension.
 bool isHiddenName(std::string_view name) {
     constexpr size_t randomDigits = 16;
     if (!name.starts_with('.') || !name.ends_with(kExtension)) return false;
@@ -53,24 +42,37 @@ bool hasItsName(const FileHandle& file) {
 
 }  // namespace
 
+fs::path partName(const fs::path& target) {
+    std::string name = target.filename().string();
+    if (name.size() > kKeptName) {
+        // Not within a character.
+        size_t end = kKeptName;
+        while (end > 0 && (static_cast<unsigned char>(name[end]) & 0xC0) == 0x80) --end;
+        name.resize(end);
+    }
+    return target.parent_path() / ("." + name + "." + uniqueIdentifier() + std::string(kExtension));
+}
+
 PartFile::PartFile(const fs::path& target) : target_(target) {
     if (!openWithoutName()) openLocked();
 }
 
 bool PartFile::openWithoutName() {
     const fs::path folder = target_.parent_path();
-    file_ = FileHandle(::open(folder.empty() ? "." : folder.c_str(), O_WRONLY | O_TMPFILE | O_CLOEXEC, 0666));
+    file_ = openFile(folder.empty() ? "." : folder, O_WRONLY | O_TMPFILE);
     // What a file system without it answers; EISDIR is an old kernel's word.
     if (!file_ && errno != EOPNOTSUPP && errno != EISDIR && errno != EINVAL)
         throw errnoError(errno, "cannot write", target_.string());
+    // It will have a name for a moment, and must not look abandoned then.
+    if (file_) (void)isLockedHere(file_);
     return static_cast<bool>(file_);
 }
 
 void PartFile::openLocked() {
     constexpr int attempts = 10;
     for (int attempt = 0; attempt < attempts; ++attempt) {
-        hidden_ = hiddenName(target_);
-        file_ = FileHandle(::open(hidden_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+        hidden_ = partName(target_);
+        file_ = openFile(hidden_, O_WRONLY | O_CREAT | O_EXCL);
         if (!file_) throw errnoError(errno, "cannot write", target_.string());
         // Where nothing can be locked, nothing is taken for abandoned either.
         if ((isLockedHere(file_) || errno != EWOULDBLOCK) && hasItsName(file_)) return;
@@ -84,9 +86,10 @@ PartFile::~PartFile() {
 }
 
 void PartFile::publish() {
+    flushToDisk(file_, target_.string());
     if (hidden_.empty()) {
         // A name can be given, but none replaced: so it is a hidden one for a moment.
-        const fs::path name = hiddenName(target_);
+        const fs::path name = partName(target_);
         if (::linkat(AT_FDCWD, file_.path().c_str(), AT_FDCWD, name.c_str(), AT_SYMLINK_FOLLOW) != 0)
             throw errnoError(errno, "cannot write", target_.string());
         hidden_ = name;
@@ -101,10 +104,12 @@ void removeAbandonedParts(const fs::path& folder) {
     for (auto entry = fs::directory_iterator(folder, failure); !failure && entry != fs::end(entry);
          entry.increment(failure)) {
         if (!isHiddenName(entry->path().filename().string())) continue;
-        const FileHandle file(::open(entry->path().c_str(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK | O_CLOEXEC));
+        const FileHandle file = openFile(entry->path(), O_RDONLY | O_NOFOLLOW | O_NONBLOCK);
         struct stat info {};
-        if (file && ::fstat(file.descriptor(), &info) == 0 && S_ISREG(info.st_mode) && isLockedHere(file))
-            ::unlink(entry->path().c_str());
+        std::error_code ignored;
+        if (file && ::fstat(file.descriptor(), &info) == 0 &&
+            (S_ISREG(info.st_mode) || S_ISDIR(info.st_mode)) && isLockedHere(file))
+            fs::remove_all(entry->path(), ignored);
     }
 }
 

@@ -18,10 +18,10 @@ class PartFile {
     PartFile(const PartFile&) = delete;
     PartFile& operator=(const PartFile&) = delete;
 
-    int descriptor() const { return file_.descriptor(); }
+    const FileHandle& file() const { return file_; }
     /// Opens the file while this object lives, whether it has a name or not.
     std::string path() const { return file_.path(); }
-    /// Replaces the target. Throws Error; the target is then untouched.
+    /// Replaces the target, once the disk has what was written. Throws Error; the target is then untouched.
     void publish();
 
   private:
@@ -33,7 +33,10 @@ class PartFile {
     FileHandle file_;
 };
 
-/// Removes the hidden parts in a folder that nobody writes any more. Never throws.
+/// A hidden name beside the target that nothing else has.
+std::filesystem::path partName(const std::filesystem::path& target);
+
+/// Removes the hidden parts in a folder, files and folders, that nobody writes any more. Never throws.
 void removeAbandonedParts(const std::filesystem::path& folder);
 
 }  // namespace platform

@@ -30,14 +30,14 @@ std::string hexadecimal(const std::array<uint8_t, EVP_MAX_MD_SIZE>& bytes, unsig
 }  // namespace
 
 std::string fileDigest(const std::filesystem::path& file) {
-    const FileHandle handle(::open(file.c_str(), O_RDONLY | O_CLOEXEC));
+    const FileHandle handle = openFile(file, O_RDONLY);
     if (!handle) throw errnoError(errno, "cannot open", file.string());
     const std::unique_ptr<EVP_MD_CTX, FreeContext> context(EVP_MD_CTX_new());
     bool works = context && EVP_DigestInit_ex(context.get(), EVP_sha256(), nullptr) == 1;
     std::vector<uint8_t> buffer(1 << 20);
-    for (ssize_t count = 1; works && count != 0;) {
-        count = ::read(handle.descriptor(), buffer.data(), buffer.size());
-        if (count < 0 && errno == EINTR) continue;
+    uint64_t done = 0;
+    for (int64_t count = 1; works && count != 0; done += static_cast<uint64_t>(count)) {
+        count = readAt(handle, buffer.data(), buffer.size(), done);
         if (count < 0) throw errnoError(errno, "cannot read", file.string());
         works = EVP_DigestUpdate(context.get(), buffer.data(), static_cast<size_t>(count)) == 1;
     }

@@ -81,7 +81,7 @@ class Download {
     Download(const std::string& url, const fs::path& file, const HttpDownloadOptions& options)
         : url_(url), shownUrl_(withoutCredentials(url)), file_(file), options_(options) {
         ::unlink(file.c_str());
-        target_ = FileHandle(::open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666));
+        target_ = openFile(file, O_WRONLY | O_CREAT | O_EXCL);
         if (!target_) throw errnoError(errno, "cannot write", file.string());
     }
     ~Download() {
@@ -148,8 +148,7 @@ HttpDownloadResult Download::run() {
         if (number >= options_.attempts) fail(ErrorKind::Transient, lastFailure_);
         pauseBefore(number);
     }
-    if (::fsync(target_.descriptor()) != 0 && errno != EINVAL)
-        throw errnoError(errno, "cannot write", file_.string());
+    flushToDisk(target_, file_.string());
     complete_ = true;
     result_.bytes = received_;
     return result_;
@@ -282,14 +281,8 @@ void Download::startBody() {
 void Download::write(const char* bytes, size_t count) {
     if (count > options_.maxBytes - received_)
         fail(ErrorKind::Failed, "the file is larger than " + std::to_string(options_.maxBytes) + " bytes");
-    while (count > 0) {
-        const ssize_t written = ::write(target_.descriptor(), bytes, count);
-        if (written < 0 && errno == EINTR) continue;
-        if (written < 0) throw errnoError(errno, "cannot write", file_.string());
-        bytes += written;
-        count -= static_cast<size_t>(written);
-        received_ += static_cast<uint64_t>(written);
-    }
+    writeAll(target_, {bytes, count}, file_.string());
+    received_ += count;
     if (options_.progress) options_.progress(received_, total_);
 }
 

@@ -10,9 +10,9 @@ namespace platform {
 
 std::optional<FileLock> FileLock::acquire(const std::filesystem::path& file,
                                           std::chrono::milliseconds patience, Mode mode) {
-    FileHandle handle(::open(file.c_str(), O_RDWR | O_CREAT | O_CLOEXEC | O_NOFOLLOW, 0666));
+    FileHandle handle = openFile(file, O_RDWR | O_CREAT | O_NOFOLLOW);
     if (const int failure = errno; !handle && mode == Mode::Shared) {
-        handle = FileHandle(::open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW));
+        handle = openFile(file, O_RDONLY | O_NOFOLLOW);
         errno = failure;
     }
     if (!handle) throw errnoError(errno, "cannot open the lock file", file.string());

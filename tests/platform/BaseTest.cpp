@@ -198,7 +198,7 @@ TEST_F(BaseTest, NothingIsLeftOfAProgramThatIsKilledWhileItWrites) {
     const pid_t writer = ::fork();
     if (writer == 0) {
         const PartFile part(folder / "out.mp4");
-        const bool isWritten = ::write(part.descriptor(), "half", 4) == 4;
+        const bool isWritten = ::write(part.file().descriptor(), "half", 4) == 4;
         ::_exit(isWritten ? 0 : 1);  // without the destructor
     }
     int status = 0;
