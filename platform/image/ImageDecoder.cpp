@@ -22,7 +22,6 @@ namespace {
 
 struct Header {
     VImage image;
-    PictureFormat format = PictureFormat::Unknown;
     ImageSize upright;
 };
 
@@ -62,28 +61,38 @@ ImageSize uprightSize(const VImage& image) {
     return onItsSide ? ImageSize{image.height(), image.width()} : ImageSize{image.width(), image.height()};
 }
 
-/// Runs `read`, with what goes wrong blamed on the source.
+void requireRead(const PictureFile& picture, const ImageSource& source) {
+    if (picture.failure() != 0)
+        throw errnoError(picture.failure(), "cannot be read", source.name, source.kind);
+}
+
+/// Runs `read` on a file, with what goes wrong blamed on the source, unless it is the disk's fault.
 template <typename Read>
-auto blaming(const ImageSource& source, const Read& read) {
+auto blaming(const FileHandle& file, const ImageSource& source, const Read& read) {
+    startVips();
     try {
-        return read();
-    } catch (const VError& error) {
-        throw pictureError(source, error.what());
+        const PictureFile picture(file);
+        try {
+            auto result = read(picture);
+            requireRead(picture, source);
+            return result;
+        } catch (const VError& error) {
+            requireRead(picture, source);
+            throw pictureError(source, error.what());
+        }
     } catch (const Error& error) {
+        if (error.kind() == ErrorKind::Transient) throw;
         throw Error(source.kind, error.message(), source.name);
     }
 }
 
-Header readHeader(const FileHandle& file, const ImageSource& source) {
-    startVips();
-    return blaming(source, [&] {
-        const PictureFormat format = pictureFormatOf(file);
-        if (format != PictureFormat::Unknown && file.size() > Limits::maxPictureBytes)
-            throw Error(source.kind, beyondLimit(file.size(), "bytes", Limits::maxPictureBytes));
-        const VImage image = openPicture(file, format);
-        checkLimits(image, format, source);
-        return Header{image, format, uprightSize(image)};
-    });
+Header readHeader(const PictureFile& picture, const ImageSource& source) {
+    const uint64_t bytes = picture.file().size();
+    if (picture.format() != PictureFormat::Unknown && bytes > Limits::maxPictureBytes)
+        throw Error(source.kind, beyondLimit(bytes, "bytes", Limits::maxPictureBytes));
+    const VImage image = picture.open();
+    checkLimits(image, picture.format(), source);
+    return Header{image, uprightSize(image)};
 }
 
 /// The fraction at which a JPEG is decoded; at least half of the shrinking is left to averaging, which is
@@ -97,13 +106,12 @@ int shrinkOnLoad(const Header& header, ImageSize size) {
 }
 
 /// The upright picture in sRGB with 8 bits a channel, 3 or 4 channels, stretched to `size`; not yet decoded.
-VImage loadAtSize(const FileHandle& file, const Header& header, ImageSize size) {
+VImage loadAtSize(const PictureFile& picture, const Header& header, ImageSize size) {
     auto* options = VImage::option()->set("height", size.height)->set("size", VIPS_SIZE_FORCE);
     // Asked for a profile, the library shifts the colours of a picture that brings none, which is sRGB
     // already.
     if (header.image.get_typeof(VIPS_META_ICC_NAME) != 0) options->set("export_profile", "srgb");
-    VImage image =
-        openPicture(file, header.format, shrinkOnLoad(header, size)).thumbnail_image(size.width, options);
+    VImage image = picture.open(shrinkOnLoad(header, size)).thumbnail_image(size.width, options);
     if (image.interpretation() != VIPS_INTERPRETATION_sRGB)
         image = image.colourspace(VIPS_INTERPRETATION_sRGB);
     return image.format() == VIPS_FORMAT_UCHAR ? image : image.cast(VIPS_FORMAT_UCHAR);
@@ -174,7 +182,7 @@ int inProportion(int small, int smallRoom, int room) {
 }
 
 /// Where the photo is cut when nobody has said it: judged on a small copy.
-PixelRectangle automaticPart(const FileHandle& photo, const Header& header, Aspect aspect) {
+PixelRectangle automaticPart(const PictureFile& photo, const Header& header, Aspect aspect) {
     const ImageSize whole = header.upright;
     PixelRectangle part = croppedPart(whole, aspect, {});
     const int roomAcross = whole.width - part.width, roomDown = whole.height - part.height;
@@ -211,19 +219,21 @@ void save(const VImage& image, bool lossy, const std::filesystem::path& out) {
 }  // namespace
 
 ImageSize readImageSize(const FileHandle& file, const ImageSource& source) {
-    return readHeader(file, source).upright;
+    return blaming(file, source,
+                   [&](const PictureFile& picture) { return readHeader(picture, source).upright; });
 }
 
 Bitmap decodeImage(const FileHandle& file, const DecodeOptions& options) {
-    const Header header = readHeader(file, options.source);
-    const ImageSize size = resultSize(header, options);
-    return blaming(options.source, [&] { return toBitmap(loadAtSize(file, header, size)); });
+    return blaming(file, options.source, [&](const PictureFile& picture) {
+        const Header header = readHeader(picture, options.source);
+        return toBitmap(loadAtSize(picture, header, resultSize(header, options)));
+    });
 }
 
-ImageSize prepareUserPhoto(const FileHandle& photo, const std::filesystem::path& out, Aspect aspect,
+ImageSize prepareUserPhoto(const FileHandle& file, const std::filesystem::path& out, Aspect aspect,
                            int maxLongSide, const ImageSource& source, const PhotoCrop& crop) {
-    const Header header = readHeader(photo, source);
-    return blaming(source, [&] {
+    return blaming(file, source, [&](const PictureFile& photo) {
+        const Header header = readHeader(photo, source);
         const PixelRectangle part = crop.kind == PhotoCrop::Kind::Automatic
                                         ? automaticPart(photo, header, aspect)
                                         : croppedPart(header.upright, aspect, crop);
@@ -235,7 +245,7 @@ ImageSize prepareUserPhoto(const FileHandle& photo, const std::filesystem::path&
         const int top = std::clamp(int(std::lround(part.y * factor)), 0, whole.height - size.height);
         const VImage image =
             loadAtSize(photo, header, whole).extract_area(left, top, size.width, size.height);
-        save(image, isLossy(header.format) && !image.has_alpha(), out);
+        save(image, isLossy(photo.format()) && !image.has_alpha(), out);
         return size;
     });
 }

@@ -1,9 +1,8 @@
 #include "platform/image/PictureFile.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
 #include <iterator>
 #include <memory>
 #include <string>
@@ -21,8 +20,8 @@ namespace {
 /// The parts of a file as one stream.
 class SplicedFile {
   public:
-    SplicedFile(const FileHandle& file, const std::vector<ByteRange>& parts)
-        : file_(::open(file.path().c_str(), O_RDONLY | O_CLOEXEC)) {
+    SplicedFile(const FileHandle& file, const std::vector<ByteRange>& parts, std::atomic<int>& failure)
+        : file_(file), failure_(failure) {
         for (const ByteRange& part : parts) {
             parts_.push_back({length_, part});
             length_ += static_cast<int64_t>(part.length);
@@ -35,10 +34,11 @@ class SplicedFile {
                                            [](int64_t at, const Part& part) { return at < part.start; });
         const Part& part = *std::prev(next);
         const auto into = static_cast<uint64_t>(position_ - part.start);
-        const ssize_t count = ::pread(file_.descriptor(), buffer,
-                                      std::min(static_cast<uint64_t>(length), part.range.length - into),
-                                      static_cast<off_t>(part.range.offset + into));
-        position_ += std::max<ssize_t>(count, 0);
+        const int64_t count =
+            readAt(file_, buffer, std::min(static_cast<uint64_t>(length), part.range.length - into),
+                   part.range.offset + into);
+        if (int none = 0; count < 0) failure_.compare_exchange_strong(none, errno);
+        position_ += std::max<int64_t>(count, 0);
         return count;
     }
 
@@ -54,7 +54,8 @@ class SplicedFile {
         ByteRange range;
     };
 
-    FileHandle file_;
+    const FileHandle& file_;
+    std::atomic<int>& failure_;
     std::vector<Part> parts_;
     int64_t position_ = 0, length_ = 0;
 };
@@ -84,22 +85,24 @@ VOption* readingOnce() {
 
 }  // namespace
 
-VImage openPicture(const FileHandle& file, PictureFormat format, int shrink) {
-    const std::string path = file.path();
-    switch (format) {
+VImage PictureFile::open(int shrink) const {
+    const auto source = [this](const std::vector<ByteRange>& parts) {
+        return sourceOf(std::make_unique<SplicedFile>(file_, parts, failure_));
+    };
+    const auto whole = [&] { return source({{0, file_.size()}}); };
+    switch (format_) {
         case PictureFormat::Jpeg:
-            return VImage::jpegload(path.c_str(), readingOnce()->set("shrink", shrink));
+            return VImage::jpegload_source(whole(), readingOnce()->set("shrink", shrink));
         case PictureFormat::Png:
-            return VImage::pngload_source(
-                sourceOf(std::make_unique<SplicedFile>(file, picturePartsOfPng(file))), readingOnce());
+            return VImage::pngload_source(source(picturePartsOfPng(file_)), readingOnce());
         case PictureFormat::WebP:
-            return VImage::webpload(path.c_str(), readingOnce());
+            return VImage::webpload_source(whole(), readingOnce());
         case PictureFormat::Heif:
-            return VImage::heifload(path.c_str(), readingOnce());
+            return VImage::heifload_source(whole(), readingOnce());
         case PictureFormat::Gif:
-            return VImage::gifload(path.c_str(), readingOnce());
+            return VImage::gifload_source(whole(), readingOnce());
         case PictureFormat::Tiff:
-            return VImage::tiffload(path.c_str(), readingOnce());
+            return VImage::tiffload_source(whole(), readingOnce());
         case PictureFormat::Unknown:
             break;
     }

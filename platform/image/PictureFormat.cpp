@@ -1,9 +1,8 @@
 #include "platform/image/PictureFormat.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <string_view>
 
 namespace platform {
@@ -35,8 +34,9 @@ constexpr Magic magics[] = {
 
 PictureFormat pictureFormatOf(const FileHandle& file) {
     std::array<char, 16> head{};
-    const ssize_t count = ::pread(file.descriptor(), head.data(), head.size(), 0);
-    const std::string_view bytes(head.data(), static_cast<size_t>(std::max<ssize_t>(count, 0)));
+    const int64_t count = readAt(file, head.data(), head.size(), 0);
+    if (count < 0) throw errnoError(errno, "cannot be read", file.name());
+    const std::string_view bytes(head.data(), static_cast<size_t>(count));
     for (const Magic& magic : magics)
         if (bytes.substr(std::min(magic.offset, bytes.size())).starts_with(magic.bytes)) return magic.format;
     return PictureFormat::Unknown;

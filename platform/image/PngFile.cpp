@@ -1,9 +1,8 @@
 #include "platform/image/PngFile.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <string_view>
 
 namespace platform {
@@ -46,9 +45,9 @@ std::vector<ByteRange> picturePartsOfPng(const FileHandle& file) {
     for (int chunk = 0; offset + headerBytes <= size; ++chunk) {
         if (chunk == mostChunks) throw Error(ErrorKind::Failed, "it has too many parts");
         std::array<uint8_t, headerBytes> header{};
-        if (::pread(file.descriptor(), header.data(), header.size(), static_cast<off_t>(offset)) !=
-            static_cast<ssize_t>(header.size()))
-            break;
+        const int64_t count = readAt(file, header.data(), header.size(), offset);
+        if (count < 0) throw errnoError(errno, "cannot be read", file.name());
+        if (count < static_cast<int64_t>(header.size())) break;
         const uint64_t length = uint64_t(header[0]) << 24 | uint64_t(header[1]) << 16 |
                                 uint64_t(header[2]) << 8 | uint64_t(header[3]);
         const std::string_view name(reinterpret_cast<const char*>(header.data()) + 4, 4);
