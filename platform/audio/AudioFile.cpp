@@ -27,7 +27,8 @@ struct FreeResampler {
 class PacketReader {
   public:
     PacketReader(const FileHandle& file, const std::string& name, ErrorKind kind)
-        : input_(ffmpeg::openInput(file.path(), ffmpeg::Content::Audio, name, kind)),
+        : name_(name),
+          input_(ffmpeg::openInput(file.path(), ffmpeg::Content::Audio, name, kind)),
           stream_(ffmpeg::selectStream(*input_, ffmpeg::Content::Audio, name, kind)),
           packet_(ffmpeg::newPacket()) {}
 
@@ -35,16 +36,17 @@ class PacketReader {
     /// In Ogg a packet's length already is without the padding at its end.
     bool lengthsExcludePadding() const { return std::strcmp(input_->iformat->name, "ogg") == 0; }
 
-    /// The next packet of the track; none at the end and where the file cannot be read.
+    /// The next packet of the track; none at the end and where the file is damaged.
     AVPacket* next() {
         do {
             av_packet_unref(packet_.get());
-            if (av_read_frame(input_.get(), packet_.get()) < 0) return nullptr;
+            if (ffmpeg::readPacket(*input_, *packet_, name_) < 0) return nullptr;
         } while (packet_->stream_index != stream_.index);
         return packet_.get();
     }
 
   private:
+    const std::string name_;
     ffmpeg::Input input_;
     AVStream& stream_;
     ffmpeg::Packet packet_;

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <array>
+#include <cerrno>
 #include <cmath>
 
 #include "platform/audio/AacWriter.h"
@@ -116,8 +117,9 @@ class MixWriter {
     }
 
     Loudness measureFile() {
-        const AudioFile file(FileHandle(::open(output_.c_str(), O_RDONLY | O_CLOEXEC)), output_.string(),
-                             ErrorKind::Failed);
+        FileHandle written = openFile(output_, O_RDONLY);
+        if (!written) throw errnoError(errno, "cannot be read", output_.string());
+        const AudioFile file(std::move(written), output_.string(), ErrorKind::Failed);
         AudioFile::Reader reader(file);
         LoudnessMeter meter;
         Block samples;

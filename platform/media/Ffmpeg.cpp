@@ -61,6 +61,26 @@ struct Options {
     ~Options() { av_dict_free(&dictionary); }
 };
 
+struct CloseFile {
+    void operator()(AVIOContext* file) const { avio_closep(&file); }
+};
+using OpenFile = std::unique_ptr<AVIOContext, CloseFile>;
+
+/// Whatever became of it: what the disk did not give looks like damage.
+void requireRead(const AVIOContext& file, const std::string& name) {
+    const int failure = AVUNERROR(file.error);
+    if (isPassing(failure)) throw errnoError(failure, "cannot be read", name);
+}
+
+OpenFile openFile(const std::string& url, const std::string& name, ErrorKind kind) {
+    Options options;
+    av_dict_set(&options.dictionary, "protocol_whitelist", "file", 0);
+    AVIOContext* file = nullptr;
+    check(avio_open2(&file, url.c_str(), AVIO_FLAG_READ, nullptr, &options.dictionary), "cannot be opened",
+          name, kind);
+    return OpenFile(file);
+}
+
 template <class Pointer>
 Pointer orOutOfMemory(Pointer pointer) {
     if (!pointer) throw Error(ErrorKind::Transient, "out of memory");
@@ -69,7 +89,11 @@ Pointer orOutOfMemory(Pointer pointer) {
 
 }  // namespace
 
-void Release::operator()(AVFormatContext* input) const { avformat_close_input(&input); }
+void Release::operator()(AVFormatContext* input) const {
+    AVIOContext* file = input->pb;  // opened by openInput()
+    avformat_close_input(&input);
+    avio_closep(&file);
+}
 void Release::operator()(AVCodecContext* codec) const { avcodec_free_context(&codec); }
 void Release::operator()(AVCodecParameters* parameters) const { avcodec_parameters_free(&parameters); }
 void Release::operator()(AVFrame* frame) const { av_frame_free(&frame); }
@@ -118,8 +142,12 @@ Input openInput(const std::string& path, Content content, const std::string& nam
     av_dict_set(&options.dictionary, "protocol_whitelist", "file", 0);
     av_dict_set(&options.dictionary, "format_whitelist",
                 content == Content::Video ? kVideoFormats : kAudioFormats, 0);
-    AVFormatContext* opened = nullptr;
-    const int code = avformat_open_input(&opened, ("file:" + path).c_str(), nullptr, &options.dictionary);
+    const std::string url = "file:" + path;
+    OpenFile file = openFile(url, name, kind);
+    AVFormatContext* opened = orOutOfMemory(avformat_alloc_context());
+    opened->pb = file.get();
+    const int code = avformat_open_input(&opened, url.c_str(), nullptr, &options.dictionary);
+    if (code < 0) requireRead(*file, name);
     // Both say that the content is of no kind that may be opened: unknown, or known and not allowed.
     if (code == AVERROR(EINVAL) || code == AVERROR_INVALIDDATA)
         throw Error(kind, std::string("is no readable ") + describe(content) + " of a known format", name);
@@ -127,8 +155,17 @@ Input openInput(const std::string& path, Content content, const std::string& nam
     if (code == AVERROR(ENOMEM)) throw Error(kind, "is damaged: it claims to hold more than it can", name);
     check(code, "cannot be opened", name, kind);
     Input input(opened);
-    check(avformat_find_stream_info(input.get(), nullptr), "cannot be read", name, kind);
+    file.release();
+    const int found = avformat_find_stream_info(input.get(), nullptr);
+    requireRead(*input->pb, name);
+    check(found, "cannot be read", name, kind);
     return input;
+}
+
+int readPacket(AVFormatContext& input, AVPacket& packet, const std::string& name) {
+    const int code = av_read_frame(&input, &packet);
+    if (code < 0) requireRead(*input.pb, name);
+    return code;
 }
 
 AVStream& selectStream(AVFormatContext& input, Content content, const std::string& name, ErrorKind kind) {

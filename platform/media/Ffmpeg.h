@@ -53,6 +53,10 @@ enum class Content { Video, Audio };
 /// its streams. `name` stands for it in messages. Throws Error(kind).
 Input openInput(const std::string& path, Content content, const std::string& name, ErrorKind kind);
 
+/// Reads the next packet of any stream: av_read_frame()'s answer. The libraries take a disk that fails for
+/// the end of the file: that is thrown as an Error(Transient).
+int readPacket(AVFormatContext& input, AVPacket& packet, const std::string& name);
+
 /// The first stream of that content (cover pictures do not count); all others are switched off. Throws
 /// Error(kind) when there is none.
 AVStream& selectStream(AVFormatContext& input, Content content, const std::string& name, ErrorKind kind);

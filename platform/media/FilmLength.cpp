@@ -86,7 +86,7 @@ FilmLength measureFilm(const FileHandle& file, const std::string& name, ErrorKin
     const ffmpeg::Packet packet = ffmpeg::newPacket();
     PictureTimes times(stream);
     bool isWhole = true;
-    while (av_read_frame(input.get(), packet.get()) >= 0) {
+    while (ffmpeg::readPacket(*input, *packet, name) >= 0) {
         if (stop.stop_requested()) throw Error(ErrorKind::Cancelled, "cancelled");
         if (packet->stream_index == stream.index) times.add(*packet);
         av_packet_unref(packet.get());

@@ -40,7 +40,7 @@ class PacketSource {
         hasPacket_ = false;
         do {
             av_packet_unref(packet_.get());
-            const int code = av_read_frame(input_.get(), packet_.get());
+            const int code = ffmpeg::readPacket(*input_, *packet_, name_);
             if (code == AVERROR_EOF) return;
             ffmpeg::check(code, "cannot read", name_);
         } while (packet_->stream_index != stream_.index);

@@ -87,7 +87,7 @@ bool VideoDecoder::feed() {
     int code = 0;
     do {
         av_packet_unref(packet_.get());
-        code = av_read_frame(input_.get(), packet_.get());
+        code = ffmpeg::readPacket(*input_, *packet_, name_);
     } while (code >= 0 && packet_->stream_index != stream_.index);
     if (code < 0) {
         if (code != AVERROR_EOF) noteDamage(code);
