@@ -2,9 +2,12 @@
 
 #include <SQLiteCpp/SQLiteCpp.h>
 #include <sqlite3.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <chrono>
 #include <cstdio>
+#include <cstdlib>
 #include <thread>
 
 #include "platform/base/Error.h"
@@ -13,13 +16,14 @@ namespace platform {
 
 namespace {
 
-bool isPassing(int code) {
+bool isPassingCode(int code) {
     switch (code & 0xff) {
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
         case SQLITE_FULL:
         case SQLITE_NOMEM:
-        case SQLITE_IOERR:  // a full disk, too: the shared index cannot grow
+        case SQLITE_IOERR:     // a full disk, too: the shared index cannot grow
+        case SQLITE_PROTOCOL:  // a lock that could not be had
             return true;
         default:
             return false;
@@ -57,9 +61,21 @@ std::string explanation(int code, const std::string& message) {
     }
 }
 
+bool mayWrite(const std::filesystem::path& path) {
+    return ::access(path.c_str(), W_OK) == 0 || errno == ENOENT || isPassing(errno);
+}
+
+/// SQLite says of every file that it could not open that it could not open it. Where nothing forbids that,
+/// something passing did.
+bool isRefused(const std::string& file) {
+    const std::filesystem::path folder = std::filesystem::path(file).parent_path();
+    return !mayWrite(file) || !mayWrite(folder) || ::access(folder.c_str(), F_OK) != 0;
+}
+
 [[noreturn]] void rethrow(const SQLite::Exception& failure, const std::string& file) {
     const int code = failure.getErrorCode();
-    const ErrorKind kind = isPassing(code) ? ErrorKind::Transient : ErrorKind::Failed;
+    const bool passes = isPassingCode(code) || (isUnwritable(code) && !isRefused(file));
+    const ErrorKind kind = passes ? ErrorKind::Transient : ErrorKind::Failed;
     if (isUnwritable(code)) throw UnwritableDatabase(kind, explanation(code, failure.what()), file);
     throw Error(kind, explanation(code, failure.what()), file);
 }
@@ -198,8 +214,14 @@ void Database::transaction(const std::function<void()>& work) {
 
 void Database::checkIntegrity() {
     Statement check = prepare("PRAGMA quick_check(1)");
-    if (!check.step() || check.text("quick_check") != "ok")
-        throw Error(ErrorKind::Failed, "the database is damaged", core_->file);
+    const std::string answer = check.step() ? check.text("quick_check") : "";
+    if (answer == "ok") return;
+    // A page that the disk does not give is told by the code of that error.
+    constexpr std::string_view errorCode = "error code=";
+    const size_t at = answer.find(errorCode);
+    if (at != std::string::npos && isPassingCode(std::atoi(answer.c_str() + at + errorCode.size())))
+        throw Error(ErrorKind::Transient, explanation(SQLITE_IOERR, ""), core_->file);
+    throw Error(ErrorKind::Failed, "the database is damaged", core_->file);
 }
 
 }  // namespace platform
