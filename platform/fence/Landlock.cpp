@@ -48,9 +48,13 @@ constexpr uint64_t kDevice = kReadFile | kReadDir | kWriteFile | kIoctlDevice;
 constexpr uint64_t kOfFiles = kExecute | kWriteFile | kReadFile | kTruncate | kIoctlDevice;
 
 void allow(int ruleset, const std::filesystem::path& path, uint64_t rights) {
-    const FileHandle place(::open(path.c_str(), O_PATH | O_CLOEXEC));
+    const FileHandle place = openFile(path, O_PATH);
     struct stat info {};
-    if (!place || ::fstat(place.descriptor(), &info) != 0) return;
+    if (!place || ::fstat(place.descriptor(), &info) != 0) {
+        // A path that is left out cannot be opened later, and its file would be blamed for that.
+        if (isPassing(errno)) throw errnoError(errno, "cannot be opened", path.string());
+        return;
+    }
     if (!S_ISDIR(info.st_mode)) rights &= kOfFiles;
     const PathAttributes attributes{rights, place.descriptor()};
     ::syscall(SYS_landlock_add_rule, ruleset, kRuleBelowPath, &attributes, 0);
