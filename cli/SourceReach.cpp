@@ -13,10 +13,7 @@ namespace {
 
 constexpr uint64_t kMostMediaBytes = uint64_t{1} << 20;
 
-bool hasCatalogue() {
-    std::error_code failure;
-    return fs::exists(QVDataManager::databasePath(), failure);
-}
+bool hasCatalogue() { return platform::isThere(QVDataManager::databasePath()); }
 
 /// The user's own list, read here because only the user says which files are inputs. What is wrong with it is
 /// told by the job.
@@ -27,10 +24,10 @@ void addListed(const fs::path& mediaFile, std::vector<fs::path>& paths) {
         if (!list.isDictionary()) return;
         for (const auto& [key, value] : list.dictionary()) {
             const fs::path path = mediaFile.parent_path() / value.stringValue();
-            std::error_code failure;
-            if (!value.stringValue().empty() && fs::is_regular_file(path, failure)) paths.push_back(path);
+            if (!value.stringValue().empty() && platform::isFile(path)) paths.push_back(path);
         }
-    } catch (const platform::Error&) {
+    } catch (const platform::Error& error) {
+        if (error.kind() == platform::ErrorKind::Transient) throw;
     }
 }
 
@@ -39,10 +36,9 @@ void addListed(const fs::path& mediaFile, std::vector<fs::path>& paths) {
 FencedCommand::Errand errandOf(const std::string& source) {
     FencedCommand::Errand errand;
     errand.source = source;
-    std::error_code failure;
     const fs::path path(source);
-    const bool isSceneFile = path.extension() == ".plist" && fs::is_regular_file(path, failure);
-    if (fs::exists(path, failure))
+    const bool isSceneFile = path.extension() == ".plist" && platform::isFile(path);
+    if (platform::isThere(path))
         errand.reach.read.push_back(isSceneFile ? fs::absolute(path).parent_path() : path);
     errand.usesCatalogue = source.find('/') == std::string::npos && hasCatalogue();
     return errand;

@@ -5,6 +5,7 @@
 #include "cli/CatalogueCommand.h"
 #include "cli/Commands.h"
 #include "cli/TemplateInstaller.h"
+#include "platform/base/File.h"
 #include "platform/net/HttpDownload.h"
 
 namespace multiscene::cli {
@@ -44,9 +45,8 @@ class TemplatesInstallCommand : public Command {
     }
 
     InstallReport installed(const TemplateInstaller& installer, const std::stop_token& stop) const {
-        std::error_code ignored;
         const bool isUrl = platform::isHttpUrl(source_);
-        if (!isUrl && fs::is_regular_file(source_, ignored)) return installer.fromArchive(source_);
+        if (!isUrl && platform::isFile(source_)) return installer.fromArchive(source_);
         const auto offered = isUrl ? offeredAt(source_) : offeredAs(source_, stop);
         if (offered) requireSupported(*offered);
         if (isUrl) return installer.fromUrl(source_);

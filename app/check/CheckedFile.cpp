@@ -8,6 +8,8 @@ using platform::FileGate;
 using platform::Value;
 
 Finding findingOf(const platform::Error& error, const std::string& file) {
+    // A disk that fails says nothing about the author's work.
+    if (error.kind() == platform::ErrorKind::Transient) throw platform::Error(error);
     return {Severity::Error, error.file().empty() ? file : error.file(), error.key(), error.message(), {}};
 }
 

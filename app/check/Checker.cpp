@@ -5,6 +5,7 @@
 #include "app/template/OpenedFiles.h"
 #include "app/template/TemplateFolder.h"
 #include "platform/base/Error.h"
+#include "platform/base/File.h"
 #include "platform/base/Paths.h"
 
 namespace multiscene {
@@ -50,9 +51,8 @@ Findings checkPath(const fs::path& path, SceneCatalogue* catalogue) {
     Playback playback;
     playback.gate().allowFolder(platform::resourcesFolder());
     const fs::path absolute = fs::absolute(path).lexically_normal();
-    std::error_code failure;
-    return fs::is_directory(absolute, failure) ? checkTemplate(absolute, playback)
-                                               : checkFile(absolute, catalogue, playback);
+    return platform::isFolder(absolute) ? checkTemplate(absolute, playback)
+                                        : checkFile(absolute, catalogue, playback);
 }
 
 }  // namespace multiscene

@@ -74,6 +74,7 @@ MediaReader::Reading MediaReader::read(MediaKind kind, FileHandle file, const st
                 break;
         }
     } catch (const Error& error) {
+        if (error.kind() == ErrorKind::Transient) throw;
         reading.problem = error.message();
     }
     return reading;

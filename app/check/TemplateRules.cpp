@@ -102,11 +102,10 @@ void resourceFoldersAreFolders(const TemplateView& view, Findings& findings) {
             findings.push_back({Severity::Error, view.file, recordPath(index, "sceneResourceFolderPath"),
                                 "\"" + folder + "\" " + message, remedy});
         };
-        std::error_code failure;
         if (folder.empty() || complete.empty()) continue;
         if (folder.back() != '/')
             add("does not end in \"/\": the names of files would be glued to it", "add the \"/\"");
-        else if (!std::filesystem::is_directory(complete, failure))
+        else if (!platform::isFolder(complete))
             add("is no folder", "correct the name");
     }
 }

@@ -4,6 +4,7 @@
 #include <climits>
 
 #include "platform/base/Error.h"
+#include "platform/base/File.h"
 #include "platform/base/PartFile.h"
 
 namespace multiscene {
@@ -29,6 +30,13 @@ fs::path absolutePath(const fs::path& path) {
     return absolute;
 }
 
+/// Nobody says what lies there.
+bool isHidden(const fs::path& path) {
+    std::error_code failure;
+    (void)fs::status(path, failure);
+    return failure == std::errc::permission_denied;
+}
+
 /// Permissions do not tell everything (read-only disks, quotas): only writing does.
 void requireWritable(const fs::path& file) {
     platform::removeAbandonedParts(file.parent_path());
@@ -38,13 +46,11 @@ void requireWritable(const fs::path& file) {
 }  // namespace
 
 OutputFile::OutputFile(const fs::path& path) : path_(absolutePath(path)) {
-    std::error_code failure;
-    const fs::file_status status = fs::status(path_, failure);
-    if (!path_.has_filename() || fs::is_directory(status))
+    if (!path_.has_filename() || platform::isFolder(path_))
         throw Error(ErrorKind::Usage, "the output is a folder, not a file", path.string());
-    if (fs::exists(status) && !fs::is_regular_file(status))
+    if (platform::isThere(path_) && !platform::isFile(path_))
         throw Error(ErrorKind::Usage, "the output is not a regular file", path.string());
-    if (!fs::is_directory(path_.parent_path(), failure) && failure != std::errc::permission_denied)
+    if (!platform::isFolder(path_.parent_path()) && !isHidden(path_.parent_path()))
         throw Error(ErrorKind::Usage, "there is no folder " + path_.parent_path().string(), path.string());
     requireWritable(path_);
 }
@@ -63,8 +69,7 @@ void OutputFile::publish(const fs::path& finished) const { platform::moveFile(fi
 
 fs::path outputFolder(const fs::path& path) {
     const fs::path folder = absolutePath(path);
-    std::error_code failure;
-    if (fs::exists(folder, failure) && !fs::is_directory(folder, failure))
+    if (platform::isThere(folder) && !platform::isFolder(folder))
         throw Error(ErrorKind::Usage, "the output is a file, not a folder", path.string());
     platform::createFolders(folder);
     requireWritable(folder / "frame");

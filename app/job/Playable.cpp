@@ -16,6 +16,7 @@
 #include "other/QVUtil.h"
 #include "platform/archive/ZipArchive.h"
 #include "platform/base/Error.h"
+#include "platform/base/File.h"
 #include "platform/store/Database.h"
 #include "sceneFile/SceneFile.h"
 
@@ -42,8 +43,7 @@ std::string musicOf(const QVTempletDataModel& record, const fs::path& folder,
     if (const std::string path = record.bgAudioPath(); !path.empty())
         return settings.multiSceneRenderPathResourcesWithString(path, folder.string() + "/");
     const fs::path usual = folder / TemplateFolder::usualMusic;
-    std::error_code failure;
-    return fs::exists(usual, failure) ? usual.string() : std::string();
+    return platform::isThere(usual) ? usual.string() : std::string();
 }
 
 Playable playableOf(const QVTempletDataModel& record, const fs::path& folder,
@@ -85,8 +85,7 @@ fs::path resourceFolder(const QVTempletDataModel& record) {
 
 std::optional<InstalledTemplate> installedTemplate(const std::string& numberOrName,
                                                    QVDataManager& catalogue) {
-    std::error_code failure;
-    if (!fs::exists(QVDataManager::databasePath(), failure)) return std::nullopt;
+    if (!platform::isThere(QVDataManager::databasePath())) return std::nullopt;
     catalogue.checkUsable();
     TemplateInstallation::recover(catalogue);
     return findInstalledTemplate(catalogue, numberOrName);
@@ -124,9 +123,8 @@ std::optional<Playable> openInstalled(const std::string& numberOrName, Playback&
 }
 
 bool isTemplateFolder(const fs::path& path) {
-    std::error_code failure;
     const fs::path folder = (fs::absolute(path) / "").lexically_normal().parent_path();
-    return fs::exists(folder / (folder.filename().string() + ".plist"), failure);
+    return platform::isThere(folder / (folder.filename().string() + ".plist"));
 }
 
 Playable groupFilePlayable(const fs::path& file, Value content, Playback& playback) {
@@ -164,26 +162,23 @@ Error notFound(const std::string& argument) {
 }  // namespace
 
 Playable openPlayable(const std::string& argument, const JobFolder& job, Playback& playback) {
-    std::error_code failure;
     const fs::path path(argument);
     const bool isPath = argument.find('/') != std::string::npos;
-    if (fs::is_directory(path, failure) && (isPath || isTemplateFolder(path)))
-        return openFolder(path, playback);
-    if (fs::is_regular_file(path, failure)) return openFile(path, job, playback);
+    if (platform::isFolder(path) && (isPath || isTemplateFolder(path))) return openFolder(path, playback);
+    if (platform::isFile(path)) return openFile(path, job, playback);
     if (!isPath) {
         if (auto installed = openInstalled(argument, playback)) return std::move(*installed);
         if (const auto sample = findSampleTemplate(argument)) return openFolder(sample->folder, playback);
     }
-    if (fs::is_directory(path, failure)) return openFolder(path, playback);
+    if (platform::isFolder(path)) return openFolder(path, playback);
     throw notFound(argument);
 }
 
 std::optional<fs::path> templateFolderAt(const std::string& argument, const JobFolder& job) {
-    std::error_code failure;
     const fs::path path(argument);
     const bool isPath = argument.find('/') != std::string::npos;
-    if (fs::is_directory(path, failure) && (isPath || isTemplateFolder(path))) return path;
-    if (!fs::is_regular_file(path, failure)) return std::nullopt;
+    if (platform::isFolder(path) && (isPath || isTemplateFolder(path))) return path;
+    if (!platform::isFile(path)) return std::nullopt;
     return path.extension() == ".plist" ? fs::absolute(path).parent_path() : unpackTemplate(path, job);
 }
 

@@ -16,8 +16,7 @@ constexpr const char* kInputs = "sample/inputs.json";
 void playSample(RenderRequest& request, const TemplateFolder& folder) {
     request.source = folder.folder.string();
     request.isJudged = true;
-    std::error_code ignored;
-    if (fs::exists(folder.folder / kInputs, ignored)) request.inputs.mediaFile = folder.folder / kInputs;
+    if (platform::isThere(folder.folder / kInputs)) request.inputs.mediaFile = folder.folder / kInputs;
 }
 
 }  // namespace

@@ -6,6 +6,7 @@
 #include "app/language/LocalizedName.h"
 #include "app/template/TemplateKeys.h"
 #include "platform/base/Error.h"
+#include "platform/base/File.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Limits.h"
 #include "platform/base/PropertyList.h"
@@ -132,13 +133,12 @@ std::vector<QVTempletDataModel> templateRecords(const Value& description, const 
 }
 
 TemplateFolder readTemplateFolder(const fs::path& folder) {
-    std::error_code failure;
     TemplateFolder result;
     // The folder keeps the name by which the user knows it, even where that is a link to another folder.
     result.folder = (fs::absolute(folder) / "").lexically_normal().parent_path();
-    if (!fs::is_directory(result.folder, failure))
-        throw Error(ErrorKind::Template,
-                    fs::exists(result.folder, failure) ? "is no folder" : "does not exist", folder.string());
+    if (!platform::isFolder(result.folder))
+        throw Error(ErrorKind::Template, platform::isThere(result.folder) ? "is no folder" : "does not exist",
+                    folder.string());
     result.name = result.folder.filename().string();
     const std::string file = result.plistPath().string();
     const auto bytes = readThroughFence(result.folder, file);
