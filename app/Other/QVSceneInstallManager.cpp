@@ -2,6 +2,7 @@
 
 #include "app/language/Strings.h"
 #include "app/server/UrlText.h"
+#include "platform/base/CurrentError.h"
 #include "platform/base/File.h"
 #include "platform/base/NotificationCenter.h"
 #include "platform/net/HttpDownload.h"
@@ -43,7 +44,8 @@ void QVSceneInstallManager::tellProgress(double fraction) {
 InstallReport QVSceneInstallManager::guarded(const std::function<InstallResult()>& work) {
     try {
         return {work(), std::nullopt};
-    } catch (const Error& failure) {
+    } catch (...) {
+        const Error failure = platform::currentError();
         show([](SceneInstallDisplay& display) { display.showError(localizedString("Installation failed")); });
         return {{}, failure};
     }

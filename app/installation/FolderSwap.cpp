@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <optional>
 
 #include "platform/base/File.h"
 
@@ -15,10 +16,16 @@ namespace fs = std::filesystem;
 
 namespace {
 
-bool isThere(const fs::path& path) {
+/// Of the path itself, links not followed; nothing when there is none. Throws Error when that cannot be told.
+std::optional<struct stat> lookAt(const fs::path& path) {
     struct stat info {};
-    return ::lstat(path.c_str(), &info) == 0;
+    if (::lstat(path.c_str(), &info) == 0) return info;
+    if (errno != ENOENT && errno != ENOTDIR)
+        throw platform::errnoError(errno, "cannot be looked at", path.string());
+    return std::nullopt;
 }
+
+bool isThere(const fs::path& path) { return lookAt(path).has_value(); }
 
 void move(const fs::path& from, const fs::path& to) {
     if (::rename(from.c_str(), to.c_str()) != 0)
@@ -53,18 +60,18 @@ void settleSwap(const fs::path& folder, const fs::path& other) {
 }
 
 std::string folderIdentity(const fs::path& folder) {
-    struct stat info {};
-    if (::lstat(folder.c_str(), &info) != 0 || !S_ISDIR(info.st_mode)) return {};
-    return std::to_string(info.st_dev) + ":" + std::to_string(info.st_ino);
+    const auto info = lookAt(folder);
+    if (!info || !S_ISDIR(info->st_mode)) return {};
+    return std::to_string(info->st_dev) + ":" + std::to_string(info->st_ino);
 }
 
 void syncFolder(const fs::path& folder) {
-    const platform::FileHandle handle(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const platform::FileHandle handle = platform::openFile(folder, O_RDONLY | O_DIRECTORY);
     if (handle) (void)::fsync(handle.descriptor());
 }
 
 void syncFilesBelow(const fs::path& folder) {
-    const platform::FileHandle handle(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
+    const platform::FileHandle handle = platform::openFile(folder, O_RDONLY | O_DIRECTORY);
     if (!handle) throw platform::errnoError(errno, "cannot open the folder", folder.string());
     // The whole file system at once: a wait for each of ten thousand files takes seconds.
     if (::syncfs(handle.descriptor()) != 0 && errno != EINVAL && errno != ENOSYS)

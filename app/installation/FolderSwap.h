@@ -16,10 +16,11 @@ enum class SwapMethod {
 void swapFolders(const std::filesystem::path& folder, const std::filesystem::path& other,
                  SwapMethod method = SwapMethod::InOneStep);
 
-/// Brings a swap that was interrupted between its renames to one of its two ends.
+/// Brings a swap that was interrupted between its renames to one of its two ends. Throws platform::Error.
 void settleSwap(const std::filesystem::path& folder, const std::filesystem::path& other);
 
-/// What stays the same about a folder when it moves within its file system; empty when there is none.
+/// What stays the same about a folder when it moves within its file system; empty when there is none. Throws
+/// platform::Error when that cannot be told.
 std::string folderIdentity(const std::filesystem::path& folder);
 
 /// Makes renames in a folder survive a loss of power. Does nothing where the file system cannot.

@@ -134,7 +134,9 @@ void TemplateInstallation::refuseForeignNumbers(const TemplateFolder& folder) {
         }
 }
 
-bool TemplateInstallation::hasOwnFile() const { return fs::exists(finalFolder() / (name_ + ".plist")); }
+bool TemplateInstallation::hasOwnFile() const {
+    return platform::isThere(finalFolder() / (name_ + ".plist"));
+}
 
 std::optional<InstallResult> TemplateInstallation::alreadyInstalled() {
     const std::vector<int64_t> numbers = numbersOf(installedRecords());
@@ -148,7 +150,7 @@ InstallResult TemplateInstallation::judged(const TemplateFolder& folder) {
     requireOwnPaths(folder);
     requireProgramVersion(folder.minVersion(), name_);
     for (const QVTempletDataModel& record : folder.records)
-        if (!fs::is_regular_file(stagedFile(folder.folder, finalFolder(), record.scenePlistPath())))
+        if (!platform::isFile(stagedFile(folder.folder, finalFolder(), record.scenePlistPath())))
             throw Error(ErrorKind::Template, "the scene file " + record.scenePlistPath() + " is missing",
                         name_ + ".plist", "installScenes");
     if (options_.judge) options_.judge(folder);
@@ -157,7 +159,7 @@ InstallResult TemplateInstallation::judged(const TemplateFolder& folder) {
     const std::vector<int64_t> before = numbersOf(installedRecords()), now = numbersOf(folder.records);
     const bool present = hasOwnFile();
     InstallResult result{InstallOutcome::Installed, name_, now, ""};
-    if (before.empty() && !present && fs::exists(finalFolder()) && !options_.replace)
+    if (before.empty() && !present && platform::isThere(finalFolder()) && !options_.replace)
         throw Error(ErrorKind::Failed,
                     "the folder is there without being installed; replace it or move it away",
                     finalFolder().string());
@@ -292,7 +294,7 @@ void TemplateInstallation::recoverThis() {
         if (pending.name != name_) continue;
         const bool movedIn =
             !pending.newIdentity.empty() && folderIdentity(finalFolder()) == pending.newIdentity;
-        const bool movedOut = pending.newIdentity.empty() && fs::exists(stagedFolder());
+        const bool movedOut = pending.newIdentity.empty() && platform::isThere(stagedFolder());
         if (!pending.committed && (movedIn || movedOut)) swapFolders(finalFolder(), stagedFolder());
         clearLeftovers();
         journal_.forget(name_);
