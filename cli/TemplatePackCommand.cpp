@@ -32,8 +32,8 @@ class TemplatePackCommand : public Command {
         if (*archive.lexically_normal().lexically_relative(folder).begin() != "..")
             throw Error(ErrorKind::Usage, "the archive would lie in the template; name another place with -o",
                         archive.string());
-        packTemplate(folder, archive, judgeAloud(console, "nothing was packed"));
-        const auto bytes = static_cast<int64_t>(fs::file_size(archive));
+        const auto bytes =
+            static_cast<int64_t>(packTemplate(folder, archive, judgeAloud(console, "nothing was packed")));
         if (console.isJson())
             console.event("done", {{"output", archive.string()}, {"bytes", bytes}});
         else

@@ -3,6 +3,7 @@
 #include "platform/archive/ZipArchive.h"
 #include "platform/archive/ZipWriter.h"
 #include "platform/base/Error.h"
+#include "platform/base/PartFile.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
 
@@ -67,8 +68,8 @@ void requireInstallable(const fs::path& archive, const fs::path& folder) {
 
 }  // namespace
 
-void packTemplate(const fs::path& folder, const fs::path& archive, const TemplateJudge& judge,
-                  std::optional<float> minVersion) {
+uint64_t packTemplate(const fs::path& folder, const fs::path& archive, const TemplateJudge& judge,
+                      std::optional<float> minVersion) {
     const TemplateFolder read = readTemplateFolder(folder);
     if (!isTemplateName(read.name))
         throw Error(ErrorKind::Template, "is no name that a template can have", read.name);
@@ -79,8 +80,9 @@ void packTemplate(const fs::path& folder, const fs::path& archive, const Templat
     std::vector<platform::ZipSource> files = filesOf(read);
     if (minVersion && *minVersion != read.minVersion())
         replace(files, read.plistPath(), withMinVersion(read, *minVersion, ownFile.file));
-    platform::writeZip(target, std::move(files),
-                       [&](const fs::path& written) { requireInstallable(written, read.folder); });
+    platform::removeAbandonedParts(target.parent_path());
+    return platform::writeZip(target, std::move(files),
+                              [&](const fs::path& written) { requireInstallable(written, read.folder); });
 }
 
 }  // namespace multiscene

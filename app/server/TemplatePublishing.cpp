@@ -1,6 +1,9 @@
 #include "app/server/TemplatePublishing.h"
 
+#include <fcntl.h>
+
 #include <algorithm>
+#include <set>
 
 #include "app/server/UrlText.h"
 #include "app/template/SceneJudge.h"
@@ -8,6 +11,8 @@
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
 #include "platform/base/FileGate.h"
+#include "platform/base/PartFile.h"
+#include "platform/base/PartFolder.h"
 #include "platform/base/PropertyList.h"
 #include "platform/crypto/Digest.h"
 #include "platform/store/FileLock.h"
@@ -25,6 +30,8 @@ constexpr std::chrono::seconds kPatience{60};
 constexpr double kBytesPerMegabyte = 1024.0 * 1024.0;
 constexpr float kFirstVersion = 1;
 constexpr uint64_t kMaxThumbnailBytes = 32u << 20;
+constexpr size_t kVersionDigits = 16;  // of the archive's digest
+constexpr const char *kArchives = "templates", *kThumbnails = "thumbnails", *kPreviews = "previews";
 
 /// The thumbnail that the template brings; empty when it has none, or names one outside its folder.
 fs::path thumbnailOf(const TemplateFolder& folder) {
@@ -45,19 +52,28 @@ class Publication {
   public:
     Publication(const TemplateFolder& folder, const fs::path& serverFolder, const PublishOptions& options)
         : folder_(folder), server_(serverFolder), options_(options), lock_(locked(serverFolder)) {
+        platform::removeAbandonedParts(serverFolder);
         configuration_ = existingConfiguration();
         refuseForeignNumber();
     }
 
     void run() {
-        const std::string archive = place("templates", ".zip");
-        packTemplate(folder_.folder, server_ / archive, options_.judge, options_.minVersion);
-        const double size = static_cast<double>(fs::file_size(server_ / archive)) / kBytesPerMegabyte;
+        const platform::PartFolder workplace(server_, "publishing");
+        const fs::path packed = workplace.path() / (folder_.name + ".zip");
+        packTemplate(folder_.folder, packed, options_.judge, options_.minVersion);
+        const std::string digest = platform::fileDigest(packed);
+        version_ = versionOf(digest);
+        const double size =
+            static_cast<double>(platform::openFile(packed, O_RDONLY).size()) / kBytesPerMegabyte;
+        const std::string archive = place(kArchives, ".zip");
+        platform::moveFile(packed, server_ / archive);
         Value::Dictionary entry{{"templateUrl", url(archive)}, {"templateSize", size}};
-        entry["templateSha256"] = platform::fileDigest(server_ / archive);
+        entry["templateSha256"] = digest;
         entry["videoPreviewUrl"] = url(placePreview());
         entry["thumbUrl"] = url(placeThumbnail());
+        const std::string before = versionOf(offeredBefore().string("templateSha256"));
         writeConfiguration(std::move(entry));
+        removeOtherVersionsThan({version_, before});
     }
 
   private:
@@ -71,7 +87,7 @@ class Publication {
 
     fs::path configurationPath() const { return server_ / "severConfig" / "info1-1.plist"; }
     Value existingConfiguration() const {
-        if (!fs::exists(configurationPath()))
+        if (!platform::isThere(configurationPath()))
             return Value::Dictionary{{"isVideoCache", false}, {"isWechatTimelineShare", false}};
         return platform::readPropertyList(configurationPath(), ErrorKind::Failed);
     }
@@ -83,9 +99,36 @@ class Publication {
     std::string url(const std::string& place) const {
         return place.empty() ? "" : options_.baseUrl + percentEncoded(place);
     }
+    /// Each version has a place of its own, so that the list of before goes on naming what it was written
+    /// for.
     std::string place(const std::string& subfolder, const std::string& extension) const {
-        platform::createFolders(server_ / subfolder);
-        return subfolder + "/" + folder_.name + extension;
+        platform::createFolders(server_ / subfolder / version_);
+        return subfolder + "/" + version_ + "/" + folder_.name + extension;
+    }
+    static std::string versionOf(const std::string& digest) { return digest.substr(0, kVersionDigits); }
+
+    Value offeredBefore() const {
+        for (const Value& entry : configuration_.array("severTempletData"))
+            if (templateNameOfUrl(entry.string("templateUrl")) == folder_.name) return entry;
+        return {};
+    }
+
+    /// Those who have fetched the list of before still find what it names.
+    void removeOtherVersionsThan(const std::set<std::string>& versions) const {
+        for (const char* subfolder : {kArchives, kThumbnails, kPreviews}) {
+            std::error_code failure;
+            for (const auto& entry : fs::directory_iterator(server_ / subfolder, failure))
+                if (entry.is_directory(failure) && !versions.contains(entry.path().filename().string()))
+                    removeVersion(entry.path());
+        }
+    }
+
+    /// Templates that are packed alike share a folder.
+    void removeVersion(const fs::path& version) const {
+        std::error_code ignored;
+        for (const auto& entry : fs::directory_iterator(version, ignored))
+            if (entry.path().stem() == folder_.name) fs::remove(entry.path(), ignored);
+        fs::remove(version, ignored);
     }
 
     void refuseForeignNumber() const {
@@ -101,14 +144,14 @@ class Publication {
     std::string placeThumbnail() {
         const fs::path own = thumbnailOf(folder_);
         if (own.empty() && !options_.renderThumbnail) return {};
-        const std::string target = place("thumbnails", own.empty() ? ".png" : own.extension().string());
+        const std::string target = place(kThumbnails, own.empty() ? ".png" : own.extension().string());
         own.empty() ? options_.renderThumbnail(folder_, server_ / target) : copyFile(own, server_ / target);
         return target;
     }
 
     std::string placePreview() {
         if (!options_.renderPreview) return {};
-        const std::string target = place("previews", ".mp4");
+        const std::string target = place(kPreviews, ".mp4");
         options_.renderPreview(folder_, server_ / target);
         return target;
     }
@@ -141,6 +184,7 @@ class Publication {
     const PublishOptions& options_;
     platform::FileLock lock_;
     Value configuration_;
+    std::string version_;
 };
 
 }  // namespace

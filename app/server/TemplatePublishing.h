@@ -24,10 +24,12 @@ struct PublishOptions {
 };
 
 /// Makes a folder that any static HTTP server can offer: the template's archive under "templates/", its
-/// thumbnail and preview under "thumbnails/" and "previews/", and its entry in "severConfig/info1-1.plist",
-/// which is written last. An entry of the same number and name is replaced, everything else in the
-/// configuration is kept; several programs may publish at once. Throws Error: Template when the template is
-/// at fault or its number is another template's.
+/// thumbnail and preview under "thumbnails/" and "previews/", in a folder for each version, and its entry in
+/// "severConfig/info1-1.plist", which is written last: what the list names is always there and belongs
+/// together. An entry of the same number and name is replaced, and the files of all but the last two versions
+/// are removed; everything else in the configuration is kept; several programs may publish at once. Throws
+/// Error, and then the list is as before: Template when the template is at fault or its number is another
+/// template's.
 void publishTemplate(const std::filesystem::path& folder, const std::filesystem::path& serverFolder,
                      const PublishOptions& options = {});
 
