@@ -1,15 +1,18 @@
 #include "app/job/FramesJob.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <set>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "app/job/GroupRun.h"
 #include "app/job/OutputFile.h"
 #include "output/PictureSink.h"
 #include "platform/base/File.h"
+#include "platform/base/PartFolder.h"
 #include "platform/image/ImageWriter.h"
 
 namespace multiscene {
@@ -90,20 +93,46 @@ std::set<std::string> picturesIn(const fs::path& folder) {
         if (const std::string name = entry->path().filename().string();
             isPictureName(name) && fs::is_regular_file(entry->symlink_status()))
             names.insert(name);
+    if (failure) throw platform::errnoError(failure.value(), "cannot be read", folder.string());
     return names;
 }
+
+/// Renames within one file system, all or none.
+class Moves {
+  public:
+    Moves() = default;
+    ~Moves() {
+        for (; !done_.empty(); done_.pop_back())
+            ::rename(done_.back().second.c_str(), done_.back().first.c_str());
+    }
+    Moves(const Moves&) = delete;
+    Moves& operator=(const Moves&) = delete;
+
+    void move(const std::set<std::string>& names, const fs::path& from, const fs::path& to) {
+        for (const std::string& name : names) {
+            if (::rename((from / name).c_str(), (to / name).c_str()) != 0)
+                throw platform::errnoError(errno, "cannot write", (to / name).string());
+            done_.emplace_back(from / name, to / name);
+        }
+    }
+    void keep() { done_.clear(); }
+
+  private:
+    std::vector<std::pair<fs::path, fs::path>> done_;
+};
 
 }  // namespace
 
 void movePictures(const fs::path& from, const fs::path& to) {
-    std::set<std::string> older = picturesIn(to);
-    for (const std::string& name : picturesIn(from)) {
-        platform::moveFile(from / name, to / name);
-        older.erase(name);
-    }
-    // A mixture of two jobs would look like one.
-    std::error_code ignored;
-    for (const std::string& name : older) fs::remove(to / name, ignored);
+    // Pictures of two jobs side by side would look like those of one, even to whoever looks in the midst of
+    // it.
+    const platform::PartFolder arriving(to, "new-pictures"), leaving(to, "old-pictures");
+    const std::set<std::string> pictures = picturesIn(from), older = picturesIn(to);
+    for (const std::string& name : pictures) platform::moveFile(from / name, arriving.path() / name);
+    Moves moves;
+    moves.move(older, to, leaving.path());
+    moves.move(pictures, arriving.path(), to);
+    moves.keep();
 }
 
 JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std::stop_token stop) {

@@ -23,7 +23,7 @@ struct FramesRequest : RenderRequest {
 JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std::stop_token stop);
 
 /// Moves the pictures that writeFrames() has left into another folder and takes those of earlier jobs out of
-/// it. Throws platform::Error.
+/// it. Throws platform::Error, and then has changed nothing, as far as the disk still lets it.
 void movePictures(const std::filesystem::path& from, const std::filesystem::path& to);
 
 }  // namespace multiscene
