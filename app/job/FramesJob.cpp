@@ -97,17 +97,9 @@ std::set<std::string> picturesIn(const fs::path& folder) {
     return names;
 }
 
-/// Renames within one file system, all or none.
+/// Renames within one file system, which can be undone.
 class Moves {
   public:
-    Moves() = default;
-    ~Moves() {
-        for (; !done_.empty(); done_.pop_back())
-            ::rename(done_.back().second.c_str(), done_.back().first.c_str());
-    }
-    Moves(const Moves&) = delete;
-    Moves& operator=(const Moves&) = delete;
-
     void move(const std::set<std::string>& names, const fs::path& from, const fs::path& to) {
         for (const std::string& name : names) {
             if (::rename((from / name).c_str(), (to / name).c_str()) != 0)
@@ -115,7 +107,13 @@ class Moves {
             done_.emplace_back(from / name, to / name);
         }
     }
-    void keep() { done_.clear(); }
+
+    /// False where the disk does not let it.
+    bool undo() {
+        while (!done_.empty() && ::rename(done_.back().second.c_str(), done_.back().first.c_str()) == 0)
+            done_.pop_back();
+        return done_.empty();
+    }
 
   private:
     std::vector<std::pair<fs::path, fs::path>> done_;
@@ -126,13 +124,18 @@ class Moves {
 void movePictures(const fs::path& from, const fs::path& to) {
     // Pictures of two jobs side by side would look like those of one, even to whoever looks in the midst of
     // it.
-    const platform::PartFolder arriving(to, "new-pictures"), leaving(to, "old-pictures");
+    const platform::PartFolder arriving(to, "new-pictures");
+    platform::PartFolder leaving(to, "old-pictures");
     const std::set<std::string> pictures = picturesIn(from), older = picturesIn(to);
     for (const std::string& name : pictures) platform::moveFile(from / name, arriving.path() / name);
     Moves moves;
-    moves.move(older, to, leaving.path());
-    moves.move(pictures, arriving.path(), to);
-    moves.keep();
+    try {
+        moves.move(older, to, leaving.path());
+        moves.move(pictures, arriving.path(), to);
+    } catch (...) {
+        if (!moves.undo()) leaving.leave();
+        throw;
+    }
 }
 
 JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std::stop_token stop) {

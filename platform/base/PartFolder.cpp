@@ -22,7 +22,7 @@ PartFolder::PartFolder(const fs::path& parent, const std::string& purpose)
 
 PartFolder::~PartFolder() {
     std::error_code ignored;
-    fs::remove_all(path_, ignored);
+    if (!isLeft_) fs::remove_all(path_, ignored);
 }
 
 }  // namespace platform

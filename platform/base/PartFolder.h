@@ -18,10 +18,13 @@ class PartFolder {
     PartFolder& operator=(const PartFolder&) = delete;
 
     const std::filesystem::path& path() const { return path_; }
+    /// It outlives this object, until removeAbandonedParts() finds it.
+    void leave() { isLeft_ = true; }
 
   private:
     std::filesystem::path path_;
     FileHandle lock_;
+    bool isLeft_ = false;
 };
 
 }  // namespace platform
