@@ -6,7 +6,6 @@
 #include <map>
 #include <optional>
 #include <span>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -32,18 +31,9 @@ struct Piece {
     double left = 0, top = 0;
 };
 
-/// Letters and their distances from the first of them, in one look: what looks the same has the same picture.
-using Picture = std::pair<size_t, std::vector<std::tuple<size_t, long, long>>>;
 using Group = std::span<const GlyphPlacement>;
-
-Picture pictureOf(size_t look, Group letters) {
-    constexpr double steps = 64;  // of one unit: finer than anything that is seen
-    Picture picture{look, {}};
-    for (const GlyphPlacement& letter : letters)
-        picture.second.emplace_back(letter.glyph, std::lround((letter.x - letters[0].x) * steps),
-                                    std::lround((letter.y - letters[0].y) * steps));
-    return picture;
-}
+/// Letters in one look.
+using Picture = std::pair<size_t, LetterForm>;
 
 /// What is drawn of a letter, from the back.
 struct Pass {
@@ -111,7 +101,7 @@ class FlatGlyphMaker {
     }
 
     bool load(size_t pass, const Group& letters) {
-        const auto [piece, isNew] = pieces_.try_emplace(pictureOf(pass, letters));
+        const auto [piece, isNew] = pieces_.try_emplace(Picture{pass, formOf(letters)});
         if (!isNew) return piece->second.has_value();
         const GlyphPicture picture =
             text_.picture(letters, pixelsPerEm_, passes_[pass].look, leastBorder * smallest_);
@@ -124,7 +114,7 @@ class FlatGlyphMaker {
     }
 
     void place(size_t pass, const Group& letters, FlatLetters& result) const {
-        const std::optional<Piece>& piece = pieces_.at(pictureOf(pass, letters));
+        const std::optional<Piece>& piece = pieces_.at(Picture{pass, formOf(letters)});
         if (!piece)
             for (const GlyphPlacement& letter : letters) result.leftOut.push_back(text_.letterAt(letter));
         if (!piece || piece->width == 0) return;

@@ -91,4 +91,13 @@ std::vector<std::span<const GlyphPlacement>> letterGroups(const ShapedText& text
     return groups;
 }
 
+LetterForm formOf(std::span<const GlyphPlacement> letters) {
+    constexpr double steps = 64;  // of one unit: finer than anything that is seen
+    LetterForm form;
+    for (const GlyphPlacement& letter : letters)
+        form.emplace_back(letter.glyph, std::lround((letter.x - letters[0].x) * steps),
+                          std::lround((letter.y - letters[0].y) * steps));
+    return form;
+}
+
 }  // namespace platform

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <span>
+#include <tuple>
 #include <vector>
 
 #include "platform/text/ShapedText.h"
@@ -14,5 +15,9 @@ namespace platform {
 /// which `parts` gives for each placement, nor is one longer than `longest`, in the text's units.
 std::vector<std::span<const GlyphPlacement>> letterGroups(const ShapedText& text,
                                                           const std::vector<size_t>& parts, double longest);
+
+/// The shapes of a group and their distances from the first: what looks the same has the same form.
+using LetterForm = std::vector<std::tuple<size_t, long, long>>;
+LetterForm formOf(std::span<const GlyphPlacement> letters);
 
 }  // namespace platform

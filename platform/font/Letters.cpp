@@ -57,7 +57,9 @@ SolidLook inUnits(const SolidLook& look, float unit) {
     return {.depth = lengthIn(unit, look.depth, largestDepth),
             .bevelWidth = lengthIn(unit, look.bevelWidth, 1),
             .bevelDepth = lengthIn(unit, look.bevelDepth, largestDepth),
-            .bevelSteps = std::clamp(look.bevelSteps, 1, mostBevelSteps)};
+            .bevelSteps = std::clamp(look.bevelSteps, 1, mostBevelSteps),
+            .frontsApart = look.frontsApart,
+            .sidesApart = look.sidesApart};
 }
 
 void scale(LetterLayer& layer, float unit) {
@@ -95,8 +97,9 @@ FlatLetters flatLetters(const LetterText& text, const FlatLook& look) {
 SolidLetters solidLetters(const LetterText& text, const SolidLook& look) {
     const float unit = unitOf(text);
     const ShapedText shaped = shape(text, unit);
-    return finished(solidGlyphs(shaped, text.part, inUnits(look, unit)), shaped, unit,
-                    {&SolidLetters::letters, &SolidLetters::colored});
+    return finished(
+        solidGlyphs(shaped, text.part, inUnits(look, unit)), shaped, unit,
+        {&SolidLetters::letters, &SolidLetters::fronts, &SolidLetters::sides, &SolidLetters::colored});
 }
 
 }  // namespace platform

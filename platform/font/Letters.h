@@ -86,7 +86,8 @@ struct SolidLook {
     /// The edges between front and sides are cut off: this far into the front, and down the sides. Where a
     /// letter is too thin for it, less is cut off.
     float bevelWidth = 0, bevelDepth = 0;
-    int bevelSteps = 1;  ///< 1: a flat cut; more make it round
+    int bevelSteps = 1;                            ///< 1: a flat cut; more make it round
+    bool frontsApart = false, sidesApart = false;  ///< in layers of their own, with other coordinates
 };
 
 /// Letters as solids.
@@ -94,6 +95,9 @@ struct SolidLetters {
     /// The colour of a corner is its u, in quarters: 0.125 fronts and backs, 0.375 cut edges, 0.625 sides; v
     /// is 0.5. A part's sides come before its fronts.
     LetterLayer letters;
+    /// Where they are apart. u, v of fronts and backs: the place in the block, from its upper left corner; of
+    /// sides: the place along their outline, and from front to back.
+    LetterLayer fronts, sides;
     /// The fronts of letters with colours of their own, in the atlas; their sides are among the others.
     LetterLayer colored;
     Bitmap atlas;  ///< opaque pictures; empty where there are none

@@ -3,11 +3,14 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <map>
 #include <numbers>
 #include <optional>
+#include <span>
 
 #include "platform/font/Bevel.h"
 #include "platform/font/GlyphAtlas.h"
+#include "platform/font/LetterGroups.h"
 #include "platform/font/LetterParts.h"
 #include "platform/font/Silhouette.h"
 #include "platform/font/Tessellator.h"
@@ -52,6 +55,32 @@ std::vector<RimLine> profileOf(int steps) {
     return lines;
 }
 
+using Group = std::span<const GlyphPlacement>;
+
+/// Longer than any word.
+constexpr double longestGroup = 60 * ShapedText::em;
+
+/// How far the layers reach, before something is added to them.
+class Layers {
+  public:
+    explicit Layers(const SolidLetters& letters) {
+        for (size_t i = 0; i < all.size(); ++i) first_[i] = (letters.*all[i]).corners.size();
+    }
+    /// What has been added belongs to a part.
+    void addPieces(size_t part, SolidLetters& letters) const {
+        for (size_t i = 0; i < all.size(); ++i) {
+            LetterLayer& layer = letters.*all[i];
+            if (layer.corners.size() > first_[i])
+                layer.pieces.push_back({part, first_[i], layer.corners.size() - first_[i]});
+        }
+    }
+
+  private:
+    static constexpr std::array all{&SolidLetters::letters, &SolidLetters::fronts, &SolidLetters::sides,
+                                    &SolidLetters::colored};
+    std::array<size_t, all.size()> first_{};
+};
+
 class SolidGlyphMaker {
   public:
     SolidGlyphMaker(const ShapedText& text, const LetterParts& parts, const SolidLook& look)
@@ -60,9 +89,15 @@ class SolidGlyphMaker {
           half_(double(look.depth) / 2),
           bevelDepth_(std::min(double(look.bevelDepth), half_)),
           isBevelled_(look.bevelWidth > 0 && bevelDepth_ > 0),
-          profile_(profileOf(look.bevelSteps)) {
-        for (size_t glyph = 0; glyph < text.glyphCount(); ++glyph)
-            shapes_.push_back(shapeOf(glyph, isBevelled_ ? double(look.bevelWidth) : 0));
+          profile_(profileOf(look.bevelSteps)),
+          bevelWidth_(isBevelled_ ? double(look.bevelWidth) : 0),
+          frontsApart_(look.frontsApart),
+          sidesApart_(look.sidesApart),
+          groups_(letterGroups(text, parts.ofPlacement, longestGroup)) {
+        for (const Group& group : groups_) {
+            const auto [shape, isNew] = shapes_.try_emplace(formOf(group));
+            if (isNew) shape->second = shapeOf(group);
+        }
     }
 
     SolidLetters letters() {
@@ -74,16 +109,27 @@ class SolidGlyphMaker {
     }
 
   private:
-    Shape shapeOf(size_t glyph, double bevelWidth) {
+    Shape shapeOf(const Group& group) {
         Shape shape;
         std::vector<OutlineContour> contours;
-        if (text_.isColored(glyph))
-            contours = loadPicture(text_.picture({{GlyphPlacement{.glyph = glyph}}}, ShapedText::em), shape);
+        if (text_.isColored(group[0].glyph))
+            contours = loadPicture(text_.picture(group, ShapedText::em), shape);
         else
-            contours = text_.outline(glyph);
-        shape.rims = bevelledRims(contours, bevelWidth);
+            contours = united(outlinesOf(group));
+        shape.rims = bevelledRims(contours, bevelWidth_);
         shape.face = tessellate(frontOf(shape.rims));
         return shape;
+    }
+
+    std::vector<OutlineContour> outlinesOf(const Group& group) const {
+        std::vector<OutlineContour> contours;
+        for (const GlyphPlacement& letter : group)
+            for (OutlineContour& contour : text_.outline(letter.glyph)) {
+                for (OutlinePoint& point : contour)
+                    point = {point[0] + letter.x - group[0].x, point[1] + letter.y - group[0].y};
+                contours.push_back(std::move(contour));
+            }
+        return contours;
     }
 
     static std::vector<OutlineContour> frontOf(const std::vector<Rim>& rims) {
@@ -110,42 +156,43 @@ class SolidGlyphMaker {
     }
 
     void addPart(size_t part, SolidLetters& letters) {
-        const size_t first = letters.letters.corners.size(), firstColored = letters.colored.corners.size();
+        const Layers ends(letters);
         std::vector<LetterVertex> faces;
-        for (size_t i = 0; i < text_.placements().size(); ++i) {
-            if (parts_.ofPlacement[i] != part) continue;
-            const GlyphPlacement& placement = text_.placements()[i];
-            const Shape& shape = shapes_[placement.glyph];
-            const size_t count =
-                letters.letters.corners.size() + faces.size() + letters.colored.corners.size();
-            if (shape.isLeftOut || count + shape.vertices(isBevelled_ ? profile_.size() : 0) > maxVertices) {
-                letters.leftOut.push_back(text_.letterAt(placement));
+        for (const Group& group : groups_) {
+            if (partOf(group) != part) continue;
+            const Shape& shape = shapes_.at(formOf(group));
+            count_ += shape.vertices(isBevelled_ ? profile_.size() : 0);
+            if (shape.isLeftOut || count_ > maxVertices) {
+                for (const GlyphPlacement& letter : group) letters.leftOut.push_back(text_.letterAt(letter));
                 continue;
             }
-            for (const Rim& rim : shape.rims) addRim(rim, placement, letters.letters.corners);
-            addFaces(shape, placement, shape.picture ? letters.colored.corners : faces);
+            for (const Rim& rim : shape.rims) addRim(rim, group[0], letters);
+            addFaces(shape, group[0],
+                     shape.picture  ? letters.colored.corners
+                     : frontsApart_ ? letters.fronts.corners
+                                    : faces);
         }
         letters.letters.corners.insert(letters.letters.corners.end(), faces.begin(), faces.end());
-        const auto addPiece = [&](LetterLayer& layer, size_t from) {
-            if (layer.corners.size() > from)
-                layer.pieces.push_back({part, from, layer.corners.size() - from});
-        };
-        addPiece(letters.letters, first);
-        addPiece(letters.colored, firstColored);
+        ends.addPieces(part, letters);
     }
 
-    void addRim(const Rim& rim, const GlyphPlacement& place, std::vector<LetterVertex>& corners) const {
+    size_t partOf(const Group& group) const {
+        return parts_.ofPlacement[size_t(&group[0] - text_.placements().data())];
+    }
+
+    void addRim(const Rim& rim, const GlyphPlacement& place, SolidLetters& letters) const {
         const double below = isBevelled_ ? bevelDepth_ : 0;
         const RimLine side{0, 1, 1, 0};
-        addBand(rim, place, {side, below - half_, sideColor}, {side, half_ - below, sideColor}, corners);
+        addBand(rim, place, {side, below - half_, sideColor}, {side, half_ - below, sideColor},
+                sidesApart_ ? letters.sides.corners : letters.letters.corners, sidesApart_);
         if (!isBevelled_) return;
         for (size_t i = 0; i + 1 < profile_.size(); ++i) {
             const auto at = [&](size_t line, double front) {
                 return BandEdge{profile_[line], front * (half_ - profile_[line].below * bevelDepth_),
                                 bevelColor, front};
             };
-            addBand(rim, place, at(i, 1), at(i + 1, 1), corners);
-            addBand(rim, place, at(i + 1, -1), at(i, -1), corners);
+            addBand(rim, place, at(i, 1), at(i + 1, 1), letters.letters.corners);
+            addBand(rim, place, at(i + 1, -1), at(i, -1), letters.letters.corners);
         }
     }
 
@@ -156,9 +203,10 @@ class SolidGlyphMaker {
         double front = 1;  ///< 1 or -1: to which side the cut looks
     };
 
-    /// Between two lines along a rim, the first one behind the other.
+    /// Between two lines along a rim, the first one behind the other. `unrolled`: with coordinates along it.
     void addBand(const Rim& rim, const GlyphPlacement& place, const BandEdge& back, const BandEdge& front,
-                 std::vector<LetterVertex>& corners) const {
+                 std::vector<LetterVertex>& corners, bool unrolled = false) const {
+        const std::vector<double> shares = unrolled ? sharesAlong(rim) : std::vector<double>();
         for (size_t i = 0; i < rim.corners.size(); ++i) {
             const auto corner = [&](size_t end, const BandEdge& edge) {
                 const size_t at = end == 0 ? i : i + 1 == rim.corners.size() ? 0 : i + 1;
@@ -174,12 +222,25 @@ class SolidGlyphMaker {
                     float(out[0] * outShare),
                     float(out[1] * outShare),
                     float(length > 0 ? edge.front * normalFront / length : 0),
-                    edge.color,
-                    0.5f};
+                    unrolled ? float(shares[i + end]) : edge.color,
+                    !unrolled         ? 0.5f
+                    : &edge == &front ? 0.0f
+                                      : 1.0f};
             };
             const LetterVertex from = corner(0, back), to = corner(1, back), above = corner(1, front);
             corners.insert(corners.end(), {from, to, above, from, above, corner(0, front)});
         }
+    }
+
+    /// Of each corner and, once more, of the first: 0 to 1.
+    static std::vector<double> sharesAlong(const Rim& rim) {
+        std::vector<double> lengths{0};
+        for (size_t i = 0; i < rim.corners.size(); ++i) {
+            const OutlinePoint &from = rim.corners[i], &to = rim.corners[(i + 1) % rim.corners.size()];
+            lengths.push_back(lengths.back() + std::hypot(to[0] - from[0], to[1] - from[1]));
+        }
+        for (double& length : lengths) length /= std::max(lengths.back(), 1e-9);
+        return lengths;
     }
 
     void addFaces(const Shape& shape, const GlyphPlacement& place, std::vector<LetterVertex>& corners) const {
@@ -192,6 +253,10 @@ class SolidGlyphMaker {
                                 float(side),
                                 frontColor,
                                 0.5f};
+            if (frontsApart_) {
+                vertex.u = float((place.x + at[0]) / std::max(text_.size().width, 1e-9) + 0.5);
+                vertex.v = float(0.5 - (place.y + at[1]) / std::max(text_.size().height, 1e-9));
+            }
             if (shape.picture) {
                 vertex.u = float(((*shape.picture)[0] + at[0]) / GlyphAtlas::width);
                 vertex.v = float(((*shape.picture)[1] - at[1]) / atlas_.bitmap().height);
@@ -210,8 +275,12 @@ class SolidGlyphMaker {
     double half_, bevelDepth_;
     bool isBevelled_;
     std::vector<RimLine> profile_;
+    double bevelWidth_;
+    bool frontsApart_, sidesApart_;
+    std::vector<Group> groups_;
     GlyphAtlas atlas_;
-    std::vector<Shape> shapes_;
+    std::map<LetterForm, Shape> shapes_;
+    size_t count_ = 0;
 };
 
 }  // namespace
