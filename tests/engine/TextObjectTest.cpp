@@ -266,6 +266,26 @@ TEST_F(TextObjectTest, SolidLettersShowTheirSidesAndTakeLight) {
     EXPECT_TRUE(isNear(at(37, 32), kRed)) << "no wider than it is to be";
 
     newScene();
+    const auto shows = [&](const char* name, const std::vector<Pixel>& pixels, int columns) {
+        return dictionary({{"textureType", "image"}, {"texture", Value(picture(name, pixels, columns))}});
+    };
+    cut["FrontTextureInfo"] = shows("front.png", {kGreen, kGreen, kWhite, kWhite}, 2);
+    cut["SideTextureInfo"] = shows("side.png", {kBlue, kRed}, 1);
+    add(cut);
+    draw(0, kBlack);
+    EXPECT_TRUE(isNear(at(32, 22), kGreen)) << "the upper half of the picture";
+    EXPECT_TRUE(isNear(at(32, 43), kWhite));
+    EXPECT_TRUE(isNear(at(41, 32), kBlue)) << "the cut edge keeps its colour";
+    newScene();
+    cut["TransformArray"] = turned("0,1.5708,0");
+    letters.erase("bevelWidth");
+    cut["TextureFontInfo"] = Value(letters);
+    add(cut);
+    draw(0, kBlack);
+    EXPECT_TRUE(isNear(at(38, 32), kBlue)) << "the front's side of it";
+    EXPECT_TRUE(isNear(at(26, 32), kRed));
+
+    newScene();
     info.erase("sideColor");
     info["TransformArray"] = turned("0,0.7854,0");
     info["FpsInfo"] = dictionary({{"isLightEnable", true}});

@@ -5,8 +5,10 @@
 
 #include "3DObject/FTGLTextObject/LetterSettings.h"
 #include "3DObject/MeshObject3D/SceneLight.h"
+#include "core/Material/TextureInfoKeys.h"
 #include "dataMode/TextSettings.h"
 #include "format/NodeTypes.h"
+#include "other/QVMultiSceneRenderShareSettings.h"
 
 namespace multiscene {
 
@@ -55,6 +57,15 @@ static constexpr Key font3DKeyList[] = {
     {.name = "sideColor",
      .type = KeyType::Color,
      .meaning = "colour of the letters' sides; none: a darker \"textColor\", when lit the same"},
+    {.name = "FrontTextureInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "a picture over the fronts of all letters together, as large as the block of their lines; of "
+                "\"textColor\" only the alpha counts then",
+     .children = &textureInfoKeys},
+    {.name = "SideTextureInfo",
+     .type = KeyType::Dictionary,
+     .meaning = "a picture around the sides, once around each outline, its upper edge at the front",
+     .children = &textureInfoKeys},
 };
 constexpr KeyTable font3DKeys{"QVGLFont3DExtrudeFontObject3D", "Letters with a depth, lit by the lights.",
                               &fontObjectKeys, font3DKeyList};
@@ -85,8 +96,36 @@ void QVGLFont3DExtrudeFontObject3D::rendInfoWithDic(const platform::Value& info)
              .bevelWidth = number("bevelWidth"),
              .bevelDepth = number(bevel.has("bevelDepth") ? "bevelDepth" : "bevelWidth"),
              .bevelSteps = static_cast<int>(number("bevelSteps"))};
+    front_ = FaceTexture(reader.value("FrontTextureInfo"));
+    side_ = FaceTexture(reader.value("SideTextureInfo"));
+    look_.frontsApart = front_.isGiven();
+    look_.sidesApart = side_.isGiven();
     sideColor_ = colorOf(reader, "sideColor");
     bevelColor_ = colorOf(bevel, "bevelColor");
+}
+
+void QVGLFont3DExtrudeFontObject3D::updateDue(const Tick& tick) {
+    QVGLFontTextObjectBase::updateDue(tick);
+    for (FaceTexture* face : {&front_, &side_}) {
+        if (tick.isNew && tick.frame == sartFps()) loadFace(*face);
+        face->update(tick.frame);
+    }
+}
+
+void QVGLFont3DExtrudeFontObject3D::completeDue(const Tick& tick) {
+    QVGLFontTextObjectBase::completeDue(tick);
+    if (tick.frame != endFps()) return;
+    front_.drop();
+    side_.drop();
+}
+
+void QVGLFont3DExtrudeFontObject3D::loadFace(FaceTexture& face) {
+    face.load({.scene = scene(),
+               .object3D = this,
+               .textureObjectPath = settings().computeFilePathUserMap(
+                   textureNameOf(face.info()), sceneIdentifier(), sceneResourceFolderPath()),
+               .textureSerialStartFps = sartFps(),
+               .textureSerialEndFps = endFps()});
 }
 
 QVGLFont3DExtrudeFontObject3D::Made QVGLFont3DExtrudeFontObject3D::makeLetters(
@@ -94,12 +133,14 @@ QVGLFont3DExtrudeFontObject3D::Made QVGLFont3DExtrudeFontObject3D::makeLetters(
     platform::SolidLetters letters = platform::solidLetters(text, look_);
     if (!letters.atlas.isEmpty()) atlas_.setPicture(std::move(letters.atlas));
     letters_ = DrawnLetters::of(letters.letters);
+    fronts_ = DrawnLetters::of(letters.fronts);
+    sides_ = DrawnLetters::of(letters.sides);
     colored_ = DrawnLetters::of(letters.colored);
     return {letters.block, std::move(letters.parts), std::move(letters.leftOut)};
 }
 
 void QVGLFont3DExtrudeFontObject3D::dropLetters() {
-    letters_ = colored_ = {};
+    letters_ = fronts_ = sides_ = colored_ = {};
     colors_.clear();
     atlas_.clear();
     filled_.reset();
@@ -128,12 +169,19 @@ void QVGLFont3DExtrudeFontObject3D::fillColors() {
 
 void QVGLFont3DExtrudeFontObject3D::drawLetters(Painter& painter) {
     fillColors();
+    drawFace(painter, side_, sides_, sideColor_ ? sideColor_->alpha * renderAlpha() : shownColor().a);
     drawFaces(painter, colors_, letters_, 1);
+    drawFace(painter, front_, fronts_, shownColor().a);
     drawFaces(painter, atlas_, colored_, shownColor().a);
 }
 
+void QVGLFont3DExtrudeFontObject3D::drawFace(Painter& painter, const FaceTexture& face,
+                                             const DrawnLetters& letters, float opacity) {
+    if (Texture* texture = face.texture()) drawFaces(painter, *texture, letters, opacity, face.matrix());
+}
+
 void QVGLFont3DExtrudeFontObject3D::drawFaces(Painter& painter, Texture& texture, const DrawnLetters& letters,
-                                              float opacity) {
+                                              float opacity, const glm::mat4& textureMatrix) {
     forEachRun(letters, [&](std::span<const MeshVertex> corners, const LetterPose& pose) {
         const glm::mat4 place = placed(pose);
         MeshDraw mesh{.outside = corners,
@@ -144,6 +192,7 @@ void QVGLFont3DExtrudeFontObject3D::drawFaces(Painter& painter, Texture& texture
                       .uniforms = {{"fade", 1 - opacity * pose.opacity}},
                       .texture = &texture,
                       .mvpMatrix = projTransform() * place,
+                      .textureMatrix = textureMatrix,
                       .alphaIsOpacity = true,
                       .state = {}};
         addSceneLight(mesh, *this, place);

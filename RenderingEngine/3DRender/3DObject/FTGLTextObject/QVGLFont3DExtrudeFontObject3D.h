@@ -3,6 +3,7 @@
 #include <array>
 #include <optional>
 
+#include "3DObject/FTGLTextObject/FaceTexture.h"
 #include "3DObject/FTGLTextObject/QVGLFontTextObjectBase.h"
 #include "core/GLESUtils/Texture.h"
 
@@ -19,6 +20,8 @@ class QVGLFont3DExtrudeFontObject3D : public QVGLFontTextObjectBase {
     float textDepth() const { return look_.depth; }  ///< model units
 
   protected:
+    void updateDue(const Tick& tick) override;
+    void completeDue(const Tick& tick) override;
     Made makeLetters(const platform::LetterText& text) override;
     void drawLetters(Painter& painter) override;
     void dropLetters() override;
@@ -29,11 +32,15 @@ class QVGLFont3DExtrudeFontObject3D : public QVGLFontTextObjectBase {
 
     glm::vec4 shown(const std::optional<platform::Color>& color, float unlit) const;
     void fillColors();
-    void drawFaces(Painter& painter, Texture& texture, const DrawnLetters& letters, float opacity);
+    void loadFace(FaceTexture& face);
+    void drawFace(Painter& painter, const FaceTexture& face, const DrawnLetters& letters, float opacity);
+    void drawFaces(Painter& painter, Texture& texture, const DrawnLetters& letters, float opacity,
+                   const glm::mat4& textureMatrix = glm::mat4(1));
 
     platform::SolidLook look_;
     std::optional<platform::Color> sideColor_, bevelColor_;
-    DrawnLetters letters_, colored_;
+    FaceTexture front_, side_;
+    DrawnLetters letters_, fronts_, sides_, colored_;
     std::optional<Colors> filled_;
     Texture colors_;  ///< the same, a texel each
     Texture atlas_;   ///< the faces of emoji
