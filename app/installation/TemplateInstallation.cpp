@@ -9,6 +9,7 @@
 #include "app/template/TemplateArchive.h"
 #include "other/QVUtil.h"
 #include "platform/archive/ZipArchive.h"
+#include "platform/base/CurrentError.h"
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
 #include "platform/base/Log.h"
@@ -250,12 +251,24 @@ void TemplateInstallation::change(const std::string& newIdentity,
             syncFolder(QVUtil::scenePath());
         });
     } catch (...) {
-        recoverThis();  // the old folder may be in the staging place: nothing else may clear that
+        undo(platform::currentError());
         throw;
     }
     step("committed");
     tidyUp();
     step("finished");
+}
+
+/// The old folder may be in the staging place: nothing else may clear that.
+void TemplateInstallation::undo(const Error& failure) {
+    try {
+        recoverThis();
+    } catch (const Error&) {
+        throw UnsettledChange(
+            failure.kind(),
+            failure.message() + "; what became of " + name_ + " is settled when the program is started again",
+            failure.file(), failure.key());
+    }
 }
 
 void TemplateInstallation::announce(const std::string& newIdentity) {

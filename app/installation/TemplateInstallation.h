@@ -26,6 +26,13 @@ struct InstallResult {
     std::string remark;         ///< why nothing was installed
 };
 
+/// A change that could be neither made nor undone, as when a disk fails for good in the midst of it. Which of
+/// the two it is turns out when recover() succeeds; the template is whole then in either case.
+class UnsettledChange : public platform::Error {
+  public:
+    using Error::Error;
+};
+
 struct InstallOptions {
     bool replace = false;  ///< an installed template of the same name makes way
     platform::ZipLimits limits = {};
@@ -87,6 +94,7 @@ class TemplateInstallation {
     bool hasOwnFile() const;
     void moveIn(const TemplateFolder& folder, const std::string& digest);
     void change(const std::string& newIdentity, const std::function<void(platform::Database&)>& changeRows);
+    void undo(const platform::Error& failure);
     void announce(const std::string& newIdentity);
     void tidyUp();
 
