@@ -34,7 +34,7 @@ class Console : public JobObserver {
     /// What the program is doing now, a line of its own.
     void status(const std::string& text);
     /// Bytes of a download, `total` is 0 when the server does not say; `seconds` since it began.
-    void downloadProgress(uint64_t received, uint64_t total, double seconds);
+    virtual void downloadProgress(uint64_t received, uint64_t total, double seconds);
 
     void jobProgress(const JobProgress& progress) override;
     void jobFinding(const Finding& finding) override;

@@ -1,15 +1,11 @@
-// A command whose work reads foreign files or compiles foreign shaders: it is done by a worker behind the
-// fence.
+// A command whose work is one piece, done by one worker behind the fence.
 #pragma once
 
 #include <filesystem>
 #include <functional>
-#include <memory>
-#include <optional>
 
-#include "app/job/JobFolder.h"
 #include "cli/Command.h"
-#include "platform/fence/Landlock.h"
+#include "cli/FencedWork.h"
 
 namespace multiscene::cli {
 
@@ -18,13 +14,6 @@ namespace multiscene::cli {
 /// back.
 class FencedCommand : public Command {
   public:
-    struct Errand {
-        std::string source;     ///< named when the worker ends before it has opened anything
-        platform::Reach reach;  ///< what the user named on the command line
-        /// An installed template may be meant: what a killed installation left is put right first.
-        bool usesCatalogue = false;
-    };
-
     int execute(Console& console, const JobSettings& settings) final;
 
   protected:
@@ -35,15 +24,15 @@ class FencedCommand : public Command {
     virtual Errand prepare(const std::filesystem::path& folder) = 0;
     /// In the worker: the work. `publish` has the program call publish(), and throws what that throws.
     virtual int work(Console& console, std::stop_token stop, const std::function<void()>& publish) = 0;
-    /// In the program: the results, which lie in the folder, take the places that the user named. The worker
-    /// has made them: they may be anything. Throws platform::Error.
+    /// In the program, once: the results, which lie in the folder, take the places that the user named. The
+    /// worker has made them: they may be anything. Throws platform::Error.
     virtual void publish() {}
 
+    /// Of the program, while prepare() waits for something.
+    bool isCancelled() const { return fenced_ && fenced_->isCancelled(); }
+
   private:
-    std::unique_ptr<JobFolder> jobFolder() const;
-    int runUnfenced(Console& console);
-    int runFenced(Console& console, const JobSettings& settings, int signals,
-                  const std::filesystem::path& folder, const Errand& errand);
+    const FencedWork* fenced_ = nullptr;
 };
 
 }  // namespace multiscene::cli

@@ -11,6 +11,8 @@ class RelayedConsole : public Console {
     RelayedConsole(bool isJson, platform::Channel& channel) : Console(isJson), channel_(channel) {}
 
     void write(const std::string& text) override;
+    void downloadProgress(uint64_t received, uint64_t total, double seconds) override;
+    void jobPlanned(int64_t frames, int64_t pixels) override;
     void jobProgress(const JobProgress& progress) override;
 
   private:

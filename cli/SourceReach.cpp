@@ -1,6 +1,5 @@
 #include "cli/SourceReach.h"
 
-#include "app/data/QVDataManager.h"
 #include "platform/base/File.h"
 #include "platform/base/Json.h"
 
@@ -12,8 +11,6 @@ using platform::Value;
 namespace {
 
 constexpr uint64_t kMostMediaBytes = uint64_t{1} << 20;
-
-bool hasCatalogue() { return platform::isThere(QVDataManager::databasePath()); }
 
 /// The user's own list, read here because only the user says which files are inputs. What is wrong with it is
 /// told by the job.
@@ -33,20 +30,18 @@ void addListed(const fs::path& mediaFile, std::vector<fs::path>& paths) {
 
 }  // namespace
 
-FencedCommand::Errand errandOf(const std::string& source) {
-    FencedCommand::Errand errand;
+Errand errandOf(const std::string& source) {
+    Errand errand;
     errand.source = source;
     const fs::path path(source);
     const bool isSceneFile = path.extension() == ".plist" && platform::isFile(path);
     if (platform::isThere(path))
         errand.reach.read.push_back(isSceneFile ? fs::absolute(path).parent_path() : path);
-    errand.usesCatalogue = source.find('/') == std::string::npos && hasCatalogue();
     return errand;
 }
 
-FencedCommand::Errand errandOf(const RenderRequest& request) {
-    FencedCommand::Errand errand = errandOf(request.source);
-    errand.usesCatalogue = errand.usesCatalogue || (request.isSceneGroupFile && hasCatalogue());
+Errand errandOf(const RenderRequest& request) {
+    Errand errand = errandOf(request.source);
     std::vector<fs::path>& paths = errand.reach.read;
     for (const auto* given : {&request.inputs.photos, &request.inputs.videos})
         for (const JobInputs::Given& each : *given) paths.emplace_back(each.value);

@@ -1,6 +1,9 @@
 #include <filesystem>
+#include <optional>
 
+#include "app/job/OutputFile.h"
 #include "cli/Commands.h"
+#include "cli/FencedCommand.h"
 #include "format/TrackFile.h"
 #include "platform/base/File.h"
 
@@ -10,7 +13,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-class TemplateEncryptTrackCommand : public Command {
+class TemplateEncryptTrackCommand : public FencedCommand {
   public:
     void declare(Arguments& arguments) override {
         arguments.word("TRACK.xml", "A plain corner-pin track",
@@ -21,11 +24,22 @@ class TemplateEncryptTrackCommand : public Command {
         arguments.example("multiscene template encrypt-track sign.xml -o my-template/track/sign.xml");
     }
 
-    int run(Console& console, std::stop_token) override {
+  protected:
+    Errand prepare(const fs::path& folder) override {
+        output_.emplace(stored_);
+        encrypted_ = folder / "track";
+        Errand errand{plain_.string(), {}, {}};
+        errand.reach.read.push_back(plain_);
+        return errand;
+    }
+
+    int work(Console& console, std::stop_token, const std::function<void()>& publish) override {
         const auto plain = platform::readFile(plain_, TrackFile::maxBytes, platform::ErrorKind::Input);
         const auto stored = TrackFile::encryptedAES256DataUsingDefaultKey(plain, plain_.string());
-        platform::writeFileAtomically(stored_, {reinterpret_cast<const char*>(stored.data()), stored.size()});
+        platform::writeFileAtomically(encrypted_,
+                                      {reinterpret_cast<const char*>(stored.data()), stored.size()});
         const auto frames = static_cast<int64_t>(TrackFile::frames(plain).size());
+        publish();
         if (console.isJson())
             console.event("done", {{"output", stored_.string()}, {"frames", frames}});
         else
@@ -34,8 +48,11 @@ class TemplateEncryptTrackCommand : public Command {
         return 0;
     }
 
+    void publish() override { output_->publish(encrypted_); }
+
   private:
-    fs::path plain_, stored_;
+    fs::path plain_, stored_, encrypted_;
+    std::optional<OutputFile> output_;
 };
 
 }  // namespace

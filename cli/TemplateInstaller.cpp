@@ -1,14 +1,18 @@
 #include "cli/TemplateInstaller.h"
 
-#include <filesystem>
-
+#include "app/language/Strings.h"
+#include "app/server/UrlText.h"
 #include "app/template/SceneJudge.h"
+#include "cli/CatalogueCommand.h"
+#include "cli/ToldTemplate.h"
+#include "platform/base/Activity.h"
 #include "platform/base/Clock.h"
-#include "platform/base/DispatchQueue.h"
+#include "platform/fence/Sandbox.h"
+#include "platform/net/HttpDownload.h"
 
 namespace multiscene::cli {
 
-using platform::DispatchQueue;
+namespace fs = std::filesystem;
 using platform::Error;
 using platform::ErrorKind;
 using platform::Value;
@@ -34,71 +38,118 @@ OutcomeText textOf(InstallOutcome outcome) {
     }
 }
 
-/// What the installation says while it runs. Its failure is reported as the command's own.
-class ConsoleDisplay : public SceneInstallDisplay {
-  public:
-    explicit ConsoleDisplay(Console& console) : console_(console) {}
-    void showInfo(const std::string& text) override { console_.status(text); }
+/// An archive that was downloaded lies where no user knows it.
+Error withPlace(const Error& failure, const fs::path& file, const std::string& url) {
+    if (failure.file() != file.string()) return failure;
+    return Error(failure.kind(), failure.message(), url, failure.key());
+}
 
-  private:
-    Console& console_;
-};
+Error askingForUpdate(const Error& failure, const std::string& url) {
+    if (failure.file() != url || failure.kind() != ErrorKind::Failed) return failure;
+    return Error(ErrorKind::Failed,
+                 failure.message() + " (the list of templates may be old: multiscene templates update)", url);
+}
 
 }  // namespace
 
-InstallOptions TemplateInstaller::options() const {
+InstallOptions TemplateInstaller::options(const Workplace& place,
+                                          std::optional<int64_t> offeredNumber) const {
     InstallOptions options;
     options.replace = replaces_;
-    options.judge = requirePlayableScenes;
-    options.isCancelled = [stop = stop_] { return stop.stop_requested(); };
-    options.onReceived = [&console = console_, start = platform::monotonicSeconds()](uint64_t received,
-                                                                                     uint64_t total) {
-        const double seconds = platform::monotonicSeconds() - start;
-        DispatchQueue::main().async([=, &console] { console.downloadProgress(received, total, seconds); });
+    options.offeredNumber = offeredNumber;
+    options.judge = [](const TemplateFolder& folder) {
+        platform::activity::stage("judging the template", ErrorKind::Template);
+        requirePlayableScenes(folder);
     };
+    options.isCancelled = [stop = place.stop] { return stop.stop_requested(); };
+    options.onStep = [](const char*) { platform::activity::sign(); };
     return options;
 }
 
-template <typename Start>
-InstallReport TemplateInstaller::run(Start start) const {
-    const auto display = std::make_shared<ConsoleDisplay>(console_);
-    std::optional<InstallReport> report;
-    QVSceneInstallManager manager(catalogue_);
-    manager.setDisplay(display);
-    start(manager, [&](const InstallReport& ending) { report = ending; });
-    DispatchQueue::main().pumpUntil([&] { return report.has_value(); });
-    return *report;
+void TemplateInstaller::fromArchive(const fs::path& zip, const std::string& event) {
+    install(zip, std::nullopt, event);
 }
 
-InstallReport TemplateInstaller::fromArchive(const std::string& zip) const {
-    return run([&](QVSceneInstallManager& manager, const QVSceneInstallManager::Completion& completion) {
-        manager.installSceneWithZipPath(zip, std::filesystem::path(zip).stem().string(), options(),
-                                        completion);
+void TemplateInstaller::fromUrl(const std::string& url, std::optional<int64_t> offeredNumber,
+                                const std::string& event) {
+    const std::string name = templateNameOfUrl(url);
+    if (!isTemplateName(name)) throw Error(ErrorKind::Template, "is no name that a template can have", name);
+    fs::path file;
+    try {
+        file = downloaded(url, name);
+    } catch (const Error& failure) {
+        if (!offeredNumber) throw;
+        throw askingForUpdate(failure, url);
+    }
+    try {
+        install(file, offeredNumber, event);
+    } catch (const Error& failure) {
+        throw withPlace(failure, file, url);
+    }
+}
+
+fs::path TemplateInstaller::downloaded(const std::string& url, const std::string& name) {
+    const fs::path file = job_.file(name + ".zip");
+    const Errand errand{url, platform::reachOfNetwork(), job_.path()};
+    fenced_.run(errand, [&](Workplace& place) {
+        platform::activity::stage("downloading");
+        platform::HttpDownloadOptions transfer;
+        transfer.maxBytes = InstallOptions().limits.maxArchiveBytes;
+        transfer.isCancelled = [&place] { return place.stop.stop_requested(); };
+        transfer.progress = [&place, start = platform::monotonicSeconds()](uint64_t received,
+                                                                           uint64_t total) {
+            place.console.downloadProgress(received, total, platform::monotonicSeconds() - start);
+        };
+        platform::downloadToFile(url, file, transfer);
+        return 0;
     });
+    return file;
 }
 
-InstallReport TemplateInstaller::fromUrl(const std::string& url, std::optional<int64_t> offeredNumber) const {
-    InstallOptions wanted = options();
-    wanted.offeredNumber = offeredNumber;
-    InstallReport report =
-        run([&](QVSceneInstallManager& manager, const QVSceneInstallManager::Completion& completion) {
-            manager.installSceneZipWithUrl(url, wanted, completion);
-        });
-    if (offeredNumber && report.failure && report.failure->file() == url &&
-        report.failure->kind() == ErrorKind::Failed)
-        report.failure = Error(
-            ErrorKind::Failed,
-            report.failure->message() + " (the list of templates may be old: multiscene templates update)",
-            url);
-    return report;
+void TemplateInstaller::install(const fs::path& zip, std::optional<int64_t> offeredNumber,
+                                const std::string& event) {
+    const std::string name = zip.stem().string();
+    const fs::path unpacked = job_.file("unpacked");
+    ToldTemplate told(name, unpacked / name);
+    Errand errand{zip.string(), {}, job_.path()};
+    errand.reach.read.push_back(zip);
+    fenced_.run(
+        errand,
+        [&](Workplace& place) {
+            place.console.status(localizedString("Template installation ing"));
+            platform::activity::stage("unpacking", ErrorKind::Template);
+            platform::activity::reading(zip.string(), ErrorKind::Template);
+            const UnpackedTemplate found =
+                TemplateInstallation::unpack(zip, name, unpacked, options(place, offeredNumber));
+            if (!found.folder) throw Error(ErrorKind::Template, found.remark, zip.string());
+            tellRecords(*found.folder, place);
+            return 0;
+        },
+        [&](const std::vector<std::string>& request) { told.hear(request); });
+    const TemplateFolder& folder = told.folder();
+    errand.changesCatalogue = true;
+    fenced_.run(
+        errand,
+        [&](Workplace& place) {
+            platform::activity::stage("installing");
+            const auto catalogue = openCatalogue();
+            TemplateInstallation installation(*catalogue, name, options(place, offeredNumber));
+            const InstallResult result = installation.takeIn(folder, zip);
+            place.ask({"installed"});
+            tell(place.console, result, event);
+            return 0;
+        },
+        [&](const std::vector<std::string>&) { fenced_.commit(); });
+    std::error_code ignored;
+    fs::remove_all(unpacked, ignored);
 }
 
-void TemplateInstaller::tell(const InstallResult& result, const std::string& name) const {
+void TemplateInstaller::tell(Console& console, const InstallResult& result, const std::string& event) {
     const OutcomeText text = textOf(result.outcome);
-    if (!console_.isJson())
-        return console_.status(text.before + result.name + " (" + std::to_string(result.sIds.front()) + ")" +
-                               text.after);
-    console_.event(name, {{"outcome", text.word},
+    if (!console.isJson())
+        return console.status(text.before + result.name + " (" + std::to_string(result.sIds.front()) + ")" +
+                              text.after);
+    console.event(event, {{"outcome", text.word},
                           {"installed", text.isInstalled},
                           {"name", result.name},
                           {"ids", Value::Array(result.sIds.begin(), result.sIds.end())}});

@@ -1,37 +1,40 @@
-// Installing templates on the console's behalf: progress is shown, the main queue is pumped.
+// Installing templates on the console's behalf, each step in a process that reaches no more than it needs.
 #pragma once
 
+#include <filesystem>
 #include <optional>
-#include <stop_token>
 #include <string>
 
-#include "app/Other/QVSceneInstallManager.h"
-#include "cli/Console.h"
+#include "app/installation/TemplateInstallation.h"
+#include "app/job/JobFolder.h"
+#include "cli/FencedWork.h"
 
 namespace multiscene::cli {
 
+/// One worker downloads and reads nothing of what it gets; one unpacks and judges, and writes in the job's
+/// folder alone; one changes the catalogue and reads nothing that a template has written.
 class TemplateInstaller {
   public:
-    /// With `replaces` an installed template of the same name makes way. The console outlives it.
-    TemplateInstaller(Console& console, std::shared_ptr<QVDataManager> catalogue, std::stop_token stop,
-                      bool replaces)
-        : console_(console), catalogue_(std::move(catalogue)), stop_(std::move(stop)), replaces_(replaces) {}
+    /// With `replaces` an installed template of the same name makes way. All three outlive it.
+    TemplateInstaller(FencedWork& fenced, const JobFolder& job, bool replaces)
+        : fenced_(fenced), job_(job), replaces_(replaces) {}
 
-    InstallReport fromArchive(const std::string& zip) const;
+    /// Both say what came of it as the event `event`, and throw platform::Error when nothing was installed.
+    void fromArchive(const std::filesystem::path& zip, const std::string& event);
     /// `offeredNumber` is that of the server's list. A failed download tells that the list may be old.
-    InstallReport fromUrl(const std::string& url, std::optional<int64_t> offeredNumber = {}) const;
+    void fromUrl(const std::string& url, std::optional<int64_t> offeredNumber, const std::string& event);
 
-    /// Says what was installed, or that it is installed already: a line, or the event `name` with --json.
-    void tell(const InstallResult& result, const std::string& name) const;
+    /// Says what was installed, or that it is installed already: a line, or the event with --json.
+    static void tell(Console& console, const InstallResult& result, const std::string& event);
 
   private:
-    InstallOptions options() const;
-    template <typename Start>
-    InstallReport run(Start start) const;
+    void install(const std::filesystem::path& zip, std::optional<int64_t> offeredNumber,
+                 const std::string& event);
+    InstallOptions options(const Workplace& place, std::optional<int64_t> offeredNumber) const;
+    std::filesystem::path downloaded(const std::string& url, const std::string& name);
 
-    Console& console_;
-    std::shared_ptr<QVDataManager> catalogue_;
-    std::stop_token stop_;
+    FencedWork& fenced_;
+    const JobFolder& job_;
     bool replaces_;
 };
 

@@ -5,6 +5,7 @@
 #include "app/author/NewTemplate.h"
 #include "cli/CatalogueCommand.h"
 #include "cli/Commands.h"
+#include "cli/FencedWork.h"
 #include "platform/base/Error.h"
 
 namespace multiscene::cli {
@@ -32,11 +33,11 @@ class TemplateNewCommand : public Command {
         arguments.example("multiscene template new birthday");
     }
 
-    int run(Console& console, std::stop_token) override {
+    int execute(Console& console, const JobSettings& settings) override {
         const std::filesystem::path folder =
             std::filesystem::absolute(path_ / "").lexically_normal().parent_path();
         const std::string name = folder.filename().string();
-        const int64_t sId = sId_ ? *sId_ : unusedSceneNumber(*openCatalogue(), name);
+        const int64_t sId = sId_ ? *sId_ : unusedNumber(console, settings, name);
         const std::string made = makeNewTemplate(folder.parent_path(), name, sId).string();
         if (console.isJson())
             console.event("done", {{"folder", made}, {"name", name}, {"id", sId}});
@@ -46,6 +47,21 @@ class TemplateNewCommand : public Command {
     }
 
   private:
+    /// The program itself reads nothing that templates have written, names of installed ones included.
+    static int64_t unusedNumber(Console& console, const JobSettings& settings, const std::string& name) {
+        FencedWork fenced(console, settings);
+        int64_t number = 0;
+        fenced.run(
+            {name, {}, {}},
+            [&](Workplace& place) {
+                QVDataManager catalogue;
+                place.ask({std::to_string(unusedSceneNumber(catalogue, name))});
+                return 0;
+            },
+            [&](const std::vector<std::string>& told) { number = sceneNumberOf(told.front()); });
+        return number;
+    }
+
     std::filesystem::path path_;
     std::optional<int64_t> sId_;
 };

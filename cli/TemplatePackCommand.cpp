@@ -1,8 +1,11 @@
 #include <filesystem>
+#include <optional>
 
 #include "app/author/TemplatePacking.h"
+#include "app/job/OutputFile.h"
 #include "cli/AuthorCommand.h"
 #include "cli/Commands.h"
+#include "cli/FencedCommand.h"
 #include "cli/Table.h"
 #include "platform/base/Error.h"
 
@@ -16,7 +19,7 @@ namespace {
 
 constexpr double kBytesPerMegabyte = 1024.0 * 1024.0;
 
-class TemplatePackCommand : public Command {
+class TemplatePackCommand : public FencedCommand {
   public:
     void declare(Arguments& arguments) override {
         arguments.word("DIR", "The template's folder", [this](const std::string& value) { folder_ = value; });
@@ -25,25 +28,38 @@ class TemplatePackCommand : public Command {
         arguments.example("multiscene template pack templates/minimal");
     }
 
-    int run(Console& console, std::stop_token) override {
-        const fs::path folder = (fs::absolute(folder_) / "").lexically_normal().parent_path();
+  protected:
+    Errand prepare(const fs::path& folder) override {
+        folder_ = (fs::absolute(folder_) / "").lexically_normal().parent_path();
         const fs::path archive =
-            fs::absolute(archive_.empty() ? fs::path(folder.filename().string() + ".zip") : archive_);
-        if (*archive.lexically_normal().lexically_relative(folder).begin() != "..")
+            fs::absolute(archive_.empty() ? fs::path(folder_.filename().string() + ".zip") : archive_);
+        if (*archive.lexically_normal().lexically_relative(folder_).begin() != "..")
             throw Error(ErrorKind::Usage, "the archive would lie in the template; name another place with -o",
                         archive.string());
+        output_.emplace(archive);
+        packed_ = folder / "packed.zip";
+        Errand errand{folder_.string(), {}, {}};
+        errand.reach.read.push_back(folder_);
+        return errand;
+    }
+
+    int work(Console& console, std::stop_token, const std::function<void()>& publish) override {
         const auto bytes =
-            static_cast<int64_t>(packTemplate(folder, archive, judgeAloud(console, "nothing was packed")));
+            static_cast<int64_t>(packTemplate(folder_, packed_, judgeAloud(console, "nothing was packed")));
+        publish();
         if (console.isJson())
-            console.event("done", {{"output", archive.string()}, {"bytes", bytes}});
+            console.event("done", {{"output", output_->path().string()}, {"bytes", bytes}});
         else
-            console.line("packed " + archive.string() + ", " +
+            console.line("packed " + output_->path().string() + ", " +
                          megabyteText(static_cast<double>(bytes) / kBytesPerMegabyte));
         return 0;
     }
 
+    void publish() override { output_->publish(packed_); }
+
   private:
-    fs::path folder_, archive_;
+    fs::path folder_, archive_, packed_;
+    std::optional<OutputFile> output_;
 };
 
 }  // namespace

@@ -1,10 +1,12 @@
 #include <charconv>
 #include <filesystem>
+#include <optional>
 
 #include "app/job/SamplePreview.h"
 #include "app/server/TemplatePublishing.h"
 #include "cli/AuthorCommand.h"
 #include "cli/Commands.h"
+#include "cli/FencedCommand.h"
 #include "platform/base/Error.h"
 #include "platform/net/HttpDownload.h"
 
@@ -30,10 +32,11 @@ std::string baseUrlOf(const std::string& text) {
     return text.ends_with('/') ? text : text + "/";
 }
 
-class TemplatePublishCommand : public Command {
+class TemplatePublishCommand : public FencedCommand {
   public:
     void declare(Arguments& arguments) override {
-        arguments.word("DIR", "The template's folder", [this](const std::string& value) { folder_ = value; });
+        arguments.word("DIR", "The template's folder",
+                       [this](const std::string& value) { folder_ = given_ = value; });
         arguments.option(
             "--to", "FOLDER", "A folder that an HTTP server offers; made when it is missing",
             [this](const std::string& value) { server_ = value; }, Occurs::Once);
@@ -48,7 +51,17 @@ class TemplatePublishCommand : public Command {
         arguments.example("multiscene template publish templates/minimal --to /var/www/templates");
     }
 
-    int run(Console& console, std::stop_token stop) override {
+  protected:
+    Errand prepare(const fs::path& folder) override {
+        folder_ = (fs::absolute(folder_) / "").lexically_normal().parent_path();
+        lock_ = lockServerFolder(server_, [this] { return isCancelled(); });
+        stage_ = folder / "server";
+        Errand errand{folder_.string(), {}, {}};
+        errand.reach.read = {folder_, server_};
+        return errand;
+    }
+
+    int work(Console& console, std::stop_token stop, const std::function<void()>& publish) override {
         options_.isNew = !isOld_;
         options_.judge = judgeAloud(console, "nothing was published");
         options_.renderPreview = [&](const TemplateFolder& folder, const fs::path& video) {
@@ -60,16 +73,21 @@ class TemplatePublishCommand : public Command {
             // What a template is about is seen in its middle; often it starts and ends empty.
             renderSamplePicture(folder, frames_ / 2, picture, console, stop);
         };
-        publishTemplate(folder_, server_, options_);
+        stageTemplate(folder_, server_, stage_, options_);
+        publish();
         if (console.isJson())
-            console.event("done", {{"template", folder_.string()}, {"folder", server_.string()}});
+            console.event("done", {{"template", given_}, {"folder", server_.string()}});
         else
-            console.status("published " + folder_.string() + " in " + server_.string());
+            console.status("published " + given_ + " in " + server_.string());
         return 0;
     }
 
+    void publish() override { publishStaged(stage_, server_, folder_.filename().string()); }
+
   private:
-    fs::path folder_, server_;
+    std::string given_;
+    fs::path folder_, server_, stage_;
+    std::optional<platform::FileLock> lock_;
     PublishOptions options_;
     bool isOld_ = false;
     int64_t frames_ = 0;  ///< of the preview

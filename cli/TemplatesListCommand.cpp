@@ -1,21 +1,31 @@
 #include "cli/CatalogueCommand.h"
 #include "cli/Commands.h"
+#include "cli/FencedCommand.h"
+#include "cli/ServerList.h"
 #include "cli/Table.h"
 
 namespace multiscene::cli {
 
 namespace {
 
-class TemplatesListCommand : public Command {
+class TemplatesListCommand : public FencedCommand {
   public:
     void declare(Arguments& arguments) override {
         arguments.example("multiscene templates list");
         arguments.example("LC_ALL=ja_JP.UTF-8 multiscene templates list --json");
     }
 
-    int run(Console& console, std::stop_token) override {
-        const std::vector<TemplateOverview> overviews =
-            templateOverviews(*openCatalogue(), QVDownloadInfoManager());
+  protected:
+    bool needsFolder() const override { return false; }
+
+    Errand prepare(const std::filesystem::path&) override {
+        list_.setServerAddress(list_.serverAddress());
+        return {"", reachOfServerList(list_), {}};
+    }
+
+    int work(Console& console, std::stop_token, const std::function<void()>&) override {
+        QVDataManager catalogue;
+        const std::vector<TemplateOverview> overviews = templateOverviews(catalogue, list_);
         console.isJson() ? printEvents(console, overviews) : printTable(console, overviews);
         return 0;
     }
@@ -37,6 +47,8 @@ class TemplatesListCommand : public Command {
                        lengthText(each), std::to_string(each.photos), stateText(each)});
         console.write(table.text());
     }
+
+    QVDownloadInfoManager list_;
 };
 
 }  // namespace

@@ -3,6 +3,8 @@
 #include "app/installation/TemplateInstallation.h"
 #include "cli/CatalogueCommand.h"
 #include "cli/Commands.h"
+#include "cli/FencedWork.h"
+#include "platform/base/Activity.h"
 
 namespace multiscene::cli {
 
@@ -20,27 +22,53 @@ class TemplatesRemoveCommand : public Command {
         arguments.example("multiscene templates remove 1000");
     }
 
-    int run(Console& console, std::stop_token) override {
-        const auto opened = openCatalogue();
-        QVDataManager& catalogue = *opened;
-        const auto found = findInstalledTemplate(catalogue, wanted_);
-        if (!found)
-            throw Error(ErrorKind::Template,
-                        findSampleTemplate(wanted_)
-                            ? "ships with the program and is not installed; nothing was removed"
-                            : "no template of this id or name is installed; nothing was removed",
-                        wanted_);
-        const InstallResult result = TemplateInstallation(catalogue, found->name).remove();
-        if (console.isJson())
-            console.event("done", {{"outcome", "removed"},
-                                   {"name", result.name},
-                                   {"ids", Value::Array(result.sIds.begin(), result.sIds.end())}});
-        else
-            console.line("removed " + result.name);
-        return 0;
+    int execute(Console& console, const JobSettings& settings) override {
+        FencedWork fenced(console, settings);
+        std::string name;
+        fenced.run(
+            {wanted_, {}, {}},
+            [this](Workplace& place) {
+                place.ask({installedName()});
+                return 0;
+            },
+            [&](const std::vector<std::string>& told) { name = told.front(); });
+        Errand errand{wanted_, {}, {}};
+        errand.changesCatalogue = true;
+        return fenced.run(
+            errand,
+            [&](Workplace& place) {
+                platform::activity::stage("removing");
+                const auto catalogue = openCatalogue();
+                InstallOptions options;
+                options.isCancelled = [stop = place.stop] { return stop.stop_requested(); };
+                const InstallResult result = TemplateInstallation(*catalogue, name, options).remove();
+                place.ask({"removed"});
+                tell(place.console, result);
+                return 0;
+            },
+            [&](const std::vector<std::string>&) { fenced.commit(); });
     }
 
   private:
+    /// In a worker: templates have written the names by which they are found.
+    std::string installedName() const {
+        QVDataManager catalogue;
+        if (const auto found = findInstalledTemplate(catalogue, wanted_)) return found->name;
+        throw Error(ErrorKind::Template,
+                    findSampleTemplate(wanted_)
+                        ? "ships with the program and is not installed; nothing was removed"
+                        : "no template of this id or name is installed; nothing was removed",
+                    wanted_);
+    }
+
+    static void tell(Console& console, const InstallResult& result) {
+        if (console.isJson())
+            return console.event("done", {{"outcome", "removed"},
+                                          {"name", result.name},
+                                          {"ids", Value::Array(result.sIds.begin(), result.sIds.end())}});
+        console.line("removed " + result.name);
+    }
+
     std::string wanted_;
 };
 

@@ -7,6 +7,9 @@
 #include "app/job/Playable.h"
 #include "cli/CatalogueCommand.h"
 #include "cli/Commands.h"
+#include "cli/FencedCommand.h"
+#include "cli/ServerList.h"
+#include "cli/SourceReach.h"
 #include "cli/Table.h"
 #include "platform/base/Error.h"
 
@@ -65,7 +68,7 @@ std::string inputLine(const QVUserInputModelBase& input) {
     return input.placeholder().empty() ? line : line + " (" + input.placeholder() + ")";
 }
 
-class TemplatesShowCommand : public Command {
+class TemplatesShowCommand : public FencedCommand {
   public:
     void declare(Arguments& arguments) override {
         arguments.word("TEMPLATE",
@@ -77,7 +80,21 @@ class TemplatesShowCommand : public Command {
         arguments.example("multiscene templates show birthday.zip");
     }
 
-    int run(Console& console, std::stop_token) override {
+  protected:
+    /// An archive is unpacked.
+    bool needsFolder() const override {
+        std::error_code ignored;
+        return std::filesystem::is_regular_file(wanted_, ignored);
+    }
+
+    Errand prepare(const std::filesystem::path&) override {
+        list_.setServerAddress(list_.serverAddress());
+        Errand errand = errandOf(wanted_);
+        errand.reach.add(reachOfServerList(list_));
+        return errand;
+    }
+
+    int work(Console& console, std::stop_token, const std::function<void()>&) override {
         const auto found = find();
         if (!found)
             throw Error(
@@ -91,9 +108,14 @@ class TemplatesShowCommand : public Command {
 
   private:
     std::optional<TemplateOverview> find() const {
-        const JobFolder job;
-        const auto folder = templateFolderAt(wanted_, job);
-        if (!folder) return findTemplateOverview(*openCatalogue(), list_, wanted_);
+        std::optional<JobFolder> job;
+        std::optional<std::filesystem::path> folder;
+        if (needsFolder())
+            folder = templateFolderAt(wanted_, job.emplace());
+        else
+            folder = templateFolderAt(wanted_);
+        QVDataManager catalogue;
+        if (!folder) return findTemplateOverview(catalogue, list_, wanted_);
         TemplateOverview overview = overviewOf(readTemplateFolder(*folder), nullptr);
         std::error_code ignored;
         if (std::filesystem::is_regular_file(wanted_, ignored)) overview.folder = wanted_;

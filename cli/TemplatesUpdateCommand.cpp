@@ -1,3 +1,4 @@
+#include <cstdlib>
 #include <optional>
 
 #include "app/Other/QVDownloadInfoManager.h"
@@ -5,6 +6,7 @@
 #include "app/program/Settings.h"
 #include "cli/CatalogueCommand.h"
 #include "cli/Commands.h"
+#include "cli/ServerList.h"
 #include "cli/TemplateInstaller.h"
 
 namespace multiscene::cli {
@@ -27,29 +29,40 @@ class TemplatesUpdateCommand : public Command {
         arguments.example("multiscene templates update --all");
     }
 
-    int run(Console& console, std::stop_token stop) override {
+    int execute(Console& console, const JobSettings& settings) override {
+        FencedWork fenced(console, settings);
+        const JobFolder job;
         const std::string address = list_.serverAddress();
-        fetch(list_, stop);
+        list_.setServerAddress(address);
+        fetch(fenced, job);
         saveSetting(kServerSetting, address);
-        const auto offered = static_cast<int64_t>(list_.severTemplets().size());
-        const auto catalogue = openCatalogue();
-        const std::vector<TemplateOverview> newer = newerOnes(*catalogue);
-        if (!console.isJson())
-            console.line(address + " offers " + counted(static_cast<size_t>(offered), "template") +
-                         newerText(newer));
-        if (installsNewer_) install(newer, {console, catalogue, stop, true}, console);
+        fenced.run(
+            {address, reachOfServerList(list_), {}},
+            [this](Workplace& place) {
+                lookForNewer(place);
+                return 0;
+            },
+            [this](const std::vector<std::string>& told) { hear(told); });
+        if (installsNewer_) install({fenced, job, true}, console);
         if (console.isJson())
             console.event("done", {{"server", address},
-                                   {"offered", offered},
-                                   {"newer", static_cast<int64_t>(newer.size())},
+                                   {"offered", offered_},
+                                   {"newer", static_cast<int64_t>(newer_.size())},
                                    {"installed", installed_}});
         return 0;
     }
 
   private:
-    static void fetch(const QVDownloadInfoManager& list, const std::stop_token& stop) {
+    /// A newer version, as a worker has told of it.
+    struct Newer {
+        std::string url, name;
+        int64_t number = 0;
+        std::string needed;  ///< the version of the program, where this one is too old
+    };
+
+    void fetch(FencedWork& fenced, const JobFolder& job) const {
         try {
-            list.downloadInfo([&] { return stop.stop_requested(); });
+            fetchServerList(fenced, job, list_);
         } catch (const Error& failure) {
             if (failure.kind() != ErrorKind::Failed) throw;
             throw Error(failure.kind(), failure.message() + " (is this the address of a template server?)",
@@ -57,23 +70,38 @@ class TemplatesUpdateCommand : public Command {
         }
     }
 
-    std::vector<TemplateOverview> newerOnes(QVDataManager& catalogue) const {
+    /// In the worker.
+    void lookForNewer(Workplace& place) const {
+        QVDataManager catalogue;
         std::vector<TemplateOverview> newer = templateOverviews(catalogue, list_);
         std::erase_if(newer, [](const TemplateOverview& each) { return !each.newerOffered; });
-        return newer;
+        const size_t offered = list_.severTemplets().size();
+        if (!place.console.isJson())
+            place.console.line(list_.serverAddress() + " offers " + counted(offered, "template") +
+                               newerText(newer.size()));
+        place.ask({std::to_string(offered)});
+        for (const TemplateOverview& each : newer)
+            place.ask({each.templateUrl, each.name, std::to_string(each.sId),
+                       each.needsNewerVersion ? versionsText(static_cast<float>(each.minVersion)) : ""});
     }
 
-    std::string newerText(const std::vector<TemplateOverview>& newer) const {
-        if (newer.empty()) return "";
-        return ", newer versions of " + counted(newer.size(), "installed one") +
+    void hear(const std::vector<std::string>& told) {
+        constexpr size_t most = 100'000, fields = 4;
+        if (told.size() == 1) offered_ = std::strtoll(told[0].c_str(), nullptr, 10);
+        if (told.size() != fields || newer_.size() == most) return;
+        newer_.push_back({told[0], told[1], std::strtoll(told[2].c_str(), nullptr, 10), told[3]});
+    }
+
+    std::string newerText(size_t newer) const {
+        if (newer == 0) return "";
+        return ", newer versions of " + counted(newer, "installed one") +
                (installsNewer_ ? "" : " (templates update --all installs them)");
     }
 
     /// One that fails does not keep the others from being installed; the first failure is the command's.
-    void install(const std::vector<TemplateOverview>& newer, const TemplateInstaller& installer,
-                 Console& console) {
+    void install(TemplateInstaller installer, Console& console) {
         std::optional<Error> first;
-        for (const TemplateOverview& each : newer) {
+        for (const Newer& each : newer_) {
             const auto failure = installedOrFailed(installer, each);
             if (failure && first) console.error(*failure);
             if (failure && !first) first = failure;
@@ -82,25 +110,24 @@ class TemplatesUpdateCommand : public Command {
         if (first) throw Error(*first);
     }
 
-    std::optional<Error> installedOrFailed(const TemplateInstaller& installer,
-                                           const TemplateOverview& offered) {
-        if (offered.needsNewerVersion)
+    std::optional<Error> installedOrFailed(TemplateInstaller& installer, const Newer& offered) {
+        if (!offered.needed.empty())
             return Error(ErrorKind::Failed,
-                         "the newer version needs a newer version of the program: " +
-                             versionsText(static_cast<float>(offered.minVersion)),
+                         "the newer version needs a newer version of the program: " + offered.needed,
                          offered.name);
-        const InstallReport report = installer.fromUrl(offered.templateUrl, offered.sId);
-        if (report.failure) return report.failure;
-        if (report.result.outcome == InstallOutcome::NothingInstalled)
-            return Error(ErrorKind::Template, report.result.remark, offered.templateUrl);
-        installer.tell(report.result, "installed");
+        try {
+            installer.fromUrl(offered.url, offered.number, "installed");
+        } catch (const Error& failure) {
+            return failure;
+        }
         ++installed_;
         return std::nullopt;
     }
 
     QVDownloadInfoManager list_;
     bool installsNewer_ = false;
-    int64_t installed_ = 0;
+    std::vector<Newer> newer_;
+    int64_t offered_ = 0, installed_ = 0;
 };
 
 }  // namespace

@@ -4,7 +4,7 @@
 
 namespace multiscene::cli {
 
-VideoCommand::Errand VideoCommand::prepare(const std::filesystem::path& folder) {
+Errand VideoCommand::prepare(const std::filesystem::path& folder) {
     output_.emplace(OutputFile::video(request_.output));
     request_.output = folder / "finished.mp4";
     return errandOf(request_);

@@ -24,6 +24,7 @@ void QVTempletDataModel::copySelfDataModelFormDic(const Value& wechartTempletInf
 }
 
 std::string QVTempletDataModel::dataBaseWechartTempletInfo() const {
+    if (!storedInfo_.empty()) return storedInfo_;
     return wechartTempletInfo_.isNone() ? std::string() : platform::jsonText(wechartTempletInfo_);
 }
 

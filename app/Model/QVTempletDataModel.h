@@ -19,6 +19,8 @@ class QVTempletDataModel : public QVSignSceneDataModel {
     const platform::Value& wechartTempletInfo() const { return wechartTempletInfo_; }
     /// The input description as the store keeps it: JSON, or '' when there is none.
     std::string dataBaseWechartTempletInfo() const;
+    /// That JSON as it was made elsewhere, to be stored unread; the description itself stays unknown.
+    void setDataBaseWechartTempletInfo(std::string json) { storedInfo_ = std::move(json); }
 
     int64_t PIPTempletType() const { return PIPTempletType_; }
     const UserInputList& userInputInfo() const { return userInputInfo_; }
@@ -31,6 +33,7 @@ class QVTempletDataModel : public QVSignSceneDataModel {
 
   private:
     platform::Value wechartTempletInfo_;
+    std::string storedInfo_;
     int64_t PIPTempletType_ = 0;
     UserInputList userInputInfo_;
 };

@@ -56,19 +56,53 @@ std::string QVDownloadInfoManager::saveInfoPath() const {
     return (platform::dataHome() / "downloadDirectory" / "data" / kFileName).string();
 }
 
-void QVDownloadInfoManager::downloadInfo(const std::function<bool()>& isCancelled) const {
+std::string QVDownloadInfoManager::infoUrl() const {
     const std::string address = serverAddress();
     if (address.empty())
         throw Error(ErrorKind::Usage,
                     "no template server is set: name one with --server or MULTISCENE_SERVER");
+    return address + kConfigurationPath;
+}
+
+void QVDownloadInfoManager::downloadInfo(const std::function<bool()>& isCancelled) const {
+    const fs::path fetched = saveInfoPath() + "." + platform::uniqueIdentifier();
+    platform::createFolders(fetched.parent_path());
     try {
-        fetch(address + kConfigurationPath, isCancelled);
+        downloadInfoTo(fetched, isCancelled);
+        requireInfo(fetched);
+        keepInfo(fetched);
     } catch (const Error& failure) {
-        const auto age = ageOfInfo();
-        if (!age || failure.kind() == ErrorKind::Cancelled) throw;
-        throw Error(failure.kind(), failure.message() + "; the list of " + ageText(*age) + " is kept",
-                    failure.file(), failure.key());
+        std::error_code ignored;
+        fs::remove(fetched, ignored);
+        throw withAge(failure);
     }
+}
+
+Error QVDownloadInfoManager::withAge(const Error& failure) const {
+    const auto age = ageOfInfo();
+    if (!age || failure.kind() == ErrorKind::Cancelled || failure.kind() == ErrorKind::Usage) return failure;
+    return Error(failure.kind(), failure.message() + "; the list of " + ageText(*age) + " is kept",
+                 failure.file(), failure.key());
+}
+
+void QVDownloadInfoManager::downloadInfoTo(const fs::path& file,
+                                           const std::function<bool()>& isCancelled) const {
+    platform::HttpDownloadOptions options;
+    options.maxBytes = platform::PropertyListLimits().maxBytes;
+    options.maxSeconds = kMostSeconds;
+    options.isCancelled = isCancelled;
+    platform::downloadToFile(infoUrl(), file, options);
+}
+
+void QVDownloadInfoManager::requireInfo(const fs::path& file) const {
+    const auto bytes = platform::readFile(file, platform::PropertyListLimits().maxBytes);
+    if (!platform::parsePropertyList(bytes, infoUrl(), ErrorKind::Failed).isDictionary())
+        throw Error(ErrorKind::Failed, "is no list of templates", infoUrl());
+}
+
+void QVDownloadInfoManager::keepInfo(const fs::path& file) const {
+    platform::createFolders(fs::path(saveInfoPath()).parent_path());
+    platform::moveFile(file, saveInfoPath());
 }
 
 std::optional<double> QVDownloadInfoManager::ageOfInfo() const {
@@ -76,26 +110,6 @@ std::optional<double> QVDownloadInfoManager::ageOfInfo() const {
     const auto written = fs::last_write_time(saveInfoPath(), failure);
     if (failure) return std::nullopt;
     return std::chrono::duration<double>(fs::file_time_type::clock::now() - written).count();
-}
-
-void QVDownloadInfoManager::fetch(const std::string& url, const std::function<bool()>& isCancelled) const {
-    const fs::path saved = saveInfoPath(), fetched = saved.string() + "." + platform::uniqueIdentifier();
-    platform::createFolders(saved.parent_path());
-    platform::HttpDownloadOptions options;
-    options.maxBytes = platform::PropertyListLimits().maxBytes;
-    options.maxSeconds = kMostSeconds;
-    options.isCancelled = isCancelled;
-    platform::downloadToFile(url, fetched, options);
-    try {
-        const auto bytes = platform::readFile(fetched, options.maxBytes);
-        if (!platform::parsePropertyList(bytes, url, ErrorKind::Failed).isDictionary())
-            throw Error(ErrorKind::Failed, "is no list of templates", url);
-        platform::moveFile(fetched, saved);
-    } catch (...) {
-        std::error_code ignored;
-        fs::remove(fetched, ignored);
-        throw;
-    }
 }
 
 Value QVDownloadInfoManager::info() const {

@@ -1,12 +1,14 @@
 // The list of templates that the template server offers.
 #pragma once
 
+#include <filesystem>
 #include <functional>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include "app/Model/QVSeverTempletDataModel.h"
+#include "platform/base/Error.h"
 
 namespace multiscene {
 
@@ -23,6 +25,15 @@ class QVDownloadInfoManager {
     /// Usage when no server is set, else as downloadToFile; Failed when the answer is no property list. The
     /// message says how old the kept copy is.
     void downloadInfo(const std::function<bool()>& isCancelled = {}) const;
+
+    /// The parts of downloadInfo(), for a program that does them in different processes: fetching alone,
+    /// judging what was fetched, keeping it. Throw Error as downloadInfo() does, without the age.
+    void downloadInfoTo(const std::filesystem::path& file,
+                        const std::function<bool()>& isCancelled = {}) const;
+    void requireInfo(const std::filesystem::path& file) const;
+    void keepInfo(const std::filesystem::path& file) const;
+    /// A failure of theirs, with the age of the copy that stays.
+    platform::Error withAge(const platform::Error& failure) const;
 
     /// Seconds since the kept copy was fetched; nothing when there is none.
     std::optional<double> ageOfInfo() const;
@@ -42,7 +53,7 @@ class QVDownloadInfoManager {
     std::string completeUrl(const std::string& location) const;
 
   private:
-    void fetch(const std::string& url, const std::function<bool()>& isCancelled) const;
+    std::string infoUrl() const;
     platform::Value info() const;
 
     std::string serverAddress_;

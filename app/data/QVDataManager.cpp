@@ -85,6 +85,11 @@ SceneConfigData sceneOfRow(const Statement& row, const std::string& scenePath) {
             row.text("sceneName")};
 }
 
+std::function<std::string()>& copyMaker() {
+    static std::function<std::string()> none;
+    return none;
+}
+
 /// Holds a flag up for the length of a block.
 class Raised {
   public:
@@ -104,6 +109,11 @@ std::string QVDataManager::databasePath() { return QVUtil::dataPath() + "sceneDa
 
 Database& QVDataManager::database() {
     if (database_) return *database_;
+    if (copyMaker() && path_ == databasePath()) {
+        unwritable_ = Error(platform::ErrorKind::Failed, "the catalogue can only be read here", path_);
+        database_ = openedCopy();
+        return *database_;
+    }
     try {
         if (path_ == databasePath()) makeFolders();
         database_ = opened();
@@ -131,6 +141,26 @@ std::unique_ptr<Database> QVDataManager::openedForReading() const {
     auto empty = std::make_unique<Database>(Database::kInMemory);
     empty->execute(kCreate);
     return empty;
+}
+
+std::unique_ptr<Database> QVDataManager::openedCopy() const {
+    const std::string copy = copyMaker()();
+    if (!copy.empty()) return Database::ofImage(copy, path_);
+    auto empty = std::make_unique<Database>(Database::kInMemory);
+    empty->execute(kCreate);
+    return empty;
+}
+
+void QVDataManager::readCopies(std::function<std::string()> copy) { copyMaker() = std::move(copy); }
+
+void QVDataManager::readAnew() {
+    const std::lock_guard lock(mutex_);
+    if (copyMaker() && path_ == databasePath()) database_.reset();
+}
+
+std::string QVDataManager::image() {
+    const std::lock_guard lock(mutex_);
+    return database().image();
 }
 
 Database& QVDataManager::writableDatabase() {
@@ -225,6 +255,14 @@ std::vector<QVTempletDataModel> QVDataManager::queryCSignSceneDataWithSourceType
 std::vector<QVTempletDataModel> QVDataManager::allSignSceneData() {
     const std::lock_guard lock(mutex_);
     return signSceneArrayWithFMResultSet(database().prepare(kAll));
+}
+
+std::vector<SceneConfigData> QVDataManager::allScenes() {
+    const std::lock_guard lock(mutex_);
+    std::vector<SceneConfigData> scenes;
+    for (Statement rows = database().prepare(kAll); rows.step();)
+        scenes.push_back(sceneOfRow(rows, scenePath_));
+    return scenes;
 }
 
 std::optional<SceneConfigData> QVDataManager::querySceneWithSid(int64_t sId) {

@@ -32,8 +32,17 @@ class QVDataManager : public SceneCatalogue {
     /// Where the data home keeps its catalogue.
     static std::string databasePath();
 
+    /// In a process that may not touch the catalogue of the data home: from now on it is read from copies
+    /// that `copy` gives (see platform::Database::image(); empty: there is no catalogue yet) and cannot be
+    /// changed. Set before there are threads.
+    static void readCopies(std::function<std::string()> copy);
+    /// What others have changed meanwhile is seen from now on.
+    void readAnew();
+
     /// Opens the database, makes what is missing, and looks for damage. Throws platform::Error.
     void checkUsable();
+    /// The whole catalogue for readCopies(). Throws platform::Error.
+    std::string image();
 
     bool isSignSceneHasWithSid(int64_t sId);
     /// Adds a record and returns its sId; −1 when that sId is taken or the record could not be stored. Path
@@ -47,6 +56,8 @@ class QVDataManager : public SceneCatalogue {
     std::vector<QVTempletDataModel> queryCSignSceneDataWithSourceType(int64_t sourceType);
     /// Every row in order of insertion. Throws platform::Error.
     std::vector<QVTempletDataModel> allSignSceneData();
+    /// The same without the input descriptions, which templates have written.
+    std::vector<SceneConfigData> allScenes();
 
     std::optional<SceneConfigData> querySceneWithSid(int64_t sId) override;
 
@@ -64,6 +75,7 @@ class QVDataManager : public SceneCatalogue {
     platform::Database& database();
     std::unique_ptr<platform::Database> opened() const;
     std::unique_ptr<platform::Database> openedForReading() const;
+    std::unique_ptr<platform::Database> openedCopy() const;
     platform::Database& writableDatabase();
     template <typename Result>
     Result logged(const char* action, Result onFailure, const std::function<Result()>& work);

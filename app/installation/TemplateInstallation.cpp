@@ -1,6 +1,8 @@
 #include "app/installation/TemplateInstallation.h"
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
 #include <set>
 
 #include "app/installation/FolderSwap.h"
@@ -33,15 +35,37 @@ std::string requireName(const std::string& name) {
     return name;
 }
 
-FileLock lockOrFail(const std::string& name, std::chrono::milliseconds patience) {
-    auto lock = lockForChange(name, patience);
+FileLock lockOrFail(const std::string& name, const InstallOptions& options) {
+    auto lock = lockForChange(name, options.patience, options.isCancelled);
     if (!lock) throw Error(ErrorKind::Transient, "another program is changing this template", name);
     return std::move(*lock);
+}
+
+void tellStep(const InstallOptions& options, const char* name) {
+    if (options.onStep) options.onStep(name);
+}
+
+/// Installed are plain files alone, whoever has unpacked them.
+void requirePlainFiles(const fs::path& folder) {
+    for (const auto& entry : fs::recursive_directory_iterator(folder)) {
+        const fs::file_type type = entry.symlink_status().type();
+        if (type != fs::file_type::regular && type != fs::file_type::directory)
+            throw Error(ErrorKind::Template, "is a link or a special file; a template holds plain files only",
+                        entry.path().string());
+    }
 }
 
 std::vector<int64_t> numbersOf(const std::vector<QVTempletDataModel>& records) {
     std::vector<int64_t> numbers;
     for (const QVTempletDataModel& record : records) numbers.push_back(record.sId());
+    return numbers;
+}
+
+/// Of the scenes that lie in that template's folder.
+std::vector<int64_t> numbersOwnedBy(const std::string& name, QVDataManager& catalogue) {
+    std::vector<int64_t> numbers;
+    for (const SceneConfigData& scene : catalogue.allScenes())
+        if (templateOwning(scene.scenePlistPath) == name) numbers.push_back(scene.sId);
     return numbers;
 }
 
@@ -88,7 +112,7 @@ TemplateInstallation::TemplateInstallation(QVDataManager& catalogue, const std::
       archives_(catalogue),
       name_(requireName(name)),
       options_(std::move(options)),
-      lock_(lockOrFail(name, options_.patience)) {
+      lock_(lockOrFail(name, options_)) {
     step("locked");
     recoverThis();
 }
@@ -98,9 +122,7 @@ TemplateInstallation::TemplateInstallation(QVDataManager& catalogue, const std::
     recoverThis();
 }
 
-void TemplateInstallation::step(const char* name) const {
-    if (options_.onStep) options_.onStep(name);
-}
+void TemplateInstallation::step(const char* name) const { tellStep(options_, name); }
 
 fs::path TemplateInstallation::finalFolder() const {
     return (fs::path(QVUtil::scenePath()) / name_).lexically_normal();
@@ -115,24 +137,18 @@ fs::path TemplateInstallation::partialDownloadPath() const {
     return fs::path(QVUtil::multiSceneRootPath()) / (kDownloadPrefix + name_ + ".zip");
 }
 
-std::vector<QVTempletDataModel> TemplateInstallation::installedRecords() {
-    std::vector<QVTempletDataModel> records = catalogue_.allSignSceneData();
-    std::erase_if(records, [&](const QVTempletDataModel& record) {
-        return templateOwning(record.scenePlistPath()) != name_;
-    });
-    return records;
-}
+std::vector<int64_t> TemplateInstallation::installedNumbers() { return numbersOwnedBy(name_, catalogue_); }
 
 void TemplateInstallation::refuseForeignNumbers(const TemplateFolder& folder) {
-    for (const QVTempletDataModel& record : folder.records)
-        for (const QVTempletDataModel& known : catalogue_.queryCSignSceneDataWithSid(record.sId())) {
-            const std::string owner = templateOwning(known.scenePlistPath());
-            if (owner == name_) continue;
-            throw Error(ErrorKind::Template,
-                        "scene number " + std::to_string(record.sId()) + " belongs to the template \"" +
-                            (owner.empty() ? known.sceneName() : owner) + "\"",
-                        name_ + ".plist", "installScenes");
-        }
+    for (const QVTempletDataModel& record : folder.records) {
+        const auto known = catalogue_.querySceneWithSid(record.sId());
+        const std::string owner = known ? templateOwning(known->scenePlistPath) : name_;
+        if (owner == name_) continue;
+        throw Error(ErrorKind::Template,
+                    "scene number " + std::to_string(record.sId()) + " belongs to the template \"" +
+                        (owner.empty() ? known->sceneName : owner) + "\"",
+                    name_ + ".plist", "installScenes");
+    }
 }
 
 bool TemplateInstallation::hasOwnFile() const {
@@ -140,24 +156,24 @@ bool TemplateInstallation::hasOwnFile() const {
 }
 
 std::optional<InstallResult> TemplateInstallation::alreadyInstalled() {
-    const std::vector<int64_t> numbers = numbersOf(installedRecords());
-    if (numbers.empty() || !hasOwnFile()) return std::nullopt;
-    const auto& offered = options_.offeredNumber;
+    return alreadyInstalled(catalogue_, name_, options_.offeredNumber);
+}
+
+std::optional<InstallResult> TemplateInstallation::alreadyInstalled(QVDataManager& catalogue,
+                                                                    const std::string& name,
+                                                                    std::optional<int64_t> offered) {
+    const std::vector<int64_t> numbers = numbersOwnedBy(name, catalogue);
+    const fs::path file = fs::path(QVUtil::scenePath()) / name / (name + ".plist");
+    if (numbers.empty() || !platform::isThere(file)) return std::nullopt;
     if (offered && std::find(numbers.begin(), numbers.end(), *offered) == numbers.end()) return std::nullopt;
-    return InstallResult{InstallOutcome::AlreadyInstalled, name_, numbers, ""};
+    return InstallResult{InstallOutcome::AlreadyInstalled, name, numbers, ""};
 }
 
 InstallResult TemplateInstallation::judged(const TemplateFolder& folder) {
     requireOwnPaths(folder);
-    requireProgramVersion(folder.minVersion(), name_);
-    for (const QVTempletDataModel& record : folder.records)
-        if (!platform::isFile(stagedFile(folder.folder, finalFolder(), record.scenePlistPath())))
-            throw Error(ErrorKind::Template, "the scene file " + record.scenePlistPath() + " is missing",
-                        name_ + ".plist", "installScenes");
-    if (options_.judge) options_.judge(folder);
     refuseForeignNumbers(folder);
 
-    const std::vector<int64_t> before = numbersOf(installedRecords()), now = numbersOf(folder.records);
+    const std::vector<int64_t> before = installedNumbers(), now = numbersOf(folder.records);
     const bool present = hasOwnFile();
     InstallResult result{InstallOutcome::Installed, name_, now, ""};
     if (before.empty() && !present && platform::isThere(finalFolder()) && !options_.replace)
@@ -176,19 +192,49 @@ InstallResult TemplateInstallation::judged(const TemplateFolder& folder) {
     return result;
 }
 
-InstallResult TemplateInstallation::install(const fs::path& archivePath) {
-    platform::ZipArchive archive(archivePath, ErrorKind::Template, options_.limits);
+UnpackedTemplate TemplateInstallation::unpack(const fs::path& archivePath, const std::string& name,
+                                              const fs::path& into, const InstallOptions& options) {
+    const std::string plist = requireName(name) + "/" + name + ".plist";
+    platform::ZipArchive archive(archivePath, ErrorKind::Template, options.limits);
     onlyFolderOf(archive, archivePath.string());
-    const std::string plist = name_ + "/" + name_ + ".plist";
     const auto& entries = archive.entries();
     if (std::none_of(entries.begin(), entries.end(), [&](const auto& entry) { return entry.name == plist; }))
-        return {InstallOutcome::NothingInstalled, name_, {}, remarkOnContent(archive, name_)};
+        return {std::nullopt, remarkOnContent(archive, name)};
+    platform::createFolders(into);
+    tellStep(options, "staged");
+    archive.extract(into, {.wanted = [&](const auto& entry) { return entry.name.starts_with(name + "/"); },
+                           .progress = [&](uint64_t, uint64_t) { tellStep(options, "unpacking"); },
+                           .isCancelled = options.isCancelled});
+    tellStep(options, "unpacked");
+    const TemplateFolder folder = readTemplateFolder(into / name);
+    requireOwnPaths(folder);
+    requireProgramVersion(folder.minVersion(), name);
+    const fs::path final = fs::path(QVUtil::scenePath()) / name;
+    for (const QVTempletDataModel& record : folder.records)
+        if (!platform::isFile(stagedFile(folder.folder, final.lexically_normal(), record.scenePlistPath())))
+            throw Error(ErrorKind::Template, "the scene file " + record.scenePlistPath() + " is missing",
+                        name + ".plist", "installScenes");
+    if (options.judge) options.judge(folder);
+    return {folder, ""};
+}
 
-    TemplateFolder folder;
+InstallResult TemplateInstallation::install(const fs::path& archive) {
+    UnpackedTemplate unpacked;
+    try {
+        unpacked = unpack(archive, name_, stagingFolder(), options_);
+    } catch (...) {
+        clearLeftovers();
+        throw;
+    }
+    if (!unpacked.folder) return {InstallOutcome::NothingInstalled, name_, {}, unpacked.remark};
+    return takeIn(*unpacked.folder, archive);
+}
+
+InstallResult TemplateInstallation::takeIn(const TemplateFolder& unpacked, const fs::path& archive) {
     InstallResult result;
     try {
-        folder = unpacked(archive);
-        result = judged(folder);
+        stage(unpacked);
+        result = judged(unpacked);
         step("judged");
         if (result.outcome != InstallOutcome::AlreadyInstalled) syncFilesBelow(stagingFolder());
         step("synced");
@@ -199,25 +245,24 @@ InstallResult TemplateInstallation::install(const fs::path& archivePath) {
     if (result.outcome == InstallOutcome::AlreadyInstalled)
         clearLeftovers();
     else
-        moveIn(folder, platform::fileDigest(archivePath));
+        moveIn(unpacked, platform::fileDigest(archive));
     return result;
 }
 
-TemplateFolder TemplateInstallation::unpacked(platform::ZipArchive& archive) {
+/// Where the exchange takes it from.
+void TemplateInstallation::stage(const TemplateFolder& unpacked) {
+    requirePlainFiles(unpacked.folder);
+    if (unpacked.folder == stagedFolder()) return;
     platform::createFolders(stagingFolder());
-    step("staged");
-    archive.extract(stagingFolder(),
-                    {.wanted = [&](const auto& entry) { return entry.name.starts_with(name_ + "/"); },
-                     .progress = [&](uint64_t, uint64_t) { step("unpacking"); },
-                     .isCancelled = options_.isCancelled});
-    step("unpacked");
-    return readTemplateFolder(stagedFolder());
+    if (::rename(unpacked.folder.c_str(), stagedFolder().c_str()) != 0)
+        throw platform::errnoError(errno, "cannot move to " + stagedFolder().string(),
+                                   unpacked.folder.string());
 }
 
 void TemplateInstallation::moveIn(const TemplateFolder& folder, const std::string& digest) {
     change(folderIdentity(stagedFolder()), [&](platform::Database& database) {
         refuseForeignNumbers(folder);
-        for (const int64_t sId : numbersOf(installedRecords())) catalogue_.removeSignSceneDataWithSid(sId);
+        for (const int64_t sId : installedNumbers()) catalogue_.removeSignSceneDataWithSid(sId);
         for (const QVTempletDataModel& record : folder.records)
             if (catalogue_.insertSignSceneDataWithSignSceneDataModel(record) == -1)
                 throw Error(ErrorKind::Failed, "the catalogue does not take the template", name_);
@@ -226,7 +271,7 @@ void TemplateInstallation::moveIn(const TemplateFolder& folder, const std::strin
 }
 
 InstallResult TemplateInstallation::remove() {
-    const std::vector<int64_t> numbers = numbersOf(installedRecords());
+    const std::vector<int64_t> numbers = installedNumbers();
     if (numbers.empty()) throw Error(ErrorKind::Template, "is not installed", name_);
     platform::createFolders(stagingFolder());
     change("", [&](platform::Database& database) {
@@ -294,7 +339,7 @@ void TemplateInstallation::tidyUp() {
 /// A video is made with the files of one version, so the exchange waits for those who read them.
 FileLock TemplateInstallation::aloneWithFiles() {
     try {
-        return lockForExchange(name_, options_.patience);
+        return lockForExchange(name_, options_.patience, options_.isCancelled);
     } catch (...) {
         clearLeftovers();
         throw;

@@ -12,7 +12,7 @@
 #include "app/data/InstallJournal.h"
 #include "app/data/InstalledArchives.h"
 #include "app/template/TemplateFolder.h"
-#include "platform/archive/ZipArchive.h"
+#include "platform/archive/ZipLimits.h"
 #include "platform/store/FileLock.h"
 
 namespace multiscene {
@@ -49,6 +49,12 @@ struct InstallOptions {
     std::function<void(const char* step)> onStep = {};
 };
 
+/// What an archive holds, judged as far as that goes without knowing what is installed.
+struct UnpackedTemplate {
+    std::optional<TemplateFolder> folder;
+    std::string remark;  ///< why there is no folder
+};
+
 /// One change of one template; holds the template's lock while it lives, and has first put right what a
 /// killed change of this template left.
 class TemplateInstallation {
@@ -60,12 +66,23 @@ class TemplateInstallation {
     /// What install() would find without `replace`, known before an archive is fetched: nothing unless the
     /// template is installed, with the offered number where there is one.
     std::optional<InstallResult> alreadyInstalled();
+    /// The same for whoever changes nothing.
+    static std::optional<InstallResult> alreadyInstalled(QVDataManager& catalogue, const std::string& name,
+                                                         std::optional<int64_t> offeredNumber);
 
     /// Unpacks an archive that holds NAME/NAME.plist, judges it, and moves it in. The archive itself is left
     /// alone; what it holds outside NAME/ is ignored. Throws Error, and then nothing has changed: Template
     /// for an archive or template at fault, or a scene number that another template owns; Transient while
     /// videos are made with the template; Failed when it needs a newer program.
     InstallResult install(const std::filesystem::path& archive);
+
+    /// The two halves of install(), for a program that lets another process read what the archive holds.
+    /// unpack() writes `into`/NAME and nowhere else, and asks no catalogue. takeIn() reads no file of the
+    /// template and believes nothing of what unpack() is said to have found, but what "installScenes" says;
+    /// `archive` is what it came from.
+    static UnpackedTemplate unpack(const std::filesystem::path& archive, const std::string& name,
+                                   const std::filesystem::path& into, const InstallOptions& options = {});
+    InstallResult takeIn(const TemplateFolder& unpacked, const std::filesystem::path& archive);
 
     /// Takes the template's rows and files away. Throws Error(Template) when it is not installed.
     InstallResult remove();
@@ -87,9 +104,9 @@ class TemplateInstallation {
     platform::FileLock aloneWithFiles();
     void recoverThis();
     void clearLeftovers();
-    std::vector<QVTempletDataModel> installedRecords();
+    std::vector<int64_t> installedNumbers();
     void refuseForeignNumbers(const TemplateFolder& folder);
-    TemplateFolder unpacked(platform::ZipArchive& archive);
+    void stage(const TemplateFolder& unpacked);
     InstallResult judged(const TemplateFolder& folder);
     bool hasOwnFile() const;
     void moveIn(const TemplateFolder& folder, const std::string& digest);

@@ -32,27 +32,36 @@ bool canBeWritten(std::filesystem::path folder) {
 }
 
 FileLock useLock(const std::string& name, std::chrono::milliseconds patience, FileLock::Mode mode,
-                 const char* refusal) {
-    auto lock = FileLock::acquire(lockFile(name + ".use"), patience, mode);
+                 const char* refusal, const std::function<bool()>& isCancelled = {}) {
+    auto lock = FileLock::acquire(lockFile(name + ".use"), patience, mode, isCancelled);
     if (!lock) throw Error(ErrorKind::Transient, refusal, name);
     return std::move(*lock);
 }
 
 }  // namespace
 
-std::optional<FileLock> lockForChange(const std::string& name, std::chrono::milliseconds patience) {
-    return FileLock::acquire(lockFile(name + ".lock"), patience);
+std::optional<FileLock> lockForChange(const std::string& name, std::chrono::milliseconds patience,
+                                      const std::function<bool()>& isCancelled) {
+    return FileLock::acquire(lockFile(name + ".lock"), patience, FileLock::Mode::Alone, isCancelled);
 }
 
 std::optional<FileLock> lockForUse(const std::string& name, std::chrono::milliseconds patience) {
     std::error_code failure;
     if (!canBeWritten(lockFolder()) && !std::filesystem::exists(lockFolder() / (name + ".use"), failure))
         return std::nullopt;
-    return useLock(name, patience, FileLock::Mode::Shared, "another program is changing this template");
+    try {
+        return useLock(name, patience, FileLock::Mode::Shared, "another program is changing this template");
+    } catch (const Error&) {
+        // A process that may only read finds the lock of every template that was ever exchanged.
+        if (std::filesystem::exists(lockFolder() / (name + ".use"), failure)) throw;
+        return std::nullopt;
+    }
 }
 
-FileLock lockForExchange(const std::string& name, std::chrono::milliseconds patience) {
-    return useLock(name, patience, FileLock::Mode::Alone, "a video is being made with this template");
+FileLock lockForExchange(const std::string& name, std::chrono::milliseconds patience,
+                         const std::function<bool()>& isCancelled) {
+    return useLock(name, patience, FileLock::Mode::Alone, "a video is being made with this template",
+                   isCancelled);
 }
 
 }  // namespace multiscene

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -9,14 +10,16 @@
 
 namespace multiscene {
 
-/// For the one program that changes the template, from the download to the end. Nothing when another holds it
-/// after `patience`.
-std::optional<platform::FileLock> lockForChange(const std::string& name, std::chrono::milliseconds patience);
+/// For the one program that changes the template. Nothing when another holds it after `patience`. Throws
+/// Error(Cancelled) when `isCancelled`, which is asked while it waits, says so.
+std::optional<platform::FileLock> lockForChange(const std::string& name, std::chrono::milliseconds patience,
+                                                const std::function<bool()>& isCancelled = {});
 
 /// For programs that read the template's files: shared. Whoever exchanges the files takes it alone, for that
-/// moment only. Throws Error(Transient) after `patience`. Nothing where the data folder cannot be written:
-/// nobody exchanges anything there.
+/// moment only. Throws Error(Transient) after `patience`. Nothing where the data folder cannot be written and
+/// has no such lock: nobody exchanges anything there.
 std::optional<platform::FileLock> lockForUse(const std::string& name, std::chrono::milliseconds patience);
-platform::FileLock lockForExchange(const std::string& name, std::chrono::milliseconds patience);
+platform::FileLock lockForExchange(const std::string& name, std::chrono::milliseconds patience,
+                                   const std::function<bool()>& isCancelled = {});
 
 }  // namespace multiscene

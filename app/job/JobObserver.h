@@ -18,6 +18,8 @@ struct JobProgress {
 class JobObserver {
   public:
     virtual ~JobObserver() = default;
+    /// What will be made is known: frames (below 1: nobody knows how many) of so many pixels.
+    virtual void jobPlanned(int64_t /*frames*/, int64_t /*pixels*/) {}
     /// Several times a second while frames are rendered.
     virtual void jobProgress(const JobProgress&) {}
     /// What is wrong with the template, before anything is drawn. The fault that ends the job is not told: it

@@ -116,6 +116,7 @@ std::optional<Playable> openInstalled(const std::string& numberOrName, Playback&
     const auto found = open();
     if (!found) return std::nullopt;
     auto locks = locksOf(*found);
+    catalogue->readAnew();
     auto playable = open();  // as it is now that nobody can exchange it
     if (playable) playable->inUse = std::move(locks);
     openHomeFolders(playback.gate());
@@ -174,12 +175,17 @@ Playable openPlayable(const std::string& argument, const JobFolder& job, Playbac
     throw notFound(argument);
 }
 
-std::optional<fs::path> templateFolderAt(const std::string& argument, const JobFolder& job) {
+std::optional<fs::path> templateFolderAt(const std::string& argument) {
     const fs::path path(argument);
     const bool isPath = argument.find('/') != std::string::npos;
     if (platform::isFolder(path) && (isPath || isTemplateFolder(path))) return path;
-    if (!platform::isFile(path)) return std::nullopt;
-    return path.extension() == ".plist" ? fs::absolute(path).parent_path() : unpackTemplate(path, job);
+    if (!platform::isFile(path) || path.extension() != ".plist") return std::nullopt;
+    return fs::absolute(path).parent_path();
+}
+
+std::optional<fs::path> templateFolderAt(const std::string& argument, const JobFolder& job) {
+    if (auto folder = templateFolderAt(argument)) return folder;
+    return platform::isFile(argument) ? std::optional(unpackTemplate(argument, job)) : std::nullopt;
 }
 
 fs::path unpackTemplate(const fs::path& archive, const JobFolder& job) {

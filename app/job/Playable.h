@@ -51,6 +51,8 @@ Playable openPlayable(const std::string& argument, const JobFolder& job, Playbac
 /// The template's folder to which a path leads: the folder, its NAME.plist, or a zip, which is unpacked into
 /// the job's folder. None where nothing lies. Throws platform::Error(Template).
 std::optional<std::filesystem::path> templateFolderAt(const std::string& argument, const JobFolder& job);
+/// The same for whoever has no job's folder, and no zip.
+std::optional<std::filesystem::path> templateFolderAt(const std::string& argument);
 
 /// Unpacks a zip into the job's folder and returns the one template folder in it. Throws
 /// platform::Error(Template).

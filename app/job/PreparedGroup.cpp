@@ -8,6 +8,7 @@
 #include "app/job/UserValues.h"
 #include "other/QVMultiSceneGropPlistFileManager.h"
 #include "platform/audio/AudioFile.h"
+#include "platform/base/Activity.h"
 #include "platform/base/Error.h"
 #include "platform/base/Paths.h"
 
@@ -111,6 +112,12 @@ void tellNotes(const Notes& notes, const RenderRequest& request, JobObserver& ob
     }
 }
 
+/// Of a frame, as it is drawn or as it is written, whatever is more.
+int64_t pixelsOf(const PreparedGroup& prepared) {
+    const int64_t drawn = int64_t{prepared.layout.drawnWidth} * prepared.layout.drawnHeight;
+    return std::max(drawn, int64_t{prepared.format.width} * prepared.format.height);
+}
+
 void requireInputs(const std::vector<std::string>& missing) {
     if (!missing.empty()) throw Error(ErrorKind::Input, "is not given", "", missing.front());
 }
@@ -124,10 +131,12 @@ PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, J
     PreparedGroup prepared;
     prepared.playback = playbackIn(job);
     prepared.playable = open(request, job, *prepared.playback);
+    platform::activity::stage("judging the template", ErrorKind::Template);
     judgeAloud(prepared.playable, request, *prepared.playback, observer);
     prepared.format = formatOf(request, prepared.playable);
     prepared.renderer = request.renderer;
     prepared.layout = layoutOf(request, prepared.playable, prepared.format);
+    platform::activity::stage("preparing the inputs", ErrorKind::Input);
     UserValues values = collectUserValues(request.inputs, prepared.playable, job, prepared.format,
                                           prepared.playback->gate(), stop);
     prepared.missingInputs = std::move(values.missing);
@@ -141,6 +150,8 @@ PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, J
     addNotes(prepared, request, notes);
     tellNotes(notes, request, observer);
     QVMultiSceneGropPlistFileManager::write(job.file(kGroupName), prepared.group);
+    observer.jobPlanned(prepared.totalFrames, pixelsOf(prepared));
+    platform::activity::stage("opening the scenes", ErrorKind::Template);
     return prepared;
 }
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <set>
+#include <sstream>
 
 #include "app/server/UrlText.h"
 #include "app/template/SceneJudge.h"
@@ -47,49 +48,87 @@ void copyFile(const fs::path& from, const fs::path& to) {
     platform::writeFileAtomically(to, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 
-/// The server's folder while one template is added to it.
+constexpr const char *kConfigurationFolder = "severConfig", *kConfiguration = "info1-1.plist";
+/// In the stage: names of the versions that others may still be fetching.
+constexpr const char* kKept = "versions";
+
+std::vector<fs::path> plainFoldersIn(const fs::path& folder) {
+    std::vector<fs::path> found;
+    std::error_code failure;
+    for (const auto& entry : fs::directory_iterator(folder, failure))
+        if (entry.symlink_status(failure).type() == fs::file_type::directory) found.push_back(entry.path());
+    return found;
+}
+
+/// The template's plain files in the folder of a version.
+std::vector<fs::path> filesOf(const std::string& name, const fs::path& version) {
+    std::vector<fs::path> found;
+    std::error_code failure;
+    for (const auto& entry : fs::directory_iterator(version, failure))
+        if (entry.path().stem() == name && entry.symlink_status(failure).type() == fs::file_type::regular)
+            found.push_back(entry.path());
+    return found;
+}
+
+std::set<std::string> keptVersions(const fs::path& stage) {
+    constexpr uint64_t mostBytes = 4096;
+    const auto bytes = platform::readFile(stage / kKept, mostBytes);
+    std::istringstream lines(std::string(bytes.begin(), bytes.end()));
+    std::set<std::string> versions;
+    for (std::string line; std::getline(lines, line);) versions.insert(line);
+    return versions;
+}
+
+/// Those who have fetched the list of before still find what it names. Templates that are packed alike share
+/// a folder.
+void removeOtherVersionsThan(const std::set<std::string>& versions, const fs::path& serverFolder,
+                             const std::string& name) {
+    std::error_code ignored;
+    for (const char* subfolder : {kArchives, kThumbnails, kPreviews})
+        for (const fs::path& version : plainFoldersIn(serverFolder / subfolder)) {
+            if (versions.contains(version.filename().string())) continue;
+            for (const fs::path& file : filesOf(name, version)) fs::remove(file, ignored);
+            fs::remove(version, ignored);
+        }
+}
+
+/// What is added to a server's folder for one template.
 class Publication {
   public:
-    Publication(const TemplateFolder& folder, const fs::path& serverFolder, const PublishOptions& options)
-        : folder_(folder), server_(serverFolder), options_(options), lock_(locked(serverFolder)) {
-        platform::removeAbandonedParts(serverFolder);
+    Publication(const TemplateFolder& folder, const fs::path& serverFolder, const fs::path& stage,
+                const PublishOptions& options)
+        : folder_(folder), server_(serverFolder), stage_(stage), options_(options) {
         configuration_ = existingConfiguration();
         refuseForeignNumber();
     }
 
     void run() {
-        const platform::PartFolder workplace(server_, "publishing");
-        const fs::path packed = workplace.path() / (folder_.name + ".zip");
+        const fs::path packed = stage_ / (folder_.name + ".zip");
+        platform::createFolders(stage_);
         packTemplate(folder_.folder, packed, options_.judge, options_.minVersion);
         const std::string digest = platform::fileDigest(packed);
         version_ = versionOf(digest);
         const double size =
             static_cast<double>(platform::openFile(packed, O_RDONLY).size()) / kBytesPerMegabyte;
         const std::string archive = place(kArchives, ".zip");
-        platform::moveFile(packed, server_ / archive);
+        platform::moveFile(packed, stage_ / archive);
         Value::Dictionary entry{{"templateUrl", url(archive)}, {"templateSize", size}};
         entry["templateSha256"] = digest;
         entry["videoPreviewUrl"] = url(placePreview());
         entry["thumbUrl"] = url(placeThumbnail());
         const std::string before = versionOf(offeredBefore().string("templateSha256"));
         writeConfiguration(std::move(entry));
-        removeOtherVersionsThan({version_, before});
+        platform::writeFileAtomically(stage_ / kKept, version_ + "\n" + before + "\n");
     }
 
   private:
-    static platform::FileLock locked(const fs::path& serverFolder) {
-        platform::createFolders(serverFolder);
-        auto lock = platform::FileLock::acquire(serverFolder / ".publish.lock", kPatience);
-        if (!lock)
-            throw Error(ErrorKind::Transient, "another program is publishing here", serverFolder.string());
-        return std::move(*lock);
+    static fs::path configurationPath(const fs::path& folder) {
+        return folder / kConfigurationFolder / kConfiguration;
     }
-
-    fs::path configurationPath() const { return server_ / "severConfig" / "info1-1.plist"; }
     Value existingConfiguration() const {
-        if (!platform::isThere(configurationPath()))
+        if (!platform::isThere(configurationPath(server_)))
             return Value::Dictionary{{"isVideoCache", false}, {"isWechatTimelineShare", false}};
-        return platform::readPropertyList(configurationPath(), ErrorKind::Failed);
+        return platform::readPropertyList(configurationPath(server_), ErrorKind::Failed);
     }
 
     float minVersion() const {
@@ -102,7 +141,7 @@ class Publication {
     /// Each version has a place of its own, so that the list of before goes on naming what it was written
     /// for.
     std::string place(const std::string& subfolder, const std::string& extension) const {
-        platform::createFolders(server_ / subfolder / version_);
+        platform::createFolders(stage_ / subfolder / version_);
         return subfolder + "/" + version_ + "/" + folder_.name + extension;
     }
     static std::string versionOf(const std::string& digest) { return digest.substr(0, kVersionDigits); }
@@ -111,24 +150,6 @@ class Publication {
         for (const Value& entry : configuration_.array("severTempletData"))
             if (templateNameOfUrl(entry.string("templateUrl")) == folder_.name) return entry;
         return {};
-    }
-
-    /// Those who have fetched the list of before still find what it names.
-    void removeOtherVersionsThan(const std::set<std::string>& versions) const {
-        for (const char* subfolder : {kArchives, kThumbnails, kPreviews}) {
-            std::error_code failure;
-            for (const auto& entry : fs::directory_iterator(server_ / subfolder, failure))
-                if (entry.is_directory(failure) && !versions.contains(entry.path().filename().string()))
-                    removeVersion(entry.path());
-        }
-    }
-
-    /// Templates that are packed alike share a folder.
-    void removeVersion(const fs::path& version) const {
-        std::error_code ignored;
-        for (const auto& entry : fs::directory_iterator(version, ignored))
-            if (entry.path().stem() == folder_.name) fs::remove(entry.path(), ignored);
-        fs::remove(version, ignored);
     }
 
     void refuseForeignNumber() const {
@@ -145,14 +166,14 @@ class Publication {
         const fs::path own = thumbnailOf(folder_);
         if (own.empty() && !options_.renderThumbnail) return {};
         const std::string target = place(kThumbnails, own.empty() ? ".png" : own.extension().string());
-        own.empty() ? options_.renderThumbnail(folder_, server_ / target) : copyFile(own, server_ / target);
+        own.empty() ? options_.renderThumbnail(folder_, stage_ / target) : copyFile(own, stage_ / target);
         return target;
     }
 
     std::string placePreview() {
         if (!options_.renderPreview) return {};
         const std::string target = place(kPreviews, ".mp4");
-        options_.renderPreview(folder_, server_ / target);
+        options_.renderPreview(folder_, stage_ / target);
         return target;
     }
 
@@ -174,24 +195,57 @@ class Publication {
             offered.emplace_back(std::move(entry));
         else
             *known = Value(std::move(entry));
-        platform::createFolders(configurationPath().parent_path());
-        platform::writePropertyList(configurationPath(),
-                                    configuration_.with("severTempletData", Value(std::move(offered))));
+        const fs::path file = configurationPath(stage_);
+        platform::createFolders(file.parent_path());
+        platform::writePropertyList(file, configuration_.with("severTempletData", Value(std::move(offered))));
     }
 
     const TemplateFolder& folder_;
-    fs::path server_;
+    fs::path server_, stage_;
     const PublishOptions& options_;
-    platform::FileLock lock_;
     Value configuration_;
     std::string version_;
 };
 
 }  // namespace
 
-void publishTemplate(const fs::path& folder, const fs::path& serverFolder, const PublishOptions& options) {
+platform::FileLock lockServerFolder(const fs::path& serverFolder, const std::function<bool()>& isCancelled) {
+    platform::createFolders(serverFolder);
+    auto lock = platform::FileLock::acquire(serverFolder / ".publish.lock", kPatience,
+                                            platform::FileLock::Mode::Alone, isCancelled);
+    if (!lock) throw Error(ErrorKind::Transient, "another program is publishing here", serverFolder.string());
+    return std::move(*lock);
+}
+
+void stageTemplate(const fs::path& folder, const fs::path& serverFolder, const fs::path& stage,
+                   const PublishOptions& options) {
     const TemplateFolder read = readTemplateFolder(folder);
-    Publication(read, serverFolder, options).run();
+    Publication(read, serverFolder, stage, options).run();
+}
+
+void publishStaged(const fs::path& stage, const fs::path& serverFolder, const std::string& name) {
+    platform::removeAbandonedParts(serverFolder);
+    for (const char* subfolder : {kArchives, kPreviews, kThumbnails})
+        for (const fs::path& version : plainFoldersIn(stage / subfolder))
+            for (const fs::path& file : filesOf(name, version)) {
+                const fs::path place = serverFolder / subfolder / version.filename();
+                platform::createFolders(place);
+                platform::moveFile(file, place / file.filename());
+            }
+    // The list last: what it names is there.
+    platform::createFolders(serverFolder / kConfigurationFolder);
+    for (const fs::path& list : filesOf(fs::path(kConfiguration).stem(), stage / kConfigurationFolder))
+        platform::moveFile(list, serverFolder / kConfigurationFolder / kConfiguration);
+    removeOtherVersionsThan(keptVersions(stage), serverFolder, name);
+}
+
+void publishTemplate(const fs::path& folder, const fs::path& serverFolder, const PublishOptions& options) {
+    const platform::FileLock lock = lockServerFolder(serverFolder);
+    platform::removeAbandonedParts(serverFolder);
+    const platform::PartFolder stage(serverFolder, "publishing");
+    stageTemplate(folder, serverFolder, stage.path(), options);
+    const fs::path absolute = (fs::absolute(folder) / "").lexically_normal().parent_path();
+    publishStaged(stage.path(), serverFolder, absolute.filename().string());
 }
 
 }  // namespace multiscene

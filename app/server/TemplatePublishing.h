@@ -6,6 +6,7 @@
 #include <string>
 
 #include "app/author/TemplatePacking.h"
+#include "platform/store/FileLock.h"
 
 namespace multiscene {
 
@@ -32,5 +33,17 @@ struct PublishOptions {
 /// template's.
 void publishTemplate(const std::filesystem::path& folder, const std::filesystem::path& serverFolder,
                      const PublishOptions& options = {});
+
+/// The parts of publishTemplate(), for a program that lets another process read the template. Whoever holds
+/// the lock stages and publishes. lockServerFolder() makes the folder where it is missing; throws
+/// Error(Transient) when another program publishes there for too long, and Cancelled.
+platform::FileLock lockServerFolder(const std::filesystem::path& serverFolder,
+                                    const std::function<bool()>& isCancelled = {});
+/// Makes all files in `stage`, laid out as on the server, and changes nothing in the server's folder.
+void stageTemplate(const std::filesystem::path& folder, const std::filesystem::path& serverFolder,
+                   const std::filesystem::path& stage, const PublishOptions& options = {});
+/// Moves what was staged for the template `name` into its places, and nothing else.
+void publishStaged(const std::filesystem::path& stage, const std::filesystem::path& serverFolder,
+                   const std::string& name);
 
 }  // namespace multiscene

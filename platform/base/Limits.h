@@ -21,7 +21,15 @@ struct Limits {
     static constexpr uint64_t maxShaderWork = 2'000'000;
     static constexpr uint64_t maxPictureBytes = uint64_t(256) << 20;
 
-    // What the process that does a job may take. They can be changed (platform/fence/WorkerLimits.h).
+    // What the process that does a job may take: a start, and more for what it makes, up to a most. They can
+    // be changed (platform/fence/WorkerLimits.h).
+    static constexpr uint64_t jobMemory = uint64_t(2) << 30;
+    static constexpr uint64_t jobMemoryPerPixel = 256;
+    static constexpr uint64_t jobSeconds = 3600;
+    static constexpr uint64_t jobMillisecondsPerFrame = 2000;
+    static constexpr uint64_t jobNanosecondsPerPixel = 10'000;
+    static constexpr uint64_t jobFileBytes = uint64_t(1) << 30;
+    static constexpr uint64_t jobFileBytesPerPixel = 4;
     static constexpr uint64_t maxJobMemory = uint64_t(4) << 30;
     static constexpr uint64_t maxJobCpuSeconds = 48 * 3600;
     static constexpr uint64_t maxJobSeconds = 24 * 3600;

@@ -59,7 +59,7 @@ class Reader {
 bool parse(const char* bytes, size_t size, Message& message) {
     Reader reader(bytes, size);
     Header header{};
-    constexpr auto last = static_cast<uint32_t>(Message::Kind::Done);
+    constexpr auto last = static_cast<uint32_t>(Message::Kind::Plan);
     if (!reader.take(&header, sizeof header) || header.kind < 1 || header.kind > last ||
         header.fields > Message::maxFields)
         return false;
@@ -112,7 +112,11 @@ std::pair<Channel, Channel> Channel::pair() {
     return {Channel(FileHandle(ends[0])), Channel(FileHandle(ends[1]))};
 }
 
-bool Channel::send(const Message& message) {
+bool Channel::send(const Message& message) { return sendWith(message, 0); }
+
+bool Channel::sendAtOnce(const Message& message) { return sendWith(message, MSG_DONTWAIT); }
+
+bool Channel::sendWith(const Message& message, int flags) {
     std::string bytes = packetOf(message);
     if (bytes.size() > Message::maxBytes || message.fields.size() > Message::maxFields ||
         message.files.size() > Message::maxFiles)
@@ -125,7 +129,7 @@ bool Channel::send(const Message& message) {
     addFiles(packet, control, message.files);
     const std::lock_guard lock(sending_);
     ssize_t sent = -1;
-    do sent = ::sendmsg(socket_.descriptor(), &packet, MSG_NOSIGNAL);
+    do sent = ::sendmsg(socket_.descriptor(), &packet, MSG_NOSIGNAL | flags);
     while (sent < 0 && errno == EINTR);
     return sent >= 0;
 }

@@ -23,6 +23,8 @@ class Channel {
     /// Waits while the other end does not listen; false when it is gone. Throws Error(Failed) for a message
     /// that is too large.
     bool send(const Message& message);
+    /// The same without waiting: false also when the other end has not taken what it was sent before.
+    bool sendAtOnce(const Message& message);
     /// Nothing when there is no message, or (see isClosed()) none will come. Waits for one if told so. Throws
     /// Error(Failed) when the packet is not a message.
     std::optional<Message> receive(bool waits = false);
@@ -30,6 +32,8 @@ class Channel {
     bool isClosed() const { return isClosed_; }
 
   private:
+    bool sendWith(const Message& message, int flags);
+
     FileHandle socket_;
     std::mutex sending_;
     bool isClosed_ = false;

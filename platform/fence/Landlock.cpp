@@ -20,7 +20,7 @@ constexpr uint64_t kExecute = 1 << 0, kWriteFile = 1 << 1, kReadFile = 1 << 2, k
                    kRemoveDir = 1 << 4, kRemoveFile = 1 << 5, kMakeDir = 1 << 7, kMakeRegular = 1 << 8,
                    kRefer = 1 << 13, kTruncate = 1 << 14, kIoctlDevice = 1 << 15;
 constexpr uint64_t kFirstRights = (1 << 13) - 1;
-constexpr uint64_t kTcp = 3, kScopes = 3;
+constexpr uint64_t kTcpBind = 1, kTcpConnect = 2, kScopes = 3;
 constexpr uint32_t kVersionFlag = 1;
 constexpr int kRuleBelowPath = 1;
 
@@ -76,6 +76,7 @@ void Reach::add(const Reach& other) {
     read.insert(read.end(), other.read.begin(), other.read.end());
     write.insert(write.end(), other.write.begin(), other.write.end());
     devices.insert(devices.end(), other.devices.begin(), other.devices.end());
+    network = network || other.network;
 }
 
 int landlockVersion() {
@@ -89,7 +90,7 @@ std::string confineWithLandlock(const Reach& reach) {
     // Without moving between folders no finished file could leave the folder it was made in.
     if (version < 2) return "this kernel's Landlock is too old: every file of the user can be reached";
     const uint64_t rights = fileRights(version);
-    const RulesetAttributes attributes{rights, kTcp, kScopes};
+    const RulesetAttributes attributes{rights, reach.network ? kTcpBind : kTcpBind | kTcpConnect, kScopes};
     const FileHandle ruleset(
         static_cast<int>(::syscall(SYS_landlock_create_ruleset, &attributes, sizeOfAttributes(version), 0)));
     if (!ruleset) return std::string("Landlock refuses its rules: ") + std::strerror(errno);

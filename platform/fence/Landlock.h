@@ -11,6 +11,7 @@ struct Reach {
     std::vector<std::filesystem::path> read;     ///< files, and folders with everything below them
     std::vector<std::filesystem::path> write;    ///< folders: files and folders may be made, changed, removed
     std::vector<std::filesystem::path> devices;  ///< read, written and told with ioctl, as a GPU is
+    bool network = false;                        ///< connections to others; none are taken from them
 
     void add(const Reach& other);
 };

@@ -22,6 +22,8 @@ struct Message {
         Answer,     ///< to a request: empty, or what failed (as in Failure)
         Failure,    ///< kind, message, file, key: what ended the job
         Done,       ///< exit code
+        Download,   ///< bytes received, bytes in all, seconds: a sign of life, too
+        Plan,       ///< frames (0: unknown), pixels of one: what the job's limits follow from
     };
 
     /// More than this is not sent, and not heard.

@@ -98,7 +98,7 @@ SandboxState enterSandbox(const Reach& reach) {
         return SandboxState::of({"new privileges cannot be given up", "nothing else can be shut then"});
     dropCapabilities();
     std::vector<std::string> missing{confineWithLandlock(reach)};
-    missing.push_back(isSanitized() ? kSanitized : forbidSystemCalls());
+    missing.push_back(isSanitized() ? kSanitized : forbidSystemCalls(reach.network));
     return SandboxState::of(std::move(missing));
 }
 
@@ -124,6 +124,30 @@ Reach reachOfLibraries() {
                              "__EGL_VENDOR_LIBRARY_FILENAMES", "FONTCONFIG_FILE", "FONTCONFIG_PATH"})
         addFolders(name, reach.read);
     addUserFonts(reach.read);
+    return reach;
+}
+
+Reach reachOfNetwork() {
+    Reach reach;
+    reach.network = true;
+    reach.read = {"/etc/resolv.conf",
+                  "/etc/hosts",
+                  "/etc/host.conf",
+                  "/etc/gai.conf",
+                  "/etc/services",
+                  "/etc/protocols",
+                  "/etc/hostname",
+                  "/etc/ssl",
+                  "/etc/pki",
+                  "/etc/crypto-policies",
+                  "/etc/ca-certificates",
+                  "/usr/local/share/ca-certificates",
+                  "/run/systemd/resolve",
+                  "/run/resolvconf",
+                  "/run/NetworkManager",
+                  "/run/nscd",
+                  "/var/lib/ca-certificates"};
+    for (const char* name : {"SSL_CERT_FILE", "CURL_CA_BUNDLE", "SSL_CERT_DIR"}) addFolders(name, reach.read);
     return reach;
 }
 

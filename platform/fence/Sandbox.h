@@ -33,4 +33,7 @@ SandboxState enterSandbox(const Reach& reach);
 /// have allow nothing. The user's own fonts are part of it, the rest of the home is not.
 Reach reachOfLibraries();
 
+/// What a download needs besides: names of hosts, authorities of certificates, connections.
+Reach reachOfNetwork();
+
 }  // namespace platform

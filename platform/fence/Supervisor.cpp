@@ -10,12 +10,15 @@
 #include <cstdio>
 
 #include "platform/base/Clock.h"
+#include "platform/base/Log.h"
 
 namespace platform {
 
 namespace {
 
-constexpr double kGrace = 0.25;    // seconds between asking and killing; the end takes time as well
+constexpr const char* kDrawing = "drawing";
+constexpr double kGrace = 0.25;  // seconds between asking and killing; the end takes time as well
+constexpr double kDying = 0.2, kDyingAtFault = 5;
 constexpr double kLooking = 0.05;  // seconds between looks at the limits
 constexpr int kNap = 50;           // milliseconds
 
@@ -46,7 +49,7 @@ Supervisor::Supervisor(Worker& worker, const WorkerLimits& limits, int signals, 
     : worker_(worker), watch_(worker.process(), limits), signals_(signals), listener_(std::move(listener)) {}
 
 int Supervisor::run() {
-    while (!worker_.ended()) {
+    while (!worker_.ended() && !isLost()) {
         wait();
         readSignals();
         if (mayWrite()) {
@@ -54,13 +57,21 @@ int Supervisor::run() {
             hear();
         }
         watchLimits();
-        if (isCancelled_ && !isKilled_ && monotonicSeconds() >= killAt_) {
-            isKilled_ = true;
-            worker_.signal(SIGKILL);
-        }
+        if (isCancelled_ && !killedAt_ && monotonicSeconds() >= killAt_) kill();
     }
+    if (!worker_.ended()) worker_.abandon();
     drain();
-    return outcome(*worker_.ended());
+    return outcome(worker_.ended().value_or(SIGKILL));
+}
+
+void Supervisor::kill() {
+    killedAt_ = monotonicSeconds();
+    worker_.signal(SIGKILL);
+}
+
+/// Killed, but held in the kernel, by a disk for one: it runs no more, and nobody waits for that.
+bool Supervisor::isLost() const {
+    return killedAt_ && monotonicSeconds() - *killedAt_ > (isCancelled_ ? kDying : kDyingAtFault);
 }
 
 /// While nobody reads what the program writes, nothing more is taken from the worker.
@@ -78,7 +89,7 @@ void Supervisor::wait() {
                         input(worker_.endDescriptor(), !worker_.ended()),
                         output(STDOUT_FILENO),
                         output(STDERR_FILENO)};
-    const double grace = isCancelled_ && !isKilled_ ? std::max(0.0, killAt_ - monotonicSeconds()) : 1;
+    const double grace = isCancelled_ && !killedAt_ ? std::max(0.0, killAt_ - monotonicSeconds()) : 1;
     ::poll(waiting, std::size(waiting), std::min(kNap, static_cast<int>(grace * 1000) + 1));
 }
 
@@ -107,6 +118,12 @@ void Supervisor::take(Message& message) {
         case Message::Kind::Done:
             code_ = static_cast<int>(message.integer(0));
             return;
+        case Message::Kind::Plan:
+            watch_.plan(message.integer(0), message.integer(1));
+            return;
+        case Message::Kind::Download:
+            watch_.sign();
+            break;
         case Message::Kind::Progress:
             takeProgress(message.integer(0), message.integer(1));
             break;
@@ -119,10 +136,15 @@ void Supervisor::take(Message& message) {
 void Supervisor::takeSign(const Message& sign) {
     watch_.sign();
     const std::string &stage = sign.field(0), &file = sign.field(1);
-    if (!stage.empty()) activity_ = {stage, "", blameOf(sign.integer(2))};
+    if (!stage.empty()) begin({stage, "", blameOf(sign.integer(2))});
     if (file.empty()) return;
     activity_.file = file;
     activity_.blame = blameOf(sign.integer(2));
+}
+
+void Supervisor::begin(const WorkerActivity& activity) {
+    activity_ = activity;
+    log::info("stage: " + activity.stage);
 }
 
 /// What takes long between two frames are the template's shaders, or files that are opened meanwhile.
@@ -130,8 +152,13 @@ void Supervisor::takeProgress(int64_t frames, int64_t total) {
     if (frames <= frames_) return;
     frames_ = frames;
     watch_.sign();
-    const bool isDrawn = total > 0 && frames >= total;
-    activity_ = {isDrawn ? "finishing" : "drawing frame " + std::to_string(frames), "", ErrorKind::Template};
+    const bool isDrawing = activity_.stage.starts_with(kDrawing);
+    if (total > 0 && frames >= total) {
+        if (isDrawing) activity_ = {"finishing", "", ErrorKind::Template};
+        return;
+    }
+    if (!isDrawing) begin({kDrawing, "", ErrorKind::Template});
+    activity_ = {std::string(kDrawing) + " frame " + std::to_string(frames), "", ErrorKind::Template};
 }
 
 bool Supervisor::passErrorsOn() {
@@ -186,7 +213,7 @@ void Supervisor::end(WorkerFault fault, uint64_t limit) {
     if (fault_ != WorkerFault::None) return;
     fault_ = fault;
     limit_ = limit;
-    worker_.signal(SIGKILL);
+    kill();
 }
 
 /// What the worker has said before its end, as far as somebody reads it. Not until the channel is closed, and

@@ -16,8 +16,9 @@ namespace platform {
 /// libraries write, are passed on with control characters replaced.
 class Supervisor {
   public:
-    /// A message of the kinds Fence, Progress, Output or Request. A request is answered by it. The first two
-    /// fields of a Progress are the frames done, of which only more are a sign of life, and all frames.
+    /// A message of the kinds Fence, Progress, Download, Output or Request. A request is answered by it. The
+    /// first two fields of a Progress are the frames done, of which only more are a sign of life, and all
+    /// frames.
     using Listener = std::function<void(Message&)>;
 
     Supervisor(Worker& worker, const WorkerLimits& limits, int signals, Listener listener);
@@ -42,6 +43,7 @@ class Supervisor {
     bool hear();
     void take(Message& message);
     void takeSign(const Message& sign);
+    void begin(const WorkerActivity& activity);
     void takeProgress(int64_t frames, int64_t total);
     /// False when there is nothing now.
     bool passErrorsOn();
@@ -50,6 +52,8 @@ class Supervisor {
     void pause();
     void watchLimits();
     void end(WorkerFault fault, uint64_t limit = 0);
+    void kill();
+    bool isLost() const;
     void drain();
     int outcome(int status);
 
@@ -64,7 +68,8 @@ class Supervisor {
     std::optional<int> code_;
     WorkerFault fault_ = WorkerFault::None;
     uint64_t limit_ = 0;
-    bool isCommitted_ = false, isCancelled_ = false, isKilled_ = false, hasErrors_ = true;
+    bool isCommitted_ = false, isCancelled_ = false, hasErrors_ = true;
+    std::optional<double> killedAt_;
     double killAt_ = 0, lookAt_ = 0;
 };
 

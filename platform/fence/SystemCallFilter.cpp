@@ -21,10 +21,7 @@ using Filter = std::unique_ptr<void, void (*)(scmp_filter_ctx)>;
 
 /// Names, because libseccomp knows those that this machine's headers do not; an unknown one is left out.
 constexpr const char* kForbidden[] = {
-    // network
-    "socket",
-    "connect",
-    "bind",
+    // being called
     "listen",
     "accept",
     "accept4",
@@ -112,6 +109,8 @@ constexpr const char* kForbidden[] = {
     "memfd_secret",
 };
 
+constexpr const char* kNetwork[] = {"socket", "connect", "bind"};
+
 class Rules {
   public:
     explicit Rules(scmp_filter_ctx filter) : filter_(filter) {}
@@ -136,8 +135,10 @@ class Rules {
     int failure_ = 0;
 };
 
-void addRules(Rules& rules) {
+void addRules(Rules& rules, bool allowsNetwork) {
     for (const char* name : kForbidden) rules.forbid(name);
+    if (!allowsNetwork)
+        for (const char* name : kNetwork) rules.forbid(name);
     // Threads are made, processes are not. The newer call hides its flags: its caller then takes the older.
     rules.unknown("clone3");
     rules.forbid("clone", SCMP_A0(SCMP_CMP_MASKED_EQ, CLONE_THREAD, 0));
@@ -159,13 +160,13 @@ bool hasSystemCallFilter() {
     return ::syscall(SYS_seccomp, SECCOMP_GET_ACTION_AVAIL, 0, &action) == 0;
 }
 
-std::string forbidSystemCalls() {
+std::string forbidSystemCalls(bool allowsNetwork) {
     if (!hasSystemCallFilter())
         return "this kernel filters no system calls: network and programs can be reached";
     const Filter filter(seccomp_init(SCMP_ACT_ALLOW), seccomp_release);
     if (!filter) return "the filter of system calls cannot be made";
     Rules rules(filter.get());
-    addRules(rules);
+    addRules(rules, allowsNetwork);
     seccomp_attr_set(filter.get(), SCMP_FLTATR_CTL_NNP, 0);
     const int failure = rules.failure() != 0 ? rules.failure() : -seccomp_load(filter.get());
     return failure == 0 ? "" : std::string("the filter of system calls fails: ") + std::strerror(failure);

@@ -11,8 +11,10 @@ namespace platform {
 /// do without goes on. A list of what is forbidden, not of what is allowed: graphics drivers differ too much
 /// in what they need.
 ///
+/// With `allowsNetwork` sockets can be made and connected, as a download needs it; nobody is listened to.
+///
 /// Returns what does not hold, empty when all does. The process has given up new privileges before.
-std::string forbidSystemCalls();
+std::string forbidSystemCalls(bool allowsNetwork = false);
 
 /// Whether this kernel filters system calls.
 bool hasSystemCallFilter();

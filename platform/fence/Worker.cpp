@@ -83,7 +83,7 @@ void Worker::runChild(const Body& body, Channel channel, FileHandle errors, pid_
 }
 
 Worker::~Worker() {
-    if (!status_) kill();
+    if (!status_ && !isAbandoned_) kill();
 }
 
 void Worker::signal(int number) const {

@@ -47,6 +47,8 @@ class Worker {
     std::optional<int> ended();
     /// Kills it and waits for its end.
     int kill();
+    /// Its end is not waited for. It has been killed.
+    void abandon() { isAbandoned_ = true; }
 
   private:
     [[noreturn]] void runChild(const Body& body, Channel channel, FileHandle errors, pid_t supervisor);
@@ -56,6 +58,7 @@ class Worker {
     std::unique_ptr<Channel> channel_;
     FileHandle errors_, end_;
     std::optional<int> status_;
+    bool isAbandoned_ = false;
 };
 
 }  // namespace platform

@@ -16,15 +16,23 @@ namespace {
 struct Named {
     std::string_view name;
     uint64_t WorkerLimits::*value;
+    uint64_t WorkerLimits::*start = nullptr;  ///< of a most: what a job begins with
 };
 
 constexpr std::array kNamed{
-    Named{"maxJobMemory", &WorkerLimits::memoryBytes},
-    Named{"maxJobCpuSeconds", &WorkerLimits::cpuSeconds},
-    Named{"maxJobSeconds", &WorkerLimits::wallSeconds},
+    Named{"jobMemory", &WorkerLimits::firstMemoryBytes},
+    Named{"jobMemoryPerPixel", &WorkerLimits::memoryBytesPerPixel},
+    Named{"maxJobMemory", &WorkerLimits::memoryBytes, &WorkerLimits::firstMemoryBytes},
+    Named{"jobSeconds", &WorkerLimits::firstSeconds},
+    Named{"jobMillisecondsPerFrame", &WorkerLimits::millisecondsPerFrame},
+    Named{"jobNanosecondsPerPixel", &WorkerLimits::nanosecondsPerPixel},
+    Named{"maxJobCpuSeconds", &WorkerLimits::cpuSeconds, &WorkerLimits::firstSeconds},
+    Named{"maxJobSeconds", &WorkerLimits::wallSeconds, &WorkerLimits::firstSeconds},
     Named{"maxStepCpuSeconds", &WorkerLimits::stepCpuSeconds},
     Named{"maxStepSeconds", &WorkerLimits::stepSeconds},
-    Named{"maxJobFileBytes", &WorkerLimits::fileBytes},
+    Named{"jobFileBytes", &WorkerLimits::firstFileBytes},
+    Named{"jobFileBytesPerPixel", &WorkerLimits::fileBytesPerPixel},
+    Named{"maxJobFileBytes", &WorkerLimits::fileBytes, &WorkerLimits::firstFileBytes},
     Named{"maxJobOpenFiles", &WorkerLimits::openFiles},
     Named{"maxJobThreads", &WorkerLimits::threads},
 };
@@ -61,6 +69,28 @@ void WorkerLimits::set(const std::string& nameAndValue) {
     if (result.ec != std::errc() || result.ptr != text.data() + text.size() || value < 1 || value > most)
         throw Error(ErrorKind::Usage, "\"" + nameAndValue + "\" is not NAME=NUMBER; the number is 1 or more");
     this->*(known->value) = value;
+    if (known->start) this->*(known->start) = std::max(this->*(known->start), value);
+}
+
+WorkerLimits WorkerLimits::forJob(int64_t frames, int64_t pixels) const {
+    WorkerLimits limits = *this;
+    if (frames < 0) return limits;
+    // Doubles: whatever a template says, nothing overflows, and nobody asks for the last second.
+    const auto least = [](uint64_t most, double wanted) {
+        return wanted < static_cast<double>(most) ? static_cast<uint64_t>(wanted) : most;
+    };
+    const auto all = static_cast<double>(frames), each = static_cast<double>(std::max<int64_t>(pixels, 0));
+    constexpr double milli = 1e-3, nano = 1e-9;
+    const double seconds =
+        static_cast<double>(firstSeconds) + all * (static_cast<double>(millisecondsPerFrame) * milli +
+                                                   each * static_cast<double>(nanosecondsPerPixel) * nano);
+    limits.cpuSeconds = least(cpuSeconds, seconds);
+    limits.wallSeconds = least(wallSeconds, seconds);
+    limits.memoryBytes = least(
+        memoryBytes, static_cast<double>(firstMemoryBytes) + each * static_cast<double>(memoryBytesPerPixel));
+    limits.fileBytes = least(
+        fileBytes, static_cast<double>(firstFileBytes) + all * each * static_cast<double>(fileBytesPerPixel));
+    return limits;
 }
 
 void WorkerLimits::apply() const {

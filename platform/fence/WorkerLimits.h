@@ -8,7 +8,9 @@
 
 namespace platform {
 
-/// Defaults are those of Limits. A user changes them by their names in its table.
+/// Defaults are those of Limits. A user changes them by their names in its table: a start and what is added
+/// for frames and pixels, generous because a slow machine under load is no fault of the job, or a most, which
+/// then is what the job may take whatever it makes.
 ///
 /// Memory is what is resident and private, looked at several times a second by the supervisor. A limit of the
 /// address space is of no use: graphics drivers and sanitizers reserve many times what they touch. What can
@@ -18,11 +20,18 @@ namespace platform {
 struct WorkerLimits {
     uint64_t memoryBytes = Limits::maxJobMemory;
     uint64_t cpuSeconds = Limits::maxJobCpuSeconds, wallSeconds = Limits::maxJobSeconds;
+    uint64_t firstMemoryBytes = Limits::jobMemory, memoryBytesPerPixel = Limits::jobMemoryPerPixel;
+    uint64_t firstSeconds = Limits::jobSeconds, millisecondsPerFrame = Limits::jobMillisecondsPerFrame,
+             nanosecondsPerPixel = Limits::jobNanosecondsPerPixel;
+    uint64_t firstFileBytes = Limits::jobFileBytes, fileBytesPerPixel = Limits::jobFileBytesPerPixel;
     /// Between two signs of life: a file that is opened, a frame that is done.
     uint64_t stepCpuSeconds = Limits::maxStepCpuSeconds, stepSeconds = Limits::maxStepSeconds;
     uint64_t fileBytes = Limits::maxJobFileBytes;
     uint64_t openFiles = Limits::maxJobOpenFiles;
     uint64_t threads = Limits::maxJobThreads;
+
+    /// What a job may take that makes so many frames (0: none; below: nobody knows) of so many pixels.
+    WorkerLimits forJob(int64_t frames, int64_t pixels) const;
 
     /// "maxJobMemory=8589934592". Throws Error(Usage) for an unknown name or a value that is no number.
     void set(const std::string& nameAndValue);

@@ -1,6 +1,7 @@
 #include "platform/fence/WorkerWatch.h"
 
 #include <fcntl.h>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -31,11 +32,27 @@ bool isBeyond(double value, uint64_t limit) { return value > static_cast<double>
 }  // namespace
 
 WorkerWatch::WorkerWatch(pid_t process, const WorkerLimits& limits)
-    : process_(process), limits_(limits), start_(monotonicSeconds()), stepStart_(start_) {}
+    : process_(process),
+      given_(limits),
+      limits_(limits.forJob(0, 0)),
+      start_(monotonicSeconds()),
+      stepStart_(start_) {}
 
 void WorkerWatch::sign() {
     stepStart_ = monotonicSeconds();
     stepCpu_ = cpuSeconds();
+}
+
+void WorkerWatch::plan(int64_t frames, int64_t pixels) {
+    // A template may say anything, and so may a worker.
+    constexpr int64_t most = int64_t{1} << 40;
+    frames_ = frames < 0 || frames_ < 0 ? -1 : std::min(frames_ + std::min(frames, most), most);
+    pixels_ = std::max(pixels_, std::min(pixels, most));
+    limits_ = given_.forJob(frames_, pixels_);
+    rlimit files{};
+    if (::prlimit(process_, RLIMIT_FSIZE, nullptr, &files) != 0) return;
+    files.rlim_cur = std::min<rlim_t>(files.rlim_max, limits_.fileBytes);
+    ::prlimit(process_, RLIMIT_FSIZE, &files, nullptr);
 }
 
 double WorkerWatch::cpuSeconds() const {

@@ -21,6 +21,9 @@ class WorkerWatch {
 
     /// The worker has got on: the time for one step begins anew.
     void sign();
+    /// The worker makes so many frames (below 0: nobody knows) of so many pixels; more than once adds up.
+    /// Until it says so it makes none.
+    void plan(int64_t frames, int64_t pixels);
     /// The first limit that the worker is beyond. Cheap enough for twenty times a second.
     Finding look();
     /// Bytes: the most private resident memory that was seen.
@@ -31,7 +34,8 @@ class WorkerWatch {
     double cpuSeconds() const;
 
     pid_t process_;
-    WorkerLimits limits_;
+    WorkerLimits given_, limits_;
+    int64_t frames_ = 0, pixels_ = 0;
     double start_, stepStart_, stepCpu_ = 0;
     uint64_t bytes_ = 0, peakBytes_ = 0, threads_ = 0;
 };

@@ -8,6 +8,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <thread>
 
 #include "platform/base/Error.h"
@@ -178,6 +179,31 @@ std::unique_ptr<Database> Database::unchanging(const std::string& file) {
     return guarded(file, [&] {
         return std::unique_ptr<Database>(new Database(std::make_unique<Core>(file, uri + "?immutable=1")));
     });
+}
+
+std::string Database::image() const {
+    sqlite3_int64 size = 0;
+    const std::unique_ptr<unsigned char, void (*)(void*)> bytes(
+        sqlite3_serialize(core_->connection.getHandle(), "main", &size, 0), sqlite3_free);
+    if (!bytes) throw Error(ErrorKind::Transient, "the database cannot be copied", core_->file);
+    std::string image(reinterpret_cast<const char*>(bytes.get()), static_cast<size_t>(size));
+    // In memory there is no log beside the file, so the header must not ask for one.
+    constexpr size_t writeVersion = 18, readVersion = 19;
+    if (image.size() > readVersion) image[writeVersion] = image[readVersion] = 1;
+    return image;
+}
+
+std::unique_ptr<Database> Database::ofImage(const std::string& image, const std::string& file) {
+    auto core = std::make_unique<Core>(kInMemory, 0);
+    core->file = file;
+    auto* const bytes = static_cast<unsigned char*>(sqlite3_malloc64(image.size()));
+    if (!bytes) throw Error(ErrorKind::Transient, "out of memory", file);
+    std::memcpy(bytes, image.data(), image.size());
+    const auto size = static_cast<sqlite3_int64>(image.size());
+    const int result = sqlite3_deserialize(core->connection.getHandle(), "main", bytes, size, size,
+                                           SQLITE_DESERIALIZE_FREEONCLOSE | SQLITE_DESERIALIZE_READONLY);
+    if (result != SQLITE_OK) throw Error(ErrorKind::Failed, "the copy of the database is damaged", file);
+    return std::unique_ptr<Database>(new Database(std::move(core)));
 }
 
 const std::string& Database::file() const { return core_->file; }

@@ -56,6 +56,10 @@ class Database {
     /// Opens a file that nobody can write: reads need no lock and no index. What another program should
     /// change all the same is not seen.
     static std::unique_ptr<Database> unchanging(const std::string& file);
+    /// The whole content as bytes, as it is now.
+    std::string image() const;
+    /// A database in memory that holds what image() gave and cannot be changed; `file` is named in errors.
+    static std::unique_ptr<Database> ofImage(const std::string& image, const std::string& file);
     ~Database();
     Database(const Database&) = delete;
     Database& operator=(const Database&) = delete;

@@ -9,7 +9,8 @@
 namespace platform {
 
 std::optional<FileLock> FileLock::acquire(const std::filesystem::path& file,
-                                          std::chrono::milliseconds patience, Mode mode) {
+                                          std::chrono::milliseconds patience, Mode mode,
+                                          const std::function<bool()>& isCancelled) {
     FileHandle handle = openFile(file, O_RDWR | O_CREAT | O_NOFOLLOW);
     if (const int failure = errno; !handle && mode == Mode::Shared) {
         handle = openFile(file, O_RDONLY | O_NOFOLLOW);
@@ -21,6 +22,7 @@ std::optional<FileLock> FileLock::acquire(const std::filesystem::path& file,
     while (::flock(handle.descriptor(), kind | LOCK_NB) != 0) {
         if (errno != EWOULDBLOCK && errno != EINTR) throw errnoError(errno, "cannot lock", file.string());
         if (std::chrono::steady_clock::now() >= deadline) return std::nullopt;
+        if (isCancelled && isCancelled()) throw Error(ErrorKind::Cancelled, "cancelled");
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
     return FileLock(std::move(handle));

@@ -173,6 +173,27 @@ TEST_F(CatalogueTest, ATransactionIsAllOrNothing) {
     EXPECT_EQ(manager.insertSignSceneDataWithSignSceneDataModel(model(1)), 1);
 }
 
+/// For a process that may not open the catalogue.
+TEST_F(CatalogueTest, ACopyIsReadAndCannotBeChanged) {
+    manager.insertSignSceneDataWithSignSceneDataModel(
+        model(1, {{"wechartTempletInfo", Value::Dictionary{}}}));
+    std::string image = manager.image();
+    manager.insertSignSceneDataWithSignSceneDataModel(model(2));
+    QVDataManager::readCopies([&image] { return image; });
+    QVDataManager copy;
+    copy.checkUsable();
+    EXPECT_THAT(numbers(copy.allSignSceneData()), ElementsAre(1));
+    EXPECT_EQ(copy.insertSignSceneDataWithSignSceneDataModel(model(3)), -1);
+    EXPECT_THROW(copy.transaction([](platform::Database&) {}), platform::Error);
+    image = manager.image();
+    copy.readAnew();
+    EXPECT_THAT(numbers(copy.allSignSceneData()), ElementsAre(1, 2));
+    image.clear();
+    copy.readAnew();
+    EXPECT_TRUE(copy.allSignSceneData().empty());
+    QVDataManager::readCopies({});
+}
+
 TEST_F(CatalogueTest, SeveralConnectionsInsertingTheSameScenesLeaveOneRowEach) {
     std::vector<std::thread> writers;
     std::atomic<int> added = 0;

@@ -178,6 +178,41 @@ TEST_F(InstallationTest, RefusalsLeaveEverythingAsItWas) {
     EXPECT_THAT(sceneFolder(), ElementsAre("T"));
 }
 
+/// What somebody else has unpacked, and says of it, may be anything.
+TEST_F(InstallationTest, NothingIsBelievedOfWhatWasUnpackedElsewhere) {
+    install("T", {1});
+    const fs::path zip = archive("U", {2}), into = home.home() / "jobs" / "1";
+    const auto unpacked = TemplateInstallation::unpack(zip, "U", into);
+    ASSERT_TRUE(unpacked.folder) << unpacked.remark;
+    const auto takeIn = [&](const std::function<void(TemplateFolder&)>& falsify) {
+        TemplateFolder told = *unpacked.folder;
+        falsify(told);
+        return failureOf([&] { TemplateInstallation(catalogue, "U").takeIn(told, zip); });
+    };
+    fs::create_symlink(home.outside(), into / "U" / "link");
+    EXPECT_THAT(takeIn([](auto&) {}), HasSubstr("is a link"));
+    fs::remove(into / "U" / "link");
+    EXPECT_THAT(takeIn([](TemplateFolder& told) {
+                    told.records[0].setScenePlistPath("$(multiSceneSceneROOT)/T/scene1.plist");
+                }),
+                HasSubstr("template's folder"));
+    EXPECT_EQ(state(catalogue, "T"), "1 /11");
+    EXPECT_EQ(state(catalogue, "U"), "/");
+
+    TemplateInstallation::unpack(zip, "U", into);
+    EXPECT_EQ(takeIn([](auto&) {}), "");
+    EXPECT_EQ(state(catalogue, "U"), "2 /11");
+    EXPECT_THAT(sceneFolder(), ElementsAre("T", "U"));
+}
+
+TEST_F(InstallationTest, WaitingForAnotherProgramCanBeCancelled) {
+    const auto lock = lockForChange("T", std::chrono::milliseconds(0));
+    int asked = 0;
+    EXPECT_THAT(
+        failureOf([&] { install("T", archive("T", {1}), {.isCancelled = [&] { return ++asked > 2; }}); }),
+        HasSubstr("cancelled"));
+}
+
 TEST_F(InstallationTest, FilesOrRowsThatAreThereAloneArePutRight) {
     install("T", {1});
     fs::remove_all(scenes() / "T");

@@ -189,6 +189,37 @@ TEST_F(FenceTest, ALimitEndsTheWorkerAndSaysWhichItWas) {
     }
 }
 
+/// The start, and more for what the job says it makes, but never more than the most.
+TEST_F(FenceTest, LimitsFollowFromWhatTheJobMakes) {
+    const auto endOf = [&](std::vector<const char*> settings, int64_t frames) {
+        WorkerLimits limits;
+        for (const char* setting : settings) limits.set(setting);
+        return outcomeOf(
+            [&](Channel& channel) {
+                if (frames != 0) say(channel, Message::Kind::Plan, {std::to_string(frames), "1000000"});
+                sayWhatIsDone(channel);
+                for (;;) ::pause();
+                return 0;
+            },
+            limits);
+    };
+    const std::vector<const char*> first{"jobSeconds=1", "jobMillisecondsPerFrame=500",
+                                         "jobNanosecondsPerPixel=500"};
+    EXPECT_THAT(endOf(first, 0).error->message(), HasSubstr("longer than 1 s"));
+    EXPECT_THAT(endOf(first, 1).error->message(), HasSubstr("longer than 2 s"));
+    auto most = first;
+    most.push_back("maxJobSeconds=3");
+    for (const int64_t frames : {int64_t{1} << 62, int64_t{-1}})
+        EXPECT_THAT(endOf(most, frames).error->message(), HasSubstr("longer than 3 s")) << frames;
+
+    const WorkerLimits usual = WorkerLimits().forJob(300, 720 * 1280);
+    EXPECT_EQ(usual.memoryBytes, (uint64_t{2} << 30) + 256 * 720 * 1280);
+    EXPECT_EQ(usual.wallSeconds, 3600u + 300 * 2 + 2764);
+    WorkerLimits asked;
+    asked.set("maxJobMemory=8589934592");
+    EXPECT_EQ(asked.forJob(1, 1).memoryBytes, uint64_t{8} << 30);
+}
+
 TEST_F(FenceTest, SignsOfLifeGiveMoreTime) {
     WorkerLimits limits;
     limits.set("maxStepSeconds=1");

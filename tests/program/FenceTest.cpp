@@ -60,18 +60,6 @@ class ProgramFenceTest : public ProgramTest {
     using Value = platform::Value;
 };
 
-/// Wherever it is in its work.
-void interrupt(const std::vector<std::string>& words, double seconds) {
-    Process process(words);
-    platform::sleepSeconds(seconds);
-    const double asked = platform::monotonicSeconds();
-    process.signal(SIGINT);
-    const Result result = process.finish();
-    EXPECT_LT(platform::monotonicSeconds() - asked, 0.5) << "after " << seconds;
-    // Before the program has read its command line a signal is the kernel's affair.
-    EXPECT_TRUE(result.exitCode == 130 || seconds < 0.3) << result.errors << "after " << seconds;
-}
-
 }  // namespace
 
 TEST_F(ProgramFenceTest, TheSelfTestFindsNoWayOut) {
@@ -83,13 +71,6 @@ TEST_F(ProgramFenceTest, TheSelfTestFindsNoWayOut) {
     const Result json = multiscene({"selftest", "--json"});
     EXPECT_EQ(json.jsonLines().front().string("event"), "fence");
     EXPECT_TRUE(json.jsonLines().back().boolean("holds"));
-}
-
-TEST_F(ProgramFenceTest, ASignalEndsAJobAtOnceWhateverItDoes) {
-    const std::vector<std::string> words = command(longJob());
-    constexpr int times = 20;
-    for (int time = 0; time < times; ++time) interrupt(words, 0.05 * (time + 1) + 0.007 * (time % 3));
-    expectNothingLeft();
 }
 
 /// As in a decoder that never returns.

@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "output/ExportSound.h"
+#include "platform/base/Activity.h"
 #include "platform/base/Paths.h"
 #include "platform/media/Join.h"
 
@@ -150,6 +151,7 @@ void QVVideoCVCacheExporter::canleExport() {
 
 void QVVideoCVCacheExporter::complete() {
     try {
+        platform::activity::stage("encoding the last frames");
         if (writer_->finish() != platform::VideoWriter::State::Completed) {
             if (const auto error = writer_->error()) handleSessionError(*error);
             return;
@@ -177,6 +179,7 @@ bool QVVideoCVCacheExporter::mutableAudioCompositionWithVideoUrl(
         handleSessionCompleteWithVideoPath(savePath_);
         return true;
     }
+    platform::activity::stage("mixing the sound", platform::ErrorKind::Template);
     // An M4A file whose name ends in .m4v.
     const std::filesystem::path mix = temporaryFile(".m4v");
     const platform::AudioMixReport report = platform::writeAudioMix(
@@ -192,6 +195,7 @@ bool QVVideoCVCacheExporter::mutableAudioCompositionWithVideoUrl(
 
 void QVVideoCVCacheExporter::synthesisAudio(const std::filesystem::path& audio) {
     const std::filesystem::path joined = temporaryFile(".mp4");
+    platform::activity::stage("joining picture and sound");
     platform::joinVideoAndAudio(savePath_, audio, joined, stop_.get_token());
     handleSessionCompleteWithVideoPath(joined.string());
 }

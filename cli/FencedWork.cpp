@@ -1,0 +1,240 @@
+#include "cli/FencedWork.h"
+
+#include <poll.h>
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+
+#include "app/job/JobFolder.h"
+#include "cli/CatalogueCommand.h"
+#include "cli/RelayedConsole.h"
+#include "other/QVUtil.h"
+#include "platform/base/Activity.h"
+#include "platform/base/CurrentError.h"
+#include "platform/base/Log.h"
+#include "platform/base/Memory.h"
+#include "platform/base/Paths.h"
+#include "platform/fence/Sandbox.h"
+#include "platform/fence/Supervisor.h"
+
+namespace multiscene::cli {
+
+namespace fs = std::filesystem;
+using platform::Channel;
+using platform::Error;
+using platform::ErrorKind;
+using platform::FileHandle;
+using platform::Message;
+using platform::Reach;
+
+namespace {
+
+/// The request for a copy of the catalogue; every other one is the command's affair.
+constexpr const char* kCatalogue = "catalogue";
+constexpr int kMostCopies = 100;
+constexpr uint64_t kMostCatalogueBytes = uint64_t{1} << 30;
+
+/// Drivers keep the shaders that they have compiled. Those of workers stay among themselves: what a worker
+/// that was taken over leaves there is used by none but workers.
+fs::path shaderCache() {
+    const char* const set = std::getenv("XDG_CACHE_HOME");
+    const char* const home = std::getenv("HOME");
+    if ((!set || !*set) && (!home || !*home)) return {};
+    const fs::path folder =
+        (set && *set ? fs::path(set) : fs::path(home) / ".cache") / "multiscene" / "shaders";
+    std::error_code failure;
+    fs::create_directories(folder, failure);
+    return failure ? fs::path() : folder;
+}
+
+/// The program with its libraries, resources and samples; links lead to them in a build tree.
+void addProgram(std::vector<fs::path>& paths) {
+    std::error_code failure;
+    const fs::path folder = fs::read_symlink("/proc/self/exe", failure).parent_path();
+    paths.push_back(folder);
+    paths.push_back(folder.parent_path() / "lib");
+    const fs::path& resources = platform::resourcesFolder();
+    paths.push_back(resources);
+    paths.push_back(resources / "templates");
+}
+
+Reach wholeReach(const Errand& errand, const fs::path& cache) {
+    Reach reach = platform::reachOfLibraries();
+    addProgram(reach.read);
+    (errand.changesCatalogue ? reach.write : reach.read).push_back(QVUtil::multiSceneRootPath());
+    if (!errand.folder.empty()) reach.write.push_back(errand.folder);
+    if (!cache.empty()) reach.write.push_back(cache);
+    reach.add(errand.reach);
+    return reach;
+}
+
+void tellFence(const platform::SandboxState& state, Channel& channel) {
+    std::vector<std::string> fields{state.word()};
+    for (const std::string& line : state.missing) fields.push_back(line);
+    channel.send(Message::make(Message::Kind::Fence, std::move(fields)));
+}
+
+void tellActivity(Channel& channel) {
+    platform::activity::setListener(
+        [&channel](const std::string& stage, const std::string& file, ErrorKind blame) {
+            constexpr size_t most = 4096;
+            channel.send(Message::make(Message::Kind::Sign, {stage.substr(0, most), file.substr(0, most),
+                                                             std::to_string(static_cast<int>(blame))}));
+        });
+}
+
+/// In the worker: asks the program and waits for its answer.
+Message answered(Channel& channel, const std::vector<std::string>& request) {
+    channel.send(Message::make(Message::Kind::Request, request));
+    auto answer = channel.receive(true);
+    if (!answer) throw Error(ErrorKind::Failed, "the program does not answer");
+    if (!answer->fields.empty()) throw answer->error();
+    return std::move(*answer);
+}
+
+/// Temporary files of libraries go where the job may write, and away with it.
+void setFolders(const fs::path& folder, const fs::path& cache) {
+    if (!folder.empty()) ::setenv("TMPDIR", folder.c_str(), 1);
+    if (cache.empty()) return;
+    for (const char* name : {"MESA_SHADER_CACHE_DIR", "MESA_GLSL_CACHE_DIR", "__GL_SHADER_DISK_CACHE_PATH"})
+        ::setenv(name, cache.c_str(), 0);
+}
+
+/// In the worker, before it has a second thread.
+void shutIn(const Errand& errand, const fs::path& cache, const platform::WorkerLimits& limits,
+            Channel& channel) {
+    platform::leaveLastWordsToOthers();
+    setFolders(errand.folder, cache);
+    limits.apply();
+    tellActivity(channel);
+    tellFence(platform::enterSandbox(wholeReach(errand, cache)), channel);
+    if (!errand.folder.empty()) JobFolder::nestIn(errand.folder);
+    if (!errand.changesCatalogue)
+        QVDataManager::readCopies([&channel] {
+            const Message answer = answered(channel, {kCatalogue});
+            if (answer.files.empty()) return std::string();
+            const auto bytes = platform::readFile(answer.files.front(), kCatalogue, kMostCatalogueBytes);
+            return std::string(bytes.begin(), bytes.end());
+        });
+    platform::activity::stage("reading what is asked for", ErrorKind::Template);
+}
+
+/// In the worker: does the work and tells what came of it; returns the exit code.
+int tellEnd(Channel& channel, const std::function<int()>& work) {
+    try {
+        const int code = work();
+        channel.send(Message::make(Message::Kind::Done, {std::to_string(code)}));
+        return code;
+    } catch (...) {
+        const Error error = platform::currentError();
+        channel.send(Message::of(Message::Kind::Failure, error));
+        return error.exitCode();
+    }
+}
+
+void noteFence(const Message& message) {
+    if (platform::isSanitized()) return;  // whoever builds with one knows
+    for (size_t index = 1; index < message.fields.size(); ++index)
+        std::fprintf(stderr, "multiscene: the fence is %s: %s\n", message.field(0).c_str(),
+                     message.field(index).c_str());
+}
+
+/// A file in memory that holds these bytes.
+FileHandle fileHolding(const std::string& bytes) {
+    FileHandle file(::memfd_create("multiscene", MFD_CLOEXEC));
+    for (size_t written = 0; file && written < bytes.size();) {
+        const ssize_t count = ::write(file.descriptor(), bytes.data() + written, bytes.size() - written);
+        if (count < 0 && errno != EINTR) file.reset();
+        if (count > 0) written += static_cast<size_t>(count);
+    }
+    if (!file) throw platform::errnoError(errno, "cannot hand the catalogue over", "");
+    return file;
+}
+
+}  // namespace
+
+FencedWork::FencedWork(Console& console, const JobSettings& settings)
+    : console_(console), settings_(settings) {
+    if (settings.isFenced)
+        signals_ = std::make_unique<SignalQueue>();
+    else
+        watch_ = std::make_unique<SignalWatch>();
+}
+
+int FencedWork::run(const Errand& errand, const Work& work, const Answer& answer) {
+    return settings_.isFenced ? runFenced(errand, work, answer) : runHere(work, answer);
+}
+
+bool FencedWork::isCancelled() const {
+    if (watch_) return watch_->stopToken().stop_requested();
+    pollfd signals{signals_->descriptor(), POLLIN, 0};
+    return ::poll(&signals, 1, 0) > 0;
+}
+
+int FencedWork::runHere(const Work& work, const Answer& answer) {
+    Workplace place{console_, watch_->stopToken(), answer};
+    return work(place);
+}
+
+int FencedWork::runFenced(const Errand& errand, const Work& work, const Answer& answer) {
+    const fs::path cache = shaderCache();
+    if (errand.changesCatalogue) QVUtil::createMultiSceneLocalPaths();  // only what exists can be reached
+    catalogue_.reset();  // SQLite's own memory of open files and locks must not be there twice
+    isCommitted_ = false;
+    copies_ = 0;
+    platform::Worker worker([&](Channel& channel) {
+        return tellEnd(channel, [&] {
+            shutIn(errand, cache, settings_.limits, channel);
+            const SignalWatch watch;
+            RelayedConsole relayed(console_.isJson(), channel);
+            Workplace place{relayed, watch.stopToken(),
+                            [&](const std::vector<std::string>& request) { answered(channel, request); }};
+            return work(place);
+        });
+    });
+    std::function<void()> commit;
+    platform::Supervisor supervisor(worker, settings_.limits, signals_->descriptor(), [&](Message& message) {
+        if (message.kind == Message::Kind::Request) {
+            // One that asks without listening gets no answer.
+            worker.channel().sendAtOnce(answerTo(message, answer));
+            if (isCommitted_) commit();
+        } else if (message.kind == Message::Kind::Fence) {
+            noteFence(message);
+        } else {
+            sayRelayed(console_, message);
+        }
+    });
+    commit = [&supervisor] { supervisor.commit(); };
+    supervisor.setSource(errand.source);
+    const int code = supervisor.run();
+    platform::log::info("the job took at most " + std::to_string(supervisor.peakBytes() >> 20) + " MiB");
+    return code;
+}
+
+Message FencedWork::answerTo(const Message& request, const Answer& answer) {
+    try {
+        Message answered = Message::make(Message::Kind::Answer, {});
+        if (request.field(0) != kCatalogue) {
+            if (answer) answer(request.fields);
+        } else if (const std::string copy = copyOfCatalogue(); !copy.empty()) {
+            answered.files.push_back(fileHolding(copy));
+        }
+        return answered;
+    } catch (...) {
+        return Message::of(Message::Kind::Answer, platform::currentError());
+    }
+}
+
+/// What killed installations left is put right first. A catalogue that is not there is not made.
+std::string FencedWork::copyOfCatalogue() {
+    std::error_code failure;
+    if (!fs::exists(QVDataManager::databasePath(), failure)) return {};
+    if (++copies_ > kMostCopies) throw Error(ErrorKind::Failed, "the catalogue is asked for too often");
+    if (!catalogue_) catalogue_ = openCatalogue();
+    return catalogue_->image();
+}
+
+}  // namespace multiscene::cli

@@ -1,0 +1,75 @@
+// Work that reads foreign files or compiles foreign shaders, done in processes behind the fence.
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <stop_token>
+#include <string>
+#include <vector>
+
+#include "app/data/QVDataManager.h"
+#include "cli/Console.h"
+#include "cli/JobSettings.h"
+#include "cli/SignalQueue.h"
+#include "cli/SignalWatch.h"
+#include "platform/fence/Channel.h"
+#include "platform/fence/Landlock.h"
+
+namespace multiscene::cli {
+
+/// What one worker is started with.
+struct Errand {
+    std::string source;             ///< named when the worker ends before it has opened anything
+    platform::Reach reach;          ///< besides what every worker reaches: what the user named
+    std::filesystem::path folder;   ///< of the job, where the worker may write; empty: nowhere
+    bool changesCatalogue = false;  ///< it writes in the data home, and reads no foreign file
+};
+
+/// What a worker works with.
+struct Workplace {
+    Console& console;
+    std::stop_token stop;  ///< requested by a signal
+    /// Has the program do something, and waits for it. Throws what that throws.
+    std::function<void(const std::vector<std::string>&)> ask;
+};
+
+/// The pieces of work of one command, one worker after the other; the program itself stands beside them. Made
+/// while the program has one thread, before it makes anything that a signal could leave behind.
+///
+/// Where the user wants no fence the work is done in the program itself.
+class FencedWork {
+  public:
+    using Work = std::function<int(Workplace&)>;
+    /// In the program: does what a worker asks for, which may be anything. Throws platform::Error.
+    using Answer = std::function<void(const std::vector<std::string>& request)>;
+
+    FencedWork(Console& console, const JobSettings& settings);
+
+    /// Does the work in a worker of its own and returns its exit code. Nothing that the work leaves in memory
+    /// comes back; what it leaves in the job's folder may be anything. Throws platform::Error: what the work
+    /// threw, what became of the worker, or Cancelled.
+    int run(const Errand& errand, const Work& work, const Answer& answer = {});
+
+    /// A signal has come. For what the program itself waits for; the next run() then ends at once.
+    bool isCancelled() const;
+
+    /// From within an answer: the command's result stands, a signal no longer ends the work.
+    void commit() { isCommitted_ = true; }
+
+  private:
+    int runHere(const Work& work, const Answer& answer);
+    int runFenced(const Errand& errand, const Work& work, const Answer& answer);
+    platform::Message answerTo(const platform::Message& request, const Answer& answer);
+    std::string copyOfCatalogue();
+
+    Console& console_;
+    const JobSettings& settings_;
+    std::unique_ptr<SignalQueue> signals_;
+    std::unique_ptr<SignalWatch> watch_;
+    std::shared_ptr<QVDataManager> catalogue_;  ///< once a worker has asked for it
+    bool isCommitted_ = false;
+    int copies_ = 0;  ///< of the catalogue, for the worker that runs
+};
+
+}  // namespace multiscene::cli
