@@ -5,6 +5,7 @@
 #include "core/carmera/QVCamera3D.h"
 #include "format/DictionaryWalk.h"
 #include "format/NodeTypes.h"
+#include "painter/LightUniforms.h"
 #include "sceneFile/SceneFileKeys.h"
 
 namespace multiscene::rules {
@@ -101,10 +102,10 @@ class Effects : public DictionaryVisitor {
 
     void known(const Key& key, const Value& value, const std::string& keyPath) override {
         const size_t count = value.array().size();
-        if (key.children == &lightKeys && count > QVLightBase::maxLights)
+        if (key.children == &lightKeys && count > maxLights)
             findings_.push_back({Severity::Warning, scene_.file, keyPath,
                                  "has " + std::to_string(count) + " lights, but only the first " +
-                                     std::to_string(QVLightBase::maxLights) + " shine",
+                                     std::to_string(maxLights) + " shine",
                                  "remove the others"});
     }
 

@@ -213,27 +213,6 @@ bool isTinted(const QuadPaint& paint) { return paint.tint != std::array<float, 4
 
 float opacityOf(const QuadPaint& paint) { return bounded(paint.opacity) * bounded(paint.tint[3]); }
 
-// What opacity does to the colours that the blend function gets.
-enum class SentColours { Straight, Faded, Multiplied };
-
-SentColours sentColours(const BlendFunction& blend) {
-    switch (blend.source) {
-        case BlendFactor::One:
-            return SentColours::Multiplied;
-        case BlendFactor::SrcAlpha:
-            // The same sum, as long as the other factor does not look at the source's colour.
-            return blend.destination == BlendFactor::SrcColor ||
-                           blend.destination == BlendFactor::OneMinusSrcColor
-                       ? SentColours::Straight
-                       : SentColours::Multiplied;
-        case BlendFactor::Zero:
-        case BlendFactor::SrcAlphaSaturate:
-            return SentColours::Straight;
-        default:
-            return SentColours::Faded;
-    }
-}
-
 void findColours(const QuadPaint& paint, PreparedPaint& prepared) {
     const SentColours sent = sentColours(paint.blend);
     const bool isShape = paint.isShape || isTinted(paint);
@@ -260,6 +239,24 @@ bool needsOpacity(const BlendFunction& blend) {
 }
 
 }  // namespace
+
+SentColours sentColours(const BlendFunction& blend) {
+    switch (blend.source) {
+        case BlendFactor::One:
+            return SentColours::Multiplied;
+        case BlendFactor::SrcAlpha:
+            // The same sum, as long as the other factor does not look at the source's colour.
+            return blend.destination == BlendFactor::SrcColor ||
+                           blend.destination == BlendFactor::OneMinusSrcColor
+                       ? SentColours::Straight
+                       : SentColours::Multiplied;
+        case BlendFactor::Zero:
+        case BlendFactor::SrcAlphaSaturate:
+            return SentColours::Straight;
+        default:
+            return SentColours::Faded;
+    }
+}
 
 bool hides(const QuadPaint& paint) {
     const BlendFunction& blend = paint.blend;

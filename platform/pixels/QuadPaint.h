@@ -37,6 +37,12 @@ struct BlendFunction {
     bool operator==(const BlendFunction&) const = default;
 };
 
+/// What the colours have been multiplied by that the blend function gets: nothing, the opacity, or alpha and
+/// opacity.
+enum class SentColours : uint8_t { Straight, Faded, Multiplied };
+/// With SrcAlpha where `Multiplied` comes to the same: then the factor is One.
+SentColours sentColours(const BlendFunction& blend);
+
 /// What lies beside a picture.
 enum class Wrap : uint8_t { Clamp, Repeat };
 

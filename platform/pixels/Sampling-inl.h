@@ -37,6 +37,17 @@ class Sampler {
         return column >= 0 && row >= 0 && column < width_ - 1 && row < height_ - 1;
     }
 
+    HWY_INLINE bool isInside(PlaceVector u, PlaceVector v) const {
+        // Below 0 is far beyond the last one, too.
+        const auto isWithin = [](PlaceVector place, int32_t size) {
+            const PixelVector texel = hn::BitCast(Pixels(), hn::ShiftRight<16>(place));
+            const PixelVector last = hn::Set(Pixels(), static_cast<uint32_t>(std::max(size - 2, 0)));
+            return hn::Eq(hn::Min(texel, last), texel);
+        };
+        return width_ > 1 && height_ > 1 &&
+               hn::AllTrue(Pixels(), hn::And(isWithin(u, width_), isWithin(v, height_)));
+    }
+
     HWY_INLINE PixelVector atInside(PlaceVector u, PlaceVector v) const {
         const PlaceVector column = hn::ShiftRight<16>(u), row = hn::ShiftRight<16>(v);
         const PlaceVector upper = hn::Add(hn::Mul(row, hn::Set(Places(), stride_)), column);

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <cmath>
 
+#include "platform/pixels/MeshSamples.h"
 #include "platform/pixels/TilePaint.h"
 
 namespace platform {
@@ -50,19 +51,63 @@ std::vector<HiddenRows> rowsHiddenBelow(std::span<const PreparedPaint> paints, c
     return below;
 }
 
-void paintArea(std::span<const PreparedPaint> paints, uint32_t background, const TileArea& area,
-               const Canvas& canvas) {
+/// The first shape to be painted: it hides all that lies under it in the area. Their number where none does.
+size_t firstShown(std::span<const PreparedPaint> paints, const TileArea& area) {
     size_t first = paints.size();
     while (first > 0 && !(paints[first - 1].hides && covers(paints[first - 1], area))) --first;
-    if (first == 0)
-        fill(area, background, canvas);
-    else
-        --first;
+    return first > 0 ? first - 1 : paints.size();
+}
+
+void paintShapes(std::span<const PreparedPaint> paints, size_t first, const TileArea& area,
+                 const Canvas& canvas, const std::function<void(size_t)>& before) {
     const std::span shown = paints.subspan(first);
     const std::vector<HiddenRows> hidden = rowsHiddenBelow(shown, area);
-    for (size_t i = 0; i < shown.size(); ++i)
+    for (size_t i = 0; i < shown.size(); ++i) {
+        before(first + i);
         if (touches(shown[i], area)) paintTile(shown[i], area, hidden[i], canvas);
+    }
 }
+
+bool touches(const PreparedMesh& mesh, const TileArea& area) {
+    const auto band = static_cast<size_t>(area.top / kTileRows);
+    return mesh.bandEnds[band] > (band == 0 ? 0 : mesh.bandEnds[band - 1]);
+}
+
+TileArea boundsIn(const PreparedPaint& paint, const TileArea& area) {
+    return {std::max(area.left, paint.left), std::max(area.top, paint.top), std::min(area.right, paint.right),
+            std::min(area.bottom, paint.bottom)};
+}
+
+/// Meshes between the shapes of a tile.
+class MeshesOfTile {
+  public:
+    MeshesOfTile(std::span<const PreparedMesh> meshes, const TileArea& area, const Canvas& canvas,
+                 MeshSamples& samples)
+        : meshes_(meshes), area_(area), samples_(samples) {
+        beginSamples(area, canvas, samples);
+    }
+
+    /// Those under the first shape of all that shows leave depths alone.
+    void hide(size_t shapes) {
+        addBelow(shapes);
+        forgetPending(samples_);
+    }
+    void paintBelow(size_t shapes, const TileArea& part) {
+        addBelow(shapes);
+        settleSamples(part, samples_);
+    }
+
+  private:
+    void addBelow(size_t shapes) {
+        for (; next_ < meshes_.size() && meshes_[next_].shapesBelow <= shapes; ++next_)
+            if (touches(meshes_[next_], area_)) addMesh(meshes_[next_], samples_);
+    }
+
+    const std::span<const PreparedMesh> meshes_;
+    const TileArea& area_;
+    MeshSamples& samples_;
+    size_t next_ = 0;
+};
 
 }  // namespace
 
@@ -88,9 +133,39 @@ void TilePainter::shareTiles(int width, int height, const std::function<void(con
     });
 }
 
-void TilePainter::paint(std::span<const PreparedPaint> paints, uint32_t background, const Canvas& canvas) {
-    shareTiles(canvas.width, canvas.height,
-               [&](const TileArea& area) { paintArea(paints, background, area, canvas); });
+void TilePainter::paint(std::span<const PreparedPaint> paints, std::span<const PreparedMesh> meshes,
+                        uint32_t background, const Canvas& canvas) {
+    shareTiles(canvas.width, canvas.height, [&](const TileArea& area) {
+        size_t first = firstShown(paints, area);
+        const bool showsGround = first == paints.size();
+        if (showsGround) {
+            fill(area, background, canvas);
+            first = 0;
+        }
+        if (std::ranges::none_of(meshes, [&](const PreparedMesh& mesh) { return touches(mesh, area); }))
+            return paintShapes(paints, first, area, canvas, [](size_t) {});
+        auto samples = takeSamples();
+        MeshesOfTile between(meshes, area, canvas, *samples);
+        if (!showsGround) between.hide(first);
+        paintShapes(paints, first, area, canvas, [&](size_t shape) {
+            if (touches(paints[shape], area)) between.paintBelow(shape, boundsIn(paints[shape], area));
+        });
+        between.paintBelow(paints.size(), area);
+        giveBack(std::move(samples));
+    });
+}
+
+std::unique_ptr<MeshSamples> TilePainter::takeSamples() {
+    const std::lock_guard lock(mutex_);
+    if (samples_.empty()) return std::make_unique<MeshSamples>();
+    auto samples = std::move(samples_.back());
+    samples_.pop_back();
+    return samples;
+}
+
+void TilePainter::giveBack(std::unique_ptr<MeshSamples> samples) {
+    const std::lock_guard lock(mutex_);
+    samples_.push_back(std::move(samples));
 }
 
 bool TilePainter::canBeSampled(const PreparedPaint& paint) {

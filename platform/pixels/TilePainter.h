@@ -4,15 +4,18 @@
 #include <condition_variable>
 #include <cstdint>
 #include <functional>
+#include <memory>
 #include <mutex>
 #include <span>
 #include <thread>
 #include <vector>
 
+#include "platform/pixels/MeshPaint.h"
 #include "platform/pixels/QuadPaint.h"
 
 namespace platform {
 
+struct MeshSamples;
 struct TileArea;
 
 /// Owns the threads that help. Which of them paints which tile does not show in the picture. Used by one
@@ -28,7 +31,12 @@ class TilePainter {
     /// Fills the canvas with `background` (0xAARRGGBB, colours multiplied by alpha) and paints the shapes on
     /// it, the first one farthest back. Where a shape hides all that lies under it in a tile, painting starts
     /// there. Returns when all is done.
-    void paint(std::span<const PreparedPaint> paints, uint32_t background, const Canvas& canvas);
+    void paint(std::span<const PreparedPaint> paints, uint32_t background, const Canvas& canvas) {
+        paint(paints, {}, background, canvas);
+    }
+    /// With meshes between the shapes, in their order. Depths are those of this picture.
+    void paint(std::span<const PreparedPaint> paints, std::span<const PreparedMesh> meshes,
+               uint32_t background, const Canvas& canvas);
 
     /// Looks up what a shape shows of its picture on a canvas of this size, for what is painted again and
     /// again. `samples` has the size of the shape's bounds. Only for shapes of which canBeSampled() holds.
@@ -45,6 +53,8 @@ class TilePainter {
   private:
     struct Task;
     void help();
+    std::unique_ptr<MeshSamples> takeSamples();
+    void giveBack(std::unique_ptr<MeshSamples> samples);
     void shareTiles(int width, int height, const std::function<void(const TileArea&)>& work);
 
     std::mutex mutex_;
@@ -54,6 +64,7 @@ class TilePainter {
     int busy_ = 0;
     bool ends_ = false;
     std::vector<std::thread> helpers_;
+    std::vector<std::unique_ptr<MeshSamples>> samples_;  ///< that no thread uses
 };
 
 }  // namespace platform

@@ -54,9 +54,8 @@ class EdgeTest : public testing::PlayFixture {
 TEST_F(EdgeTest, TurnedQuadsAreSmoothWhoeverDrawsThem) {
     const std::string white = picture("white.png", {{255, 255, 255, 255}});
     Dictionary turned = quad("QVQuadObject3D", white, 10, 5, 90, 0.3);
-    for (const bool isByGL : {false, true}) {
-        // A depth test is GL's.
-        turned["FpsInfo"] = Value(Dictionary{{"isEnableDephTest", isByGL}});
+    for (const bool comparesDepths : {false, true}) {  // as a shape, and as triangles
+        turned["FpsInfo"] = Value(Dictionary{{"isEnableDephTest", comparesDepths}});
         const Picture shown = play({Value(turned)}).at(0);
         int between = 0, steps = 0;
         for (size_t i = 1; i < shown.size(); ++i) {
@@ -64,8 +63,8 @@ TEST_F(EdgeTest, TurnedQuadsAreSmoothWhoeverDrawsThem) {
             steps += i % side != 0 && std::abs(shown[i][0] - shown[i - 1][0]) > 235;
         }
         // The outline is 360 pixels long; each row crosses two of the edges.
-        EXPECT_GT(between, 200) << isByGL;
-        EXPECT_LT(steps, 90) << isByGL;
+        EXPECT_GT(between, 200) << comparesDepths;
+        EXPECT_LT(steps, 90) << comparesDepths;
         EXPECT_EQ(shown[size_t(side / 2 * side + side / 2)], (Pixel{255, 255, 255, 255}));
     }
 }

@@ -222,7 +222,7 @@ TEST_F(PainterTest, WhatOnlyGLDrawsLiesBetweenWhatTheProcessorPaints) {
     for (const bool adds : {false, true}) {
         const auto drawing = [&](Painter& painter) {
             painter.draw(quadOf(&red, PlainLook{}));
-            QuadDraw deep = quadOf(&green, PlainLook{});
+            QuadDraw deep = quadOf(&green, GradientLook{{0, 1}, {1, 1}});
             deep.mvpMatrix = glm::scale(identity, glm::vec3(0.5f, 1, 1));
             painter.setDepthTest(true);
             if (adds) painter.setBlendFunction({1, 1});
@@ -236,6 +236,109 @@ TEST_F(PainterTest, WhatOnlyGLDrawsLiesBetweenWhatTheProcessorPaints) {
         EXPECT_EQ(picture.at(0, 0), (Pixel{255, 0, 0, 255}));
         EXPECT_TRUE(isNear(picture.at(4, 0), adds ? Pixel{255, 128, 0, 255} : Pixel{127, 128, 0, 255}));
         EXPECT_EQ(picture.at(4, 4), (Pixel{0, 0, 255, 255}));
+    }
+}
+
+/// A box with normals, two triangles a side, that takes light.
+struct LitBox {
+    std::vector<MeshVertex> outside, inside;
+    MeshDraw draw;
+
+    LitBox(Texture* texture, const glm::mat4& camera, const glm::mat4& place) {
+        for (int axis = 0; axis < 3; ++axis)
+            for (const float side : {-1.0f, 1.0f}) addSide(axis, side);
+        inside = outside;
+        for (MeshVertex& corner : inside) corner.normal = -corner.normal;
+        draw.outside = outside;
+        draw.inside = inside;
+        draw.sides = MeshSides::Both;
+        draw.shader = "normal_lightShader";
+        draw.texture = texture;
+        draw.cornerCoordinates = {0, 1, 1, 1, 1, 0, 0, 0};
+        draw.modelMatrix = place;
+        draw.normalMatrix = glm::mat4(glm::transpose(glm::inverse(glm::mat3(place))));
+        draw.mvpMatrix = camera * place;
+        draw.isOpaque = texture && texture->isOpaque();
+    }
+
+  private:
+    void addSide(int axis, float side) {
+        glm::vec3 normal(0), up(0, 1, 0);
+        normal[axis] = side;
+        if (axis == 1) up = {0, 0, -side};
+        const glm::vec3 right = glm::cross(up, normal);
+        for (const auto& [x, y] : {std::pair{-1, -1}, {1, -1}, {1, 1}, {-1, -1}, {1, 1}, {-1, 1}})
+            outside.push_back({.position = normal + float(x) * right + float(y) * up,
+                               .normal = normal,
+                               .textureCoordinate = {float(x + 1) / 2, float(1 - y) / 2}});
+    }
+};
+
+std::vector<Pixel> smoothColours(bool isOpaque) {
+    std::vector<Pixel> colours;
+    for (int i = 0; i < 64 * 64; ++i) {
+        const int x = i % 64, y = i / 64, alpha = isOpaque ? 255 : 255 - x * 2;
+        colours.push_back({uint8_t(alpha * y / 64), uint8_t(alpha * (64 - y) / 64), uint8_t(alpha * x / 128),
+                           uint8_t(alpha)});
+    }
+    return colours;
+}
+
+TEST_F(PainterTest, LitMeshesLookAlikeInAnyLight) {
+    std::mt19937 random(5);
+    const auto among = [&](double from, double to) {
+        return float(from + (to - from) * double(random() % 10000) / 10000);
+    };
+    const auto vector = [&](double from, double to) {
+        return glm::vec3(among(from, to), among(from, to), among(from, to));
+    };
+    Texture opaque = textureOf(smoothColours(true), 64), clear = textureOf(smoothColours(false), 64);
+    const glm::mat4 camera = glm::perspective(1.0f, 1.0f, 0.5f, 20.0f);
+    const BlendFunction functions[] = {{}, {}, {}, {770, 1}, {1, 1}, {774, 771}};
+    painters.edgePixels = 1200;  // of 128 * 128: the outlines of four boxes and their sides, rims of cones
+    for (int trial = 0; trial < 25; ++trial) {
+        std::vector<LitBox> boxes;
+        std::vector<BlendFunction> blends;
+        std::vector<bool> depths;
+        boxes.reserve(4);
+        for (int i = 0; i < 4; ++i) {
+            // Some stand around the eye.
+            glm::mat4 place = glm::translate(identity, {among(-2, 2), among(-2, 2), among(-9, -1)});
+            place = glm::scale(glm::rotate(place, among(0, 6), vector(-1, 1)), vector(0.3, 1.4));
+            LitBox& box = boxes.emplace_back(random() % 2 ? &opaque : &clear, camera, place);
+            if (random() % 4 == 0) box.draw.color = glm::vec4(vector(0, 1), among(0.2, 1));
+            if (random() % 4 == 0) box.draw.textureMatrix = glm::scale(identity, glm::vec3(1.7f, 2.3f, 1));
+            box.draw.mayRepeat = random() % 2;
+            if (box.draw.color) box.draw.isOpaque = false;
+            box.draw.alphaIsOpacity = random() % 2;
+            if (box.draw.alphaIsOpacity && random() % 2) box.draw.fade = 0.3f;
+            box.draw.isOpaque = box.draw.isOpaque && box.draw.fade == 0;
+            if (random() % 3 == 0) box.draw.sides = MeshSides::Outer;
+            for (unsigned lights = random() % 4; lights > 0; --lights)
+                box.draw.lights.push_back({.kind = LightKind(random() % 3 + 1),
+                                           .position = vector(-6, 6),
+                                           .ambient = vector(0, 0.1),
+                                           .diffuse = vector(0, 0.6),
+                                           .specular = random() % 2 ? vector(0, 0.5) : glm::vec3(0),
+                                           .shininess = random() % 2 ? float(random() % 80) : among(0, 40),
+                                           .spotDirection = vector(-1, 1),
+                                           .spotExponent = random() % 2 ? float(random() % 8) : among(0, 6),
+                                           .spotAngle = among(0.2, 1.2)});
+            blends.push_back(functions[random() % std::size(functions)]);
+            depths.push_back(random() % 3 != 0);
+        }
+        SCOPED_TRACE("trial " + std::to_string(trial));
+        painters.paint(
+            128, 128, {90, 40, 20, 255},
+            [&](Painter& painter) {
+                for (size_t i = 0; i < boxes.size(); ++i) {
+                    painter.resetState();
+                    painter.setBlendFunction(blends[i]);
+                    painter.setDepthTest(depths[i]);
+                    painter.draw(boxes[i].draw);
+                }
+            },
+            4);
     }
 }
 
@@ -289,7 +392,7 @@ TEST_F(PainterTest, WhatStandsStillIsPaintedTheSameInEveryFrame) {
     EXPECT_NE(paint().pixels, first.pixels);
 }
 
-TEST(SoftwarePainter, AsksForNoGLWhenNothingNeedsIt) {
+TEST(SoftwarePainter, AsksForNoGLForPicturesMeshesAndDepths) {
     platform::FileGate gate;
     SoftwarePainter painter(
         []() -> std::shared_ptr<platform::GLContext> {
@@ -298,8 +401,15 @@ TEST(SoftwarePainter, AsksForNoGLWhenNothingNeedsIt) {
         },
         gate, 1);
     Texture red = textureOf({{255, 0, 0, 255}});
+    LitBox box(&red, identity, glm::scale(identity, glm::vec3(0.5f)));
+    box.draw.lights = {{.kind = LightKind::Point, .diffuse = glm::vec3(1)}};
     painter.makeCurrent();
-    TwoPainters::paint(painter, 4, 4, nothing, [&](Painter& it) { it.draw(quadOf(&red, PlainLook{})); });
+    TwoPainters::paint(painter, 4, 4, nothing, [&](Painter& it) {
+        it.draw(quadOf(&red, PlainLook{}));
+        it.setDepthTest(true);
+        it.draw(quadOf(&red, PlainLook{}));
+        it.draw(box.draw);
+    });
     painter.release();
     EXPECT_EQ(painter.device(), "");
 }

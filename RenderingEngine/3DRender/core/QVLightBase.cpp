@@ -5,6 +5,7 @@
 #include "core/QVDirectionalLight.h"
 #include "core/QVPointLight.h"
 #include "core/QVSpotLight.h"
+#include "painter/LightUniforms.h"
 
 namespace multiscene {
 
@@ -85,7 +86,7 @@ std::shared_ptr<QVLightBase> QVLightBase::lightSourceWithDic(const platform::Val
 
 void QVLightBase::lightInfoWithDic(const platform::Value& info) {
     const KeyReader reader(lightKeys, info);
-    lightSourceType_ = static_cast<LightSourceType>(reader.int32("lightSourceType"));
+    lightSourceType_ = static_cast<LightKind>(reader.int32("lightSourceType"));
     lightSourceColor_ = reader.vector3("lightSourceColor");
     lightSourcePosition_ = reader.vector3("lightSourcePosition");
     keyAnimation_ = {reader.array("AnimationInfo"), keyMovesOf};
@@ -111,32 +112,24 @@ void QVLightBase::updateData(int64_t frame) {
     });
 }
 
+std::vector<Light> QVLightBase::lightsWithLightArray(const Lights& lights, bool isLightEnable) {
+    std::vector<Light> shining;
+    if (!isLightEnable) return shining;
+    for (const auto& light : lights) shining.push_back(light->light());
+    return shining;
+}
+
 void QVLightBase::glslLightParamWithLightArray(const Lights& lights, Uniforms& uniforms, bool isLightEnable) {
-    const bool isLit = isLightEnable && !lights.empty();
-    if (isLit)
-        for (size_t i = 0; i < lights.size(); ++i)
-            lights[i]->addUniforms(uniforms, "lightSourceArray[" + std::to_string(i) + "].");
-    uniforms.emplace_back("lightSourceNumber", isLit ? static_cast<int>(lights.size()) : 0);
-    uniforms.emplace_back("lightEnable", isLit ? 1 : 0);
+    addLightUniforms(lightsWithLightArray(lights, isLightEnable), uniforms);
 }
 
-std::string QVLightBase::definitionsForLightArray(const Lights& lights, bool isLightEnable) {
-    if (!isLightEnable || lights.empty()) return "#define UNLIT\n";
-    std::string text = "#define LIGHTS";
-    for (size_t i = 0; i < std::min(lights.size(), maxLights); ++i)
-        text += " LIGHT(" + std::to_string(i) + ", " +
-                std::to_string(static_cast<int>(lights[i]->lightSourceType_)) + ", " +
-                (lights[i]->hasGloss() ? "true" : "false") + ")";
-    return text + "\n";
-}
-
-void QVLightBase::addUniforms(Uniforms& uniforms, const std::string& prefix) const {
-    uniforms.emplace_back(prefix + "useLight", static_cast<int>(lightSourceType_));
-    uniforms.emplace_back(prefix + "lightPosition", lightSourcePosition_);
-    uniforms.emplace_back(prefix + "ambientMaterial", material_.ambientMaterialColor);
-    uniforms.emplace_back(prefix + "diffuseMaterial", material_.diffuseMaterialColor);
-    uniforms.emplace_back(prefix + "specularMaterial", material_.specularMaterialColor);
-    uniforms.emplace_back(prefix + "shininess", material_.specularShininess);
+Light QVLightBase::light() const {
+    return {.kind = lightSourceType_,
+            .position = lightSourcePosition_,
+            .ambient = material_.ambientMaterialColor,
+            .diffuse = material_.diffuseMaterialColor,
+            .specular = material_.specularMaterialColor,
+            .shininess = material_.specularShininess};
 }
 
 }  // namespace multiscene

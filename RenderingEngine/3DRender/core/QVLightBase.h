@@ -15,8 +15,6 @@ namespace multiscene {
 extern const KeyTable lightKeys;
 extern const KeyTable spotLightKeys;
 
-enum class LightSourceType : int32_t { Point = 1, Directional = 2, Spot = 3 };
-
 /// A light of a scene or node: placement, colours, and their animation. Render queue only.
 class QVLightBase {
   public:
@@ -24,32 +22,27 @@ class QVLightBase {
 
     using Lights = std::vector<std::shared_ptr<QVLightBase>>;
 
-    /// As many the shader of lit surfaces adds up; further ones are left out.
-    static constexpr size_t maxLights = 8;
-
     /// One light for each dictionary whose "lightSourceType" is 1 to 3; others are left out.
     static Lights lightSourceArrayWithInfo(const platform::Value& info);
     static std::shared_ptr<QVLightBase> lightSourceWithDic(const platform::Value& info);
 
-    /// Adds what a lit program takes of all lights. Colours of the lights themselves are not part of it: the
-    /// material colours carry them.
+    /// What falls on a surface. Colours of the lights themselves are not part of it: the material colours
+    /// carry them.
+    static std::vector<Light> lightsWithLightArray(const Lights& lights, bool isLightEnable);
+    /// Adds what a lit program takes of them.
     static void glslLightParamWithLightArray(const Lights& lights, Uniforms& uniforms, bool isLightEnable);
-
-    /// The definition that makes "normal_lightShader" and its kin fit the lights of a draw.
-    static std::string definitionsForLightArray(const Lights& lights, bool isLightEnable);
 
     virtual void lightInfoWithDic(const platform::Value& info);
     void updateData(int64_t frame);
 
-    LightSourceType lightSourceType() const { return lightSourceType_; }
+    LightKind lightSourceType() const { return lightSourceType_; }
     const glm::vec3& lightSourceColor() const { return lightSourceColor_; }
     /// A position; the direction of a directional light.
     const glm::vec3& lightSourcePosition() const { return lightSourcePosition_; }
     const LightMaterial& material() const { return material_; }
 
   protected:
-    /// Adds the light's uniforms; `prefix` is "lightSourceArray[i].".
-    virtual void addUniforms(Uniforms& uniforms, const std::string& prefix) const;
+    virtual Light light() const;
 
   private:
     /// What a key moves, by eases of its own.
@@ -58,9 +51,7 @@ class QVLightBase {
     };
     static KeyMoves keyMovesOf(const platform::Value& key);
 
-    bool hasGloss() const { return material_.specularMaterialColor != glm::vec3(0); }
-
-    LightSourceType lightSourceType_ = LightSourceType::Point;
+    LightKind lightSourceType_ = LightKind::Point;
     glm::vec3 lightSourceColor_{1}, lightSourcePosition_{0, 0, 1};
     LightMaterial material_;
     KeyFrames<KeyMoves> keyAnimation_;

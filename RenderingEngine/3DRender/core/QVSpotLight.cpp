@@ -1,7 +1,5 @@
 #include "core/QVSpotLight.h"
 
-#include <cmath>
-
 #include "format/Angles.h"
 
 namespace multiscene {
@@ -34,12 +32,12 @@ void QVSpotLight::lightInfoWithDic(const platform::Value& info) {
     spotLightCutOffAngle_ = toRadians(reader.number("spotLightCutOffAngle"));
 }
 
-void QVSpotLight::addUniforms(Uniforms& uniforms, const std::string& prefix) const {
-    QVLightBase::addUniforms(uniforms, prefix);
-    uniforms.emplace_back(prefix + "spotLightExponent", spotLightExponent_);
-    uniforms.emplace_back(prefix + "spotLightCutOffAngle", spotLightCutOffAngle_);
-    uniforms.emplace_back(prefix + "spotLightCutOffCosine", std::cos(spotLightCutOffAngle_));
-    uniforms.emplace_back(prefix + "spotLightDirection", spotLightDirection_);
+Light QVSpotLight::light() const {
+    Light light = QVLightBase::light();
+    light.spotDirection = spotLightDirection_;
+    light.spotExponent = spotLightExponent_;
+    light.spotAngle = spotLightCutOffAngle_;
+    return light;
 }
 
 }  // namespace multiscene

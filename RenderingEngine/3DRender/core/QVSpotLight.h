@@ -13,7 +13,7 @@ class QVSpotLight : public QVLightBase {
     float spotLightCutOffAngle() const { return spotLightCutOffAngle_; }  ///< radians
 
   protected:
-    void addUniforms(Uniforms& uniforms, const std::string& prefix) const override;
+    Light light() const override;
 
   private:
     glm::vec3 spotLightDirection_{0};

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <glm/glm.hpp>
 #include <memory>
+#include <optional>
 #include <span>
 #include <string>
 #include <utility>
@@ -134,18 +135,34 @@ enum class MeshSides {
     Both,   ///< a convex shape, from within too
 };
 
-/// Triangles with normals, lit; only GL draws them. The corners stay as they are until the frame has been
-/// drawn.
+/// Numbered as the shader of lit surfaces does.
+enum class LightKind : int32_t { Point = 1, Directional = 2, Spot = 3 };
+
+/// A light that falls on a mesh. Colours are what a white surface gives back of it.
+struct Light {
+    LightKind kind = LightKind::Point;
+    glm::vec3 position{0};  ///< in the world; of a directional light: towards it
+    glm::vec3 ambient{0}, diffuse{0}, specular{0};
+    float shininess = 0;
+    glm::vec3 spotDirection{0};  ///< away from the light; 0: straight ahead, into the picture
+    float spotExponent = 0;
+    float spotAngle = 0;  ///< radians, from the middle of the cone to its edge
+};
+
+/// Triangles with normals, lit. The corners stay as they are until the frame has been drawn.
 struct MeshDraw {
     std::span<const MeshVertex> outside;
     std::span<const MeshVertex> inside;  ///< for MeshSides::Both: the same corners, normals turned round
     MeshSides sides = MeshSides::Outer;
-    std::string shader;       ///< its description among the program's own, without the extension
-    std::string definitions;  ///< put before its sources
-    Uniforms uniforms;
+    std::string shader;              ///< GL's description among the program's own, without the extension
+    std::optional<glm::vec4> color;  ///< instead of the texture; not multiplied by its alpha
+    float fade = 0;                  ///< what is taken from the alpha: 0 nothing, 1 all; with alphaIsOpacity
     Texture* texture = nullptr;
     std::array<float, 8> cornerCoordinates{};  ///< where the texture may repeat itself: u, v that are reached
     glm::mat4 mvpMatrix{1}, textureMatrix{1};
+    glm::mat4 modelMatrix{1}, normalMatrix{1};  ///< to the world, where the lights are
+    glm::vec3 eye{0};                           ///< in the world
+    std::vector<Light> lights;                  ///< none: colours stay as they are
     bool mayRepeat = false;
     bool isOpaque = false;        ///< alpha is 1 everywhere
     bool alphaIsOpacity = false;  ///< the texture's alpha fades what is drawn, whatever the blend function is

@@ -7,6 +7,7 @@
 #include "core/GLESUtils/ReadBack.h"
 #include "core/GLESUtils/TextureUpload.h"
 #include "opengl2.0/QVObject3DShaderCreater.h"
+#include "painter/LightUniforms.h"
 #include "painter/PlaceOnQuad.h"
 
 namespace multiscene {
@@ -66,6 +67,17 @@ void setAll(Shader& shader, const Uniforms& uniforms) {
         else
             shader.setUniformStructOrArray(name, value);
     }
+}
+
+Uniforms uniformsOf(const MeshDraw& mesh) {
+    Uniforms uniforms{{"isOneColor", mesh.color ? 1 : 0},
+                      {"SourceColor", mesh.color.value_or(glm::vec4(1))},
+                      {"fade", mesh.fade},
+                      {"u_modelMatrix", mesh.modelMatrix},
+                      {"u_normalMatrix", mesh.normalMatrix},
+                      {"u_eyePosition", mesh.eye}};
+    addLightUniforms(mesh.lights, uniforms);
+    return uniforms;
 }
 
 bool looksByPlace(const Look& look) {
@@ -342,20 +354,21 @@ void GLPainter::paint(const LettersDraw& letters) {
 /// are compared, what faces the viewer goes first: the rest is then never shaded.
 void GLPainter::paint(const MeshDraw& mesh) {
     apply(mesh.state);
-    const auto shader =
-        shaders_.createShaderWithDefinitions(mesh.shader, mesh.shader + ".plist", mesh.definitions);
+    const auto shader = shaders_.createShaderWithDefinitions(mesh.shader, mesh.shader + ".plist",
+                                                             lightDefinitions(mesh.lights));
     use(*shader);
     bindTexture(*shader, "videoFrame", 0, mesh.texture);
     if (mesh.texture)
         setTextureWrap(mesh.mayRepeat && leavesPicture(mesh.textureMatrix, mesh.cornerCoordinates)
                            ? TextureWrap::Repeat
                            : TextureWrap::ClampToEdge);
-    shader->setUniform("isPreMultiplication", mesh.texture && mesh.texture->isPremultiplied() ? 1 : 0);
+    const bool isPremultiplied = !mesh.color && mesh.texture->isPremultiplied();
+    shader->setUniform("isPreMultiplication", isPremultiplied ? 1 : 0);
     shader->setUniform("u_mvpMatrix", mesh.mvpMatrix);
     shader->setUniform("u_textureMatrix", mesh.textureMatrix);
     const glm::vec2 sent = sentColors(mesh.state.blend);
     shader->setUniform("sentColors", mesh.alphaIsOpacity ? glm::vec2(sent.x + sent.y, 0) : sent);
-    setAll(*shader, mesh.uniforms);
+    setAll(*shader, uniformsOf(mesh));
     const bool hides = mesh.isOpaque && mesh.state.blend == BlendFunction();
     if (hides) glDisable(GL_BLEND);
     glEnable(GL_CULL_FACE);

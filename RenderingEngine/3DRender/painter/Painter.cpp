@@ -25,7 +25,7 @@ void Painter::draw(LettersDraw letters) {
 }
 
 void Painter::draw(MeshDraw mesh) {
-    if (mesh.outside.empty()) return;
+    if (mesh.outside.empty() || (!mesh.color && !isShown(mesh.texture))) return;
     mesh.state = state_;
     paint(mesh);
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <optional>
 
 #include "painter/PlaceOnQuad.h"
 
@@ -71,14 +72,10 @@ double areaOf(const std::array<PaintCorner, 4>& corners, bool inPicture) {
     return std::abs(across.x * along.y - across.y * along.x) / 2;
 }
 
-/// Of pictures that show the same in falling sizes, the one whose texels come nearest to pixels.
 const platform::Surface& levelFor(const Texture& texture, const QuadPaint& paint) {
     const auto levels = texture.levels();
-    if (levels.size() == 1) return levels.front();
     const double texels = areaOf(paint.corners, true) * levels[0].width * levels[0].height;
-    const double pixels = std::max(areaOf(paint.corners, false), 1.0);
-    const double level = std::round(std::log2(std::max(texels / pixels, 1.0)) / 2);
-    return levels[std::min(static_cast<size_t>(level), levels.size() - 1)];
+    return multiscene::levelFor(levels, texels, areaOf(paint.corners, false));
 }
 
 platform::Wrap wrapOf(bool repeats) { return repeats ? platform::Wrap::Repeat : platform::Wrap::Clamp; }
@@ -212,6 +209,12 @@ void PixelBounds::include(const PixelBounds& other) {
     top = std::min(top, other.top);
     right = std::max(right, other.right);
     bottom = std::max(bottom, other.bottom);
+}
+
+const platform::Surface& levelFor(std::span<const platform::Surface> levels, double texels, double pixels) {
+    if (levels.size() == 1) return levels.front();
+    const double level = std::round(std::log2(std::max(texels / std::max(pixels, 1.0), 1.0)) / 2);
+    return levels[std::min(static_cast<size_t>(level), levels.size() - 1)];
 }
 
 platform::BlendFunction paintedBlend(const BlendFunction& blend) {

@@ -2,7 +2,7 @@
 #pragma once
 
 #include <glm/glm.hpp>
-#include <optional>
+#include <span>
 #include <vector>
 
 #include "painter/Draw.h"
@@ -28,6 +28,10 @@ struct PixelBounds {
 bool addPaints(const QuadDraw& quad, const CanvasSize& canvas, std::vector<platform::QuadPaint>& paints);
 bool addPaints(const LettersDraw& letters, const CanvasSize& canvas,
                std::vector<platform::QuadPaint>& paints);
+
+/// Of pictures that show the same in falling sizes, the one whose texels come nearest to pixels, when the
+/// largest has so many texels on so many pixels.
+const platform::Surface& levelFor(std::span<const platform::Surface> levels, double texels, double pixels);
 
 /// What a draw touches at most, smoothed edges among it.
 PixelBounds boundsOf(const QuadDraw& quad, const CanvasSize& canvas);

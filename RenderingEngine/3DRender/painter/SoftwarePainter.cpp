@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "painter/MeshPaints.h"
 #include "painter/QuadPaints.h"
 #include "platform/pixels/SharedEdges.h"
 
@@ -15,11 +16,18 @@ using platform::QuadPaint;
 struct SoftwarePainter::Piece {
     std::variant<QuadDraw, LettersDraw, MeshDraw> draw;
     size_t firstPaint = 0, paintCount = 0;
+    size_t firstMesh = 0, meshCount = 0;
     bool byGL = false;
     StillPaints::Owner still = nullptr;  ///< of a picture that stays as it is
 
     const DrawState& state() const {
         return std::visit([](const auto& any) -> const DrawState& { return any.state; }, draw);
+    }
+    /// It is in a layer that GL has drawn, or nowhere.
+    void leaveToLayer() {
+        paintCount = 0;
+        meshCount = 0;
+        still = nullptr;
     }
 };
 
@@ -29,12 +37,16 @@ struct SoftwarePainter::Picture {
     QVFrameBufferToTexture* target = nullptr;  ///< none: the frame
     std::vector<Piece> pieces;
     std::vector<QuadPaint> paints;
+    std::vector<platform::MeshPaint> meshes;
+    MadeCorners corners;
     /// Of painted targets, which may be painted anew before this picture is.
     std::vector<std::shared_ptr<const void>> memory;
     std::vector<std::vector<uint8_t>> layers;  ///< pixels of what GL has drawn
     size_t usedLayers = 0;
     std::vector<platform::PreparedPaint> prepared;
     std::vector<StillPaints::Owner> owners;  ///< of the prepared ones, as StillPaints wants them
+    std::vector<platform::PreparedMesh> preparedMeshes;
+    size_t usedMeshes = 0;
 
     void begin(const CanvasSize& newSize, uint32_t newBackground, QVFrameBufferToTexture* newTarget) {
         size = newSize;
@@ -44,19 +56,33 @@ struct SoftwarePainter::Picture {
     void end() {
         pieces.clear();
         paints.clear();
+        meshes.clear();
+        corners.clear();
         memory.clear();
         owners.clear();
         usedLayers = 0;
     }
 
-    /// Adds a draw with what it is painted as.
+    /// Adds a draw with what it is painted as. Only the frame has depths to compare.
     template <typename Draw>
-    void add(const Draw& draw, const Texture* texture) {
-        Piece piece{.draw = draw, .firstPaint = paints.size()};
+    void add(Draw draw, const Texture* texture) {
+        if (target) draw.state.depthTest = false;
+        Piece piece{.draw = draw, .firstPaint = paints.size(), .firstMesh = meshes.size()};
         if (texture && texture->isStill()) piece.still = texture->memoryOwner();
-        piece.byGL = !addPaints(draw, size, paints);
+        piece.byGL = !addPaints(draw) && !addMeshesOf(draw);
         piece.paintCount = paints.size() - piece.firstPaint;
+        piece.meshCount = meshes.size() - piece.firstMesh;
         pieces.push_back(std::move(piece));
+    }
+    template <typename Draw>
+    bool addPaints(const Draw& draw) {
+        return multiscene::addPaints(draw, size, paints);
+    }
+    bool addPaints(const MeshDraw&) { return false; }
+    bool addMeshesOf(const QuadDraw& quad) { return addMeshes(quad, size, meshes, corners); }
+    template <typename Draw>
+    bool addMeshesOf(const Draw& draw) {
+        return addMeshes(draw, size, meshes);
     }
     /// Layers were added last; they belong where their pieces are.
     void orderPaints() {
@@ -70,15 +96,25 @@ struct SoftwarePainter::Picture {
     /// How many shapes show.
     size_t prepare() {
         size_t count = 0;
+        usedMeshes = 0;
         const QuadPaint* paint = paints.data();
-        for (const Piece& piece : pieces)
+        for (const Piece& piece : pieces) {
             for (size_t i = 0; i < piece.paintCount; ++i, ++paint) {
                 if (prepared.size() == count) prepared.emplace_back();
                 if (!platform::preparePaint(*paint, size.width, size.height, prepared[count])) continue;
                 owners.push_back(piece.still);
                 ++count;
             }
+            for (size_t i = 0; i < piece.meshCount; ++i) prepareMesh(meshes[piece.firstMesh + i], count);
+        }
         return count;
+    }
+    void prepareMesh(const platform::MeshPaint& mesh, size_t shapesBelow) {
+        if (preparedMeshes.size() == usedMeshes) preparedMeshes.emplace_back();
+        platform::PreparedMesh& seen = preparedMeshes[usedMeshes];
+        if (!platform::prepareMesh(mesh, size.width, size.height, seen)) return;
+        seen.shapesBelow = shapesBelow;
+        ++usedMeshes;
     }
     void keep(const Texture* texture) {
         if (texture && texture->memoryOwner()) memory.push_back(texture->memoryOwner());
@@ -185,9 +221,8 @@ void SoftwarePainter::paint(const LettersDraw& letters) {
 }
 
 void SoftwarePainter::paint(const MeshDraw& mesh) {
-    Piece piece{.draw = mesh, .firstPaint = current().paints.size()};
-    piece.byGL = true;
-    current().pieces.push_back(std::move(piece));
+    current().keep(mesh.texture);
+    current().add(mesh, nullptr);
 }
 
 // --- layers of GL --------------------------------------------------------------------------------------
@@ -212,12 +247,15 @@ QuadPaint paintOf(const platform::Surface& surface, const PixelBounds& bounds, c
 
 }  // namespace
 
-/// Draws that compare depths share a layer with all that is drawn between them. Others share one as long as
+/// Where GL draws something that compares depths, all that does so shares a layer with what is drawn between
+/// it. Others share one as long as
 /// they are laid over each other; a draw with another blend function has a layer of its own, which is blended
 /// so.
 void SoftwarePainter::drawLayers(Picture& picture) {
     std::vector<Piece>& pieces = picture.pieces;
-    const auto testsDepth = [](const Piece& piece) { return piece.state().depthTest; };
+    const bool hasDepth =
+        std::ranges::any_of(pieces, [](const Piece& piece) { return piece.byGL && piece.state().depthTest; });
+    const auto testsDepth = [&](const Piece& piece) { return hasDepth && piece.state().depthTest; };
     const auto firstDeep = std::ranges::find_if(pieces, testsDepth);
     auto endDeep = std::find_if(pieces.rbegin(), pieces.rend(), testsDepth).base();
     auto from = firstDeep;
@@ -251,7 +289,7 @@ void SoftwarePainter::drawLayer(Picture& picture, size_t first, size_t end) {
     for (size_t i = first; i < end; ++i)
         bounds.include(
             std::visit([&](const auto& draw) { return boundsOf(draw, size); }, picture.pieces[i].draw));
-    for (size_t i = first; i < end; ++i) picture.pieces[i].paintCount = 0;
+    for (size_t i = first; i < end; ++i) picture.pieces[i].leaveToLayer();
     if (bounds.isEmpty()) return;
     if (picture.layers.size() == picture.usedLayers) picture.layers.emplace_back();
     std::vector<uint8_t>& pixels = picture.layers[picture.usedLayers++];
@@ -270,7 +308,6 @@ void SoftwarePainter::drawLayer(Picture& picture, size_t first, size_t end) {
     Piece& piece = picture.pieces[first];
     piece.firstPaint = picture.paints.size();
     piece.paintCount = 1;
-    piece.still = nullptr;
     picture.paints.push_back(
         paintOf({.pixels = pixels.data(), .stride = stride, .width = width, .height = height}, bounds,
                 isAlone ? piece.state().blend : BlendFunction()));
@@ -287,7 +324,8 @@ void SoftwarePainter::finish(Picture& picture, const platform::Canvas& canvas) {
     const size_t count = picture.prepare();
     const std::span prepared(picture.prepared.data(), count);
     stills_.replace(prepared, picture.owners, canvas.width, canvas.height, frame_, tiles_);
-    tiles_.paint(prepared, picture.background, canvas);
+    tiles_.paint(prepared, std::span(picture.preparedMeshes.data(), picture.usedMeshes), picture.background,
+                 canvas);
 }
 
 }  // namespace multiscene

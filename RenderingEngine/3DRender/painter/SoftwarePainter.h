@@ -17,8 +17,8 @@ namespace multiscene {
 struct CanvasSize;
 
 /// Gathers the draws of a picture and paints them with the processor when it ends, tile by tile. What only GL
-/// can draw (templates' own programs, meshes, depth tests, what reaches behind the eye) is drawn by GL into a
-/// layer and painted in its place. Without such draws GL is never asked for.
+/// can draw (templates' own programs, some looks where depths are compared or behind the eye) is drawn by GL
+/// into a layer and painted in its place. Without such draws GL is never asked for.
 class SoftwarePainter : public Painter {
   public:
     /// `threads` paint. The picture does not depend on their number.

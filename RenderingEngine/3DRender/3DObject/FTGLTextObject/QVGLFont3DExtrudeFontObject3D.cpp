@@ -188,11 +188,12 @@ void QVGLFont3DExtrudeFontObject3D::drawFaces(Painter& painter, Texture& texture
                       .inside = {},
                       .sides = MeshSides::Outer,
                       .shader = "font_3dShader",
-                      .definitions = {},
-                      .uniforms = {{"fade", 1 - opacity * pose.opacity}},
+                      .color = {},
+                      .fade = 1 - opacity * pose.opacity,
                       .texture = &texture,
                       .mvpMatrix = projTransform() * place,
                       .textureMatrix = textureMatrix,
+                      .lights = {},
                       .alphaIsOpacity = true,
                       .state = {}};
         addSceneLight(mesh, *this, place);

@@ -113,16 +113,15 @@ void QVMeshObject3D::draw(Painter& painter) {
                   .inside = inside_,
                   .sides = MeshSides::Both,
                   .shader = "normal_lightShader",
-                  .definitions = {},
-                  .uniforms = {{"isOneColor", flat ? 1 : 0}},
+                  .color = flat ? std::optional(flat->color()) : std::nullopt,
                   .texture = texture(),
                   .cornerCoordinates = coordinates_,
                   .mvpMatrix = projTransform(),
                   .textureMatrix = textureMatrix(),
+                  .lights = {},
                   .mayRepeat = hasTexture && textureMaterial()->mayRepeat(),
                   .isOpaque = isOpaque(),
                   .state = {}};
-    if (flat) mesh.uniforms.emplace_back("SourceColor", flat->color());
     addSceneLight(mesh, *this);
     painter.draw(std::move(mesh));
 }

@@ -12,11 +12,10 @@ void addSceneLight(MeshDraw& mesh, QVObject3DTransformBase& node, const glm::mat
     const glm::mat4 model = node.sceneTransform() * place;
     const auto scene = node.scene();
     const auto view = node.camera() ? node.camera() : scene ? scene->camera() : nullptr;
-    mesh.uniforms.emplace_back("u_modelMatrix", model);
-    mesh.uniforms.emplace_back("u_normalMatrix", glm::mat4(glm::transpose(glm::inverse(glm::mat3(model)))));
-    mesh.uniforms.emplace_back("u_eyePosition", view ? view->viewpoint() : glm::vec3(0));
-    QVLightBase::glslLightParamWithLightArray(node.ligthArray(), mesh.uniforms, node.isLightEnable());
-    mesh.definitions = QVLightBase::definitionsForLightArray(node.ligthArray(), node.isLightEnable());
+    mesh.modelMatrix = model;
+    mesh.normalMatrix = glm::mat4(glm::transpose(glm::inverse(glm::mat3(model))));
+    mesh.eye = view ? view->viewpoint() : glm::vec3(0);
+    mesh.lights = QVLightBase::lightsWithLightArray(node.ligthArray(), node.isLightEnable());
 }
 
 }  // namespace multiscene

@@ -1,0 +1,20 @@
+// Lights as the shader of lit surfaces, and templates' shaders, take them.
+#pragma once
+
+#include <span>
+#include <string>
+
+#include "painter/Draw.h"
+
+namespace multiscene {
+
+/// As many the shader adds up; further ones are left out.
+inline constexpr size_t maxLights = 8;
+
+/// Adds what a lit program takes of all lights; those of none where there are none.
+void addLightUniforms(std::span<const Light> lights, Uniforms& uniforms);
+
+/// The definition that makes "normal_lightShader" and its kin fit the lights of a draw.
+std::string lightDefinitions(std::span<const Light> lights);
+
+}  // namespace multiscene
