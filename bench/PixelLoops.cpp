@@ -145,6 +145,68 @@ void sharedEdges(benchmark::State& state) {
     for (auto _ : state) shareEdges(paints);
 }
 
+// A ball of triangles as high as the canvas is wide, in four lights; eight numbers a corner.
+std::vector<float> ball(int triangles) {
+    const int rings = static_cast<int>(std::sqrt(triangles / 4.0)), sectors = 2 * rings;
+    std::vector<float> numbers;
+    const auto add = [&](int ring, int sector) {
+        const double down = std::numbers::pi * ring / rings, round = 2 * std::numbers::pi * sector / sectors;
+        const double at[3] = {std::sin(down) * std::cos(round), std::cos(down),
+                              std::sin(down) * std::sin(round)};
+        for (int part = 0; part < 2; ++part)  // the place is the normal, too
+            for (const double number : at) numbers.push_back(static_cast<float>(number));
+        numbers.push_back(static_cast<float>(sector) / static_cast<float>(sectors));
+        numbers.push_back(static_cast<float>(ring) / static_cast<float>(rings));
+    };
+    for (int ring = 0; ring < rings; ++ring)
+        for (int sector = 0; sector < sectors; ++sector)
+            for (const auto& [below, beside] : {std::pair{0, 0}, {0, 1}, {1, 1}, {0, 0}, {1, 1}, {1, 0}})
+                add(ring + below, sector + beside);
+    return numbers;
+}
+
+MeshPaint litBall(const std::vector<float>& corners, const PixelBuffer& source) {
+    MeshPaint paint;
+    paint.corners = {corners.data(), corners.size() / MeshCorners::kNumbers};
+    paint.facing = MeshFacing::Front;
+    paint.toClip = {2.8f, 0, 0, 0, 0, 1.6f, 0, 0, 0, 0, -1.1f, -1, 0, 0, 2.2f, 3};
+    paint.picture = {source.data(), source.stride(), source.width(), source.height(), true};
+    paint.depthTest = true;
+    paint.eye = {0, 0, 3};
+    const Vector3 soft{0.1f, 0.1f, 0.16f}, bright{0.9f, 0.5f, 0.5f}, shiny{0.4f, 0.3f, 0.3f};
+    paint.lights = {
+        {.kind = MeshLightKind::Directional, .place = {0.2f, 0.8f, 1}, .ambient = soft, .diffuse = soft},
+        {.kind = MeshLightKind::Point,
+         .place = {2, 2, 2},
+         .diffuse = bright,
+         .specular = shiny,
+         .shininess = 24}};
+    for (const float side : {-1.0f, 1.0f})
+        paint.lights.push_back({.kind = MeshLightKind::Spot,
+                                .place = {2 * side, 1, 2},
+                                .diffuse = bright,
+                                .specular = shiny,
+                                .shininess = 24,
+                                .coneDirection = {-side, -0.5f, -1},
+                                .coneExponent = 5,
+                                .coneCosine = 0.5f});
+    return paint;
+}
+
+void meshOfTriangles(benchmark::State& state) {
+    const PixelBuffer source = picture(512, 512, true);
+    const std::vector<float> corners = ball(static_cast<int>(state.range(0)));
+    const MeshPaint paint = litBall(corners, source);
+    PixelBuffer target(kWidth, kHeight);
+    std::vector<PreparedMesh> meshes(1);
+    TilePainter painter(1);
+    for (auto _ : state) {
+        prepareMesh(paint, kWidth, kHeight, meshes[0]);
+        painter.paint({}, meshes, 0xFF285078, {target.data(), target.stride(), kWidth, kHeight});
+    }
+    state.counters["triangles"] = static_cast<double>(paint.corners.count / 3);
+}
+
 void blurredPicture(benchmark::State& state) {
     const PixelBuffer source = picture(kWidth, kHeight, true);
     PixelBuffer target(kWidth, kHeight);
@@ -201,6 +263,7 @@ BENCHMARK_CAPTURE(paintTreated, screen, false, addScreen);
 BENCHMARK_CAPTURE(paintTreated, multiply, false, addMultiply);
 BENCHMARK(paintLetters)->Arg(0)->Arg(500);
 BENCHMARK(sharedEdges)->Arg(4)->Arg(500);
+BENCHMARK(meshOfTriangles)->Arg(100)->Arg(10000)->Arg(100000)->Unit(benchmark::kMillisecond);
 BENCHMARK(blurredPicture);
 BENCHMARK(encoderPlanes);
 BENCHMARK(decodedPicture);

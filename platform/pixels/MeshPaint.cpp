@@ -93,7 +93,7 @@ class Finder {
     }
 
     void addSeen(uint32_t first, const std::array<ClipPlace, 3>& corners) {
-        SeenTriangle seen{{}, {}, {}, first};
+        SeenTriangle seen{{}, {}, {}, first, {}};
         for (size_t i = 0; i < 3; ++i) {
             const ClipPlace& at = corners[i];
             const float near = 1 / at.w;
@@ -107,12 +107,24 @@ class Finder {
                             : paint_.facing == MeshFacing::Back ? area > 0
                                                                 : area != 0 && std::isfinite(area);
         if (!isSeen || !std::isfinite(area)) return;
-        const PixelBox box = touchedPixels(seen);
-        const int top = std::max(box.top, 0), bottom = std::min(box.bottom, height_);
-        if (top >= bottom || std::max(box.left, 0) >= std::min(box.right, width_)) return;
-        for (int band = top / kTileRows; band <= (bottom - 1) / kTileRows; ++band)
+        seen.box = touchedPixels(seen);
+        if (seen.box.isEmpty()) return;
+        for (int band = seen.box.top / kTileRows; band <= (seen.box.bottom - 1) / kTileRows; ++band)
             ++prepared_.bandEnds[static_cast<size_t>(band)];
         prepared_.triangles.push_back(seen);
+    }
+
+    PixelBox touchedPixels(const SeenTriangle& seen) const {
+        const auto first = [](const Vector3& at, int size) {
+            const float least = std::min({at[0], at[1], at[2]}) - 0.5f - kSampleReach;
+            return static_cast<int>(std::ceil(std::clamp(least, 0.0f, static_cast<float>(size))));
+        };
+        const auto beyond = [](const Vector3& at, int size) {
+            const float most = std::max({at[0], at[1], at[2]}) + 0.5f + kSampleReach;
+            return static_cast<int>(std::floor(std::clamp(most, 0.0f, static_cast<float>(size))));
+        };
+        return {first(seen.x, width_), first(seen.y, height_), beyond(seen.x, width_),
+                beyond(seen.y, height_)};
     }
 
     const MeshPaint& paint_;
@@ -121,7 +133,7 @@ class Finder {
 };
 
 // From the number of triangles in each band to lists of them.
-void sortIntoBands(int height, PreparedMesh& prepared) {
+void sortIntoBands(PreparedMesh& prepared) {
     uint32_t sum = 0;
     for (uint32_t& end : prepared.bandEnds) {
         const uint32_t count = end;
@@ -130,9 +142,8 @@ void sortIntoBands(int height, PreparedMesh& prepared) {
     }
     prepared.bandTriangles.resize(sum);
     for (size_t i = 0; i < prepared.triangles.size(); ++i) {
-        const PixelBox box = touchedPixels(prepared.triangles[i]);
-        const int top = std::max(box.top, 0), bottom = std::min(box.bottom, height);
-        for (int band = top / kTileRows; band <= (bottom - 1) / kTileRows; ++band)
+        const PixelBox& box = prepared.triangles[i].box;
+        for (int band = box.top / kTileRows; band <= (box.bottom - 1) / kTileRows; ++band)
             prepared.bandTriangles[prepared.bandEnds[static_cast<size_t>(band)]++] = static_cast<uint32_t>(i);
     }
 }
@@ -193,9 +204,8 @@ void findColours(PreparedMesh& prepared) {
     paint.opacity = within(paint.opacity, 0, 1);
     for (float& part : paint.eye) part = within(part, -1e15f, 1e15f);
     findLight(prepared);
-    const bool isOpaque =
-        (paint.picture.opaque || !paint.picture.pixels) && paint.opacity >= 1 && paint.tint[3] >= 1;
-    prepared.hides = isOpaque && isLaidOver(paint.blend);
+    const bool isOpaque = paint.isOpaque || paint.picture.opaque || !paint.picture.pixels;
+    prepared.hides = isOpaque && paint.opacity >= 1 && paint.tint[3] >= 1 && isLaidOver(paint.blend);
     prepared.sent = sentColours(paint.blend);
     if (prepared.sent == SentColours::Multiplied) paint.blend.source = BlendFactor::One;
     if (prepared.sent == SentColours::Faded && paint.isShape) prepared.sent = SentColours::Multiplied;
@@ -208,17 +218,6 @@ double twiceArea(const SeenTriangle& seen) {
     return (double{x[1]} - x[0]) * (double{y[2]} - y[0]) - (double{x[2]} - x[0]) * (double{y[1]} - y[0]);
 }
 
-PixelBox touchedPixels(const SeenTriangle& seen) {
-    const auto place = [](float number) { return std::clamp(number, -1e6f, 1e6f); };
-    const auto first = [&](const Vector3& at) {
-        return static_cast<int>(std::ceil(place(std::min({at[0], at[1], at[2]})) - 0.5f - kSampleReach));
-    };
-    const auto beyond = [&](const Vector3& at) {
-        return static_cast<int>(std::floor(place(std::max({at[0], at[1], at[2]})) - 0.5f + kSampleReach)) + 1;
-    };
-    return {first(seen.x), first(seen.y), beyond(seen.x), beyond(seen.y)};
-}
-
 bool prepareMesh(const MeshPaint& paint, int width, int height, PreparedMesh& prepared) {
     prepared.paint = paint;
     prepared.triangles.clear();
@@ -226,7 +225,7 @@ bool prepareMesh(const MeshPaint& paint, int width, int height, PreparedMesh& pr
     findColours(prepared);
     Finder(paint, width, height, prepared).find();
     if (prepared.triangles.empty()) return false;
-    sortIntoBands(height, prepared);
+    sortIntoBands(prepared);
     return true;
 }
 

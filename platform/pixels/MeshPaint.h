@@ -55,6 +55,8 @@ struct MeshPaint {
     std::array<float, 4> tint{1, 1, 1, 1};  ///< red, green, blue and alpha, 0 to 1, multiply the picture
     float opacity = 1;                      ///< 0 to 1
     bool isShape = false;                   ///< alpha is an opacity, as that of QuadPaint
+    bool isOpaque =
+        false;  ///< the picture's alpha is 1 wherever it is seen; so it is where `picture` is opaque
     BlendFunction blend;
     bool depthTest = false;           ///< what is not nearer than all that tested depths before is left out
     std::vector<MeshLight> lights{};  ///< none: colours stay as they are
@@ -75,11 +77,19 @@ struct PreparedLight {
     bool isGlossy = false;
 };
 
+/// Right and bottom lie beyond it.
+struct PixelBox {
+    int left = 0, top = 0, right = 0, bottom = 0;
+
+    bool isEmpty() const { return left >= right || top >= bottom; }
+};
+
 /// A triangle, or a part of one that reached behind the eye: places in pixels from the upper left, depths
 /// from 0 to 1.
 struct SeenTriangle {
     Vector3 x, y, depth;
     uint32_t firstCorner;
+    PixelBox box;  ///< pixels of the canvas with samples that may lie in it
 };
 
 /// Triangles that touch the rows of a tile, in the order in which they are painted.

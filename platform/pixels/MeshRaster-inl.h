@@ -44,9 +44,10 @@ struct TileTriangle {
     PixelBox box;  // in the tile
 
     TileTriangle(const SeenTriangle& seen, const TileArea& area, uint32_t triangleNumber)
-        : number(triangleNumber), box(touchedPixels(seen)) {
-        box = {std::max(box.left, area.left) - area.left, std::max(box.top, area.top) - area.top,
-               std::min(box.right, area.right) - area.left, std::min(box.bottom, area.bottom) - area.top};
+        : number(triangleNumber),
+          box{std::max(seen.box.left, area.left) - area.left, std::max(seen.box.top, area.top) - area.top,
+              std::min(seen.box.right, area.right) - area.left,
+              std::min(seen.box.bottom, area.bottom) - area.top} {
         if (box.isEmpty()) return;
         const double area2 = twiceArea(seen), turn = area2 > 0 ? 1 : -1;
         const double middleX = area.left + 0.5, middleY = area.top + 0.5;

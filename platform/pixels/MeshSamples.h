@@ -6,6 +6,7 @@
 #pragma once
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <vector>
 
@@ -20,14 +21,6 @@ inline constexpr float kSampleX[kSamples] = {-0.125f, 0.375f, -0.375f, 0.125f};
 inline constexpr float kSampleY[kSamples] = {-0.375f, -0.125f, 0.125f, 0.375f};
 inline constexpr float kSampleReach = 0.375f;
 
-struct PixelBox {
-    int left, top, right, bottom;
-
-    bool isEmpty() const { return left >= right || top >= bottom; }
-};
-
-/// Pixels with samples that may lie in the triangle; not bounded by the canvas.
-PixelBox touchedPixels(const SeenTriangle& seen);
 /// Positive where the corners run clockwise on the canvas.
 double twiceArea(const SeenTriangle& seen);
 
@@ -66,15 +59,29 @@ struct MeshSamples {
     std::vector<Triangle> triangles;  ///< by their numbers; the first is none
     std::vector<TrianglePlanes> planes;
     uint32_t meshes = 0;
-    PixelBox pending{};  ///< in the tile: where something may not be shaded yet
-    std::vector<Fragment> fragments;
+    /// Pixels whose samples have colours of their own, as long as meshes are blended with them, and the
+    /// colours.
+    std::vector<uint8_t> isSplit;
+    std::vector<std::array<uint32_t, kSamples>> splitColours;
+    bool hasSplit = false;                          ///< some pixel may be
+    PixelBox pending{};                             ///< in the tile: where something may not be shaded yet
+    static constexpr size_t kMostFragments = 4096;  // that are shaded together
+    std::vector<Fragment> fragments;                ///< that are not shaded yet
     struct {
-        std::vector<uint32_t> order, ends, colours, backs, blended;
+        std::vector<uint32_t> order, ends, colours, backs;
+        std::vector<std::array<uint32_t, kSamples>> blended;
     } scratch;  ///< for fragments
 
     uint32_t* keysOf(int row, int sample) {
         return &keys[static_cast<size_t>((row * kSamples + sample) * kStride)];
     }
+    static size_t pixelAt(int row, int column) { return static_cast<size_t>(row * kStride + column); }
+    /// Of a triangle of which something is seen.
+    const TrianglePlanes& planesOf(uint32_t number) {
+        const uint32_t place = triangles[number].planes;
+        return place != kNoPlanes ? planes[place] : makePlanes(number);
+    }
+    const TrianglePlanes& makePlanes(uint32_t number);
     void include(const PixelBox& box) {
         if (pending.isEmpty()) pending = box;
         pending = {std::min(pending.left, box.left), std::min(pending.top, box.top),
@@ -89,7 +96,7 @@ void beginSamples(const TileArea& area, const Canvas& canvas, MeshSamples& sampl
 void addMesh(const PreparedMesh& mesh, MeshSamples& samples);
 /// Brings what is seen in a part of the tile, in the canvas's pixels, onto the canvas. Depths stay.
 void settleSamples(const TileArea& part, MeshSamples& samples);
-/// What is not on the canvas yet will not get there. Depths stay.
+/// What is not on the canvas yet will not get there: all is hidden. Depths stay.
 void forgetPending(MeshSamples& samples);
 
 }  // namespace platform

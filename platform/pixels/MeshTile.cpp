@@ -3,6 +3,7 @@
 #include <bit>
 #include <cmath>
 #include <cstring>
+#include <numeric>
 #include <span>
 #include <type_traits>
 
@@ -19,8 +20,22 @@
 #define MULTISCENE_MESHTILE
 namespace platform {
 
-// The planes of a triangle of which something is seen, made when they are first asked for.
-const TrianglePlanes& planesOf(uint32_t number, MeshSamples& samples);
+// The middle of some of a pixel's samples, from its own.
+struct SampleMiddle {
+    float x = 0, y = 0;
+};
+inline constexpr unsigned kAllSamples = (1u << kSamples) - 1;
+inline constexpr auto kSampleMiddles = [] {
+    std::array<SampleMiddle, kAllSamples + 1> middles{};
+    for (unsigned samples = 1; samples <= kAllSamples; ++samples) {
+        SampleMiddle& middle = middles[samples];
+        for (int s = 0; s < kSamples; ++s)
+            if (samples >> s & 1) middle = {middle.x + kSampleX[s], middle.y + kSampleY[s]};
+        const auto count = static_cast<float>(std::popcount(samples));
+        middle = {middle.x / count, middle.y / count};
+    }
+    return middles;
+}();
 
 }  // namespace platform
 #endif
@@ -33,7 +48,6 @@ namespace hn = hwy::HWY_NAMESPACE;
 constexpr int kBlock = 16;     // pixels of a row that are shaded together when something is blended with them
 constexpr int kShortRun = 16;  // pixels: shorter runs of one triangle are shaded among fragments
 constexpr uint32_t kMixed = 0xFFFFFFFF;
-constexpr size_t kBatch = 4096;  // fragments that are shaded together
 
 HWY_INLINE int lanes() { return static_cast<int>(hn::Lanes(Pixels())); }
 
@@ -61,16 +75,10 @@ void shadeRun(const TrianglePlanes& planes, const MeshShader& shader, int row, c
 
 // The planes' numbers at the middle of the samples that a fragment has, which lies inside of its triangle.
 HWY_INLINE void evaluate(const TrianglePlanes& planes, const Fragment& fragment, float* numbers) {
-    float x = 0, y = 0;
-    for (int s = 0; s < kSamples; ++s)
-        if (fragment.samples >> s & 1) {
-            x += kSampleX[s];
-            y += kSampleY[s];
-        }
-    const float part = 1.0f / static_cast<float>(std::popcount(fragment.samples));
     const hn::FixedTag<float, 4> four;
-    const auto across = hn::Set(four, static_cast<float>(fragment.column - planes.left) + x * part);
-    const auto down = hn::Set(four, static_cast<float>(fragment.row - planes.top) + y * part);
+    const SampleMiddle& middle = kSampleMiddles[fragment.samples];
+    const auto across = hn::Set(four, static_cast<float>(fragment.column - planes.left) + middle.x);
+    const auto down = hn::Set(four, static_cast<float>(fragment.row - planes.top) + middle.y);
     for (int i = 0; i < TrianglePlanes::kCount; i += 4) {
         const auto start =
             hn::Add(hn::LoadU(four, planes.first + i), hn::Mul(hn::LoadU(four, planes.down + i), down));
@@ -87,7 +95,7 @@ void shadeFragments(const uint32_t* order, size_t count, const MeshShader& shade
     for (size_t done = 0; done < count; done += vector) {
         for (size_t i = 0; i < vector; ++i) {
             const Fragment& fragment = samples.fragments[order[std::min(done + i, count - 1)]];
-            evaluate(planesOf(fragment.triangle, samples), fragment, numbers + i * kCount);
+            evaluate(samples.planesOf(fragment.triangle), fragment, numbers + i * kCount);
         }
         const PlaceVector places = hn::Mul(hn::Iota(Places(), 0), hn::Set(Places(), kCount));
         const auto at = [&](int plane) { return hn::GatherIndex(Reals(), numbers + plane, places); };
@@ -103,7 +111,10 @@ void shadeFragments(const uint32_t* order, size_t count, const MeshShader& shade
 
 class Settler {
   public:
-    explicit Settler(MeshSamples& samples) : samples_(samples) { samples.fragments.clear(); }
+    // `isLast`: nothing will be blended with single samples before something else is painted on the canvas.
+    Settler(MeshSamples& samples, bool isLast) : samples_(samples), isLast_(isLast) {
+        samples.fragments.clear();
+    }
 
     // Pixels of a row of the tile.
     void settle(int row, const Run& run) {
@@ -117,7 +128,7 @@ class Settler {
             else if (number != 0)
                 addWhole(number, row, {x, end});
             x = end;
-            if (samples_.fragments.size() + kBlock * kSamples > kBatch) finish();
+            if (samples_.fragments.size() + kBlock * kSamples > MeshSamples::kMostFragments) finish();
         }
         clear(row, run);
     }
@@ -142,7 +153,19 @@ class Settler {
         fragments.clear();
     }
 
+    // Pixels of a row get the mean of their samples.
+    void join(int row, const Run& run) {
+        if (!samples_.hasSplit) return;
+        for (int x = run.from; x < run.to; ++x) {
+            uint8_t& isSplit = samples_.isSplit[MeshSamples::pixelAt(row, x)];
+            if (isSplit) *canvasAt(row, x) = mean(samples_.splitColours[MeshSamples::pixelAt(row, x)]);
+            isSplit = 0;
+        }
+    }
+
   private:
+    using SampleColours = std::array<uint32_t, kSamples>;
+
     uint32_t* canvasAt(int row, int column) const {
         uint8_t* line = samples_.canvas.pixels + (samples_.area.top + row) * samples_.canvas.stride;
         return reinterpret_cast<uint32_t*>(line) + samples_.area.left + column;
@@ -192,22 +215,27 @@ class Settler {
     }
 
     void addMixed(int row, int column) {
-        uint32_t numbers[kSamples];
+        const hn::FixedTag<uint32_t, kSamples> four;
+        HWY_ALIGN uint32_t numbers[kSamples];
         for (int s = 0; s < kSamples; ++s)
             numbers[s] = samples_.keysOf(row, s)[column] & MeshSamples::kNumber;
-        unsigned done = 0;
-        for (int s = 0; s < kSamples; ++s) {
-            if (numbers[s] == 0 || (done >> s & 1)) continue;
-            unsigned mine = 0;
-            for (int t = s; t < kSamples; ++t) mine |= static_cast<unsigned>(numbers[t] == numbers[s]) << t;
-            done |= mine;
-            addFragment(numbers[s], row, column, mine);
+        const auto all = hn::Load(four, numbers);
+        const auto samplesWith = [&](uint32_t number) {
+            uint8_t bits[8] = {};
+            hn::StoreMaskBits(four, hn::Eq(all, hn::Set(four, number)), bits);
+            return static_cast<unsigned>(bits[0]);
+        };
+        for (unsigned left = kAllSamples & ~samplesWith(0); left != 0;) {
+            const uint32_t number = numbers[std::countr_zero(left)];
+            const unsigned mine = samplesWith(number);
+            addFragment(number, row, column, mine);
+            left &= ~mine;
         }
     }
 
     void addWhole(uint32_t number, int row, const Run& run) {
         if (run.to - run.from >= kShortRun) return paintRun(number, row, run);
-        for (int x = run.from; x < run.to; ++x) addFragment(number, row, x, (1u << kSamples) - 1);
+        for (int x = run.from; x < run.to; ++x) addFragment(number, row, x, kAllSamples);
     }
 
     void addFragment(uint32_t number, int row, int column, unsigned mine) {
@@ -217,7 +245,8 @@ class Settler {
 
     void paintRun(uint32_t number, int row, const Run& run) {
         const PreparedMesh& mesh = *samples_.triangles[number].mesh;
-        shadeRun(planesOf(number, samples_), MeshShader(mesh), row, run, runColours_);
+        join(row, run);
+        shadeRun(samples_.planesOf(number), MeshShader(mesh), row, run, runColours_);
         const int count = run.to - run.from;
         if (mesh.hides)
             std::memcpy(canvasAt(row, run.from), runColours_, static_cast<size_t>(count) * 4);
@@ -229,83 +258,118 @@ class Settler {
     void sortByMesh() {
         const std::vector<Fragment>& fragments = samples_.fragments;
         auto& [order, ends, colours, backs, blended] = samples_.scratch;
+        order.resize(fragments.size());
+        if (samples_.meshes == 1) return std::iota(order.begin(), order.end(), 0u);
         ends.assign(samples_.meshes + 2, 0);
         const auto meshNumber = [&](const Fragment& fragment) {
             return samples_.triangles[fragment.triangle].meshNumber;
         };
         for (const Fragment& fragment : fragments) ++ends[meshNumber(fragment) + 1];
         for (size_t i = 1; i < ends.size(); ++i) ends[i] += ends[i - 1];
-        order.resize(fragments.size());
         for (size_t i = 0; i < order.size(); ++i)
             order[ends[meshNumber(fragments[i])]++] = static_cast<uint32_t>(i);
     }
 
-    // Each fragment's colours with what is on the canvas.
-    void blend(const PreparedMesh& mesh, std::span<const uint32_t> order) {
-        if (mesh.hides) {
-            for (size_t i = 0; i < order.size(); ++i)
-                samples_.scratch.blended[order[i]] = samples_.scratch.colours[i];
-            return;
-        }
-        samples_.scratch.backs.resize(order.size());
-        for (size_t i = 0; i < order.size(); ++i) {
-            const Fragment& fragment = samples_.fragments[order[i]];
-            samples_.scratch.backs[i] = *canvasAt(fragment.row, fragment.column);
-        }
-        meet(mesh.paint.blend, samples_.scratch.colours.data(), nullptr, static_cast<int>(order.size()),
-             samples_.scratch.backs.data());
-        for (size_t i = 0; i < order.size(); ++i)
-            samples_.scratch.blended[order[i]] = samples_.scratch.backs[i];
+    bool isSplit(const Fragment& fragment) const {
+        return samples_.hasSplit && samples_.isSplit[MeshSamples::pixelAt(fragment.row, fragment.column)];
+    }
+    // What the samples of a fragment's pixel show so far.
+    SampleColours coloursAt(const Fragment& fragment) const {
+        if (isSplit(fragment))
+            return samples_.splitColours[MeshSamples::pixelAt(fragment.row, fragment.column)];
+        SampleColours colours;
+        colours.fill(*canvasAt(fragment.row, fragment.column));
+        return colours;
     }
 
-    // The mean of a pixel's samples; those without a fragment show what is there.
+    // What comes of a mesh's colours at each sample of its fragments.
+    void blend(const PreparedMesh& mesh, std::span<const uint32_t> order) {
+        auto& [all, ends, colours, backs, blended] = samples_.scratch;
+        for (size_t i = 0; i < order.size(); ++i) blended[order[i]].fill(colours[i]);
+        if (mesh.hides) return;
+        const auto count = static_cast<int>(order.size());
+        const bool areSplit =
+            std::ranges::any_of(order, [&](uint32_t i) { return isSplit(samples_.fragments[i]); });
+        backs.resize(order.size());
+        for (size_t s = 0; s < (areSplit ? kSamples : 1); ++s) {
+            for (size_t i = 0; i < order.size(); ++i) backs[i] = coloursAt(samples_.fragments[order[i]])[s];
+            meet(mesh.paint.blend, colours.data(), nullptr, count, backs.data());
+            for (size_t i = 0; i < order.size(); ++i) {
+                if (areSplit)
+                    blended[order[i]][s] = backs[i];
+                else
+                    blended[order[i]].fill(backs[i]);
+            }
+        }
+    }
+
+    static uint32_t mean(const SampleColours& colours) {
+        constexpr uint32_t kEven = 0x00FF00FF, kHalf = 0x00020002;
+        uint32_t even = kHalf, odd = kHalf;
+        for (const uint32_t colour : colours) {
+            even += colour & kEven;
+            odd += colour >> 8 & kEven;
+        }
+        return (even >> 2 & kEven) | (odd >> 2 & kEven) << 8;
+    }
+
+    // The fragments of each pixel together.
     void compose() {
         const std::vector<Fragment>& fragments = samples_.fragments;
-        constexpr uint32_t kEven = 0x00FF00FF, kHalf = 0x00020002;
+        const auto& blended = samples_.scratch.blended;
         for (size_t i = 0; i < fragments.size();) {
-            uint32_t* pixel = canvasAt(fragments[i].row, fragments[i].column);
-            if (fragments[i].samples == (1u << kSamples) - 1) {
-                *pixel = samples_.scratch.blended[i++];
+            const Fragment first = fragments[i];
+            if (first.samples == kAllSamples && !isSplit(first)) {
+                *canvasAt(first.row, first.column) = blended[i++][0];
                 continue;
             }
-            uint32_t even = kHalf, odd = kHalf, rest = kSamples;
-            const auto add = [&](uint32_t colour, uint32_t count) {
-                even += (colour & kEven) * count;
-                odd += (colour >> 8 & kEven) * count;
-            };
-            const Fragment first = fragments[i];
+            SampleColours colours = coloursAt(first);
             for (;
                  i < fragments.size() && fragments[i].column == first.column && fragments[i].row == first.row;
-                 ++i) {
-                const auto count = static_cast<uint32_t>(std::popcount(fragments[i].samples));
-                add(samples_.scratch.blended[i], count);
-                rest -= count;
-            }
-            add(*pixel, rest);
-            *pixel = (even >> 2 & kEven) | (odd >> 2 & kEven) << 8;
+                 ++i)
+                for (size_t s = 0; s < kSamples; ++s)
+                    if (fragments[i].samples >> s & 1) colours[s] = blended[i][s];
+            show(first, colours);
         }
+    }
+
+    void show(const Fragment& at, const SampleColours& colours) {
+        const size_t pixel = MeshSamples::pixelAt(at.row, at.column);
+        if (isLast_) {
+            if (samples_.hasSplit) samples_.isSplit[pixel] = 0;
+            *canvasAt(at.row, at.column) = mean(colours);
+            return;
+        }
+        if (!samples_.hasSplit) {
+            samples_.hasSplit = true;
+            samples_.isSplit.assign(MeshSamples::pixelAt(kTileRows, 0), 0);
+            samples_.splitColours.resize(samples_.isSplit.size());
+        }
+        samples_.isSplit[pixel] = 1;
+        samples_.splitColours[pixel] = colours;
     }
 
     MeshSamples& samples_;
+    const bool isLast_;
     uint32_t numbers_[MeshSamples::kStride];
     uint32_t runColours_[MeshSamples::kStride];
 };
 
-void settleInTile(const TileArea& part, MeshSamples& samples) {
+void settle(const TileArea& part, bool isLast, MeshSamples& samples) {
     const PixelBox& pending = samples.pending;
     const TileArea& area = samples.area;
     const Run columns{std::max(part.left - area.left, pending.left),
                       std::min(part.right - area.left, pending.right)};
     if (columns.isEmpty()) return;
-    Settler settler(samples);
-    for (int row = std::max(part.top - area.top, pending.top);
-         row < std::min(part.bottom - area.top, pending.bottom); ++row)
-        settler.settle(row, columns);
+    Settler settler(samples, isLast);
+    const int top = std::max(part.top - area.top, pending.top),
+              bottom = std::min(part.bottom - area.top, pending.bottom);
+    for (int row = top; row < bottom; ++row) settler.settle(row, columns);
     settler.finish();
-    const bool isAll = part.left <= area.left && part.top <= area.top && part.right >= area.right &&
-                       part.bottom >= area.bottom;
-    if (isAll) samples.pending = {};
+    for (int row = top; row < bottom && isLast; ++row) settler.join(row, columns);
 }
+
+void settleInTile(const TileArea& part, MeshSamples& samples) { settle(part, true, samples); }
 
 // --- From triangles to samples.
 
@@ -351,8 +415,8 @@ void addRow(const TileTriangle& triangle, bool hides, int row, const RowBounds& 
     for (int block = run.from / kBlock * kBlock; block < run.to; block += kBlock) {
         if (meetsPending(keys, row, block, samples)) {
             const TileArea& area = samples.area;
-            settleInTile({area.left + block, area.top + row, area.left + block + kBlock, area.top + row + 1},
-                         samples);
+            settle({area.left + block, area.top + row, area.left + block + kBlock, area.top + row + 1}, false,
+                   samples);
         }
         write(std::false_type(), block, block + kBlock);
     }
@@ -361,7 +425,7 @@ void addRow(const TileTriangle& triangle, bool hides, int row, const RowBounds& 
 void addTriangle(const SeenTriangle& seen, const PreparedMesh& mesh, uint32_t meshNumber,
                  MeshSamples& samples) {
     if (samples.triangles.size() > MeshSamples::kNumber) {
-        settleInTile(samples.area, samples);
+        settle(samples.area, false, samples);
         samples.triangles.resize(1);
         samples.planes.clear();
     }
@@ -446,7 +510,7 @@ TrianglePlanes planesFor(const MeshSamples::Triangle& triangle, const TileArea& 
     const PreparedMesh& mesh = *triangle.mesh;
     const float* numbers = mesh.paint.corners.numbers + triangle.seen->firstCorner * MeshCorners::kNumbers;
     const Places shares = sharesOfCorners(mesh, numbers, canvas);
-    const PixelBox box = touchedPixels(*triangle.seen);
+    const PixelBox& box = triangle.seen->box;
     TrianglePlanes planes{};
     planes.left = std::max(box.left, area.left) - area.left;
     planes.top = std::max(box.top, area.top) - area.top;
@@ -467,13 +531,9 @@ TrianglePlanes planesFor(const MeshSamples::Triangle& triangle, const TileArea& 
 
 }  // namespace
 
-const TrianglePlanes& planesOf(uint32_t number, MeshSamples& samples) {
-    MeshSamples::Triangle& triangle = samples.triangles[number];
-    if (triangle.planes == MeshSamples::kNoPlanes) {
-        triangle.planes = static_cast<uint32_t>(samples.planes.size());
-        samples.planes.push_back(planesFor(triangle, samples.area, samples.canvas));
-    }
-    return samples.planes[triangle.planes];
+const TrianglePlanes& MeshSamples::makePlanes(uint32_t number) {
+    triangles[number].planes = static_cast<uint32_t>(planes.size());
+    return planes.emplace_back(planesFor(triangles[number], area, canvas));
 }
 
 void beginSamples(const TileArea& area, const Canvas& canvas, MeshSamples& samples) {
@@ -486,8 +546,10 @@ void beginSamples(const TileArea& area, const Canvas& canvas, MeshSamples& sampl
                         MeshSamples::kFarthest);
     samples.triangles.assign(1, {});
     samples.planes.clear();
+    samples.fragments.reserve(MeshSamples::kMostFragments);
     samples.meshes = 0;
     samples.pending = {};
+    samples.hasSplit = false;
 }
 
 void addMesh(const PreparedMesh& mesh, MeshSamples& samples) {
@@ -501,6 +563,7 @@ void settleSamples(const TileArea& part, MeshSamples& samples) {
 void forgetPending(MeshSamples& samples) {
     for (uint32_t& key : samples.keys) key &= MeshSamples::kFarthest;
     samples.pending = {};
+    samples.hasSplit = false;
 }
 
 }  // namespace platform

@@ -100,6 +100,7 @@ bool addMeshes(const MeshDraw& mesh, const CanvasSize& canvas, std::vector<MeshP
                     .normalToWorld = matrixOf(mesh.normalMatrix),
                     .opacity = 1 - mesh.fade,
                     .isShape = mesh.alphaIsOpacity,
+                    .isOpaque = mesh.isOpaque,
                     .blend = paintedBlend(mesh.state.blend),
                     .depthTest = mesh.state.depthTest,
                     .eye = vectorOf(mesh.eye)};

@@ -180,6 +180,13 @@ void QVGLFont3DExtrudeFontObject3D::drawFace(Painter& painter, const FaceTexture
     if (Texture* texture = face.texture()) drawFaces(painter, *texture, letters, opacity, face.matrix());
 }
 
+bool QVGLFont3DExtrudeFontObject3D::isOpaque(const Texture& texture) const {
+    if (&texture != &colors_) return texture.isOpaque();
+    // The last texel is no colour of the letters.
+    return std::all_of(filled_->begin(), filled_->end() - 1,
+                       [](const auto& texel) { return texel[3] == 255; });
+}
+
 void QVGLFont3DExtrudeFontObject3D::drawFaces(Painter& painter, Texture& texture, const DrawnLetters& letters,
                                               float opacity, const glm::mat4& textureMatrix) {
     forEachRun(letters, [&](std::span<const MeshVertex> corners, const LetterPose& pose) {
@@ -194,6 +201,7 @@ void QVGLFont3DExtrudeFontObject3D::drawFaces(Painter& painter, Texture& texture
                       .mvpMatrix = projTransform() * place,
                       .textureMatrix = textureMatrix,
                       .lights = {},
+                      .isOpaque = isOpaque(texture) && opacity * pose.opacity >= 1,
                       .alphaIsOpacity = true,
                       .state = {}};
         addSceneLight(mesh, *this, place);

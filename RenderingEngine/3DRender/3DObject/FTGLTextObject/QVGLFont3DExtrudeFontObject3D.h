@@ -32,6 +32,7 @@ class QVGLFont3DExtrudeFontObject3D : public QVGLFontTextObjectBase {
 
     glm::vec4 shown(const std::optional<platform::Color>& color, float unlit) const;
     void fillColors();
+    bool isOpaque(const Texture& texture) const;
     void loadFace(FaceTexture& face);
     void drawFace(Painter& painter, const FaceTexture& face, const DrawnLetters& letters, float opacity);
     void drawFaces(Painter& painter, Texture& texture, const DrawnLetters& letters, float opacity,
