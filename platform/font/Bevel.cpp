@@ -160,7 +160,7 @@ class Narrowing {
                 if (rims_[rim].turnsRound(i)) faults.emplace_back(rim, i);
         findCrossings(faults);
         std::ranges::sort(faults);
-        faults.erase(std::ranges::unique(faults).begin(), faults.end());
+        faults.erase(std::unique(faults.begin(), faults.end()), faults.end());
         for (const auto& [rim, i] : faults) rims_[rim].narrow(i, factor);
         for (NarrowingRim& rim : rims_) rim.level();
         return !faults.empty();

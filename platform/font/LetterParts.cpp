@@ -27,7 +27,7 @@ class Ranks {
   public:
     explicit Ranks(std::vector<size_t> numbers) : known_(std::move(numbers)) {
         std::ranges::sort(known_);
-        known_.erase(std::ranges::unique(known_).begin(), known_.end());
+        known_.erase(std::unique(known_.begin(), known_.end()), known_.end());
     }
     size_t of(size_t number) const {
         const auto found = std::ranges::lower_bound(known_, number) - known_.begin();

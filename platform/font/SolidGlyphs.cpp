@@ -161,6 +161,7 @@ class SolidGlyphMaker {
         for (const Group& group : groups_) {
             if (partOf(group) != part) continue;
             const Shape& shape = shapes_.at(formOf(group));
+            if (shape.rims.empty() && !shape.isLeftOut) continue;  // blank
             count_ += shape.vertices(isBevelled_ ? profile_.size() : 0);
             if (shape.isLeftOut || count_ > maxVertices) {
                 for (const GlyphPlacement& letter : group) letters.leftOut.push_back(text_.letterAt(letter));

@@ -358,6 +358,10 @@ TEST(Letters, TakeWhateverNumbersAndTextsTheyAreGiven) {
     LetterText letters = text(endless, 40);
     letters.part = LetterUnit::Letter;
     EXPECT_EQ(flatLetters(letters).letters.corners.size() / 6, 4096u / 2);
+    const SolidLetters tooMany =
+        solidLetters(letters, {.depth = 1, .bevelWidth = 0.05f, .bevelDepth = 0.05f, .bevelSteps = 8});
+    EXPECT_LE(tooMany.letters.corners.size(), 1'500'000u);
+    EXPECT_EQ(tooMany.leftOut, std::vector<char32_t>{U'g'}) << "but no blank";
     const float numbers[] = {NAN, INFINITY, -INFINITY, -1, 1e30f, 1e-30f};
     for (const float number : numbers) {
         LetterText strange = text("a क्ष\n👍🏽 م");
