@@ -44,8 +44,9 @@ struct Plain {
 
     static void widen(const uint16_t* mixed, size_t count, int shift, uint16_t* row) {
         for (size_t i = 0; i < count; ++i) {
-            row[2 * i] = static_cast<uint16_t>((3 * mixed[i] + mixed[i - 1]) >> shift);
-            row[2 * i + 1] = static_cast<uint16_t>((3 * mixed[i] + mixed[i + 1]) >> shift);
+            const uint16_t* at = mixed + i;  // with neighbours on both sides
+            row[2 * i] = static_cast<uint16_t>((3 * at[0] + at[-1]) >> shift);
+            row[2 * i + 1] = static_cast<uint16_t>((3 * at[0] + at[1]) >> shift);
         }
     }
 

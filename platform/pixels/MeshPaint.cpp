@@ -101,24 +101,17 @@ class Finder {
             seen.y[i] = (1 - at.y * near) * 0.5f * static_cast<float>(height_);
             seen.depth[i] = at.z * near * 0.5f + 0.5f;
         }
-        if (!isNear(seen.x) || !isNear(seen.y)) return;
-        // Negative where corners run counter-clockwise, because y runs down.
+        // Negative where corners run counter-clockwise, because y runs down; not a number where they are not.
         const double area = twiceArea(seen);
         const bool isSeen = paint_.facing == MeshFacing::Front  ? area < 0
                             : paint_.facing == MeshFacing::Back ? area > 0
-                                                                : area != 0;
-        if (!isSeen) return;
+                                                                : area != 0 && std::isfinite(area);
+        if (!isSeen || !std::isfinite(area)) return;
         seen.box = touchedPixels(seen);
         if (seen.box.isEmpty()) return;
         for (int band = seen.box.top / kTileRows; band <= (seen.box.bottom - 1) / kTileRows; ++band)
             ++prepared_.bandEnds[static_cast<size_t>(band)];
         prepared_.triangles.push_back(seen);
-    }
-
-    // So that edges can be computed; no for what is not a number.
-    static bool isNear(const Vector3& places) {
-        constexpr float kFarthest = 1e9f;  // pixels
-        return std::ranges::all_of(places, [](float place) { return std::abs(place) < kFarthest; });
     }
 
     PixelBox touchedPixels(const SeenTriangle& seen) const {

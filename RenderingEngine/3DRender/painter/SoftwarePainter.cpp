@@ -4,6 +4,7 @@
 #include <array>
 #include <utility>
 
+#include "painter/ColorBytes.h"
 #include "painter/MeshPaints.h"
 #include "painter/QuadPaints.h"
 #include "platform/pixels/SharedEdges.h"
@@ -200,9 +201,8 @@ void SoftwarePainter::paintColor(const QuadDraw& quad) {
     constexpr std::array alike{Factor::Zero, Factor::One, Factor::SrcAlpha, Factor::SrcAlphaSaturate};
     if (std::ranges::find(alike, paintedBlend(quad.state.blend).source) != alike.end())
         return current().add(quad, nullptr);
-    const glm::vec4 bytes = glm::round(glm::clamp(look.color, 0.0f, 1.0f) * 255.0f);
     platform::Bitmap texel(1, 1);
-    for (int i = 0; i < 4; ++i) texel.rgba[static_cast<size_t>(i)] = static_cast<uint8_t>(bytes[i]);
+    std::ranges::copy(colorBytes(look.color), texel.rgba.begin());
     std::vector<platform::Bitmap> levels;
     levels.push_back(std::move(texel));
     Texture texture;

@@ -9,6 +9,7 @@
 #include "dataMode/TextSettings.h"
 #include "format/NodeTypes.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
+#include "painter/ColorBytes.h"
 
 namespace multiscene {
 
@@ -76,11 +77,6 @@ namespace {
 
 /// What tells the sides and the cut edges from the front where no light does.
 constexpr float unlitSides = 0.6f, unlitBevel = 0.8f;
-
-std::array<uint8_t, 4> texelOf(const glm::vec4& color) {
-    const glm::vec4 bytes = glm::round(glm::clamp(color, 0.0f, 1.0f) * 255.0f);
-    return {uint8_t(bytes.r), uint8_t(bytes.g), uint8_t(bytes.b), uint8_t(bytes.a)};
-}
 
 std::optional<platform::Color> colorOf(const KeyReader& reader, const char* key) {
     return reader.has(key) ? std::optional(readTextColor(reader, key)) : std::nullopt;
@@ -155,8 +151,8 @@ glm::vec4 QVGLFont3DExtrudeFontObject3D::shown(const std::optional<platform::Col
 
 /// The colours' alpha is an opacity too, so that they are not multiplied by it.
 void QVGLFont3DExtrudeFontObject3D::fillColors() {
-    const std::array colors{texelOf(shownColor()), texelOf(shown(bevelColor_, unlitBevel)),
-                            texelOf(shown(sideColor_, unlitSides)), texelOf(glm::vec4(0))};
+    const std::array colors{colorBytes(shownColor()), colorBytes(shown(bevelColor_, unlitBevel)),
+                            colorBytes(shown(sideColor_, unlitSides)), colorBytes(glm::vec4(0))};
     if (filled_ == colors) return;
     filled_ = colors;
     platform::Bitmap texels(static_cast<int>(colors.size()), 1);
