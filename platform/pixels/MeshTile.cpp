@@ -53,6 +53,14 @@ HWY_INLINE int lanes() { return static_cast<int>(hn::Lanes(Pixels())); }
 
 // --- Shading.
 
+// From the planes' numbers, which at(plane) gives.
+template <class At>
+HWY_INLINE Surfaces surfacesOf(const At& at) {
+    const RealVector w = hn::Div(real(1), at(0));
+    const auto number = [&](int plane) { return hn::Mul(at(plane), w); };
+    return {{number(1), number(2), number(3)}, {number(4), number(5), number(6)}, number(7), number(8)};
+}
+
 // Pixels of a row wholly inside of one triangle.
 void shadeRun(const TrianglePlanes& planes, const MeshShader& shader, int row, const Run& run,
               uint32_t* colours) {
@@ -65,11 +73,7 @@ void shadeRun(const TrianglePlanes& planes, const MeshShader& shader, int row, c
         const auto at = [&](int plane) {
             return hn::Add(real(start[plane]), hn::Mul(real(planes.across[plane]), x));
         };
-        const RealVector w = hn::Div(real(1), at(0));
-        const auto number = [&](int plane) { return hn::Mul(at(plane), w); };
-        const Surfaces surfaces{
-            {number(1), number(2), number(3)}, {number(4), number(5), number(6)}, number(7), number(8)};
-        hn::StoreU(shader.at(surfaces), Pixels(), colours + i);
+        hn::StoreU(shader.at(surfacesOf(at)), Pixels(), colours + i);
     }
 }
 
@@ -87,23 +91,19 @@ HWY_INLINE void evaluate(const TrianglePlanes& planes, const Fragment& fragment,
 }
 
 // Fragments of one mesh, as many as a vector has at a time. `order`: their places in the tile's list.
-void shadeFragments(const uint32_t* order, size_t count, const MeshShader& shader, MeshSamples& samples,
+void shadeFragments(std::span<const uint32_t> order, const MeshShader& shader, MeshSamples& samples,
                     uint32_t* colours) {
     constexpr int kCount = TrianglePlanes::kCount;
     HWY_ALIGN float numbers[HWY_MAX_BYTES / 4 * kCount];
     const auto vector = static_cast<size_t>(lanes());
-    for (size_t done = 0; done < count; done += vector) {
+    for (size_t done = 0; done < order.size(); done += vector) {
         for (size_t i = 0; i < vector; ++i) {
-            const Fragment& fragment = samples.fragments[order[std::min(done + i, count - 1)]];
+            const Fragment& fragment = samples.fragments[order[std::min(done + i, order.size() - 1)]];
             evaluate(samples.planesOf(fragment.triangle), fragment, numbers + i * kCount);
         }
         const PlaceVector places = hn::Mul(hn::Iota(Places(), 0), hn::Set(Places(), kCount));
         const auto at = [&](int plane) { return hn::GatherIndex(Reals(), numbers + plane, places); };
-        const RealVector w = hn::Div(real(1), at(0));
-        const auto number = [&](int plane) { return hn::Mul(at(plane), w); };
-        const Surfaces surfaces{
-            {number(1), number(2), number(3)}, {number(4), number(5), number(6)}, number(7), number(8)};
-        hn::StoreU(shader.at(surfaces), Pixels(), colours + done);
+        hn::StoreU(shader.at(surfacesOf(at)), Pixels(), colours + done);
     }
 }
 
@@ -138,15 +138,16 @@ class Settler {
         std::vector<Fragment>& fragments = samples_.fragments;
         if (fragments.empty()) return;
         sortByMesh();
-        samples_.scratch.colours.resize(fragments.size() + HWY_MAX_BYTES / 4);
-        samples_.scratch.blended.resize(fragments.size());
-        for (size_t first = 0; first < samples_.scratch.order.size();) {
-            const PreparedMesh* mesh = meshOf(samples_.scratch.order[first]);
+        auto& [order, ends, colours, backs, blended] = samples_.scratch;
+        colours.resize(fragments.size() + HWY_MAX_BYTES / 4);
+        blended.resize(fragments.size());
+        for (size_t first = 0; first < order.size();) {
+            const PreparedMesh* mesh = meshOf(order[first]);
             size_t end = first + 1;
-            while (end < samples_.scratch.order.size() && meshOf(samples_.scratch.order[end]) == mesh) ++end;
-            shadeFragments(&samples_.scratch.order[first], end - first, MeshShader(*mesh), samples_,
-                           samples_.scratch.colours.data());
-            blend(*mesh, {samples_.scratch.order.begin() + static_cast<ptrdiff_t>(first), end - first});
+            while (end < order.size() && meshOf(order[end]) == mesh) ++end;
+            const std::span mine(&order[first], end - first);
+            shadeFragments(mine, MeshShader(*mesh), samples_, colours.data());
+            blend(*mesh, mine);
             first = end;
         }
         compose();

@@ -284,57 +284,83 @@ std::vector<Pixel> smoothColours(bool isOpaque) {
     return colours;
 }
 
-TEST_F(PainterTest, LitMeshesLookAlikeInAnyLight) {
-    std::mt19937 random(5);
-    const auto among = [&](double from, double to) {
-        return float(from + (to - from) * double(random() % 10000) / 10000);
-    };
-    const auto vector = [&](double from, double to) {
-        return glm::vec3(among(from, to), among(from, to), among(from, to));
-    };
+/// Numbers, places and lights by chance.
+class Chance {
+  public:
+    explicit Chance(unsigned seed) : random_(seed) {}
+
+    unsigned below(unsigned end) { return unsigned(random_() % end); }
+    float among(double from, double to) {
+        return float(from + (to - from) * double(random_() % 10000) / 10000);
+    }
+    glm::vec3 vector(double from, double to) { return {among(from, to), among(from, to), among(from, to)}; }
+    Light light(const glm::vec3& position) {
+        return {.kind = LightKind(below(3) + 1),
+                .position = position,
+                .ambient = vector(0, 0.1),
+                .diffuse = vector(0, 0.6),
+                .specular = below(2) ? vector(0, 0.5) : glm::vec3(0),
+                .shininess = below(2) ? float(below(80)) : among(0, 40),
+                .spotDirection = vector(-1, 1),
+                .spotExponent = below(2) ? float(below(8)) : among(0, 6),
+                .spotAngle = among(0.2, 1.2)};
+    }
+
+  private:
+    std::mt19937 random_;
+};
+
+TEST_F(PainterTest, AWallLooksAlikeInAnyLight) {
+    Chance chance(7);
+    Texture opaque = textureOf(smoothColours(true), 64);
+    painters.edgePixels = 100;  // of 128 * 128: rims of cones
+    for (int trial = 0; trial < 25; ++trial) {
+        glm::mat4 place = glm::translate(identity, {0, 0, -3});
+        place = glm::rotate(place, chance.among(-0.3, 0.3), chance.vector(-1, 1));
+        LitBox wall(&opaque, glm::perspective(1.0f, 1.0f, 0.5f, 20.0f), glm::scale(place, {6, 6, 0.5f}));
+        for (unsigned lights = 1 + chance.below(3); lights > 0; --lights)
+            wall.draw.lights.push_back(
+                chance.light({chance.among(-2, 2), chance.among(-2, 2), chance.among(-2, 0)}));
+        SCOPED_TRACE("trial " + std::to_string(trial));
+        painters.paint(128, 128, nothing, [&](Painter& painter) { painter.draw(wall.draw); });
+    }
+}
+
+TEST_F(PainterTest, BoxesLookAlikeHoweverTheyAreDrawn) {
+    Chance chance(5);
     Texture opaque = textureOf(smoothColours(true), 64), clear = textureOf(smoothColours(false), 64);
     const glm::mat4 camera = glm::perspective(1.0f, 1.0f, 0.5f, 20.0f);
     const BlendFunction functions[] = {{}, {}, {}, {770, 1}, {1, 1}, {774, 771}};
     painters.edgePixels = 1200;  // of 128 * 128: the outlines of four boxes and their sides, rims of cones
     for (int trial = 0; trial < 25; ++trial) {
         std::vector<LitBox> boxes;
-        std::vector<BlendFunction> blends;
-        std::vector<bool> depths;
         boxes.reserve(4);
         for (int i = 0; i < 4; ++i) {
             // Some stand around the eye.
-            glm::mat4 place = glm::translate(identity, {among(-2, 2), among(-2, 2), among(-9, -1)});
-            place = glm::scale(glm::rotate(place, among(0, 6), vector(-1, 1)), vector(0.3, 1.4));
-            LitBox& box = boxes.emplace_back(random() % 2 ? &opaque : &clear, camera, place);
-            if (random() % 4 == 0) box.draw.color = glm::vec4(vector(0, 1), among(0.2, 1));
-            if (random() % 4 == 0) box.draw.textureMatrix = glm::scale(identity, glm::vec3(1.7f, 2.3f, 1));
-            box.draw.mayRepeat = random() % 2;
-            if (box.draw.color) box.draw.isOpaque = false;
-            box.draw.alphaIsOpacity = random() % 2;
-            if (box.draw.alphaIsOpacity && random() % 2) box.draw.fade = 0.3f;
-            box.draw.isOpaque = box.draw.isOpaque && box.draw.fade == 0;
-            if (random() % 3 == 0) box.draw.sides = MeshSides::Outer;
-            for (unsigned lights = random() % 4; lights > 0; --lights)
-                box.draw.lights.push_back({.kind = LightKind(random() % 3 + 1),
-                                           .position = vector(-6, 6),
-                                           .ambient = vector(0, 0.1),
-                                           .diffuse = vector(0, 0.6),
-                                           .specular = random() % 2 ? vector(0, 0.5) : glm::vec3(0),
-                                           .shininess = random() % 2 ? float(random() % 80) : among(0, 40),
-                                           .spotDirection = vector(-1, 1),
-                                           .spotExponent = random() % 2 ? float(random() % 8) : among(0, 6),
-                                           .spotAngle = among(0.2, 1.2)});
-            blends.push_back(functions[random() % std::size(functions)]);
-            depths.push_back(random() % 3 != 0);
+            glm::mat4 place =
+                glm::translate(identity, {chance.among(-2, 2), chance.among(-2, 2), chance.among(-9, -1)});
+            place = glm::rotate(place, chance.among(0, 6), chance.vector(-1, 1));
+            place = glm::scale(place, chance.vector(0.3, 1.4));
+            MeshDraw& draw = boxes.emplace_back(chance.below(2) ? &opaque : &clear, camera, place).draw;
+            if (chance.below(4) == 0) draw.color = glm::vec4(chance.vector(0, 1), chance.among(0.2, 1));
+            if (chance.below(4) == 0) draw.textureMatrix = glm::scale(identity, glm::vec3(1.7f, 2.3f, 1));
+            draw.mayRepeat = chance.below(2);
+            draw.alphaIsOpacity = chance.below(2);
+            if (draw.alphaIsOpacity && chance.below(2)) draw.fade = 0.3f;
+            draw.isOpaque = draw.isOpaque && !draw.color && draw.fade == 0;
+            if (chance.below(3) == 0) draw.sides = MeshSides::Outer;
+            for (unsigned lights = chance.below(4); lights > 0; --lights)
+                draw.lights.push_back(chance.light(chance.vector(-6, 6)));
         }
+        const unsigned turn = chance.below(100);
         SCOPED_TRACE("trial " + std::to_string(trial));
         painters.paint(
             128, 128, {90, 40, 20, 255},
             [&](Painter& painter) {
                 for (size_t i = 0; i < boxes.size(); ++i) {
                     painter.resetState();
-                    painter.setBlendFunction(blends[i]);
-                    painter.setDepthTest(depths[i]);
+                    painter.setBlendFunction(functions[(turn + 5 * i) % std::size(functions)]);
+                    painter.setDepthTest((turn + i) % 3 != 0);
                     painter.draw(boxes[i].draw);
                 }
             },
