@@ -121,8 +121,7 @@ class Walk:
             self.calls, _ = slot.calls()
             if len(set(self.calls)) != len(self.calls):
                 raise SystemExit(f"{self.name}: calls that cannot be told apart")
-            if not self.world.instantly:
-                slot.demand(self.world.restart(slot.root), self.fenced)
+            slot.demand(self.world.again(slot.root), self.fenced)
             self.after = worlds.snapshot(slot.root)
         finally:
             self.slots.put(slot)
@@ -166,7 +165,7 @@ class Walk:
             yield from self.next_run(slot, self.world.restart(slot.root))
             yield from self.faults_of_state(slot, done, unsettled, "after the next start")
         is_done = not self.world.instantly and self.state(slot, False) == "new"
-        yield from self.next_run(slot, self.world.restart(slot.root) if is_done else self.world.words(slot.root))
+        yield from self.next_run(slot, self.world.again(slot.root) if is_done else self.world.words(slot.root))
         state = self.state(slot, False)
         if state != "new":
             yield f"done again, it is {state}"

@@ -123,6 +123,10 @@ class World:
         """What starts the program again, and no more."""
         return ["templates", "list"]
 
+    def again(self, root):
+        """What the user does next when it is done: with it goes what a killed job has left."""
+        return self.words(root)
+
     def outcome(self, found):
         return {path: content for path, content in found.items() if path == "rows" or self.is_valued(path)}
 
@@ -186,6 +190,9 @@ class Remove(Replace):
 
     def words(self, root):
         return ["templates", "remove", "small"]
+
+    def again(self, root):
+        return ["templates", "install", str(root / "in/other.zip")]
 
 
 class Pack(World):
