@@ -42,9 +42,23 @@ function(multiscene_engine_library)
   add_library(multiscene::all ALIAS multiscene_all)
   target_link_libraries(multiscene_all PUBLIC multiscene_settings PRIVATE ${packages})
   set_target_properties(multiscene_all PROPERTIES OUTPUT_NAME multiscene)
+  get_property(modules GLOBAL PROPERTY MULTISCENE_MODULES)
+  add_dependencies(multiscene_all ${modules})
   install(TARGETS multiscene_all LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
   # The library calls its own inline functions, never a test's copy of them, which is not optimised.
   target_link_options(multiscene_all PRIVATE -Wl,-Bsymbolic-functions)
+endfunction()
+
+# multiscene_module(<name> SOURCES <files...> PACKAGES <imported targets...>)
+# A part of the program that is loaded when it is wanted (platform/base/Module.h), so that its libraries cost no other
+# command time and need not be installed. It lies beside the program's library.
+function(multiscene_module name)
+  cmake_parse_arguments(MODULE "" "" "SOURCES;PACKAGES" ${ARGN})
+  add_library(${name} MODULE ${MODULE_SOURCES})
+  target_link_libraries(${name} PRIVATE multiscene_settings ${MODULE_PACKAGES} ${CMAKE_DL_LIBS})
+  set_target_properties(${name} PROPERTIES CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
+  install(TARGETS ${name} LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+  set_property(GLOBAL APPEND PROPERTY MULTISCENE_MODULES ${name})
 endfunction()
 
 # multiscene_test(<name> SOURCES <files...> [PACKAGES <imported targets...>])

@@ -4,6 +4,7 @@
 #include <cstdio>
 
 #include "app/job/GroupRun.h"
+#include "app/job/MusicEntry.h"
 #include "app/job/OutputFile.h"
 #include "app/language/Strings.h"
 #include "videoRenderCore/QVVideoCVCacheExporter.h"
@@ -12,7 +13,6 @@ namespace multiscene {
 
 using platform::Error;
 using platform::ErrorKind;
-using platform::Value;
 
 namespace {
 
@@ -32,19 +32,6 @@ class ExportEnd : public QVVideoCVCacheExporterDelegate {
     std::string path;
     std::optional<Error> error;
 };
-
-Value musicEntry(const std::string& path, const MusicSettings& settings) {
-    return Value::Dictionary{{"type", "bgAudio"},
-                             {"audioPath", path},
-                             {"audioName", "bg-audio.mp3"},
-                             {"volume", settings.volume},
-                             {"fpsStart", 0},
-                             {"fpsEnd", 100000},
-                             {"isLoop", true},
-                             {"startSeconds", settings.start},
-                             {"fadeInSeconds", settings.fadeIn},
-                             {"fadeOutSeconds", settings.fadeOut}};
-}
 
 std::shared_ptr<QVVideoCVCacheExporter> makeExporter(const VideoRequest& request, const PreparedGroup& group,
                                                      const JobFolder& job) {

@@ -37,8 +37,14 @@ void SoundLoop::read(float* samples, int64_t frames) {
     }
 }
 
+void SoundLoop::skip(int64_t frames) {
+    if (length_ <= 0) return;
+    position_ = (position_ + frames) % length_;
+    reader_.reset();
+}
+
 void SoundLoop::decode(float* samples, int64_t frames) {
-    if (position_ == 0) reader_.emplace(file_).skip(start_);
+    if (position_ == 0 || !reader_) reader_.emplace(file_).skip(start_ + position_);
     const int64_t got = reader_->read(samples, frames);
     std::fill(samples + got * kAudioChannels, samples + frames * kAudioChannels, 0.0f);
 }

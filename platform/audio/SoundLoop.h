@@ -17,6 +17,8 @@ class SoundLoop {
 
     /// The next `frames` sample frames, always all of them; silence where the file cannot be decoded.
     void read(float* samples, int64_t frames);
+    /// Goes on `frames` sample frames later.
+    void skip(int64_t frames);
 
   private:
     void decode(float* samples, int64_t frames);

@@ -65,6 +65,12 @@ void FileGate::allowFile(const fs::path& file) {
     files_.push_back(real);
 }
 
+void FileGate::allowAllOf(const FileGate& other) {
+    const std::scoped_lock lock(mutex_, other.mutex_);
+    folders_.insert(folders_.end(), other.folders_.begin(), other.folders_.end());
+    files_.insert(files_.end(), other.files_.begin(), other.files_.end());
+}
+
 FileGate::Opened FileGate::open(const fs::path& file) {
     // Non-blocking, so that a FIFO in a template cannot hang the job before it is recognised.
     FileHandle handle = openFile(file, O_RDONLY | O_NONBLOCK | O_NOCTTY);

@@ -31,6 +31,9 @@ class FileGate {
     /// This very file may be opened: an input that the user named.
     void allowFile(const std::filesystem::path& file);
 
+    /// What the other one allows at the moment.
+    void allowAllOf(const FileGate& other);
+
     /// Opens a file for reading. The verdict holds for the descriptor itself, so a link swapped in afterwards
     /// changes nothing. Refusals (not missing files) are remembered. Throws Error when the machine does not
     /// manage to look: no file is missing because the program has too many open.

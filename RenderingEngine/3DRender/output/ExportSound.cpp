@@ -2,22 +2,21 @@
 
 #include <algorithm>
 #include <cmath>
-#include <map>
 #include <string>
+
+#include "output/SoundFiles.h"
 
 namespace multiscene {
 
 namespace {
 
-using SoundFile = std::shared_ptr<const platform::AudioFile>;
+using SoundFile = SoundFiles::Sound;
 
 constexpr float fadedFilm = 5;      // seconds: shorter films do not fade
 constexpr float musicFade = 5;      // seconds
 constexpr float filmFade = 4;       // seconds
 constexpr int64_t cutFade = 20;     // hundredths of a second
 constexpr float longestMix = 1e7f;  // seconds, far beyond any film: keeps the arithmetic in range
-
-bool isMusic(const platform::Value& entry) { return entry.string("type") == "bgAudio"; }
 
 /// The sound of a film that is shown in the window, and not after it.
 bool endsWithWindow(const platform::Value& entry) { return entry.boolean("endsWithWindow"); }
@@ -36,51 +35,17 @@ float secondsOf(const platform::AudioFile& sound) {
 
 platform::CMTime time(int64_t hundredthsOfSecond) { return platform::CMTimeMake(hundredthsOfSecond, 100); }
 
-void report(Playback& playback, const std::string& what, const platform::Value& entry,
-            bool isLeftOut = true) {
-    playback.report().add(
-        {.what = what, .name = entry.string("audioPath"), .scene = {}, .node = {}, .isLeftOut = isLeftOut});
-}
-
-/// The sounds of one mix, each file opened once.
-class SoundFiles {
-  public:
-    explicit SoundFiles(Playback& playback) : playback_(playback) {}
-
-    /// None when the file cannot be read.
-    SoundFile open(const platform::Value& entry) {
-        const std::string path = entry.string("audioPath");
-        const auto known = files_.find(path);
-        if (known != files_.end()) return known->second;
-        return files_[path] = read(entry, path);
-    }
-
-  private:
-    SoundFile read(const platform::Value& entry, const std::string& path) {
-        platform::FileGate::Opened opened = playback_.gate().open(path);
-        if (!opened.file && opened.verdict != platform::FileGate::Verdict::Missing)
-            throw platform::Error(platform::ErrorKind::Template, platform::describe(opened.verdict), path);
-        try {
-            if (opened.file) return std::make_shared<platform::AudioFile>(std::move(opened.file), path);
-            report(playback_, "missing file", entry);
-        } catch (const platform::Error& error) {
-            if (error.kind() == platform::ErrorKind::Transient) throw;
-            report(playback_, error.message(), entry);
-        }
-        return nullptr;
-    }
-
-    Playback& playback_;
-    std::map<std::string, SoundFile> files_;
-};
-
 void reportLongerThanWindow(const platform::Value& entry, const platform::AudioFile& sound,
                             int32_t framesPerSecond, Playback& playback) {
     const int64_t window = ExportSound::hundredthsOfFrame(entry.integer("fpsEnd"), framesPerSecond) -
                            ExportSound::hundredthsOfFrame(entry.integer("fpsStart"), framesPerSecond);
     const int64_t length = hundredths(static_cast<float>(CMTimeGetSeconds(sound.duration())));
     if (length > window)
-        report(playback, "is longer than its time in the scene and plays to its end", entry, false);
+        playback.report().add({.what = "is longer than its time in the scene and plays to its end",
+                               .name = entry.string("audioPath"),
+                               .scene = {},
+                               .node = {},
+                               .isLeftOut = false});
 }
 
 /// Hundredths of a second at which the last piece ends.
@@ -93,6 +58,8 @@ int64_t endOf(const platform::AudioTimeline& timeline) {
 }
 
 }  // namespace
+
+bool ExportSound::isMusic(const platform::Value& entry) { return entry.string("type") == "bgAudio"; }
 
 int64_t ExportSound::hundredthsOfFrame(int64_t frame, int32_t framesPerSecond) {
     return hundredths(secondsOfFrame(frame, framesPerSecond));
@@ -175,6 +142,14 @@ platform::VolumeEnvelope ExportSound::synthesisAudioFade(float totalTime) {
     return volume;
 }
 
+platform::AudioTrack ExportSound::trackOf(const platform::Value& entry, const SoundFile& sound,
+                                          const Entries& entries, int32_t framesPerSecond, float totalTime) {
+    if (!isMusic(entry)) return addAudioWithInfo(entry, sound, framesPerSecond);
+    return {.insertions = addBgAudioWithUrl(sound, entry, totalTime),
+            .volume = updateBgAudioAolumeWithTrackMix(entries, framesPerSecond, totalTime),
+            .fades = musicFades(entry, totalTime)};
+}
+
 platform::AudioTimeline ExportSound::timelineOf(const Entries& entries, int32_t framesPerSecond,
                                                 float totalTime, Playback& playback) {
     platform::AudioTimeline timeline;
@@ -182,15 +157,9 @@ platform::AudioTimeline ExportSound::timelineOf(const Entries& entries, int32_t 
     for (const platform::Value& entry : entries) {
         const SoundFile sound = files.open(entry);
         if (!sound) continue;
-        if (isMusic(entry)) {
-            timeline.tracks.push_back(
-                {.insertions = addBgAudioWithUrl(sound, entry, totalTime),
-                 .volume = updateBgAudioAolumeWithTrackMix(entries, framesPerSecond, totalTime),
-                 .fades = musicFades(entry, totalTime)});
-        } else {
-            if (!endsWithWindow(entry)) reportLongerThanWindow(entry, *sound, framesPerSecond, playback);
-            timeline.tracks.push_back(addAudioWithInfo(entry, sound, framesPerSecond));
-        }
+        if (!isMusic(entry) && !endsWithWindow(entry))
+            reportLongerThanWindow(entry, *sound, framesPerSecond, playback);
+        timeline.tracks.push_back(trackOf(entry, sound, entries, framesPerSecond, totalTime));
     }
     timeline.masterVolume = synthesisAudioFade(totalTime);
     // What sounds after the film is never heard, so it is not encoded either.

@@ -24,6 +24,12 @@ class ExportSound {
     static platform::AudioTimeline timelineOf(const Entries& entries, int32_t framesPerSecond,
                                               float totalTime, Playback& playback);
 
+    /// What one entry adds to the mix of all.
+    static platform::AudioTrack trackOf(const platform::Value& entry,
+                                        const std::shared_ptr<const platform::AudioFile>& sound,
+                                        const Entries& entries, int32_t framesPerSecond, float totalTime);
+
+    static bool isMusic(const platform::Value& entry);
     static int64_t hundredthsOfFrame(int64_t frame, int32_t framesPerSecond);
     /// 1 less the mean volume of the effects that sound at the frame; 1 when none does.
     static float volumeWithFps(int64_t frame, const Entries& entries);

@@ -1,6 +1,8 @@
 // What one video is played with, apart from what draws it.
 #pragma once
 
+#include <memory>
+
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "platform/base/FileGate.h"
 #include "report/RenderReport.h"
@@ -15,6 +17,14 @@ class Playback {
     Playback() = default;
     Playback(const Playback&) = delete;
     Playback& operator=(const Playback&) = delete;
+
+    /// For another run of the same video: the same fence and values, a report of its own.
+    std::shared_ptr<Playback> twin() const {
+        auto other = std::make_shared<Playback>();
+        other->gate_.allowAllOf(gate_);
+        other->settings_ = settings_;
+        return other;
+    }
 
     /// The fence: which files the video may open.
     platform::FileGate& gate() { return gate_; }

@@ -185,7 +185,8 @@ void QVMediaManage::completeOverlay(const std::shared_ptr<QVScene3D>& scene) {
 /// The callback runs on the queue that the manager owns, so the manager is there; the player may not be.
 void QVMediaManage::finishGroup() {
     renderManager_->resetCurrentRenderFps();
-    if (isLoopPlayer_ || !completeBlock_) return;
+    if (holdsAtEnd_) renderManager_->frameSink()->finishExport();
+    if (isLoopPlayer_ || holdsAtEnd_ || !completeBlock_) return;
     renderManager_->finishRun([manager = renderManager_.get(), block = completeBlock_] {
         if (const auto& frameSink = manager->frameSink()) frameSink->finishExport();
         block();

@@ -25,6 +25,9 @@ class QVMediaManage : public VideoTimeSourceDelegate, public std::enable_shared_
     // Settings, before loading
     /// Rendering for a file: video sources decode as fast as they can instead of at their own rate.
     void setIsRec(bool isRec) { isRec_ = isRec; }
+    /// At the group's end the run waits to be started again, with everything that its painter keeps: for a
+    /// frame sink that holds the run up (QVMorrow3DGLVIew), which is told by finishExport().
+    void setHoldsAtEnd(bool holds) { holdsAtEnd_ = holds; }
     /// Called once, on the render queue, when a group that does not loop has played to its end: the run is
     /// over, the scenes are gone and the exporter, if there is one, has been told to finish. Without a block
     /// the end of the group goes unnoticed, and the run ends as failed.
@@ -86,7 +89,7 @@ class QVMediaManage : public VideoTimeSourceDelegate, public std::enable_shared_
     void completeOverlay(const std::shared_ptr<QVScene3D>& scene);
 
     std::shared_ptr<QVMultiSceneRenderManager> renderManager_;
-    bool isLoopPlayer_ = false, isRec_ = false;
+    bool isLoopPlayer_ = false, isRec_ = false, holdsAtEnd_ = false;
     CompletionBlock completeBlock_;
     SceneGroup group_;
     int64_t currentSceneIndex_ = -1;  // of the scene loaded last, mostly one ahead of the one that plays

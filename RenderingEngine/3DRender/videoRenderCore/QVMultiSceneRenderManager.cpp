@@ -4,6 +4,9 @@
 
 #include "platform/base/NotificationCenter.h"
 #include "videoDecode/QVVideoDecodeBase.h"
+#include "videoRenderCore/AUSAudioPlayer.h"
+#include "videoRenderCore/QVMorrow3DGLVIew.h"
+#include "videoRenderCore/QVVideoCVCacheExporter.h"
 
 namespace multiscene {
 
@@ -25,6 +28,16 @@ std::shared_ptr<QVMultiSceneRenderManager> QVMultiSceneRenderManager::initWithFr
                                       settings),
         release);
     manager->performOnRenderQueue([&] { manager->setupScene(); });
+    return manager;
+}
+
+std::shared_ptr<QVMultiSceneRenderManager> QVMultiSceneRenderManager::initWithMorrow3DGLVIew(
+    std::shared_ptr<Playback> playback, const std::shared_ptr<QVMorrow3DGLVIew>& view,
+    const std::shared_ptr<QVVideoCVCacheExporter>& videoExport, const RenderDriverSettings& settings) {
+    if (videoExport) return initWithFrameSink(std::move(playback), videoExport, videoExport, settings);
+    const auto audioPlayer = std::make_shared<AUSAudioPlayer>(playback, settings.framesPerSecond);
+    auto manager = initWithFrameSink(std::move(playback), view, audioPlayer, settings);
+    manager->audioPlayer_ = audioPlayer;
     return manager;
 }
 

@@ -20,9 +20,14 @@
 
 namespace multiscene {
 
+class AUSAudioPlayer;
+class QVMorrow3DGLVIew;
+class QVVideoCVCacheExporter;
+
 struct RenderDriverSettings {
     int32_t bufferWidth = 720, bufferHeight = 1280;  ///< pixels; a sink's own size wins
     int32_t sceneTextureMaxWidth = 1000;             ///< pixels
+    int32_t framesPerSecond = 30;                    ///< of the group: when a preview's sounds are heard
     Renderer renderer = Renderer::Auto;
     /// Makes the GL context, where one is needed, on the render queue: for a window's; none: off screen.
     std::function<std::shared_ptr<platform::GLContext>()> makeContext = {};
@@ -47,6 +52,11 @@ class QVMultiSceneRenderManager : public RenderDriver, private RunLoop::Work {
                                                                         std::shared_ptr<FrameSink> frameSink,
                                                                         std::shared_ptr<SoundSink> soundSink,
                                                                         const RenderDriverSettings& settings);
+    /// The same for what is shown: the exporter, else the view, which then is the one sink, with an audio
+    /// player. Either may be none.
+    static std::shared_ptr<QVMultiSceneRenderManager> initWithMorrow3DGLVIew(
+        std::shared_ptr<Playback> playback, const std::shared_ptr<QVMorrow3DGLVIew>& view,
+        const std::shared_ptr<QVVideoCVCacheExporter>& videoExport, const RenderDriverSettings& settings);
     ~QVMultiSceneRenderManager() override;
 
     // Control, any thread
@@ -105,6 +115,8 @@ class QVMultiSceneRenderManager : public RenderDriver, private RunLoop::Work {
 
     const std::shared_ptr<FrameSink>& frameSink() const { return frameSink_; }
     const std::shared_ptr<SoundSink>& soundSink() const { return soundSink_; }
+    /// What a preview sounds like; none in an export.
+    const std::shared_ptr<AUSAudioPlayer>& audioPlayer() const { return audioPlayer_; }
     const FrameStatistics& statistics() const { return statistics_; }  ///< after the run, or on the queue
 
     // RenderDriver
@@ -143,6 +155,7 @@ class QVMultiSceneRenderManager : public RenderDriver, private RunLoop::Work {
     std::mutex sinksMutex_;  // the render queue alone replaces them; others ask and use them under it
     std::shared_ptr<FrameSink> frameSink_;
     std::shared_ptr<SoundSink> soundSink_;
+    std::shared_ptr<AUSAudioPlayer> audioPlayer_;  ///< the sound sink of a preview
     std::unique_ptr<Painter> painter_;  ///< from the first run on
 
     SceneSlots slots_;

@@ -1,0 +1,112 @@
+#include "videoRenderCore/QVMorrow3DGLVIew.h"
+
+namespace multiscene {
+
+// What is asked for
+
+void QVMorrow3DGLVIew::ask(int64_t frame, const platform::Canvas& picture) {
+    const std::lock_guard lock(mutex_);
+    askedFrame_ = frame;
+    picture_ = picture;
+    isShown_ = false;
+    signal_.notify_all();
+}
+
+void QVMorrow3DGLVIew::rest() {
+    const std::lock_guard lock(mutex_);
+    askedFrame_ = -1;
+}
+
+int64_t QVMorrow3DGLVIew::nextFrame() const {
+    const std::lock_guard lock(mutex_);
+    return nextFrame_;
+}
+
+bool QVMorrow3DGLVIew::isShown() const {
+    const std::lock_guard lock(mutex_);
+    return isShown_;
+}
+
+bool QVMorrow3DGLVIew::isDrawing() const {
+    const std::lock_guard lock(mutex_);
+    return isDrawing_;
+}
+
+std::optional<int64_t> QVMorrow3DGLVIew::frames() const {
+    const std::lock_guard lock(mutex_);
+    return frames_;
+}
+
+// What the loop waits for, under the lock
+
+bool QVMorrow3DGLVIew::isWanted() const { return !hasEnded_ && nextFrame_ <= askedFrame_; }
+
+bool QVMorrow3DGLVIew::isOkCaptureScreenVideo() const {
+    const std::lock_guard lock(mutex_);
+    return isWanted();
+}
+
+bool QVMorrow3DGLVIew::waitUntilOk() {
+    std::unique_lock lock(mutex_);
+    signal_.wait(lock, [this] { return isWanted() || isWoken_; });
+    isWoken_ = false;
+    return isWanted();
+}
+
+void QVMorrow3DGLVIew::wake() {
+    const std::lock_guard lock(mutex_);
+    isWoken_ = true;
+    signal_.notify_all();
+}
+
+// Frames
+
+bool QVMorrow3DGLVIew::wantsNextFrame() const {
+    const std::lock_guard lock(mutex_);
+    return nextFrame_ == askedFrame_;
+}
+
+platform::Canvas QVMorrow3DGLVIew::frameCanvas() {
+    {
+        const std::lock_guard lock(mutex_);
+        target_ = picture_;
+        isDrawing_ = true;
+    }
+    if (placer_.layout().isWhole()) return target_;
+    drawn_.resize(static_cast<size_t>(width()) * static_cast<size_t>(height()) * 4);
+    return {.pixels = drawn_.data(), .stride = ptrdiff_t{width()} * 4, .width = width(), .height = height()};
+}
+
+void QVMorrow3DGLVIew::renderFrameToVideo() {
+    if (!placer_.layout().isWhole()) placer_.place(drawn_.data(), target_.pixels);
+    {
+        const std::lock_guard lock(mutex_);
+        isShown_ = nextFrame_ == askedFrame_;
+        isDrawing_ = false;
+        ++nextFrame_;
+    }
+    if (onChange_) onChange_();
+}
+
+void QVMorrow3DGLVIew::skipFrame() {
+    const std::lock_guard lock(mutex_);
+    ++nextFrame_;
+}
+
+void QVMorrow3DGLVIew::finishExport() {
+    {
+        const std::lock_guard lock(mutex_);
+        hasEnded_ = true;
+        frames_ = nextFrame_;
+    }
+    if (onChange_) onChange_();
+}
+
+std::shared_ptr<FrameSink> QVMorrow3DGLVIew::freshSink() {
+    const std::lock_guard lock(mutex_);
+    nextFrame_ = 0;
+    hasEnded_ = isDrawing_ = isWoken_ = false;
+    return nullptr;
+}
+
+}  // namespace multiscene

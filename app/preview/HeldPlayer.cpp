@@ -1,0 +1,153 @@
+#include "app/preview/HeldPlayer.h"
+
+#include <atomic>
+#include <mutex>
+#include <optional>
+
+#include "app/job/MusicEntry.h"
+#include "app/job/UserValues.h"
+#include "platform/base/DispatchQueue.h"
+
+namespace multiscene {
+
+using platform::DispatchQueue;
+using platform::Error;
+
+namespace {
+
+RenderDriverSettings driverSettings(const PreparedGroup& group) {
+    RenderDriverSettings settings;
+    settings.renderer = group.renderer;
+    settings.framesPerSecond = group.format.framesPerSecond;
+    return settings;
+}
+
+/// Lets the pump of the main queue look at its condition at once.
+void wakeMainThread() {
+    DispatchQueue::main().async([] {});
+}
+
+}  // namespace
+
+/// What the render queue tells; its callbacks may outlive the player.
+struct HeldPlayer::Shared {
+    std::mutex mutex;
+    std::optional<Error> error;
+    FrameStatistics statistics;
+    std::atomic<bool> isStartingAgain = false;
+
+    void fail(const Error& failure) {
+        const std::lock_guard lock(mutex);
+        if (!error) error = failure;
+    }
+};
+
+HeldPlayer::HeldPlayer(const RenderRequest& request, JobObserver& observer, const std::stop_token& stop)
+    : group_(prepareGroup(request, job_, observer, stop)),
+      musicSettings_(request.musicSettings),
+      shared_(std::make_shared<Shared>()),
+      view_(std::make_shared<QVMorrow3DGLVIew>(group_.layout)) {
+    group_.playable.group = group_.group;  // whose scenes say under which keys further values go
+    createDriver();
+    createScore();
+}
+
+HeldPlayer::~HeldPlayer() {
+    view_->rest();
+    score_->cancel();
+}
+
+void HeldPlayer::createDriver() {
+    view_->setOnChange(wakeMainThread);
+    driver_ = QVMultiSceneRenderManager::initWithMorrow3DGLVIew(group_.playback, view_, nullptr,
+                                                                driverSettings(group_));
+    driver_->setFrameRenderingCompleteBlock([shared = shared_, driver = driver_.get()](int64_t) {
+        const std::lock_guard lock(shared->mutex);
+        shared->statistics = driver->statistics();
+    });
+    player_ = QVMediaManage::initWithRenderManager(driver_, false);
+    // The clocks do not keep pace: the view does.
+    player_->setIsRec(true);
+    player_->setHoldsAtEnd(true);
+    player_->setOnSceneGroupRenderingFailedBlock([shared = shared_](const Error& error) {
+        shared->fail(error);
+        wakeMainThread();
+    });
+}
+
+void HeldPlayer::createScore() {
+    AUSAudioPlayer::Entries music;
+    if (!group_.musicPath.empty()) music.push_back(musicEntry(group_.musicPath, musicSettings_));
+    score_ = std::make_shared<SoundScore>(group_, std::move(music), driver_->audioPlayer());
+}
+
+int64_t HeldPlayer::frames() const { return view_->frames().value_or(group_.totalFrames); }
+
+FrameStatistics HeldPlayer::statistics() const {
+    const std::lock_guard lock(shared_->mutex);
+    return shared_->statistics;
+}
+
+bool HeldPlayer::hasFailed() const {
+    const std::lock_guard lock(shared_->mutex);
+    return shared_->error.has_value();
+}
+
+void HeldPlayer::requireRunning() const {
+    const std::lock_guard lock(shared_->mutex);
+    if (shared_->error) throw Error(*shared_->error);
+}
+
+bool HeldPlayer::isBeyondEnd(int64_t frame) const {
+    const auto frames = view_->frames();
+    return frames && frame >= *frames;
+}
+
+HeldPlayer::Outcome HeldPlayer::show(int64_t frame, const platform::Canvas& picture,
+                                     const std::function<bool()>& isGivenUp) {
+    requireRunning();
+    if (isBeyondEnd(frame)) return Outcome::BeyondEnd;
+    if (!isStarted_)
+        start();
+    else if (frame < view_->nextFrame())
+        startAgain();
+    view_->ask(frame, picture);
+    DispatchQueue::main().pumpUntil(
+        [&] { return view_->isShown() || isBeyondEnd(frame) || hasFailed() || isGivenUp(); });
+    if (view_->isShown()) return Outcome::Shown;
+    view_->rest();
+    requireRunning();
+    return isBeyondEnd(frame) ? Outcome::BeyondEnd : Outcome::GivenUp;
+}
+
+void HeldPlayer::start() {
+    isStarted_ = true;
+    try {
+        player_->loadSceneGroup(group_.group);
+    } catch (const Error& error) {
+        shared_->fail(error);
+        throw;
+    }
+}
+
+/// Returns when frames are counted from 0 again, so that no frame of the run before is taken for one that is
+/// asked for afterwards.
+void HeldPlayer::startAgain() {
+    shared_->isStartingAgain = true;
+    player_->reStartRenderwithSceneGroup(group_.group, [shared = shared_] {
+        shared->isStartingAgain = false;
+        wakeMainThread();
+    });
+    DispatchQueue::main().pumpUntil([&] { return !shared_->isStartingAgain || hasFailed(); });
+}
+
+void HeldPlayer::setInputs(const JobInputs& inputs, const std::stop_token& stop) {
+    UserValues values =
+        collectUserValues(inputs, group_.playable, job_, group_.format, group_.playback->gate(), stop);
+    group_.group.userMediaMap = platform::Value(std::move(values.map));
+    if (isStarted_) startAgain();
+    score_->cancel();
+    createScore();
+}
+
+}  // namespace multiscene

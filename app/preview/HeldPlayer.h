@@ -1,0 +1,79 @@
+// A video that is held ready: any of its frames, with any values of its user, as the export would have it.
+#pragma once
+
+#include <functional>
+#include <memory>
+#include <stop_token>
+
+#include "app/job/JobFolder.h"
+#include "app/job/JobObserver.h"
+#include "app/job/PreparedGroup.h"
+#include "app/preview/SoundScore.h"
+#include "report/FrameStatistics.h"
+#include "videoRenderCore/AUSAudioPlayer.h"
+#include "videoRenderCore/QVMediaManage.h"
+#include "videoRenderCore/QVMorrow3DGLVIew.h"
+
+namespace multiscene {
+
+/// Main thread, which pumps the main queue while a frame is on its way; the sound is read on any other.
+class HeldPlayer {
+  public:
+    /// What became of a frame that was asked for.
+    enum class Outcome {
+        Shown,
+        BeyondEnd,  ///< the group has fewer frames; how many, is known now
+        GivenUp,    ///< somebody no longer wanted it
+    };
+
+    /// Opens and judges the source as a job does. Throws platform::Error.
+    HeldPlayer(const RenderRequest& request, JobObserver& observer, const std::stop_token& stop);
+    ~HeldPlayer();
+    HeldPlayer(const HeldPlayer&) = delete;
+    HeldPlayer& operator=(const HeldPlayer&) = delete;
+
+    const std::string& name() const { return group_.playable.name; }
+    const MediaFormat& format() const { return group_.format; }
+    /// As the catalogue says, until the group was played to its end; below 1: not known.
+    int64_t frames() const;
+
+    /// Draws a frame into `picture`: of the format's size, rows packed. Forward by playing without drawing,
+    /// backward by playing again from the start. `isGivenUp` is asked now and then while that goes on; the
+    /// memory may be drawn into until the next call, whatever the outcome. Throws platform::Error when the
+    /// group cannot be played; every later call throws the same.
+    Outcome show(int64_t frame, const platform::Canvas& picture,
+                 const std::function<bool()>& isGivenUp = [] { return false; });
+    /// The next frame that is shown has these values of the user. Throws platform::Error and keeps the old
+    /// ones.
+    void setInputs(const JobInputs& inputs, const std::stop_token& stop);
+
+    /// What is to be heard; ready once the score is (see score()). Any thread.
+    const std::shared_ptr<AUSAudioPlayer>& sound() const { return driver_->audioPlayer(); }
+    /// Finds out when which sound is heard, from its first start() on. Any thread.
+    const std::shared_ptr<SoundScore>& score() const { return score_; }
+    /// Of the frames so far; any thread.
+    FrameStatistics statistics() const;
+
+  private:
+    struct Shared;
+
+    void createDriver();
+    void createScore();
+    void start();
+    void startAgain();
+    bool hasFailed() const;
+    bool isBeyondEnd(int64_t frame) const;
+    void requireRunning() const;
+
+    const JobFolder job_;
+    PreparedGroup group_;
+    MusicSettings musicSettings_;
+    std::shared_ptr<Shared> shared_;
+    std::shared_ptr<QVMorrow3DGLVIew> view_;
+    std::shared_ptr<QVMultiSceneRenderManager> driver_;
+    std::shared_ptr<QVMediaManage> player_;
+    std::shared_ptr<SoundScore> score_;
+    bool isStarted_ = false;
+};
+
+}  // namespace multiscene
