@@ -100,14 +100,7 @@ class LayerTexture {
         if (!fits || version_ != layer.version)
             SDL_UpdateTexture(texture_.get(), nullptr, picture.pixels, static_cast<int>(picture.stride));
         version_ = layer.version;
-        // Colours are multiplied by alpha.
-        static const SDL_BlendMode blended = SDL_ComposeCustomBlendMode(
-            SDL_BLENDFACTOR_ONE, SDL_BLENDFACTOR_ONE_MINUS_SRC_ALPHA, SDL_BLENDOPERATION_ADD,
-            SDL_BLENDFACTOR_ONE, SDL_BLENDFACTOR_ONE_MINUS_SRC_ALPHA, SDL_BLENDOPERATION_ADD);
-        const SDL_BlendMode wanted = layer.isBlended ? blended : SDL_BLENDMODE_NONE;
-        // The software renderer has no such mode; its own takes straight colours, near enough for panels.
-        if (SDL_SetTextureBlendMode(texture_.get(), wanted) != 0)
-            SDL_SetTextureBlendMode(texture_.get(), SDL_BLENDMODE_BLEND);
+        SDL_SetTextureBlendMode(texture_.get(), SDL_BLENDMODE_NONE);
         return texture_.get();
     }
 
@@ -116,6 +109,17 @@ class LayerTexture {
     int width_ = 0, height_ = 0;
     uint64_t version_ = 0;
 };
+
+/// Shrunk, its shape kept, to what the screen has room for.
+void fitToScreen(int& width, int& height) {
+    SDL_Rect room{};
+    constexpr int frame = 40;  // points, for the window's own title and borders
+    if (SDL_GetDisplayUsableBounds(0, &room) != 0 || room.w <= 2 * frame || room.h <= 2 * frame) return;
+    const double share = std::min({1.0, static_cast<double>(room.w) / width,
+                                   static_cast<double>(room.h - (height > room.h ? frame : 0)) / height});
+    width = std::max(static_cast<int>(width * share), kSmallest);
+    height = std::max(static_cast<int>(height * share), kSmallest);
+}
 
 class SdlWindow : public Window {
   public:
@@ -143,9 +147,17 @@ class SdlWindow : public Window {
         SDL_SetWindowFullscreen(window_.get(), isFull ? SDL_WINDOW_FULLSCREEN_DESKTOP : 0);
     }
 
+    void resize(int width, int height) override {
+        fitToScreen(width, height);
+        SDL_SetWindowSize(window_.get(), width, height);
+        SDL_SetWindowPosition(window_.get(), SDL_WINDOWPOS_CENTERED, SDL_WINDOWPOS_CENTERED);
+    }
+
     std::optional<WindowEvent> next(int milliseconds) override {
         SDL_Event event;
-        if (SDL_WaitEventTimeout(&event, std::max(milliseconds, 1)) == 0) return std::nullopt;
+        const bool isThere =
+            milliseconds > 0 ? SDL_WaitEventTimeout(&event, milliseconds) : SDL_PollEvent(&event);
+        if (!isThere) return std::nullopt;
         do
             if (const auto known = eventOf(event)) return known;
         while (SDL_PollEvent(&event));
@@ -224,17 +236,6 @@ class SdlWindow : public Window {
     RendererPointer renderer_;
     std::vector<LayerTexture> textures_;
 };
-
-/// Shrunk, its shape kept, to what the screen has room for.
-void fitToScreen(int& width, int& height) {
-    SDL_Rect room{};
-    constexpr int frame = 40;  // points, for the window's own title and borders
-    if (SDL_GetDisplayUsableBounds(0, &room) != 0 || room.w <= 2 * frame || room.h <= 2 * frame) return;
-    const double share = std::min({1.0, static_cast<double>(room.w) / width,
-                                   static_cast<double>(room.h - (height > room.h ? frame : 0)) / height});
-    width = std::max(static_cast<int>(width * share), kSmallest);
-    height = std::max(static_cast<int>(height * share), kSmallest);
-}
 
 Window* open(const WindowSettings& settings, std::string& failure) {
     SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");

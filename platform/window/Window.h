@@ -22,11 +22,10 @@ struct WindowEvent {
     int x = 0, y = 0;  ///< of the mouse, pixels of the window's content, y down
 };
 
-/// One picture on the window's content, the later ones over the earlier ones.
+/// One picture on the window's content, the later ones over the earlier ones; none is transparent.
 struct WindowLayer {
     Surface picture;       ///< read before show() returns
     uint64_t version = 0;  ///< another number: another picture in this place of the list
-    bool isBlended = false;
     int x = 0, y = 0, width = 0, height = 0;  ///< where it lies; another size than its own: scaled
 };
 
@@ -45,6 +44,8 @@ class Window {
 
     virtual void setTitle(const std::string& title) = 0;
     virtual void setFullScreen(bool isFull) = 0;
+    /// Of the content, in points; smaller where the screen is.
+    virtual void resize(int width, int height) = 0;
     /// The next thing that has happened; waits `milliseconds` for it at most.
     virtual std::optional<WindowEvent> next(int milliseconds) = 0;
     /// True when something was put on the screen.
