@@ -8,6 +8,7 @@ namespace multiscene::cli {
 std::unique_ptr<Command> makeMakeCommand();
 std::unique_ptr<Command> makeRenderCommand();
 std::unique_ptr<Command> makeFramesCommand();
+std::unique_ptr<Command> makePlayCommand();
 std::unique_ptr<Command> makeTraceCommand();
 std::unique_ptr<Command> makeCheckCommand();
 std::unique_ptr<Command> makeSceneFormatCommand();

@@ -1,5 +1,6 @@
 #include "cli/FencedWork.h"
 
+#include <fcntl.h>
 #include <poll.h>
 #include <sys/mman.h>
 #include <unistd.h>
@@ -135,6 +136,27 @@ int tellEnd(Channel& channel, const std::function<int()>& work) {
     }
 }
 
+FileHandle copyOf(int descriptor) {
+    FileHandle copy(descriptor < 0 ? -1 : ::fcntl(descriptor, F_DUPFD_CLOEXEC, 0));
+    if (descriptor >= 0 && !copy) throw platform::errnoError(errno, "cannot hand a connection over", "");
+    return copy;
+}
+
+void handConnectionOver(const Errand& errand, Channel& worker) {
+    if (errand.connection < 0) return;
+    Message message = Message::make(Message::Kind::Answer, {});
+    message.files.push_back(copyOf(errand.connection));
+    worker.send(message);
+}
+
+/// In the worker, before it asks for anything else.
+FileHandle receivedConnection(const Errand& errand, Channel& program) {
+    if (errand.connection < 0) return {};
+    auto message = program.receive(true);
+    if (!message || message->files.empty()) throw Error(ErrorKind::Failed, "the program does not answer");
+    return std::move(message->files.front());
+}
+
 void noteFence(const Message& message) {
     if (platform::isSanitized()) return;  // whoever builds with one knows
     for (size_t index = 1; index < message.fields.size(); ++index)
@@ -165,7 +187,7 @@ FencedWork::FencedWork(Console& console, const JobSettings& settings)
 }
 
 int FencedWork::run(const Errand& errand, const Work& work, const Answer& answer) {
-    return settings_.isFenced ? runFenced(errand, work, answer) : runHere(work, answer);
+    return settings_.isFenced ? runFenced(errand, work, answer) : runHere(errand, work, answer);
 }
 
 bool FencedWork::isCancelled() const {
@@ -174,8 +196,8 @@ bool FencedWork::isCancelled() const {
     return ::poll(&signals, 1, 0) > 0;
 }
 
-int FencedWork::runHere(const Work& work, const Answer& answer) {
-    Workplace place{console_, watch_->stopToken(), answer};
+int FencedWork::runHere(const Errand& errand, const Work& work, const Answer& answer) {
+    Workplace place{console_, watch_->stopToken(), answer, copyOf(errand.connection)};
     return work(place);
 }
 
@@ -188,13 +210,16 @@ int FencedWork::runFenced(const Errand& errand, const Work& work, const Answer& 
     platform::Worker worker([&](Channel& channel) {
         return tellEnd(channel, [&] {
             shutIn(errand, cache, settings_.limits, channel);
+            FileHandle connection = receivedConnection(errand, channel);
             const SignalWatch watch;
             RelayedConsole relayed(console_.isJson(), channel);
             Workplace place{relayed, watch.stopToken(),
-                            [&](const std::vector<std::string>& request) { answered(channel, request); }};
+                            [&](const std::vector<std::string>& request) { answered(channel, request); },
+                            std::move(connection)};
             return work(place);
         });
     });
+    handConnectionOver(errand, worker.channel());
     std::function<void()> commit;
     platform::Supervisor supervisor(worker, settings_.limits, signals_->descriptor(), [&](Message& message) {
         if (message.kind == Message::Kind::Request) {

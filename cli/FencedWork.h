@@ -23,6 +23,7 @@ struct Errand {
     std::string source;             ///< named when the worker ends before it has opened anything
     platform::Reach reach;          ///< besides what every worker reaches: what the user named
     std::filesystem::path folder;   ///< of the job, where the worker may write; empty: nowhere
+    int connection = -1;            ///< an end of a channel that the worker is given; stays the caller's
     bool changesCatalogue = false;  ///< it writes in the data home, and reads no foreign file
 };
 
@@ -32,6 +33,7 @@ struct Workplace {
     std::stop_token stop;  ///< requested by a signal
     /// Has the program do something, and waits for it. Throws what that throws.
     std::function<void(const std::vector<std::string>&)> ask;
+    platform::FileHandle connection = {};  ///< the one of the errand
 };
 
 /// The pieces of work of one command, one worker after the other; the program itself stands beside them. Made
@@ -58,7 +60,7 @@ class FencedWork {
     void commit() { isCommitted_ = true; }
 
   private:
-    int runHere(const Work& work, const Answer& answer);
+    int runHere(const Errand& errand, const Work& work, const Answer& answer);
     int runFenced(const Errand& errand, const Work& work, const Answer& answer);
     platform::Message answerTo(const platform::Message& request, const Answer& answer);
     std::string copyOfCatalogue();

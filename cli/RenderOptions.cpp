@@ -146,29 +146,6 @@ void addFrames(const std::string& list, std::set<int64_t>& frames) {
     }
 }
 
-void declareSound(Arguments& arguments, VideoRequest& request) {
-    MusicSettings& music = request.musicSettings;
-    arguments.option("--music", "FILE|none", "Background music",
-                     [&](const std::string& value) { request.music = value; });
-    arguments.option("--music-volume", "V",
-                     "Volume of the music as a factor, 0 (silent) to 4; 1 if not given",
-                     [&](const std::string& value) {
-                         music.volume = decimalWithin(value, 0, 4, "a factor from 0 to 4, such as 0.5");
-                     });
-    arguments.option("--music-start", "S",
-                     "Begin so many seconds into the music, also when it begins again; 0 if not given",
-                     [&](const std::string& value) { music.start = secondsOf(value); });
-    arguments.option(
-        "--music-fade", "S|IN,OUT",
-        "Fade the music in and out over so many seconds, besides what the mix fades anyway (a video of "
-        "more than 5 s over its end); 0 if not given",
-        [&](const std::string& value) { setFades(value, music); });
-    arguments.option("--loudness", "N|off",
-                     "Bring the finished sound to N LUFS (integrated, EBU R 128), -50 to -5: -14 suits most "
-                     "platforms, -23 broadcast; off if not given",
-                     [&](const std::string& value) { request.loudness = loudnessOf(value); });
-}
-
 }  // namespace
 
 void declareSource(Arguments& arguments, RenderRequest& request, bool takesGroupFile) {
@@ -260,8 +237,31 @@ void declareJudgement(Arguments& arguments, RenderRequest& request) {
     arguments.flag("--force", "Go on in spite of what \"check\" calls an error", request.isForced);
 }
 
+void declareMusic(Arguments& arguments, RenderRequest& request) {
+    MusicSettings& music = request.musicSettings;
+    arguments.option("--music", "FILE|none", "Background music",
+                     [&](const std::string& value) { request.music = value; });
+    arguments.option("--music-volume", "V",
+                     "Volume of the music as a factor, 0 (silent) to 4; 1 if not given",
+                     [&](const std::string& value) {
+                         music.volume = decimalWithin(value, 0, 4, "a factor from 0 to 4, such as 0.5");
+                     });
+    arguments.option("--music-start", "S",
+                     "Begin so many seconds into the music, also when it begins again; 0 if not given",
+                     [&](const std::string& value) { music.start = secondsOf(value); });
+    arguments.option(
+        "--music-fade", "S|IN,OUT",
+        "Fade the music in and out over so many seconds, besides what the mix fades anyway (a video of "
+        "more than 5 s over its end); 0 if not given",
+        [&](const std::string& value) { setFades(value, music); });
+}
+
 void declareVideo(Arguments& arguments, VideoRequest& request) {
-    declareSound(arguments, request);
+    declareMusic(arguments, request);
+    arguments.option("--loudness", "N|off",
+                     "Bring the finished sound to N LUFS (integrated, EBU R 128), -50 to -5: -14 suits most "
+                     "platforms, -23 broadcast; off if not given",
+                     [&](const std::string& value) { request.loudness = loudnessOf(value); });
     arguments.option("--bitrate", "B", "Video bits a second: 1500k, 4M; 1500k if not given",
                      [&](const std::string& value) { request.bitRate = bitRateOf(value); });
     arguments.option("--preset", "P",

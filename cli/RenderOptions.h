@@ -20,7 +20,9 @@ void declareFit(Arguments& arguments, RenderRequest& request);
 void declareRenderer(Arguments& arguments, RenderRequest& request);
 /// --strict, --force.
 void declareJudgement(Arguments& arguments, RenderRequest& request);
-/// --music and how it is played, --loudness, --bitrate, --preset, -o.
+/// --music and how it is played.
+void declareMusic(Arguments& arguments, RenderRequest& request);
+/// declareMusic(), --loudness, --bitrate, --preset, -o.
 void declareVideo(Arguments& arguments, VideoRequest& request);
 /// --at, --every.
 void declareSelection(Arguments& arguments, FrameSelection& selection);

@@ -41,8 +41,9 @@ class HeldPlayer {
     /// backward by playing again from the start. `isGivenUp` is asked now and then while that goes on; the
     /// memory may be drawn into until the next call, whatever the outcome. Throws platform::Error when the
     /// group cannot be played; every later call throws the same.
-    Outcome show(int64_t frame, const platform::Canvas& picture,
-                 const std::function<bool()>& isGivenUp = [] { return false; });
+    Outcome show(
+        int64_t frame, const platform::Canvas& picture,
+        const std::function<bool()>& isGivenUp = [] { return false; });
     /// The next frame that is shown has these values of the user. Throws platform::Error and keeps the old
     /// ones.
     void setInputs(const JobInputs& inputs, const std::stop_token& stop);

@@ -34,7 +34,7 @@ class PreviewPanel {
 class PreviewFace {
   public:
     struct Bar {
-        double done = 0;         ///< 0 to 1
+        double done = 0;          ///< 0 to 1
         std::string left, right;  ///< a line each
     };
 

@@ -24,7 +24,6 @@ PreviewFeed::~PreviewFeed() {
 
 void PreviewFeed::askPicture(int64_t frame, int slot) {
     asked_[++serial_] = slot;
-    lastAsked_ = frame;
     channel_.send(Message::make(Message::Kind::Request, {previewTalk::kPicture, std::to_string(serial_),
                                                          std::to_string(frame), std::to_string(slot)}));
 }
@@ -60,7 +59,7 @@ PreviewFeed::News PreviewFeed::take() {
         each.picture.slot = slot->second;
         // A worker answers in order: what it was asked before, it has dropped.
         asked_.erase(asked_.begin(), std::next(slot));
-        if (!each.isShown || !each.picture.memory) continue;
+        if (!each.isShown || !each.picture.memory || each.serial <= dropped_) continue;
         each.picture.pixels.pixels =
             each.picture.memory->data() +
             previewTalk::bytesOfPicture(each.picture.pixels.width, each.picture.pixels.height) *
@@ -104,8 +103,7 @@ void PreviewFeed::hearOpened(const Message& message) {
                        .height = static_cast<int>(height),
                        .framesPerSecond = static_cast<int>(rate),
                        .frames = message.integer(5)};
-    const size_t bytes =
-        previewTalk::bytesOfPicture(video.width, video.height) * size_t{previewTalk::kSlots};
+    const size_t bytes = previewTalk::bytesOfPicture(video.width, video.height) * size_t{previewTalk::kSlots};
     auto memory = std::make_shared<platform::SharedMemory>(message.files.front(), bytes);
     const std::lock_guard lock(mutex_);
     memory_ = std::move(memory);

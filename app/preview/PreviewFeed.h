@@ -59,8 +59,10 @@ class PreviewFeed {
     void askOpen();
     void close();
 
-    /// The frame that was asked for last and has not come; none: nothing is on its way.
-    std::optional<int64_t> asked() const { return asked_.empty() ? std::nullopt : std::optional(lastAsked_); }
+    /// What is on its way is not wanted any more.
+    void dropAsked() { dropped_ = serial_; }
+    /// Whether something that is wanted is on its way.
+    bool isAsked() const { return !asked_.empty() && asked_.rbegin()->first > dropped_; }
     /// Slots that the worker may be drawing into.
     bool isInUse(int slot) const;
 
@@ -74,7 +76,7 @@ class PreviewFeed {
     platform::Channel channel_;
     const SoundListener listener_;
     std::map<int64_t, int> asked_;  ///< slots by the serials of what is on its way
-    int64_t serial_ = 0, lastAsked_ = 0;
+    int64_t serial_ = 0, dropped_ = 0;
 
     struct Drawn {
         int64_t serial;

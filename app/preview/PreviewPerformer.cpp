@@ -87,9 +87,9 @@ void PreviewPerformer::take(const Message& message) {
     {
         const std::lock_guard lock(mutex_);
         if (verb == previewTalk::kPicture)
-            asked_ = PictureRequest{message.integer(1), std::max<int64_t>(message.integer(2), 0),
-                                    static_cast<int>(std::clamp<int64_t>(message.integer(3), 0,
-                                                                         previewTalk::kSlots - 1))};
+            asked_ = PictureRequest{
+                message.integer(1), std::max<int64_t>(message.integer(2), 0),
+                static_cast<int>(std::clamp<int64_t>(message.integer(3), 0, previewTalk::kSlots - 1))};
         isOpenAsked_ = isOpenAsked_ || verb == previewTalk::kOpen;
         isClosed_ = isClosed_ || verb == previewTalk::kClose;
     }
@@ -136,18 +136,19 @@ void PreviewPerformer::open() {
             pictures_ = std::make_shared<platform::SharedMemory>(bytes);
         player_ = std::move(player);
         told_ = {};
-        Message opened = Message::make(
-            Message::Kind::Answer,
-            {previewTalk::kOpened, player_->name().substr(0, 200), std::to_string(format.width),
-             std::to_string(format.height), std::to_string(format.framesPerSecond),
-             std::to_string(player_->frames()), finder.text()});
+        Message opened =
+            Message::make(Message::Kind::Answer,
+                          {previewTalk::kOpened, player_->name().substr(0, 200), std::to_string(format.width),
+                           std::to_string(format.height), std::to_string(format.framesPerSecond),
+                           std::to_string(player_->frames()), finder.text()});
         opened.files.push_back(pictures_->file());
         window_.send(opened);
     } catch (const Error& error) {
         if (!isWatching_ || error.kind() == platform::ErrorKind::Cancelled) throw;
         std::string text = error.what();
         if (!finder.text().empty()) text += "\n" + finder.text();
-        window_.send(Message::make(Message::Kind::Answer, {previewTalk::kRefused, text.substr(0, kMostText)}));
+        window_.send(
+            Message::make(Message::Kind::Answer, {previewTalk::kRefused, text.substr(0, kMostText)}));
     }
 }
 
@@ -156,8 +157,8 @@ void PreviewPerformer::perform(const PictureRequest& request) {
     const double start = platform::monotonicSeconds();
     const MediaFormat& format = player_->format();
     const platform::Canvas picture{
-        .pixels = pictures_->data() +
-                  previewTalk::bytesOfPicture(format.width, format.height) * static_cast<size_t>(request.slot),
+        .pixels = pictures_->data() + previewTalk::bytesOfPicture(format.width, format.height) *
+                                          static_cast<size_t>(request.slot),
         .stride = ptrdiff_t{format.width} * 4,
         .width = format.width,
         .height = format.height};
@@ -176,13 +177,13 @@ void PreviewPerformer::perform(const PictureRequest& request) {
 
 void PreviewPerformer::tellShown(const PictureRequest& request, bool isShown, double milliseconds) {
     const FrameStatistics now = player_ ? player_->statistics() : FrameStatistics();
-    window_.send(Message::make(
-        Message::Kind::Answer,
-        {previewTalk::kShown, std::to_string(request.serial), std::to_string(request.frame),
-         isShown ? "1" : "0", std::to_string(player_ ? player_->frames() : 0),
-         platform::fieldOf(milliseconds), millisecondsOf(now.decode, told_.decode),
-         millisecondsOf(now.update, told_.update), millisecondsOf(now.draw, told_.draw),
-         millisecondsOf(now.paint, told_.paint)}));
+    window_.send(
+        Message::make(Message::Kind::Answer,
+                      {previewTalk::kShown, std::to_string(request.serial), std::to_string(request.frame),
+                       isShown ? "1" : "0", std::to_string(player_ ? player_->frames() : 0),
+                       platform::fieldOf(milliseconds), millisecondsOf(now.decode, told_.decode),
+                       millisecondsOf(now.update, told_.update), millisecondsOf(now.draw, told_.draw),
+                       millisecondsOf(now.paint, told_.paint)}));
     told_ = now;
 }
 

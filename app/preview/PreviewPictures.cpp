@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "app/preview/PreviewTalk.h"
 #include "platform/base/Clock.h"
@@ -10,7 +11,7 @@ namespace multiscene {
 
 namespace {
 
-constexpr size_t kAhead = 3;  // pictures that wait for their time
+constexpr size_t kAhead = 3;     // pictures that wait for their time
 constexpr double kRateSpan = 2;  // seconds over which the rate is counted
 
 }  // namespace
@@ -18,8 +19,7 @@ constexpr double kRateSpan = 2;  // seconds over which the rate is counted
 void PreviewPictures::take(PreviewPicture picture) {
     constexpr double weight = 0.3;
     drawSeconds_ += weight * (picture.milliseconds / 1000 - drawSeconds_);
-    if (hasLeapt_) ready_.clear();
-    hasLeapt_ = false;
+    isLost_ = false;
     ready_.push_back(std::move(picture));
 }
 
@@ -53,7 +53,7 @@ double PreviewPictures::shownASecond() const {
 
 void PreviewPictures::leap() {
     ready_.clear();
-    hasLeapt_ = true;
+    isLost_ = dropsAsked_ = true;
 }
 
 void PreviewPictures::forget() {
@@ -63,7 +63,7 @@ void PreviewPictures::forget() {
 
 std::optional<int64_t> PreviewPictures::next(int64_t frame, bool isPlaying, int64_t lastFrame,
                                              int framesPerSecond) const {
-    if (!isPlaying || hasLeapt_ || !isFresh_)
+    if (!isPlaying || isLost_ || !isFresh_)
         return isShowing(frame) ? std::nullopt : std::optional(std::min(frame, lastFrame));
     if (ready_.size() >= kAhead) return std::nullopt;
     const int64_t latest = ready_.empty() ? shown_->frame : ready_.back().frame;
@@ -75,13 +75,10 @@ std::optional<int64_t> PreviewPictures::next(int64_t frame, bool isPlaying, int6
 
 void PreviewPictures::ask(PreviewFeed& feed, int64_t frame, bool isPlaying, int64_t lastFrame,
                           int framesPerSecond) {
+    if (std::exchange(dropsAsked_, false)) feed.dropAsked();
     const auto wanted = next(frame, isPlaying, lastFrame, framesPerSecond);
-    if (!wanted) return;
-    if (const auto asked = feed.asked()) {
-        // What is on its way is waited for, unless it is of no use.
-        const bool isUseful = isPlaying && !hasLeapt_ ? true : *asked == *wanted;
-        if (isUseful) return;
-    }
+    // What is on its way is waited for.
+    if (!wanted || feed.isAsked()) return;
     if (const auto slot = freeSlot(feed)) feed.askPicture(*wanted, *slot);
 }
 

@@ -37,7 +37,8 @@ class PreviewPictures {
     std::optional<PreviewPicture> shown_;
     std::deque<PreviewPicture> ready_;  ///< in the order of their frames
     bool isFresh_ = false;              ///< the one shown is of what is open
-    bool hasLeapt_ = false;
+    bool isLost_ = true;                ///< nothing has come since the leap
+    bool dropsAsked_ = false;
     uint64_t version_ = 0;
     int64_t dropped_ = 0;
     double drawSeconds_ = 0;  ///< a picture, lately

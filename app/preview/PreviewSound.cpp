@@ -29,8 +29,8 @@ PreviewSound::PreviewSound(bool isSilent) {
     if (isSilent) return;
     try {
         filledAt_ = platform::monotonicSeconds();
-        device_ = platform::openSoundOut(
-            kAudioSampleRate, [this](float* samples, int64_t frames) { fill(samples, frames); });
+        device_ = platform::openSoundOut(kAudioSampleRate,
+                                         [this](float* samples, int64_t frames) { fill(samples, frames); });
         const std::lock_guard lock(mutex_);
         block_ = device_->blockFrames();
     } catch (const platform::Error& error) {

@@ -21,10 +21,11 @@ namespace {
 
 constexpr int kFirstWidth = 640, kFirstHeight = 360;  // points, of a window that has no video yet
 constexpr int kLargeStep = 10;
-constexpr int kTurn = 8;               // milliseconds
-constexpr double kSaid = 2.5;          // seconds
-constexpr double kPatience = 2;        // seconds until playing begins in silence
-constexpr double kRedraw = 0.25;       // seconds between numbers that change while time stands
+constexpr int kTurn = 8;          // milliseconds
+constexpr double kSaid = 2.5;     // seconds
+constexpr double kFindings = 6;   // seconds, of what does not keep the template from playing
+constexpr double kPatience = 2;   // seconds until playing begins in silence
+constexpr double kRedraw = 0.25;  // seconds between numbers that change while time stands
 constexpr int64_t kEndless = INT64_MAX / 2;
 constexpr uint32_t kRed = 0xff6b6b, kYellow = 0xe8c34d;
 constexpr const char* kHelp =
@@ -51,39 +52,42 @@ std::string fileNameOf(std::string name, int64_t frame) {
 
 }  // namespace
 
-PreviewWindow::PreviewWindow(platform::Channel& program, PreviewSettings settings)
-    : program_(program), settings_(std::move(settings)) {
+PreviewWindow::PreviewWindow(platform::Channel& program, PreviewSettings settings,
+                             std::function<void(const std::string&)> note)
+    : program_(program), settings_(std::move(settings)), note_(std::move(note)) {
     if (settings_.isWatching) watch_.emplace(settings_.watched);
 }
 
 void PreviewWindow::run() {
-    makeWindow();
-    if (!sound_.fault().empty()) {
-        tell("note", sound_.fault() + "; the preview is silent");
-        say("no sound");
-    }
     while (!isClosed_) {
         hearProgram();
         takeNews();
         followFiles();
-        obeyEvents();
+        if (window_)
+            obeyEvents();
+        else
+            platform::sleepSeconds(kTurn / 1000.0);
         if (isClosed_) break;
-        beginWhenReady();
-        endOrLoop();
-        feedSound();
-        if (feed_ && video_ && pictures_.choose(frameNow(), isPlaying_)) mustShow_ = true;
-        if (feed_ && video_)
-            pictures_.ask(*feed_, frameNow(), isPlaying_, lastFrame(), video_->framesPerSecond);
-        if (isToBeShown()) show();
+        keepTime();
+        if (window_ && isToBeShown()) show();
     }
     if (feed_) feed_->close();
     tell("closed");
 }
 
+void PreviewWindow::keepTime() {
+    beginWhenReady();
+    endOrLoop();
+    feedSound();
+    if (!video_) return;
+    if (pictures_.choose(frameNow(), isPlaying_)) mustShow_ = true;
+    if (feed_) pictures_.ask(*feed_, frameNow(), isPlaying_, lastFrame(), video_->framesPerSecond);
+}
+
 // What comes in
 
-void PreviewWindow::tell(const std::string& what, const std::string& text) {
-    program_.send(Message::make(Message::Kind::Answer, {what, text}));
+void PreviewWindow::tell(const std::string& what) {
+    program_.send(Message::make(Message::Kind::Answer, {what}));
 }
 
 void PreviewWindow::hearProgram() {
@@ -91,14 +95,15 @@ void PreviewWindow::hearProgram() {
         if (message->field(0) == "worker" && !message->files.empty()) {
             pictures_.forget();
             sound_.forget();
-            feed_ = std::make_unique<PreviewFeed>(
-                std::move(message->files.front()),
-                [this](int64_t from, const float* samples, int64_t frames) {
-                    sound_.take(from, samples, frames);
-                });
+            isFreshWorker_ = true;
+            feed_ = std::make_unique<PreviewFeed>(std::move(message->files.front()),
+                                                  [this](int64_t from, const float* samples, int64_t frames) {
+                                                      sound_.take(from, samples, frames);
+                                                  });
         } else if (message->field(0) == "lost") {
             feed_.reset();
             fault_ = message->field(1);
+            makeWindow();
         }
         mustShow_ = true;
     }
@@ -109,10 +114,7 @@ void PreviewWindow::takeNews() {
     if (!feed_) return;
     PreviewFeed::News news = feed_->take();
     if (news.opened) open(std::move(*news.opened));
-    if (news.refused) {
-        fault_ = *news.refused;
-        mustShow_ = true;
-    }
+    if (news.refused) return refuse(*news.refused);
     if (news.frames) setFrames(*news.frames);
     if (news.picture) pictures_.take(std::move(*news.picture));
     if (!news.isGone) return;
@@ -121,9 +123,24 @@ void PreviewWindow::takeNews() {
     if (!settings_.isWatching) isClosed_ = true;
 }
 
+/// What was exchanged since a worker was shut in is out of its reach: only a new one knows.
+void PreviewWindow::refuse(const std::string& text) {
+    if (!isFreshWorker_) return replaceWorker();
+    fault_ = text;
+    makeWindow();
+    mustShow_ = true;
+}
+
+void PreviewWindow::replaceWorker() {
+    if (feed_) feed_->close();
+    feed_.reset();
+    tell("again");
+}
+
 void PreviewWindow::open(PreviewVideo video) {
     const bool isFirst = !video_;
     video_ = std::move(video);
+    isFreshWorker_ = false;
     fault_.clear();
     pictures_.forget();
     setFrames(video_->frames);
@@ -132,6 +149,10 @@ void PreviewWindow::open(PreviewVideo video) {
     if (isFirst) makeWindow();
     window_->setTitle(video_->name);
     if (!isFirst) say("shown anew");
+    if (isFirst && !sound_.fault().empty()) {
+        note_(sound_.fault() + "; the preview is silent");
+        say("no sound");
+    }
 }
 
 /// How long the video is may turn out only when it was played to its end.
@@ -145,10 +166,10 @@ void PreviewWindow::setFrames(int64_t frames) {
 
 void PreviewWindow::followFiles() {
     if (!watch_ || !watch_->hasChanged()) return;
-    if (feed_)
+    if (feed_ && fault_.empty())
         feed_->askOpen();
     else
-        tell("again");
+        replaceWorker();
 }
 
 // Events
@@ -237,7 +258,8 @@ void PreviewWindow::obeyMouse(const WindowEvent& event) {
     const bool isOnBar = event.y >= window_->height() - face_.barHeight();
     if (event.kind == WindowEvent::Kind::Press) isDragging_ = isOnBar;
     if (isDragging_ && event.kind != WindowEvent::Kind::Moved) {
-        const double share = std::clamp(static_cast<double>(event.x) / std::max(window_->width() - 1, 1), 0.0, 1.0);
+        const double share =
+            std::clamp(static_cast<double>(event.x) / std::max(window_->width() - 1, 1), 0.0, 1.0);
         seek(std::llround(share * static_cast<double>(lastFrame())));
     }
     if (event.kind == WindowEvent::Kind::Release || event.kind == WindowEvent::Kind::Moved)
@@ -349,18 +371,16 @@ std::unique_ptr<platform::Window> PreviewWindow::openWindow(int width, int heigh
     return platform::openWindow(settings);
 }
 
-/// Before there is a video, only where something may have to be said: whether there is a screen at all is
-/// found out at once.
+/// A window that had to be opened to say what is wrong takes the video's size when there is one.
 void PreviewWindow::makeWindow() {
-    const bool isFirst = !window_;
-    if (!isFirst && !video_) return;
+    if (window_ && !video_) return;
     const PreviewFace points;
     const int width = video_ ? video_->width : kFirstWidth;
     const int height = (video_ ? video_->height : kFirstHeight) + points.barHeight();
-    if (isFirst)
-        window_ = openWindow(width, height);
-    else
+    if (window_)
         window_->resize(width, height);
+    else
+        window_ = openWindow(width, height);
     face_.setScale(window_->scale());
 }
 
@@ -378,8 +398,8 @@ bool PreviewWindow::isToBeShown() {
 
 platform::WindowLayer PreviewWindow::pictureLayer(int width, int height) const {
     const platform::Surface& picture = pictures_.shown()->pixels;
-    const double share = std::min(static_cast<double>(width) / picture.width,
-                                  static_cast<double>(height) / picture.height);
+    const double share =
+        std::min(static_cast<double>(width) / picture.width, static_cast<double>(height) / picture.height);
     platform::WindowLayer layer{.picture = picture, .version = pictures_.version()};
     layer.width = std::max(static_cast<int>(std::lround(picture.width * share)), 1);
     layer.height = std::max(static_cast<int>(std::lround(picture.height * share)), 1);
@@ -403,7 +423,8 @@ void PreviewWindow::show() {
         video_ && video_->frames > 1 ? static_cast<double>(frameNow()) / static_cast<double>(lastFrame()) : 0;
     lay(layers[1], face_.bar(width, {.done = done, .left = timeText(), .right = stateText()}), 0, height);
     const bool isFault = !fault_.empty();
-    const std::string& text = isFault ? fault_ : video_ ? video_->findings : said_;
+    const bool saysFindings = hasOverlay_ || shownAt_ - openedAt_ < kFindings;
+    const std::string text = isFault ? fault_ : video_ && saysFindings ? video_->findings : "";
     if (!text.empty() && height > 0) {
         const PreviewPanel& panel =
             face_.message(width, isFault ? height : height / 3, isFault ? "not shown yet:" : "",
@@ -434,15 +455,16 @@ std::string PreviewWindow::stateText() const {
 
 std::string PreviewWindow::overlayText() {
     if (!video_) return "";
-    std::string text = format("frame %lld of %lld\n", static_cast<long long>(frameNow()),
-                              static_cast<long long>(video_->frames)) +
-                       format("%dx%d, %d frames a second\n", video_->width, video_->height,
-                              video_->framesPerSecond) +
-                       format("shown: %.1f a second, %lld left out\n", pictures_.shownASecond(),
-                              static_cast<long long>(pictures_.dropped()));
+    std::string text =
+        format("frame %lld of %lld\n", static_cast<long long>(frameNow()),
+               static_cast<long long>(video_->frames)) +
+        format("%dx%d, %d frames a second\n", video_->width, video_->height, video_->framesPerSecond) +
+        format("shown: %.1f a second, %lld left out\n", pictures_.shownASecond(),
+               static_cast<long long>(pictures_.dropped()));
     if (const auto& picture = pictures_.shown())
-        text += format("drawn in %.1f ms: decode %.1f, update %.1f, draw %.1f, paint %.1f",
-                       picture->milliseconds, picture->decode, picture->update, picture->draw, picture->paint);
+        text +=
+            format("drawn in %.1f ms: decode %.1f, update %.1f, draw %.1f, paint %.1f", picture->milliseconds,
+                   picture->decode, picture->update, picture->draw, picture->paint);
     if (!sound_.fault().empty()) text += "\nsilent: " + sound_.fault();
     return text;
 }

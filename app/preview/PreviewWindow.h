@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -26,11 +27,13 @@ struct PreviewSettings {
 /// of its feed and its sound.
 ///
 /// The program says (Message::Kind::Request): "worker", with a connection to a new one; "lost" and why: there
-/// is none for the moment. It is told (Message::Kind::Answer) "again" when another one is wanted, "note" and
-/// a text for the user, "closed" at an orderly end.
+/// is none for the moment. It is told (Message::Kind::Answer) "again" when another one is wanted and "closed"
+/// at an orderly end.
 class PreviewWindow {
   public:
-    PreviewWindow(platform::Channel& program, PreviewSettings settings);
+    /// `note` takes what the user should know.
+    PreviewWindow(platform::Channel& program, PreviewSettings settings,
+                  std::function<void(const std::string&)> note);
 
     /// Until the window is closed or the program wants no more of it. Throws platform::Error.
     void run();
@@ -42,7 +45,9 @@ class PreviewWindow {
     void open(PreviewVideo video);
     void setFrames(int64_t frames);
     void followFiles();
-    void tell(const std::string& what, const std::string& text = {});
+    void tell(const std::string& what);
+    void refuse(const std::string& text);
+    void replaceWorker();
 
     // Events
     void obeyEvents();
@@ -56,6 +61,7 @@ class PreviewWindow {
     void savePicture();
 
     // Time
+    void keepTime();
     void beginWhenReady();
     void endOrLoop();
     void feedSound();
@@ -78,6 +84,7 @@ class PreviewWindow {
 
     platform::Channel& program_;
     const PreviewSettings settings_;
+    const std::function<void(const std::string&)> note_;
     std::optional<platform::FileWatch> watch_;
     PreviewSound sound_;
     std::unique_ptr<PreviewFeed> feed_;
@@ -92,6 +99,7 @@ class PreviewWindow {
     int64_t goal_ = 0;  ///< the frame that is to be seen while time stands
     bool isPlaying_ = false, wantsToPlay_ = true, isLooping_ = false, isMuted_ = false, hasOverlay_ = false;
     bool isDragging_ = false, isClosed_ = false, mustShow_ = true;
+    bool isFreshWorker_ = true;  ///< has shown nothing yet
 };
 
 }  // namespace multiscene

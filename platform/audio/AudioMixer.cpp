@@ -46,7 +46,8 @@ int64_t AudioMixer::read(float* samples, int64_t frames) {
     Implementation& self = *implementation_;
     int64_t done = 0;
     while (done < frames && self.position < self.frameCount) {
-        const int64_t now = std::min({frames - done, self.frameCount - self.position, TrackMixer::kMostFrames});
+        const int64_t now =
+            std::min({frames - done, self.frameCount - self.position, TrackMixer::kMostFrames});
         self.mix(samples + done * kAudioChannels, now);
         done += now;
     }

@@ -52,7 +52,8 @@ class TrackMixer::Piece {
     int64_t read(float* samples, int64_t frames, int64_t from) {
         const int64_t skipped = sampleFramesOf(insertion_->sourceStart);
         if (insertion_->isLooped) {
-            if (!loop_) (loop_ = std::make_unique<SoundLoop>(*insertion_->file, skipped))->skip(from - start_);
+            if (!loop_)
+                (loop_ = std::make_unique<SoundLoop>(*insertion_->file, skipped))->skip(from - start_);
             loop_->read(samples, frames);
             return frames;
         }

@@ -7,7 +7,8 @@
 
 namespace platform {
 
-/// Memory that two processes see. Its size is sealed: nobody can pull it away from under the other. Move-only.
+/// Memory that two processes see. Its size is sealed: nobody can pull it away from under the other.
+/// Move-only.
 class SharedMemory {
   public:
     SharedMemory() = default;

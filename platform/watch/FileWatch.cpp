@@ -14,8 +14,8 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr double kQuiet = 0.04;           // seconds: who saves several files saves them at once
-constexpr double kLongestWriting = 2;     // seconds: then what is there is shown
+constexpr double kQuiet = 0.04;        // seconds: who saves several files saves them at once
+constexpr double kLongestWriting = 2;  // seconds: then what is there is shown
 constexpr size_t kMostFolders = 1000;
 
 constexpr uint32_t kSaved = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE | IN_DELETE_SELF;
@@ -27,7 +27,8 @@ bool isPassing(const std::string& name) {
 
 }  // namespace
 
-FileWatch::FileWatch(const std::vector<fs::path>& paths) : events_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
+FileWatch::FileWatch(const std::vector<fs::path>& paths)
+    : events_(::inotify_init1(IN_NONBLOCK | IN_CLOEXEC)) {
     for (const fs::path& path : paths) add(path);
 }
 

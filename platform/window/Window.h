@@ -24,8 +24,8 @@ struct WindowEvent {
 
 /// One picture on the window's content, the later ones over the earlier ones; none is transparent.
 struct WindowLayer {
-    Surface picture;       ///< read before show() returns
-    uint64_t version = 0;  ///< another number: another picture in this place of the list
+    Surface picture;                          ///< read before show() returns
+    uint64_t version = 0;                     ///< another number: another picture in this place of the list
     int x = 0, y = 0, width = 0, height = 0;  ///< where it lies; another size than its own: scaled
 };
 

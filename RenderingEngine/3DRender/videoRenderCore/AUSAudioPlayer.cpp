@@ -18,7 +18,7 @@ namespace {
 
 constexpr float endlessTime = 1e6F;  // seconds, longer than any preview runs
 const auto highestPeak = static_cast<float>(std::pow(10, platform::kHighestTruePeak / 20));
-constexpr float highestLevel = 16;   // far over full scale; files of floats may hold anything
+constexpr float highestLevel = 16;  // far over full scale; files of floats may hold anything
 
 /// A clip that loops within its window, as only a live preview has it.
 void loopInWindow(const Value& entry, int32_t framesPerSecond, platform::AudioTrack& track) {
@@ -90,8 +90,7 @@ bool AUSAudioPlayer::addChannel(const Value& entry) {
 }
 
 TrackMixer AUSAudioPlayer::mixerOf(const Value& entry, const SoundFiles::Sound& sound) const {
-    platform::AudioTrack track =
-        ExportSound::trackOf(entry, sound, entries(), framesPerSecond_, totalTime());
+    platform::AudioTrack track = ExportSound::trackOf(entry, sound, entries(), framesPerSecond_, totalTime());
     if (!score_ && !ExportSound::isMusic(entry) && entry.boolean("isLoop"))
         loopInWindow(entry, framesPerSecond_, track);
     return TrackMixer(track);

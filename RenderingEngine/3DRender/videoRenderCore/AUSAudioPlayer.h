@@ -46,8 +46,8 @@ class AUSAudioPlayer : public SoundSink {
     /// Goes on from a sample frame of the time line.
     void seek(int64_t sampleFrame);
     int64_t position() const;
-    /// The next sample frames, interleaved stereo at kAudioSampleRate; none of the time line while paused, but
-    /// silence. No true peak is over that of exported sound.
+    /// The next sample frames, interleaved stereo at kAudioSampleRate; none of the time line while paused,
+    /// but silence. No true peak is over that of exported sound.
     void read(float* samples, int64_t frames);
 
   private:

@@ -22,7 +22,9 @@ class QVMorrow3DGLVIew : public FrameSink {
   public:
     /// Pixels of the view a point of the screen: those of a screen of scale 2; every other scale, 3 and 1.5
     /// included, gives 1.
-    static constexpr float pixelScaleFactor(double screenScale) { return isRetina(screenScale) ? 2.0F : 1.0F; }
+    static constexpr float pixelScaleFactor(double screenScale) {
+        return isRetina(screenScale) ? 2.0F : 1.0F;
+    }
     static constexpr bool isRetina(double screenScale) { return screenScale == 2.0; }
 
     explicit QVMorrow3DGLVIew(const platform::FrameLayout& layout) : placer_(layout) {}

@@ -156,7 +156,7 @@ class QVMultiSceneRenderManager : public RenderDriver, private RunLoop::Work {
     std::shared_ptr<FrameSink> frameSink_;
     std::shared_ptr<SoundSink> soundSink_;
     std::shared_ptr<AUSAudioPlayer> audioPlayer_;  ///< the sound sink of a preview
-    std::unique_ptr<Painter> painter_;  ///< from the first run on
+    std::unique_ptr<Painter> painter_;             ///< from the first run on
 
     SceneSlots slots_;
     FrameStatistics statistics_;
