@@ -53,12 +53,12 @@ class PlayCommand : public Command {
         if (isWatching_ && !std::filesystem::exists(request_.source))
             throw Error(ErrorKind::Usage, "follows files, and there are none of this name", request_.source,
                         "--watch");
+        Errand errand = errandOf(request_);
+        PreviewProcess window({.isWatching = isWatching_, .watched = errand.reach.read});
         const JobSettings lifted = withoutTimeLimits(settings);
         FencedWork fenced(console, lifted);
         const JobFolder job;
-        Errand errand = errandOf(request_);
         errand.folder = job.path();
-        PreviewProcess window({.isWatching = isWatching_, .watched = errand.reach.read});
         do playOnce(window, fenced, errand);
         while (window.wish([&] { return fenced.isCancelled(); }) == PreviewProcess::Wish::AnotherWorker);
         window.close();
