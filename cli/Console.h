@@ -30,7 +30,7 @@ class Console : public JobObserver {
     void event(const std::string& name, platform::Value::Dictionary fields);
 
     /// What is wrong with a template, a line each.
-    void finding(const Finding& finding);
+    virtual void finding(const Finding& finding);
     /// What the program is doing now, a line of its own.
     void status(const std::string& text);
     /// Bytes of a download, `total` is 0 when the server does not say; `seconds` since it began.

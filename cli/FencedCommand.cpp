@@ -1,8 +1,13 @@
 #include "cli/FencedCommand.h"
 
+#include <fcntl.h>
+
+#include <cerrno>
 #include <optional>
 
 #include "app/job/JobFolder.h"
+#include "platform/base/Activity.h"
+#include "platform/base/File.h"
 #include "platform/base/Log.h"
 
 namespace multiscene::cli {
@@ -26,6 +31,20 @@ int FencedCommand::execute(Console& console, const JobSettings& settings) {
             publish();
             fenced.commit();
         });
+}
+
+void FencedCommand::flush(const std::filesystem::path& made) {
+    namespace fs = std::filesystem;
+    platform::activity::stage("writing to the disk");
+    const auto flushOne = [](const fs::path& path) {
+        const platform::FileHandle file = platform::openFile(path, O_RDONLY);
+        if (!file) throw platform::errnoError(errno, "cannot read", path.string());
+        platform::flushToDisk(file, path.string());
+        platform::activity::sign();
+    };
+    if (platform::isFile(made)) return flushOne(made);
+    for (const auto& entry : fs::recursive_directory_iterator(made))
+        if (entry.is_regular_file()) flushOne(entry.path());
 }
 
 }  // namespace multiscene::cli

@@ -28,8 +28,13 @@ class FencedCommand : public Command {
     /// worker has made them: they may be anything. Throws platform::Error.
     virtual void publish() {}
 
-    /// Of the program, while prepare() waits for something.
-    bool isCancelled() const { return fenced_ && fenced_->isCancelled(); }
+    /// In the program, for what takes long in prepare() and publish(): whether a signal has come.
+    std::function<bool()> cancelling() const {
+        return [this] { return fenced_->isCancelled(); };
+    }
+    /// In the worker, before it publishes: the disk has these files, or the files in this folder, so that the
+    /// program need not wait for it. Throws platform::Error.
+    static void flush(const std::filesystem::path& made);
 
   private:
     const FencedWork* fenced_ = nullptr;

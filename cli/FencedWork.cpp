@@ -5,6 +5,7 @@
 #include <sys/mman.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -78,13 +79,30 @@ void tellFence(const platform::SandboxState& state, Channel& channel) {
     channel.send(Message::make(Message::Kind::Fence, std::move(fields)));
 }
 
-void tellActivity(Channel& channel) {
-    platform::activity::setListener(
-        [&channel](const std::string& stage, const std::string& file, ErrorKind blame) {
-            constexpr size_t most = 4096;
-            channel.send(Message::make(Message::Kind::Sign, {stage.substr(0, most), file.substr(0, most),
-                                                             std::to_string(static_cast<int>(blame))}));
-        });
+/// What an archive holds is unpacked where no user knows it: "birthday.zip/birthday/scene.plist" says more.
+std::string withUsersPaths(std::string text, const Errand& errand) {
+    const std::string folder = errand.folder.string() + "/", source = errand.source + "/";
+    constexpr size_t longest = 100;  // names of folders in the job's folder
+    for (size_t at = 0; !errand.folder.empty() && (at = text.find(folder, at)) != std::string::npos;) {
+        size_t end = std::string::npos;
+        for (const std::string name : {"template/", "unpacked/"})
+            if (const size_t found = text.find(name, at + folder.size());
+                found < at + folder.size() + longest)
+                end = std::min(end, found + name.size());
+        if (end == std::string::npos) return text;
+        text.replace(at, end - at, source);
+        at += source.size();
+    }
+    return text;
+}
+
+void tellActivity(Channel& channel, const Errand& errand) {
+    platform::activity::setListener([&](const std::string& stage, const std::string& file, ErrorKind blame) {
+        constexpr size_t most = 4096;
+        const std::string shown = withUsersPaths(file, errand);
+        channel.send(Message::make(Message::Kind::Sign, {stage.substr(0, most), shown.substr(0, most),
+                                                         std::to_string(static_cast<int>(blame))}));
+    });
 }
 
 /// In the worker: asks the program and waits for its answer.
@@ -110,7 +128,7 @@ void shutIn(const Errand& errand, const fs::path& cache, const platform::WorkerL
     platform::leaveLastWordsToOthers();
     setFolders(errand.folder, cache);
     limits.apply();
-    tellActivity(channel);
+    tellActivity(channel, errand);
     tellFence(platform::enterSandbox(wholeReach(errand, cache)), channel);
     if (!errand.folder.empty()) JobFolder::nestIn(errand.folder);
     if (!errand.changesCatalogue)
@@ -124,14 +142,16 @@ void shutIn(const Errand& errand, const fs::path& cache, const platform::WorkerL
 }
 
 /// In the worker: does the work and tells what came of it; returns the exit code.
-int tellEnd(Channel& channel, const std::function<int()>& work) {
+int tellEnd(Channel& channel, const Errand& errand, const std::function<int()>& work) {
     try {
         const int code = work();
         channel.send(Message::make(Message::Kind::Done, {std::to_string(code)}));
         return code;
     } catch (...) {
         const Error error = platform::currentError();
-        channel.send(Message::of(Message::Kind::Failure, error));
+        const Error shown(error.kind(), withUsersPaths(error.message(), errand),
+                          withUsersPaths(error.file(), errand), error.key());
+        channel.send(Message::of(Message::Kind::Failure, shown));
         return error.exitCode();
     }
 }
@@ -208,11 +228,13 @@ int FencedWork::runFenced(const Errand& errand, const Work& work, const Answer& 
     isCommitted_ = false;
     copies_ = 0;
     platform::Worker worker([&](Channel& channel) {
-        return tellEnd(channel, [&] {
+        return tellEnd(channel, errand, [&] {
             shutIn(errand, cache, settings_.limits, channel);
             FileHandle connection = receivedConnection(errand, channel);
             const SignalWatch watch;
-            RelayedConsole relayed(console_.isJson(), channel);
+            RelayedConsole relayed(console_.isJson(), channel, [&errand](const std::string& text) {
+                return withUsersPaths(text, errand);
+            });
             Workplace place{relayed, watch.stopToken(),
                             [&](const std::vector<std::string>& request) { answered(channel, request); },
                             std::move(connection)};

@@ -38,13 +38,14 @@ class FramesCommand : public FencedCommand {
 
     int work(Console& console, std::stop_token stop, const std::function<void()>& publish) override {
         JobSummary summary = writeFrames(request_, console, std::move(stop));
+        flush(request_.output);
         publish();
         summary.output = output_;
         console.jobDone(summary);
         return 0;
     }
 
-    void publish() override { movePictures(request_.output, output_); }
+    void publish() override { movePictures(request_.output, output_, cancelling()); }
 
   private:
     FramesRequest request_;

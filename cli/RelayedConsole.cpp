@@ -11,6 +11,11 @@ constexpr size_t kPiece = 4000;
 
 }  // namespace
 
+Finding RelayedConsole::shown(Finding finding) const {
+    for (std::string* text : {&finding.file, &finding.message, &finding.remedy}) *text = shown_(*text);
+    return finding;
+}
+
 void RelayedConsole::write(const std::string& text) {
     // The pieces of a long line stay together.
     const std::lock_guard lock(writing_);

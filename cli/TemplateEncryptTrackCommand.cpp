@@ -48,7 +48,7 @@ class TemplateEncryptTrackCommand : public FencedCommand {
         return 0;
     }
 
-    void publish() override { output_->publish(encrypted_); }
+    void publish() override { output_->publish(encrypted_, cancelling()); }
 
   private:
     fs::path plain_, stored_, encrypted_;

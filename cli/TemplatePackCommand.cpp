@@ -55,7 +55,7 @@ class TemplatePackCommand : public FencedCommand {
         return 0;
     }
 
-    void publish() override { output_->publish(packed_); }
+    void publish() override { output_->publish(packed_, cancelling()); }
 
   private:
     fs::path folder_, archive_, packed_;

@@ -54,7 +54,7 @@ class TemplatePublishCommand : public FencedCommand {
   protected:
     Errand prepare(const fs::path& folder) override {
         folder_ = (fs::absolute(folder_) / "").lexically_normal().parent_path();
-        lock_ = lockServerFolder(server_, [this] { return isCancelled(); });
+        lock_ = lockServerFolder(server_, cancelling());
         stage_ = folder / "server";
         Errand errand{folder_.string(), {}, {}};
         errand.reach.read = {folder_, server_};
@@ -74,6 +74,7 @@ class TemplatePublishCommand : public FencedCommand {
             renderSamplePicture(folder, frames_ / 2, picture, console, stop);
         };
         stageTemplate(folder_, server_, stage_, options_);
+        flush(stage_);
         publish();
         if (console.isJson())
             console.event("done", {{"template", given_}, {"folder", server_.string()}});

@@ -12,12 +12,13 @@ Errand VideoCommand::prepare(const std::filesystem::path& folder) {
 
 int VideoCommand::work(Console& console, std::stop_token stop, const std::function<void()>& publish) {
     JobSummary summary = makeVideo(request_, console, std::move(stop));
+    flush(request_.output);
     publish();
     summary.output = output_->path();
     console.jobDone(summary);
     return 0;
 }
 
-void VideoCommand::publish() { output_->publish(request_.output); }
+void VideoCommand::publish() { output_->publish(request_.output, cancelling()); }
 
 }  // namespace multiscene::cli

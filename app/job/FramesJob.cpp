@@ -97,11 +97,18 @@ std::set<std::string> picturesIn(const fs::path& folder) {
     return names;
 }
 
+void throwIfCancelled(const std::function<bool()>& isCancelled) {
+    if (isCancelled && isCancelled()) throw platform::Error(platform::ErrorKind::Cancelled, "cancelled");
+}
+
 /// Renames within one file system, which can be undone.
 class Moves {
   public:
+    explicit Moves(const std::function<bool()>& isCancelled) : isCancelled_(isCancelled) {}
+
     void move(const std::set<std::string>& names, const fs::path& from, const fs::path& to) {
         for (const std::string& name : names) {
+            throwIfCancelled(isCancelled_);
             if (::rename((from / name).c_str(), (to / name).c_str()) != 0)
                 throw platform::errnoError(errno, "cannot write", (to / name).string());
             done_.emplace_back(from / name, to / name);
@@ -116,19 +123,23 @@ class Moves {
     }
 
   private:
+    const std::function<bool()>& isCancelled_;
     std::vector<std::pair<fs::path, fs::path>> done_;
 };
 
 }  // namespace
 
-void movePictures(const fs::path& from, const fs::path& to) {
+void movePictures(const fs::path& from, const fs::path& to, const std::function<bool()>& isCancelled) {
     // Pictures of two jobs side by side would look like those of one, even to whoever looks in the midst of
     // it.
     const platform::PartFolder arriving(to, "new-pictures");
     platform::PartFolder leaving(to, "old-pictures");
     const std::set<std::string> pictures = picturesIn(from), older = picturesIn(to);
-    for (const std::string& name : pictures) platform::moveFile(from / name, arriving.path() / name);
-    Moves moves;
+    for (const std::string& name : pictures) {
+        throwIfCancelled(isCancelled);
+        platform::moveFile(from / name, arriving.path() / name);
+    }
+    Moves moves(isCancelled);
     try {
         moves.move(older, to, leaving.path());
         moves.move(pictures, arriving.path(), to);

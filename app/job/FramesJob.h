@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <stop_token>
 
 #include "app/job/FrameSelection.h"
@@ -24,6 +25,7 @@ JobSummary writeFrames(const FramesRequest& request, JobObserver& observer, std:
 
 /// Moves the pictures that writeFrames() has left into another folder and takes those of earlier jobs out of
 /// it. Throws platform::Error, and then has changed nothing, as far as the disk still lets it.
-void movePictures(const std::filesystem::path& from, const std::filesystem::path& to);
+void movePictures(const std::filesystem::path& from, const std::filesystem::path& to,
+                  const std::function<bool()>& isCancelled = {});
 
 }  // namespace multiscene

@@ -65,7 +65,9 @@ OutputFile OutputFile::video(const fs::path& path) {
     return OutputFile(path);
 }
 
-void OutputFile::publish(const fs::path& finished) const { platform::moveFile(finished, path_); }
+void OutputFile::publish(const fs::path& finished, const std::function<bool()>& isCancelled) const {
+    platform::moveFile(finished, path_, isCancelled);
+}
 
 fs::path outputFolder(const fs::path& path) {
     const fs::path folder = absolutePath(path);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 
 namespace multiscene {
 
@@ -17,8 +18,9 @@ class OutputFile {
     static OutputFile video(const std::filesystem::path& path);
 
     const std::filesystem::path& path() const { return path_; }
-    /// The finished file takes its name, replacing an older one, all at once. Throws platform::Error.
-    void publish(const std::filesystem::path& finished) const;
+    /// The finished file takes its name, replacing an older one, all at once. Throws platform::Error, and
+    /// then nothing has changed: Cancelled when `isCancelled` says so.
+    void publish(const std::filesystem::path& finished, const std::function<bool()>& isCancelled = {}) const;
 
   private:
     std::filesystem::path path_;

@@ -30,7 +30,8 @@ Found lookAt(const fs::path& path) {
     return S_ISDIR(info.st_mode) ? Found::Folder : Found::Other;
 }
 
-void copyInto(const fs::path& from, const FileHandle& target, const std::string& reportedTarget) {
+void copyInto(const fs::path& from, const FileHandle& target, const std::string& reportedTarget,
+              const std::function<bool()>& isCancelled) {
     const FileHandle source = openFile(from, O_RDONLY);
     if (!source) throw errnoError(errno, "cannot read", from.string());
     std::vector<char> buffer(1 << 20);
@@ -38,6 +39,7 @@ void copyInto(const fs::path& from, const FileHandle& target, const std::string&
         const int64_t count = readAt(source, buffer.data(), buffer.size(), done);
         if (count < 0) throw errnoError(errno, "cannot read", from.string());
         if (count == 0) return;
+        if (isCancelled && isCancelled()) throw Error(ErrorKind::Cancelled, "cancelled");
         writeAll(target, {buffer.data(), static_cast<size_t>(count)}, reportedTarget);
         done += static_cast<uint64_t>(count);
     }
@@ -163,7 +165,7 @@ void createFolders(const fs::path& folder) {
     if (failure) throw errnoError(failure.value(), "cannot create the folder", folder.string());
 }
 
-void moveFile(const fs::path& from, const fs::path& to) {
+void moveFile(const fs::path& from, const fs::path& to, const std::function<bool()>& isCancelled) {
     makeUsuallyReadable(from);
     {
         const FileHandle finished = openFile(from, O_RDONLY);
@@ -173,9 +175,11 @@ void moveFile(const fs::path& from, const fs::path& to) {
     if (::rename(from.c_str(), to.c_str()) == 0) return;
     if (errno != EXDEV) throw errnoError(errno, "cannot write", to.string());
     PartFile part(to);
-    copyInto(from, part.file(), to.string());
+    copyInto(from, part.file(), to.string(), isCancelled);
     part.publish();
     ::unlink(from.c_str());
 }
+
+void moveFile(const fs::path& from, const fs::path& to) { moveFile(from, to, {}); }
 
 }  // namespace platform

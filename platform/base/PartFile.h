@@ -2,6 +2,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 
 #include "platform/base/File.h"
 
@@ -35,6 +36,11 @@ class PartFile {
 
 /// A hidden name beside the target that nothing else has.
 std::filesystem::path partName(const std::filesystem::path& target);
+
+/// moveFile() for large files: throws Error(Cancelled), and has changed nothing, when `isCancelled`, asked
+/// now and then while it copies, says so.
+void moveFile(const std::filesystem::path& from, const std::filesystem::path& to,
+              const std::function<bool()>& isCancelled);
 
 /// Removes the hidden parts in a folder, files and folders, that nobody writes any more. Never throws.
 void removeAbandonedParts(const std::filesystem::path& folder);

@@ -185,7 +185,7 @@ TEST_F(FenceTest, ALimitEndsTheWorkerAndSaysWhichItWas) {
         ASSERT_TRUE(outcome.error) << each.setting;
         EXPECT_EQ(outcome.error->kind(), ErrorKind::Input) << each.setting;
         EXPECT_THAT(outcome.error->message(), AllOf(HasSubstr(each.what), HasSubstr("while judging")));
-        EXPECT_LT(outcome.seconds, 4) << each.setting;
+        EXPECT_LT(outcome.seconds, 20) << each.setting;
     }
 }
 

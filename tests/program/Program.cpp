@@ -3,6 +3,7 @@
 #include <fcntl.h>
 #include <poll.h>
 #include <spawn.h>
+#include <sys/resource.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -115,7 +116,9 @@ Result Process::finish() {
     while (read()) {
     }
     int status = 0;
-    ::waitpid(process_, &status, 0);
+    rusage usage{};
+    ::wait4(process_, &status, 0, &usage);
+    result_.peakKilobytes = usage.ru_maxrss;
     process_ = -1;
     if (WIFEXITED(status)) result_.exitCode = WEXITSTATUS(status);
     return result_;

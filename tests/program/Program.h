@@ -13,9 +13,10 @@ namespace multiscene::test {
 
 /// What a finished program left.
 struct Result {
-    int exitCode = -1;   ///< -1 when a signal ended it
-    std::string output;  ///< standard output
-    std::string errors;  ///< standard error
+    int exitCode = -1;       ///< -1 when a signal ended it
+    std::string output;      ///< standard output
+    std::string errors;      ///< standard error
+    long peakKilobytes = 0;  ///< of the largest of its processes
 
     std::vector<std::string> errorLines() const;
     /// Standard output, each line parsed as JSON.

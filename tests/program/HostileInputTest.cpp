@@ -1,0 +1,139 @@
+#include <fstream>
+
+#include "platform/base/Clock.h"
+#include "tests/program/ProgramTest.h"
+
+namespace multiscene::test {
+
+namespace fs = std::filesystem;
+using platform::Value;
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+
+namespace {
+
+std::string bigEndian(uint32_t number) {
+    std::string bytes;
+    for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(number >> shift);
+    return bytes;
+}
+
+uint32_t checksum(const std::string& bytes) {
+    uint32_t sum = ~0U;
+    for (const char byte : bytes) {
+        sum ^= static_cast<unsigned char>(byte);
+        for (int bit = 0; bit < 8; ++bit) sum = sum & 1 ? 0xedb88320U ^ (sum >> 1) : sum >> 1;
+    }
+    return ~sum;
+}
+
+std::string chunk(const std::string& type, const std::string& content) {
+    return bigEndian(static_cast<uint32_t>(content.size())) + type + content +
+           bigEndian(checksum(type + content));
+}
+
+/// A PNG that says it has this size, and holds next to nothing. `kind`: depth, colours, …, interlace.
+std::string png(uint32_t width, uint32_t height, const std::string& kind, const std::string& more = "") {
+    return "\x89PNG\r\n\x1a\n" + chunk("IHDR", bigEndian(width) + bigEndian(height) + kind) + more +
+           chunk("IDAT", std::string("\x78\x9c\x03\x00\x00\x00\x00\x01", 8)) + chunk("IEND", "");
+}
+
+const std::string rgb16("\x10\x06\x00\x00\x00", 5), rgb8("\x08\x02\x00\x00\x00", 5),
+    interlaced("\x08\x06\x00\x00\x01", 5);
+
+/// A gzip that ends in its first block.
+std::string cutGzip(size_t bytes) {
+    return std::string("\x1f\x8b\x08\x00\x00\x00\x00\x00\x02\x03\x00\xff\xff\x00\x00", 15) +
+           std::string(bytes, 'x');
+}
+
+/// A film whose table `name` says this at `offset` instead of what is true.
+std::string lying(const fs::path& film, const std::string& name, size_t offset, uint32_t number) {
+    std::string bytes = contentOf(film);
+    const size_t at = bytes.find(name);
+    return at == std::string::npos ? bytes : bytes.replace(at + offset, 4, bigEndian(number));
+}
+
+/// Small files that ask for much. Whoever reads them, and wherever they lie.
+class HostileInputTest : public ProgramTest {
+  protected:
+    std::string written(const std::string& name, const std::string& bytes) const {
+        std::ofstream(folder.path() / name, std::ios::binary) << bytes;
+        return folder.file(name);
+    }
+
+    void expectRefused(const std::vector<std::string>& words, int code, const std::string& file) const {
+        const double start = platform::monotonicSeconds();
+        const Result result = multiscene(words);
+        EXPECT_EQ(result.exitCode, code) << file << result.errors << result.output;
+        EXPECT_THAT(result.output + result.errors, HasSubstr(fs::path(file).filename().string()));
+        EXPECT_LE(result.errorLines().size(), 1u) << result.errors;
+        EXPECT_LT(platform::monotonicSeconds() - start, 5) << file;
+        EXPECT_LT(result.peakKilobytes, 1 << 20) << file;
+        EXPECT_THAT(leftBehind(), IsEmpty()) << file;
+        EXPECT_THAT(filesNamed("out."), IsEmpty()) << file;
+    }
+};
+
+}  // namespace
+
+TEST_F(HostileInputTest, PicturesAreRefusedAsPhotosAndInTemplates) {
+    const std::string text = std::string("Comment\0\0\0\0\0", 12) + std::string(4 << 20, 'a');
+    const std::pair<const char*, std::string> pictures[] = {
+        {"wide.png", png(400'000, 1000, rgb8)},
+        {"high.png", png(1000, 400'000, rgb8)},
+        {"deep.png", png(60'000, 60'000, rgb16)},
+        {"interlaced.png", png(30'000, 30'000, interlaced)},
+        {"most.png", png(0x7fffffff, 0x7fffffff, rgb8)},
+        {"texts.png", png(64, 64, rgb8, chunk("iTXt", text) + chunk("iTXt", text))},
+        {"cut.svgz", cutGzip(0)},
+        {"cut.png", cutGzip(170)},
+        {"cut.jpg", cutGzip(100'000)},
+        {"film.heic",
+         bigEndian(24) + "ftypheic" + bigEndian(0) + "mif1heic" + bigEndian(0x7fffffff) + "meta"},
+    };
+    const fs::path path = SmallTemplate().write(folder.path());
+    for (const auto& [name, bytes] : pictures) {
+        const std::string photo = written(name, bytes);
+        expectRefused({"make", path, "--photo", "photo=" + photo, "-o", folder.file("out.mp4")}, 4, photo);
+        fs::copy_file(photo, path / "red.png", fs::copy_options::overwrite_existing);
+        expectRefused({"template", "pack", path, "-o", folder.file("out.zip")}, 3, "red.png");
+    }
+}
+
+TEST_F(HostileInputTest, FilmsAreRefused) {
+    const fs::path film = folder.path() / "film.mp4";
+    writeVideo(film, 12, 30);
+    SmallTemplate small;
+    small.clock = {
+        {"VideoInfo", Value::Dictionary{{"msaterVideoPath", "$(currentScenePlistROOT)/film.mp4"}}}};
+    const fs::path path = small.write(folder.path());
+    const std::pair<const char*, std::string> films[] = {
+        {"gap", lying(film, "stts", 16, 0x7fffffff)},       // how long a picture lasts
+        {"pictures", lying(film, "stsz", 12, 0x3fffffff)},  // how many there are
+        {"size", lying(film, "stsz", 16, 0x7fffffff)},      // of the first one
+        {"cut", contentOf(film).substr(0, 200)},
+    };
+    for (const auto& [name, bytes] : films) {
+        std::ofstream(path / "film.mp4", std::ios::binary) << bytes;
+        SCOPED_TRACE(name);
+        expectRefused({"make", path, "-o", folder.file("out.mp4")}, 3, "film.mp4");
+    }
+}
+
+/// What lies in an archive is named as its user knows it.
+TEST_F(HostileInputTest, FilesInAnArchiveAreNamedByIt) {
+    const fs::path path = SmallTemplate().write(folder.path());
+    ASSERT_EQ(multiscene({"template", "pack", path, "-o", folder.file("small.zip")}).exitCode, 0);
+    std::ofstream(path / "red.png", std::ios::binary) << cutGzip(9);
+    fs::remove(folder.path() / "small.zip");
+    ASSERT_EQ(run({"sh", "-c", "cd '" + folder.path().string() + "' && zip -qr small.zip small"}).exitCode,
+              0);
+    const std::string named = folder.file("small.zip") + "/small/scene.plist: object3D[0]";
+    EXPECT_THAT(multiscene({"check", folder.file("small.zip")}).output, HasSubstr(named));
+    const Result made = multiscene({"make", folder.file("small.zip"), "-o", folder.file("out.mp4")});
+    EXPECT_THAT(made.errors, AllOf(HasSubstr(named), HasSubstr("small.zip/small/red.png")));
+}
+
+}  // namespace multiscene::test
