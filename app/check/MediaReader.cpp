@@ -4,6 +4,7 @@
 
 #include "format/TrackFile.h"
 #include "platform/audio/AudioFile.h"
+#include "platform/image/ColorTable.h"
 #include "platform/image/ImageDecoder.h"
 #include "platform/image/PvrFile.h"
 
@@ -68,6 +69,9 @@ MediaReader::Reading MediaReader::read(MediaKind kind, FileHandle file, const st
             }
             case MediaKind::Track:
                 requireTrack(file, name);
+                break;
+            case MediaKind::ColorTable:
+                platform::ColorTable::read(file, name);
                 break;
             case MediaKind::Video:
                 reading.film = platform::probeVideo(file, name);

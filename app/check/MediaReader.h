@@ -15,7 +15,7 @@
 namespace multiscene {
 
 /// What a key wants a file to be.
-enum class MediaKind { Picture, PvrPicture, Sound, Track, Video };
+enum class MediaKind { Picture, PvrPicture, Sound, Track, Video, ColorTable };
 
 /// Reads files of the template as what their keys want, each file once however often it is named: what is
 /// judged with one reader must not change meanwhile. One thread.

@@ -37,6 +37,8 @@ std::optional<MediaKind> kindOf(KeyFile file) {
             return MediaKind::Sound;
         case KeyFile::Track:
             return MediaKind::Track;
+        case KeyFile::ColorTable:
+            return MediaKind::ColorTable;
         default:
             return std::nullopt;
     }

@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <limits>
 
+#include "3DObject/QuadObject3D/FilterList.h"
 #include "animation/TransformItemKeys.h"
 #include "app/check/SceneRules.h"
 #include "core/QVKeyAnimationOperators.h"
@@ -37,12 +38,20 @@ class ItemLists : public DictionaryVisitor {
         if (!describesItemsOf(key, items_)) return;
         const Value::Array& list = value.array();
         for (size_t index = 0; index < list.size(); ++index)
-            judge_({list[index], index ? &list[index - 1] : nullptr, index + 1 == list.size(),
+            judge_({list[index], before(list, index), index + 1 == list.size(),
                     keyPath + "[" + std::to_string(index) + "]"},
                    scene_.file, findings_);
     }
 
   private:
+    /// Keys of filters follow those of the same number only.
+    static const Value* before(const Value::Array& list, size_t index) {
+        const std::string number = FilterList::movedNumber(list[index]);
+        while (index-- > 0)
+            if (FilterList::movedNumber(list[index]) == number) return &list[index];
+        return nullptr;
+    }
+
     const KeyTable& items_;
     Judge judge_;
     const SceneView& scene_;

@@ -32,6 +32,7 @@ std::span<const SceneRule> sceneRules() {
         rules::renderedTexturesAreThere,
         rules::keysDoWhatTheySay,
         rules::depthTestsReachTheirChildren,
+        rules::filtersMoveWhatTheyHave,
         rules::filesAreThere,
         rules::nodesShowSomething,
         rules::sequencesHaveAllPictures,

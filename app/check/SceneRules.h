@@ -57,6 +57,9 @@ void nodesLieWhereTheCameraSees(const SceneView&, Findings&);
 void keysDoWhatTheySay(const SceneView&, Findings&);
 void depthTestsReachTheirChildren(const SceneView&, Findings&);
 
+// FilterRules.cpp
+void filtersMoveWhatTheyHave(const SceneView&, Findings&);
+
 // FileRules.cpp
 void filesAreThere(const SceneView&, Findings&);
 

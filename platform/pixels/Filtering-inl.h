@@ -15,18 +15,6 @@
 HWY_BEFORE_NAMESPACE();
 namespace platform::HWY_NAMESPACE {
 
-// sin(2 pi x) to 0.0002.
-HWY_INLINE RealVector sineOfTurns(RealVector x) {
-    // From -1/2 to 1/2, then folded to a quarter.
-    const RealVector turn = hn::Sub(x, hn::Floor(hn::Add(x, real(0.5f))));
-    const RealVector size = hn::Abs(turn), folded = hn::Min(size, hn::Sub(real(0.5f), size));
-    const RealVector angle = hn::Mul(hn::CopySign(folded, turn), real(6.2831853f));
-    const RealVector square = hn::Mul(angle, angle);
-    RealVector sum = hn::Add(hn::Mul(square, real(-1.0f / 5040)), real(1.0f / 120));
-    sum = hn::Add(hn::Mul(square, sum), real(-1.0f / 6));
-    return hn::Mul(angle, hn::Add(hn::Mul(square, sum), real(1)));
-}
-
 HWY_INLINE bool movesPlaces(const FilterPaint& filter) {
     return filter.reflection || filter.type == 4 || filter.type == 5;
 }
@@ -80,38 +68,68 @@ HWY_INLINE void filterColour(const FilterPaint& filter, Channels& c) {
          hn::Mul(c.alpha, real(colour[3]))};
 }
 
-// Where a quad's border lies.
+// A quad's border and its round corners.
 class Border {
   public:
     Border(const PreparedPaint& paint, const Lookup& lookup)
         : across_(slope(paint.toPlace, 0, lookup)),
           down_(slope(paint.toPlace, 1, lookup)),
           depth_(paint.toPlace, paint.perspective, lookup),
-          colour_(paint.filter->borderColor) {
-        const FilterPaint& filter = *paint.filter;
-        const double shorter = std::min(filter.pictureWidth, filter.pictureHeight);
-        acrossWidth_ = static_cast<float>(filter.borderWidth * shorter / filter.pictureWidth);
-        downWidth_ = static_cast<float>(filter.borderWidth * shorter / filter.pictureHeight);
+          filter_(*paint.filter) {
+        const float shorter = std::min(filter_.frameWidth, filter_.frameHeight);
+        radius_ = filter_.cornerRadius * shorter;
+        width_ = filter_.borderWidth * shorter;
+    }
+
+    static bool isThere(const FilterPaint& filter) {
+        return filter.borderWidth > 0 || filter.cornerRadius > 0;
     }
 
     HWY_INLINE void draw(RealVector x, Channels& c) const {
         const RealVector near = depth_.at(x);
-        const auto isNear = [&](const Slope& slope, float width) {
-            const RealVector place = hn::Mul(slope.at(x), near);
-            return hn::Lt(hn::Min(place, hn::Sub(real(1), place)), real(width));
-        };
-        const auto isBorder = hn::Or(isNear(across_, acrossWidth_), isNear(down_, downWidth_));
-        const auto drawn = [&](size_t i, RealVector inner) {
-            return hn::IfThenElse(isBorder, real(colour_[i] * 255), inner);
-        };
-        c = {drawn(2, c.blue), drawn(1, c.green), drawn(0, c.red), drawn(3, c.alpha)};
+        const RealVector across = fromMiddle(across_, near, x, filter_.frameWidth);
+        const RealVector down = fromMiddle(down_, near, x, filter_.frameHeight);
+        if (width_ > 0) layUnder(within(across, down, width_, std::max(radius_ - width_, 0.0f)), c);
+        if (radius_ > 0) c.alpha = hn::Mul(c.alpha, roundedOff(across, down));
     }
 
   private:
+    HWY_INLINE RealVector fromMiddle(const Slope& slope, RealVector near, RealVector x, float size) const {
+        const RealVector place = hn::Mul(slope.at(x), near);
+        return hn::Mul(hn::Abs(hn::Sub(place, real(0.5f))), real(size));
+    }
+    // How much of a pixel lies inside of a line at this distance.
+    HWY_INLINE RealVector part(RealVector distance) const {
+        return bounded(hn::Sub(real(0.5f), hn::Mul(distance, real(filter_.pixelsAUnit))), 0, 1);
+    }
+    // How much of a pixel lies in the quad less a margin, whose corners are round.
+    HWY_INLINE RealVector within(RealVector across, RealVector down, float margin, float radius) const {
+        const RealVector x = hn::Sub(across, real(0.5f * filter_.frameWidth - margin - radius));
+        const RealVector y = hn::Sub(down, real(0.5f * filter_.frameHeight - margin - radius));
+        const RealVector zero = real(0), right = hn::Max(x, zero), lower = hn::Max(y, zero);
+        const RealVector away = hn::Sqrt(hn::Add(hn::Mul(right, right), hn::Mul(lower, lower)));
+        return part(hn::Sub(hn::Add(away, hn::Min(hn::Max(x, y), zero)), real(radius)));
+    }
+    // Straight edges are smoothed elsewhere.
+    HWY_INLINE RealVector roundedOff(RealVector across, RealVector down) const {
+        const RealVector x = hn::Sub(across, real(0.5f * filter_.frameWidth - radius_));
+        const RealVector y = hn::Sub(down, real(0.5f * filter_.frameHeight - radius_));
+        const auto isCorner = hn::And(hn::Gt(x, real(0)), hn::Gt(y, real(0)));
+        return hn::IfThenElse(isCorner, within(across, down, 0, radius_), real(1));
+    }
+    // The border shows as far as the picture does not.
+    HWY_INLINE void layUnder(RealVector inner, Channels& c) const {
+        const auto& colour = filter_.borderColor;
+        const RealVector alpha = between(real(colour[3] * 255), c.alpha, inner);
+        const RealVector share = hn::Div(hn::Mul(inner, c.alpha), hn::Max(alpha, real(0.001f)));
+        c = {between(real(colour[2] * 255), c.blue, share), between(real(colour[1] * 255), c.green, share),
+             between(real(colour[0] * 255), c.red, share), alpha};
+    }
+
     Slope across_, down_;
     Depth depth_;
-    std::array<float, 4> colour_;
-    float acrossWidth_, downWidth_;
+    const FilterPaint& filter_;
+    float radius_, width_;
 };
 
 }  // namespace platform::HWY_NAMESPACE

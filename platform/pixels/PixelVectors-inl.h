@@ -128,6 +128,18 @@ HWY_INLINE RealVector between(RealVector a, RealVector b, RealVector part) {
     return hn::Add(a, hn::Mul(hn::Sub(b, a), part));
 }
 
+// sin(2 pi x), to 0.000004.
+HWY_INLINE RealVector sineOfTurns(RealVector x) {
+    // From -1/2 to 1/2, then folded to a quarter.
+    const RealVector turn = hn::Sub(x, hn::Floor(hn::Add(x, real(0.5f))));
+    const RealVector size = hn::Abs(turn), folded = hn::Min(size, hn::Sub(real(0.5f), size));
+    const RealVector angle = hn::Mul(hn::CopySign(folded, turn), real(6.2831853f));
+    const RealVector square = hn::Mul(angle, angle);
+    RealVector sum = hn::Add(hn::Mul(square, real(1.0f / 362880)), real(-1.0f / 5040));
+    for (const float next : {1.0f / 120, -1.0f / 6, 1.0f}) sum = hn::Add(hn::Mul(square, sum), real(next));
+    return hn::Mul(angle, sum);
+}
+
 // To the next whole number from 0 to 255.
 HWY_INLINE PixelVector rounded(RealVector number) {
     return hn::BitCast(Pixels(), hn::ConvertTo(Places(), hn::Add(bounded(number, 0, 255), real(0.5f))));

@@ -266,7 +266,8 @@ bool hides(const QuadPaint& paint) {
     if (!isOver || !isOpaque || paint.mask || paint.gradient || paint.key) return false;
     if (!paint.filter) return true;
     const FilterPaint& filter = *paint.filter;
-    return filter.pictureColor[3] >= 1 && (filter.borderWidth <= 0 || filter.borderColor[3] >= 1);
+    return filter.cornerRadius <= 0 && filter.pictureColor[3] >= 1 &&
+           (filter.borderWidth <= 0 || filter.borderColor[3] >= 1);
 }
 
 bool preparePaint(const QuadPaint& paint, int width, int height, PreparedPaint& prepared) {

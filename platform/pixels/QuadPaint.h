@@ -80,8 +80,11 @@ struct FilterPaint {
     float time = 0;           ///< 0 to 1: a wave runs through the picture once
     bool reflection = false;  ///< the lower half of the quad mirrors the upper one
     std::array<float, 4> pictureColor{1, 1, 1, 1};  ///< multiplies the picture
-    float borderWidth = 0;                          ///< as a part of the shorter side
+    float borderWidth = 0;                          ///< as a part of the quad's shorter side
     std::array<float, 4> borderColor{0, 0, 0, 0};
+    float cornerRadius = 0;                      ///< as a part of the quad's shorter side
+    float frameWidth = 1, frameHeight = 1;       ///< of the quad, in a unit of its own
+    float pixelsAUnit = 1;                       ///< about: what edges are smoothed by
     double pictureWidth = 1, pictureHeight = 1;  ///< of the whole picture, greater than 0
 };
 

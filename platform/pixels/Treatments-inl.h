@@ -53,7 +53,7 @@ HWY_INLINE void treatColours(const PreparedPaint& paint, const Lookup& lookup, u
     }
     if (paint.filter) {
         const Border border(paint, lookup);
-        const bool hasBorder = paint.filter->borderWidth > 0;
+        const bool hasBorder = Border::isThere(*paint.filter);
         change([&](PixelVector pixel, int i) {
             Channels c = straight(pixel, given);
             filterColour(*paint.filter, c);

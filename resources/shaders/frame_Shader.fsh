@@ -1,4 +1,4 @@
-// A textured quad with an opacity, an image filter and a border.
+// A textured quad with an opacity, an image filter, a border and round corners.
 #ifdef GL_FRAGMENT_PRECISION_HIGH
 precision highp float;
 #else
@@ -15,7 +15,10 @@ uniform float pixelSize;  // side of a mosaic's tile, pixels of the picture
 uniform float filterNormalTime;  // 0 to 1: a wave runs through the picture once
 uniform bool reflection;  // the lower half mirrors the upper one
 uniform vec4 glColor;  // multiplies the picture
-uniform float framew;  // width of the border, as a part of the picture's shorter side
+uniform vec2 frameSize;  // of the quad, in a unit of its own
+uniform float pixelsAUnit;  // of the canvas, about
+uniform float framew;  // width of the border, as a part of the quad's shorter side
+uniform float cornerRadius;  // as a part of the quad's shorter side
 uniform vec4 inputColor;  // of the border
 // What the blend function wants: x, colours that alpha and opacity multiply; y, colours that opacity alone does.
 uniform vec2 sentColors;
@@ -61,11 +64,30 @@ vec4 sent(vec3 color, float alpha, float opacity)
     return vec4(color * factor, alpha * opacity);
 }
 
+// How much of a pixel lies in the quad less a margin, whose corners are round.
+float within(vec2 fromMiddle, float margin, float radius)
+{
+    vec2 beyond = fromMiddle - (0.5 * frameSize - margin - radius);
+    float distance = length(max(beyond, 0.0)) + min(max(beyond.x, beyond.y), 0.0) - radius;
+    return clamp(0.5 - distance * pixelsAUnit, 0.0, 1.0);
+}
+
+// The border shows as far as the picture does not.
+vec4 bordered(vec4 color, float inner)
+{
+    float alpha = mix(inputColor.a, color.a, inner);
+    return vec4(mix(inputColor.rgb, color.rgb, inner * color.a / max(alpha, 0.000004)), alpha);
+}
+
 void main()
 {
     vec4 color = texture2D(videoFrame, filteredPlace(textureCoordinate));
     vec4 shown = vec4(filteredColor(straightColor(color)), color.a) * glColor;
-    vec2 fromEdge = min(place, 1.0 - place) * textureSize / min(textureSize.x, textureSize.y);
-    if (min(fromEdge.x, fromEdge.y) < framew) shown = inputColor;
+    vec2 fromMiddle = abs(place - 0.5) * frameSize;
+    float shorter = min(frameSize.x, frameSize.y), radius = cornerRadius * shorter;
+    if (framew > 0.0) shown = bordered(shown, within(fromMiddle, framew * shorter, max(radius - framew * shorter, 0.0)));
+    // Straight edges are smoothed elsewhere.
+    bool isCorner = all(greaterThan(fromMiddle, 0.5 * frameSize - radius));
+    if (radius > 0.0 && isCorner) shown.a *= within(fromMiddle, 0.0, radius);
     gl_FragColor = sent(shown.rgb, shown.a, aplae);
 }

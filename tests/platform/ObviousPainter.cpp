@@ -75,8 +75,9 @@ float sineOfTurns(float x) {
     const float turn = x - std::floor(x + 0.5f), size = std::abs(turn);
     const float angle = std::copysign(std::min(size, 0.5f - size), turn) * 6.2831853f;
     const float square = angle * angle;
-    const float inner = square * (square * (-1.0f / 5040) + 1.0f / 120) + -1.0f / 6;
-    return angle * (square * inner + 1.0f);
+    float sum = square * (1.0f / 362880) + -1.0f / 5040;
+    for (const float next : {1.0f / 120, -1.0f / 6, 1.0f}) sum = square * sum + next;
+    return angle * sum;
 }
 
 Place filteredPlace(const PreparedPaint& paint, int x, int y) {
@@ -195,16 +196,31 @@ void filterColour(const PreparedPaint& paint, int x, int y, Colour& c) {
     c = {between(c.blue, other.blue, filter.range) * colour[2],
          between(c.green, other.green, filter.range) * colour[1],
          between(c.red, other.red, filter.range) * colour[0], c.alpha * colour[3]};
-    if (filter.borderWidth <= 0) return;
-    const double shorter = std::min(filter.pictureWidth, filter.pictureHeight);
-    const float near = 1 / along(paint.toPlace, 2, x, y);
-    const auto isNear = [&](size_t line, double size) {
-        const float place = along(paint.toPlace, line, x, y) * near;
-        return std::min(place, 1.0f - place) < static_cast<float>(filter.borderWidth * shorter / size);
+    const float shorter = std::min(filter.frameWidth, filter.frameHeight),
+                near = 1 / along(paint.toPlace, 2, x, y);
+    const float border = filter.borderWidth * shorter, radius = filter.cornerRadius * shorter;
+    const auto fromMiddle = [&](size_t line, float size) {
+        return std::abs(along(paint.toPlace, line, x, y) * near - 0.5f) * size;
     };
-    const auto& border = filter.borderColor;
-    if (isNear(0, filter.pictureWidth) || isNear(1, filter.pictureHeight))
-        c = {border[2] * 255, border[1] * 255, border[0] * 255, border[3] * 255};
+    const float across = fromMiddle(0, filter.frameWidth), down = fromMiddle(1, filter.frameHeight);
+    const auto within = [&](float margin, float round) {
+        const float right = across - (0.5f * filter.frameWidth - margin - round);
+        const float lower = down - (0.5f * filter.frameHeight - margin - round);
+        const float a = std::max(right, 0.0f), b = std::max(lower, 0.0f);
+        const float distance = std::sqrt(a * a + b * b) + std::min(std::max(right, lower), 0.0f) - round;
+        return bounded(0.5f - distance * filter.pixelsAUnit, 0, 1);
+    };
+    if (border > 0) {
+        const auto& under = filter.borderColor;
+        const float inner = within(border, std::max(radius - border, 0.0f));
+        const float alpha = between(under[3] * 255, c.alpha, inner);
+        const float share = inner * c.alpha / std::max(alpha, 0.001f);
+        c = {between(under[2] * 255, c.blue, share), between(under[1] * 255, c.green, share),
+             between(under[0] * 255, c.red, share), alpha};
+    }
+    const bool isCorner =
+        across - (0.5f * filter.frameWidth - radius) > 0 && down - (0.5f * filter.frameHeight - radius) > 0;
+    if (radius > 0 && isCorner) c.alpha *= within(0, radius);
 }
 
 float maskOpacity(const PreparedPaint& paint, int x, int y) {

@@ -95,6 +95,10 @@ class RandomShapes {
         filter.reflection = below(2) == 0;
         filter.pictureColor = colour();
         if (below(2) == 0) filter.borderWidth = part() / 4;
+        if (below(2) == 0) filter.cornerRadius = part() / 2;
+        filter.frameWidth = 1 + part();
+        filter.frameHeight = 1 + part();
+        filter.pixelsAUnit = 40 * part();
         filter.borderColor = colour();
         filter.pictureWidth = paint.picture.width + 1;
         filter.pictureHeight = paint.picture.height + 1;

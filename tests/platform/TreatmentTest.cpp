@@ -248,8 +248,8 @@ TEST(TreatmentTest, AFilterChangesColoursAndDrawsABorder) {
             FilterPaint filter{.type = type, .range = range, .pictureColor = {0.9f, 0.5f, 1, 0.8f}};
             filter.borderWidth = 0.1f;  // four pixels
             filter.borderColor = {1, 0.2f, 0, 0.5f};
-            filter.pictureWidth = 60;
-            filter.pictureHeight = 40;
+            filter.frameWidth = 60;
+            filter.frameHeight = 40;
             Drawing drawing(picture);
             drawing.quad.filter = filter;
             drawing.quad.opacity = 0.9f;

@@ -42,6 +42,15 @@ std::function<void(SmallTemplate&)> nodeOfType(const std::string& type, const st
     });
 }
 
+std::function<void(SmallTemplate&)> frameFilters(const Value::Array& filters) {
+    return nodeOfType("QVQuadFrameObject3D", "FrameInfo", Value::Dictionary{{"filters", filters}});
+}
+
+Value movingFilter(const std::string& filter, const std::string& number, double end) {
+    const Value::Dictionary move{{"endFps", 9}, {"number", number}, {"start", 0}, {"end", end}};
+    return Value::Dictionary{{"filter", filter}, {"AnimationInfo", Value::Array{move}}};
+}
+
 std::function<void(SmallTemplate&)> clockWith(const std::string& key, const Value& value) {
     return [=](SmallTemplate& small) { small.clock[key] = value; };
 }
@@ -357,6 +366,18 @@ std::vector<Fault> faults() {
                   {"strokeW", 3}})},
         {"PictureWithoutAFile", "object3D[1].TextureInfo", "\"texture\" is missing",
          texture({{"textureType", "image"}, {"texture", ""}})},
+        {"FilterOfAnUnknownName", "object3D[1].FrameInfo.filters[0].filter", "did you mean \"sepia\"?",
+         frameFilters({Value::Dictionary{{"filter", "sepai"}}})},
+        {"NumberThatAFilterDoesNotHave", "object3D[1].FrameInfo.filters[1].AnimationInfo[0].number",
+         "did you mean \"radius\"?",
+         frameFilters({Value::Dictionary{{"filter", "grey"}}, movingFilter("blur", "radios", 0.1)})},
+        {"NumberThatLeavesItsRange", "object3D[1].FrameInfo.filters[0].AnimationInfo[0].end",
+         "from 0 to 0.25", frameFilters({movingFilter("blur", "radius", 3)})},
+        {"TooManyFilters", "object3D[1].FrameInfo.filters", "only the first 8",
+         frameFilters(Value::Array(9, Value::Dictionary{{"filter", "grey"}}))},
+        {"ColourTableThatIsNone", "object3D[1].FrameInfo.filters[0].table", "line 1 is no colour",
+         frameFilters(
+             {Value::Dictionary{{"filter", "film"}, {"table", "$(currentScenePlistROOT)/scene.plist"}}})},
         {"FilterWithoutAName", "object3D[1].TextureInfo", "\"filterType\" is missing",
          texture({{"textureType", "filterImage"}, {"texture", "photo"}})},
         {"MaskWithoutAFile", "object3D[1].MaskInfo", "\"texture\" is missing",

@@ -3,12 +3,17 @@
 
 #include "app/check/Checker.h"
 #include "app/check/SceneFormatReference.h"
+#include "core/Material/TextureInfoKeys.h"
+#include "format/NodeTypes.h"
 #include "format/TrackFile.h"
+#include "pictureFilter/FilterTypes.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
 #include "platform/image/ImageDecoder.h"
+#include "playback/VideoTimeSource.h"
 #include "tests/engine/PvrBytes.h"
 #include "tests/program/ProgramTest.h"
+#include "tween/Ease.h"
 
 namespace multiscene::test {
 
@@ -97,6 +102,33 @@ TEST(SceneFormat, EverySectionHasAnExample) {
         at = next;
     }
     EXPECT_GT(sections, 60u);
+}
+
+TEST(Gallery, ShowsEverythingThatScenesAreMadeOf) {
+    const fs::path docs = fs::path(MULTISCENE_SOURCE) / "docs";
+    const std::string page = contentOf(docs / "gallery.md");
+    const auto expectShown = [&](const std::string& name) {
+        EXPECT_THAT(page, HasSubstr("`" + name + "`"))
+            << "give it an entry in scripts/make-gallery and run that";
+    };
+    for (const KeyVariants& types : {nodeVariants, timeSourceVariants, materialVariants, filterVariants})
+        for (const std::string_view name : types.names()) expectShown(std::string(name));
+    for (size_t ease = 0; ease < easeTable().size(); ++ease) expectShown(std::to_string(ease));
+    for (const auto& file : fs::directory_iterator(platform::resourcesFolder() / "filmLooks"))
+        expectShown(file.path().stem().string());
+
+    size_t bytes = 0;
+    for (const auto& file : fs::recursive_directory_iterator(docs / "gallery"))
+        if (file.is_regular_file()) {
+            bytes += file.file_size();
+            EXPECT_THAT(page, HasSubstr("(" + fs::relative(file, docs).string() + ")"))
+                << "a picture of nothing";
+        }
+    EXPECT_LT(bytes, 1'500'000u);
+    for (size_t at = 0; (at = page.find("](gallery/", at)) != std::string::npos; ++at) {
+        const std::string file = page.substr(at + 2, page.find(')', at) - at - 2);
+        EXPECT_TRUE(fs::exists(docs / file)) << file;
+    }
 }
 
 TEST(SceneFormat, CommittedReferenceIsTheGeneratedOne) {

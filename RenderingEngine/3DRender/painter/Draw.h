@@ -15,6 +15,7 @@
 
 #include "core/GLESUtils/Texture.h"
 #include "opengl2.0/UniformValue.h"
+#include "pictureFilter/Filter.h"
 
 namespace multiscene {
 
@@ -57,12 +58,15 @@ struct GradientLook {
     int32_t interpolation = 0;   ///< 0 to the right, 1 down, 2 and 3 the same with soft ends
 };
 
-/// The picture through an image filter and within a border.
+/// The picture through an image filter, within a border, with round corners.
 struct FilterLook {
-    int type = 0;           ///< 0 none, 1 grey, 2 sepia, 3 negative, 4 mosaic, 5 wave
-    float range = 1;        ///< how much of the filter shows, 0 to 1
-    float pixelSize = 1;    ///< of a mosaic's tile, pixels of the picture
-    float borderWidth = 0;  ///< part of the picture's shorter side
+    static constexpr float borderAlone = 1;  ///< a border so wide hides the picture, which need not be there
+
+    int type = 0;            ///< 0 none, 1 grey, 2 sepia, 3 negative, 4 mosaic, 5 wave
+    float range = 1;         ///< how much of the filter shows, 0 to 1
+    float pixelSize = 1;     ///< of a mosaic's tile, pixels of the picture
+    float borderWidth = 0;   ///< part of the quad's shorter side
+    float cornerRadius = 0;  ///< part of the quad's shorter side
     glm::vec4 pictureColor{1}, borderColor{0};
     bool isReflection = false;
     float time = 0;  ///< 0 to 1
@@ -105,8 +109,10 @@ struct QuadDraw {
     std::array<float, 12> corners{};            ///< x, y, z of bottom left, bottom right, top right, top left
     std::array<float, 8> textureCoordinates{};  ///< u, v of the same
     glm::mat4 mvpMatrix{1}, textureMatrix{1};
-    Texture* texture = nullptr;  ///< none: ColorLook alone draws
+    Texture* texture = nullptr;  ///< none: a colour or a border alone draws
     bool mayRepeat = false;      ///< the picture repeats itself beyond its edges; else it ends there
+    /// What is done to the picture before; none: nothing.
+    std::shared_ptr<const FilterChain> filters = {};
     Look look;
     DrawState state;  ///< the painter's
 };

@@ -88,7 +88,7 @@ bool looksByPlace(const Look& look) {
 }  // namespace
 
 GLPainter::GLPainter(MakeContext makeContext, platform::FileGate& gate, PictureMemory memory)
-    : makeContext_(std::move(makeContext)), memory_(memory), shaders_(gate) {}
+    : makeContext_(std::move(makeContext)), memory_(memory), shaders_(gate), filters_(shaders_, gate) {}
 
 GLPainter::~GLPainter() {
     if (!context_) return;
@@ -106,6 +106,7 @@ void GLPainter::makeCurrent() {
 void GLPainter::release() {
     if (!context_) return;
     destroyBuffers();
+    filters_.release();
     shaders_.useShaderObject(nullptr);  // GL keeps the program in use
     shaders_.removeAllShaders();
 }
@@ -167,10 +168,7 @@ void GLPainter::beginTarget(QVFrameBufferToTexture& target) {
 
 void GLPainter::endTarget() {
     targets_.pop_back();
-    if (targets_.empty()) return;
-    const Target outer = targets_.back();
-    targets_.pop_back();
-    bind(outer);
+    if (!targets_.empty()) bindAgain();
 }
 
 void GLPainter::bind(const Target& target) {
@@ -179,6 +177,12 @@ void GLPainter::bind(const Target& target) {
     glViewport(0, 0, target.width, target.height);
     glEnable(GL_SCISSOR_TEST);
     glScissor(target.part.left, target.part.bottom, target.part.width, target.part.height);
+}
+
+void GLPainter::bindAgain() {
+    const Target target = targets_.back();
+    targets_.pop_back();
+    bind(target);
 }
 
 void GLPainter::clear(uint32_t background, bool withDepth) {
@@ -265,8 +269,12 @@ Shader& GLPainter::prepare(const GradientLook& look, const QuadDraw&) {
     return shader;
 }
 
-Shader& GLPainter::prepare(const FilterLook& look, const QuadDraw&) {
+Shader& GLPainter::prepare(const FilterLook& look, const QuadDraw& quad) {
     Shader& shader = named("frame_Shader");
+    const QuadMeasure measure = measured(quad, targets_.back().width, targets_.back().height);
+    shader.setUniform("frameSize", measure.size);
+    shader.setUniform("pixelsAUnit", measure.pixelsAUnit);
+    shader.setUniform("cornerRadius", look.cornerRadius);
     shader.setUniform("aplae", look.opacity);
     shader.setUniform("filterType", look.type);
     shader.setUniform("RANGE", look.range);
@@ -315,7 +323,20 @@ Shader& GLPainter::prepare(const ShaderLook& look, const QuadDraw&) {
     return *look.shader;
 }
 
+Texture& GLPainter::filtered(const QuadDraw& quad) {
+    Texture& result = filters_.filtered(*quad.texture, *quad.filters, isUpsideDown(quad));
+    if (memory_ == PictureMemory::Dropped) quad.texture->dropMemory();
+    bindAgain();
+    return result;
+}
+
 void GLPainter::paint(const QuadDraw& quad) {
+    if (quad.filters && quad.texture) {
+        QuadDraw shown = quad;
+        shown.texture = &filtered(quad);
+        shown.filters = nullptr;
+        return paint(shown);
+    }
     apply(quad.state);
     Shader& shader = std::visit([&](const auto& look) -> Shader& { return prepare(look, quad); }, quad.look);
     if (shader.programHandle() == 0) return;

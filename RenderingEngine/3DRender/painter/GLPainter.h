@@ -6,6 +6,7 @@
 
 #include "core/GLESUtils/MultisampleTarget.h"
 #include "opengl2.0/ShaderManager/ShaderManager.h"
+#include "painter/GLFilters.h"
 #include "painter/Painter.h"
 #include "platform/gl/GLContext.h"
 
@@ -62,6 +63,8 @@ class GLPainter : public Painter {
     void createBuffers(int width, int height);
     void destroyBuffers();
     void bind(const Target& target);
+    void bindAgain();
+    Texture& filtered(const QuadDraw& quad);
     void clear(uint32_t background, bool withDepth);
     void apply(const DrawState& state);
     void use(Shader& shader);
@@ -84,6 +87,7 @@ class GLPainter : public Painter {
     PictureMemory memory_;
     std::shared_ptr<platform::GLContext> context_;
     ShaderManager shaders_;
+    GLFilters filters_;
     MultisampleTarget samples_;
     GLFramebuffer resolved_;
     GLRenderbuffer resolvedColor_;

@@ -8,11 +8,17 @@ namespace {
 
 bool isShown(const Texture* texture) { return texture && !texture->isEmpty(); }
 
+bool needsPicture(const Look& look) {
+    const auto* filter = std::get_if<FilterLook>(&look);
+    return !std::holds_alternative<ColorLook>(look) &&
+           !(filter && filter->borderWidth >= FilterLook::borderAlone);
+}
+
 }  // namespace
 
 void Painter::draw(QuadDraw quad) {
     const auto* mask = std::get_if<MaskLook>(&quad.look);
-    if (!std::holds_alternative<ColorLook>(quad.look) && !isShown(quad.texture)) return;
+    if (needsPicture(quad.look) && !isShown(quad.texture)) return;
     if (mask && !isShown(mask->mask)) return;
     quad.state = state_;
     paint(quad);

@@ -86,6 +86,8 @@ std::array<float, 4> fourOf(const glm::vec4& color) { return {color.r, color.g, 
 
 /// Each says how a quad is painted; false for what only GL can do.
 struct Painted {
+    const QuadDraw& quad;
+    const CanvasSize& canvas;
     QuadPaint& paint;
 
     bool operator()(const PlainLook& look) const {
@@ -114,6 +116,7 @@ struct Painted {
         return true;
     }
     bool operator()(const FilterLook& look) const {
+        const QuadMeasure measure = measured(quad, canvas.width, canvas.height);
         paint.filter = platform::FilterPaint{.type = look.type,
                                              .range = look.range,
                                              .pixelSize = look.pixelSize,
@@ -122,6 +125,10 @@ struct Painted {
                                              .pictureColor = fourOf(look.pictureColor),
                                              .borderWidth = look.borderWidth,
                                              .borderColor = fourOf(look.borderColor),
+                                             .cornerRadius = look.cornerRadius,
+                                             .frameWidth = measure.size.x,
+                                             .frameHeight = measure.size.y,
+                                             .pixelsAUnit = measure.pixelsAUnit,
                                              .pictureWidth = look.pictureSize.x,
                                              .pictureHeight = look.pictureSize.y};
         paint.opacity = look.opacity;
@@ -242,7 +249,7 @@ bool addPaints(const QuadDraw& quad, const CanvasSize& canvas, std::vector<QuadP
     }
     paint.wrap = wrapOf(quad.mayRepeat && leavesPicture(quad));
     paint.blend = paintedBlend(quad.state.blend);
-    if (!std::visit(Painted{paint}, quad.look)) return false;
+    if (!std::visit(Painted{quad, canvas, paint}, quad.look)) return false;
     const bool isByPlace = paint.mask || paint.gradient || paint.filter;
     if (isOneSurface(quad))
         paints.push_back(paint);

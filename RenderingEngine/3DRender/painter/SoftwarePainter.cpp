@@ -6,6 +6,7 @@
 
 #include "painter/ColorBytes.h"
 #include "painter/MeshPaints.h"
+#include "painter/PlaceOnQuad.h"
 #include "painter/QuadPaints.h"
 #include "platform/pixels/SharedEdges.h"
 
@@ -135,6 +136,7 @@ void SoftwarePainter::release() {
     pictures_.clear();
     spare_.clear();
     blurred_ = {};
+    filtered_ = {};
     stills_ = {};
     gl_.release();
 }
@@ -182,6 +184,12 @@ void SoftwarePainter::endTarget() {
 void SoftwarePainter::paint(const QuadDraw& quad) {
     Picture& picture = current();
     if (std::holds_alternative<ColorLook>(quad.look)) return paintColor(quad);
+    if (quad.filters && !quad.texture->levels().empty()) {
+        QuadDraw shown = quad;
+        shown.texture = &filtered_.of(*quad.texture, *quad.filters, isUpsideDown(quad), frame_, tiles_);
+        shown.filters = nullptr;
+        return paint(shown);
+    }
     picture.keep(quad.texture);
     if (const auto* mask = std::get_if<MaskLook>(&quad.look)) picture.keep(mask->mask);
     const auto* blur = std::get_if<BlurLook>(&quad.look);

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "painter/BlurredCopies.h"
+#include "painter/FilteredPictures.h"
 #include "painter/GLPainter.h"
 #include "painter/Painter.h"
 #include "painter/StillPaints.h"
@@ -57,6 +58,7 @@ class SoftwarePainter : public Painter {
     GLPainter gl_;
     platform::TilePainter tiles_;
     BlurredCopies blurred_;
+    FilteredPictures filtered_;
     StillPaints stills_;
     int64_t frame_ = 0;                               ///< painted so far
     std::vector<std::unique_ptr<Picture>> pictures_;  ///< the frame and the targets within it

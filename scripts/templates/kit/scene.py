@@ -216,3 +216,35 @@ def path(number, points, samples=240, slots=21):
     """A Bezier path; numbers from 30000 on can be named as an end value or as an ease."""
     return {"bezierIdentifier": str(number), "interpolationTotal": samples, "interpolationXYZ": slots,
             "controlPoints": [vector(*point) for point in points]}
+
+
+def frame(texture, size, fps, name=None, filters=(), fades=(), radius=0.0, **parts):
+    """A picture through a list of filters, its corners round."""
+    info = {"frameType": "image"}
+    if radius:
+        info["cornerRadius"] = float(radius)
+    if filters:
+        info["filters"] = list(filters)
+    return node("QVQuadFrameObject3D", fps, name, FrameInfo=info, TextureInfo=texture, QuadInfo=size,
+                AnimationInfo=list(fades), **parts)
+
+
+def card(tint, size, fps, name=None, radius=0.0, **parts):
+    """A rectangle of one colour, its corners round."""
+    info = {"frameType": "color", "frameColor": vector(*colour(tint)), "cornerRadius": float(radius)}
+    return node("QVQuadFrameObject3D", fps, name, FrameInfo=info, QuadInfo=size, **parts)
+
+
+def filtered(name, *moves, strength=1.0, **numbers):
+    """A filter of a list; `moves` are made by `moved`."""
+    info = {"filter": name, **{key: float(value) if isinstance(value, (int, float)) else value for key, value in numbers.items()}}
+    if strength != 1:
+        info["strength"] = float(strength)
+    if moves:
+        info["AnimationInfo"] = list(moves)
+    return info
+
+
+def moved(number, first, last, start, end, ease=SINE_IN_OUT):
+    """One number of a filter from one value to another."""
+    return {"sartFps": first, "endFps": last, "ease": ease, "number": number, "start": float(start), "end": float(end)}

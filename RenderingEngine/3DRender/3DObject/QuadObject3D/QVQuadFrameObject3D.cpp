@@ -4,14 +4,18 @@
 #include <cmath>
 
 #include "core/Material/QVTextureMaterial.h"
+#include "core/SkippedMedia.h"
 #include "format/NodeTypes.h"
+#include "platform/base/Paths.h"
 #include "platform/base/Saturating.h"
+#include "platform/image/ColorTable.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
 static constexpr std::string_view frameTypes[] = {"image", "filter", "color"};
 /// In the order of the numbers that the shader knows.
-static constexpr std::string_view filterTypes[] = {"none", "grey", "sepia", "negative", "mosaic", "wave"};
+static constexpr std::string_view simpleFilters[] = {"none", "grey", "sepia", "negative", "mosaic", "wave"};
 
 static constexpr Key frameInfoKeyList[] = {
     {.name = "frameType",
@@ -27,7 +31,7 @@ static constexpr Key frameInfoKeyList[] = {
      .type = KeyType::Choice,
      .fallback = "none",
      .meaning = "filter: what is done to the picture",
-     .choices = filterTypes},
+     .choices = simpleFilters},
     {.name = "filterRange",
      .type = KeyType::Number,
      .fallback = "1",
@@ -43,7 +47,7 @@ static constexpr Key frameInfoKeyList[] = {
     {.name = "frameWidth",
      .type = KeyType::Number,
      .fallback = "0",
-     .meaning = "filter: width of the border, as a part of the picture's shorter side",
+     .meaning = "filter: width of the border, as a part of the frame's shorter side",
      .minimum = 0,
      .maximum = 0.5},
     {.name = "pictureColor",
@@ -54,6 +58,16 @@ static constexpr Key frameInfoKeyList[] = {
      .type = KeyType::Bool,
      .fallback = "0",
      .meaning = "filter: the lower half mirrors the upper one"},
+    {.name = "cornerRadius",
+     .type = KeyType::Number,
+     .fallback = "0",
+     .meaning = "radius of the corners, as a part of the frame's shorter side",
+     .minimum = 0,
+     .maximum = 0.5},
+    {.name = "filters",
+     .type = KeyType::Array,
+     .meaning = "image, filter: what is done to the picture first, the first one first, at most 8",
+     .children = &filterKeys},
 };
 constexpr KeyTable frameInfoKeys{"FrameInfo", "How a frame quad shows its picture.", nullptr,
                                  frameInfoKeyList};
@@ -88,13 +102,52 @@ void QVQuadFrameObject3D::rendInfoWithDic(const platform::Value& info) {
     const KeyReader reader(frameInfoKeys, KeyReader(quadFrameKeys, info).value("FrameInfo"));
     frameType_ = static_cast<FrameType>(placeIn(frameTypes, reader.text("frameType")));
     frameColor_ = reader.vector4("frameColor");
-    filter_ = {.type = placeIn(filterTypes, reader.text("filterType")),
+    filter_ = {.type = placeIn(simpleFilters, reader.text("filterType")),
                .range = reader.number("filterRange"),
                .pixelSize = reader.number("pixelSize"),
                .borderWidth = reader.number("frameWidth"),
                .pictureColor = reader.vector4("pictureColor"),
                .borderColor = frameColor_,
                .isReflection = reader.boolean("isReflection")};
+    cornerRadius_ = std::clamp(reader.number("cornerRadius"), 0.0f, 0.5f);
+    filters_.read(reader.array("filters"), [this](const KeyReader& filter) { return colorTable(filter); });
+}
+
+/// The template's table, or else one of the program's own.
+FilterList::Table QVQuadFrameObject3D::colorTable(const KeyReader& filter) {
+    const std::string own = filter.text("table");
+    try {
+        if (!own.empty()) return tableOfTemplate(own);
+        const auto file = platform::resourcesFolder() / "filmLooks" / (filter.text("look") + ".cube");
+        return std::make_shared<platform::ColorTable>(platform::ColorTable::read(file));
+    } catch (const platform::Error& error) {
+        if (error.kind() == platform::ErrorKind::Transient) throw;
+        reportSkipped(*this, "film look: " + error.message(), own.empty() ? filter.text("look") : own);
+        return nullptr;
+    }
+}
+
+FilterList::Table QVQuadFrameObject3D::tableOfTemplate(const std::string& name) {
+    const std::string path = resolvedPath(name);
+    Playback* const played = playback();
+    const platform::FileHandle file =
+        path.empty() || !played ? platform::FileHandle() : played->gate().open(path).file;
+    if (!file) throw platform::Error(platform::ErrorKind::Template, "there is no such file");
+    return std::make_shared<platform::ColorTable>(platform::ColorTable::read(file, name));
+}
+
+void QVQuadFrameObject3D::updateKeyFrames(int64_t frame) {
+    QVQuadDiaphaneityObject3D::updateKeyFrames(frame);
+    filters_.updateKeyFrames(frame, *this);
+}
+
+void QVQuadFrameObject3D::addTraceValues(platform::Value::Dictionary& values) const {
+    QVQuadDiaphaneityObject3D::addTraceValues(values);
+    filters_.addTraceValues(values);
+}
+
+std::shared_ptr<const FilterChain> QVQuadFrameObject3D::filters() const {
+    return frameType_ == FrameType::Color ? nullptr : filters_.chain(pictureSize());
 }
 
 void QVQuadFrameObject3D::updateDue(const Tick& tick) {
@@ -117,9 +170,16 @@ glm::vec2 QVQuadFrameObject3D::pictureSize() const {
 }
 
 Look QVQuadFrameObject3D::look() const {
-    if (frameType_ == FrameType::Color) return ColorLook{.color = frameColor_, .opacity = renderAlpha()};
-    if (frameType_ == FrameType::Image) return QVQuadDiaphaneityObject3D::look();
-    FilterLook filter = filter_;
+    const bool isRound = cornerRadius_ > 0;
+    if (frameType_ == FrameType::Color && !isRound)
+        return ColorLook{.color = frameColor_, .opacity = renderAlpha()};
+    if (frameType_ == FrameType::Image && !isRound) return QVQuadDiaphaneityObject3D::look();
+    FilterLook filter = frameType_ == FrameType::Filter ? filter_ : FilterLook();
+    if (frameType_ == FrameType::Color) {
+        filter.borderWidth = FilterLook::borderAlone;
+        filter.borderColor = frameColor_;
+    }
+    filter.cornerRadius = cornerRadius_;
     filter.pictureSize = pictureSize();
     filter.opacity = renderAlpha();
     return filter;

@@ -128,16 +128,18 @@ void QVQuadObject3D::renderBgVideo(Painter& painter, const Tick& tick) {
 }
 
 void QVQuadObject3D::drawWith(Painter& painter, Look look) {
-    drawCorners(painter, squareVertices_, std::move(look));
+    drawCorners(painter, squareVertices_, std::move(look), filters());
 }
 
-void QVQuadObject3D::drawCorners(Painter& painter, const Corners& corners, Look look) {
+void QVQuadObject3D::drawCorners(Painter& painter, const Corners& corners, Look look,
+                                 std::shared_ptr<const FilterChain> filters) {
     painter.draw(QuadDraw{.corners = corners,
                           .textureCoordinates = masterTextureCoordinates(),
                           .mvpMatrix = projTransform(),
                           .textureMatrix = textureMatrix(),
                           .texture = drawnTexture(),
                           .mayRepeat = mayRepeat(),
+                          .filters = std::move(filters),
                           .look = std::move(look),
                           .state = {}});
 }

@@ -55,6 +55,8 @@ class QVQuadObject3D : public QVObject3DTextureBase {
     virtual Texture* drawnTexture() const { return texture(); }
     /// Whether it can be repeated where coordinates leave it; videos and render targets cannot.
     virtual bool mayRepeat() const;
+    /// What is done to the picture before.
+    virtual std::shared_ptr<const FilterChain> filters() const { return nullptr; }
     /// How it is drawn.
     virtual Look look() const { return PlainLook{}; }
     void draw(Painter& painter) override { drawWith(painter, look()); }
@@ -65,7 +67,8 @@ class QVQuadObject3D : public QVObject3DTextureBase {
 
   private:
     Corners cornersOfSize(float width, float height) const;
-    void drawCorners(Painter& painter, const Corners& corners, Look look);
+    void drawCorners(Painter& painter, const Corners& corners, Look look,
+                     std::shared_ptr<const FilterChain> filters = nullptr);
 
     float modelWidth_ = 0, modelHeight_ = 0;
     glm::vec3 anchor_{0};

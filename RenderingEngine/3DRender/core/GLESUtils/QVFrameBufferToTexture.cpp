@@ -36,7 +36,8 @@ QVFrameBufferToTexture::QVFrameBufferToTexture(double width, double height)
     : fboWidth_(static_cast<int>(width)), fboHeight_(static_cast<int>(height)) {}
 
 unsigned int QVFrameBufferToTexture::frameBuffer() {
-    if (!frameBuffer_) createTarget(frameBuffer_, texture_->setDrawnByGL(), fboWidth_, fboHeight_);
+    if (!frameBuffer_)
+        createTarget(frameBuffer_, texture_->setDrawnByGL(fboWidth_, fboHeight_), fboWidth_, fboHeight_);
     return frameBuffer_.name();
 }
 

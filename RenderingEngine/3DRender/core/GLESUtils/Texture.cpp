@@ -74,8 +74,10 @@ void Texture::setPainted(const platform::Surface& memory, std::shared_ptr<const 
     setMemory({memory}, std::move(owner));
 }
 
-GLTexture& Texture::setDrawnByGL() {
+GLTexture& Texture::setDrawnByGL(int width, int height) {
     dropMemory();
+    width_ = width;
+    height_ = height;
     isOpaque_ = false;
     isPremultiplied_ = true;
     isStale_ = false;
@@ -84,6 +86,8 @@ GLTexture& Texture::setDrawnByGL() {
 
 void Texture::setMemory(std::vector<platform::Surface> levels, std::shared_ptr<const void> owner) {
     levels_ = std::move(levels);
+    width_ = levels_.front().width;
+    height_ = levels_.front().height;
     owner_ = std::move(owner);
     isStill_ = false;
     isStale_ = true;

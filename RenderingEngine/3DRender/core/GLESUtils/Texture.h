@@ -31,10 +31,13 @@ class Texture {
     /// keeps what it draws. The next glName() uploads what it holds then.
     void setPainted(const platform::Surface& memory, std::shared_ptr<const void> owner);
     /// GL draws into it: the GL texture is what there is, with colours multiplied by alpha.
-    GLTexture& setDrawnByGL();
+    GLTexture& setDrawnByGL(int width, int height);
     void clear() { *this = Texture(); }
 
     bool isEmpty() const { return levels_.empty() && !gl_; }
+    /// Of the largest picture, pixels; known wherever it is.
+    int width() const { return width_; }
+    int height() const { return height_; }
     bool isOpaque() const { return isOpaque_; }
     /// Shows one picture for as long as its memory lives: no film and nothing painted.
     bool isStill() const { return isStill_; }
@@ -57,6 +60,7 @@ class Texture {
     std::vector<platform::Surface> levels_;
     std::shared_ptr<const void> owner_;
     bool isOpaque_ = false, isPremultiplied_ = true, isStill_ = false;
+    int width_ = 0, height_ = 0;
     GLTexture gl_;
     int glWidth_ = 0, glHeight_ = 0;  ///< of a GL texture with one level, for updates in place
     bool isStale_ = false;            ///< GL does not have what is in memory
