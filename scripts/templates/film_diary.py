@@ -15,7 +15,7 @@ STEP = 440  # from one of its frames to the next
 
 
 def build(root):
-    template = Template(root, "film-diary", 2000, ("Film Diary", "胶片日记", "フィルム日記"))
+    template = Template(root, "film-diary", 2100, ("Film Diary", "胶片日记", "フィルム日記"))
     template.inputs = [
         text_input("title", 20, 2, ("Title", "标题", "タイトル")),
         text_input("date", 14, 1, ("Date", "日期", "日付")),

@@ -39,6 +39,8 @@ void drawOverAll(Shader& shader) {
 }  // namespace
 
 Texture& GLFilters::filtered(Texture& texture, const FilterChain& chain, bool isUpsideDown) {
+    constexpr size_t mostKept = 24;
+    if (targets_.size() > mostKept) targets_.clear();
     isUpsideDown_ = isUpsideDown;
     for (const GLenum test : {GL_BLEND, GL_DEPTH_TEST, GL_SCISSOR_TEST, GL_CULL_FACE}) glDisable(test);
     const FilteredSize size = filteredSize(texture.width(), texture.height(), chain.pictureSize);
@@ -85,8 +87,6 @@ std::shared_ptr<Shader> GLFilters::step(const std::string& name, const std::vect
 // --- drawing -------------------------------------------------------------------------------------------
 
 QVFrameBufferToTexture& GLFilters::nextTarget(Use use, const FilteredSize& size) {
-    constexpr size_t most = 32;
-    if (targets_.size() > most) targets_.clear();
     turns_[use] ^= 1;
     auto& target = targets_[{use, turns_[use], size.width, size.height}];
     if (!target) target = std::make_unique<QVFrameBufferToTexture>(size.width, size.height);
