@@ -49,7 +49,7 @@ def sample_inputs(template):
 
 def cover_photo():
     surface, pen = paint.canvas(900, 1600, "#7fc3d8")
-    pen.set_source_surface(samples.portrait(900, 1125), 0, 475)
+    pen.set_source_surface(samples.portrait(1040, 1300), -70, 300)
     pen.paint()
     return surface
 
