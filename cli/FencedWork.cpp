@@ -16,6 +16,7 @@
 #include "other/QVUtil.h"
 #include "platform/base/Activity.h"
 #include "platform/base/CurrentError.h"
+#include "platform/base/File.h"
 #include "platform/base/Log.h"
 #include "platform/base/Memory.h"
 #include "platform/base/Paths.h"
@@ -277,8 +278,7 @@ Message FencedWork::answerTo(const Message& request, const Answer& answer) {
 
 /// What killed installations left is put right first. A catalogue that is not there is not made.
 std::string FencedWork::copyOfCatalogue() {
-    std::error_code failure;
-    if (!fs::exists(QVDataManager::databasePath(), failure)) return {};
+    if (!platform::isThere(QVDataManager::databasePath())) return {};
     if (++copies_ > kMostCopies) throw Error(ErrorKind::Failed, "the catalogue is asked for too often");
     if (!catalogue_) catalogue_ = openCatalogue();
     return catalogue_->image();

@@ -38,6 +38,7 @@ class TemplatesInstallCommand : public Command {
             const JobFolder job;
             install(fenced, job);
         } catch (const Error& failure) {
+            if (isUnsettled(failure)) throw;
             throw nothingInstalled(failure);
         }
         return 0;

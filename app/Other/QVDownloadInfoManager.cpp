@@ -113,8 +113,7 @@ std::optional<double> QVDownloadInfoManager::ageOfInfo() const {
 }
 
 Value QVDownloadInfoManager::info() const {
-    std::error_code ignored;
-    if (!fs::exists(saveInfoPath(), ignored)) return {};
+    if (!platform::isThere(saveInfoPath())) return {};
     return platform::readPropertyList(saveInfoPath(), ErrorKind::Failed);
 }
 

@@ -14,6 +14,7 @@
 #include "platform/base/CurrentError.h"
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
+#include "platform/base/FolderListing.h"
 #include "platform/base/Log.h"
 #include "platform/crypto/Digest.h"
 
@@ -29,6 +30,7 @@ namespace {
 constexpr const char* kStagingPrefix = ".staging-";
 constexpr const char* kArchivePrefix = ".archive-";
 constexpr const char* kDownloadPrefix = ".download-";
+constexpr const char* kUnsettled = "what became of it is settled when the program is started again";
 
 std::string requireName(const std::string& name) {
     if (!isTemplateName(name)) throw Error(ErrorKind::Template, "is no name that a template can have", name);
@@ -84,9 +86,8 @@ std::string nameOfLeftover(const std::string& fileName, const std::string& prefi
 
 void collectLeftovers(const fs::path& folder, const std::string& prefix, const std::string& suffix,
                       std::set<std::string>& names) {
-    std::error_code failure;
-    for (const auto& entry : fs::directory_iterator(folder, failure)) {
-        const std::string name = nameOfLeftover(entry.path().filename().string(), prefix, suffix);
+    for (const fs::path& file : platform::filesIn(folder)) {
+        const std::string name = nameOfLeftover(file.filename().string(), prefix, suffix);
         if (isTemplateName(name)) names.insert(name);
     }
 }
@@ -104,6 +105,8 @@ std::string remarkOnContent(const platform::ZipArchive& archive, const std::stri
 }
 
 }  // namespace
+
+bool isUnsettled(const Error& failure) { return failure.message().ends_with(kUnsettled); }
 
 TemplateInstallation::TemplateInstallation(QVDataManager& catalogue, const std::string& name,
                                            InstallOptions options)
@@ -309,10 +312,7 @@ void TemplateInstallation::undo(const Error& failure) {
     try {
         recoverThis();
     } catch (const Error&) {
-        throw UnsettledChange(
-            failure.kind(),
-            failure.message() + "; what became of " + name_ + " is settled when the program is started again",
-            failure.file(), failure.key());
+        throw Error(failure.kind(), failure.message() + "; " + kUnsettled, failure.file(), failure.key());
     }
 }
 

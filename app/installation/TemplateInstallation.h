@@ -26,12 +26,10 @@ struct InstallResult {
     std::string remark;         ///< why nothing was installed
 };
 
-/// A change that could be neither made nor undone, as when a disk fails for good in the midst of it. Which of
-/// the two it is turns out when recover() succeeds; the template is whole then in either case.
-class UnsettledChange : public platform::Error {
-  public:
-    using Error::Error;
-};
+/// Whether a change could be neither made nor undone, as when a disk fails for good in the midst of it. Which
+/// of the two it is turns out when recover() succeeds; the template is whole then in either case. Told by the
+/// words, which come from other processes too.
+bool isUnsettled(const platform::Error& failure);
 
 struct InstallOptions {
     bool replace = false;  ///< an installed template of the same name makes way

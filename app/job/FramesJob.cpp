@@ -12,6 +12,7 @@
 #include "app/job/OutputFile.h"
 #include "output/PictureSink.h"
 #include "platform/base/File.h"
+#include "platform/base/FolderListing.h"
 #include "platform/base/PartFolder.h"
 #include "platform/image/ImageWriter.h"
 
@@ -86,14 +87,11 @@ class PictureFiles {
 
 /// Regular files alone: what else lies there was not made by writeFrames().
 std::set<std::string> picturesIn(const fs::path& folder) {
-    std::error_code failure;
     std::set<std::string> names;
-    for (auto entry = fs::directory_iterator(folder, failure); !failure && entry != fs::end(entry);
-         entry.increment(failure))
-        if (const std::string name = entry->path().filename().string();
-            isPictureName(name) && fs::is_regular_file(entry->symlink_status()))
+    for (const fs::path& file : platform::filesIn(folder))
+        if (const std::string name = file.filename().string();
+            isPictureName(name) && fs::is_regular_file(fs::symlink_status(file)))
             names.insert(name);
-    if (failure) throw platform::errnoError(failure.value(), "cannot be read", folder.string());
     return names;
 }
 

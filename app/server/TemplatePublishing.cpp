@@ -1,7 +1,5 @@
 #include "app/server/TemplatePublishing.h"
 
-#include <fcntl.h>
-
 #include <algorithm>
 #include <set>
 #include <sstream>
@@ -12,6 +10,8 @@
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
 #include "platform/base/FileGate.h"
+#include "platform/base/FolderListing.h"
+#include "platform/base/Log.h"
 #include "platform/base/PartFile.h"
 #include "platform/base/PartFolder.h"
 #include "platform/base/PropertyList.h"
@@ -53,20 +53,19 @@ constexpr const char *kConfigurationFolder = "severConfig", *kConfiguration = "i
 constexpr const char* kKept = "versions";
 
 std::vector<fs::path> plainFoldersIn(const fs::path& folder) {
-    std::vector<fs::path> found;
-    std::error_code failure;
-    for (const auto& entry : fs::directory_iterator(folder, failure))
-        if (entry.symlink_status(failure).type() == fs::file_type::directory) found.push_back(entry.path());
+    std::vector<fs::path> found = platform::filesIn(folder);
+    std::erase_if(found, [](const fs::path& each) {
+        return fs::symlink_status(each).type() != fs::file_type::directory;
+    });
     return found;
 }
 
 /// The template's plain files in the folder of a version.
 std::vector<fs::path> filesOf(const std::string& name, const fs::path& version) {
-    std::vector<fs::path> found;
-    std::error_code failure;
-    for (const auto& entry : fs::directory_iterator(version, failure))
-        if (entry.path().stem() == name && entry.symlink_status(failure).type() == fs::file_type::regular)
-            found.push_back(entry.path());
+    std::vector<fs::path> found = platform::filesIn(version);
+    std::erase_if(found, [&](const fs::path& each) {
+        return each.stem() != name || fs::symlink_status(each).type() != fs::file_type::regular;
+    });
     return found;
 }
 
@@ -82,7 +81,7 @@ std::set<std::string> keptVersions(const fs::path& stage) {
 /// Those who have fetched the list of before still find what it names. Templates that are packed alike share
 /// a folder.
 void removeOtherVersionsThan(const std::set<std::string>& versions, const fs::path& serverFolder,
-                             const std::string& name) {
+                             const std::string& name) try {
     std::error_code ignored;
     for (const char* subfolder : {kArchives, kThumbnails, kPreviews})
         for (const fs::path& version : plainFoldersIn(serverFolder / subfolder)) {
@@ -90,6 +89,9 @@ void removeOtherVersionsThan(const std::set<std::string>& versions, const fs::pa
             for (const fs::path& file : filesOf(name, version)) fs::remove(file, ignored);
             fs::remove(version, ignored);
         }
+} catch (const std::exception& failure) {
+    // The list is there: what is left goes the next time.
+    platform::log::info(std::string("older versions stay: ") + failure.what());
 }
 
 /// What is added to a server's folder for one template.
@@ -105,11 +107,10 @@ class Publication {
     void run() {
         const fs::path packed = stage_ / (folder_.name + ".zip");
         platform::createFolders(stage_);
-        packTemplate(folder_.folder, packed, options_.judge, options_.minVersion);
+        const uint64_t bytes = packTemplate(folder_.folder, packed, options_.judge, options_.minVersion);
         const std::string digest = platform::fileDigest(packed);
         version_ = versionOf(digest);
-        const double size =
-            static_cast<double>(platform::openFile(packed, O_RDONLY).size()) / kBytesPerMegabyte;
+        const double size = static_cast<double>(bytes) / kBytesPerMegabyte;
         const std::string archive = place(kArchives, ".zip");
         platform::moveFile(packed, stage_ / archive);
         Value::Dictionary entry{{"templateUrl", url(archive)}, {"templateSize", size}};
@@ -224,19 +225,22 @@ void stageTemplate(const fs::path& folder, const fs::path& serverFolder, const f
 }
 
 void publishStaged(const fs::path& stage, const fs::path& serverFolder, const std::string& name) {
-    platform::removeAbandonedParts(serverFolder);
+    const std::set<std::string> kept = keptVersions(stage);
+    const fs::path lists = serverFolder / kConfigurationFolder;
+    for (const fs::path& folder : {serverFolder, lists}) platform::removeAbandonedParts(folder);
     for (const char* subfolder : {kArchives, kPreviews, kThumbnails})
         for (const fs::path& version : plainFoldersIn(stage / subfolder))
             for (const fs::path& file : filesOf(name, version)) {
                 const fs::path place = serverFolder / subfolder / version.filename();
                 platform::createFolders(place);
+                platform::removeAbandonedParts(place);
                 platform::moveFile(file, place / file.filename());
             }
     // The list last: what it names is there.
-    platform::createFolders(serverFolder / kConfigurationFolder);
+    platform::createFolders(lists);
     for (const fs::path& list : filesOf(fs::path(kConfiguration).stem(), stage / kConfigurationFolder))
-        platform::moveFile(list, serverFolder / kConfigurationFolder / kConfiguration);
-    removeOtherVersionsThan(keptVersions(stage), serverFolder, name);
+        platform::moveFile(list, lists / kConfiguration);
+    removeOtherVersionsThan(kept, serverFolder, name);
 }
 
 void publishTemplate(const fs::path& folder, const fs::path& serverFolder, const PublishOptions& options) {

@@ -29,6 +29,7 @@ constexpr int leastBorder = 2;
 struct Piece {
     int x = 0, y = 0, width = 0, height = 0;
     double left = 0, top = 0;
+    double unitsPerPixel = 0;
 };
 
 using Group = std::span<const GlyphPlacement>;
@@ -77,7 +78,6 @@ class FlatGlyphMaker {
           groups_(groups),
           passes_(passes),
           pixelsPerEm_(pixelsPerEm),
-          unitsPerPixel_(double(ShapedText::em) / pixelsPerEm),
           smallest_(pixelsPerEm / leastResolution),
           atlas_(smallest_) {}
 
@@ -100,16 +100,31 @@ class FlatGlyphMaker {
         return text_.isColored(group[0].glyph) ? pass.takesColored : pass.takesLetters;
     }
 
+    /// What is blurred needs fewer pixels.
+    int resolutionOf(const GlyphLook& look) const {
+        constexpr double enough = 6;  // pixels over which an edge fades
+        int resolution = pixelsPerEm_;
+        while (resolution > leastResolution && look.blurRadius * resolution > 2 * enough * ShapedText::em)
+            resolution /= 2;
+        return resolution;
+    }
+
     bool load(size_t pass, const Group& letters) {
         const auto [piece, isNew] = pieces_.try_emplace(Picture{pass, formOf(letters)});
         if (!isNew) return piece->second.has_value();
+        const int resolution = resolutionOf(passes_[pass].look);
         const GlyphPicture picture =
-            text_.picture(letters, pixelsPerEm_, passes_[pass].look, leastBorder * smallest_);
+            text_.picture(letters, resolution, passes_[pass].look, leastBorder * smallest_);
         if (picture.bitmap.isEmpty())
             piece->second = Piece{};
         else if (const auto at = atlas_.add(picture.bitmap))
-            piece->second =
-                Piece{at->x, at->y, picture.bitmap.width, picture.bitmap.height, picture.left, picture.top};
+            piece->second = Piece{at->x,
+                                  at->y,
+                                  picture.bitmap.width,
+                                  picture.bitmap.height,
+                                  picture.left,
+                                  picture.top,
+                                  double(ShapedText::em) / resolution};
         return piece->second.has_value();
     }
 
@@ -131,8 +146,8 @@ class FlatGlyphMaker {
     void addCorners(const Piece& piece, const Pass& pass, const GlyphPlacement& at,
                     std::vector<LetterVertex>& corners) const {
         const auto corner = [&](int right, int down) {
-            return LetterVertex{float(at.x + pass.right + (piece.left + right) * unitsPerPixel_),
-                                float(at.y - pass.down + (piece.top - down) * unitsPerPixel_),
+            return LetterVertex{float(at.x + pass.right + (piece.left + right) * piece.unitsPerPixel),
+                                float(at.y - pass.down + (piece.top - down) * piece.unitsPerPixel),
                                 0,
                                 0,
                                 0,
@@ -150,7 +165,6 @@ class FlatGlyphMaker {
     const std::vector<Group>& groups_;
     const std::vector<Pass>& passes_;
     int pixelsPerEm_;
-    double unitsPerPixel_;
     int smallest_;  ///< how many pixels become one in the smallest picture of the atlas
     GlyphAtlas atlas_;
     std::map<Picture, std::optional<Piece>> pieces_;  ///< none: there was no room

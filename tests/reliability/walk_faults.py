@@ -130,10 +130,8 @@ class Walk:
         self.names = self.before.keys() | self.after.keys() | {place, place + "jobs/", place + "jobs/.lock"}
 
     def points(self):
-        for label in self.calls:
-            if self.options.at and label not in self.options.at:
-                continue
-            for kind in self.options.faults:
+        for kind in self.options.faults:
+            for label in self.options.at or self.calls:
                 if label.split(" ", 1)[0] in FAULTS[kind][0]:
                     yield label, kind
 
@@ -141,11 +139,16 @@ class Walk:
         slot = self.slots.get()
         try:
             for fault in self.faults_of(slot, point):
-                self.violations.append((point, fault))
+                self.tell(point, fault)
         except subprocess.TimeoutExpired:
-            self.violations.append((point, "does not end"))
+            self.tell(point, "does not end")
         finally:
             self.slots.put(slot)
+
+    def tell(self, point, fault):
+        self.violations.append(point)
+        print(f"{self.name}: {point[1]} at \"{point[0]}\": {fault}", flush=True,
+              file=sys.stderr if self.options.rows else sys.stdout)
 
     def faults_of(self, slot, point):
         label, kind = point
@@ -273,8 +276,6 @@ def main():
                     continue
                 points = walk.run(pool)
                 print(f"{walk.name}: {points} walks, {time.monotonic() - start:.0f} s", file=sys.stderr)
-                for (label, kind), fault in walk.violations:
-                    print(f"{walk.name}: {kind} at \"{label}\": {fault}", file=sys.stderr if options.rows else sys.stdout)
     if options.rows:
         print("\n".join(row(walk) for walk in walks))
     elif not options.list:

@@ -36,23 +36,33 @@ def quad(texture):
             "QuadInfo": {"modelWidth": 16, "modelHeight": 16}}
 
 
-def write_template(parent, rgb, name="small", number=7):
-    """A template of 16 x 16 pixels and three frames: a picture of that colour, a photo and a text."""
+def photo_and_text():
+    """The inputs of a template, and the nodes that show them."""
+    return ([{"userInputType": 0, "renderMapKey": "title", "maxLenght": 5, "maxLine": 1},
+             {"userInputType": 1, "renderMapKey": "photo", "aspectWidth": 1, "aspectHeight": 1}],
+            [quad({"textureType": "image", "texture": "photo"}),
+             quad({"textureType": "text2d", "textString": "title", "fontSize": 8, "textColor": "1,1,1,1",
+                   "textFixedResolution": "16,16"})])
+
+
+def film():
+    return ([{"userInputType": 3, "renderMapKey": "clip"}],
+            [quad({"textureType": "mp4Video", "texture": "clip", "videoFps": 10})])
+
+
+def write_template(parent, rgb, name="small", number=7, content=photo_and_text):
+    """A template of 16 x 16 pixels and three frames: a picture of that colour, and what a user gives."""
     folder = parent / name
     folder.mkdir(parents=True)
     root = f"$(multiSceneSceneROOT)/{name}/"
-    inputs = [{"userInputType": 0, "renderMapKey": "title", "maxLenght": 5, "maxLine": 1},
-              {"userInputType": 1, "renderMapKey": "photo", "aspectWidth": 1, "aspectHeight": 1}]
+    inputs, nodes = content()
     record = {"sId": number, "eName": name, "scenePlistPath": root + "scene.plist", "sceneResourceFolderPath": root,
               "fpsLength": 3, "sourceType": 1,
               "wechartTempletInfo": {"mediaSize": "16,16", "videoFrameRate": 10, "userInputArray": inputs}}
     scene = {"Camera": {"type": "QVOrthCamera", "OrthWidth": 16},
              "TimeSource": {"type": "QVNullVideoTimeSource", "NullVideoInfo": {"videoFps": 10, "fpsTotal": 2},
                             "FpsInfo": {"startFps": 0, "endFps": 2}},
-             "object3D": [quad({"textureType": "image", "texture": "$(currentScenePlistROOT)/plain.png"}),
-                          quad({"textureType": "image", "texture": "photo"}),
-                          quad({"textureType": "text2d", "textString": "title", "fontSize": 8, "textColor": "1,1,1,1",
-                                "textFixedResolution": "16,16"})]}
+             "object3D": [quad({"textureType": "image", "texture": "$(currentScenePlistROOT)/plain.png"}), *nodes]}
     (folder / f"{name}.plist").write_bytes(plistlib.dumps({"installScenes": [record]}))
     (folder / "scene.plist").write_bytes(plistlib.dumps(scene))
     write_png(folder / "plain.png", rgb)
@@ -254,6 +264,26 @@ class Make(Video):
         return ["make", *self.inputs(root), "--music", str(root / "in/music.wav"), "-o", str(root / "out/video.mp4")]
 
 
+class Film(Video):
+    """An installed template with a film of the user's."""
+
+    name = "film"
+
+    def prepare(self, root, run):
+        folder = write_template(root / "in", (200, 0, 0))
+        for each in ("old", "new"):
+            run("make", str(folder), "--text", "title=" + each, "-o", str(root / f"in/{each}.mp4"))
+        shutil.rmtree(folder)
+        folder = write_template(root / "in", (0, 0, 200), "shown", 8, film)
+        run("template", "pack", str(folder), "-o", str(root / "in/shown.zip"))
+        shutil.rmtree(folder)
+        run("templates", "install", str(root / "in/shown.zip"))
+        run(*(word.replace("new.mp4", "old.mp4") for word in self.words(root)))
+
+    def words(self, root):
+        return ["make", "shown", "--video", f"clip={root}/in/new.mp4", "-o", str(root / "out/video.mp4")]
+
+
 class Frames(Video):
     name = "frames"
 
@@ -273,4 +303,4 @@ class Frames(Video):
         return super().state(found, before, after, unsettled)
 
 
-WORLDS = [Install(), Replace(), Remove(), Pack(), Publish(), Make(), Frames()]
+WORLDS = [Install(), Replace(), Remove(), Pack(), Publish(), Make(), Film(), Frames()]
