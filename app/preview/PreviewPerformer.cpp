@@ -17,8 +17,8 @@ using platform::Message;
 
 namespace {
 
-constexpr double kSoundPatience = 2;     // seconds to wait for the score before silence is better
-constexpr double kSignInterval = 1;      // seconds: who waits for the window is alive
+constexpr double kSoundPatience = 2;  // seconds that are waited for a score in all; then what is known sounds
+constexpr double kSignInterval = 1;   // seconds: who waits for the window is alive
 constexpr size_t kMostText = 16 * 1024;  // bytes of what is wrong
 
 /// Keeps what there is to say about a template.
@@ -207,13 +207,24 @@ std::optional<PreviewPerformer::Sounding> PreviewPerformer::soundingNow() {
     return sounding_;
 }
 
+/// On a machine that is too busy to find out in time what sounds, late effects are better than gaps.
+void PreviewPerformer::waitFor(SoundScore& score, int64_t frame) {
+    if (awaited_ != &score) {
+        awaited_ = &score;
+        patience_ = kSoundPatience;
+    }
+    const double start = platform::monotonicSeconds();
+    if (patience_ > 0) score.waitUntilKnown(frame, patience_);
+    patience_ -= platform::monotonicSeconds() - start;
+}
+
 /// Always answers, with silence where nothing is known.
 void PreviewPerformer::giveSound(int64_t from, int64_t count) {
     std::vector<float> samples(static_cast<size_t>(count) * platform::kAudioChannels);
     if (const auto sounding = soundingNow()) {
         const int64_t lastFrame = (from + count) * sounding->framesPerSecond / platform::kAudioSampleRate + 1;
         sounding->score->start();
-        sounding->score->waitUntilKnown(lastFrame, kSoundPatience);
+        waitFor(*sounding->score, lastFrame);
         try {
             sounding->player->seek(from);
             sounding->player->read(samples.data(), count);

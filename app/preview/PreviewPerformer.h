@@ -46,6 +46,7 @@ class PreviewPerformer {
     void tellShown(const PictureRequest& request, bool isShown, double milliseconds);
     void startSound();
     void giveSound(int64_t from, int64_t count);
+    void waitFor(SoundScore& score, int64_t frame);
     std::optional<Sounding> soundingNow();
 
     platform::Channel& window_;
@@ -63,6 +64,9 @@ class PreviewPerformer {
     std::optional<PictureRequest> asked_;
     std::optional<Sounding> sounding_, coming_;
     double signedAt_ = 0;
+
+    const SoundScore* awaited_ = nullptr;  // the sound queue's, as is
+    double patience_ = 0;                  // what is left of it for this score, in seconds
 
     platform::DispatchQueue sound_{"preview sound"};
     std::thread listener_;
