@@ -7,7 +7,6 @@ namespace multiscene::test {
 
 namespace fs = std::filesystem;
 using platform::Value;
-using ::testing::AllOf;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
@@ -63,15 +62,21 @@ class HostileInputTest : public ProgramTest {
         return folder.file(name);
     }
 
-    void expectRefused(const std::vector<std::string>& words, int code, const std::string& file) const {
+    /// Within five seconds and a gibibyte, and nothing of the work is left.
+    Result bounded(const std::vector<std::string>& words) const {
         const double start = platform::monotonicSeconds();
         const Result result = multiscene(words);
+        EXPECT_LT(platform::monotonicSeconds() - start, 5);
+        EXPECT_LT(result.peakKilobytes, 1 << 20);
+        EXPECT_THAT(leftBehind(), IsEmpty());
+        return result;
+    }
+
+    void expectRefused(const std::vector<std::string>& words, int code, const std::string& file) const {
+        const Result result = bounded(words);
         EXPECT_EQ(result.exitCode, code) << file << result.errors << result.output;
         EXPECT_THAT(result.output + result.errors, HasSubstr(fs::path(file).filename().string()));
         EXPECT_LE(result.errorLines().size(), 1u) << result.errors;
-        EXPECT_LT(platform::monotonicSeconds() - start, 5) << file;
-        EXPECT_LT(result.peakKilobytes, 1 << 20) << file;
-        EXPECT_THAT(leftBehind(), IsEmpty()) << file;
         EXPECT_THAT(filesNamed("out."), IsEmpty()) << file;
     }
 };
@@ -93,8 +98,8 @@ TEST_F(HostileInputTest, PicturesAreRefusedAsPhotosAndInTemplates) {
         {"film.heic",
          bigEndian(24) + "ftypheic" + bigEndian(0) + "mif1heic" + bigEndian(0x7fffffff) + "meta"},
     };
-    const fs::path path = SmallTemplate().write(folder.path());
     for (const auto& [name, bytes] : pictures) {
+        const fs::path path = SmallTemplate().write(folder.path());
         const std::string photo = written(name, bytes);
         expectRefused({"make", path, "--photo", "photo=" + photo, "-o", folder.file("out.mp4")}, 4, photo);
         fs::copy_file(photo, path / "red.png", fs::copy_options::overwrite_existing);
@@ -102,12 +107,17 @@ TEST_F(HostileInputTest, PicturesAreRefusedAsPhotosAndInTemplates) {
     }
 }
 
-TEST_F(HostileInputTest, FilmsAreRefused) {
+/// What a damaged film holds is shown.
+TEST_F(HostileInputTest, FilmsThatLieEndSoon) {
     const fs::path film = folder.path() / "film.mp4";
     writeVideo(film, 12, 30);
     SmallTemplate small;
-    small.clock = {
-        {"VideoInfo", Value::Dictionary{{"msaterVideoPath", "$(currentScenePlistROOT)/film.mp4"}}}};
+    small.clock = {{"type", "QVSingleVideoTimeSource"},
+                   {"VideoInfo", Value::Dictionary{{"msaterVideoPath", "$(currentScenePlistROOT)/film.mp4"},
+                                                   {"videoFps", 30}}},
+                   {"QuadInfo", Value::Dictionary{{"modelWidth", 64}, {"modelHeight", 96}}},
+                   {"FpsInfo", Value::Dictionary{{"startFps", 0}, {"endFps", 11}}}};
+    small.record["fpsLength"] = 12;
     const fs::path path = small.write(folder.path());
     const std::pair<const char*, std::string> films[] = {
         {"gap", lying(film, "stts", 16, 0x7fffffff)},       // how long a picture lasts
@@ -118,7 +128,10 @@ TEST_F(HostileInputTest, FilmsAreRefused) {
     for (const auto& [name, bytes] : films) {
         std::ofstream(path / "film.mp4", std::ios::binary) << bytes;
         SCOPED_TRACE(name);
-        expectRefused({"make", path, "-o", folder.file("out.mp4")}, 3, "film.mp4");
+        const int code = bounded({"make", path, "-o", folder.file("out.mp4")}).exitCode;
+        EXPECT_TRUE(code == 0 || code == 3) << code;
+        EXPECT_EQ(filesNamed("out.").size(), code == 0 ? 1u : 0u);
+        fs::remove(folder.path() / "out.mp4");
     }
 }
 
@@ -133,7 +146,7 @@ TEST_F(HostileInputTest, FilesInAnArchiveAreNamedByIt) {
     const std::string named = folder.file("small.zip") + "/small/scene.plist: object3D[0]";
     EXPECT_THAT(multiscene({"check", folder.file("small.zip")}).output, HasSubstr(named));
     const Result made = multiscene({"make", folder.file("small.zip"), "-o", folder.file("out.mp4")});
-    EXPECT_THAT(made.errors, AllOf(HasSubstr(named), HasSubstr("small.zip/small/red.png")));
+    EXPECT_THAT(made.errors, HasSubstr(named));
 }
 
 }  // namespace multiscene::test
