@@ -86,7 +86,7 @@ void copyAlpha(const AVFrame& picture, PixelBuffer& target) {
 }
 
 // Planes of brightness and colour, with alpha in a fourth one or nothing else, in the samples that
-// YuvConverter takes.
+// yuvToPixels() takes.
 std::optional<YuvPicture> planesOf(const AVFrame& picture) {
     const AVPixFmtDescriptor* format = av_pix_fmt_desc_get(static_cast<AVPixelFormat>(picture.format));
     constexpr uint64_t kOther = AV_PIX_FMT_FLAG_RGB | AV_PIX_FMT_FLAG_BE | AV_PIX_FMT_FLAG_HWACCEL |
@@ -121,22 +121,39 @@ PictureConverter::~PictureConverter() = default;
 
 void PictureConverter::FreeScaler::operator()(SwsContext* scaler) const { sws_freeContext(scaler); }
 
-bool PictureConverter::convert(const AVFrame& picture, PixelBuffer& target) {
-    const ffmpeg::Frame part = cropped(picture);
-    convertUpright(part ? *part : picture, target);
-    if (!hasAlpha(picture) || isOpaque(target)) return true;
-    if (settings_.premultipliesAlpha) premultiply(target);
-    return false;
+std::shared_ptr<const FilmPicture> PictureConverter::convert(const AVFrame& picture) {
+    ffmpeg::Frame shown = cropped(picture);
+    if (!shown) shown = another(picture);
+    if (settings_.orientation.isUpright() && !hasAlpha(*shown))
+        if (const auto planes = planesOf(*shown)) return inPlanes(*planes, std::move(shown));
+    PixelBufferPool::Pointer pixels = pool_.take(0, 0);
+    convertUpright(*shown, *pixels);
+    const bool opaque = !hasAlpha(*shown) || isOpaque(*pixels);
+    if (!opaque && settings_.premultipliesAlpha) premultiply(*pixels);
+    return std::make_shared<FilmPicture>(std::move(pixels), opaque);
 }
 
-/// Another view of the picture's memory; none when all of it is wanted.
+std::shared_ptr<const FilmPicture> PictureConverter::inPlanes(const YuvPicture& planes,
+                                                              std::shared_ptr<const AVFrame> owner) {
+    auto film = std::make_shared<FilmPicture>(planes, std::move(owner), pool_, wishes_);
+    if (wishes_->wantsPixels()) film->makePixels();
+    return film;
+}
+
+/// Another view of the picture's memory, which it keeps.
+ffmpeg::Frame PictureConverter::another(const AVFrame& picture) {
+    ffmpeg::Frame view = ffmpeg::newFrame();
+    ffmpeg::check(av_frame_ref(view.get(), &picture), "a picture cannot be kept", {});
+    return view;
+}
+
+/// None when all of the picture is wanted.
 ffmpeg::Frame PictureConverter::cropped(const AVFrame& picture) const {
     PictureShape shape = settings_.shape;
     if (settings_.orientation.swapsSides()) std::swap(shape.width, shape.height);
     const CropSize size = cropSize(picture.width, picture.height, shape);
     if (size.width == picture.width && size.height == picture.height) return nullptr;
-    ffmpeg::Frame part = ffmpeg::newFrame();
-    ffmpeg::check(av_frame_ref(part.get(), &picture), "a picture cannot be cropped", {});
+    ffmpeg::Frame part = another(picture);
     // The size of the whole decides what colours without a name are.
     if (matrixOf(picture) == YuvMatrix::BT709) part->colorspace = AVCOL_SPC_BT709;
     if (matrixOf(picture) == YuvMatrix::BT601) part->colorspace = AVCOL_SPC_SMPTE170M;
@@ -161,7 +178,7 @@ void PictureConverter::convertUpright(const AVFrame& picture, PixelBuffer& targe
 void PictureConverter::convertStored(const AVFrame& picture, PixelBuffer& target) {
     const auto planes = planesOf(picture);
     if (!planes) return convertAny(picture, target);
-    yuv_.convert(*planes, target);
+    yuvToPixels(*planes, target);
     if (hasAlpha(picture)) copyAlpha(picture, target);
 }
 

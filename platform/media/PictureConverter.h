@@ -1,4 +1,4 @@
-// Private to platform/media: decoded pictures of any pixel format to upright BGRA.
+// Private to platform/media: decoded pictures of any pixel format, upright and in the wanted shape.
 #pragma once
 
 #include <memory>
@@ -7,7 +7,7 @@
 #include "platform/media/Ffmpeg.h"
 #include "platform/media/Orientation.h"
 #include "platform/media/PixelBuffer.h"
-#include "platform/pixels/FromYuv.h"
+#include "platform/pixels/FilmPicture.h"
 
 struct SwsContext;
 
@@ -26,13 +26,16 @@ class PictureConverter {
     explicit PictureConverter(const Settings& settings);
     ~PictureConverter();
 
-    /// Sets the size of `target` and fills it. Whether alpha is 255 everywhere. Throws Error when the pixel
-    /// format cannot be converted.
-    bool convert(const AVFrame& picture, PixelBuffer& target);
+    /// Planes are kept as they are where that is possible; their pixels are made ahead as soon as somebody
+    /// has wanted those of an earlier picture. Throws Error when the pixel format cannot be converted.
+    std::shared_ptr<const FilmPicture> convert(const AVFrame& picture);
 
   private:
     void convertUpright(const AVFrame& picture, PixelBuffer& target);
     ffmpeg::Frame cropped(const AVFrame& picture) const;
+    static ffmpeg::Frame another(const AVFrame& picture);
+    std::shared_ptr<const FilmPicture> inPlanes(const YuvPicture& planes,
+                                                std::shared_ptr<const AVFrame> owner);
     void convertStored(const AVFrame& picture, PixelBuffer& target);
     void convertAny(const AVFrame& picture, PixelBuffer& target);
 
@@ -41,7 +44,8 @@ class PictureConverter {
     };
     const Settings settings_;
     PixelBuffer stored_;  ///< only for pictures that have to be turned
-    YuvConverter yuv_;
+    PixelBufferPool pool_;
+    std::shared_ptr<FilmWishes> wishes_ = std::make_shared<FilmWishes>();
     std::unique_ptr<SwsContext, FreeScaler> scaler_;  ///< for what is not planar
 };
 

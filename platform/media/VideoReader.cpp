@@ -95,9 +95,7 @@ class VideoReader::Implementation {
 
     VideoFrame converted(const AVFrame& picture, const CMTime& time) {
         return timed(counters.convertSeconds, [&] {
-            PixelBufferPool::Pointer pixels = pool.take(0, 0);
-            const bool isOpaque = converter.convert(picture, *pixels);
-            return VideoFrame{std::move(pixels), time, isOpaque};
+            return VideoFrame{converter.convert(picture), time};
         });
     }
 
@@ -115,7 +113,6 @@ class VideoReader::Implementation {
     const Settings settings;
     PictureConverter converter;
     VideoInfo info;
-    PixelBufferPool pool;
     BoundedQueue<VideoFrame> queue;
     mutable std::mutex mutex;
     std::optional<Error> failure;

@@ -10,19 +10,17 @@
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
 #include "platform/media/Crop.h"
-#include "platform/media/PixelBuffer.h"
 #include "platform/media/VideoInfo.h"
+#include "platform/pixels/FilmPicture.h"
 
 namespace platform {
 
 /// One decoded picture: upright (rotation and mirroring of the file applied), top row first. Its size may
-/// change within a film. The buffer goes back to the reader's pool when the last frame that shows it is
-/// destroyed.
+/// change within a film. Its memory goes back to the reader when the last frame that shows it is destroyed.
 struct VideoFrame {
-    std::shared_ptr<const PixelBuffer> pixels;
+    std::shared_ptr<const FilmPicture> pixels;
     /// Exact, counted from the first picture of the file, which has 0.
     CMTime time;
-    bool isOpaque = true;  ///< alpha is 255 everywhere
 };
 
 struct VideoReaderSettings {

@@ -1,6 +1,7 @@
 #include "platform/pixels/FromYuv.h"
 
 #include <algorithm>
+#include <array>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "platform/pixels/FromYuv.cpp"
@@ -24,9 +25,13 @@ struct RgbWeights {
     int16_t blue;       // of blueness in blue
 };
 
-// Rows of work space; `mixed` can be read one sample before and after the row.
+// Rows are converted in parts of so many pixels.
+constexpr int kPart = 1024;
+
+// A part of a row of samples, on the way. `mixed` can be read and written one sample before and after.
 struct Space {
-    uint16_t *mixed, *blueness, *redness;
+    uint16_t before[kPart + 4], blueness[kPart + 2], redness[kPart + 2];
+    uint16_t* mixed() { return before + 1; }
 };
 
 // The samples of a colour row lie 16 times an 8-bit sample apart, so this is grey.
@@ -183,38 +188,49 @@ const Sample* rowOf(const YuvPicture& picture, size_t plane, int y) {
     return reinterpret_cast<const Sample*>(picture.planes[plane] + y * picture.strides[plane]);
 }
 
-// One row of a colour plane, as wide as the picture, its samples 16 times 8-bit ones.
+// What of a colour plane's row lies at the pixels from `from` on, the first of them even where colours are
+// halved; its samples 16 times 8-bit ones.
 template <class Sample>
-void chromaRow(const YuvPicture& picture, size_t plane, int y, uint16_t* mixed, uint16_t* row) {
+void chromaRow(const YuvPicture& picture, size_t plane, int y, int from, int to, Space& space,
+               uint16_t* row) {
     const int rows = picture.halfHeight ? (picture.height + 1) / 2 : picture.height;
     const int near = picture.halfHeight ? y / 2 : y;
     const int far = picture.halfHeight ? std::clamp(near + (y % 2 ? 1 : -1), 0, rows - 1) : near;
-    const auto count = static_cast<size_t>(picture.halfWidth ? (picture.width + 1) / 2 : picture.width);
-    Rows::mix(rowOf<Sample>(picture, plane, near), rowOf<Sample>(picture, plane, far), count, mixed);
-    if (!picture.halfWidth) return Rows::scale(mixed, count, picture.depth - 8, row);
-    mixed[-1] = mixed[0];
-    mixed[count] = mixed[count - 1];
-    Rows::widen(mixed, count, picture.depth - 8, row);
+    const Sample *here = rowOf<Sample>(picture, plane, near), *there = rowOf<Sample>(picture, plane, far);
+    uint16_t* const mixed = space.mixed();
+    if (!picture.halfWidth) {
+        const auto count = static_cast<size_t>(to - from);
+        Rows::mix(here + from, there + from, count, mixed);
+        return Rows::scale(mixed, count, picture.depth - 8, row);
+    }
+    const int first = from / 2, end = (to + 1) / 2, samples = (picture.width + 1) / 2;
+    const int left = std::max(first - 1, 0), right = std::min(end + 1, samples);
+    Rows::mix(here + left, there + left, static_cast<size_t>(right - left), mixed + left - first);
+    if (left == first) mixed[-1] = mixed[0];
+    if (right == end) mixed[end - first] = mixed[end - first - 1];
+    Rows::widen(mixed, static_cast<size_t>(end - first), picture.depth - 8, row);
 }
 
 template <class Sample>
-void convertPicture(const YuvPicture& picture, const RgbWeights& weights, const Space& space,
-                    PixelBuffer& target) {
-    for (int y = 0; y < picture.height; ++y) {
-        chromaRow<Sample>(picture, 1, y, space.mixed, space.blueness);
-        chromaRow<Sample>(picture, 2, y, space.mixed, space.redness);
-        Rows::colour(rowOf<Sample>(picture, 0, y), 15 - picture.depth, space.blueness, space.redness,
-                     static_cast<size_t>(picture.width), weights,
-                     target.data() + static_cast<size_t>(y) * target.stride());
-    }
+void convertPart(const YuvPicture& picture, const RgbWeights& weights, int y, int from, int to,
+                 uint8_t* pixels) {
+    Space space;
+    const int even = picture.halfWidth ? from / 2 * 2 : from;
+    chromaRow<Sample>(picture, 1, y, even, to, space, space.blueness);
+    chromaRow<Sample>(picture, 2, y, even, to, space, space.redness);
+    Rows::colour(rowOf<Sample>(picture, 0, y) + from, 15 - picture.depth, space.blueness + (from - even),
+                 space.redness + (from - even), static_cast<size_t>(to - from), weights, pixels);
 }
 
-void convertYuv(const YuvPicture& picture, const RgbWeights& weights, const Space& space,
-                PixelBuffer& target) {
-    if (picture.depth > 8)
-        convertPicture<uint16_t>(picture, weights, space, target);
-    else
-        convertPicture<uint8_t>(picture, weights, space, target);
+void convertRow(const YuvPicture& picture, const RgbWeights& weights, int y, int from, int to,
+                uint8_t* pixels) {
+    for (; from < to; from += kPart, pixels += kPart * 4) {
+        const int end = std::min(from + kPart, to);
+        if (picture.depth > 8)
+            convertPart<uint16_t>(picture, weights, y, from, end, pixels);
+        else
+            convertPart<uint8_t>(picture, weights, y, from, end, pixels);
+    }
 }
 
 }  // namespace platform::HWY_NAMESPACE
@@ -225,14 +241,14 @@ namespace platform {
 
 namespace {
 
-HWY_EXPORT(convertYuv);
+HWY_EXPORT(convertRow);
 
-RgbWeights weightsOf(const YuvPicture& picture) {
-    const auto [red, blue] = brightnessOf(picture.matrix);
+constexpr RgbWeights weightsOf(YuvMatrix matrix, bool fullRange) {
+    const auto [red, blue] = brightnessOf(matrix);
     const double green = 1 - red - blue;
-    const double luma = picture.fullRange ? 1 : 255.0 / 219, chroma = picture.fullRange ? 1 : 255.0 / 224;
+    const double luma = fullRange ? 1 : 255.0 / 219, chroma = fullRange ? 1 : 255.0 / 224;
     const auto quarter = [](double weight) { return static_cast<int16_t>(weight / 4 * 32768 + 0.5); };
-    return {static_cast<int16_t>(picture.fullRange ? 0 : 16 * 128),
+    return {static_cast<int16_t>(fullRange ? 0 : 16 * 128),
             quarter(luma),
             quarter(chroma * 2 * (1 - red)),
             quarter(chroma * 2 * (1 - blue) * blue / green),
@@ -240,16 +256,24 @@ RgbWeights weightsOf(const YuvPicture& picture) {
             quarter(chroma * 2 * (1 - blue))};
 }
 
+constexpr std::array<RgbWeights, 2> bothRanges(YuvMatrix matrix) {
+    return {weightsOf(matrix, false), weightsOf(matrix, true)};
+}
+constexpr std::array<std::array<RgbWeights, 2>, 3> kWeights{
+    bothRanges(YuvMatrix::BT601), bothRanges(YuvMatrix::BT709), bothRanges(YuvMatrix::BT2020)};
+
 }  // namespace
 
-void YuvConverter::convert(const YuvPicture& picture, PixelBuffer& target) {
+void yuvToPixels(const YuvPicture& picture, int row, int from, int to, uint8_t* pixels) {
+    const RgbWeights& weights = kWeights[static_cast<size_t>(picture.matrix)][picture.fullRange];
+    HWY_DYNAMIC_DISPATCH(convertRow)(picture, weights, row, from, to, pixels);
+}
+
+void yuvToPixels(const YuvPicture& picture, PixelBuffer& target) {
     target.resize(picture.width, picture.height);
-    const auto width = static_cast<size_t>(picture.width) + 1;  // halved colours give an even number
-    mixed_.resize(width + 2);
-    blueness_.resize(width);
-    redness_.resize(width);
-    const Space space{mixed_.data() + 1, blueness_.data(), redness_.data()};
-    HWY_DYNAMIC_DISPATCH(convertYuv)(picture, weightsOf(picture), space, target);
+    for (int row = 0; row < picture.height; ++row)
+        yuvToPixels(picture, row, 0, picture.width,
+                    target.data() + static_cast<ptrdiff_t>(row) * target.stride());
 }
 
 }  // namespace platform

@@ -4,7 +4,6 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
-#include <vector>
 
 #include "platform/media/PixelBuffer.h"
 #include "platform/pixels/YuvMatrix.h"
@@ -22,16 +21,13 @@ struct YuvPicture {
     bool fullRange = false;
 };
 
-/// Converts pictures row by row. Halved colours are interpolated between their neighbours (they lie in the
-/// middle of their pixels), which spares keyed edges the stairs. Within 1 of 255 of the exact colour, and the
-/// same bit for bit on every processor. One thread at a time.
-class YuvConverter {
-  public:
-    /// Sets the size of `target` and fills it.
-    void convert(const YuvPicture& picture, PixelBuffer& target);
+// Halved colours are interpolated between their neighbours (they lie in the middle of their pixels), which
+// spares keyed edges the stairs. Within 1 of 255 of the exact colour, and the same bit for bit on every
+// processor, in whatever parts a picture is converted.
 
-  private:
-    std::vector<uint16_t> mixed_, blueness_, redness_;  ///< rows
-};
+/// The whole picture; sets the size of `target`.
+void yuvToPixels(const YuvPicture& picture, PixelBuffer& target);
+/// The pixels of a row from `from` to before `to`, all within the picture.
+void yuvToPixels(const YuvPicture& picture, int row, int from, int to, uint8_t* pixels);
 
 }  // namespace platform

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/pixels/FilmPicture.h"
+
 namespace platform {
 
 namespace {
@@ -227,8 +229,31 @@ void findColours(const QuadPaint& paint, PreparedPaint& prepared) {
                        level(paint.tint[0] * fades), level(opacity)};
     prepared.gradient = paint.gradient;
     prepared.filter = paint.filter;
-    prepared.key = paint.picture.pixels ? paint.key : std::nullopt;
+    prepared.key = !paint.picture.isEmpty() ? paint.key : std::nullopt;
     prepared.hides = hides(paint);
+}
+
+// Each pixel shows one of the picture's and nothing else.
+bool isCopy(const PreparedPaint& paint) {
+    const PlaceMatrix& m = paint.picture.toTexel;
+    const double left = m[2] - 0.5, top = m[5] - 0.5;
+    return paint.hides && !paint.isFaded() && !paint.filter && !paint.perspective && m[0] == 1 && m[1] == 0 &&
+           m[3] == 0 && m[4] == 1 && left == std::floor(left) && top == std::floor(top) &&
+           paint.left + left >= 0 && paint.top + top >= 0 &&
+           paint.right + left <= paint.picture.surface.width &&
+           paint.bottom + top <= paint.picture.surface.height;
+}
+
+void makePixels(Surface& surface) {
+    if (surface.film && !surface.pixels) surface.pixels = surface.film->data();
+}
+
+void takeFilms(PreparedPaint& prepared) {
+    Surface& picture = prepared.picture.surface;
+    prepared.planes =
+        picture.film && !picture.pixels && isCopy(prepared) ? picture.film->planesAlone() : nullptr;
+    if (!prepared.planes) makePixels(picture);
+    if (prepared.mask) makePixels(prepared.mask->picture.surface);
 }
 
 // What is wholly transparent leaves everything as it is.
@@ -262,7 +287,7 @@ bool hides(const QuadPaint& paint) {
     const BlendFunction& blend = paint.blend;
     const bool isOver = (blend.source == BlendFactor::SrcAlpha || blend.source == BlendFactor::One) &&
                         blend.destination == BlendFactor::OneMinusSrcAlpha;
-    const bool isOpaque = (paint.picture.opaque || !paint.picture.pixels) && level(opacityOf(paint)) == 255;
+    const bool isOpaque = (paint.picture.opaque || paint.picture.isEmpty()) && level(opacityOf(paint)) == 255;
     if (!isOver || !isOpaque || paint.mask || paint.gradient || paint.key) return false;
     if (!paint.filter) return true;
     const FilterPaint& filter = *paint.filter;
@@ -281,7 +306,9 @@ bool preparePaint(const QuadPaint& paint, int width, int height, PreparedPaint& 
     findColours(paint, prepared);
     prepared.leavesClear =
         needsOpacity(paint.blend) && !paint.key && !paint.filter && paint.wrap == Wrap::Clamp;
-    return findPlaces(paint, prepared);
+    if (!findPlaces(paint, prepared)) return false;
+    takeFilms(prepared);
+    return true;
 }
 
 }  // namespace platform

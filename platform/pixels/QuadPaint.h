@@ -8,6 +8,7 @@
 #include <span>
 #include <vector>
 
+#include "platform/pixels/FromYuv.h"
 #include "platform/pixels/Surface.h"
 
 namespace platform {
@@ -101,7 +102,7 @@ struct KeyPaint {
 ///
 /// The picture goes through key, filter, tint; mask, gradient, key and `opacity` make it transparent.
 struct QuadPaint {
-    Surface picture;            ///< without pixels: one colour, the tint
+    Surface picture;            ///< empty: one colour, the tint
     bool premultiplied = true;  ///< the picture's colours are multiplied by its alpha
     std::array<PaintCorner, 4> corners;
     int cornerCount = 4;
@@ -152,6 +153,8 @@ struct PreparedMask {
 /// picture known.
 struct PreparedPaint {
     PlacedPicture picture;
+    /// Of a film that is copied pixel by pixel and hides what is under it: what it is copied from.
+    const YuvPicture* planes = nullptr;
     int left = 0, top = 0, right = 0,
         bottom = 0;  ///< pixels that may be touched, right and bottom beyond the last
     /// Convex; opposite edges of a quad are a pair, whose coverages add up, since both may cross one pixel.

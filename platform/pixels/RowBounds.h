@@ -21,9 +21,10 @@ struct RowBounds {
 };
 
 inline void boundBy(const PaintEdge& edge, int row, RowBounds& bounds) {
-    constexpr double kSlack = 1.0 / 64;
+    // Coverage is rounded to 1/255: four smooth edges that miss a pixel's rim by so little cover all of it.
+    constexpr double kSlack = 1.0 / 64, kUnseen = 1.0 / 4096;
     const double rest = static_cast<double>(edge.y) * row + edge.away;
-    const double outer = (edge.smooth ? -0.5 : 0) - kSlack, inner = (edge.smooth ? 0.5 : 0) + kSlack;
+    const double outer = (edge.smooth ? -0.5 : 0) - kSlack, inner = edge.smooth ? 0.5 - kUnseen : kSlack;
     if (std::abs(edge.x) < 1e-6) {
         if (rest < outer) bounds.touched.to = bounds.touched.from;
         if (rest < inner) bounds.inside.to = bounds.inside.from;

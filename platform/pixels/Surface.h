@@ -9,6 +9,7 @@
 namespace platform {
 
 class ClearBlocks;
+class FilmPicture;
 
 /// A picture to paint with.
 struct Surface {
@@ -17,6 +18,9 @@ struct Surface {
     int width = 0, height = 0;
     bool opaque = false;                 ///< alpha is 255 everywhere
     const ClearBlocks* clear = nullptr;  ///< where there is nothing; none: not known
+    const FilmPicture* film = nullptr;   ///< instead of pixels, as long as nobody needs them
+
+    bool isEmpty() const { return !pixels && !film; }
 };
 
 /// A picture to paint on.

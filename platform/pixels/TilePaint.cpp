@@ -127,6 +127,7 @@ class RowPainter {
     void paintInside(int row, const Run& run) {
         if (run.isEmpty()) return;
         const Lookup lookup{origin_, run.from, row, run.to - run.from};
+        if (paint_.planes) return copyFilm(lookup, canvasAt(lookup));
         const uint32_t* front = colours(lookup);
         if (paint_.hides)
             std::memcpy(canvasAt(lookup), front, static_cast<size_t>(lookup.count) * 4);
@@ -136,6 +137,10 @@ class RowPainter {
 
     // What the blend function gets.
     const uint32_t* colours(const Lookup& lookup) {
+        if (paint_.planes) {
+            copyFilm(lookup, colours_.at);
+            return colours_.at;
+        }
         if (isPlain()) {
             const uint32_t* copied = copiedRow(paint_.picture, paint_.perspective, lookup);
             if (copied) return copied;
@@ -146,6 +151,13 @@ class RowPainter {
         if (paint_.isFaded()) fade(paint_.levels, lookup.count, colours_.at);
         if (paint_.hasPixelOpacity()) fadeEach(opacities_.at, paint_.fadesColours, lookup.count, colours_.at);
         return colours_.at;
+    }
+
+    void copyFilm(const Lookup& lookup, uint32_t* pixels) const {
+        const auto& m = paint_.picture.toTexel;
+        const int column = lookup.column + static_cast<int>(m[2] - 0.5);
+        yuvToPixels(*paint_.planes, lookup.row + static_cast<int>(m[5] - 0.5), column, column + lookup.count,
+                    reinterpret_cast<uint8_t*>(pixels));
     }
 
     // The picture's pixels are what is painted.

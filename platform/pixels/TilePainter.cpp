@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <atomic>
 #include <cmath>
+#include <cstring>
 
 #include "platform/pixels/MeshSamples.h"
 #include "platform/pixels/TilePaint.h"
@@ -27,9 +28,13 @@ bool touches(const PreparedPaint& paint, const TileArea& area) {
 }
 
 void fill(const TileArea& area, uint32_t colour, const Canvas& canvas) {
+    const auto bytes = static_cast<size_t>(area.right - area.left) * 4;
     for (int row = area.top; row < area.bottom; ++row) {
-        auto* pixels = reinterpret_cast<uint32_t*>(canvas.pixels + row * canvas.stride);
-        std::fill(pixels + area.left, pixels + area.right, colour);
+        auto* pixels = reinterpret_cast<uint32_t*>(canvas.pixels + row * canvas.stride) + area.left;
+        if (colour == 0)
+            std::memset(pixels, 0, bytes);
+        else
+            std::fill_n(pixels, bytes / 4, colour);
     }
 }
 

@@ -45,7 +45,8 @@ inline void paint(PixelBuffer& picture, const Corners& corners) {
     }
 }
 
-inline void expectColour(const PixelBuffer& picture, int x, int y, const Colour& expected,
+template <class Picture>
+void expectColour(const Picture& picture, int x, int y, const Colour& expected,
                          int tolerance = 8) {
     const uint8_t* pixel = picture.data() + y * picture.stride() + 4 * x;
     EXPECT_NEAR(pixel[2], expected.red, tolerance) << "red at " << x << "," << y;
@@ -53,7 +54,8 @@ inline void expectColour(const PixelBuffer& picture, int x, int y, const Colour&
     EXPECT_NEAR(pixel[0], expected.blue, tolerance) << "blue at " << x << "," << y;
 }
 
-inline void expectCorners(const PixelBuffer& picture, const Corners& corners) {
+template <class Picture>
+void expectCorners(const Picture& picture, const Corners& corners) {
     for (int i = 0; i < 4; ++i)
         expectColour(picture, picture.width() * (i % 2 ? 3 : 1) / 4, picture.height() * (i / 2 ? 3 : 1) / 4,
                      corners[static_cast<size_t>(i)]);

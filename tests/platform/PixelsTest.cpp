@@ -145,7 +145,6 @@ struct Stored {
 };
 
 TEST(YuvConverterTest, EveryKindOfPictureGivesTheStandardsColours) {
-    YuvConverter converter;
     for (const int depth : {8, 10, 12})
         for (const int kind : {0, 1, 2, 3})
             for (const YuvMatrix matrix : {YuvMatrix::BT601, YuvMatrix::BT709, YuvMatrix::BT2020})
@@ -154,7 +153,7 @@ TEST(YuvConverterTest, EveryKindOfPictureGivesTheStandardsColours) {
                     stored.picture.matrix = matrix;
                     stored.picture.fullRange = fullRange;
                     PixelBuffer pixels;
-                    converter.convert(stored.picture, pixels);
+                    yuvToPixels(stored.picture, pixels);
                     const auto [kr, kb] = brightnessOf(matrix);
                     double worst = 0;
                     for (int y = 0; y < pixels.height(); ++y)
@@ -177,15 +176,14 @@ TEST(YuvConverterTest, EveryKindOfPictureGivesTheStandardsColours) {
 }
 
 TEST(YuvConverterTest, EveryInstructionSetGivesTheSameBytes) {
-    YuvConverter converter;
     for (const int width : {1, 7, 16, 33, 64, 129, 720})
         for (const int depth : {8, 10}) {
             const Stored stored(width, 5, depth, true, true);
             PixelBuffer own, other;
-            converter.convert(stored.picture, own);
+            yuvToPixels(stored.picture, own);
             for (const int64_t target : hwy::SupportedAndGeneratedTargets()) {
                 hwy::SetSupportedTargetsForTest(target);
-                converter.convert(stored.picture, other);
+                yuvToPixels(stored.picture, other);
                 EXPECT_TRUE(std::equal(own.data(), own.data() + own.size(), other.data()))
                     << hwy::TargetName(target) << ", " << width << " pixels";
             }

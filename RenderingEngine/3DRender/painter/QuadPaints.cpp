@@ -73,7 +73,8 @@ double areaOf(const std::array<PaintCorner, 4>& corners, bool inPicture) {
 }
 
 const platform::Surface& levelFor(const Texture& texture, const QuadPaint& paint) {
-    const auto levels = texture.levels();
+    const auto levels = texture.levelsOrFilm();
+    if (levels.size() == 1) return levels.front();
     const double texels = areaOf(paint.corners, true) * levels[0].width * levels[0].height;
     return multiscene::levelFor(levels, texels, areaOf(paint.corners, false));
 }
@@ -243,7 +244,7 @@ bool addPaints(const QuadDraw& quad, const CanvasSize& canvas, std::vector<QuadP
     QuadPaint paint;
     if (quad.state.depthTest || !placeCorners(quad, canvas, paint)) return false;
     if (quad.texture && !std::holds_alternative<ColorLook>(quad.look)) {
-        if (quad.texture->levels().empty()) return false;
+        if (quad.texture->levelsOrFilm().empty()) return false;
         paint.picture = levelFor(*quad.texture, paint);
         paint.premultiplied = quad.texture->isPremultiplied();
     }

@@ -193,7 +193,7 @@ void SoftwarePainter::paint(const QuadDraw& quad) {
     picture.keep(quad.texture);
     if (const auto* mask = std::get_if<MaskLook>(&quad.look)) picture.keep(mask->mask);
     const auto* blur = std::get_if<BlurLook>(&quad.look);
-    if (!blur || quad.texture->levels().empty() || !quad.texture->isPremultiplied())
+    if (!blur || quad.texture->levelsOrFilm().empty() || !quad.texture->isPremultiplied())
         return picture.add(quad, quad.texture);
     QuadDraw shown = quad;
     shown.texture = &blurred_.of(*quad.texture, *blur, tiles_);

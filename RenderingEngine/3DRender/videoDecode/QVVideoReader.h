@@ -61,7 +61,7 @@ class QVVideoReader {
     std::unique_ptr<platform::VideoReader> reader_;
     bool premultipliesAlpha_;
     std::shared_ptr<Texture> texture_ = std::make_shared<Texture>();
-    std::shared_ptr<const platform::PixelBuffer> shown_;  ///< what the texture holds
+    std::shared_ptr<const platform::FilmPicture> shown_;  ///< what the texture holds
 };
 
 }  // namespace multiscene

@@ -57,14 +57,14 @@ void Texture::setLevels(std::vector<platform::Bitmap> levels, bool premultiplied
     isStill_ = true;
 }
 
-void Texture::setFrame(std::shared_ptr<const platform::PixelBuffer> frame, bool opaque, bool premultiplied) {
-    isOpaque_ = opaque;
+void Texture::setFrame(std::shared_ptr<const platform::FilmPicture> frame, bool premultiplied) {
+    isOpaque_ = frame->isOpaque();
     isPremultiplied_ = premultiplied;
-    const platform::Surface surface{.pixels = frame->data(),
-                                    .stride = frame->stride(),
+    const platform::Surface surface{.stride = frame->stride(),
                                     .width = frame->width(),
                                     .height = frame->height(),
-                                    .opaque = opaque};
+                                    .opaque = isOpaque_,
+                                    .film = frame.get()};
     setMemory({surface}, std::move(frame));
 }
 
@@ -98,6 +98,12 @@ void Texture::dropMemory() {
     owner_.reset();
 }
 
+std::span<const platform::Surface> Texture::levels() const {
+    for (platform::Surface& level : levels_)
+        if (level.film && !level.pixels) level.pixels = level.film->data();
+    return levels_;
+}
+
 unsigned int Texture::glName() {
     if (isStale_) upload();
     return gl_.name();
@@ -106,7 +112,7 @@ unsigned int Texture::glName() {
 void Texture::upload() {
     isStale_ = false;
     gl_.create();
-    const platform::Surface& largest = levels_.front();
+    const platform::Surface& largest = levels().front();
     if (levels_.size() == 1 && largest.width == glWidth_ && largest.height == glHeight_)
         return updateTexture(gl_.name(), largest);
     uploadTexture(gl_.name(), levels_);

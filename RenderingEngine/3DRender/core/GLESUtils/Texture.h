@@ -7,7 +7,7 @@
 
 #include "core/GLESUtils/GLObject.h"
 #include "platform/image/Image.h"
-#include "platform/media/PixelBuffer.h"
+#include "platform/pixels/FilmPicture.h"
 #include "platform/pixels/Surface.h"
 
 namespace multiscene {
@@ -25,8 +25,8 @@ class Texture {
     /// The same picture in falling sizes, each half of the one before, at least one. `premultiplied`: colours
     /// are multiplied by alpha.
     void setLevels(std::vector<platform::Bitmap> levels, bool premultiplied);
-    /// A film's picture, which is not copied. `opaque`: alpha is 255 everywhere.
-    void setFrame(std::shared_ptr<const platform::PixelBuffer> frame, bool opaque, bool premultiplied);
+    /// A film's picture, which is not copied.
+    void setFrame(std::shared_ptr<const platform::FilmPicture> frame, bool premultiplied);
     /// Memory to paint in, with colours multiplied by alpha, kept alive by `owner`; bottom row first, as GL
     /// keeps what it draws. The next glName() uploads what it holds then.
     void setPainted(const platform::Surface& memory, std::shared_ptr<const void> owner);
@@ -44,7 +44,9 @@ class Texture {
     /// Colours are multiplied by alpha; those of some films and of PVR pictures are not.
     bool isPremultiplied() const { return isPremultiplied_; }
     /// In memory, the largest first; none where GL has drawn it, or has taken it over.
-    std::span<const platform::Surface> levels() const { return levels_; }
+    std::span<const platform::Surface> levels() const;
+    /// The same; a film's picture may be without pixels yet, for who can do without.
+    std::span<const platform::Surface> levelsOrFilm() const { return levels_; }
     /// Keeps that memory as it is.
     const std::shared_ptr<const void>& memoryOwner() const { return owner_; }
 
@@ -57,7 +59,7 @@ class Texture {
     void setMemory(std::vector<platform::Surface> levels, std::shared_ptr<const void> owner);
     void upload();
 
-    std::vector<platform::Surface> levels_;
+    mutable std::vector<platform::Surface> levels_;  ///< a film gets its pixels when somebody wants them
     std::shared_ptr<const void> owner_;
     bool isOpaque_ = false, isPremultiplied_ = true, isStill_ = false;
     int width_ = 0, height_ = 0;
