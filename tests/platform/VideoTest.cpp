@@ -403,12 +403,11 @@ TEST(PictureConverterTest, EveryPixelFormatAndOddSizeGivesTheSameColours) {
                 }
         }
         PictureConverter converter({});
-        PixelBuffer picture;
-        converter.convert(*frame, picture);
-        ASSERT_EQ(picture.width(), 17);
-        ASSERT_EQ(picture.height(), 13);
+        const auto picture = converter.convert(*frame);
+        ASSERT_EQ(picture->width(), 17);
+        ASSERT_EQ(picture->height(), 13);
         for (int y = 0; y < 13; ++y)
-            for (int x = 0; x < 17; ++x) expectColour(picture, x, y, {200, 40, 40}, 4);
+            for (int x = 0; x < 17; ++x) expectColour(*picture, x, y, {200, 40, 40}, 4);
         av_frame_free(&frame);
     }
 }
@@ -422,7 +421,7 @@ TEST_F(VideoTest, ARateIsKeptByTime) {
                            Case{30, 30, {0, 1, 2, 3}}, Case{24, 30, {0, 1, 1, 2, 3}}}) {
         const std::string film = makeFilm("film.mp4", 4, small(64, 48, it.fps));
         VideoReader reader(open(film), film, ErrorKind::Input, {.framesPerSecond = it.wanted});
-        std::shared_ptr<const PixelBuffer> before;
+        std::shared_ptr<const FilmPicture> before;
         for (size_t frame = 0; frame < it.pictures.size(); ++frame) {
             const auto shown = reader.nextFrame();
             ASSERT_TRUE(shown) << frame << " of " << it.fps;
