@@ -94,9 +94,7 @@ class VideoReader::Implementation {
     }
 
     VideoFrame converted(const AVFrame& picture, const CMTime& time) {
-        return timed(counters.convertSeconds, [&] {
-            return VideoFrame{converter.convert(picture), time};
-        });
+        return timed(counters.convertSeconds, [&] { return VideoFrame{converter.convert(picture), time}; });
     }
 
     void countPicture() {

@@ -40,7 +40,11 @@ void playFilm(Bytes bytes) {
         constexpr int most = 12;  // pictures
         platform::VideoReader film(memoryFile(bytes), "film", ErrorKind::Template,
                                    {.framesPerSecond = bytes.size() % 2 ? 0 : 30});
-        for (int count = 0; count < most && film.nextFrame();) ++count;
+        for (int count = 0; count < most; ++count) {
+            const auto frame = film.nextFrame();
+            if (!frame) break;
+            frame->pixels->data();
+        }
     });
 }
 

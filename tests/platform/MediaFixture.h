@@ -46,8 +46,7 @@ inline void paint(PixelBuffer& picture, const Corners& corners) {
 }
 
 template <class Picture>
-void expectColour(const Picture& picture, int x, int y, const Colour& expected,
-                         int tolerance = 8) {
+void expectColour(const Picture& picture, int x, int y, const Colour& expected, int tolerance = 8) {
     const uint8_t* pixel = picture.data() + y * picture.stride() + 4 * x;
     EXPECT_NEAR(pixel[2], expected.red, tolerance) << "red at " << x << "," << y;
     EXPECT_NEAR(pixel[1], expected.green, tolerance) << "green at " << x << "," << y;

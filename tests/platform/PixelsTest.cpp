@@ -5,6 +5,8 @@
 #include <random>
 #include <vector>
 
+#include "PaintFixture.h"
+#include "platform/pixels/FilmPicture.h"
 #include "platform/pixels/FrameLayout.h"
 #include "platform/pixels/FromYuv.h"
 #include "platform/pixels/ToI420.h"
@@ -189,6 +191,44 @@ TEST(YuvConverterTest, EveryInstructionSetGivesTheSameBytes) {
             }
             hwy::SetSupportedTargetsForTest(0);
         }
+}
+
+TEST(FilmPictureTest, WhatIsPaintedFromPlanesIsWhatIsPaintedFromPixels) {
+    const Stored stored(1101, 45, 8, true, true);
+    const auto wishes = std::make_shared<FilmWishes>();
+    const auto film = [&] {
+        return std::make_unique<FilmPicture>(stored.picture, nullptr, PixelBufferPool(), wishes);
+    };
+    const auto read = film();
+    const Surface inPixels{read->data(), read->stride(), read->width(), read->height(), true};
+    const Picture sheet = Picture::noise(300, 20, false, 1);
+    struct Case {
+        double left, top, scale;
+        float opacity;
+        bool paintsPlanes;
+    };
+    // Wholly over the canvas, with parts beyond it, at odd places; not copied: scaled, between pixels, faded,
+    // with its own edge on the canvas.
+    for (const Case& it : {Case{0, 0, 1, 1, true}, Case{-7, -3, 1, 1, true}, Case{-1, -5, 1, 1, true},
+                           Case{0, 0, 1.5, 1, false}, Case{-0.5, 0, 1, 1, false}, Case{0, 0, 1, 0.5, false},
+                           Case{3, 2, 1, 1, false}}) {
+        wishes->setWantsPixels(!it.paintsPlanes);
+        const auto painted = [&](const Surface& surface) {
+            Picture canvas(1090, 40);
+            QuadPaint shown =
+                rectangle(surface, it.left, it.top, it.left + 1101 * it.scale, it.top + 45 * it.scale);
+            shown.opacity = it.opacity;
+            paint({shown, turned(sheet.surface(false), 500, 20, 300, 20, 3)}, kBlack, canvas, 2);
+            return canvas;
+        };
+        const auto unread = film();
+        Surface inPlanes = inPixels;
+        inPlanes.pixels = nullptr;
+        inPlanes.film = unread.get();
+        EXPECT_TRUE(painted(inPlanes) == painted(inPixels)) << it.left << ", " << it.scale;
+        EXPECT_EQ(wishes->wantsPixels(), !it.paintsPlanes) << it.left << ", " << it.scale;
+        EXPECT_EQ(unread->planesAlone() != nullptr, it.paintsPlanes) << it.left << ", " << it.scale;
+    }
 }
 
 /// Red at the top, blue at the bottom, a white middle.

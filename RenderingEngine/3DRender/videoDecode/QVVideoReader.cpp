@@ -59,8 +59,7 @@ std::optional<platform::VideoFrame> QVVideoReader::takeNextFrame() {
 }
 
 QVVideoFrameRenderOutput QVVideoReader::show(const platform::VideoFrame& frame) {
-    if (frame.pixels != shown_)
-        texture_->setFrame(frame.pixels, premultipliesAlpha_ && hasAlpha());
+    if (frame.pixels != shown_) texture_->setFrame(frame.pixels, premultipliesAlpha_ && hasAlpha());
     shown_ = frame.pixels;
     return {.outputTexture = texture_,
             .frameTime = frameTimeOf(frame.time, videoFps_),
