@@ -240,6 +240,8 @@ class SdlWindow : public Window {
 Window* open(const WindowSettings& settings, std::string& failure) {
     SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
     SDL_SetHint(SDL_HINT_RENDER_SCALE_QUALITY, "linear");
+    // Else a window drawn by the processor is put on the screen by OpenGL that the processor does.
+    SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");
     SDL_SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");
     if (SDL_InitSubSystem(SDL_INIT_VIDEO) != 0) {
         failure = SDL_GetError();
