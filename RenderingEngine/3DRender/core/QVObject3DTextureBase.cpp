@@ -47,6 +47,11 @@ void QVObject3DTextureBase::loadTexture() {
     loadTextureFinsh();
 }
 
+void QVObject3DTextureBase::expectPicture() {
+    if (textureInfo_)
+        QVMaterialBase::expectPictureWithDic(textureInfo_, materialContext(computeTexturePath()));
+}
+
 ShownBox QVObject3DTextureBase::largestShownBox() { return {}; }
 
 void QVObject3DTextureBase::reloadTextureFromPvr(const std::string& name) {

@@ -29,6 +29,8 @@ class QVObject3DTextureBase : public QVObject3DTransformBase {
     /// with its macros resolved. Empty when there is no such file or it may not be opened.
     std::string computeTexturePath() const;
     void loadTexture();
+    /// What loadTexture() will show is made ahead where that can be done.
+    void expectPicture();
     /// The most room that the picture takes when it is drawn; nothing where that cannot be told beforehand.
     virtual ShownBox largestShownBox();
     /// Called when a material has been loaded: subclasses fit themselves to it. Glossary: "finish".

@@ -5,13 +5,14 @@
 
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "platform/base/FileGate.h"
+#include "playback/PicturesAhead.h"
 #include "report/RenderReport.h"
 
 namespace multiscene {
 
 /// One a video; several may play at once. Made by whoever wants the video, filled before it plays, and shared
-/// with the driver, which outlives its scenes; nodes reach it through their scene. Gate and report are
-/// safe from any thread; the settings are not changed while the video plays.
+/// with the driver, which outlives its scenes; nodes reach it through their scene. Gate, report and
+/// pictures are safe from any thread; the settings are not changed while the video plays.
 class Playback {
   public:
     Playback() = default;
@@ -32,11 +33,14 @@ class Playback {
     RenderReport& report() { return report_; }
     /// The user's values, and what the macros of paths stand for.
     QVMultiSceneRenderShareSettings& settings() { return settings_; }
+    /// Pictures that are made while others are shown.
+    PicturesAhead& picturesAhead() { return picturesAhead_; }
 
   private:
     platform::FileGate gate_;
     RenderReport report_;
     QVMultiSceneRenderShareSettings settings_;
+    PicturesAhead picturesAhead_;  ///< ends first: its thread needs what stands above
 };
 
 }  // namespace multiscene

@@ -1,6 +1,7 @@
 #include "core/Material/QVFilterImage2dMaterial.h"
 
 #include "core/Material/PhotoFilterKeys.h"
+#include "core/QVObject3DFpsBase.h"
 #include "core/QVScene3D.h"
 #include "playback/Playback.h"
 
@@ -24,9 +25,22 @@ QVFilterImage2dMaterial::QVFilterImage2dMaterial(std::string imagePath, std::str
       rootScenePath_(std::move(rootScenePath)),
       filterInfo_(std::move(filterInfo)) {}
 
+PicturesAhead::Make QVFilterImage2dMaterial::making(Playback& playback) const {
+    return
+        [path = imagePath_, root = rootScenePath_, info = filterInfo_, &playback, shown = largestShownBox()] {
+            return ZBTexture::filteredPicture(path, root, info, playback, shown);
+        };
+}
+
+void QVFilterImage2dMaterial::expectPicture() {
+    Playback* const played = playback();
+    if (!played || imagePath_.empty()) return;
+    played->picturesAhead().expect(object3D()->scene(), pictureName(imagePath_), making(*played));
+}
+
 void QVFilterImage2dMaterial::loadMaterial() {
     if (Playback* const played = playback())
-        modelTexture_.loadTextureFilter(imagePath_, rootScenePath_, filterInfo_, *played, largestShownBox());
+        modelTexture_.show(played->picturesAhead().take(pictureName(imagePath_), making(*played)));
     setTexture(modelTexture_.texture());
     if (!hasTexture()) reportSkippedPicture(imagePath_, filterInfo_);
 }

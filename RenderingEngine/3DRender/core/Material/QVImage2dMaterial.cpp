@@ -1,6 +1,8 @@
 #include "core/Material/QVImage2dMaterial.h"
 
 #include "core/Material/TextureInfoKeys.h"
+#include "core/QVObject3DFpsBase.h"
+#include "core/QVScene3D.h"
 #include "playback/Playback.h"
 
 namespace multiscene {
@@ -23,9 +25,25 @@ QVImage2dMaterial::QVImage2dMaterial(std::string imagePath, ImageType imageType,
       imageType_(imageType),
       textureInfo_(std::move(textureInfo)) {}
 
+PicturesAhead::Make QVImage2dMaterial::making(Playback& playback) const {
+    return [path = imagePath_, &gate = playback.gate(), shown = largestShownBox()] {
+        return ZBTexture::picture(path, gate, shown);
+    };
+}
+
+void QVImage2dMaterial::expectPicture() {
+    Playback* const played = playback();
+    if (!played || imagePath_.empty() || imageType_ != ImageType::Picture) return;
+    played->picturesAhead().expect(object3D()->scene(), pictureName(imagePath_), making(*played));
+}
+
 void QVImage2dMaterial::loadMaterial() {
-    if (Playback* const played = playback())
-        modelTexture_.loadPicture(imagePath_, imageType_, played->gate(), largestShownBox());
+    if (Playback* const played = playback()) {
+        if (imageType_ == ImageType::Picture)
+            modelTexture_.show(played->picturesAhead().take(pictureName(imagePath_), making(*played)));
+        else
+            modelTexture_.loadPicture(imagePath_, imageType_, played->gate());
+    }
     setTexture(modelTexture_.texture());
     if (!hasTexture()) reportSkippedPicture(imagePath_, textureInfo_);
 }

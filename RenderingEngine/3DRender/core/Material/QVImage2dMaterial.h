@@ -11,12 +11,15 @@ class QVImage2dMaterial : public QVTextureMaterial {
     /// `imagePath` may be empty: the material then stays without a texture.
     QVImage2dMaterial(std::string imagePath, ImageType imageType, platform::Value textureInfo = {});
 
+    void expectPicture() override;
     void loadMaterial() override;
     void destroyMaterial() override;
     TextureSize textureSize() const override { return modelTexture_.textureContentSize(); }
     std::string sourcePath() const override { return imagePath_; }
 
   private:
+    PicturesAhead::Make making(Playback& playback) const;
+
     std::string imagePath_;
     ImageType imageType_;
     platform::Value textureInfo_;

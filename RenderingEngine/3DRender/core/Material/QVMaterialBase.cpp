@@ -1,5 +1,7 @@
 #include "core/Material/QVMaterialBase.h"
 
+#include <sstream>
+
 #include "core/Material/TextureInfoKeys.h"
 #include "core/Material/ZBTexture.h"
 #include "core/QVObject3DTextureBase.h"
@@ -7,15 +9,27 @@
 
 namespace multiscene {
 
+namespace {
+
+std::shared_ptr<QVMaterialBase> made(const platform::Value& textureInfo, const MaterialContext& context) {
+    const auto* known = MaterialTypes::find(KeyReader(textureInfoKeys, textureInfo).text("textureType"));
+    auto material = known ? known->make(textureInfo, context) : nullptr;
+    if (material) material->setObject3D(context.object3D);
+    return material;
+}
+
+}  // namespace
+
 std::shared_ptr<QVMaterialBase> QVMaterialBase::loadTextureWithDic(const platform::Value& textureInfo,
                                                                    const MaterialContext& context) {
-    const auto* known = MaterialTypes::find(KeyReader(textureInfoKeys, textureInfo).text("textureType"));
-    if (!known) return nullptr;
-    auto material = known->make(textureInfo, context);
-    if (!material) return nullptr;
-    material->setObject3D(context.object3D);
-    material->loadMaterial();
+    auto material = made(textureInfo, context);
+    if (material) material->loadMaterial();
     return material;
+}
+
+void QVMaterialBase::expectPictureWithDic(const platform::Value& textureInfo,
+                                          const MaterialContext& context) {
+    if (const auto material = made(textureInfo, context)) material->expectPicture();
 }
 
 Playback* QVMaterialBase::playback() const { return object3D_ ? object3D_->playback() : nullptr; }
@@ -23,6 +37,13 @@ Playback* QVMaterialBase::playback() const { return object3D_ ? object3D_->playb
 ShownBox QVMaterialBase::largestShownBox() const {
     auto* drawable = dynamic_cast<QVObject3DTextureBase*>(object3D_);
     return drawable ? drawable->largestShownBox() : ShownBox{};
+}
+
+std::string QVMaterialBase::pictureName(const std::string& path) const {
+    const ShownBox box = largestShownBox();
+    std::ostringstream name;
+    name << object3D_ << ' ' << box.width << 'x' << box.height << ' ' << path;
+    return name.str();
 }
 
 void QVMaterialBase::reportSkippedPicture(const std::string& path, const platform::Value& textureInfo) const {

@@ -28,6 +28,7 @@ struct MaterialContext {
 struct ShownBox;
 
 /// What a drawable samples. Owned by its drawable; render queue.
+///   expectPicture    of another one like it, before its drawable is shown
 ///   loadMaterial     once, after construction
 ///   updateMaterial   before each draw
 ///   destroyMaterial  at the drawable's last frame; may run twice
@@ -47,6 +48,9 @@ class QVMaterialBase {
     /// The most room that the drawable gives its picture; nothing where that cannot be told.
     ShownBox largestShownBox() const;
 
+    /// Has the picture made ahead that loadMaterial() will want of a material made the same way.
+    static void expectPictureWithDic(const platform::Value& textureInfo, const MaterialContext& context);
+    virtual void expectPicture() {}
     virtual void loadMaterial() {}
     virtual void destroyMaterial() {}
     virtual void updateMaterial(int64_t /*frame*/) {}
@@ -54,6 +58,8 @@ class QVMaterialBase {
   protected:
     /// Of the drawable's scene; none outside of one.
     Playback* playback() const;
+    /// What the drawable's picture is expected and taken by.
+    std::string pictureName(const std::string& path) const;
     explicit QVMaterialBase(MaterialType materialType = MaterialType::Image) : materialType_(materialType) {}
     /// Notes a picture or video that could not be shown: `path`, or, when the file is not there, the
     /// "texture" of the dictionary.

@@ -66,8 +66,10 @@ int ZBTexture::minimumSizedTextureSize(float side) {
     return static_cast<int>(std::exp2(std::floor(std::log2(side - 1)) + 1));
 }
 
-void ZBTexture::show(platform::Bitmap bitmap) {
-    if (!bitmap.isEmpty()) texture_->setPicture(std::move(bitmap));
+void ZBTexture::show(PictureOnCanvas picture) {
+    textureContentSize_ = {static_cast<double>(picture.source.width),
+                           static_cast<double>(picture.source.height)};
+    if (!picture.bitmap.isEmpty()) texture_->setPicture(std::move(picture.bitmap));
 }
 
 platform::FileHandle ZBTexture::openFile(const std::string& path, platform::FileGate& gate) {
@@ -76,18 +78,16 @@ platform::FileHandle ZBTexture::openFile(const std::string& path, platform::File
     return gate.open(file.is_absolute() ? file : platform::resourcesFolder() / file).file;
 }
 
-platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path, platform::FileGate& gate,
-                                             const ShownBox& shown, SizeOnCanvas sizeOnCanvas) {
-    textureContentSize_ = {};
+PictureOnCanvas ZBTexture::decodeOntoCanvas(const std::string& path, platform::FileGate& gate,
+                                            const ShownBox& shown, SizeOnCanvas sizeOnCanvas) {
     const platform::FileHandle file = openFile(path, gate);
     if (!file) return {};
     try {
         const platform::ImageSize size = platform::readImageSize(file, {.name = path});
         const platform::ImageSize counted = sizeOnCanvas ? sizeOnCanvas(size) : size;
         platform::Bitmap canvas = decodeStretched(file, path, canvasOf(counted, shown));
-        if (!canvas.isEmpty())
-            textureContentSize_ = {static_cast<double>(size.width), static_cast<double>(size.height)};
-        return canvas;
+        if (canvas.isEmpty()) return {};
+        return {std::move(canvas), size};
     } catch (const platform::Error& error) {
         if (error.kind() == platform::ErrorKind::Transient) throw;
         return {};
@@ -95,7 +95,11 @@ platform::Bitmap ZBTexture::decodeOntoCanvas(const std::string& path, platform::
 }
 
 void ZBTexture::loadloadTexture(const std::string& path, platform::FileGate& gate, const ShownBox& shown) {
-    show(decodeOntoCanvas(path, gate, shown));
+    show(picture(path, gate, shown));
+}
+
+PictureOnCanvas ZBTexture::picture(const std::string& path, platform::FileGate& gate, const ShownBox& shown) {
+    return decodeOntoCanvas(path, gate, shown);
 }
 
 void ZBTexture::loadPicture(const std::string& path, ImageType imageType, platform::FileGate& gate,
@@ -136,14 +140,14 @@ platform::Bitmap ZBTexture::filterWithOriginalImage(const platform::Bitmap& orig
     return platform::drawPhotoFilter(filter, originalImage, overlay.isEmpty() ? nullptr : &overlay);
 }
 
-void ZBTexture::loadTextureFilter(const std::string& path, const std::string& sceneRootPath,
-                                  const platform::Value& filterInfo, Playback& playback,
-                                  const ShownBox& shown) {
-    const platform::Bitmap photo = decodeOntoCanvas(path, playback.gate(), {}, filteredSize);
-    if (photo.isEmpty()) return;
-    platform::Bitmap shaped = filterWithOriginalImage(photo, sceneRootPath, filterInfo, playback);
-    const platform::ImageSize canvas = canvasOf(photo.size(), shown);
-    show(canvas == shaped.size() ? std::move(shaped) : averaged(shaped, canvas));
+PictureOnCanvas ZBTexture::filteredPicture(const std::string& path, const std::string& sceneRootPath,
+                                           const platform::Value& filterInfo, Playback& playback,
+                                           const ShownBox& shown) {
+    const PictureOnCanvas photo = decodeOntoCanvas(path, playback.gate(), {}, filteredSize);
+    if (photo.bitmap.isEmpty()) return {};
+    platform::Bitmap shaped = filterWithOriginalImage(photo.bitmap, sceneRootPath, filterInfo, playback);
+    const platform::ImageSize canvas = canvasOf(photo.bitmap.size(), shown);
+    return {canvas == shaped.size() ? std::move(shaped) : averaged(shaped, canvas), photo.source};
 }
 
 // Texts
@@ -155,10 +159,10 @@ QVTextureMaterial::TextureCoordinates ZBTexture::loadTextureFrom2DTextDadaModel(
     const int height = minimumSizedTextureSize(static_cast<float>(size.height));
     const int longest = std::max(width, height);
     const double scale = longest > maxTextBitmapSide ? static_cast<double>(maxTextBitmapSide) / longest : 1;
-    textureContentSize_ = {size.width, size.height};
     platform::Bitmap bitmap =
         model.drawText(static_cast<int>(width * scale), static_cast<int>(height * scale), scale);
-    show(std::move(bitmap));
+    if (!bitmap.isEmpty()) texture_->setPicture(std::move(bitmap));
+    textureContentSize_ = {size.width, size.height};
     const auto right = static_cast<float>(size.width / width);
     const auto bottom = static_cast<float>(size.height / height);
     return {0, bottom, right, bottom, right, 0, 0, 0};

@@ -8,6 +8,7 @@
 #include "platform/base/FileGate.h"
 #include "platform/base/Value.h"
 #include "platform/image/Image.h"
+#include "playback/PicturesAhead.h"
 
 namespace multiscene {
 
@@ -42,15 +43,20 @@ class ZBTexture {
     const TextureSize& textureContentSize() const { return textureContentSize_; }
     /// A picture file. Glossary: "loadload" is load.
     void loadloadTexture(const std::string& path, platform::FileGate& gate, const ShownBox& shown = {});
+    /// What makes a picture file ready to be shown; runs on any thread while the gate lives.
+    static PictureOnCanvas picture(const std::string& path, platform::FileGate& gate, const ShownBox& shown);
+    /// Shows what picture() or filteredPicture() has made.
+    void show(PictureOnCanvas picture);
     /// A PVR version 2 file, plain or gzip-compressed.
     void loadTextureFromPvr(const std::string& path, platform::FileGate& gate);
     /// A file of the given kind.
     void loadPicture(const std::string& path, ImageType imageType, platform::FileGate& gate,
                      const ShownBox& shown = {});
     /// A photo shaped by the "filterType" of the dictionary. It is brought to filterPhotoSide before, so that
-    /// its radii and strokes look the same on a photo of any size.
-    void loadTextureFilter(const std::string& path, const std::string& sceneRootPath,
-                           const platform::Value& filterInfo, Playback& playback, const ShownBox& shown = {});
+    /// its radii and strokes look the same on a photo of any size. Any thread while `playback` lives.
+    static PictureOnCanvas filteredPicture(const std::string& path, const std::string& sceneRootPath,
+                                           const platform::Value& filterInfo, Playback& playback,
+                                           const ShownBox& shown);
     /// A text; returns where it lies in the texture. Texts beyond maxTextBitmapSide are drawn smaller.
     QVTextureMaterial::TextureCoordinates loadTextureFrom2DTextDadaModel(
         const QVMultiScene2DTextDataModel& model);
@@ -68,9 +74,8 @@ class ZBTexture {
     /// The size that a picture is to count as; none: its own.
     using SizeOnCanvas = platform::ImageSize (*)(platform::ImageSize);
     /// The picture on its canvas; empty when it cannot be read.
-    platform::Bitmap decodeOntoCanvas(const std::string& path, platform::FileGate& gate,
-                                      const ShownBox& shown, SizeOnCanvas sizeOnCanvas = nullptr);
-    void show(platform::Bitmap bitmap);
+    static PictureOnCanvas decodeOntoCanvas(const std::string& path, platform::FileGate& gate,
+                                            const ShownBox& shown, SizeOnCanvas sizeOnCanvas = nullptr);
 
     std::shared_ptr<Texture> texture_ = std::make_shared<Texture>();
     TextureSize textureContentSize_;

@@ -1,0 +1,11 @@
+#pragma once
+
+namespace multiscene {
+
+class QVScene3D;
+
+/// Has the pictures of a scene's nodes made ahead, those that are shown first before the others. When all
+/// nodes are in the scene, and its camera; render queue.
+void expectPictures(const QVScene3D& scene);
+
+}  // namespace multiscene

@@ -1,0 +1,89 @@
+#include "playback/PicturesAhead.h"
+
+#include <algorithm>
+#include <system_error>
+#include <utility>
+
+namespace multiscene {
+
+namespace {
+
+/// What waits to be taken; one more may be in the making. A photo of a full frame of 1920x1080 takes 8 MB.
+constexpr size_t kMostWaitingBytes = 24u << 20;
+
+}  // namespace
+
+PicturesAhead::~PicturesAhead() {
+    {
+        const std::lock_guard lock(mutex_);
+        isOver_ = true;
+    }
+    changed_.notify_all();
+    if (thread_.joinable()) thread_.join();
+}
+
+void PicturesAhead::expect(std::weak_ptr<const void> scene, std::string name, Make make) {
+    const std::lock_guard lock(mutex_);
+    expected_.push_back({.scene = std::move(scene), .name = std::move(name), .make = std::move(make)});
+    if (!thread_.joinable()) start();
+    changed_.notify_all();
+}
+
+/// Where there is no thread to be had, everybody makes his own.
+void PicturesAhead::start() {
+    try {
+        thread_ = std::thread([this] { run(); });
+    } catch (const std::system_error&) {
+    }
+}
+
+PictureOnCanvas PicturesAhead::take(const std::string& name, const Make& make) {
+    std::unique_lock lock(mutex_);
+    const auto found = std::ranges::find(expected_, name, &Expected::name);
+    if (found != expected_.end() && found->state != State::Waiting) {
+        found->name.clear();  // whoever asks next asks for another one
+        changed_.wait(lock, [&] { return found->state == State::Made; });
+        Expected made = std::move(*found);
+        expected_.erase(found);
+        changed_.notify_all();
+        if (made.thrown) std::rethrow_exception(made.thrown);
+        return std::move(made.picture);
+    }
+    if (found != expected_.end()) expected_.erase(found);
+    lock.unlock();
+    return make();
+}
+
+PicturesAhead::Expected* PicturesAhead::next() {
+    std::erase_if(expected_,
+                  [](const Expected& each) { return each.state != State::Making && each.scene.expired(); });
+    size_t bytes = 0;
+    for (const Expected& each : expected_) bytes += each.picture.bitmap.rgba.size();
+    const auto found = std::ranges::find(expected_, State::Waiting, &Expected::state);
+    return found == expected_.end() || bytes >= kMostWaitingBytes ? nullptr : &*found;
+}
+
+void PicturesAhead::run() {
+    std::unique_lock lock(mutex_);
+    while (true) {
+        Expected* begun = nullptr;
+        changed_.wait(lock, [&] { return isOver_ || (begun = next()); });
+        if (isOver_) return;
+        begun->state = State::Making;
+        lock.unlock();
+        PictureOnCanvas picture;
+        std::exception_ptr thrown;
+        try {
+            picture = begun->make();
+        } catch (...) {
+            thrown = std::current_exception();
+        }
+        lock.lock();
+        begun->picture = std::move(picture);
+        begun->thrown = thrown;
+        begun->state = State::Made;
+        changed_.notify_all();
+    }
+}
+
+}  // namespace multiscene

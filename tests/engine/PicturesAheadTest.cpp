@@ -1,0 +1,64 @@
+#include "playback/PicturesAhead.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <stdexcept>
+
+namespace multiscene {
+namespace {
+
+PictureOnCanvas picture(int side) { return {platform::Bitmap(side, side), {side, side}}; }
+
+TEST(PicturesAheadTest, WhatIsTakenIsTheSameHoweverFarTheThreadIs) {
+    PicturesAhead ahead;
+    const auto scene = std::make_shared<int>(0);
+    std::atomic<int> made{0};
+    const auto making = [&](int side) {
+        return [&made, side] {
+            ++made;
+            return picture(side);
+        };
+    };
+    // The last is taken before the thread can have begun with it, and each once: the third time nobody
+    // expected it.
+    for (int round = 0; round < 50; ++round) {
+        made = 0;
+        for (const int side : {400, 401, 401, 402}) ahead.expect(scene, std::to_string(side), making(side));
+        for (const int side : {402, 400, 401, 401, 401})
+            EXPECT_EQ(ahead.take(std::to_string(side), making(side)).source.width, side);
+        EXPECT_EQ(made, 5);
+    }
+    ahead.expect(scene, "bad", []() -> PictureOnCanvas { throw std::runtime_error("no memory"); });
+    EXPECT_THROW(ahead.take("bad", []() -> PictureOnCanvas { throw std::runtime_error("no memory"); }),
+                 std::runtime_error);
+}
+
+TEST(PicturesAheadTest, WhatNobodyTakesIsNotMadeWithoutEnd) {
+    std::atomic<int> made{0};
+    const auto large = [&made] {
+        ++made;
+        return picture(1024);
+    };
+    PicturesAhead ahead;
+    auto scene = std::make_shared<int>(0);
+    for (int number = 0; number < 40; ++number) ahead.expect(scene, std::to_string(number), large);
+    // The thread has met its limit when something it could have made long ago is still not begun.
+    for (int last = -1; last != made;) {
+        last = made;
+        std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    }
+    EXPECT_GT(made, 0);
+    EXPECT_LT(made, 10);
+    // A scene that is gone gives its room back.
+    scene.reset();
+    const int before = made;
+    const auto next = std::make_shared<int>(0);
+    ahead.expect(next, "next", large);
+    while (made == before) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_EQ(ahead.take("next", large).source.width, 1024);
+    EXPECT_EQ(made, before + 1);
+}
+
+}  // namespace
+}  // namespace multiscene
