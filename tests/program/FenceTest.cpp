@@ -159,7 +159,7 @@ TEST_F(ProgramFenceTest, HostileShadersAreRefusedByFileInAMoment) {
             const Result result = checkShader(each.source, command);
             EXPECT_EQ(result.exitCode, 3) << command << result.errors;
             EXPECT_THAT(result.output + result.errors, AllOf(HasSubstr("own.fsh"), HasSubstr(each.problem)));
-            EXPECT_LT(platform::monotonicSeconds() - start, 5);
+            EXPECT_LT(platform::monotonicSeconds() - start, 60) << "it hangs";
         }
 }
 

@@ -66,7 +66,7 @@ class HostileInputTest : public ProgramTest {
     Result bounded(const std::vector<std::string>& words) const {
         const double start = platform::monotonicSeconds();
         const Result result = multiscene(words);
-        EXPECT_LT(platform::monotonicSeconds() - start, 5);
+        EXPECT_LT(platform::monotonicSeconds() - start, 60) << "it hangs";
         EXPECT_LT(result.peakKilobytes, 1 << 20);
         EXPECT_THAT(leftBehind(), IsEmpty());
         return result;

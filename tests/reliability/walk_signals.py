@@ -174,8 +174,8 @@ def place_in(folder, program, archive):
 
 
 class Walk:
-    def __init__(self, folder, program, archive):
-        self.folder, self.program, self.archive = folder, program, archive
+    def __init__(self, folder, program, archive, most_seconds):
+        self.folder, self.program, self.archive, self.most_seconds = folder, program, archive, most_seconds
         self.moments = self.late = self.wrong = self.dirty = self.finished = 0
         self.slowest = 0.0
 
@@ -191,7 +191,7 @@ class Walk:
         seconds = time.monotonic() - asked
         self.moments += 1
         self.slowest = max(self.slowest, seconds)
-        if seconds > MOST_SECONDS:
+        if seconds > self.most_seconds:
             self.late += 1
             self.tell(name, delay, f"took {seconds:.2f} s to end")
         # Before the program has read its command line a signal is the kernel's affair.
@@ -215,6 +215,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("program")
     parser.add_argument("--moments", type=int, default=200, help="in each stage")
+    parser.add_argument("--most-seconds", type=float, default=MOST_SECONDS, help="that an end may take")
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--stage", action="append", help="only this one")
     parser.add_argument("--hang", help="the library made of HangingCalls.c: calls that never come back, too")
@@ -227,7 +228,7 @@ def main():
         archive = os.path.join(folder, "sea-postcard.zip")
         run([program, "--home", os.path.join(folder, "author"), "template", "pack", SAMPLE, "-o", archive])
         lengths = measured(folder, program, archive)
-        walk = Walk(folder, program, archive)
+        walk = Walk(folder, program, archive, wanted.most_seconds)
         stages = [stage for stage in STAGES if not wanted.stage or stage[0] in wanted.stage]
         for name, begins, kind in stages:
             for _ in range(wanted.moments):
