@@ -4,6 +4,7 @@
 
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 namespace platform {
 
@@ -144,8 +145,11 @@ std::optional<Message> Channel::receive(bool waits) {
     packet.msg_control = control.bytes;
     packet.msg_controllen = sizeof control.bytes;
     ssize_t size = -1;
+    // An end that closes with something unread resets the connection; what it said before is heard after
+    // that.
+    bool wasReset = false;
     do size = ::recvmsg(socket_.descriptor(), &packet, MSG_CMSG_CLOEXEC | (waits ? 0 : MSG_DONTWAIT));
-    while (size < 0 && errno == EINTR);
+    while (size < 0 && (errno == EINTR || (errno == ECONNRESET && !std::exchange(wasReset, true))));
     if (size < 0 && errno == EAGAIN) return std::nullopt;
     if (size <= 0) {
         isClosed_ = true;
