@@ -11,11 +11,12 @@ namespace {
 PictureOnCanvas picture(int side) { return {platform::Bitmap(side, side), {side, side}}; }
 
 TEST(PicturesAheadTest, WhatIsTakenIsTheSameHoweverFarTheThreadIs) {
-    PicturesAhead ahead;
+    platform::FileGate gate;
+    PicturesAhead ahead(gate);
     const auto scene = std::make_shared<int>(0);
     std::atomic<int> made{0};
     const auto making = [&](int side) {
-        return [&made, side] {
+        return [&made, side](platform::FileGate&) {
             ++made;
             return picture(side);
         };
@@ -29,18 +30,16 @@ TEST(PicturesAheadTest, WhatIsTakenIsTheSameHoweverFarTheThreadIs) {
             EXPECT_EQ(ahead.take(std::to_string(side), making(side)).source.width, side);
         EXPECT_EQ(made, 5);
     }
-    ahead.expect(scene, "bad", []() -> PictureOnCanvas { throw std::runtime_error("no memory"); });
-    EXPECT_THROW(ahead.take("bad", []() -> PictureOnCanvas { throw std::runtime_error("no memory"); }),
-                 std::runtime_error);
 }
 
 TEST(PicturesAheadTest, WhatNobodyTakesIsNotMadeWithoutEnd) {
     std::atomic<int> made{0};
-    const auto large = [&made] {
+    const auto large = [&made](platform::FileGate&) {
         ++made;
         return picture(1024);
     };
-    PicturesAhead ahead;
+    platform::FileGate gate;
+    PicturesAhead ahead(gate);
     auto scene = std::make_shared<int>(0);
     for (int number = 0; number < 40; ++number) ahead.expect(scene, std::to_string(number), large);
     // The thread has met its limit when something it could have made long ago is still not begun.
@@ -58,6 +57,29 @@ TEST(PicturesAheadTest, WhatNobodyTakesIsNotMadeWithoutEnd) {
     while (made == before) std::this_thread::sleep_for(std::chrono::milliseconds(1));
     EXPECT_EQ(ahead.take("next", large).source.width, 1024);
     EXPECT_EQ(made, before + 1);
+}
+
+TEST(PicturesAheadTest, RefusedFilesAndFailuresAreTheTakersOwn) {
+    platform::FileGate gate;
+    PicturesAhead ahead(gate);
+    const auto scene = std::make_shared<int>(0);
+    std::atomic<int> tried{0};
+    const auto refused = [&tried](platform::FileGate& through) {
+        through.check("/etc/passwd");
+        ++tried;
+        return picture(64);
+    };
+    const auto failing = [&tried](platform::FileGate&) -> PictureOnCanvas {
+        ++tried;
+        throw std::runtime_error("no memory");
+    };
+    ahead.expect(scene, "refused", refused);
+    ahead.expect(scene, "failing", failing);
+    while (tried < 2) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    EXPECT_TRUE(gate.refusals().empty());
+    EXPECT_EQ(ahead.take("refused", refused).source.width, 64);
+    EXPECT_EQ(gate.refusals().size(), 1u);
+    EXPECT_THROW(ahead.take("failing", failing), std::runtime_error);
 }
 
 }  // namespace

@@ -23,7 +23,8 @@ void expectPictures(const QVScene3D& scene) {
     std::vector<QVObject3DTextureBase*> drawables;
     collect(scene.children(), drawables);
     std::ranges::stable_sort(drawables, {}, &QVObject3DTextureBase::sartFps);
-    for (QVObject3DTextureBase* drawable : drawables) drawable->expectPicture();
+    for (QVObject3DTextureBase* drawable : drawables)
+        if (drawable->sartFps() <= scene.lastFrame()) drawable->expectPicture();
 }
 
 }  // namespace multiscene

@@ -25,11 +25,13 @@ void QVObject3DTextureBase::rendInfoWithDic(const platform::Value& info) {
 }
 
 std::string QVObject3DTextureBase::computeTexturePath() const {
+    Playback* const played = playback();
+    return played ? texturePathThrough(played->gate()) : std::string();
+}
+
+std::string QVObject3DTextureBase::texturePathThrough(platform::FileGate& gate) const {
     const std::string name = textureNameOf(textureInfo_);
     if (name.empty()) return {};
-    Playback* const played = playback();
-    if (!played) return {};
-    platform::FileGate& gate = played->gate();
     const platform::Value users = settings().computeUserMap(name, sceneIdentifier());
     std::string path = resolvedPath(users.isNone() ? name : users.stringValue());
     if (path.empty()) return {};
@@ -48,8 +50,11 @@ void QVObject3DTextureBase::loadTexture() {
 }
 
 void QVObject3DTextureBase::expectPicture() {
-    if (textureInfo_)
-        QVMaterialBase::expectPictureWithDic(textureInfo_, materialContext(computeTexturePath()));
+    Playback* const played = playback();
+    if (!textureInfo_ || !played) return;
+    platform::FileGate scout;
+    scout.allowAllOf(played->gate());
+    QVMaterialBase::expectPictureWithDic(textureInfo_, materialContext(texturePathThrough(scout)));
 }
 
 ShownBox QVObject3DTextureBase::largestShownBox() { return {}; }

@@ -6,6 +6,7 @@
 
 #include "core/Material/QVMaterialBase.h"
 #include "core/QVObject3DTransformBase.h"
+#include "platform/base/FileGate.h"
 
 namespace multiscene {
 
@@ -29,7 +30,8 @@ class QVObject3DTextureBase : public QVObject3DTransformBase {
     /// with its macros resolved. Empty when there is no such file or it may not be opened.
     std::string computeTexturePath() const;
     void loadTexture();
-    /// What loadTexture() will show is made ahead where that can be done.
+    /// What loadTexture() will show is made ahead where that can be done; refused files are told by
+    /// loadTexture() alone.
     void expectPicture();
     /// The most room that the picture takes when it is drawn; nothing where that cannot be told beforehand.
     virtual ShownBox largestShownBox();
@@ -56,6 +58,8 @@ class QVObject3DTextureBase : public QVObject3DTransformBase {
     MaterialContext materialContext(std::string path);
 
   private:
+    std::string texturePathThrough(platform::FileGate& gate) const;
+
     platform::Value textureInfo_;
     std::shared_ptr<QVMaterialBase> material_;
     QVTextureMaterial* textureMaterial_ = nullptr;  // material_ again

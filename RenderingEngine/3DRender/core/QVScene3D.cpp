@@ -1,10 +1,12 @@
 #include "core/QVScene3D.h"
 
 #include <algorithm>
+#include <limits>
 #include <utility>
 
 #include "core/GLESUtils/QVFrameBufferToTexture.h"
 #include "core/QVLightBase.h"
+#include "core/QVObject3DFpsBase.h"
 #include "core/QVSceneRenderToTexture.h"
 #include "core/carmera/QVCamera3D.h"
 #include "playback/VideoTimeSource.h"
@@ -75,6 +77,12 @@ void QVScene3D::setCamera(const std::shared_ptr<QVCamera3D>& camera) {
 
 void QVScene3D::setTimeSource(std::shared_ptr<VideoTimeSource> timeSource) {
     timeSource_ = std::move(timeSource);
+}
+
+int64_t QVScene3D::lastFrame() const {
+    const auto clock =
+        timeSource_ ? std::dynamic_pointer_cast<QVObject3DFpsBase>(timeSource_->node()) : nullptr;
+    return clock ? clock->endFps() : std::numeric_limits<int64_t>::max();
 }
 
 void QVScene3D::updateMatrix() {

@@ -68,6 +68,8 @@ class QVScene3D : public std::enable_shared_from_this<QVScene3D> {
     /// The scene's clock, also one of the children; null for a scene without one.
     const std::shared_ptr<VideoTimeSource>& timeSource() const { return timeSource_; }
     void setTimeSource(std::shared_ptr<VideoTimeSource> timeSource);
+    /// The clock's last frame; without a clock the largest number.
+    int64_t lastFrame() const;
 
     const SceneConfigData& sceneConfigData() const { return sceneConfigData_; }
     void setSceneConfigData(SceneConfigData data) { sceneConfigData_ = std::move(data); }

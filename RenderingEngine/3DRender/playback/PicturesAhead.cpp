@@ -1,6 +1,7 @@
 #include "playback/PicturesAhead.h"
 
 #include <algorithm>
+#include <exception>
 #include <system_error>
 #include <utility>
 
@@ -46,12 +47,24 @@ PictureOnCanvas PicturesAhead::take(const std::string& name, const Make& make) {
         Expected made = std::move(*found);
         expected_.erase(found);
         changed_.notify_all();
-        if (made.thrown) std::rethrow_exception(made.thrown);
-        return std::move(made.picture);
+        if (!made.picture.bitmap.isEmpty()) return std::move(made.picture);
+    } else if (found != expected_.end()) {
+        expected_.erase(found);
     }
-    if (found != expected_.end()) expected_.erase(found);
     lock.unlock();
-    return make();
+    return make(gate_);
+}
+
+/// Empty when it cannot be made as it would be by who takes it.
+PictureOnCanvas PicturesAhead::tried(const Make& make) const {
+    platform::FileGate scout;
+    scout.allowAllOf(gate_);
+    try {
+        PictureOnCanvas picture = make(scout);
+        return scout.refusals().empty() ? std::move(picture) : PictureOnCanvas{};
+    } catch (const std::exception&) {
+        return {};
+    }
 }
 
 PicturesAhead::Expected* PicturesAhead::next() {
@@ -71,16 +84,9 @@ void PicturesAhead::run() {
         if (isOver_) return;
         begun->state = State::Making;
         lock.unlock();
-        PictureOnCanvas picture;
-        std::exception_ptr thrown;
-        try {
-            picture = begun->make();
-        } catch (...) {
-            thrown = std::current_exception();
-        }
+        PictureOnCanvas picture = tried(begun->make);
         lock.lock();
         begun->picture = std::move(picture);
-        begun->thrown = thrown;
         begun->state = State::Made;
         changed_.notify_all();
     }

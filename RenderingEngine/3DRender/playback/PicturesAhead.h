@@ -2,7 +2,6 @@
 #pragma once
 
 #include <condition_variable>
-#include <exception>
 #include <functional>
 #include <list>
 #include <memory>
@@ -10,6 +9,7 @@
 #include <string>
 #include <thread>
 
+#include "platform/base/FileGate.h"
 #include "platform/image/Image.h"
 
 namespace multiscene {
@@ -21,14 +21,16 @@ struct PictureOnCanvas {
 };
 
 /// Makes pictures on a thread of its own, in the order in which they are expected, as long as few are waiting
-/// to be taken. Who takes one that is not begun makes it himself: what is shown never depends on how far the
-/// thread is. Any thread.
+/// to be taken. Who takes one that is not begun, or that failed, makes it himself: what is shown and what is
+/// told never depends on how far the thread is, and of a picture that nobody takes nothing is told. Any
+/// thread.
 class PicturesAhead {
   public:
-    /// Runs on either thread; what it throws is thrown by take().
-    using Make = std::function<PictureOnCanvas()>;
+    /// Runs on either thread, and opens files through the given gate only.
+    using Make = std::function<PictureOnCanvas(platform::FileGate&)>;
 
-    PicturesAhead() = default;
+    /// Files are opened as `gate` allows; it is told of refusals when the picture is taken.
+    explicit PicturesAhead(platform::FileGate& gate) : gate_(gate) {}
     /// Waits for the picture that is being made.
     ~PicturesAhead();
     PicturesAhead(const PicturesAhead&) = delete;
@@ -47,15 +49,16 @@ class PicturesAhead {
         std::string name;
         Make make;
         State state = State::Waiting;
-        PictureOnCanvas picture{};
-        std::exception_ptr thrown{};
+        PictureOnCanvas picture{};  ///< empty also when it failed
     };
 
     void start();
+    PictureOnCanvas tried(const Make& make) const;
     void run();
     /// None when there is none, or no room.
     Expected* next();
 
+    platform::FileGate& gate_;
     std::mutex mutex_;
     std::condition_variable changed_;
     std::list<Expected> expected_;

@@ -40,7 +40,7 @@ class Playback {
     platform::FileGate gate_;
     RenderReport report_;
     QVMultiSceneRenderShareSettings settings_;
-    PicturesAhead picturesAhead_;  ///< ends first: its thread needs what stands above
+    PicturesAhead picturesAhead_{gate_};  ///< ends first: its thread needs what stands above
 };
 
 }  // namespace multiscene

@@ -1,5 +1,6 @@
 #include "videoRenderCore/QVMediaManage.h"
 
+#include "core/ExpectedPictures.h"
 #include "core/QVLightBase.h"
 #include "core/SceneNodes.h"
 #include "core/carmera/QVCamera3D.h"
@@ -97,6 +98,7 @@ void QVMediaManage::buildScene(const std::shared_ptr<QVScene3D>& scene, const pl
     if (keys.has("TimeSource")) addTimeSource(scene, keys.value("TimeSource"), sceneTansitionsInfo);
     for (const platform::Value& node : keys.array("object3D"))
         if (!node.dictionary().empty()) scene->addChild(SceneNodes::object3DWithInfo(node, scene));
+    expectPictures(*scene);
 }
 
 void QVMediaManage::addTimeSource(const std::shared_ptr<QVScene3D>& scene, const platform::Value& info,

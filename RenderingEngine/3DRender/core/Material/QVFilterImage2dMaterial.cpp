@@ -26,10 +26,10 @@ QVFilterImage2dMaterial::QVFilterImage2dMaterial(std::string imagePath, std::str
       filterInfo_(std::move(filterInfo)) {}
 
 PicturesAhead::Make QVFilterImage2dMaterial::making(Playback& playback) const {
-    return
-        [path = imagePath_, root = rootScenePath_, info = filterInfo_, &playback, shown = largestShownBox()] {
-            return ZBTexture::filteredPicture(path, root, info, playback, shown);
-        };
+    return [path = imagePath_, root = rootScenePath_, info = filterInfo_, &settings = playback.settings(),
+            shown = largestShownBox()](platform::FileGate& gate) {
+        return ZBTexture::filteredPicture(path, root, info, settings, gate, shown);
+    };
 }
 
 void QVFilterImage2dMaterial::expectPicture() {

@@ -25,8 +25,8 @@ QVImage2dMaterial::QVImage2dMaterial(std::string imagePath, ImageType imageType,
       imageType_(imageType),
       textureInfo_(std::move(textureInfo)) {}
 
-PicturesAhead::Make QVImage2dMaterial::making(Playback& playback) const {
-    return [path = imagePath_, &gate = playback.gate(), shown = largestShownBox()] {
+PicturesAhead::Make QVImage2dMaterial::making() const {
+    return [path = imagePath_, shown = largestShownBox()](platform::FileGate& gate) {
         return ZBTexture::picture(path, gate, shown);
     };
 }
@@ -34,13 +34,13 @@ PicturesAhead::Make QVImage2dMaterial::making(Playback& playback) const {
 void QVImage2dMaterial::expectPicture() {
     Playback* const played = playback();
     if (!played || imagePath_.empty() || imageType_ != ImageType::Picture) return;
-    played->picturesAhead().expect(object3D()->scene(), pictureName(imagePath_), making(*played));
+    played->picturesAhead().expect(object3D()->scene(), pictureName(imagePath_), making());
 }
 
 void QVImage2dMaterial::loadMaterial() {
     if (Playback* const played = playback()) {
         if (imageType_ == ImageType::Picture)
-            modelTexture_.show(played->picturesAhead().take(pictureName(imagePath_), making(*played)));
+            modelTexture_.show(played->picturesAhead().take(pictureName(imagePath_), making()));
         else
             modelTexture_.loadPicture(imagePath_, imageType_, played->gate());
     }

@@ -18,7 +18,7 @@ class QVImage2dMaterial : public QVTextureMaterial {
     std::string sourcePath() const override { return imagePath_; }
 
   private:
-    PicturesAhead::Make making(Playback& playback) const;
+    PicturesAhead::Make making() const;
 
     std::string imagePath_;
     ImageType imageType_;

@@ -28,6 +28,7 @@ struct MaterialContext {
 struct ShownBox;
 
 /// What a drawable samples. Owned by its drawable; render queue.
+///   construction     opens nothing
 ///   expectPicture    of another one like it, before its drawable is shown
 ///   loadMaterial     once, after construction
 ///   updateMaterial   before each draw

@@ -7,7 +7,6 @@
 #include "core/QVScene3D.h"
 #include "playback/Playback.h"
 #include "playback/RenderDriver.h"
-#include "playback/VideoTimeSource.h"
 
 namespace multiscene {
 
@@ -40,10 +39,7 @@ platform::VideoReaderSettings settingsOf(const UserFilm& film) {
 /// The last frame of a node, or of its scene's clock where that ends first.
 int64_t lastFrameOf(const QVObject3DFpsBase& node) {
     const auto scene = node.scene();
-    const auto clock = scene && scene->timeSource()
-                           ? std::dynamic_pointer_cast<QVObject3DFpsBase>(scene->timeSource()->node())
-                           : nullptr;
-    return clock ? std::min(node.endFps(), clock->endFps()) : node.endFps();
+    return scene ? std::min(node.endFps(), scene->lastFrame()) : node.endFps();
 }
 
 }  // namespace
@@ -63,23 +59,25 @@ static const MaterialTypes::Registration registered(
     videoTextureKeys);
 
 QVVideoMaterial::QVVideoMaterial(std::string videoPath, int32_t videoFps, platform::Value textureInfo,
-                                 const UserFilm& userFilm, platform::FileGate& gate)
+                                 UserFilm userFilm, platform::FileGate& gate)
     : QVTextureMaterial(MaterialType::Video),
+      videoPath_(std::move(videoPath)),
+      videoFps_(videoFps),
       textureInfo_(std::move(textureInfo)),
-      usersVolume_(userFilm.volume),
-      videoReader_(std::move(videoPath), videoFps, gate, settingsOf(userFilm)) {
-    videoReader_.startProcessing();
-}
+      userFilm_(std::move(userFilm)),
+      gate_(gate) {}
 
 void QVVideoMaterial::loadMaterial() {
-    if (videoReader_.isReadable())
+    videoReader_.emplace(videoPath_, videoFps_, gate_, settingsOf(userFilm_));
+    videoReader_->startProcessing();
+    if (videoReader_->isReadable())
         startSound();
     else
-        reportSkippedPicture(videoReader_.url(), textureInfo_);
+        reportSkippedPicture(videoPath_, textureInfo_);
 }
 
 float QVVideoMaterial::volume() const {
-    if (usersVolume_) return *usersVolume_;
+    if (userFilm_.volume) return *userFilm_.volume;
     const auto scene = object3D()->scene();
     return object3D()
         ->settings()
@@ -90,11 +88,11 @@ float QVVideoMaterial::volume() const {
 
 void QVVideoMaterial::startSound() const {
     const auto scene = object3D() ? object3D()->scene() : nullptr;
-    if (!scene || !videoReader_.hasSound() || volume() <= 0) return;
+    if (!scene || !videoReader_->hasSound() || volume() <= 0) return;
     const int64_t last = lastFrameOf(*object3D());
     scene->renderManager().startSoundEffect(platform::Value::Dictionary{
         {"type", "audio"},
-        {"audioPath", videoReader_.url()},
+        {"audioPath", videoPath_},
         {"audioName", object3D()->name() + scene->sceneIdentifier()},
         {"volume", static_cast<double>(std::min(volume(), 1.0f))},
         {"isLoop", false},
@@ -105,20 +103,24 @@ void QVVideoMaterial::startSound() const {
 }
 
 void QVVideoMaterial::updateMaterial(int64_t) {
-    frameOutput_ = videoReader_.renderNextFrame();
+    if (!videoReader_) return;
+    frameOutput_ = videoReader_->renderNextFrame();
     if (!frameOutput_) return;
     setTexture(frameOutput_->outputTexture);
 }
 
 void QVVideoMaterial::destroyMaterial() {
     frameOutput_.reset();
-    videoReader_.cancelProcessing();
-    videoReader_.destroyFrameBuffer();
+    if (videoReader_) {
+        videoReader_->cancelProcessing();
+        videoReader_->destroyFrameBuffer();
+    }
     setTexture(nullptr);
 }
 
 TextureSize QVVideoMaterial::textureSize() const {
-    return {videoReader_.videoWidth(), videoReader_.videoHeight()};
+    if (!videoReader_) return {};
+    return {videoReader_->videoWidth(), videoReader_->videoHeight()};
 }
 
 }  // namespace multiscene

@@ -13,15 +13,16 @@ namespace multiscene {
 /// volume.
 class QVVideoMaterial : public QVTextureMaterial {
   public:
-    /// Opens the file and starts decoding ahead. `videoFps`: the rate in which frame times count.
-    QVVideoMaterial(std::string videoPath, int32_t videoFps, platform::Value textureInfo,
-                    const UserFilm& userFilm, platform::FileGate& gate);
+    /// `videoFps`: the rate in which frame times count.
+    QVVideoMaterial(std::string videoPath, int32_t videoFps, platform::Value textureInfo, UserFilm userFilm,
+                    platform::FileGate& gate);
 
+    /// Opens the file and starts decoding ahead.
     void loadMaterial() override;
     void updateMaterial(int64_t frame) override;
     void destroyMaterial() override;
     TextureSize textureSize() const override;
-    std::string sourcePath() const override { return videoReader_.url(); }
+    std::string sourcePath() const override { return videoPath_; }
     bool mayRepeat() const override { return false; }
     const std::optional<QVVideoFrameRenderOutput>& frameOutput() const { return frameOutput_; }
 
@@ -29,9 +30,12 @@ class QVVideoMaterial : public QVTextureMaterial {
     float volume() const;
     void startSound() const;
 
+    std::string videoPath_;
+    int32_t videoFps_;
     platform::Value textureInfo_;
-    std::optional<float> usersVolume_;
-    QVVideoReader videoReader_;
+    UserFilm userFilm_;
+    platform::FileGate& gate_;
+    std::optional<QVVideoReader> videoReader_;  ///< from loadMaterial() on
     std::optional<QVVideoFrameRenderOutput> frameOutput_;
 };
 

@@ -6,12 +6,12 @@
 
 #include "core/Material/PhotoFilterKeys.h"
 #include "dataMode/QVMultiScene2DTextDataModel.h"
+#include "other/QVMultiSceneRenderShareSettings.h"
 #include "platform/base/Paths.h"
 #include "platform/image/BitmapStretch.h"
 #include "platform/image/ImageDecoder.h"
 #include "platform/image/PhotoFilter.h"
 #include "platform/image/PvrPictures.h"
-#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -126,26 +126,30 @@ void ZBTexture::loadTextureFromPvr(const std::string& path, platform::FileGate& 
 
 platform::Bitmap ZBTexture::filterWithOriginalImage(const platform::Bitmap& originalImage,
                                                     const std::string& sceneRootPath,
-                                                    const platform::Value& filterInfo, Playback& playback) {
+                                                    const platform::Value& filterInfo,
+                                                    const QVMultiSceneRenderShareSettings& settings,
+                                                    platform::FileGate& gate) {
     const KeyReader reader(photoFilterKeys, filterInfo);
     const platform::PhotoFilter filter{.type = reader.text("filterType"),
                                        .cornerRadius = reader.number("circularR"),
                                        .strokeWidth = reader.number("strokeW"),
                                        .strokeColor = colorOf(reader.vector4("strokeColor"))};
     platform::Bitmap overlay;
-    const std::string overlayPath = playback.settings().multiSceneRenderPathResourcesWithString(
-        reader.text("maskPhotoName"), sceneRootPath);
-    if (const platform::FileHandle file = openFile(overlayPath, playback.gate()))
+    const std::string overlayPath =
+        settings.multiSceneRenderPathResourcesWithString(reader.text("maskPhotoName"), sceneRootPath);
+    if (const platform::FileHandle file = openFile(overlayPath, gate))
         overlay = decodeStretched(file, overlayPath, originalImage.size());
     return platform::drawPhotoFilter(filter, originalImage, overlay.isEmpty() ? nullptr : &overlay);
 }
 
 PictureOnCanvas ZBTexture::filteredPicture(const std::string& path, const std::string& sceneRootPath,
-                                           const platform::Value& filterInfo, Playback& playback,
-                                           const ShownBox& shown) {
-    const PictureOnCanvas photo = decodeOntoCanvas(path, playback.gate(), {}, filteredSize);
+                                           const platform::Value& filterInfo,
+                                           const QVMultiSceneRenderShareSettings& settings,
+                                           platform::FileGate& gate, const ShownBox& shown) {
+    const PictureOnCanvas photo = decodeOntoCanvas(path, gate, {}, filteredSize);
     if (photo.bitmap.isEmpty()) return {};
-    platform::Bitmap shaped = filterWithOriginalImage(photo.bitmap, sceneRootPath, filterInfo, playback);
+    platform::Bitmap shaped =
+        filterWithOriginalImage(photo.bitmap, sceneRootPath, filterInfo, settings, gate);
     const platform::ImageSize canvas = canvasOf(photo.bitmap.size(), shown);
     return {canvas == shaped.size() ? std::move(shaped) : averaged(shaped, canvas), photo.source};
 }

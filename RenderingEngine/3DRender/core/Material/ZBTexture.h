@@ -12,7 +12,7 @@
 
 namespace multiscene {
 
-class Playback;
+class QVMultiSceneRenderShareSettings;
 class QVMultiScene2DTextDataModel;
 
 /// How a picture file is stored; other numbers load nothing.
@@ -53,10 +53,11 @@ class ZBTexture {
     void loadPicture(const std::string& path, ImageType imageType, platform::FileGate& gate,
                      const ShownBox& shown = {});
     /// A photo shaped by the "filterType" of the dictionary. It is brought to filterPhotoSide before, so that
-    /// its radii and strokes look the same on a photo of any size. Any thread while `playback` lives.
+    /// its radii and strokes look the same on a photo of any size. Any thread while `settings` live.
     static PictureOnCanvas filteredPicture(const std::string& path, const std::string& sceneRootPath,
-                                           const platform::Value& filterInfo, Playback& playback,
-                                           const ShownBox& shown);
+                                           const platform::Value& filterInfo,
+                                           const QVMultiSceneRenderShareSettings& settings,
+                                           platform::FileGate& gate, const ShownBox& shown);
     /// A text; returns where it lies in the texture. Texts beyond maxTextBitmapSide are drawn smaller.
     QVTextureMaterial::TextureCoordinates loadTextureFrom2DTextDadaModel(
         const QVMultiScene2DTextDataModel& model);
@@ -67,7 +68,9 @@ class ZBTexture {
     /// this resource folder finds files.
     static platform::Bitmap filterWithOriginalImage(const platform::Bitmap& originalImage,
                                                     const std::string& sceneRootPath,
-                                                    const platform::Value& filterInfo, Playback& playback);
+                                                    const platform::Value& filterInfo,
+                                                    const QVMultiSceneRenderShareSettings& settings,
+                                                    platform::FileGate& gate);
 
   private:
     static platform::FileHandle openFile(const std::string& path, platform::FileGate& gate);
