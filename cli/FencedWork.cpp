@@ -185,6 +185,16 @@ void noteFence(const Message& message) {
                      message.field(index).c_str());
 }
 
+/// What killed installations left, for those that only read the catalogue. One that cannot be read is told by
+/// who needs it.
+void putCatalogueRight() {
+    try {
+        if (platform::isThere(QVDataManager::databasePath())) openCatalogue();
+    } catch (const Error& failure) {
+        platform::log::info(failure.what());
+    }
+}
+
 /// A file in memory that holds these bytes.
 FileHandle fileHolding(const std::string& bytes) {
     FileHandle file(::memfd_create("multiscene", MFD_CLOEXEC));
@@ -218,6 +228,7 @@ bool FencedWork::isCancelled() const {
 }
 
 int FencedWork::runHere(const Errand& errand, const Work& work, const Answer& answer) {
+    if (!errand.changesCatalogue) putCatalogueRight();
     Workplace place{console_, watch_->stopToken(), answer, copyOf(errand.connection)};
     return work(place);
 }

@@ -74,6 +74,16 @@ void makeFolders() {
     }
 }
 
+bool hasContent(const std::string& file) {
+    std::error_code failure;
+    return std::filesystem::file_size(file, failure) > 0 && !failure;
+}
+
+/// What is recorded is in two files then, and can be read from both together only.
+bool isBeingChanged(const std::string& database) {
+    return hasContent(database + "-wal") || hasContent(database + "-journal");
+}
+
 /// Without the input description: it lists a whole group, and is as long as there are scenes to look up.
 SceneConfigData sceneOfRow(const Statement& row, const std::string& scenePath) {
     return {row.integer("sId"),
@@ -118,6 +128,7 @@ Database& QVDataManager::database() {
         if (path_ == databasePath()) makeFolders();
         database_ = opened();
     } catch (const platform::UnwritableDatabase& failure) {
+        if (failure.kind() == platform::ErrorKind::Transient && isBeingChanged(path_)) throw;
         unwritable_ = failure;
         database_ = openedForReading();
         platform::log::info(std::string("the catalogue can only be read: ") + failure.what());
@@ -134,10 +145,13 @@ std::unique_ptr<Database> QVDataManager::opened() const {
     return opened;
 }
 
-/// Where nothing can be written, what was installed can still be used; without a file there is nothing.
+/// Where nothing can be written, what was installed can still be used; without a file, or one that was just
+/// begun, there is nothing.
 std::unique_ptr<Database> QVDataManager::openedForReading() const {
-    std::error_code failure;
-    if (std::filesystem::file_size(path_, failure) > 0 && !failure) return Database::unchanging(path_);
+    if (hasContent(path_)) {
+        auto found = Database::unchanging(path_);
+        if (found->tableExists(kTable)) return found;
+    }
     auto empty = std::make_unique<Database>(Database::kInMemory);
     empty->execute(kCreate);
     return empty;

@@ -30,6 +30,7 @@ std::shared_ptr<Playback> playbackIn(const JobFolder& job) {
     auto playback = std::make_shared<Playback>();
     playback->gate().allowFolder(platform::resourcesFolder());
     playback->gate().allowFolder(job.path());
+    playback->textCopy().setFolder(job.path());
     return playback;
 }
 

@@ -1,6 +1,7 @@
 #include "platform/store/Database.h"
 
 #include <SQLiteCpp/SQLiteCpp.h>
+#include <fcntl.h>
 #include <sqlite3.h>
 #include <unistd.h>
 
@@ -12,6 +13,7 @@
 #include <thread>
 
 #include "platform/base/Error.h"
+#include "platform/base/File.h"
 
 namespace platform {
 
@@ -73,8 +75,16 @@ bool isRefused(const std::string& file) {
     return !mayWrite(file) || !mayWrite(folder) || ::access(folder.c_str(), F_OK) != 0;
 }
 
+/// SQLite takes a file for damaged, too, of which the disk does not give it what it asks for.
+bool isUnread(int code, const std::string& file) {
+    if ((code & 0xff) != SQLITE_CORRUPT && (code & 0xff) != SQLITE_NOTADB) return false;
+    char header[100];
+    const FileHandle opened = openFile(file, O_RDONLY);
+    return opened ? ::pread(opened.descriptor(), header, sizeof header, 0) < 0 : isPassing(errno);
+}
+
 [[noreturn]] void rethrow(const SQLite::Exception& failure, const std::string& file) {
-    const int code = failure.getErrorCode();
+    const int code = isUnread(failure.getErrorCode(), file) ? SQLITE_IOERR : failure.getErrorCode();
     const bool passes = isPassingCode(code) || (isUnwritable(code) && !isRefused(file));
     const ErrorKind kind = passes ? ErrorKind::Transient : ErrorKind::Failed;
     if (isUnwritable(code)) throw UnwritableDatabase(kind, explanation(code, failure.what()), file);
@@ -159,7 +169,14 @@ Database::Database(const std::string& file, int busyTimeoutMs) {
     guarded(file, [&] {
         core_ = std::make_unique<Core>(file, busyTimeoutMs);
         if (file == kInMemory) return;
-        useWriteAheadLog(core_->connection);
+        try {
+            useWriteAheadLog(core_->connection);
+        } catch (const SQLite::Exception& failure) {
+            // What looks damaged because one read failed is whole the next time.
+            if ((failure.getErrorCode() & 0xff) != SQLITE_CORRUPT) throw;
+            core_ = std::make_unique<Core>(file, busyTimeoutMs);
+            useWriteAheadLog(core_->connection);
+        }
         core_->connection.exec("PRAGMA synchronous=FULL");
     });
 }

@@ -85,7 +85,7 @@ def catalogue_rows(database):
                                    ("installJournal", "*"), ("installedArchives", "*")):
                 if table in tables:
                     rows += [(table, *row) for row in connection.execute(f"SELECT {columns} FROM {table} ORDER BY 1")]
-            return rows if len(rows) > 1 else []
+            return rows
         finally:
             connection.close()
 
@@ -109,7 +109,7 @@ def snapshot(root):
     # An open change is none of the user's business, but must be closed by the next run.
     found.update({f"journal of {row[1]}": "open" for row in rows if row[0] == "installJournal"})
     rows = [row for row in rows if row[0] != "installJournal"]
-    if rows:
+    if len(rows) > 1:
         found["rows"] = repr(rows)
     return found
 
