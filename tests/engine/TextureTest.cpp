@@ -1,6 +1,7 @@
 #include <gmock/gmock.h>
 
 #include <fstream>
+#include <thread>
 
 #include "3DObject/QuadObject3D/QVQuadObject3D.h"
 #include "DrawableFixture.h"
@@ -10,6 +11,7 @@
 #include "core/Material/TextureInfoKeys.h"
 #include "core/component/QVObject3DSoundSourceComponent.h"
 #include "group/PhotoSlot.h"
+#include "platform/image/ImageDecoder.h"
 
 namespace multiscene::testing {
 
@@ -143,8 +145,12 @@ TEST_F(TextureTest, LargeTextsAreDrawnSmallerButKeepTheirCoordinates) {
     };
     QVTexture2dMaterial text(textOf(1));
     text.setObject3D(add(dictionary({{"type", "QVQuadObject3D"}})).get());
+    driver.played.textCopy().setFolder(folder);
     text.loadMaterial();
     EXPECT_EQ(text.textureSize().width, 2000);
+    while (!std::filesystem::exists(path("text.jpg"))) std::this_thread::yield();
+    const platform::FileHandle kept = driver.played.gate().open(path("text.jpg")).file;
+    EXPECT_EQ(platform::readImageSize(kept).width, 1024) << "as large as it is drawn";
     const float right = 2000 / 2048.0f, bottom = 500 / 512.0f;
     EXPECT_THAT(text.textureCoordinates(), ::testing::ElementsAre(0, bottom, right, bottom, right, 0, 0, 0));
     // Enlarged, so that the edges of its letters tell the size of its pixels: those of the same text at half

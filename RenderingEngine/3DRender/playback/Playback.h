@@ -6,6 +6,7 @@
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "platform/base/FileGate.h"
 #include "playback/PicturesAhead.h"
+#include "playback/TextPictureCopy.h"
 #include "report/RenderReport.h"
 
 namespace multiscene {
@@ -35,11 +36,15 @@ class Playback {
     QVMultiSceneRenderShareSettings& settings() { return settings_; }
     /// Pictures that are made while others are shown.
     PicturesAhead& picturesAhead() { return picturesAhead_; }
+    /// Where the last text is kept as a picture; its folder is set before the video plays, and stays until
+    /// the playback ends.
+    TextPictureCopy& textCopy() { return textCopy_; }
 
   private:
     platform::FileGate gate_;
     RenderReport report_;
     QVMultiSceneRenderShareSettings settings_;
+    TextPictureCopy textCopy_;
     PicturesAhead picturesAhead_{gate_};  ///< ends first: its thread needs what stands above
 };
 

@@ -5,6 +5,7 @@
 #include "core/SkippedMedia.h"
 #include "dataMode/QVMultiScene2DTextDataModel.h"
 #include "dataMode/TextSettings.h"
+#include "playback/Playback.h"
 
 namespace multiscene {
 
@@ -26,7 +27,7 @@ void QVTexture2dMaterial::loadMaterial() {
                    scene->playback());
     if (!model.missingLetters().empty())
         reportSkipped(*object3D(), "letters that cannot be drawn", letterNames(model.missingLetters()));
-    setTextureCoordinates(modelTexture_.loadTextureFrom2DTextDadaModel(model));
+    setTextureCoordinates(modelTexture_.loadTextureFrom2DTextDadaModel(model, scene->playback().textCopy()));
     setTexture(modelTexture_.texture());
 }
 

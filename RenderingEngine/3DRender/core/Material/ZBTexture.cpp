@@ -12,6 +12,7 @@
 #include "platform/image/ImageDecoder.h"
 #include "platform/image/PhotoFilter.h"
 #include "platform/image/PvrPictures.h"
+#include "playback/TextPictureCopy.h"
 
 namespace multiscene {
 
@@ -157,7 +158,7 @@ PictureOnCanvas ZBTexture::filteredPicture(const std::string& path, const std::s
 // Texts
 
 QVTextureMaterial::TextureCoordinates ZBTexture::loadTextureFrom2DTextDadaModel(
-    const QVMultiScene2DTextDataModel& model) {
+    const QVMultiScene2DTextDataModel& model, TextPictureCopy& copy) {
     const platform::TextSize size = model.textureSize();
     const int width = minimumSizedTextureSize(static_cast<float>(size.width));
     const int height = minimumSizedTextureSize(static_cast<float>(size.height));
@@ -165,6 +166,7 @@ QVTextureMaterial::TextureCoordinates ZBTexture::loadTextureFrom2DTextDadaModel(
     const double scale = longest > maxTextBitmapSide ? static_cast<double>(maxTextBitmapSide) / longest : 1;
     platform::Bitmap bitmap =
         model.drawText(static_cast<int>(width * scale), static_cast<int>(height * scale), scale);
+    copy.write(bitmap);
     if (!bitmap.isEmpty()) texture_->setPicture(std::move(bitmap));
     textureContentSize_ = {size.width, size.height};
     const auto right = static_cast<float>(size.width / width);

@@ -14,6 +14,7 @@ namespace multiscene {
 
 class QVMultiSceneRenderShareSettings;
 class QVMultiScene2DTextDataModel;
+class TextPictureCopy;
 
 /// How a picture file is stored; other numbers load nothing.
 enum class ImageType : uint32_t { Picture = 0, Pvr = 2 };
@@ -58,9 +59,10 @@ class ZBTexture {
                                            const platform::Value& filterInfo,
                                            const QVMultiSceneRenderShareSettings& settings,
                                            platform::FileGate& gate, const ShownBox& shown);
-    /// A text; returns where it lies in the texture. Texts beyond maxTextBitmapSide are drawn smaller.
+    /// A text, kept as `copy` keeps it; returns where it lies in the texture. Texts beyond maxTextBitmapSide
+    /// are drawn smaller.
     QVTextureMaterial::TextureCoordinates loadTextureFrom2DTextDadaModel(
-        const QVMultiScene2DTextDataModel& model);
+        const QVMultiScene2DTextDataModel& model, TextPictureCopy& copy);
 
     /// The canvas side for a picture side, computed in single precision: the next power of two, at least 64.
     static int minimumSizedTextureSize(float side);
