@@ -14,7 +14,7 @@ std::optional<FileLock> FileLock::acquire(const std::filesystem::path& file,
     FileHandle handle = openFile(file, O_RDWR | O_CREAT | O_NOFOLLOW);
     if (const int failure = errno; !handle && mode == Mode::Shared) {
         handle = openFile(file, O_RDONLY | O_NOFOLLOW);
-        errno = failure;
+        if (!isPassing(errno)) errno = failure;
     }
     if (!handle) throw errnoError(errno, "cannot open the lock file", file.string());
     const auto deadline = std::chrono::steady_clock::now() + patience;
