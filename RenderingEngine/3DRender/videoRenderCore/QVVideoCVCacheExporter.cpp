@@ -1,6 +1,7 @@
 #include "videoRenderCore/QVVideoCVCacheExporter.h"
 
 #include <cmath>
+#include <future>
 
 #include "output/ExportSound.h"
 #include "platform/base/Activity.h"
@@ -152,15 +153,20 @@ void QVVideoCVCacheExporter::canleExport() {
 void QVVideoCVCacheExporter::complete() {
     try {
         platform::activity::stage("encoding the last frames");
+        // The sound is mixed while the encoder ends with the frames that it has looked ahead at.
+        auto mixing =
+            std::async(std::launch::async, [this] { return mutableAudioCompositionWithVideoUrl(); });
         if (writer_->finish() != platform::VideoWriter::State::Completed) {
             if (const auto error = writer_->error()) handleSessionError(*error);
             return;
         }
-        const auto entries = audioTrackArray();
-        if (entries.empty())
-            handleSessionCompleteWithVideoPath(savePath_);
-        else if (!mutableAudioCompositionWithVideoUrl(entries))
+        const std::optional<std::filesystem::path> sound = mixing.get();
+        if (!sound)
             moveTo(State::SilentOnly);
+        else if (sound->empty())
+            handleSessionCompleteWithVideoPath(savePath_);
+        else
+            synthesisAudio(*sound);
     } catch (const platform::Error& error) {
         handleSessionError(error);
     } catch (const std::exception& error) {
@@ -169,16 +175,14 @@ void QVVideoCVCacheExporter::complete() {
 }
 
 /// The film lasts from 0 to the end of its last frame, which is stamped one less than the next would be.
-bool QVVideoCVCacheExporter::mutableAudioCompositionWithVideoUrl(
-    const std::vector<platform::Value>& entries) {
-    if (currentFrame_ * ticksPerSecond / framesPerSecond_ < shortestMixedFilm) return false;
+std::optional<std::filesystem::path> QVVideoCVCacheExporter::mutableAudioCompositionWithVideoUrl() {
+    const auto entries = audioTrackArray();
+    if (entries.empty()) return std::filesystem::path();
+    if (currentFrame_ * ticksPerSecond / framesPerSecond_ < shortestMixedFilm) return std::nullopt;
     const auto totalTime = static_cast<float>(static_cast<double>(currentFrame_) / framesPerSecond_);
     const platform::AudioTimeline timeline =
         ExportSound::timelineOf(entries, framesPerSecond_, totalTime, *settings_.playback);
-    if (timeline.tracks.empty()) {
-        handleSessionCompleteWithVideoPath(savePath_);
-        return true;
-    }
+    if (timeline.tracks.empty()) return std::filesystem::path();
     platform::activity::stage("mixing the sound", platform::ErrorKind::Template);
     // An M4A file whose name ends in .m4v.
     const std::filesystem::path mix = temporaryFile(".m4v");
@@ -189,8 +193,7 @@ bool QVVideoCVCacheExporter::mutableAudioCompositionWithVideoUrl(
         const std::lock_guard lock(mutex_);
         soundReport_ = report;
     }
-    synthesisAudio(mix);
-    return true;
+    return mix;
 }
 
 void QVVideoCVCacheExporter::synthesisAudio(const std::filesystem::path& audio) {

@@ -116,7 +116,9 @@ class QVVideoCVCacheExporter : public FrameSink,
     bool moveTo(State next);
     void giveUp();
     void complete();
-    bool mutableAudioCompositionWithVideoUrl(const std::vector<platform::Value>& entries);
+    /// The finished sound's file, empty when nothing is heard; none when the film is too short for its
+    /// sounds.
+    std::optional<std::filesystem::path> mutableAudioCompositionWithVideoUrl();
     void synthesisAudio(const std::filesystem::path& audio);
     void handleSessionCompleteWithVideoPath(const std::string& path);
     void handleSessionError(const platform::Error& error);
