@@ -17,6 +17,7 @@
 #include "platform/base/Activity.h"
 #include "platform/base/CurrentError.h"
 #include "platform/base/File.h"
+#include "platform/base/Limits.h"
 #include "platform/base/Log.h"
 #include "platform/base/Memory.h"
 #include "platform/base/Paths.h"
@@ -38,7 +39,7 @@ namespace {
 /// The request for a copy of the catalogue; every other one is the command's affair.
 constexpr const char* kCatalogue = "catalogue";
 constexpr int kMostCopies = 100;
-constexpr uint64_t kMostCatalogueBytes = uint64_t{1} << 30;
+constexpr uint64_t kMostCatalogueBytes = platform::limitOf("maxCatalogueBytes");
 
 /// Drivers keep the shaders that they have compiled. Those of workers stay among themselves: what a worker
 /// that was taken over leaves there is used by none but workers.
@@ -218,7 +219,30 @@ FencedWork::FencedWork(Console& console, const JobSettings& settings)
 }
 
 int FencedWork::run(const Errand& errand, const Work& work, const Answer& answer) {
-    return settings_.isFenced ? runFenced(errand, work, answer) : runHere(errand, work, answer);
+    if (!settings_.isFenced) return runHere(errand, work, answer);
+    try {
+        return runFenced(errand, settings_.limits, work, answer);
+    } catch (...) {
+        if (errand.changesCatalogue) recoverCatalogue();
+        throw;
+    }
+}
+
+/// What a worker has left that was killed while it changed the catalogue. A disk that holds this one up too
+/// leaves it to the next start.
+void FencedWork::recoverCatalogue() {
+    const bool stands = isCommitted_;
+    constexpr uint64_t mostSeconds = 1;
+    platform::WorkerLimits limits = settings_.limits;
+    limits.wallSeconds = limits.stepSeconds = mostSeconds;
+    Errand errand;
+    errand.changesCatalogue = true;
+    try {
+        runFenced(errand, limits, [](Workplace&) { return openCatalogue() ? 0 : 1; }, {});
+    } catch (const Error& failure) {
+        platform::log::info(std::string("the catalogue is not put right: ") + failure.what());
+    }
+    isCommitted_ = stands;
 }
 
 bool FencedWork::isCancelled() const {
@@ -233,7 +257,8 @@ int FencedWork::runHere(const Errand& errand, const Work& work, const Answer& an
     return work(place);
 }
 
-int FencedWork::runFenced(const Errand& errand, const Work& work, const Answer& answer) {
+int FencedWork::runFenced(const Errand& errand, const platform::WorkerLimits& limits, const Work& work,
+                          const Answer& answer) {
     const fs::path cache = shaderCache();
     if (errand.changesCatalogue) QVUtil::createMultiSceneLocalPaths();  // only what exists can be reached
     catalogue_.reset();  // SQLite's own memory of open files and locks must not be there twice
@@ -241,7 +266,7 @@ int FencedWork::runFenced(const Errand& errand, const Work& work, const Answer& 
     copies_ = 0;
     platform::Worker worker([&](Channel& channel) {
         return tellEnd(channel, errand, [&] {
-            shutIn(errand, cache, settings_.limits, channel);
+            shutIn(errand, cache, limits, channel);
             FileHandle connection = receivedConnection(errand, channel);
             const SignalWatch watch;
             RelayedConsole relayed(console_.isJson(), channel, [&errand](const std::string& text) {
@@ -255,7 +280,7 @@ int FencedWork::runFenced(const Errand& errand, const Work& work, const Answer& 
     });
     handConnectionOver(errand, worker.channel());
     std::function<void()> commit;
-    platform::Supervisor supervisor(worker, settings_.limits, signals_->descriptor(), [&](Message& message) {
+    platform::Supervisor supervisor(worker, limits, signals_->descriptor(), [&](Message& message) {
         if (message.kind == Message::Kind::Request) {
             // One that asks without listening gets no answer.
             worker.channel().sendAtOnce(answerTo(message, answer));

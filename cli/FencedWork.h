@@ -49,8 +49,9 @@ class FencedWork {
     FencedWork(Console& console, const JobSettings& settings);
 
     /// Does the work in a worker of its own and returns its exit code. Nothing that the work leaves in memory
-    /// comes back; what it leaves in the job's folder may be anything. Throws platform::Error: what the work
-    /// threw, what became of the worker, or Cancelled.
+    /// comes back; what it leaves in the job's folder may be anything. When one fails that changes the
+    /// catalogue, another one puts right what it has left. Throws platform::Error: what the work threw, what
+    /// became of the worker, or Cancelled.
     int run(const Errand& errand, const Work& work, const Answer& answer = {});
 
     /// A signal has come. For what the program itself waits for; the next run() then ends at once.
@@ -58,10 +59,14 @@ class FencedWork {
 
     /// From within an answer: the command's result stands, a signal no longer ends the work.
     void commit() { isCommitted_ = true; }
+    /// The result of the last run() stands, whatever that threw.
+    bool isCommitted() const { return isCommitted_; }
 
   private:
     int runHere(const Errand& errand, const Work& work, const Answer& answer);
-    int runFenced(const Errand& errand, const Work& work, const Answer& answer);
+    int runFenced(const Errand& errand, const platform::WorkerLimits& limits, const Work& work,
+                  const Answer& answer);
+    void recoverCatalogue();
     platform::Message answerTo(const platform::Message& request, const Answer& answer);
     std::string copyOfCatalogue();
 

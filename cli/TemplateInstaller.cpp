@@ -52,6 +52,14 @@ Error askingForUpdate(const Error& failure, const std::string& url) {
 
 }  // namespace
 
+InstallOptions committing(InstallOptions options, const Workplace& place) {
+    options.onStep = [before = std::move(options.onStep), ask = place.ask](const char* step) {
+        if (before) before(step);
+        if (std::string_view(step) == "committed") ask({"committed"});
+    };
+    return options;
+}
+
 InstallOptions TemplateInstaller::options(const Workplace& place,
                                           std::optional<int64_t> offeredNumber) const {
     InstallOptions options;
@@ -133,10 +141,9 @@ void TemplateInstaller::install(const fs::path& zip, std::optional<int64_t> offe
         [&](Workplace& place) {
             platform::activity::stage("installing");
             const auto catalogue = openCatalogue();
-            TemplateInstallation installation(*catalogue, name, options(place, offeredNumber));
-            const InstallResult result = installation.takeIn(folder, zip);
-            place.ask({"installed"});
-            tell(place.console, result, event);
+            TemplateInstallation installation(*catalogue, name,
+                                              committing(options(place, offeredNumber), place));
+            tell(place.console, installation.takeIn(folder, zip), event);
             return 0;
         },
         [&](const std::vector<std::string>&) { fenced_.commit(); });

@@ -11,6 +11,10 @@
 
 namespace multiscene::cli {
 
+/// The program hears the moment at which a change of the catalogue is made: from then on it stands, and a
+/// signal no longer ends the worker, which tidies up. Its answer commits (FencedWork::commit).
+InstallOptions committing(InstallOptions options, const Workplace& place);
+
 /// One worker downloads and reads nothing of what it gets; one unpacks and judges, and writes in the job's
 /// folder alone; one changes the catalogue and reads nothing that a template has written.
 class TemplateInstaller {

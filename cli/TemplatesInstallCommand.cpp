@@ -38,7 +38,7 @@ class TemplatesInstallCommand : public Command {
             const JobFolder job;
             install(fenced, job);
         } catch (const Error& failure) {
-            if (isUnsettled(failure)) throw;
+            if (isUnsettled(failure) || fenced.isCommitted()) throw;
             throw nothingInstalled(failure);
         }
         return 0;

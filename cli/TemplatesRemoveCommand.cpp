@@ -4,6 +4,7 @@
 #include "cli/CatalogueCommand.h"
 #include "cli/Commands.h"
 #include "cli/FencedWork.h"
+#include "cli/TemplateInstaller.h"
 #include "platform/base/Activity.h"
 
 namespace multiscene::cli {
@@ -41,9 +42,8 @@ class TemplatesRemoveCommand : public Command {
                 const auto catalogue = openCatalogue();
                 InstallOptions options;
                 options.isCancelled = [stop = place.stop] { return stop.stop_requested(); };
-                const InstallResult result = TemplateInstallation(*catalogue, name, options).remove();
-                place.ask({"removed"});
-                tell(place.console, result);
+                tell(place.console,
+                     TemplateInstallation(*catalogue, name, committing(options, place)).remove());
                 return 0;
             },
             [&](const std::vector<std::string>&) { fenced.commit(); });

@@ -4,7 +4,9 @@
 #include <dlfcn.h>
 #include <stdlib.h>
 #include <string.h>
+#define syncfs declared_otherwise
 #include <unistd.h>
+#undef syncfs
 
 static void hang_if_named(const char* name) {
     const char* wanted = getenv("MULTISCENE_HANG");
@@ -31,3 +33,4 @@ HANGING(avcodec_send_frame)   // the video that is made
 HANGING(inflate)              // an archive
 HANGING(plist_from_xml)       // a template
 HANGING(curl_easy_perform)    // a server
+HANGING(syncfs)               // the disk, when a template has been brought to its place
