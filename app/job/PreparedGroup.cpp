@@ -144,7 +144,7 @@ PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, J
     if (request.isStrict) requireInputs(prepared.missingInputs);
     prepared.group = std::move(prepared.playable.group);
     prepared.group.userMediaMap = Value(std::move(values.map));
-    prepared.totalFrames = prepared.group.totalFrames();
+    prepared.totalFrames = prepared.group.playedFrames();
     shareFolders(prepared, job);
     Notes notes = std::move(values.notes);
     prepared.musicPath = musicOf(request, prepared, notes);

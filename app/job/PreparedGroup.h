@@ -21,10 +21,10 @@ struct PreparedGroup {
     Playable playable;
     MediaFormat format;  ///< of the video
     Renderer renderer = Renderer::Auto;
-    platform::FrameLayout layout;            ///< of the drawn picture in it
-    SceneGroup group;                        ///< with the user's values
-    int64_t totalFrames = 0;                 ///< as the catalogue says; below 1 when it does not
-    std::string musicPath;                   ///< empty: no music
+    platform::FrameLayout layout;  ///< of the drawn picture in it
+    SceneGroup group;              ///< with the user's values
+    int64_t totalFrames = 0;       ///< as the catalogue and the clocks say; below 1 when they do not
+    std::string musicPath;         ///< empty: no music
     std::vector<std::string> missingInputs;  ///< keys that the user did not give
 
     double seconds(int64_t frames) const { return static_cast<double>(frames) / format.framesPerSecond; }

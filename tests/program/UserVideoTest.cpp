@@ -174,7 +174,13 @@ TEST_F(UserVideoTest, GivesASceneItsLengthAndMustOutlastTheTransitionIntoIt) {
     SmallTemplate small = asLongAsTheFilm();
     const Result made = make(small.write(folder.path()), grey("slow.mp4", 4, 5));
     ASSERT_EQ(made.exitCode, 0) << made.errors;
-    EXPECT_EQ(total(made), 8) << "4 pictures at 5 are 8 frames at 10 a second";
+    EXPECT_EQ(total(made), 9) << "4 pictures at 5 are 8 frames at 10 a second, and \"endFps\" is inclusive";
+    EXPECT_EQ(made.jsonLines().back().integer("frames"), total(made));
+    const auto last = folder.file("last");
+    EXPECT_EQ(multiscene({"frames", folder.path() / small.name, "--video", "clip=" + folder.file("slow.mp4"),
+                          "--at", "8", "-o", last})
+                  .exitCode,
+              0);
 
     // Behind another scene, with a transition of four frames between.
     small.moreRecords = {recordOf(8, small.name, "first.plist", 8),
@@ -193,7 +199,8 @@ TEST_F(UserVideoTest, GivesASceneItsLengthAndMustOutlastTheTransitionIntoIt) {
     EXPECT_THAT(refused.errors, HasSubstr("needs 5 frames (0.50 s)"));
     const Result longer = make(path, grey("long.mp4", 5, 10));
     EXPECT_EQ(longer.exitCode, 0) << longer.errors;
-    EXPECT_EQ(total(longer), 8 + 5 - 4);
+    EXPECT_EQ(total(longer), 8 + 5 + 1 - 4);
+    EXPECT_EQ(longer.jsonLines().back().integer("frames"), total(longer));
 }
 
 TEST_F(UserVideoTest, WithAGapOfHoursEndsTheJobAtOnce) {

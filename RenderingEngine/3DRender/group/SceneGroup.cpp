@@ -31,6 +31,13 @@ int32_t saturatedTo32Bits(int64_t value) {
     return static_cast<int32_t>(std::clamp<int64_t>(value, Limits::min(), Limits::max()));
 }
 
+/// "endFps" is inclusive, so a clock that ends at the number of the user's frames shows one more.
+bool playsOneMore(const SceneGroup& group, const Value& entry) {
+    const SceneGroup::Scene* scene = group.scene(entry.integer("mainSceneId"));
+    return scene && scene->record.fpsLength < 1 && scene->record.sourceType == kLengthFromUserVideo &&
+           scene->content["TimeSource"]["FpsInfo"].string("endFps") == kUserVideoFrames;
+}
+
 }  // namespace
 
 const SceneGroup::Scene* SceneGroup::scene(int64_t number) const {
@@ -53,6 +60,11 @@ int32_t SceneGroup::totalFrames() const {
         if (index + 1 < entries.size()) total -= saturatedTo32Bits(overlapWithNext(entries[index]));
     }
     return saturatedTo32Bits(total);
+}
+
+int64_t SceneGroup::playedFrames() const {
+    return totalFrames() +
+           std::ranges::count_if(entries, [this](const Value& entry) { return playsOneMore(*this, entry); });
 }
 
 SceneGroup::Scenes scenesNamedBy(const Value::Array& entries, SceneCatalogue& catalogue) {

@@ -36,6 +36,9 @@ struct SceneGroup {
     /// Frames of the whole group: each scene's catalogue length (or the user's video's), less the transitions
     /// of type 0, during which two scenes overlap. Saturates at 32 bits; below 1 when the records do not say.
     int32_t totalFrames() const;
+    /// Frames that playing it gives: one more than that for each scene whose clock has the number of the
+    /// user's frames as its "endFps", which is inclusive. Asks the scenes' files.
+    int64_t playedFrames() const;
 };
 
 /// The records of all scenes that the entries name, transition scenes included; nothing is read.
