@@ -2,7 +2,6 @@
 
 #include <CLI/CLI.hpp>
 #include <algorithm>
-#include <iterator>
 #include <map>
 #include <set>
 #include <string_view>
@@ -11,7 +10,6 @@
 #include "app/check/Suggestion.h"
 #include "app/program/ProgramVersion.h"
 #include "cli/Table.h"
-#include "platform/archive/ZipLimits.h"
 #include "platform/base/Error.h"
 #include "platform/base/Json.h"
 #include "platform/base/Limits.h"
@@ -102,18 +100,20 @@ class LimitsCall : public CLI::Success {
 
 std::string limitsText(bool isJson) {
     std::string text;
-    Table table({"LIMIT", "VALUE", "MEANING"});
-    auto rows = platform::zipLimitRows();
-    std::ranges::move(platform::limitRows(), std::back_inserter(rows));
-    for (const platform::LimitRow& row : rows) {
-        table.add({row.name, std::to_string(row.value), row.meaning});
+    Table table({"LIMIT", "VALUE", "UNIT", "MEANING", "BEYOND IT"});
+    for (const platform::Limit& limit : platform::limits::kAll) {
+        const std::string name(limit.name), unit(limit.unit), meaning(limit.meaning), beyond(limit.beyond);
+        table.add({name, std::to_string(limit.value), unit, meaning, beyond});
         text += platform::jsonText(platform::Value::Dictionary{{"event", "limit"},
-                                                               {"name", row.name},
-                                                               {"value", static_cast<int64_t>(row.value)},
-                                                               {"meaning", row.meaning}}) +
+                                                               {"name", name},
+                                                               {"value", static_cast<int64_t>(limit.value)},
+                                                               {"unit", unit},
+                                                               {"meaning", meaning},
+                                                               {"beyond", beyond}}) +
                 "\n";
     }
-    return isJson ? text : "What a template and its archive may hold, and a job may take:\n" + table.text();
+    return isJson ? text
+                  : "What templates, inputs and servers may ask for, and a job may take:\n" + table.text();
 }
 
 /// Parser and commands, alive while the words are parsed.
@@ -145,7 +145,8 @@ struct Parser {
             "--no-fence", [this] { result.settings.isFenced = false; },
             "Do the work in the program itself, where nothing stops it: for debuggers");
         app.add_flag_callback(
-            "--limits", [] { throw LimitsCall(); }, "Show the limits for templates, their archives and jobs");
+            "--limits", [] { throw LimitsCall(); },
+            "Show every limit, and what becomes of what is beyond it");
         for (const CommandEntry& entry : commands()) add(entry);
     }
 

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "platform/base/Error.h"
+#include "platform/base/Limits.h"
 #include "platform/media/VideoWriter.h"
 
 namespace multiscene::cli {
@@ -13,11 +14,12 @@ using platform::ErrorKind;
 
 namespace {
 
-constexpr int kMaxFramesPerSecond = 1000;
+constexpr int kMaxFramesPerSecond = platform::limitOf<int>("maxFramesPerSecond");
 constexpr const char* kPair = "KEY=VALUE; multiscene templates show TEMPLATE lists the keys";
 constexpr const char* kFilePair = "KEY=FILE; multiscene templates show TEMPLATE lists the keys";
-constexpr double kMostSeconds = 86400;
-constexpr int64_t kLeastBitRate = 1000, kMostBitRate = 500'000'000;  // bits a second
+constexpr double kMostSeconds = platform::limitOf<double>("maxMusicSeconds");
+constexpr int64_t kLeastBitRate = platform::limitOf<int64_t>("minBitRate"),
+                  kMostBitRate = platform::limitOf<int64_t>("maxBitRate");
 
 Error wrong(const std::string& value, const std::string& wanted) {
     return Error(ErrorKind::Usage, "\"" + value + "\" is not " + wanted);
@@ -36,7 +38,7 @@ int64_t numberWithin(const std::string& text, int64_t least, int64_t most) {
     throw wrong(text, "a whole number from " + std::to_string(least) + " to " + std::to_string(most));
 }
 
-double decimalWithin(std::string_view text, double least, double most, const char* wanted) {
+double decimalWithin(std::string_view text, double least, double most, const std::string& wanted) {
     double number = 0;
     const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
     const bool isNumber = result.ec == std::errc() && result.ptr == text.data() + text.size();
@@ -109,7 +111,8 @@ int bitRateOf(const std::string& text) {
     const int64_t factor = unit == 'k' || unit == 'K' ? 1000 : unit == 'm' || unit == 'M' ? 1'000'000 : 1;
     const auto number = wholeNumber(factor == 1 ? text : text.substr(0, text.size() - 1));
     if (!number || *number < 1 || *number > kMostBitRate / factor || *number * factor < kLeastBitRate)
-        throw wrong(text, "a bit rate such as 1500k or 4M");
+        throw wrong(text, "a bit rate such as 1500k or 4M, from " + std::to_string(kLeastBitRate) + " to " +
+                              std::to_string(kMostBitRate) + " bits a second");
     return static_cast<int>(*number * factor);
 }
 
@@ -120,7 +123,9 @@ std::string presetOf(const std::string& text) {
 }
 
 double secondsOf(std::string_view text) {
-    return decimalWithin(text, 0, kMostSeconds, "a number of seconds from 0 to 86400, such as 2.5");
+    return decimalWithin(text, 0, kMostSeconds,
+                         "a number of seconds from 0 to " +
+                             std::to_string(platform::limitOf("maxMusicSeconds")) + ", such as 2.5");
 }
 
 /// "2" is both fades, "0.5,3" the one in and the one out.

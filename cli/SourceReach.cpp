@@ -2,6 +2,7 @@
 
 #include "platform/base/File.h"
 #include "platform/base/Json.h"
+#include "platform/base/Limits.h"
 
 namespace multiscene::cli {
 
@@ -10,13 +11,11 @@ using platform::Value;
 
 namespace {
 
-constexpr uint64_t kMostMediaBytes = uint64_t{1} << 20;
-
 /// The user's own list, read here because only the user says which files are inputs. What is wrong with it is
 /// told by the job.
 void addListed(const fs::path& mediaFile, std::vector<fs::path>& paths) {
     try {
-        const auto bytes = platform::readFile(mediaFile, kMostMediaBytes);
+        const auto bytes = platform::readFile(mediaFile, platform::limitOf("maxMediaFileBytes"));
         const Value list = platform::parseJson(std::string(bytes.begin(), bytes.end()), mediaFile.string());
         if (!list.isDictionary()) return;
         for (const auto& [key, value] : list.dictionary()) {

@@ -16,7 +16,7 @@ namespace {
 constexpr const char *kRecord = "record", *kInfo = "info";
 constexpr size_t kPiece = platform::Message::maxBytes / 2;
 /// Of all records together.
-constexpr size_t kMostBytes = size_t{64} << 20;
+constexpr size_t kMostBytes = platform::limitOf<size_t>("maxToldBytes");
 
 constexpr size_t kFields = 11;
 
@@ -60,7 +60,7 @@ ToldTemplate::ToldTemplate(std::string name, std::filesystem::path folder) {
 
 void ToldTemplate::hear(const std::vector<std::string>& request) {
     for (const std::string& field : request) bytes_ += field.size();
-    if (bytes_ > kMostBytes || told_.records.size() > platform::Limits::maxRecords)
+    if (bytes_ > kMostBytes || told_.records.size() > platform::limitOf("maxRecords"))
         throw Error(ErrorKind::Template, "tells more of its scenes than can be kept", told_.name);
     if (request.size() == kFields && request[0] == kRecord) return hearRecord(request);
     if (request.size() == 2 && request[0] == kInfo && !told_.records.empty()) return hearInfo(request[1]);

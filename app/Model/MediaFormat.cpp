@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "platform/base/Limits.h"
 #include "platform/base/Trim.h"
 
 namespace multiscene {
@@ -10,7 +11,7 @@ namespace multiscene {
 namespace {
 
 constexpr int kMaxReadSide = 1'000'000;
-constexpr int kMaxFramesPerSecond = 1000;
+constexpr int kMaxFramesPerSecond = platform::limitOf<int>("maxFramesPerSecond");
 
 std::optional<int> side(std::string_view text) {
     text = platform::trimmed(text, " ");

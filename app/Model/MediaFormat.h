@@ -2,6 +2,7 @@
 
 #include <optional>
 
+#include "platform/base/Limits.h"
 #include "platform/base/Value.h"
 #include "platform/pixels/FrameLayout.h"
 
@@ -29,8 +30,8 @@ struct MediaSize {
 std::optional<MediaSize> parseMediaSize(std::string_view text);
 
 /// The largest video: what players of H.264 level 5.2 take. It needs about 1.5 GB of memory.
-inline constexpr int64_t kMostPixels = 4096 * 2304;
-inline constexpr int kLongestSide = 8192;
+inline constexpr int64_t kMostPixels = platform::limitOf<int64_t>("maxVideoPixels");
+inline constexpr int kLongestSide = platform::limitOf<int>("maxVideoSide");
 bool isTooLarge(const MediaSize& size);
 
 }  // namespace multiscene

@@ -10,6 +10,7 @@
 #include "app/server/UrlText.h"
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
+#include "platform/base/Limits.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
 #include "platform/net/HttpDownload.h"
@@ -25,7 +26,8 @@ namespace {
 
 constexpr const char* kConfigurationPath = "severConfig/info1-1.plist";
 constexpr const char* kFileName = "fe23fa79c74c";
-constexpr double kMostSeconds = 600;  ///< for a list of a megabyte or so
+constexpr double kMostSeconds =
+    platform::limitOf<double>("maxListSeconds");  ///< for a list of a megabyte or so
 
 /// "3 days ago".
 std::string ageText(double seconds) {

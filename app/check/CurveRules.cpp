@@ -14,7 +14,6 @@ using platform::Value;
 
 namespace {
 
-constexpr double kMostSteps = 2e8;             // some tenths of a second
 constexpr float kFirstPath = firstBezierEase;  // of an end position's component: it names a path
 
 bool hasAxis(int64_t code, int64_t axis) { return code % 10 == axis || code / 10 == axis; }
@@ -131,7 +130,6 @@ class CurveEntries : public DictionaryVisitor {
             add(keyPath + ".interpolationXYZ", "is " + std::to_string(axes) + ", not two different axes",
                 "write such as 21 (x and y), 31 (x and z), 32 (y and z)");
         judgePoints(content.array("controlPoints"), keyPath + ".controlPoints");
-        judgeCost(content, keyPath);
     }
 
   private:
@@ -145,16 +143,6 @@ class CurveEntries : public DictionaryVisitor {
             add(keyPath + ".bezierIdentifier",
                 "an earlier curve is \"" + identifier + "\" too, and this one replaces it",
                 "give each its own number");
-    }
-
-    /// All curves of a scene are worked out when it is loaded: each sample takes the square of the points.
-    void judgeCost(const Value& curve, const std::string& keyPath) {
-        const auto points = static_cast<double>(curve.array("controlPoints").size());
-        const double before = steps_;
-        steps_ += std::max<double>(curve.real("interpolationTotal"), 0) * points * points;
-        if (before <= kMostSteps && steps_ > kMostSteps)
-            add(keyPath, "the curves up to here take too long to work out",
-                "use fewer samples or control points: a sample a frame is enough");
     }
 
     void judgePoints(const Value::Array& points, const std::string& keyPath) {
@@ -176,7 +164,6 @@ class CurveEntries : public DictionaryVisitor {
     const SceneView& scene_;
     Findings& findings_;
     std::set<std::pair<std::string, std::string>> identifiers_;  ///< list and name
-    double steps_ = 0;
 };
 
 }  // namespace

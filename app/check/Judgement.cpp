@@ -131,11 +131,11 @@ Judgement judgeSceneGroup(const std::string& file, const Value& content, SceneCa
                           Playback& playback) {
     Judgement judgement;
     const Value::Array& entries = content.array("scene");
-    if (entries.size() > platform::Limits::maxGroupScenes)
+    if (entries.size() > platform::limitOf("maxGroupScenes"))
         return {{{Severity::Error,
                   file,
                   "scene",
-                  platform::beyondLimit(entries.size(), "scenes", platform::Limits::maxGroupScenes),
+                  platform::beyondLimit(entries.size(), "scenes", platform::limitOf("maxGroupScenes")),
                   {}}},
                 {}};
     judgeKeys(sceneGroupFileKeys, content, file, judgement.findings);

@@ -80,7 +80,9 @@ void pictureSizeCanBeWritten(const TemplateView& view, Findings& findings) {
                             "\"" + text + "\" is odd, which video cannot be", "use even numbers"});
     if (isTooLarge(*size))
         findings.push_back({Severity::Error, view.file, place, "\"" + text + "\" is too large for a video",
-                            "give it " + std::to_string(kMostPixels) + " pixels at most, as 4096,2304 has"});
+                            "give it " + std::to_string(kMostPixels) +
+                                " pixels at most, as 4096,2304 has, and " + std::to_string(kLongestSide) +
+                                " a side"});
 }
 
 void musicCanBePlayed(const TemplateView& view, Findings& findings) {

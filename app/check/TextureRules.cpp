@@ -8,6 +8,7 @@
 #include "core/QVObject3DTextureBase.h"
 #include "format/DictionaryWalk.h"
 #include "format/NodeTypes.h"
+#include "platform/base/Limits.h"
 #include "platform/text/TextRasterizer.h"
 #include "sceneFile/SceneFileKeys.h"
 
@@ -36,7 +37,7 @@ class Sequences : public DictionaryVisitor {
     }
 
   private:
-    static constexpr int64_t kMostPictures = 10'000;
+    static constexpr int64_t kMostPictures = platform::limitOf<int64_t>("maxSequencePictures");
 
     bool judge(const std::string& picture, MediaKind kind, const std::string& keyPath) {
         const Finding place{Severity::Error, scene_.file, keyPath, {}, {}};

@@ -4,12 +4,13 @@
 #include <vector>
 
 #include "app/Model/QVUserTextInputModel.h"
+#include "platform/base/Limits.h"
 
 namespace multiscene {
 
 /// A text with more than so many times the characters or lines of its limit is refused; one with fewer is
 /// drawn in smaller letters.
-inline constexpr int kMostOverLimit = 2;
+inline constexpr int kMostOverLimit = platform::limitOf<int>("maxTextOverRoom");
 
 struct AcceptedText {
     std::string text;                ///< line ends are "\n"

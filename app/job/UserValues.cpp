@@ -22,6 +22,7 @@
 #include "dataMode/TextSettings.h"
 #include "group/UserFilm.h"
 #include "platform/base/Json.h"
+#include "platform/base/Limits.h"
 #include "platform/image/ImageDecoder.h"
 
 namespace multiscene {
@@ -34,7 +35,6 @@ using platform::Value;
 
 namespace {
 
-constexpr uint64_t kMaxMediaFileBytes = 4u << 20;
 constexpr int kLeastPhotoSide = 2048;  // pixels
 constexpr double kSameRate = 0.005;    // share: 29.97 counts as 30
 constexpr int kMostAspect = 1'000'000;
@@ -129,7 +129,7 @@ class Collector {
     }
 
     void addMediaFile(const fs::path& file) {
-        const auto bytes = platform::readFile(file, kMaxMediaFileBytes, ErrorKind::Input);
+        const auto bytes = platform::readFile(file, platform::limitOf("maxMediaFileBytes"), ErrorKind::Input);
         const Value content =
             platform::parseJson({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, file.string());
         if (!content.isDictionary())
@@ -240,7 +240,8 @@ class Collector {
         if (place.isAsLongAsTheFilm() && (!video.isWhole || video.frames > most))
             throw Error(ErrorKind::Input,
                         "is too long: the template plays all of it, at most " +
-                            std::to_string(kLongestUserVideo / 60) + " minutes",
+                            std::to_string(kLongestUserVideo / 60) + " minutes (" +
+                            std::to_string(kLongestUserVideo) + " s)",
                         file.string(), key);
     }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/base/Error.h"
+#include "platform/base/Limits.h"
 #include "platform/media/FilmLength.h"
 #include "platform/media/VideoReader.h"
 
@@ -23,12 +24,12 @@ void requirePicture(platform::VideoReader& reader, const std::string& name) {
 }
 
 void requireUsableSize(const platform::VideoInfo& info, const std::string& name) {
-    constexpr int least = 2, most = 16384;
+    constexpr int least = 2, most = platform::limitOf<int>("maxFilmSide");
     const auto [shorter, longer] = std::minmax(info.width, info.height);
     if (shorter >= least && longer <= most) return;
     throw Error(ErrorKind::Input,
                 "the video has " + std::to_string(info.width) + "x" + std::to_string(info.height) +
-                    " pixels; each side must have 2 to 16384",
+                    " pixels; each side must have 2 to " + std::to_string(most),
                 name);
 }
 

@@ -5,11 +5,12 @@
 #include <stop_token>
 
 #include "platform/base/FileGate.h"
+#include "platform/base/Limits.h"
 
 namespace multiscene {
 
 /// The longest film of a user that a template's length may come from, in seconds.
-inline constexpr int kLongestUserVideo = 900;
+inline constexpr int kLongestUserVideo = platform::limitOf<int>("maxUserFilmSeconds");
 
 /// A film of the user, looked at as far as the scenes need it. It is played as it is: the renderer picks the
 /// picture of each frame by its time.

@@ -2,6 +2,7 @@
 
 #include "platform/base/File.h"
 #include "platform/base/Json.h"
+#include "platform/base/Limits.h"
 #include "platform/base/Paths.h"
 
 namespace multiscene {
@@ -10,15 +11,13 @@ using platform::Value;
 
 namespace {
 
-constexpr uint64_t kMaxBytes = 1u << 20;
-
 std::filesystem::path settingsFile() { return platform::dataHome() / "settings.json"; }
 
 Value settings() {
     const std::filesystem::path file = settingsFile();
     std::error_code ignored;
     if (!std::filesystem::exists(file, ignored)) return Value::Dictionary();
-    const auto bytes = platform::readFile(file, kMaxBytes);
+    const auto bytes = platform::readFile(file, platform::limitOf("maxSettingsBytes"));
     return platform::parseJson({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, file.string(),
                                platform::ErrorKind::Failed);
 }

@@ -11,6 +11,7 @@
 #include "platform/base/File.h"
 #include "platform/base/FileGate.h"
 #include "platform/base/FolderListing.h"
+#include "platform/base/Limits.h"
 #include "platform/base/Log.h"
 #include "platform/base/PartFile.h"
 #include "platform/base/PartFolder.h"
@@ -30,7 +31,6 @@ namespace {
 constexpr std::chrono::seconds kPatience{60};
 constexpr double kBytesPerMegabyte = 1024.0 * 1024.0;
 constexpr float kFirstVersion = 1;
-constexpr uint64_t kMaxThumbnailBytes = 32u << 20;
 constexpr size_t kVersionDigits = 16;  // of the archive's digest
 constexpr const char *kArchives = "templates", *kThumbnails = "thumbnails", *kPreviews = "previews";
 
@@ -44,7 +44,7 @@ fs::path thumbnailOf(const TemplateFolder& folder) {
 }
 
 void copyFile(const fs::path& from, const fs::path& to) {
-    const auto bytes = platform::readFile(from, kMaxThumbnailBytes, ErrorKind::Template);
+    const auto bytes = platform::readFile(from, platform::limitOf("maxThumbnailBytes"), ErrorKind::Template);
     platform::writeFileAtomically(to, {reinterpret_cast<const char*>(bytes.data()), bytes.size()});
 }
 

@@ -15,7 +15,7 @@ namespace multiscene {
 
 using platform::Error;
 using platform::ErrorKind;
-using platform::Limits;
+using platform::limitOf;
 using platform::Value;
 namespace fs = std::filesystem;
 
@@ -76,7 +76,8 @@ void judgeDescription(const Value& description, const Place& place) {
     judge(description, templateDescriptionKeys, place);
     if (description.has("mediaSize") && !parseMediaSize(description.string("mediaSize")))
         place.at("mediaSize").fail("is no size such as \"720,1280\"");
-    requireAtMost(Limits::maxGroupScenes, "scenes", description.array("sceneGroup"), place.at("sceneGroup"));
+    requireAtMost(limitOf("maxGroupScenes"), "scenes", description.array("sceneGroup"),
+                  place.at("sceneGroup"));
     const Value::Array& inputs = description.array("userInputArray");
     for (size_t index = 0; index < inputs.size(); ++index)
         if (!inputs[index].isDictionary())
@@ -118,7 +119,7 @@ std::vector<QVTempletDataModel> templateRecords(const Value& description, const 
     const Value& scenes = description["installScenes"];
     if (scenes.isNone()) place.fail("is missing: a template lists its catalogue records there");
     if (!scenes.isArray() || scenes.array().empty()) place.fail("is not a filled array of catalogue records");
-    requireAtMost(Limits::maxRecords, "records", scenes.array(), place);
+    requireAtMost(limitOf("maxRecords"), "records", scenes.array(), place);
 
     std::vector<QVTempletDataModel> records;
     std::set<int64_t> numbers;

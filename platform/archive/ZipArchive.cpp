@@ -118,6 +118,9 @@ void ZipArchive::Core::list() {
         entries.push_back(judgedEntry());
     }
     if (state != UNZ_END_OF_LIST_OF_FILE) refuse("the archive's directory is damaged");
+    // Thousands of small files may grow as much as a large one.
+    if (totalBytes > limits.ratioFreeBytes && totalBytes / limits.maxRatio > file.size())
+        refuse("the archive unpacks to more than " + std::to_string(limits.maxRatio) + " times its size");
 }
 
 ZipEntry ZipArchive::Core::judgedEntry() {
@@ -150,8 +153,11 @@ void ZipArchive::Core::judgeSizes(const ZipEntry& entry, const unz_file_info64& 
     if (totalBytes > limits.maxTotalBytes)
         refuse("the archive unpacks to more than " + std::to_string(limits.maxTotalBytes) + " bytes",
                entry.name);
-    if (entry.bytes > limits.ratioFreeBytes && entry.bytes / limits.maxRatio > entry.packedBytes)
-        refuse("the entry unpacks to more than " + std::to_string(limits.maxRatio) + " times its size",
+    // A part of its size is more, too.
+    const uint64_t fewest = entry.bytes / limits.maxRatio + (entry.bytes % limits.maxRatio != 0);
+    if (entry.bytes > limits.ratioFreeBytes && fewest > entry.packedBytes)
+        refuse("the entry unpacks to more than " + std::to_string(limits.maxRatio) + " times its size, and " +
+                   std::to_string(limits.ratioFreeBytes) + " bytes",
                entry.name);
     const bool folderWithContent = entry.isFolder() && entry.bytes > 0;
     const bool lyingStored = info.compression_method == kStored && entry.bytes != entry.packedBytes;

@@ -5,6 +5,7 @@
 #include <optional>
 #include <vector>
 
+#include "platform/base/Limits.h"
 #include "platform/media/Ffmpeg.h"
 
 extern "C" {
@@ -52,11 +53,28 @@ class PacketReader {
     ffmpeg::Packet packet_;
 };
 
+/// Making many samples of few, and one sound of many channels, takes memory and time.
+void requireUsual(const AVCodecParameters& sound, const std::string& name, ErrorKind kind) {
+    constexpr auto least = limitOf<int>("minSoundRate"), most = limitOf<int>("maxSoundRate");
+    constexpr auto mostChannels = limitOf<int>("maxSoundChannels");
+    if (sound.sample_rate < least || sound.sample_rate > most)
+        throw Error(kind,
+                    "has " + std::to_string(sound.sample_rate) + " samples a second; there must be " +
+                        std::to_string(least) + " to " + std::to_string(most),
+                    name);
+    if (sound.ch_layout.nb_channels < 1 || sound.ch_layout.nb_channels > mostChannels)
+        throw Error(kind,
+                    "has " + std::to_string(sound.ch_layout.nb_channels) + " channels; there must be 1 to " +
+                        std::to_string(mostChannels),
+                    name);
+}
+
 /// Brings decoded sound of any form to interleaved stereo floats at kAudioSampleRate.
 class Resampler {
   public:
     /// Appends the frame to `samples`; without a frame, what is still held back.
     void convert(const AVFrame* frame, std::vector<float>& samples) {
+        if (frame && !isUsual(*frame)) return;
         if (frame && !matches(*frame)) {
             convert(nullptr, samples);
             configure(*frame);
@@ -74,6 +92,12 @@ class Resampler {
     }
 
   private:
+    /// What a file says in its head need not be so.
+    static bool isUsual(const AVFrame& frame) {
+        return frame.sample_rate >= limitOf<int>("minSoundRate") &&
+               frame.sample_rate <= limitOf<int>("maxSoundRate") &&
+               frame.ch_layout.nb_channels <= limitOf<int>("maxSoundChannels");
+    }
     bool matches(const AVFrame& frame) const {
         return resampler_ && frame.format == format_ && frame.sample_rate == rate_ &&
                frame.ch_layout.nb_channels == channels_;
@@ -133,6 +157,7 @@ namespace {
 int64_t measure(PacketReader& packets) {
     const AVRational ticks = packets.stream().time_base;
     const AVRational samples{1, std::max(packets.stream().codecpar->sample_rate, 1)};
+    const int64_t most = limitOf<int64_t>("maxSoundSeconds") * samples.den;
     std::optional<int64_t> start;
     int64_t end = 0;
     while (const AVPacket* packet = packets.next()) {
@@ -143,6 +168,10 @@ int64_t measure(PacketReader& packets) {
             start = std::max<int64_t>(begin + dropped.atStart, 0);
         const int64_t padding = packets.lengthsExcludePadding() ? 0 : dropped.atEnd;
         end = std::max(end, begin + av_rescale_q(packet->duration, ticks, samples) - padding);
+        if (start && end - *start >= most) {
+            end = *start + most;
+            break;
+        }
     }
     const int64_t heard = std::max<int64_t>(end - start.value_or(end), 0);
     return av_rescale_q(heard, samples, {1, kAudioSampleRate});
@@ -157,6 +186,7 @@ AudioFile::AudioFile(FileHandle file, const std::string& name, ErrorKind kind)
     self.name = name;
     self.kind = kind;
     PacketReader packets(self.file, name, kind);
+    requireUsual(*packets.stream().codecpar, name, kind);
     ffmpeg::openDecoder(packets.stream(), name, kind);
     self.frameCount = measure(packets);
     if (self.frameCount <= 0) throw Error(kind, "holds no sound that can be decoded", name);

@@ -21,8 +21,9 @@ inline constexpr int kAudioChannels = 2;
 /// used by one thread at a time.
 class AudioFile {
   public:
-    /// Opens the file and measures it by reading through it without decoding. `name` stands for the file in
-    /// messages; `kind` says whose file it is. Throws Error(kind) when there is no sound that can be decoded.
+    /// Opens the file and measures it by reading through it without decoding; what goes beyond the length
+    /// that a sound may have is left out. `name` stands for the file in messages; `kind` says whose file it
+    /// is. Throws Error(kind) when there is no sound that can be decoded.
     AudioFile(FileHandle file, const std::string& name, ErrorKind kind = ErrorKind::Template);
     ~AudioFile();
     AudioFile(const AudioFile&) = delete;

@@ -3,13 +3,15 @@
 #include <cmath>
 #include <nlohmann/json.hpp>
 
+#include "platform/base/Limits.h"
+
 namespace platform {
 
 namespace {
 
 using nlohmann::json;
 
-constexpr int maxDepth = 64;
+constexpr int maxDepth = limitOf<int>("maxJsonDepth");
 
 Value fromJson(const json& node) {
     switch (node.type()) {
@@ -79,8 +81,10 @@ std::string withoutExceptionName(const std::string& words) {
 }  // namespace
 
 Value parseJson(std::string_view text, const std::string& name, ErrorKind kind) {
-    const auto refuseDeep = [&](int depth, json::parse_event_t, json&) {
-        if (depth > maxDepth)
+    const auto refuseDeep = [&](int outer, json::parse_event_t event, json&) {
+        const bool begins =
+            event == json::parse_event_t::array_start || event == json::parse_event_t::object_start;
+        if (begins && outer >= maxDepth)
             throw Error(kind, "nested deeper than " + std::to_string(maxDepth) + " levels", name);
         return true;
     };

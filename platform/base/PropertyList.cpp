@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include <algorithm>
+#include <cctype>
 #include <cstring>
 #include <memory>
 
@@ -32,9 +33,15 @@ std::string_view xmlDocument(std::string_view text) {
     return end == std::string_view::npos ? std::string_view() : text.substr(0, end + 1);
 }
 
-/// The deepest nesting of <dict> and <array>, counted without parsing.
-int xmlDepth(std::string_view text) {
-    int depth = 0, deepest = 0;
+struct XmlShape {
+    int depth = 0;        ///< the deepest nesting of <dict> and <array>
+    uint64_t values = 0;  ///< elements, keys among them
+};
+
+/// Counted without parsing.
+XmlShape xmlShape(std::string_view text) {
+    XmlShape shape;
+    int depth = 0;
     for (size_t at = text.find('<'); at != std::string_view::npos; at = text.find('<', at + 1)) {
         const std::string_view rest = text.substr(at);
         if (rest.starts_with("<!--")) {
@@ -43,10 +50,12 @@ int xmlDepth(std::string_view text) {
         } else if (rest.starts_with("</dict") || rest.starts_with("</array")) {
             --depth;
         } else if (rest.starts_with("<dict") || rest.starts_with("<array")) {
-            deepest = std::max(deepest, ++depth);
+            shape.depth = std::max(shape.depth, ++depth);
         }
+        const bool isElement = rest.size() > 1 && std::isalpha(static_cast<unsigned char>(rest[1])) != 0;
+        shape.values += isElement && !rest.starts_with("<plist");
     }
-    return deepest;
+    return shape;
 }
 
 /// ", line 12: …" for a list that the parser refuses.
@@ -166,14 +175,20 @@ plist_t toNode(const Value& value) {
     return plist_new_string("");
 }
 
-Node parseBinary(std::span<const uint8_t> bytes, const std::string& name, ErrorKind kind,
-                 const PropertyListLimits& limits) {
-    const BinaryPropertyListShape shape = scanBinaryPropertyList(bytes, limits.maxValues);
-    if (!shape.wellFormed) throw Error(kind, "not a valid binary property list", name);
+/// Of a shape that is either form's.
+void requireWithin(const auto& shape, const std::string& name, ErrorKind kind,
+                   const PropertyListLimits& limits) {
     if (shape.depth > limits.maxDepth)
         throw Error(kind, "nested deeper than " + std::to_string(limits.maxDepth) + " levels", name);
     if (shape.values > limits.maxValues)
         throw Error(kind, "holds more than " + std::to_string(limits.maxValues) + " values", name);
+}
+
+Node parseBinary(std::span<const uint8_t> bytes, const std::string& name, ErrorKind kind,
+                 const PropertyListLimits& limits) {
+    const BinaryPropertyListShape shape = scanBinaryPropertyList(bytes, limits.maxValues);
+    if (!shape.wellFormed) throw Error(kind, "not a valid binary property list", name);
+    requireWithin(shape, name, kind, limits);
     // One text may be named many times, and is copied as often.
     if (shape.bytes > limits.maxBytes)
         throw Error(kind, "unfolds to more than " + std::to_string(limits.maxBytes) + " bytes", name);
@@ -187,8 +202,7 @@ Node parseXml(std::string_view text, const std::string& name, ErrorKind kind,
     // The parser ends the program at a text with a zero in it.
     if (text.find('\0') != std::string_view::npos)
         throw Error(kind, "not a valid property list: holds a zero byte", name);
-    if (xmlDepth(text) > limits.maxDepth)
-        throw Error(kind, "nested deeper than " + std::to_string(limits.maxDepth) + " levels", name);
+    requireWithin(xmlShape(text), name, kind, limits);
     plist_t root = nullptr;
     plist_from_xml(text.data(), static_cast<uint32_t>(text.size()), &root);
     if (!root) throw Error(kind, "not a valid property list" + firstFault(text), name);

@@ -7,14 +7,15 @@
 #include <string>
 
 #include "platform/base/Error.h"
+#include "platform/base/Limits.h"
 #include "platform/base/Value.h"
 
 namespace platform {
 
 struct PropertyListLimits {
-    uint64_t maxBytes = 32u << 20;
-    int maxDepth = 64;
-    uint64_t maxValues = 2'000'000;
+    uint64_t maxBytes = limitOf("maxListBytes");
+    int maxDepth = limitOf<int>("maxListDepth");
+    uint64_t maxValues = limitOf("maxListValues");
 };
 
 /// Parses either form. `name` is the file in the message of the Error(kind) that a fault throws.

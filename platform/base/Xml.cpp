@@ -2,11 +2,13 @@
 
 #include <pugixml.hpp>
 
+#include "platform/base/Limits.h"
+
 namespace platform {
 
 namespace {
 
-constexpr int maxDepth = 64;
+constexpr int maxDepth = limitOf<int>("maxXmlDepth");
 
 struct TooDeep {};
 

@@ -18,17 +18,17 @@ namespace platform {
 /// once. The number of a user's processes is no limit for one of them; the sandbox lets a worker start none,
 /// and its threads are counted.
 struct WorkerLimits {
-    uint64_t memoryBytes = Limits::maxJobMemory;
-    uint64_t cpuSeconds = Limits::maxJobCpuSeconds, wallSeconds = Limits::maxJobSeconds;
-    uint64_t firstMemoryBytes = Limits::jobMemory, memoryBytesPerPixel = Limits::jobMemoryPerPixel;
-    uint64_t firstSeconds = Limits::jobSeconds, millisecondsPerFrame = Limits::jobMillisecondsPerFrame,
-             nanosecondsPerPixel = Limits::jobNanosecondsPerPixel;
-    uint64_t firstFileBytes = Limits::jobFileBytes, fileBytesPerPixel = Limits::jobFileBytesPerPixel;
+    uint64_t memoryBytes = limitOf("maxJobMemory");
+    uint64_t cpuSeconds = limitOf("maxJobCpuSeconds"), wallSeconds = limitOf("maxJobSeconds");
+    uint64_t firstMemoryBytes = limitOf("jobMemory"), memoryBytesPerPixel = limitOf("jobMemoryPerPixel");
+    uint64_t firstSeconds = limitOf("jobSeconds"), millisecondsPerFrame = limitOf("jobMillisecondsPerFrame"),
+             nanosecondsPerPixel = limitOf("jobNanosecondsPerPixel");
+    uint64_t firstFileBytes = limitOf("jobFileBytes"), fileBytesPerPixel = limitOf("jobFileBytesPerPixel");
     /// Between two signs of life: a file that is opened, a frame that is done.
-    uint64_t stepCpuSeconds = Limits::maxStepCpuSeconds, stepSeconds = Limits::maxStepSeconds;
-    uint64_t fileBytes = Limits::maxJobFileBytes;
-    uint64_t openFiles = Limits::maxJobOpenFiles;
-    uint64_t threads = Limits::maxJobThreads;
+    uint64_t stepCpuSeconds = limitOf("maxStepCpuSeconds"), stepSeconds = limitOf("maxStepSeconds");
+    uint64_t fileBytes = limitOf("maxJobFileBytes");
+    uint64_t openFiles = limitOf("maxJobOpenFiles");
+    uint64_t threads = limitOf("maxJobThreads");
 
     /// What a job may take that makes so many frames (0: none; below: nobody knows) of so many pixels.
     WorkerLimits forJob(int64_t frames, int64_t pixels) const;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/base/Limits.h"
 #include "platform/font/FlatGlyphs.h"
 #include "platform/font/SolidGlyphs.h"
 
@@ -12,7 +13,7 @@ namespace {
 
 /// More than anything that is still a letter, in ems.
 constexpr float largestStroke = 2, largestBlur = 1, largestOffset = 100, largestDepth = 1000;
-constexpr int mostBevelSteps = 8;
+constexpr int mostBevelSteps = limitOf<int>("maxBevelSteps");
 
 /// Model units of one unit of a shaped text.
 float unitOf(const LetterText& text) {

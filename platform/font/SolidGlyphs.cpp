@@ -8,6 +8,7 @@
 #include <optional>
 #include <span>
 
+#include "platform/base/Limits.h"
 #include "platform/font/Bevel.h"
 #include "platform/font/GlyphAtlas.h"
 #include "platform/font/LetterGroups.h"
@@ -20,7 +21,7 @@ namespace platform {
 namespace {
 
 /// More than any text that can be read.
-constexpr size_t maxVertices = 1'500'000;
+constexpr size_t maxVertices = limitOf<size_t>("maxLetterCorners");
 constexpr float frontColor = 0.125f, bevelColor = 0.375f, sideColor = 0.625f;
 
 /// Around the shape's origin.

@@ -96,11 +96,11 @@ class Judge {
     }
 
     void judge(const Cost& cost) {
-        if (cost.words > Limits::maxShaderInlinedWords)
-            refuse(beyond(Limits::maxShaderInlinedWords, "words, functions put where they are called,"));
-        else if (cost.work > Limits::maxShaderWork)
+        if (cost.words > limitOf("maxShaderInlinedWords"))
+            refuse(beyond(limitOf("maxShaderInlinedWords"), "words, functions put where they are called,"));
+        else if (cost.work > limitOf("maxShaderWork"))
             refuse("its loops turn too often: a pixel goes through more than the " +
-                   std::to_string(Limits::maxShaderWork) + " words that are allowed");
+                   std::to_string(limitOf("maxShaderWork")) + " words that are allowed");
     }
 
     /// A function, or anything else up to its end.
@@ -121,8 +121,8 @@ class Judge {
     }
 
     void requireShort(size_t words) {
-        if (words > Limits::maxShaderStatementWords)
-            refuse(beyond(Limits::maxShaderStatementWords, "words in a statement, macros expanded,"));
+        if (words > limitOf("maxShaderStatementWords"))
+            refuse(beyond(limitOf("maxShaderStatementWords"), "words in a statement, macros expanded,"));
     }
 
     /// "const int turns = 8".
@@ -142,8 +142,8 @@ class Judge {
         size_t end = at_ + 1;
         while (end < words_.size() && words_[end] != "]") ++end;
         const auto value = valueOf(at_ + 1, end);
-        if (value && *value > static_cast<int64_t>(Limits::maxShaderArray))
-            refuse(beyond(Limits::maxShaderArray, "elements in an array"));
+        if (value && *value > static_cast<int64_t>(limitOf("maxShaderArray")))
+            refuse(beyond(limitOf("maxShaderArray"), "elements in an array"));
     }
 
     Piece block(int depth) {
@@ -155,7 +155,7 @@ class Judge {
     }
 
     Piece statement(int depth) {
-        constexpr int deepest = 64;
+        constexpr int deepest = limitOf<int>("maxShaderDepth");
         if (depth > deepest) refuse("is nested more than " + std::to_string(deepest) + " deep");
         if (!problem_.empty() || at_ >= words_.size()) return {};
         if (is("{")) return block(depth);
@@ -298,7 +298,7 @@ class Judge {
 }  // namespace
 
 std::string shaderTextProblem(std::string_view text) {
-    const ShaderTokens tokens = shaderTokens(text, Limits::maxShaderWords);
+    const ShaderTokens tokens = shaderTokens(text, limitOf("maxShaderWords"));
     if (!tokens.problem.empty()) return tokens.problem;
     return Judge(tokens.words).problem();
 }

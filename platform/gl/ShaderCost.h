@@ -7,8 +7,8 @@
 
 namespace platform {
 
-/// Empty, or why the text is refused: it is beyond one of Limits::maxShader…, or loops without a bound that
-/// can be told ("while"). A text within them may still be slow, and may still be wrong.
+/// Empty, or why the text is refused: it is beyond one of the limits maxShader…, or loops without a bound
+/// that can be told ("while"). A text within them may still be slow, and may still be wrong.
 std::string shaderTextProblem(std::string_view text);
 
 }  // namespace platform

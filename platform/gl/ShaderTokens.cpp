@@ -6,6 +6,8 @@
 #include <optional>
 #include <set>
 
+#include "platform/base/Limits.h"
+
 namespace platform {
 
 namespace {
@@ -79,6 +81,7 @@ class Expansion {
         for (const Words& line : lines)
             if (line.empty() || line.front() != "#") all.insert(all.end(), line.begin(), line.end());
         if (result_.problem.empty()) expand(all, result_.words);
+        isTooMuch(result_.words);  // with the last one
         return std::move(result_);
     }
 
@@ -131,7 +134,7 @@ class Expansion {
     /// Returns the place of the last word that was used.
     size_t expandMacro(const std::string& name, const std::vector<Macro>& definitions, const Words& words,
                        size_t at, Words& expanded) {
-        constexpr size_t deepest = 200;
+        constexpr auto deepest = limitOf<size_t>("maxMacroDepth");
         if (++depth_ > deepest)
             refuse("has macros within macros, more than " + std::to_string(deepest) + " deep");
         const bool isCalled = at + 1 < words.size() && words[at + 1] == "(";

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "platform/base/File.h"
+#include "platform/base/Limits.h"
 #include "platform/pixels/Surface.h"
 
 namespace platform {
@@ -16,8 +17,9 @@ namespace platform {
 /// What every mixture of red, green and blue becomes; between its entries colours are mixed.
 class ColorTable {
   public:
-    static constexpr uint64_t maxBytes = 2 << 20;  ///< of a file
-    static constexpr int maxSide = 33;             ///< entries along each colour; 2 are the least
+    static constexpr uint64_t maxBytes = limitOf("maxColorTableBytes");  ///< of a file
+    static constexpr int maxSide =
+        limitOf<int>("maxColorTableSide");  ///< entries along each colour; 2 are the least
 
     /// The text of a .cube file: "LUT_3D_SIZE 17", then 17 * 17 * 17 lines of red, green and blue, each 0 to
     /// 1, red changing first. Titles and comments are read over. Throws Error(Template), naming the line, for

@@ -46,13 +46,18 @@ int64_t heldBytesPerPixel(const VImage& image, PictureFormat format) {
 
 void checkLimits(const VImage& image, PictureFormat format, const ImageSource& source) {
     const int64_t pixels = int64_t(image.width()) * image.height();
-    if (pixels <= ImageLimits::streamedPixels &&
-        std::max(image.width(), image.height()) <= ImageLimits::longSide &&
-        pixels * heldBytesPerPixel(image, format) <= ImageLimits::heldBytes)
-        return;
+    const int side = std::max(image.width(), image.height());
+    const auto [most, what] =
+        side > ImageLimits::longSide           ? std::pair(int64_t(ImageLimits::longSide), "pixels a side")
+        : pixels > ImageLimits::streamedPixels ? std::pair(ImageLimits::streamedPixels, "pixels")
+        : pixels * heldBytesPerPixel(image, format) > ImageLimits::heldBytes
+            ? std::pair(ImageLimits::heldBytes, "bytes of a picture of this kind")
+            : std::pair(int64_t(0), "");
+    if (most == 0) return;
     throw Error(source.kind,
                 "the picture is too large: " + std::to_string(image.width()) + " x " +
-                    std::to_string(image.height()) + " pixels",
+                    std::to_string(image.height()) + " pixels; " + std::to_string(most) + " " + what +
+                    " are allowed",
                 source.name);
 }
 
@@ -88,8 +93,8 @@ auto blaming(const FileHandle& file, const ImageSource& source, const Read& read
 
 Header readHeader(const PictureFile& picture, const ImageSource& source) {
     const uint64_t bytes = picture.file().size();
-    if (picture.format() != PictureFormat::Unknown && bytes > Limits::maxPictureBytes)
-        throw Error(source.kind, beyondLimit(bytes, "bytes", Limits::maxPictureBytes));
+    if (picture.format() != PictureFormat::Unknown && bytes > limitOf("maxPictureBytes"))
+        throw Error(source.kind, beyondLimit(bytes, "bytes", limitOf("maxPictureBytes")));
     const VImage image = picture.open();
     checkLimits(image, picture.format(), source);
     return Header{image, uprightSize(image)};
@@ -155,7 +160,8 @@ ImageSize resultSize(const Header& header, const DecodeOptions& options) {
     if (int64_t(size.width) * size.height <= ImageLimits::resultPixels) return size;
     throw Error(options.source.kind,
                 "the picture is too large to be decoded whole: " + std::to_string(size.width) + " x " +
-                    std::to_string(size.height) + " pixels",
+                    std::to_string(size.height) + " pixels; " + std::to_string(ImageLimits::resultPixels) +
+                    " are allowed",
                 options.source.name);
 }
 

@@ -8,6 +8,7 @@
 #include <string>
 
 #include "platform/base/File.h"
+#include "platform/base/Limits.h"
 #include "platform/image/Image.h"
 #include "platform/image/PhotoCrop.h"
 
@@ -17,13 +18,13 @@ namespace platform {
 /// takes more than 1 GiB.
 struct ImageLimits {
     /// Width times height of a file that is decoded in strips, or at a fraction of its size.
-    static constexpr int64_t streamedPixels = 400'000'000;
+    static constexpr int64_t streamedPixels = limitOf<int64_t>("maxPicturePixels");
     /// Either side: what is read in strips still takes memory by its width.
-    static constexpr int longSide = 65'535;
+    static constexpr int longSide = limitOf<int>("maxPictureSide");
     /// Bytes that a decoder must hold at once: progressive, interlaced and tiled files.
-    static constexpr int64_t heldBytes = 400'000'000;
+    static constexpr int64_t heldBytes = limitOf<int64_t>("maxPictureHeldBytes");
     /// Pixels of a decoded result.
-    static constexpr int64_t resultPixels = 64'000'000;
+    static constexpr int64_t resultPixels = limitOf<int64_t>("maxDecodedPixels");
 };
 
 /// Who is blamed when a picture cannot be read, and under what name.

@@ -5,12 +5,14 @@
 #include <cerrno>
 #include <string_view>
 
+#include "platform/base/Limits.h"
+
 namespace platform {
 
 namespace {
 
 constexpr uint64_t signatureBytes = 8, headerBytes = 8, checksumBytes = 4;
-constexpr int mostChunks = 250'000;  // of 8 kB each they make a file of 2 GB
+constexpr int mostChunks = limitOf<int>("maxPngParts");  // of 8 kB each they make a file of 2 GB
 
 /// What a picture may hold besides its pixels: the byte limit keeps a profile from inflating to gigabytes.
 struct KeptChunk {
@@ -19,8 +21,18 @@ struct KeptChunk {
 };
 constexpr uint64_t anyLength = UINT32_MAX;
 constexpr KeptChunk keptChunks[] = {
-    {"IHDR", 13}, {"PLTE", 768}, {"IDAT", anyLength}, {"IEND", 0}, {"tRNS", 256},      {"gAMA", 4},
-    {"cHRM", 32}, {"sRGB", 1},   {"sBIT", 4},         {"pHYs", 9}, {"eXIf", 1u << 20}, {"iCCP", 4u << 20},
+    {"IHDR", 13},
+    {"PLTE", 768},
+    {"IDAT", anyLength},
+    {"IEND", 0},
+    {"tRNS", 256},
+    {"gAMA", 4},
+    {"cHRM", 32},
+    {"sRGB", 1},
+    {"sBIT", 4},
+    {"pHYs", 9},
+    {"eXIf", limitOf("maxPngExifBytes")},
+    {"iCCP", limitOf("maxPngProfileBytes")},
 };
 
 bool isKept(std::string_view name, uint64_t length) {
@@ -43,7 +55,9 @@ std::vector<ByteRange> picturePartsOfPng(const FileHandle& file) {
     const uint64_t size = file.size();
     uint64_t offset = signatureBytes;
     for (int chunk = 0; offset + headerBytes <= size; ++chunk) {
-        if (chunk == mostChunks) throw Error(ErrorKind::Failed, "it has too many parts");
+        if (chunk == mostChunks)
+            throw Error(ErrorKind::Failed,
+                        "it has more than the " + std::to_string(mostChunks) + " parts that are allowed");
         std::array<uint8_t, headerBytes> header{};
         const int64_t count = readAt(file, header.data(), header.size(), offset);
         if (count < 0) throw errnoError(errno, "cannot be read", file.name());

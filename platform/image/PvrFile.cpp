@@ -81,10 +81,13 @@ std::string PvrFile::read() {
     hasAlphaMask_ = field(bytes_, 40) != 0;
     if (width_ == 0 || height_ == 0 || width_ > maxSide || height_ > maxSide ||
         int64_t(width_) * height_ > maxPixels)
-        return "is " + std::to_string(width_) + " x " + std::to_string(height_) + " pixels large";
+        return "is " + std::to_string(width_) + " x " + std::to_string(height_) + " pixels large; " +
+               std::to_string(maxPixels) + ", and " + std::to_string(maxSide) + " a side, are allowed";
     if (isCompressed(format_) && !(isPowerOfTwo(width_) && isPowerOfTwo(height_)))
         return "is compressed, but its sides are no powers of two";
-    if (mipMaps > maxMipMaps) return "claims " + std::to_string(mipMaps) + " mip maps";
+    if (mipMaps > maxMipMaps)
+        return "claims " + std::to_string(mipMaps) + " mip maps, more than the " +
+               std::to_string(maxMipMaps) + " that are allowed";
     return readLevels(field(bytes_, 0), mipMaps, field(bytes_, 24));
 }
 

@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "platform/base/Limits.h"
+
 namespace platform {
 
 /// The format codes that are taken, with the file's own numbers.
@@ -32,10 +34,10 @@ struct PvrLevel {
 class PvrFile {
   public:
     /// Sides and pixels of a level that are taken, and levels beyond the first.
-    static constexpr int maxSide = 8192;
-    static constexpr int64_t maxPixels = 4096 * 4096;
-    static constexpr uint32_t maxMipMaps = 16;
-    static constexpr uint64_t maxBytes = 128u << 20;
+    static constexpr int maxSide = limitOf<int>("maxPvrSide");
+    static constexpr int64_t maxPixels = limitOf<int64_t>("maxPvrPixels");
+    static constexpr uint32_t maxMipMaps = limitOf<uint32_t>("maxPvrLevels");
+    static constexpr uint64_t maxBytes = limitOf("maxPvrBytes");
 
     /// Takes plain or gzip-compressed bytes. A file that is rejected has no levels and a problem.
     explicit PvrFile(std::vector<uint8_t> bytes);

@@ -4,6 +4,7 @@
 #include <cstdarg>
 #include <mutex>
 
+#include "platform/base/Limits.h"
 #include "platform/base/Log.h"
 #include "platform/base/Memory.h"
 
@@ -19,7 +20,7 @@ namespace platform::ffmpeg {
 namespace {
 
 // 8K video. A picture of this size takes 151 MB, and a handful of them may be alive.
-constexpr int64_t kMaxPixels = 8192 * 4608;
+constexpr int64_t kMaxPixels = limitOf<int64_t>("maxFilmPixels");
 // One of them with 16 bits for each colour; the tables of a damaged file claim gigabytes.
 constexpr size_t kMostBytesAtOnce = kMaxPixels * 8 + (1 << 20);
 
@@ -201,6 +202,12 @@ Codec openDecoder(const AVStream& stream, const std::string& name, ErrorKind kin
         const std::string codecName = avcodec_get_name(stream.codecpar->codec_id);
         throw Error(kind, "cannot be decoded: no decoder for " + codecName, name);
     }
+    const AVCodecParameters& picture = *stream.codecpar;
+    if (picture.width > 0 && picture.height > kMaxPixels / picture.width)
+        throw Error(kind,
+                    "has " + std::to_string(picture.width) + "x" + std::to_string(picture.height) +
+                        " pixels, more than the " + std::to_string(kMaxPixels) + " that are allowed",
+                    name);
     Codec codec = orOutOfMemory(Codec(avcodec_alloc_context3(decoder)));
     check(avcodec_parameters_to_context(codec.get(), stream.codecpar), "cannot be decoded", name, kind);
     codec->pkt_timebase = stream.time_base;

@@ -43,9 +43,10 @@ class PictureTimes {
 
     void requireNoGap(const std::string& name, ErrorKind kind) const {
         if (seconds(stepEnd_ - stepStart_) <= kLongestPicture) return;
-        char text[120];
-        std::snprintf(text, sizeof text, "is damaged: it has no picture from %.1f s to %.1f s",
-                      seconds(stepStart_ - *first_), seconds(stepEnd_ - *first_));
+        char text[160];
+        std::snprintf(text, sizeof text,
+                      "is damaged: it has no picture from %.1f s to %.1f s; each may stand for %d s",
+                      seconds(stepStart_ - *first_), seconds(stepEnd_ - *first_), kLongestPicture);
         throw Error(kind, text, name);
     }
 

@@ -8,11 +8,12 @@
 #include "platform/base/CMTime.h"
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
+#include "platform/base/Limits.h"
 
 namespace platform {
 
 /// The longest time that one picture may stand, in seconds.
-inline constexpr int kLongestPicture = 60;
+inline constexpr int kLongestPicture = limitOf<int>("maxPictureSeconds");
 
 struct FilmLength {
     /// From the first picture to the end of the last one that was looked at.

@@ -14,6 +14,7 @@
 
 #include "platform/base/Clock.h"
 #include "platform/base/File.h"
+#include "platform/base/Limits.h"
 #include "platform/net/HttpResponse.h"
 
 namespace platform {
@@ -22,7 +23,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr long kMaxRedirects = 5;
+constexpr long kMaxRedirects = limitOf<long>("maxRedirects");
 
 struct FreeHandle {
     void operator()(CURL* handle) const { curl_easy_cleanup(handle); }

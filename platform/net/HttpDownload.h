@@ -7,18 +7,19 @@
 #include <string>
 
 #include "platform/base/Error.h"
+#include "platform/base/Limits.h"
 
 namespace platform {
 
 struct HttpDownloadOptions {
-    uint64_t maxBytes = uint64_t(2) << 30;
-    int attempts = 5;                ///< connections made before giving up
-    double retryDelaySeconds = 0.5;  ///< before the second attempt; doubles each time
-    long connectTimeoutSeconds = 20;
+    uint64_t maxBytes = limitOf("maxArchiveBytes");
+    int attempts = limitOf<int>("maxDownloadTries");  ///< connections made before giving up
+    double retryDelaySeconds = 0.5;                   ///< before the second attempt; doubles each time
+    long connectTimeoutSeconds = limitOf<long>("maxConnectSeconds");
     /// A connection that is slower than this for so long counts as broken.
-    long minBytesPerSecond = 1000;
-    long stallSeconds = 30;
-    double maxSeconds = 4 * 3600;  ///< for all attempts together
+    long minBytesPerSecond = limitOf<long>("minDownloadSpeed");
+    long stallSeconds = limitOf<long>("maxStallSeconds");
+    double maxSeconds = limitOf<double>("maxDownloadSeconds");  ///< for all attempts together
     /// Bytes so far, and bytes in all or 0 when the server does not say. On the calling thread.
     std::function<void(uint64_t received, uint64_t total)> progress;
     /// Asked several times a second.

@@ -4,6 +4,7 @@
 #include <array>
 #include <string_view>
 
+#include "platform/base/Limits.h"
 #include "platform/pixels/Surface.h"
 
 namespace platform {
@@ -11,7 +12,7 @@ namespace platform {
 class TilePainter;
 
 /// Neither side of a filtered picture has more pixels.
-inline constexpr int kLongestFilteredSide = 2048;
+inline constexpr int kLongestFilteredSide = limitOf<int>("maxFilteredSide");
 
 /// One filter over one picture. Colours are multiplied by alpha.
 struct FilterPass {

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <tuple>
 
+#include "platform/base/Limits.h"
 #include "platform/text/TextRasterizer.h"
 
 namespace platform {
@@ -15,7 +16,7 @@ namespace platform {
 namespace {
 
 /// More font files than any template needs, and few enough to stay open.
-constexpr size_t maxFontFiles = 64;
+constexpr size_t maxFontFiles = limitOf<size_t>("maxFontFiles");
 
 using Identity = std::tuple<dev_t, ino_t, off_t, time_t, long>;
 

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/base/File.h"
+#include "platform/base/Limits.h"
 #include "platform/image/Image.h"
 
 namespace platform {
@@ -65,9 +66,12 @@ struct TextLayoutDescription {
 };
 
 struct TextLimits {
-    static constexpr int characters = 4096;
-    static constexpr int codePoints = 32;  ///< of one character with its marks; further ones are left out
-    static constexpr float fontSize = 2048, strokeWidth = 512, blurRadius = 256;
+    static constexpr int characters = limitOf<int>("maxTextCharacters");
+    static constexpr int codePoints = limitOf<int>(
+        "maxCharacterCodePoints");  ///< of one character with its marks; further ones are left out
+    static constexpr float fontSize = limitOf<float>("maxFontSize"),
+                           strokeWidth = limitOf<float>("maxTextStroke"),
+                           blurRadius = limitOf<float>("maxTextBlur");
     static constexpr float leastLetterSpacing = -0.5f, letterSpacing = 3, lineSpacing = 10;
 };
 

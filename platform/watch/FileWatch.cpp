@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "platform/base/Clock.h"
+#include "platform/base/Limits.h"
 
 namespace platform {
 
@@ -16,7 +17,7 @@ namespace {
 
 constexpr double kQuiet = 0.04;        // seconds: who saves several files saves them at once
 constexpr double kLongestWriting = 2;  // seconds: then what is there is shown
-constexpr size_t kMostFolders = 1000;
+constexpr size_t kMostFolders = limitOf<size_t>("maxWatchedFolders");
 
 constexpr uint32_t kSaved = IN_CLOSE_WRITE | IN_MOVED_TO | IN_MOVED_FROM | IN_DELETE | IN_DELETE_SELF;
 

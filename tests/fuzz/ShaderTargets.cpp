@@ -25,8 +25,8 @@ constexpr const char* vertexSource =
 }  // namespace
 
 void playShaderText(Bytes bytes) {
-    const auto tokens = platform::shaderTokens(textOf(bytes), platform::Limits::maxShaderWords);
-    require(!tokens.problem.empty() || tokens.words.size() <= platform::Limits::maxShaderWords + 1,
+    const auto tokens = platform::shaderTokens(textOf(bytes), platform::limitOf("maxShaderWords"));
+    require(!tokens.problem.empty() || tokens.words.size() <= platform::limitOf("maxShaderWords"),
             "a text is not expanded beyond the limit");
     platform::shaderTextProblem(textOf(bytes));
 }

@@ -297,7 +297,7 @@ TEST_F(ImageTest, TextsInAPngCostNothing) {
     std::string crowd;
     for (int i = 0; i < 300'000; ++i) crowd += pngChunk("tEXt", "", 0);
     write("crowd.png", std::string(small).insert(afterHeader, crowd));
-    EXPECT_NE(errorOf("crowd.png").message().find("too many parts"), std::string::npos);
+    EXPECT_NE(errorOf("crowd.png").message().find("250000 parts"), std::string::npos);
 }
 
 TEST_F(ImageTest, ShrinkingAveragesAndKeepsTheProportions) {

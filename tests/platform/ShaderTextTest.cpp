@@ -1,7 +1,5 @@
 #include "platform/gl/ShaderCost.h"
 
-#include "platform/base/Limits.h"
-
 namespace platform::test {
 
 using ::testing::HasSubstr;
@@ -88,20 +86,6 @@ TEST(ShaderText, FunctionsCountWhereTheyAreCalled) {
     for (const std::string& each :
          {text, prototypes + reversed, text + mainOf("gl_FragColor = vec4(f19(1.0));")})
         EXPECT_THAT(shaderTextProblem(each), HasSubstr("functions put where they are called"));
-}
-
-TEST(ShaderText, LimitsHoldToTheWord) {
-    const auto problemOf = [](const std::string& text) { return shaderTextProblem(text); };
-    // A "main" around it has six words, and each statement here three.
-    const size_t statements = (Limits::maxShaderWords - 6) / 2;
-    EXPECT_THAT(problemOf(mainOf(repeated("x;", statements))), IsEmpty());
-    EXPECT_THAT(problemOf(mainOf(repeated("x;", statements + 1))), HasSubstr("16384"));
-    const auto sumOf = [](size_t words) { return mainOf("x" + repeated("+", words - 1) + ";"); };
-    EXPECT_THAT(problemOf(sumOf(Limits::maxShaderStatementWords)), IsEmpty());
-    EXPECT_THAT(problemOf(sumOf(Limits::maxShaderStatementWords + 1)), HasSubstr("1024"));
-    const auto arrayOf = [](size_t size) { return mainOf("float a[" + std::to_string(size) + "];"); };
-    EXPECT_THAT(problemOf(arrayOf(Limits::maxShaderArray)), IsEmpty());
-    EXPECT_THAT(problemOf(arrayOf(Limits::maxShaderArray + 1)), HasSubstr("1024"));
 }
 
 TEST(ShaderText, WhatShadersDoIsAllowed) {

@@ -575,8 +575,6 @@ std::vector<Fault> silentFaults() {
          curve(10, {"0,0", "inf,1"})},
         {"CurveWithoutANumber", "object3D[1].BezierArray[0].controlPoints[0]", "\"nan,nan\" is no point",
          curve(10, {"nan,nan", "1,1"})},
-        {"CurveThatTakesSeconds", "object3D[1].BezierArray[0]", "too long to work out",
-         curve(100'000, Value::Array(100, "1,1"))},
         {"PlaceWithoutANumber", "object3D[1].TransformArray[0].startTranslate", "text of 3 numbers",
          nodeWith("TransformArray", Value::Array{frames(0, 3).with("startTranslate", "nan,0,0")})},
         {"EndlessNumber", "object3D[1].QuadInfo.modelWidth", "\"inf\", not a number",

@@ -135,6 +135,36 @@ TEST_F(HostileInputTest, FilmsThatLieEndSoon) {
     }
 }
 
+/// Few samples that stand for hours, and hours that are only claimed.
+TEST_F(HostileInputTest, SoundsThatAskForMuchEndSoon) {
+    const fs::path path = SmallTemplate().write(folder.path());
+    const auto make = [&](const std::string& name) {
+        return bounded({"make", path, "--music", folder.file(name), "-o", folder.file("out.mp4")}).exitCode;
+    };
+    writeSound(folder.path() / "sound.wav", 10);
+    std::string bytes = contentOf(folder.path() / "sound.wav");
+    written("slow.wav", bytes.replace(24, 4, std::string("\1\0\0\0", 4)));  // hertz
+    EXPECT_EQ(make("slow.wav"), 4);
+    writeSound(folder.path() / "long.wav", 1);
+    bytes = contentOf(folder.path() / "long.wav");
+    written("long.wav", bytes.replace(40, 4, "\xff\xff\xff\xff"));
+    fs::resize_file(folder.path() / "long.wav", uint64_t{64} << 30);
+    EXPECT_EQ(make("long.wav"), 0);
+}
+
+/// Each within the limits of an entry.
+TEST_F(HostileInputTest, ManySmallFilesThatUnpackToMuchAreRefused) {
+    const fs::path path = SmallTemplate().write(folder.path());
+    for (int number = 0; number < 200; ++number) {
+        const fs::path file = path / std::to_string(number);
+        std::ofstream(file) << "";
+        fs::resize_file(file, 1 << 20);
+    }
+    ASSERT_EQ(run({"sh", "-c", "cd '" + folder.path().string() + "' && zip -qr small.zip small"}).exitCode,
+              0);
+    expectRefused({"templates", "install", folder.file("small.zip")}, 3, "small.zip");
+}
+
 /// What lies in an archive is named as its user knows it.
 TEST_F(HostileInputTest, FilesInAnArchiveAreNamedByIt) {
     const fs::path path = SmallTemplate().write(folder.path());

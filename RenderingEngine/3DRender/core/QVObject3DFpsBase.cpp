@@ -10,6 +10,7 @@
 #include "opengl2.0/Shader.h"
 #include "other/QVMultiSceneRenderShareSettings.h"
 #include "painter/Painter.h"
+#include "platform/base/Limits.h"
 #include "playback/RenderDriver.h"
 
 namespace multiscene {
@@ -46,7 +47,7 @@ std::string shaderProblem(const Shader& shader, const std::string& description) 
     return text;
 }
 
-constexpr int maxTargetSize = 4096;  // pixels a side, within what every GL offers
+constexpr int maxTargetSize = platform::limitOf<int>("maxTargetSide");
 
 constexpr Key fpsInfoKeyList[] = {
     {.name = "startFps",
@@ -162,12 +163,25 @@ void QVObject3DFpsBase::readCustomShader(const KeyReader& fpsInfo) {
         reportSkipped(*this, "shader failed", shaderProblem(*customShader_, resolved));
 }
 
+std::optional<glm::ivec2> QVObject3DFpsBase::targetSizeOf(const platform::Value& fpsInfo) {
+    return targetSizeOf(KeyReader(fpsInfoKeys, fpsInfo));
+}
+
+std::optional<glm::ivec2> QVObject3DFpsBase::targetSizeOf(const KeyReader& fpsInfo) {
+    if (!fpsInfo.boolean("isRenderToTexture")) return std::nullopt;
+    constexpr auto most = static_cast<float>(maxTargetSize);
+    const auto side = [=](float length) {
+        return length >= 1 ? static_cast<int>(std::min(length, most)) : 1;
+    };
+    const glm::vec2 size = fpsInfo.vector2("textureSize");
+    return glm::ivec2(side(size.x), side(size.y));
+}
+
 void QVObject3DFpsBase::readRenderToTexture(const KeyReader& fpsInfo) {
-    isRenderToTexture_ = fpsInfo.boolean("isRenderToTexture");
-    if (!isRenderToTexture_) return;
-    const glm::vec2 size =
-        glm::clamp(fpsInfo.vector2("textureSize"), 1.0f, static_cast<float>(maxTargetSize));
-    frameBufferToTexture_ = std::make_shared<QVFrameBufferToTexture>(size.x, size.y);
+    const auto size = targetSizeOf(fpsInfo);
+    isRenderToTexture_ = size.has_value();
+    if (!size) return;
+    frameBufferToTexture_ = std::make_shared<QVFrameBufferToTexture>(size->x, size->y);
     if (const auto owner = scene())
         owner->setRenderToTexture(fpsInfo.text("textureMapKey"), frameBufferToTexture_);
 }

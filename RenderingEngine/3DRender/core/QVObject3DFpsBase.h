@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <memory>
+#include <optional>
 #include <string_view>
 
 #include "core/GLESUtils/QVFrameBufferToTexture.h"
@@ -18,6 +19,10 @@ class QVObject3DFpsBase : public QVObjectContainer3D {
   public:
     /// The GL blend factor of a name as scene files spell it, exactly; 0 for any other.
     static uint32_t blendParmeWithString(std::string_view name);
+
+    /// The size of the texture that a node with this "FpsInfo" draws into; none when it draws into the
+    /// picture.
+    static std::optional<glm::ivec2> targetSizeOf(const platform::Value& fpsInfo);
 
     /// True from sartFps to endFps, both inclusive.
     bool isDueAt(int64_t frame) const { return sartFps_ <= frame && frame <= endFps_; }
@@ -59,6 +64,7 @@ class QVObject3DFpsBase : public QVObjectContainer3D {
     std::string resolvedPath(const std::string& path) const;
 
   private:
+    static std::optional<glm::ivec2> targetSizeOf(const KeyReader& fpsInfo);
     void readFrameRange(const platform::Value& fpsInfo);
     void readBlend(const KeyReader& fpsInfo);
     void readCustomShader(const KeyReader& fpsInfo);

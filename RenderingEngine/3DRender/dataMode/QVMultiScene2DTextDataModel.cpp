@@ -5,6 +5,7 @@
 
 #include "dataMode/TextFit.h"
 #include "dataMode/TextSettings.h"
+#include "platform/base/Limits.h"
 
 namespace multiscene {
 
@@ -18,7 +19,7 @@ using platform::Value;
 namespace {
 
 /// The longest side of a texture that grows without a limit of its own.
-constexpr double largestTexture = 2048;
+constexpr double largestTexture = platform::limitOf<double>("maxTextTextureSide");
 
 /// An enumeration from its number; numbers that mean nothing are 0.
 template <typename Mode>
@@ -106,7 +107,7 @@ QVMultiScene2DTextDataModel QVMultiScene2DTextDataModel::multiScene2DTextDataMod
 void QVMultiScene2DTextDataModel::setScene(const std::string& sceneIdentifier,
                                            const std::string& sceneResourceFolderPath, Playback& playback) {
     auto& layout = description_.layout;
-    layout.text = findText(layout.text, sceneIdentifier, textMaxLenght_, playback.settings());
+    layout.text = findText(layout.text, sceneIdentifier, textMaxLenght_, sceneResourceFolderPath, playback);
     layout.font = findFont(fontName_, layout.font.size, sceneResourceFolderPath, playback);
     computeLayout();
 }

@@ -68,8 +68,21 @@ platform::Color readTextColor(const KeyReader& reader, std::string_view key) {
 }
 
 std::string findText(const std::string& key, const std::string& sceneIdentifier, int maxLength,
-                     const QVMultiSceneRenderShareSettings& settings) {
-    return platform::truncateText(settings.valueOrUsers(key, sceneIdentifier).stringValue(), maxLength);
+                     const std::string& sceneFolder, Playback& playback) {
+    using platform::TextLimits, platform::truncateText;
+    const std::string text =
+        truncateText(playback.settings().valueOrUsers(key, sceneIdentifier).stringValue(), maxLength);
+    std::string drawn = truncateText(text, TextLimits::characters);
+    constexpr int named = 40;  // characters: a key may be the text itself
+    if (drawn.size() < text.size())
+        playback.report().add({.what = "has more than the " + std::to_string(TextLimits::characters) +
+                                       " characters of " + std::to_string(TextLimits::codePoints) +
+                                       " code points that are drawn; the rest is left out",
+                               .name = truncateText(key, named),
+                               .scene = sceneFolder,
+                               .node = {},
+                               .isLeftOut = false});
+    return drawn;
 }
 
 float findTextScale(const std::string& key, const std::string& sceneIdentifier,
@@ -90,8 +103,13 @@ platform::TextFont findFont(const std::string& name, float size, const std::stri
     }
     const std::string path = playback.settings().multiSceneRenderPathResourcesWithString(name, sceneFolder);
     platform::FileHandle file = path.empty() ? platform::FileHandle() : playback.gate().open(path).file;
-    if (!file) report("is a missing font file; another font is used");
-    return {"", file ? platform::openFontFile(std::move(file)) : nullptr, size};
+    if (!file) {
+        report("is a missing font file; another font is used");
+        return {"", nullptr, size};
+    }
+    const platform::FontFile* const font = platform::openFontFile(std::move(file));
+    if (!font) report("is no font file, or one too many; another font is used");
+    return {"", font, size};
 }
 
 std::string letterNames(const std::vector<char32_t>& letters) {

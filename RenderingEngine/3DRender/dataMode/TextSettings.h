@@ -22,10 +22,10 @@ void readSpacing(const KeyReader& reader, float& letterSpacing, float& lineSpaci
 /// "red,green,blue" without an alpha is opaque.
 platform::Color readTextColor(const KeyReader& reader, std::string_view key);
 
-/// The text behind a "textString": the user's, else the key itself; cut after `maxLength` characters, 0: not
-/// cut.
+/// The text behind a "textString": the user's, else the key itself; cut after `maxLength` characters, 0:
+/// after those that can be drawn, which the playback's report then tells.
 std::string findText(const std::string& key, const std::string& sceneIdentifier, int maxLength,
-                     const QVMultiSceneRenderShareSettings& settings);
+                     const std::string& sceneFolder, Playback& playback);
 
 /// Followed by the key of a text of the user: its entry in the user media map says how much smaller than its
 /// "fontSize" the text is to be where nothing else makes it fit, because it is longer than there is room for.

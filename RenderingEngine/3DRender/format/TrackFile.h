@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/base/FileGate.h"
+#include "platform/base/Limits.h"
 #include "platform/base/Value.h"
 
 namespace multiscene {
@@ -13,7 +14,7 @@ namespace multiscene {
 /// Corner-pin tracks: XML files, stored encrypted under the key that the application carries.
 class TrackFile {
   public:
-    static constexpr uint64_t maxBytes = 64 << 20;
+    static constexpr uint64_t maxBytes = platform::limitOf("maxTrackBytes");
 
     /// The stored form of a plain track, always the same for the same track. Throws platform::Error(Template)
     /// when `plain` is no track, or one with a problem.

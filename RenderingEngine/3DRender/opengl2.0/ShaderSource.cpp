@@ -17,11 +17,11 @@ std::filesystem::path ownShaders() { return platform::resourcesFolder() / "shade
 
 /// The program's own shaders are read as they are; every other file passes the fence.
 std::vector<uint8_t> readShaderFile(const std::string& file, platform::FileGate& gate) {
-    if (isOwnShaderFile(file)) return platform::readFile(file, platform::Limits::maxShaderBytes);
+    if (isOwnShaderFile(file)) return platform::readFile(file, platform::limitOf("maxShaderBytes"));
     const auto opened = gate.open(file);
     if (opened.verdict != platform::FileGate::Verdict::Allowed)
         throw platform::Error(platform::ErrorKind::Template, platform::describe(opened.verdict), file);
-    return platform::readFile(opened.file, file, platform::Limits::maxShaderBytes);
+    return platform::readFile(opened.file, file, platform::limitOf("maxShaderBytes"));
 }
 
 /// The reason why a template's shader is skipped; throws what is no fault of the template.

@@ -5,11 +5,12 @@
 #include <string>
 
 #include "painter/Draw.h"
+#include "platform/base/Limits.h"
 
 namespace multiscene {
 
 /// As many the shader adds up; further ones are left out.
-inline constexpr size_t maxLights = 8;
+inline constexpr size_t maxLights = platform::limitOf<size_t>("maxLights");
 
 /// Adds what a lit program takes of all lights; those of none where there are none.
 void addLightUniforms(std::span<const Light> lights, Uniforms& uniforms);

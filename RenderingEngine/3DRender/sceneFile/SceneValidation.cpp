@@ -85,9 +85,9 @@ class GroupProblems {
     void check() {
         const auto& entries = group_.entries;
         if (entries.empty()) file_.add("scene", "the list of scenes is empty");
-        if (entries.size() > platform::Limits::maxGroupScenes)
-            return file_.add(
-                "scene", platform::beyondLimit(entries.size(), "scenes", platform::Limits::maxGroupScenes));
+        if (entries.size() > platform::limitOf("maxGroupScenes"))
+            return file_.add("scene", platform::beyondLimit(entries.size(), "scenes",
+                                                            platform::limitOf("maxGroupScenes")));
         for (size_t i = 0; i < entries.size(); ++i) checkEntry(entries[i], element("scene", i));
     }
 

@@ -42,7 +42,11 @@ void store(ZBBezierModel::Record& record, int digit, double value) {
 }  // namespace
 
 ZBBezierModel::ZBBezierModel(int64_t interpolationTotal)
-    : bezierResult_(static_cast<size_t>(std::clamp<int64_t>(interpolationTotal, 0, maxInterpolationTotal))) {}
+    : bezierResult_(static_cast<size_t>(samplesFor(interpolationTotal))) {}
+
+int64_t ZBBezierModel::samplesFor(int64_t interpolationTotal) {
+    return std::clamp<int64_t>(interpolationTotal, 0, maxInterpolationTotal);
+}
 
 ZBBezierModel ZBBezierModel::bezierWithInterpolationTotal(int64_t interpolationTotal) {
     return ZBBezierModel(interpolationTotal);

@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/base/Limits.h"
 #include "tween/TweenTarget.h"
 
 namespace multiscene {
@@ -18,9 +19,11 @@ class ZBBezierModel {
 
     /// `interpolationTotal`: the number of samples, at least 0 and at most maxInterpolationTotal.
     static ZBBezierModel bezierWithInterpolationTotal(int64_t interpolationTotal);
-    static constexpr int64_t maxInterpolationTotal = 100'000;
+    static constexpr int64_t maxInterpolationTotal = platform::limitOf<int64_t>("maxCurveSamples");
+    /// So many samples a curve gets that asks for `interpolationTotal`.
+    static int64_t samplesFor(int64_t interpolationTotal);
     /// Further points are left out: the work grows with the square of their number.
-    static constexpr size_t maxControlPoints = 100;
+    static constexpr size_t maxControlPoints = platform::limitOf<size_t>("maxCurvePoints");
 
     /// Two-digit slot code: the units digit (1 x, 2 y, 3 z) receives a curve's first coordinate, the tens
     /// digit its second. Set it before computing; digits that name no slot are ignored.

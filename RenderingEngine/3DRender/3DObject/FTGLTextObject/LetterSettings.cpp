@@ -100,7 +100,7 @@ LetterSettings readLetterSettings(const platform::Value& fontInfo, const std::st
     const std::string key = reader.text("textString");
     LetterSettings settings;
     LetterText& text = settings.text;
-    text.text = findText(key, sceneIdentifier, reader.int32("textMaxLenght"), playback.settings());
+    text.text = findText(key, sceneIdentifier, reader.int32("textMaxLenght"), sceneFolder, playback);
     text.font = findFont(reader.text("fontName"), number("fontSize"), sceneFolder, playback);
     text.alignment = static_cast<platform::TextAlignment>(number("textAlignment"));
     readSpacing(reader, text.letterSpacing, text.lineSpacing);

@@ -6,6 +6,7 @@
 
 #include "animation/AnimatedNumber.h"
 #include "pictureFilter/Filter.h"
+#include "platform/base/Limits.h"
 #include "platform/base/Value.h"
 
 namespace multiscene {
@@ -18,7 +19,7 @@ extern const KeyTable filterKeys;
 class FilterList {
   public:
     /// More filters than this are not applied.
-    static constexpr size_t most = 8;
+    static constexpr size_t most = platform::limitOf<size_t>("maxFilters");
     using Table = std::shared_ptr<const platform::ColorTable>;
 
     /// `readTable` gives the table that a filter's dictionary names, or none.

@@ -6,6 +6,7 @@
 #include "core/GLESUtils/Texture.h"
 #include "core/Material/QVTextureMaterial.h"
 #include "platform/base/FileGate.h"
+#include "platform/base/Limits.h"
 #include "platform/base/Value.h"
 #include "platform/image/Image.h"
 #include "playback/PicturesAhead.h"
@@ -34,9 +35,9 @@ struct ShownBox {
 /// texture empty.
 class ZBTexture {
   public:
-    static constexpr int maxCanvasSide = 4096;      ///< pixels
-    static constexpr int maxTextBitmapSide = 1024;  ///< pixels
-    static constexpr int filterPhotoSide = 1024;    ///< pixels: the longer side of a photo that is filtered
+    static constexpr int maxCanvasSide = platform::limitOf<int>("maxCanvasSide");          ///< pixels
+    static constexpr int maxTextBitmapSide = platform::limitOf<int>("maxTextBitmapSide");  ///< pixels
+    static constexpr int filterPhotoSide = 1024;  ///< pixels: the longer side of a photo that is filtered
 
     /// Empty: nothing to draw.
     const std::shared_ptr<Texture>& texture() const { return texture_; }
