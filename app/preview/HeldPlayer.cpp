@@ -7,6 +7,8 @@
 #include "app/job/MusicEntry.h"
 #include "app/job/UserValues.h"
 #include "platform/base/DispatchQueue.h"
+#include "platform/image/ImageDecoder.h"
+#include "platform/media/VideoReader.h"
 
 namespace multiscene {
 
@@ -14,6 +16,8 @@ using platform::DispatchQueue;
 using platform::Error;
 
 namespace {
+
+constexpr size_t kKeptPictures = size_t{192} << 20, kKeptFilmPictures = size_t{128} << 20;  // bytes
 
 RenderDriverSettings driverSettings(const PreparedGroup& group) {
     RenderDriverSettings settings;
@@ -47,6 +51,8 @@ HeldPlayer::HeldPlayer(const RenderRequest& request, JobObserver& observer, cons
       musicSettings_(request.musicSettings),
       shared_(std::make_shared<Shared>()),
       view_(std::make_shared<QVMorrow3DGLVIew>(group_.layout)) {
+    platform::keepDecodedImages(kKeptPictures);
+    platform::keepDecodedFilms(kKeptFilmPictures);
     group_.playable.group = group_.group;  // whose scenes say under which keys further values go
     createDriver();
     createScore();

@@ -10,6 +10,7 @@
 #include <vector>
 
 #include "platform/base/Limits.h"
+#include "platform/image/KeptImages.h"
 #include "platform/image/PictureFile.h"
 #include "platform/image/Vips.h"
 
@@ -230,9 +231,11 @@ ImageSize readImageSize(const FileHandle& file, const ImageSource& source) {
 }
 
 Bitmap decodeImage(const FileHandle& file, const DecodeOptions& options) {
-    return blaming(file, options.source, [&](const PictureFile& picture) {
-        const Header header = readHeader(picture, options.source);
-        return toBitmap(loadAtSize(picture, header, resultSize(header, options)));
+    return KeptImages::shared().get(file, options, [&] {
+        return blaming(file, options.source, [&](const PictureFile& picture) {
+            const Header header = readHeader(picture, options.source);
+            return toBitmap(loadAtSize(picture, header, resultSize(header, options)));
+        });
     });
 }
 

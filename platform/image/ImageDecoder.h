@@ -50,6 +50,11 @@ struct DecodeOptions {
 /// Error, never a half-grey picture.
 Bitmap decodeImage(const FileHandle& file, const DecodeOptions& options = {});
 
+/// From now on this process keeps what decodeImage() has decoded, those pictures that were wanted last and at
+/// most so many bytes, and gives out copies while their files stay the same. For who shows the same ones
+/// again and again.
+void keepDecodedImages(size_t mostBytes);
+
 /// Writes the user's photo the way templates want it: upright, sRGB, the wanted part of it cut to `aspect`,
 /// no side longer than `maxLongSide` pixels (0: no limit; never enlarged). Opaque photos of a lossy format
 /// become a JPEG of high quality, everything else a PNG that keeps its alpha; readers go by the content, so

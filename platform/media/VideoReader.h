@@ -73,7 +73,12 @@ class VideoReader {
 
   private:
     class Implementation;
-    std::unique_ptr<Implementation> implementation_;
+    std::shared_ptr<Implementation> implementation_;
 };
+
+/// From now on this process keeps of the films that it reads when their frames are, and the pictures that
+/// were looked at last, at most so many bytes. What is known of a film is not decoded again, as long as its
+/// file stays the same, until somebody looks at it. For who plays the same films again and again.
+void keepDecodedFilms(size_t mostBytes);
 
 }  // namespace platform

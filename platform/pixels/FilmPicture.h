@@ -2,6 +2,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <memory>
 #include <mutex>
 
@@ -24,11 +25,15 @@ class FilmWishes {
 /// An upright picture, top row first. Any thread; what it shows never changes.
 class FilmPicture {
   public:
+    using Find = std::function<std::shared_ptr<const FilmPicture>()>;
+
     /// In planes, opaque, kept alive by `owner`; a buffer of the pool takes the pixels.
     FilmPicture(const YuvPicture& planes, std::shared_ptr<const void> owner, PixelBufferPool pool,
                 std::shared_ptr<FilmWishes> wishes);
     /// In pixels alone. `opaque`: alpha is 255 everywhere.
     FilmPicture(PixelBufferPool::Pointer pixels, bool opaque);
+    /// Found when somebody looks at it: of the same size, and opaque likewise. Black when `find` gives none.
+    FilmPicture(int width, int height, bool opaque, Find find);
 
     int width() const { return width_; }
     int height() const { return height_; }
@@ -44,6 +49,8 @@ class FilmPicture {
     const YuvPicture* planesAlone() const;
 
   private:
+    const FilmPicture* found() const;
+
     const int width_, height_;
     const bool isOpaque_;
     const YuvPicture planes_;
@@ -52,6 +59,8 @@ class FilmPicture {
     mutable PixelBufferPool pool_;
     mutable std::mutex mutex_;
     mutable PixelBufferPool::Pointer pixels_;
+    mutable Find find_;  ///< until it was asked
+    mutable std::shared_ptr<const FilmPicture> found_;
 };
 
 }  // namespace platform

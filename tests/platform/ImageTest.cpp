@@ -7,6 +7,7 @@
 #include <chrono>
 #include <filesystem>
 #include <fstream>
+#include <thread>
 #include <vips/vips8>
 
 #include "platform/base/Paths.h"
@@ -541,6 +542,31 @@ TEST(PhotoFilterTest, WithoutARadiusThePhotoIsWholeAndUnknownFiltersDrawNothing)
     const Bitmap both = drawPhotoFilter({"imageSynthesis", 0, 0, {}}, photo, &overlay);
     EXPECT_TRUE(isNear(at(both, 10, 10), {64, 0, 127, 255}, 1));
     EXPECT_EQ(drawPhotoFilter({"imageSynthesis", 0, 0, {}}, photo).rgba, photo.rgba);
+}
+
+TEST_F(ImageTest, WhatIsKeptOfAPictureGoesWithItsFile) {
+    const auto settle = [] { std::this_thread::sleep_for(std::chrono::milliseconds(60)); };
+    const auto save = [&](uint8_t level) {
+        Bitmap grey(20, 20);
+        std::fill(grey.rgba.begin(), grey.rgba.end(), level);
+        for (size_t alpha = 3; alpha < grey.rgba.size(); alpha += 4) grey.rgba[alpha] = 255;
+        writePng(path("grey.png"), grey);
+        const std::string content = bytes("grey.png");
+        write("same.png", content);  // the same file with another content
+    };
+    keepDecodedImages(64 * 1024);
+    for (const uint8_t level : {30, 60, 90}) {
+        save(level);
+        for (int turn = 0; turn < 2; ++turn) {
+            for (int side = 8; side < 40; side += 8) {
+                const Bitmap picture = decode("same.png", {.canvas = {side, side}});
+                EXPECT_EQ(picture.size(), (ImageSize{side, side}));
+                EXPECT_TRUE(isNear(at(picture, 3, 3), {level, level, level, 255}, 1)) << turn;
+            }
+            settle();
+        }
+    }
+    keepDecodedImages(0);
 }
 
 }  // namespace

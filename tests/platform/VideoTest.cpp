@@ -1,7 +1,9 @@
 #include <malloc.h>
 #include <sys/resource.h>
 
+#include <chrono>
 #include <csignal>
+#include <random>
 #include <thread>
 
 #include "MediaFixture.h"
@@ -440,6 +442,55 @@ TEST_F(VideoTest, ARateIsKeptByTime) {
     EXPECT_FALSE(part.isWhole) << "read no further";
     EXPECT_GE(framesWithin(part.length, 25), 25);
     EXPECT_LT(framesWithin(part.length, 25), 50);
+}
+
+TEST_F(VideoTest, WhatIsKeptOfAFilmIsWhatItShows) {
+    constexpr size_t fewPictures = 200'000;  // bytes
+    const std::string film = makeFilm("film.mp4", 40, small(64, 48, 30));
+    const auto settle = [] { std::this_thread::sleep_for(std::chrono::milliseconds(60)); };
+    settle();
+    std::minstd_rand random(1);
+    for (const int rate : {0, 45}) {
+        const VideoReaderSettings settings{.framesPerSecond = rate};
+        const auto bytesOf = [](const VideoFrame& frame) {
+            return std::vector<uint8_t>(frame.pixels->data(), frame.pixels->data() + size_t{64} * 48 * 4);
+        };
+        std::vector<std::vector<uint8_t>> pictures;
+        keepDecodedFilms(0);
+        VideoReader straight(open(film), film, ErrorKind::Input, settings);
+        while (const auto frame = straight.nextFrame()) pictures.push_back(bytesOf(*frame));
+        keepDecodedFilms(fewPictures);
+        for (int run = 0; run < 20; ++run) {
+            std::vector<std::pair<size_t, VideoFrame>> later;
+            {
+                VideoReader reader(open(film), film, ErrorKind::Input, settings);
+                reader.start();
+                const bool isGivenUp = run > 0 && run % 3 == 0;
+                for (size_t index = 0; index < pictures.size() - (isGivenUp ? 9 : 0); ++index) {
+                    const auto frame = reader.nextFrame();
+                    ASSERT_TRUE(frame) << index;
+                    const unsigned chance = random() % 8;
+                    if (chance < 2) {
+                        EXPECT_EQ(bytesOf(*frame), pictures[index]) << index;
+                    }
+                    if (chance == 2) later.emplace_back(index, *frame);
+                    if (random() % 32 != 0) continue;
+                    for (const auto& [at, kept] : later) EXPECT_EQ(bytesOf(kept), pictures[at]) << at;
+                }
+                EXPECT_EQ(reader.nextFrame().has_value(), isGivenUp);
+            }
+            for (const auto& [at, kept] : later) EXPECT_EQ(bytesOf(kept), pictures[at]) << "late, " << at;
+        }
+        VideoReader unseen(open(film), film, ErrorKind::Input, settings);
+        for (size_t index = 0; index < pictures.size(); ++index) EXPECT_TRUE(unseen.nextFrame());
+        EXPECT_FALSE(unseen.nextFrame());
+        EXPECT_EQ(unseen.statistics().frames, 0) << "nobody has looked";
+    }
+    makeFilm("film.mp4", 7, small(64, 48, 30));
+    EXPECT_EQ(countFrames(film), 7);
+    settle();
+    EXPECT_EQ(countFrames(film), 7);
+    keepDecodedFilms(0);
 }
 
 TEST_F(VideoTest, TheMiddleIsCutOutOfUprightPictures) {

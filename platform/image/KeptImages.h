@@ -1,0 +1,45 @@
+// Private to platform/image.
+#pragma once
+
+#include <compare>
+#include <functional>
+#include <list>
+#include <mutex>
+#include <optional>
+
+#include "platform/base/FileStamp.h"
+#include "platform/image/ImageDecoder.h"
+
+namespace platform {
+
+/// Decoded pictures, those that were wanted last, up to so many bytes. Any thread.
+class KeptImages {
+  public:
+    /// That of the process; keeps nothing until it is told to.
+    static KeptImages& shared();
+
+    void setMostBytes(size_t bytes);
+    /// A copy of what was decoded before when the file is the same, else what `decode` gives.
+    Bitmap get(const FileHandle& file, const DecodeOptions& options, const std::function<Bitmap()>& decode);
+
+  private:
+    struct Key {
+        FileStamp file;
+        int width, height, maxLongSide;
+        auto operator<=>(const Key&) const = default;
+    };
+    struct Kept {
+        Key key;
+        Bitmap picture;
+    };
+
+    bool isKeeping();
+    std::optional<Bitmap> find(const Key& key);
+    void keep(const Key& key, const Bitmap& picture);
+
+    std::mutex mutex_;
+    std::list<Kept> kept_;  ///< the one wanted last in front
+    size_t bytes_ = 0, mostBytes_ = 0;
+};
+
+}  // namespace platform

@@ -1,0 +1,91 @@
+#include "platform/media/KeptFilms.h"
+
+#include <algorithm>
+
+namespace platform {
+
+namespace {
+
+constexpr size_t kMostFilms = 64;
+
+/// Its planes, and the pixels that may be made of them.
+size_t bytesOf(const FilmPicture& picture) {
+    const auto pixels = static_cast<size_t>(picture.width()) * static_cast<size_t>(picture.height());
+    return pixels * 11 / 2;
+}
+
+}  // namespace
+
+void keepDecodedFilms(size_t mostBytes) { KeptFilms::shared().setMostBytes(mostBytes); }
+
+// One film
+
+std::optional<KeptFilm::Frame> KeptFilm::at(int64_t index) const {
+    const std::lock_guard lock(mutex_);
+    if (index >= static_cast<int64_t>(frames_.size())) return std::nullopt;
+    return frames_[static_cast<size_t>(index)];
+}
+
+bool KeptFilm::endsBefore(int64_t index) const {
+    const std::lock_guard lock(mutex_);
+    return isWhole_ && index >= static_cast<int64_t>(frames_.size());
+}
+
+std::optional<Error> KeptFilm::error() const {
+    const std::lock_guard lock(mutex_);
+    return error_;
+}
+
+void KeptFilm::note(int64_t index, const Frame& frame) {
+    const std::lock_guard lock(mutex_);
+    if (!isWhole_ && index == static_cast<int64_t>(frames_.size())) frames_.push_back(frame);
+}
+
+void KeptFilm::noteEnd(const std::optional<Error>& error) {
+    const std::lock_guard lock(mutex_);
+    isWhole_ = true;
+    error_ = error;
+}
+
+// All of them
+
+KeptFilms& KeptFilms::shared() {
+    static KeptFilms films;
+    return films;
+}
+
+void KeptFilms::setMostBytes(size_t bytes) {
+    const std::lock_guard lock(mutex_);
+    mostBytes_ = bytes;
+}
+
+std::shared_ptr<KeptFilm> KeptFilms::film(const FileHandle& file, const VideoReaderSettings& settings) {
+    const std::lock_guard lock(mutex_);
+    const auto stamp = mostBytes_ > 0 ? FileStamp::of(file) : std::nullopt;
+    if (!stamp) return nullptr;
+    if (films_.size() >= kMostFilms) films_.clear();
+    auto& film = films_[Key{*stamp, settings.shape.width, settings.shape.height, settings.framesPerSecond,
+                            settings.premultipliesAlpha}];
+    if (!film) film = std::make_shared<KeptFilm>();
+    return film;
+}
+
+KeptFilms::Picture KeptFilms::picture(const std::shared_ptr<KeptFilm>& film, int64_t number) {
+    const std::lock_guard lock(mutex_);
+    const auto found = std::ranges::find_if(
+        pictures_, [&](const Kept& kept) { return kept.film == film && kept.number == number; });
+    if (found == pictures_.end()) return nullptr;
+    pictures_.splice(pictures_.begin(), pictures_, found);
+    return found->picture;
+}
+
+void KeptFilms::keep(const std::shared_ptr<KeptFilm>& film, int64_t number, const Picture& picture) {
+    const size_t bytes = bytesOf(*picture);
+    const std::lock_guard lock(mutex_);
+    if (bytes > mostBytes_ / 4) return;
+    pictures_.push_front({film, number, picture, bytes});
+    bytes_ += bytes;
+    for (; bytes_ > mostBytes_; pictures_.pop_back()) bytes_ -= pictures_.back().bytes;
+}
+
+}  // namespace platform

@@ -1,0 +1,79 @@
+// Private to platform/media: what is known of films from decoding them before.
+#pragma once
+
+#include <compare>
+#include <list>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <vector>
+
+#include "platform/base/CMTime.h"
+#include "platform/base/Error.h"
+#include "platform/base/FileStamp.h"
+#include "platform/media/VideoReader.h"
+
+namespace platform {
+
+/// The frames of one film as certain settings deliver them, as far as anybody has decoded it. Any thread.
+class KeptFilm {
+  public:
+    struct Frame {
+        CMTime time;
+        int64_t picture = 0;  ///< its number; the same in frames that show the same one again
+        int width = 0, height = 0;
+        bool isOpaque = true;
+    };
+
+    std::optional<Frame> at(int64_t index) const;
+    /// Whether the film is known to have no such frame.
+    bool endsBefore(int64_t index) const;
+    std::optional<Error> error() const;
+
+    void note(int64_t index, const Frame& frame);
+    void noteEnd(const std::optional<Error>& error);
+
+  private:
+    mutable std::mutex mutex_;
+    std::vector<Frame> frames_;
+    bool isWhole_ = false;
+    std::optional<Error> error_;
+};
+
+/// Films, and of their pictures those that were looked at last, up to so many bytes. Any thread.
+class KeptFilms {
+  public:
+    using Picture = std::shared_ptr<const FilmPicture>;
+
+    /// Those of the process; keeps nothing until it is told to.
+    static KeptFilms& shared();
+
+    void setMostBytes(size_t bytes);
+    /// None where nothing is kept, or the file may just be being written.
+    std::shared_ptr<KeptFilm> film(const FileHandle& file, const VideoReaderSettings& settings);
+
+    Picture picture(const std::shared_ptr<KeptFilm>& film, int64_t number);
+    void keep(const std::shared_ptr<KeptFilm>& film, int64_t number, const Picture& picture);
+
+  private:
+    struct Key {
+        FileStamp file;
+        int width, height, framesPerSecond;
+        bool premultipliesAlpha;
+        auto operator<=>(const Key&) const = default;
+    };
+    struct Kept {
+        std::shared_ptr<KeptFilm> film;
+        int64_t number;
+        Picture picture;
+        size_t bytes;
+    };
+
+    std::mutex mutex_;
+    std::map<Key, std::shared_ptr<KeptFilm>> films_;
+    std::list<Kept> pictures_;  ///< the one wanted last in front
+    size_t bytes_ = 0, mostBytes_ = 0;
+};
+
+}  // namespace platform
