@@ -255,30 +255,48 @@ void PreviewWindow::obeyLetter(char letter) {
 }
 
 void PreviewWindow::obeyMouse(const WindowEvent& event) {
-    const bool isOnBar = event.y >= window_->height() - face_.barHeight();
-    if (event.kind == WindowEvent::Kind::Press) isDragging_ = isOnBar;
-    if (isDragging_ && event.kind != WindowEvent::Kind::Moved) {
+    using Kind = WindowEvent::Kind;
+    const bool isPress = event.kind == Kind::Press;
+    if (isPress && event.y >= window_->height() - face_.barHeight()) beginDragging();
+    if (!isDragging_) return;
+    if (event.kind != Kind::Moved) {
         const double share =
             std::clamp(static_cast<double>(event.x) / std::max(window_->width() - 1, 1), 0.0, 1.0);
-        seek(std::llround(share * static_cast<double>(lastFrame())));
+        seek(std::llround(share * static_cast<double>(lastFrame())), !isPress);
     }
-    if (event.kind == WindowEvent::Kind::Release || event.kind == WindowEvent::Kind::Moved)
-        isDragging_ = false;
+    if (event.kind == Kind::Release || event.kind == Kind::Moved) endDragging();
+}
+
+/// Time stands meanwhile.
+void PreviewWindow::beginDragging() {
+    isDragging_ = true;
+    playsAfterDragging_ = isPlaying_ || wantsToPlay_;
+    wantsToPlay_ = false;
+    setPlaying(false);
+}
+
+void PreviewWindow::endDragging() {
+    isDragging_ = false;
+    wantsToPlay_ = playsAfterDragging_;
 }
 
 void PreviewWindow::step(int64_t frames) {
     const int64_t from = frameNow();
     wantsToPlay_ = false;
     setPlaying(false);
-    seek(from + frames);
+    seek(from + frames, true);
 }
 
-void PreviewWindow::seek(int64_t frame) {
+/// `isOnTheWay`: there may be more of it at once.
+void PreviewWindow::seek(int64_t frame, bool isOnTheWay) {
     const int64_t wanted = std::clamp<int64_t>(frame, 0, lastFrame());
     if (!video_ || (wanted == goal_ && !isPlaying_)) return;
     goal_ = wanted;
     sound_.seek(positionOf(goal_));
-    pictures_.leap();
+    if (isOnTheWay)
+        pictures_.wander();
+    else
+        pictures_.leap();
     mustShow_ = true;
 }
 

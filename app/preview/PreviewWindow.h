@@ -55,8 +55,10 @@ class PreviewWindow {
     void obeyKey(const platform::WindowEvent& event);
     void obeyLetter(char letter);
     void obeyMouse(const platform::WindowEvent& event);
+    void beginDragging();
+    void endDragging();
     void step(int64_t frames);
-    void seek(int64_t frame);
+    void seek(int64_t frame, bool isOnTheWay = false);
     void setPlaying(bool isPlaying);
     void savePicture();
 
@@ -98,7 +100,7 @@ class PreviewWindow {
     double saidAt_ = 0, openedAt_ = 0, shownAt_ = 0;
     int64_t goal_ = 0;  ///< the frame that is to be seen while time stands
     bool isPlaying_ = false, wantsToPlay_ = true, isLooping_ = false, isMuted_ = false, hasOverlay_ = false;
-    bool isDragging_ = false, isClosed_ = false, mustShow_ = true;
+    bool isDragging_ = false, playsAfterDragging_ = false, isClosed_ = false, mustShow_ = true;
     bool isFreshWorker_ = true;  ///< has shown nothing yet
 };
 
