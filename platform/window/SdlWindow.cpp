@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <cstring>
 #include <filesystem>
+#include <string_view>
 #include <vector>
 
 #include "platform/window/WindowModule.h"
@@ -53,9 +54,10 @@ bool isDrawnByProcessor(SDL_Renderer* renderer) {
 }
 
 RendererPointer makeRenderer(SDL_Window* window) {
-    if (hasGraphicsCard() || SDL_GetHint(SDL_HINT_RENDER_DRIVER)) {
+    const bool isChosen = SDL_GetHint(SDL_HINT_RENDER_DRIVER) != nullptr;
+    if (isChosen || hasGraphicsCard()) {
         RendererPointer renderer(SDL_CreateRenderer(window, -1, SDL_RENDERER_ACCELERATED));
-        if (renderer && !isDrawnByProcessor(renderer.get())) return renderer;
+        if (renderer && (isChosen || !isDrawnByProcessor(renderer.get()))) return renderer;
     }
     return RendererPointer(SDL_CreateRenderer(window, -1, SDL_RENDERER_SOFTWARE));
 }
@@ -237,16 +239,30 @@ class SdlWindow : public Window {
     std::vector<LayerTexture> textures_;
 };
 
+/// Where there is no screen the library takes to one that nobody sees.
+bool isSeenByNobody() {
+    if (SDL_GetHint(SDL_HINT_VIDEODRIVER)) return false;  // somebody wants it so
+    const std::string_view driver = SDL_GetCurrentVideoDriver();
+    return driver == "offscreen" || driver == "dummy" || driver == "evdev";
+}
+
 Window* open(const WindowSettings& settings, std::string& failure) {
     SDL_SetHint(SDL_HINT_NO_SIGNAL_HANDLERS, "1");
     SDL_SetHint(SDL_HINT_RENDER_SCALE_QUALITY, "linear");
-    // Else a window drawn by the processor is put on the screen by OpenGL that the processor does.
-    SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");
     SDL_SetHint(SDL_HINT_VIDEO_X11_NET_WM_BYPASS_COMPOSITOR, "0");
     if (SDL_InitSubSystem(SDL_INIT_VIDEO) != 0) {
         failure = SDL_GetError();
         return nullptr;
     }
+    if (isSeenByNobody()) {
+        failure = "there is no screen (DISPLAY, WAYLAND_DISPLAY)";
+        SDL_QuitSubSystem(SDL_INIT_VIDEO);
+        return nullptr;
+    }
+    // Else a window drawn by the processor is put on the screen by OpenGL that the processor does; other
+    // drivers know no other way.
+    if (SDL_GetCurrentVideoDriver() == std::string_view("x11"))
+        SDL_SetHint(SDL_HINT_FRAMEBUFFER_ACCELERATION, "0");
     endAtOnceWithoutServer();
     int width = settings.width, height = settings.height;
     fitToScreen(width, height);
