@@ -2,8 +2,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cmath>
 #include <csignal>
 #include <cstdlib>
+#include <cstring>
 #include <fstream>
 #include <thread>
 
@@ -30,10 +32,10 @@ class Screen {
   public:
     Screen() : name_(":" + std::to_string(1000 + ::getpid())) {
         const std::string size = std::to_string(width) + "x" + std::to_string(height + barHeight) + "x24";
-        server_ = std::make_unique<Process>(
-            std::vector<std::string>{"Xvfb", name_, "-screen", "0", size, "-nolisten", "tcp"});
-        const fs::path socket = "/tmp/.X11-unix/X" + name_.substr(1);
-        while (!fs::exists(socket)) std::this_thread::sleep_for(std::chrono::milliseconds(20));
+        // It stays when the last window goes, and tells when it is there.
+        server_ = std::make_unique<Process>(std::vector<std::string>{
+            "Xvfb", name_, "-displayfd", "1", "-noreset", "-screen", "0", size, "-nolisten", "tcp"});
+        EXPECT_TRUE(server_->waitForOutput("\n"));
         ::setenv("DISPLAY", name_.c_str(), 1);
         ::setenv("SDL_VIDEODRIVER", "x11", 1);
         ::setenv("SDL_AUDIODRIVER", "disk", 1);
@@ -117,11 +119,18 @@ class PlayTest : public ProgramTest {
     }
     bool isSeenFrame(int frame) const { return isSeen(colors[frame]); }
 
+    /// Without a window manager nobody gives the window the keyboard back once it was hidden.
     static void act(std::vector<std::string> words) {
+        run({"xdotool", "search", "--sync", "--onlyvisible", "--name", "^small$", "windowfocus", "--sync"});
         words.insert(words.begin(), "xdotool");
-        run(words);
+        const Result result = run(words);
+        EXPECT_EQ(result.exitCode, 0) << result.errors;
     }
     static void key(const std::string& name) { act({"key", name}); }
+    static void window(std::vector<std::string> words) {
+        words.insert(words.begin(), {"xdotool", "search", "--name", "^small$"});
+        run(words);
+    }
 
     Screen screen_;
     fs::path template_;
@@ -134,6 +143,7 @@ TEST_F(PlayTest, ShowsWhatFramesWritesAndObeysKeysAndMouse) {
         0);
     play();
     EXPECT_TRUE(isSeenFrame(5)) << "it plays to its end by itself";
+    key("Left");  // it may not have stopped yet
     const struct {
         std::vector<std::string> act;
         int frame;
@@ -160,11 +170,11 @@ TEST_F(PlayTest, ShowsWhatFramesWritesAndObeysKeysAndMouse) {
     // Nothing of this may hold it up.
     for (int turn = 0; turn < 6; ++turn) {
         const std::string size = std::to_string(200 + 37 * turn % 100);
-        act({"search", "--name", "small", "windowsize", size, size, "windowunmap"});
+        window({"windowsize", size, size, "windowunmap", "windowmap", "--sync"});
         key(turn % 2 ? "Home" : "space");
-        act({"search", "--name", "small", "windowmap", "windowfocus"});
     }
-    act({"search", "--name", "small", "windowsize", "192", "314", "windowmove", "0", "0"});
+    window({"windowsize", "192", "314", "windowmove", "0", "0"});
+    key("Left");
     key("Home");
     EXPECT_TRUE(isSeenFrame(0));
     key("q");
@@ -176,6 +186,7 @@ TEST_F(PlayTest, ShowsWhatFramesWritesAndObeysKeysAndMouse) {
 TEST_F(PlayTest, FollowsTheFilesOfItsTemplate) {
     play({"--watch"});
     ASSERT_TRUE(isSeenFrame(5));
+    key("Left");
     key("Home");
     key("Right");
     ASSERT_TRUE(isSeenFrame(1));
@@ -195,6 +206,120 @@ TEST_F(PlayTest, FollowsTheFilesOfItsTemplate) {
     EXPECT_TRUE(isSeen(0xff6b6b, 2, height - 4)) << "a template that is gone";
     key("q");
     EXPECT_EQ(program_->finish().exitCode, 0);
+}
+
+constexpr int rate = 44100, soundFrames = 30, framesPerSecond = 10;
+/// Of the time line: where frame `frame` is seen first, as in the exported film.
+constexpr int64_t sampleOf(int frame) { return int64_t{frame + 1} * rate / framesPerSecond; }
+
+/// The left channel of interleaved stereo; without what a device plays that is given nothing.
+std::vector<float> soundIn(const std::string& bytes) {
+    constexpr size_t leastSilence = 64;
+    std::vector<float> stereo(bytes.size() / sizeof(float)), sound;
+    std::memcpy(stereo.data(), bytes.data(), stereo.size() * sizeof(float));
+    size_t silent = 0;
+    for (size_t at = 0; at + 1 < stereo.size(); at += 2) {
+        sound.push_back(stereo[at]);
+        silent = stereo[at] == 0 && stereo[at + 1] == 0 ? silent + 1 : 0;
+        if (silent == leastSilence) sound.resize(sound.size() - leastSilence);
+        if (silent > leastSilence) sound.pop_back();
+    }
+    return sound;
+}
+
+struct Likeness {
+    double correlation = 0, level = 0;  ///< level: times that of the piece
+    int64_t late = 0;                   ///< samples
+};
+
+/// How a piece of `wanted` from `from` on is found in `heard` near `at`.
+Likeness likeness(const std::vector<float>& wanted, int64_t from, const std::vector<float>& heard,
+                  int64_t at) {
+    constexpr int64_t length = 4096, most = rate / 20;
+    const auto product = [&](const float* a, const float* b) {
+        double sum = 0;
+        for (int64_t i = 0; i < length; ++i) sum += double{a[i]} * double{b[i]};
+        return sum;
+    };
+    Likeness best;
+    const float* const piece = wanted.data() + from;
+    const double energy = product(piece, piece);
+    for (int64_t late = -most; late <= most; ++late) {
+        if (at + late < 0 || at + late + length > static_cast<int64_t>(heard.size())) continue;
+        const float* const there = heard.data() + at + late;
+        const double others = product(there, there),
+                     correlation = product(piece, there) / std::sqrt(energy * others);
+        if (correlation > best.correlation) best = {correlation, std::sqrt(others / energy), late};
+    }
+    return best;
+}
+
+TEST_F(PlayTest, SoundsAsTheFilmThatMakeWrites) {
+    const auto noise = [](const fs::path& file, const char* seed, const char* seconds) {
+        run({"ffmpeg", "-v", "error", "-f", "lavfi", "-i",
+             std::string("anoisesrc=a=0.3:r=44100:seed=") + seed + ":d=" + seconds + ",lowpass=f=6000",
+             file});
+    };
+    SmallTemplate small;
+    small.nodes = {quad("red", "$(currentScenePlistROOT)/red.png")};
+    small.nodes[0] = small.nodes[0].with(
+        "ComponentsInfo",
+        Value::Array{Value::Dictionary{{"type", "QVObject3DSoundSourceComponent"},
+                                       {"startFps", 12},
+                                       {"endFps", 18},
+                                       {"audioFilePath", "$(currentScenePlistROOT)/effect.wav"},
+                                       {"audioKey", "effect"},
+                                       {"audioVolume", 0.7}}});
+    small.description.erase("userInputArray");
+    small.clock = clockOf(soundFrames);
+    small.record["fpsLength"] = soundFrames;
+    small.more = [&](const fs::path& path) {
+        noise(path / "music.wav", "1", "4");
+        fs::rename(path / "music.wav", path / "bg-audio.mp3");
+        noise(path / "effect.wav", "2", "0.6");
+    };
+    template_ = small.write(folder.path());
+    const std::string film = folder.file("film.mp4"), recorded = folder.file("recorded.raw");
+    ASSERT_EQ(multiscene({"make", template_.string(), "-o", film}).exitCode, 0);
+    const std::vector<float> exported = soundIn(
+        run({"ffmpeg", "-v", "error", "-i", film, "-vn", "-f", "f32le", "-ac", "2", "-ar", "44100", "-"})
+            .output);
+
+    const auto isHeard = [&](int64_t samples) {
+        constexpr int64_t fade = rate / 100;  // may end in silence
+        for (int turn = 0; turn < 1200; ++turn) {
+            if (static_cast<int64_t>(soundIn(contentOf(recorded)).size()) > samples - fade) return true;
+            std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        }
+        return false;
+    };
+    const int64_t whole = sampleOf(soundFrames);
+    ::setenv("SDL_DISKAUDIOFILE", recorded.c_str(), 1);
+    play();
+    ASSERT_TRUE(isHeard(whole));
+    key("Left");
+    key("Home");
+    key("Up");
+    key("space");
+    ASSERT_TRUE(isHeard(2 * whole - sampleOf(10))) << "again from frame 10 on";
+    key("q");
+    EXPECT_EQ(program_->finish().exitCode, 0);
+
+    const std::vector<float> heard = soundIn(contentOf(recorded));
+    const struct {
+        const char* what;
+        int64_t wanted, heard;
+    } places[] = {{"music", rate / 2, rate / 2},
+                  {"effect over music that gives way", sampleOf(14), sampleOf(14)},
+                  {"music again", sampleOf(24), sampleOf(24)},
+                  {"music after a leap", sampleOf(10) + rate / 20, whole + rate / 20},
+                  {"effect after it", sampleOf(14), whole + sampleOf(14) - sampleOf(10)}};
+    for (const auto& place : places) {
+        const Likeness found = likeness(exported, place.wanted, heard, place.heard);
+        EXPECT_GT(found.correlation, 0.9) << place.what;
+        EXPECT_NEAR(found.level, 1, 0.1) << place.what;
+        EXPECT_LE(std::abs(found.late), rate / 50) << place.what;
+    }
 }
 
 TEST_F(PlayTest, EndsWithAClearLine) {
