@@ -12,7 +12,7 @@ import time
 from pathlib import Path
 
 ROOT = Path(__file__).resolve().parent.parent
-PROGRAM = ROOT / "build/bin/multiscene"
+PROGRAM = Path(os.environ.get("MULTISCENE_PROGRAM", ROOT / "build/bin/multiscene"))
 ENCODE_FRAMES = ROOT / "build/bench/encode-frames"
 WORK = ROOT / "build/bench/work"
 
