@@ -231,7 +231,7 @@ ImageSize readImageSize(const FileHandle& file, const ImageSource& source) {
 }
 
 Bitmap decodeImage(const FileHandle& file, const DecodeOptions& options) {
-    return KeptImages::shared().get(file, options, [&] {
+    return keptImages().get(file, options, [&] {
         return blaming(file, options.source, [&](const PictureFile& picture) {
             const Header header = readHeader(picture, options.source);
             return toBitmap(loadAtSize(picture, header, resultSize(header, options)));

@@ -4,9 +4,9 @@
 
 namespace platform {
 
-void keepDecodedImages(size_t mostBytes) { KeptImages::shared().setMostBytes(mostBytes); }
+void keepDecodedImages(size_t mostBytes) { keptImages().setMostBytes(mostBytes); }
 
-KeptImages& KeptImages::shared() {
+KeptImages& keptImages() {
     static KeptImages images;
     return images;
 }

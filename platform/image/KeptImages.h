@@ -15,9 +15,6 @@ namespace platform {
 /// Decoded pictures, those that were wanted last, up to so many bytes. Any thread.
 class KeptImages {
   public:
-    /// That of the process; keeps nothing until it is told to.
-    static KeptImages& shared();
-
     void setMostBytes(size_t bytes);
     /// A copy of what was decoded before when the file is the same, else what `decode` gives.
     Bitmap get(const FileHandle& file, const DecodeOptions& options, const std::function<Bitmap()>& decode);
@@ -41,5 +38,8 @@ class KeptImages {
     std::list<Kept> kept_;  ///< the one wanted last in front
     size_t bytes_ = 0, mostBytes_ = 0;
 };
+
+/// Those of the process; nothing is kept until it is told to.
+KeptImages& keptImages();
 
 }  // namespace platform

@@ -16,7 +16,7 @@ size_t bytesOf(const FilmPicture& picture) {
 
 }  // namespace
 
-void keepDecodedFilms(size_t mostBytes) { KeptFilms::shared().setMostBytes(mostBytes); }
+void keepDecodedFilms(size_t mostBytes) { keptFilms().setMostBytes(mostBytes); }
 
 // One film
 
@@ -49,7 +49,7 @@ void KeptFilm::noteEnd(const std::optional<Error>& error) {
 
 // All of them
 
-KeptFilms& KeptFilms::shared() {
+KeptFilms& keptFilms() {
     static KeptFilms films;
     return films;
 }

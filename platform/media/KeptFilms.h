@@ -46,9 +46,6 @@ class KeptFilms {
   public:
     using Picture = std::shared_ptr<const FilmPicture>;
 
-    /// Those of the process; keeps nothing until it is told to.
-    static KeptFilms& shared();
-
     void setMostBytes(size_t bytes);
     /// None where nothing is kept, or the file may just be being written.
     std::shared_ptr<KeptFilm> film(const FileHandle& file, const VideoReaderSettings& settings);
@@ -75,5 +72,8 @@ class KeptFilms {
     std::list<Kept> pictures_;  ///< the one wanted last in front
     size_t bytes_ = 0, mostBytes_ = 0;
 };
+
+/// Those of the process; nothing is kept until it is told to.
+KeptFilms& keptFilms();
 
 }  // namespace platform

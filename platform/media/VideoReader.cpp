@@ -24,7 +24,7 @@ class VideoReader::Implementation : public std::enable_shared_from_this<Implemen
           converter({decoder.orientation(), settings.shape,
                      decoder.info().hasAlpha && settings.premultipliesAlpha}),
           info(decoder.info()),
-          film(KeptFilms::shared().film(file, settings)),
+          film(keptFilms().film(file, settings)),
           queue(static_cast<size_t>(std::max(settings.framesAhead, 1))) {
         const CropSize size = cropSize(info.width, info.height, settings.shape);
         info.width = size.width;
@@ -190,7 +190,7 @@ class VideoReader::Implementation : public std::enable_shared_from_this<Implemen
     /// Any thread. None when the film cannot be decoded any more.
     Picture find(int64_t index, int64_t number) {
         const std::lock_guard lock(findMutex);
-        Picture picture = KeptFilms::shared().picture(film, number);
+        Picture picture = keptFilms().picture(film, number);
         if (picture) {
             // Whoever looks at it will look at the next one.
             wantedFrom = std::max(wantedFrom.load(), index + 1);
@@ -200,7 +200,7 @@ class VideoReader::Implementation : public std::enable_shared_from_this<Implemen
         if (latest.picture != number || !latest.frame.pixels) decodeUpTo(index);
         picture = latest.picture == number ? latest.frame.pixels : nullptr;
         if (!picture) picture = decodedAnew(index);
-        if (picture) KeptFilms::shared().keep(film, number, picture);
+        if (picture) keptFilms().keep(film, number, picture);
         return picture;
     }
 

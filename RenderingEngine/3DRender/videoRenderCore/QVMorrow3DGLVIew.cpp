@@ -1,5 +1,7 @@
 #include "videoRenderCore/QVMorrow3DGLVIew.h"
 
+#include <algorithm>
+
 namespace multiscene {
 
 // What is asked for
@@ -82,6 +84,9 @@ void QVMorrow3DGLVIew::renderFrameToVideo() {
     {
         const std::lock_guard lock(mutex_);
         isShown_ = nextFrame_ == askedFrame_;
+        // It was asked for again, into other memory, while it was drawn.
+        if (isShown_ && picture_.pixels != target_.pixels)
+            std::copy_n(target_.pixels, target_.stride * target_.height, picture_.pixels);
         isDrawing_ = false;
         ++nextFrame_;
     }
