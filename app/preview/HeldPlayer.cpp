@@ -112,18 +112,30 @@ bool HeldPlayer::isBeyondEnd(int64_t frame) const {
 HeldPlayer::Outcome HeldPlayer::show(int64_t frame, const platform::Canvas& picture,
                                      const std::function<bool()>& isGivenUp) {
     requireRunning();
-    if (isBeyondEnd(frame)) return Outcome::BeyondEnd;
-    if (!isStarted_)
-        start();
-    else if (frame < view_->nextFrame())
-        startAgain();
-    view_->ask(frame, picture);
-    DispatchQueue::main().pumpUntil(
-        [&] { return view_->isShown() || isBeyondEnd(frame) || hasFailed() || isGivenUp(); });
+    bool isNoLongerWanted = false;
+    do {
+        if (isBeyondEnd(frame)) return Outcome::BeyondEnd;
+        playTo(frame);
+        view_->ask(frame, picture);
+        DispatchQueue::main().pumpUntil([&] {
+            isNoLongerWanted = isNoLongerWanted || isGivenUp();
+            return view_->isShown() || view_->hasPassed() || isBeyondEnd(frame) || hasFailed() ||
+                   isNoLongerWanted;
+        });
+        // What was given up before may have been under way still.
+    } while (view_->hasPassed() && !hasFailed() && !isNoLongerWanted);
     if (view_->isShown()) return Outcome::Shown;
     view_->rest();
     requireRunning();
     return isBeyondEnd(frame) ? Outcome::BeyondEnd : Outcome::GivenUp;
+}
+
+/// Has the loop on its way to a frame.
+void HeldPlayer::playTo(int64_t frame) {
+    if (!isStarted_) return start();
+    if (frame >= view_->nextFrame()) return;
+    view_->rest();
+    startAgain();
 }
 
 void HeldPlayer::start() {

@@ -60,6 +60,7 @@ class HeldPlayer {
 
     void createDriver();
     void createScore();
+    void playTo(int64_t frame);
     void start();
     void startAgain();
     bool hasFailed() const;

@@ -29,9 +29,9 @@ bool QVMorrow3DGLVIew::isShown() const {
     return isShown_;
 }
 
-bool QVMorrow3DGLVIew::isDrawing() const {
+bool QVMorrow3DGLVIew::hasPassed() const {
     const std::lock_guard lock(mutex_);
-    return isDrawing_;
+    return askedFrame_ >= 0 && askedFrame_ < nextFrame_ && !isShown_;
 }
 
 std::optional<int64_t> QVMorrow3DGLVIew::frames() const {
@@ -72,7 +72,6 @@ platform::Canvas QVMorrow3DGLVIew::frameCanvas() {
     {
         const std::lock_guard lock(mutex_);
         target_ = picture_;
-        isDrawing_ = true;
     }
     if (placer_.layout().isWhole()) return target_;
     drawn_.resize(static_cast<size_t>(width()) * static_cast<size_t>(height()) * 4);
@@ -87,7 +86,6 @@ void QVMorrow3DGLVIew::renderFrameToVideo() {
         // It was asked for again, into other memory, while it was drawn.
         if (isShown_ && picture_.pixels != target_.pixels)
             std::copy_n(target_.pixels, target_.stride * target_.height, picture_.pixels);
-        isDrawing_ = false;
         ++nextFrame_;
     }
     if (onChange_) onChange_();
@@ -110,7 +108,7 @@ void QVMorrow3DGLVIew::finishExport() {
 std::shared_ptr<FrameSink> QVMorrow3DGLVIew::freshSink() {
     const std::lock_guard lock(mutex_);
     nextFrame_ = 0;
-    hasEnded_ = isDrawing_ = isWoken_ = false;
+    hasEnded_ = isWoken_ = false;
     return nullptr;
 }
 

@@ -34,7 +34,7 @@ class QVMorrow3DGLVIew : public FrameSink {
     int32_t bufferHeight() const { return placer_.layout().height; }
 
     /// Has the frame drawn into `picture`, which is of the buffer's size, its rows packed, and stays until
-    /// the frame is there or drawing() no longer holds. A frame before nextFrame() comes only in a run that
+    /// the next call. A frame before nextFrame() comes only in a run that
     /// starts again.
     void ask(int64_t frame, const platform::Canvas& picture);
     /// Nothing is asked for any more.
@@ -44,8 +44,9 @@ class QVMorrow3DGLVIew : public FrameSink {
     int64_t nextFrame() const;
     /// Whether the frame asked for is there.
     bool isShown() const;
-    /// Whether a frame is being drawn into somebody's memory.
-    bool isDrawing() const;
+    /// Whether the frame asked for was played, but not drawn, just before it was asked for: it comes only in
+    /// a run that starts again.
+    bool hasPassed() const;
     /// How many frames the group has, once it was played to its end. Any thread.
     std::optional<int64_t> frames() const;
     /// Called on the render queue when the frame asked for is there or will never be. Set before the first
@@ -79,7 +80,7 @@ class QVMorrow3DGLVIew : public FrameSink {
     std::condition_variable signal_;
     int64_t nextFrame_ = 0, askedFrame_ = -1;
     platform::Canvas picture_, target_;  ///< asked for, and being drawn into
-    bool isShown_ = false, isDrawing_ = false, hasEnded_ = false, isWoken_ = false;
+    bool isShown_ = false, hasEnded_ = false, isWoken_ = false;
     std::optional<int64_t> frames_;
 };
 
