@@ -49,6 +49,7 @@ void playCornerPinTrack(Bytes);
 void playFilm(Bytes);
 void playFont(Bytes);
 void playHttpHead(Bytes);
+void playHttpRequest(Bytes);
 void playInstallation(Bytes);
 void playJson(Bytes);
 void playNumbers(Bytes);

@@ -13,6 +13,7 @@ std::span<const FuzzTarget> fuzzTargets() {
         {"film", playFilm, 16384},
         {"font", playFont, 16384},
         {"http-head", playHttpHead, 2048},
+        {"http-request", playHttpRequest, 4096},
         {"installation", playInstallation, 8192},
         {"json", playJson, 8192},
         {"numbers", playNumbers, 512},

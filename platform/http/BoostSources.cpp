@@ -1,0 +1,4 @@
+// What Asio and Beast are made of, compiled once.
+#include <boost/asio/impl/src.hpp>
+#include <boost/asio/ssl/impl/src.hpp>
+#include <boost/beast/src.hpp>

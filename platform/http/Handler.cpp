@@ -1,0 +1,11 @@
+#include "platform/http/Handler.h"
+
+#include "platform/http/Status.h"
+
+namespace platform::http {
+
+Answer Handler::refusal(int status, const std::string& reason) {
+    return Answer::text(status, std::string(statusText(status)) + ": " + reason + "\n");
+}
+
+}  // namespace platform::http

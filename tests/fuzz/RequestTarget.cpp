@@ -1,0 +1,101 @@
+// What comes in on a server's connection.
+#include <optional>
+#include <string>
+
+#include "platform/base/Utf8.h"
+#include "platform/http/Range.h"
+#include "platform/http/Refusal.h"
+#include "platform/http/RequestReader.h"
+#include "tests/fuzz/FuzzTarget.h"
+
+namespace multiscene::fuzz {
+
+namespace {
+
+using namespace platform::http;
+
+constexpr uint64_t mostBody = 1000;
+
+void requireNames(const RequestHead& head) {
+    for (const std::string& name : head.path) {
+        require(name != "." && name != "..", "no part of a path leads elsewhere");
+        require(name.find_first_of(std::string_view("/\\\0\n", 4)) == std::string::npos, "a part is a name");
+        require(platform::firstInvalidUtf8(name) == std::string_view::npos, "a part is UTF-8");
+    }
+    for (const Field& each : head.query)
+        require(each.value.find('\0') == std::string::npos, "no value holds a NUL");
+    for (const Field& each : head.fields)
+        require((each.name + each.value).find_first_of("\r\n") == std::string::npos, "a header is one line");
+    require(!head.isChunked || !head.contentLength, "the end of a body is said in one way");
+}
+
+/// One connection, of which so many bytes come at a time.
+class Intake {
+  public:
+    Intake(std::string_view all, size_t step) {
+        try {
+            for (size_t at = 0; at < all.size(); at += step) {
+                waiting_ += all.substr(at, step);
+                while (takeHead() || takeBody()) {
+                }
+            }
+            told_ += isInBody_ ? "a body is to end" : waiting_.empty() ? "" : "a head is to end";
+        } catch (const Refusal& refusal) {
+            told_ += std::to_string(refusal.status);
+        }
+    }
+    /// All that was taken and refused, in words.
+    const std::string& told() const { return told_; }
+
+  private:
+    bool takeHead() {
+        if (isInBody_ || waiting_.empty()) return false;
+        if (!reader_) reader_.emplace(limits_);
+        const size_t size = reader_->headSize(waiting_);
+        if (size == 0) return false;
+        const RequestHead head = reader_->readHead(std::string_view(waiting_).substr(0, size));
+        waiting_.erase(0, size);
+        requireNames(head);
+        told_ += head.method + " " + head.target + (head.keepsAlive ? " " : " last ");
+        const Range range = readRange(head.header("Range"), mostBody);
+        require(range.kind != Range::Kind::Part ||
+                    (range.length > 0 && range.length <= mostBody && range.first <= mostBody - range.length),
+                "a range lies in its file");
+        isInBody_ = head.hasBody();
+        body_.clear();
+        if (isInBody_)
+            reader_->startBody(head, mostBody, [this](std::string_view bytes) { body_ += bytes; });
+        else
+            reader_.reset();
+        return true;
+    }
+    bool takeBody() {
+        if (!isInBody_) return false;
+        const size_t used = reader_->putBody(waiting_);
+        waiting_.erase(0, used);
+        require(body_.size() <= mostBody, "a body has its limit");
+        if (!reader_->isWhole()) return used > 0;
+        told_ += "[" + body_ + "]";
+        isInBody_ = false;
+        reader_.reset();
+        return true;
+    }
+
+    const Limits limits_;
+    std::optional<RequestReader> reader_;
+    std::string waiting_, body_, told_;
+    bool isInBody_ = false;
+};
+
+}  // namespace
+
+/// Requests one after the other. However their bytes are cut, they are the same requests.
+void playHttpRequest(Bytes bytes) {
+    // Some faults are only told with the bytes behind them.
+    const std::string all = std::string(textOf(bytes)) + std::string(8, '\0');
+    const std::string whole = Intake(all, all.size()).told();
+    for (const size_t step : {1, 7})
+        require(Intake(all, step).told() == whole, "requests do not depend on how they are cut");
+}
+
+}  // namespace multiscene::fuzz

@@ -1,0 +1,687 @@
+#include "platform/http/Server.h"
+
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <fstream>
+#include <map>
+#include <mutex>
+#include <thread>
+
+#include "HttpClient.h"
+#include "platform/base/Paths.h"
+#include "platform/http/Pace.h"
+#include "platform/http/Range.h"
+#include "platform/net/HttpDownload.h"
+
+namespace platform::http {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::chrono_literals;
+using test::HttpClient;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+/// Whether it comes true before everybody has lost patience.
+template <typename Condition>
+bool comesTrue(const Condition& condition) {
+    const auto end = std::chrono::steady_clock::now() + 60s;
+    while (!condition()) {
+        if (std::chrono::steady_clock::now() > end) return false;
+        std::this_thread::sleep_for(5ms);
+    }
+    return true;
+}
+
+/// By the first part of the path.
+class Site : public Handler {
+  public:
+    Expectation expect(const RequestHead& head) override {
+        const std::string& place = head.path.empty() ? "" : head.path[0];
+        if (place == "echo") return BodyInMemory{1000};
+        if (place == "upload") return BodyInFile{folder / "upload", 1 << 20};
+        if (place == "refused") return Answer::text(401, "who are you?");
+        return NoBody{};
+    }
+
+    void handle(Request request, Responder responder) override {
+        const RequestHead& head = request.head;
+        const std::string place = head.path.empty() ? "" : head.path[0];
+        if (place == "ping") return responder.answer(Answer::text(200, "pong"));
+        if (place == "echo") return responder.answer(Answer::text(200, request.body));
+        if (place == "names") return responder.answer(Answer::text(200, namesOf(head)));
+        if (place == "file") return responder.answer(fileAnswer());
+        if (place == "throw") throw std::runtime_error("something");
+        if (place == "drop") return;
+        const std::lock_guard lock(mutex);
+        if (place == "upload") {
+            request.file->publish();
+            responder.answer(Answer::text(201, std::to_string(request.bodyBytes)));
+        } else if (place == "events") {
+            streams.push_back(responder.stream());
+            streams.back().onClosed([this] { ++closedStreams; });
+            lastIds.push_back(head.header("last-event-ID"));
+        } else if (place == "slow") {
+            responder.onGone([this] { ++gone; });
+            waiting.push_back(std::move(responder));
+        } else {
+            others.push_back(head.target);
+            responder.answer(Answer::text(404, ""));
+        }
+    }
+
+    static std::string namesOf(const RequestHead& head) {
+        std::string text;
+        for (const std::string& name : head.path) text += "/" + name;
+        for (const Field& each : head.query) text += "|" + each.name + "=" + each.value;
+        return text;
+    }
+    Answer fileAnswer() const {
+        return Answer::ofFile(openFile(folder / "file", O_RDONLY), "video/mp4")
+            .with("ETag", "\"v1\"")
+            .with("Cache-Control", "private");
+    }
+    size_t countOf(const auto& list) {
+        const std::lock_guard lock(mutex);
+        return list.size();
+    }
+
+    fs::path folder;
+    std::mutex mutex;
+    std::vector<Responder> waiting;
+    std::vector<EventStream> streams;
+    std::vector<std::string> lastIds, others;
+    std::atomic<int> gone{0}, closedStreams{0};
+};
+
+class HttpServerTest : public testing::Test {
+  protected:
+    void SetUp() override {
+        fs::create_directories(folder);
+        site.folder = folder;
+    }
+    void TearDown() override {
+        server.reset();
+        fs::remove_all(folder);
+    }
+
+    void start() { server = std::make_unique<Server>(options, site); }
+    std::string host() const { return "Host: localhost:" + std::to_string(server->port()) + "\r\n"; }
+    std::string get(const std::string& target, const std::string& lines = "") const {
+        return "GET " + target + " HTTP/1.1\r\n" + host() + lines + "\r\n";
+    }
+    std::string post(const std::string& target, const std::string& lines,
+                     const std::string& body = "") const {
+        return "POST " + target + " HTTP/1.1\r\n" + host() + lines + "\r\n" + body;
+    }
+    std::string ask(const std::string& request, bool hasBody = true) const {
+        HttpClient client(server->port());
+        client.send(request);
+        return client.readAnswer(hasBody);
+    }
+    void expectPong() const { EXPECT_THAT(ask(get("/ping")), StartsWith("HTTP/1.1 200 OK\r\n")); }
+    void writeFile(uint64_t bytes) const {
+        std::ofstream(folder / "file") << "0123456789";
+        if (bytes > 10) fs::resize_file(folder / "file", bytes);
+    }
+    /// What an upload that was not published leaves.
+    bool isFolderEmpty() const { return fs::is_empty(folder); }
+
+    fs::path folder = fs::temp_directory_path() / ("http-test-" + uniqueIdentifier());
+    Site site;
+    ServerOptions options;
+    std::unique_ptr<Server> server;
+};
+
+// ---------------------------------------------------------------- what is taken and what not
+
+struct Framing {
+    std::string name, bytes;  ///< "HOST" stands for a good Host line
+    int status;
+};
+
+std::string filled(std::string bytes, const std::string& host) {
+    for (size_t at; (at = bytes.find("HOST")) != std::string::npos;) bytes.replace(at, 4, host);
+    return bytes;
+}
+
+std::vector<Framing> refusedFramings() {
+    const std::string begin = "GET /ping HTTP/1.1\r\nHOST";
+    const std::string send = "POST /echo HTTP/1.1\r\nHOST",
+                      chunked = send + "Transfer-Encoding: chunked\r\n\r\n";
+    std::vector<Framing> all = {
+        {"bare LF", "GET /ping HTTP/1.1\nHOST\r\n", 400},
+        {"bare LF at the end", begin + "\n", 400},
+        {"bare CR", begin + "A: b\rc\r\n\r\n", 400},
+        {"folded line", begin + "A: b\r\n c\r\n\r\n", 400},
+        {"folded first line", "GET /ping HTTP/1.1\r\n HOST\r\n", 400},
+        {"empty line first", "\r\n" + begin + "\r\n", 400},
+        {"NUL", begin + std::string("A: b\0c\r\n\r\n", 10), 400},
+        {"escape character", begin + "A: \x1b[1m\r\n\r\n", 400},
+        {"space before colon", begin + "A : b\r\n\r\n", 400},
+        {"no name", begin + ": b\r\n\r\n", 400},
+        {"no colon", begin + "Ab\r\n\r\n", 400},
+        {"space in the name", begin + "A b: c\r\n\r\n", 400},
+        {"no Host", "GET /ping HTTP/1.1\r\n\r\n", 400},
+        {"two Hosts", begin + "HOST\r\n", 400},
+        {"a list of Hosts", "GET /ping HTTP/1.1\r\nHost: localhost, evil\r\n\r\n", 400},
+        {"empty Host", "GET /ping HTTP/1.1\r\nHost:\r\n\r\n", 400},
+        {"foreign Host", "GET /ping HTTP/1.1\r\nHost: evil.example:8080\r\n\r\n", 403},
+        {"similar Host", "GET /ping HTTP/1.1\r\nHost: localhost.evil\r\n\r\n", 403},
+        {"any Host", "GET /ping HTTP/1.1\r\nHost: 0.0.0.0\r\n\r\n", 403},
+        {"another port", "GET /ping HTTP/1.1\r\nHost: localhost:1\r\n\r\n", 403},
+        {"no version", "GET /ping\r\nHOST\r\n", 400},
+        {"version 2", "GET /ping HTTP/2.0\r\nHOST\r\n", 505},
+        {"version 1.2", "GET /ping HTTP/1.2\r\nHOST\r\n", 505},
+        {"lower-case version", "GET /ping http/1.1\r\nHOST\r\n", 505},
+        {"two spaces", "GET  /ping HTTP/1.1\r\nHOST\r\n", 400},
+        {"two equal lengths", send + "Content-Length: 3\r\nContent-Length: 3\r\n\r\nabc", 400},
+        {"two lengths", send + "Content-Length: 3\r\nContent-Length: 4\r\n\r\nabc", 400},
+        {"a list of lengths", send + "Content-Length: 3, 3\r\n\r\nabc", 400},
+        {"plus", send + "Content-Length: +3\r\n\r\nabc", 400},
+        {"minus", send + "Content-Length: -1\r\n\r\nabc", 400},
+        {"hex length", send + "Content-Length: 0x3\r\n\r\nabc", 400},
+        {"no length", send + "Content-Length:\r\n\r\nabc", 400},
+        {"endless length", send + "Content-Length: 99999999999999999999999\r\n\r\nabc", 400},
+        {"length and chunks", send + "Content-Length: 3\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n", 400},
+        {"chunks and length", send + "Transfer-Encoding: chunked\r\nContent-Length: 3\r\n\r\n0\r\n\r\n", 400},
+        {"twice chunked", send + "Transfer-Encoding: chunked\r\nTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n",
+         400},
+        {"gzip chunked", send + "Transfer-Encoding: gzip, chunked\r\n\r\n0\r\n\r\n", 501},
+        {"chunked last but one", send + "Transfer-Encoding: chunked, identity\r\n\r\n0\r\n\r\n", 501},
+        {"nearly chunked", send + "Transfer-Encoding: xchunked\r\n\r\n0\r\n\r\n", 501},
+        {"chunks in 1.0", "POST /echo HTTP/1.0\r\nHOSTTransfer-Encoding: chunked\r\n\r\n0\r\n\r\n", 400},
+        {"chunk extension", chunked + "3;a=b\r\nabc\r\n0\r\n\r\n", 400},
+        {"last chunk's extension", chunked + "3\r\nabc\r\n0;a\r\n\r\n", 400},
+        {"space after size", chunked + "3 \r\nabc\r\n0\r\n\r\n", 400},
+        {"no hex", chunked + "x\r\nabc\r\n0\r\n\r\n", 400},
+        {"minus chunk", chunked + "-3\r\nabc\r\n0\r\n\r\n", 400},
+        {"0x chunk", chunked + "0x3\r\nabc\r\n0\r\n\r\n", 400},
+        {"chunk with bare LF", chunked + "3\nabc\n0\n\n", 400},
+        {"chunk longer than said", chunked + "3\r\nabcd\r\n0\r\n\r\n", 400},
+        {"chunk beyond 64 bits", chunked + "FFFFFFFFFFFFFFFFF\r\nabc", 400},
+        {"a long size", chunked + std::string(3000, '0'), 400},
+        {"trailer", chunked + "3\r\nabc\r\n0\r\nA: b\r\n\r\n", 400},
+        {"trailing length", chunked + "3\r\nabc\r\n0\r\nContent-Length: 9\r\n\r\n", 400},
+        {"large chunk", chunked + "FFFFFFFFFFFFFFFF\r\nabc", 413},
+        {"many chunks", chunked + "3e8\r\n" + std::string(1000, 'a') + "\r\n1\r\na\r\n", 413},
+        {"100 GiB", send + "Content-Length: 107374182400\r\n\r\n", 413},
+        {"one byte too much", send + "Content-Length: 1001\r\n\r\n", 413},
+        {"a body for GET", begin + "Content-Length: 3\r\n\r\nabc", 413},
+        {"no told length", send + "\r\n", 411},
+        {"web socket", begin + "Connection: Upgrade\r\nUpgrade: websocket\r\n\r\n", 501},
+        {"compressed", send + "Content-Length: 3\r\nContent-Encoding: gzip\r\n\r\nabc", 415},
+        {"expectation", send + "Content-Length: 3\r\nExpect: a-pony\r\n\r\nabc", 417},
+        {"CONNECT", "CONNECT localhost:80 HTTP/1.1\r\nHOST\r\n", 405},
+        {"OPTIONS", "OPTIONS * HTTP/1.1\r\nHOST\r\n", 405},
+        {"unknown method", "BREW /ping HTTP/1.1\r\nHOST\r\n", 501},
+        {"lower-case method", "get /ping HTTP/1.1\r\nHOST\r\n", 501},
+        {"long header line", begin + "A: " + std::string(20'000, 'a') + "\r\n\r\n", 431},
+        {"1 MiB of header", begin + "A: " + std::string(1 << 20, 'a') + "\r\n\r\n", 431},
+        {"long address", "GET /" + std::string(9000, 'a') + " HTTP/1.1\r\nHOST\r\n", 414},
+        {"TLS greeting", std::string("\x16\x03\x01\x02\x00\x01", 6), 400},
+    };
+    std::string many = begin;
+    for (int line = 0; line < 100; ++line) many += "A: b\r\n";
+    all.push_back({"101 header lines", many + "\r\n", 431});
+    for (const char* target : {"http://localhost/ping",
+                               "ping",
+                               "/%00",
+                               "/a%00.jpg",
+                               "/%zz",
+                               "/%2",
+                               "/%",
+                               "/%c0%af",
+                               "/%ff",
+                               "/%ed%a0%80",
+                               "/..",
+                               "/../etc",
+                               "/a/../b",
+                               "/.",
+                               "/%2e%2e/etc",
+                               "/%2E%2e",
+                               "/a%2fb",
+                               "/..%2fetc",
+                               "/..%5cetc",
+                               "/a\\b",
+                               "/a%0d%0aB:c",
+                               "/a%7f",
+                               "/a%c2%85",
+                               "//etc/passwd",
+                               "/a//b",
+                               "/p\xc3\xa4",
+                               "/a#b",
+                               "/ping?a=%zz",
+                               "/ping?a=%00",
+                               "/ping?a=%ff"})
+        all.push_back({target, std::string("GET ") + target + " HTTP/1.1\r\nHOST\r\n", 400});
+    return all;
+}
+
+TEST_F(HttpServerTest, RefusesWhatCanBeReadInTwoWaysAndEndsTheConnection) {
+    options.limits.lingerTime = 100ms;
+    start();
+    for (const Framing& each : refusedFramings()) {
+        SCOPED_TRACE(each.name);
+        HttpClient client(server->port());
+        client.send(filled(each.bytes, host()) + get("/smuggled"));
+        const std::string answers = client.readToEnd();
+        EXPECT_THAT(answers, StartsWith("HTTP/1.1 " + std::to_string(each.status) + " "));
+        EXPECT_THAT(answers, HasSubstr("\r\nConnection: close\r\n"));
+        EXPECT_EQ(answers.find("HTTP/1.1", 1), std::string::npos) << "a second answer: " << answers;
+    }
+    EXPECT_THAT(site.others, IsEmpty());
+    EXPECT_EQ(server->counts().requests, 0u);
+    expectPong();
+}
+
+TEST_F(HttpServerTest, TakesWhatIsMeantWell) {
+    options.hosts.push_back("Studio.example:443");
+    start();
+    const std::string port = std::to_string(server->port());
+    const std::string chunked = "Transfer-Encoding: Chunked\r\n";
+    const std::vector<std::pair<std::string, std::string>> taken = {
+        {get("/ping"), "pong"},
+        {"GET /ping HTTP/1.1\r\nhOsT:LOCALHOST:" + port + "\r\n\r\n", "pong"},
+        {"GET /ping HTTP/1.1\r\nHost: [::1]:" + port + "\r\n\r\n", "pong"},
+        {"GET /ping HTTP/1.1\r\nHost: studio.example\r\n\r\n", "pong"},
+        {get("/ping", "Name: \xe5\x90\x8d\r\nEmpty:\r\nExpect: 100-continue\r\n"), "pong"},
+        {get("/ping", "Content-Length: 0\r\n"), "pong"},
+        {post("/echo", "Content-Length: 3\r\n", "abc"), "abc"},
+        {post("/echo", "Content-Length: 0\r\n"), ""},
+        {post("/echo", chunked, "3\r\nabc\r\n00A\r\n0123456789\r\n0\r\n\r\n"), "abc0123456789"},
+        {post("/echo", chunked, "0\r\n\r\n"), ""},
+        {get("/names/%E4%BD%A0%2C+b/%252e%252e/?q=a+b%26&flag&=x"),
+         "/names/\xe4\xbd\xa0,+b/%2e%2e/|q=a b&|flag=|=x"},
+    };
+    HttpClient client(server->port());
+    for (const auto& [request, body] : taken) {
+        client.send(request);
+        const std::string answer = client.readAnswer();
+        EXPECT_THAT(answer, AllOf(StartsWith("HTTP/1.1 200 OK\r\n"), testing::EndsWith("\r\n\r\n" + body)))
+            << request;
+    }
+    for (const char* line : {"nosniff", "no-store", "Referrer-Policy: no-referrer", "frame-ancestors 'none'"})
+        EXPECT_THAT(ask(get("/ping")), HasSubstr(line));
+
+    // A byte at a time it is the same.
+    HttpClient slow(server->port());
+    for (const auto& [request, body] : taken) {
+        for (const char byte : request) ASSERT_TRUE(slow.send({&byte, 1}));
+        EXPECT_THAT(slow.readAnswer(), testing::EndsWith("\r\n\r\n" + body)) << request;
+    }
+
+    HttpClient careful(server->port());
+    careful.send(post("/echo", "Content-Length: 3\r\nExpect: 100-continue\r\n"));
+    EXPECT_EQ(careful.readUntil("\r\n\r\n"), "HTTP/1.1 100 Continue\r\n\r\n");
+    careful.send("abc");
+    EXPECT_THAT(careful.readAnswer(), StartsWith("HTTP/1.1 200 "));
+
+    HttpClient old(server->port());
+    old.send("GET /ping HTTP/1.0\r\nConnection: keep-alive\r\n" + host() + "\r\n");
+    EXPECT_THAT(old.readToEnd(), HasSubstr("pong"));
+    EXPECT_THAT(ask(post("/refused", "Content-Length: 107374182400\r\n")), StartsWith("HTTP/1.1 401 "));
+}
+
+TEST_F(HttpServerTest, AnswersTenThousandPipelinedRequests) {
+    start();
+    constexpr int count = 10'000;
+    HttpClient client(server->port());
+    std::thread sender([&] {
+        std::string all;
+        for (int i = 0; i < count; ++i) all += get("/names/" + std::to_string(i));
+        EXPECT_TRUE(client.send(all));
+        client.endInput();
+    });
+    for (int i = 0; i < count; ++i)
+        ASSERT_THAT(client.readAnswer(), testing::EndsWith("\r\n\r\n/names/" + std::to_string(i)));
+    sender.join();
+    EXPECT_EQ(client.readToEnd(), "");
+}
+
+// ---------------------------------------------------------------- who is slow, and who is many
+
+TEST_F(HttpServerTest, SlowClientsAreClosedWhileOthersAreAnswered) {
+    writeFile(64 << 20);
+    options.limits.headTime = options.limits.keepAlive = options.limits.rateSpan = 500ms;
+    start();
+    HttpClient silent(server->port()), head(server->port()), kept(server->port()), body(server->port());
+    HttpClient reader(server->port(), 4096), stream(server->port());
+    head.send("GET /ping HTTP/1.1\r\nA: ");
+    kept.send(get("/ping"));
+    body.send(post("/upload", "Content-Length: 5000\r\n", "abc"));
+    reader.send(get("/file"));
+    stream.send(get("/events"));
+    EXPECT_TRUE(comesTrue([&] {
+        expectPong();
+        head.send("a");  // what comes keeps nothing open
+        body.send("a");
+        return silent.hasEnded() && head.hasEnded() && kept.hasEnded() && body.hasEnded();
+    }));
+    EXPECT_THAT(head.unread(), StartsWith("HTTP/1.1 408 "));
+    EXPECT_THAT(body.unread(), StartsWith("HTTP/1.1 408 "));
+    EXPECT_THAT(kept.unread(), StartsWith("HTTP/1.1 200 "));
+    EXPECT_TRUE(comesTrue([&] { return server->counts().connections == 1; })) << "the reader is still there";
+    EXPECT_LT(reader.readToEnd().size(), size_t(64) << 20);
+    EXPECT_FALSE(stream.hasEnded()) << "nothing was to be sent";
+}
+
+TEST(HttpPaceTest, EachSpanStandsForItself) {
+    const Limits limits;
+    const Pace::Time start{};
+    Pace pace;
+    pace.begin(start, 100);
+    EXPECT_FALSE(pace.isTooSlow(start + 4s, 100, limits)) << "too early to tell";
+    EXPECT_FALSE(pace.isTooSlow(start + 5s, 100 + 5 * 1024, limits));
+    EXPECT_FALSE(pace.isTooSlow(start + 10s, 100'000'000, limits));
+    EXPECT_TRUE(pace.isTooSlow(start + 15s, 100'005'000, limits)) << "it was quick once";
+}
+
+TEST_F(HttpServerTest, WhoWaitsMakesRoomForWhoAsks) {
+    options.limits.connectionsPerAddress = 3;
+    start();
+    HttpClient first(server->port());
+    ASSERT_TRUE(comesTrue([&] { return server->counts().connections == 1; }));
+    HttpClient second(server->port()), third(server->port());
+    ASSERT_TRUE(comesTrue([&] { return server->counts().connections == 3; }));
+    expectPong();
+    EXPECT_EQ(first.readToEnd(), "");
+
+    std::vector<std::unique_ptr<HttpClient>> busy;
+    for (int i = 0; i < 3; ++i) {
+        busy.push_back(std::make_unique<HttpClient>(server->port()));
+        busy.back()->send(get("/slow"));
+        ASSERT_TRUE(comesTrue([&] { return site.countOf(site.waiting) == busy.size(); }));
+    }
+    EXPECT_EQ(ask(get("/ping")), "");
+    EXPECT_FALSE(busy[0]->hasEnded());
+    EXPECT_GE(server->counts().refusals, 1u);
+}
+
+// ---------------------------------------------------------------- bodies and files
+
+TEST_F(HttpServerTest, AnUploadIsThereWhenItIsWholeAndGoneWhenItIsCut) {
+    start();
+    const std::string bytes(300'000, 'x');
+    const std::string length = "Content-Length: " + std::to_string(bytes.size()) + "\r\n";
+    {
+        HttpClient cut(server->port());
+        cut.send(post("/upload", length, bytes.substr(1)));
+        ASSERT_TRUE(comesTrue([&] { return server->counts().connections == 1; }));
+    }
+    EXPECT_TRUE(comesTrue([&] { return server->counts().connections == 0 && isFolderEmpty(); }));
+
+    HttpClient endless(server->port());
+    endless.send(post("/upload", "Transfer-Encoding: chunked\r\n"));
+    const std::string chunk = "493e0\r\n" + bytes + "\r\n";
+    int chunks = 0;
+    while (chunks < 1000 && endless.send(chunk) && endless.unread().empty() && !endless.hasEnded()) ++chunks;
+    EXPECT_LT(chunks, 1000);
+    EXPECT_TRUE(comesTrue([&] { return isFolderEmpty(); }));
+
+    EXPECT_THAT(ask(post("/upload", length, bytes)), testing::EndsWith("300000"));
+    EXPECT_EQ(fs::file_size(folder / "upload"), bytes.size());
+    fs::remove_all(folder);
+    EXPECT_THAT(ask(post("/upload", length, bytes)), StartsWith("HTTP/1.1 500 ")) << "there is no folder";
+    expectPong();
+}
+
+TEST(HttpRangeTest, OneRangeOrTheWholeOrNone) {
+    struct Row {
+        const char* value;
+        uint64_t size;
+        Range::Kind kind;
+        uint64_t first = 0, length = 0;
+    };
+    using enum Range::Kind;
+    for (const Row& row : std::vector<Row>{
+             {"", 10, Whole},
+             {"bytes=0-0", 10, Part, 0, 1},
+             {"bytes=2-5", 10, Part, 2, 4},
+             {"bytes=2-", 10, Part, 2, 8},
+             {"BYTES=2-", 10, Part, 2, 8},
+             {"bytes=2-100", 10, Part, 2, 8},
+             {"bytes=-3", 10, Part, 7, 3},
+             {"bytes=-100", 10, Part, 0, 10},
+             {"bytes=0-18446744073709551616", 10, Part, 0, 10},
+             {"bytes=-18446744073709551616", 10, Part, 0, 10},
+             {"bytes=10-", 10, Unsatisfiable},
+             {"bytes=18446744073709551616-", 10, Unsatisfiable},
+             {"bytes=-0", 10, Unsatisfiable},
+             {"bytes=0-", 0, Unsatisfiable},
+             {"bytes=-5", 0, Unsatisfiable},
+             {"bytes=5-2", 10, Whole},
+             {"bytes=0-1,3-4", 10, Whole},
+             {"bytes=-", 10, Whole},
+             {"bytes=--5", 10, Whole},
+             {"bytes= 0-1", 10, Whole},
+             {"bytes=0x1-5", 10, Whole},
+             {"bytes=1", 10, Whole},
+             {"lines=0-1", 10, Whole},
+         }) {
+        const Range range = readRange(row.value, row.size);
+        EXPECT_EQ(range.kind, row.kind) << row.value;
+        EXPECT_EQ(range.first, row.first) << row.value;
+        EXPECT_EQ(range.length, row.length) << row.value;
+    }
+}
+
+TEST_F(HttpServerTest, SendsFilesWholeInPartOrNotAgain) {
+    writeFile(10);
+    start();
+    struct Row {
+        const char* lines;
+        int status;
+        const char* header;
+        const char* body;
+    };
+    for (const Row& row : std::vector<Row>{
+             {"", 200, "Content-Length: 10", "0123456789"},
+             {"Range: bytes=2-5\r\n", 206, "Content-Range: bytes 2-5/10", "2345"},
+             {"Range: bytes=10-\r\n", 416, "Content-Range: bytes */10", ""},
+             {"Range: bytes=0-1,3-4\r\n", 200, "Accept-Ranges: bytes", "0123456789"},
+             {"Range: bytes=2-5\r\nIf-Range: \"v1\"\r\n", 206, "ETag: \"v1\"", "2345"},
+             {"Range: bytes=2-5\r\nIf-Range: \"v0\"\r\n", 200, "Cache-Control: private", "0123456789"},
+             {"If-None-Match: \"v0\", W/\"v1\"\r\n", 304, "ETag: \"v1\"", ""},
+             {"If-None-Match: \"v0\"\r\n", 200, "Content-Type: video/mp4", "0123456789"},
+         }) {
+        const std::string answer = ask(get("/file", row.lines));
+        EXPECT_THAT(answer, AllOf(StartsWith("HTTP/1.1 " + std::to_string(row.status)), HasSubstr(row.header),
+                                  testing::EndsWith(std::string("\r\n\r\n") + row.body)))
+            << row.lines;
+    }
+    HttpClient head(server->port());
+    head.send("HEAD /file HTTP/1.1\r\n" + host() + "\r\n" + get("/ping"));
+    EXPECT_THAT(head.readAnswer(false), HasSubstr("Content-Length: 10\r\n"));
+    EXPECT_THAT(head.readAnswer(), HasSubstr("pong")) << "HEAD has no body";
+
+    writeFile(20'000'000);
+    EXPECT_THAT(ask(get("/file")).size(), testing::Gt(20'000'000u));
+    EXPECT_THROW(Answer(200).with("A", "b\r\nSet-Cookie: c"), Error);
+    EXPECT_THROW(Answer(200).with("content-length", "3"), Error);
+}
+
+// ---------------------------------------------------------------- later answers and streams
+
+TEST_F(HttpServerTest, IsAnsweredLaterFromAnotherThreadOnce) {
+    start();
+    HttpClient client(server->port());
+    client.send(get("/slow") + get("/ping"));
+    ASSERT_TRUE(comesTrue([&] { return site.countOf(site.waiting) == 1; }));
+    expectPong();
+    std::thread([&] {
+        site.waiting[0].answer(Answer::text(200, "first"));
+        site.waiting[0].answer(Answer::text(200, "second"));
+    }).join();
+    EXPECT_THAT(client.readAnswer(), HasSubstr("first"));
+    EXPECT_THAT(client.readAnswer(), HasSubstr("pong"));
+
+    EXPECT_THAT(ask(get("/drop")), StartsWith("HTTP/1.1 500 "));
+    EXPECT_THAT(ask(get("/throw")), StartsWith("HTTP/1.1 500 "));
+    EXPECT_EQ(site.gone, 0);
+    {
+        HttpClient leaves(server->port());
+        leaves.send(get("/slow"));
+        ASSERT_TRUE(comesTrue([&] { return site.countOf(site.waiting) == 2; }));
+        EXPECT_FALSE(site.waiting[1].isGone());
+    }
+    EXPECT_TRUE(comesTrue([&] { return site.gone == 1; }));
+
+    HttpClient halfClosed(server->port());
+    halfClosed.send(get("/slow"));
+    halfClosed.endInput();
+    ASSERT_TRUE(comesTrue([&] { return site.gone == 2; }));
+    site.waiting[2].answer(Answer::text(200, "still read"));
+    EXPECT_THAT(halfClosed.readToEnd(), HasSubstr("still read"));
+
+    HttpClient last(server->port());
+    last.send(get("/slow"));
+    ASSERT_TRUE(comesTrue([&] { return site.countOf(site.waiting) == 4; }));
+    server.reset();
+    site.waiting[3].answer(Answer::text(200, "too late"));
+    EXPECT_EQ(last.readToEnd(), "");
+}
+
+TEST_F(HttpServerTest, TwoHundredStreamsHearEverythingAndASlowOneIsDropped) {
+    constexpr size_t count = 200;
+    options.limits.streams = count + 1;
+    options.limits.streamBytes = 100'000;
+    options.limits.streamPulse = 1s;
+    start();
+    std::vector<std::unique_ptr<HttpClient>> clients;
+    for (size_t i = 0; i < count; ++i) {
+        clients.push_back(std::make_unique<HttpClient>(server->port()));
+        clients.back()->send(get("/events", i == 0 ? "Last-Event-ID: 41\r\n" : ""));
+        EXPECT_THAT(clients.back()->readUntil("\r\n\r\n"), HasSubstr("text/event-stream"));
+    }
+    EXPECT_EQ(site.lastIds[0], "41");
+    auto slow = std::make_unique<HttpClient>(server->port(), 4096);
+    slow->send(get("/events"));
+    ASSERT_TRUE(comesTrue([&] { return server->counts().streams == count + 1; }));
+    EXPECT_THAT(ask(get("/events")), StartsWith("HTTP/1.1 503 "));
+
+    const EventStream toSlow = site.streams[count];
+    const std::string much(10'000, 'x');
+    int sent = 0;
+    while (sent < 10'000 && toSlow.send({much, "", ""})) ++sent;
+    EXPECT_GE(sent, 9) << "what fits is kept";
+    EXPECT_LT(sent, 10'000);
+    EXPECT_TRUE(comesTrue([&] { return !toSlow.isOpen(); }));
+
+    for (size_t i = 0; i < count; ++i) {
+        EXPECT_TRUE(site.streams[i].send({"one\ntwo\r\n", "job", "42", 2000ms}));
+        EXPECT_THROW(site.streams[i].send({"", "a\nb", ""}), Error);
+    }
+    for (const auto& client : clients)
+        EXPECT_EQ(client->readUntil("\n\n"),
+                  "retry: 2000\nid: 42\nevent: job\ndata: one\ndata: two\ndata: \n\n");
+    EXPECT_EQ(clients[0]->readUntil(":\n\n"), ":\n\n");
+    expectPong();
+
+    const int before = site.closedStreams;
+    clients.pop_back();
+    EXPECT_TRUE(comesTrue([&] { return site.closedStreams == before + 1; }));
+    site.streams[0].send({"last", "", ""});
+    site.streams[0].close();
+    EXPECT_THAT(clients[0]->readToEnd(), testing::EndsWith("data: last\n\n"));
+}
+
+// ---------------------------------------------------------------- begin and end
+
+TEST_F(HttpServerTest, StopLetsEndWhatRunsAndCutsWhatDoesNotEnd) {
+    for (const bool ends : {true, false}) {
+        site.waiting.clear();
+        site.streams.clear();
+        start();
+        HttpClient upload(server->port()), stream(server->port()), slow(server->port()), idle(server->port());
+        stream.send(get("/events"));
+        slow.send(get("/slow"));
+        upload.send(post("/upload", "Content-Length: 6\r\n", "abc"));
+        ASSERT_THAT(stream.readUntil("\r\n\r\n"), HasSubstr("200 OK"));
+        ASSERT_TRUE(comesTrue([&] { return site.countOf(site.waiting) == 1; }));
+        std::thread stopping([&] { server->stop(ends ? 60s : 200ms); });
+        EXPECT_EQ(stream.readToEnd(), "");
+        EXPECT_EQ(idle.readToEnd(), "");
+        EXPECT_FALSE(HttpClient(server->port()).isConnected());
+        if (ends) {
+            upload.send("def");
+            site.waiting[0].answer(Answer::text(200, "in time"));
+        }
+        stopping.join();
+        EXPECT_EQ(server->counts().connections, 0u);
+        if (ends) {
+            EXPECT_THAT(upload.readToEnd(), AllOf(HasSubstr("201 Created"), HasSubstr("Connection: close")));
+            EXPECT_THAT(slow.readToEnd(), HasSubstr("in time"));
+            fs::remove(folder / "upload");
+        } else {
+            EXPECT_EQ(upload.readToEnd(), "");
+            EXPECT_EQ(slow.readToEnd(), "");
+        }
+        EXPECT_TRUE(isFolderEmpty());
+        EXPECT_FALSE(site.streams[0].isOpen());
+    }
+}
+
+TEST_F(HttpServerTest, SaysWhyItCannotListen) {
+    start();
+    const auto messageFor = [&](ServerOptions wanted) -> std::string {
+        try {
+            Server(std::move(wanted), site);
+            return "";
+        } catch (const Error& error) {
+            return error.what();
+        }
+    };
+    ServerOptions taken, nowhere, keyless;
+    taken.port = server->port();
+    EXPECT_EQ(messageFor(taken),
+              "127.0.0.1:" + std::to_string(taken.port) + ": cannot listen: another program has this port");
+    nowhere.addresses = {"studio"};
+    EXPECT_THAT(messageFor(nowhere), HasSubstr("not an address"));
+    keyless.certificateFile = (folder / "none.pem").string();
+    EXPECT_THAT(messageFor(keyless), HasSubstr("none.pem: no certificate"));
+
+    ServerOptions both;
+    both.addresses = {"::"};
+    const Server everywhere(both, site);
+    HttpClient client(everywhere.port());
+    client.send("GET /ping HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(everywhere.port()) + "\r\n\r\n");
+    EXPECT_THAT(client.readAnswer(), HasSubstr("pong"));
+}
+
+TEST_F(HttpServerTest, SpeaksTls) {
+    const std::string certificate = (folder / "cert.pem").string(), key = (folder / "key.pem").string();
+    const std::string make =
+        "openssl req -x509 -newkey ec -pkeyopt ec_paramgen_curve:prime256v1 -nodes -days 2 -subj "
+        "/CN=localhost "
+        "-addext subjectAltName=DNS:localhost -keyout " +
+        key + " -out " + certificate + " 2>/dev/null";
+    ASSERT_EQ(std::system(make.c_str()), 0);
+    writeFile(5'000'000);
+    options.certificateFile = certificate;
+    options.keyFile = key;
+    start();
+    ::setenv("SSL_CERT_FILE", certificate.c_str(), 1);
+    ::setenv("no_proxy", "*", 1);
+    const std::string address = "https://localhost:" + std::to_string(server->port());
+    EXPECT_EQ(downloadToFile(address + "/file", folder / "copy").bytes, 5'000'000u);
+    ::unsetenv("SSL_CERT_FILE");
+
+    const std::string old = "openssl s_client -tls1_1 -cipher ALL@SECLEVEL=0 -connect localhost:" +
+                            std::to_string(server->port()) + " </dev/null >/dev/null 2>&1";
+    EXPECT_NE(std::system(old.c_str()), 0);
+    EXPECT_THAT(ask(get("/ping")), Not(HasSubstr("pong"))) << "plain text to a TLS port";
+
+    options.keyFile = certificate;
+    EXPECT_THROW(Server(options, site), Error);
+}
+
+}  // namespace
+}  // namespace platform::http
