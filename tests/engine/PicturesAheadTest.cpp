@@ -59,6 +59,25 @@ TEST(PicturesAheadTest, WhatNobodyTakesIsNotMadeWithoutEnd) {
     EXPECT_EQ(made, before + 1);
 }
 
+TEST(PicturesAheadTest, WhatSomebodyWaitsForOutlivesTheSceneThatExpectedIt) {
+    platform::FileGate gate;
+    PicturesAhead ahead(gate);
+    auto gone = std::make_shared<int>(0);
+    std::atomic<bool> isBegun{false}, isAwaited{false};
+    ahead.expect(gone, "photo", [&](platform::FileGate&) {
+        isBegun = true;
+        while (!isAwaited) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+        // By now the other thread waits for it, as far as that can be told from here.
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+        return picture(64);
+    });
+    while (!isBegun) std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    gone.reset();
+    isAwaited = true;
+    const auto itself = [](platform::FileGate&) { return picture(1); };
+    EXPECT_EQ(ahead.take("photo", itself).source.width, 64);
+}
+
 TEST(PicturesAheadTest, RefusedFilesAndFailuresAreTheTakersOwn) {
     platform::FileGate gate;
     PicturesAhead ahead(gate);

@@ -68,8 +68,10 @@ PictureOnCanvas PicturesAhead::tried(const Make& make) const {
 }
 
 PicturesAhead::Expected* PicturesAhead::next() {
-    std::erase_if(expected_,
-                  [](const Expected& each) { return each.state != State::Making && each.scene.expired(); });
+    // What somebody waits for has lost its name, and is his whatever became of the scene that expected it.
+    std::erase_if(expected_, [](const Expected& each) {
+        return each.state != State::Making && !each.name.empty() && each.scene.expired();
+    });
     size_t bytes = 0;
     for (const Expected& each : expected_) bytes += each.picture.bitmap.rgba.size();
     const auto found = std::ranges::find(expected_, State::Waiting, &Expected::state);
