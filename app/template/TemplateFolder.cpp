@@ -51,7 +51,7 @@ Shape shapeOf(KeyType type, const Value& value) {
 struct Place {
     std::string file, keyPath;
 
-    Place at(const std::string& key) const { return {file, keyPath.empty() ? key : keyPath + "." + key}; }
+    Place at(const std::string& key) const { return {file, keyPath + "." + key}; }
     [[noreturn]] void fail(const std::string& message) const {
         throw Error(ErrorKind::Template, message, file, keyPath);
     }

@@ -37,7 +37,7 @@ std::vector<uint8_t> inflateGzip(std::span<const uint8_t> bytes, const std::stri
     stream.next_in = const_cast<Bytef*>(bytes.data());
     stream.avail_in = static_cast<uInt>(bytes.size());
     std::vector<uint8_t> result, piece(pieceBytes);
-    while (true) {
+    for (;;) {
         stream.next_out = piece.data();
         stream.avail_out = static_cast<uInt>(piece.size());
         const int state = inflate(&stream, Z_NO_FLUSH);

@@ -112,11 +112,7 @@ void ZipArchive::Core::list() {
         refuse("the archive holds more than " + std::to_string(limits.maxEntries) + " entries");
     if (global.number_entry == 0) return;
     int state = unzGoToFirstFile(archive.get());
-    for (; state == UNZ_OK; state = unzGoToNextFile(archive.get())) {
-        if (entries.size() == limits.maxEntries)
-            refuse("the archive holds more than " + std::to_string(limits.maxEntries) + " entries");
-        entries.push_back(judgedEntry());
-    }
+    for (; state == UNZ_OK; state = unzGoToNextFile(archive.get())) entries.push_back(judgedEntry());
     if (state != UNZ_END_OF_LIST_OF_FILE) refuse("the archive's directory is damaged");
     // Thousands of small files may grow as much as a large one.
     if (totalBytes > limits.ratioFreeBytes && totalBytes / limits.maxRatio > file.size())

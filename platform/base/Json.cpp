@@ -72,8 +72,7 @@ json toJson(const Value& value) {
 /// The library's words without the name of its exception: "[json.exception.parse_error.101] parse error at
 /// line 1, column 2: …".
 std::string withoutExceptionName(const std::string& words) {
-    const size_t end = words.starts_with("[json.") ? words.find("] ") : std::string::npos;
-    std::string rest = end == std::string::npos ? words : words.substr(end + 2);
+    const std::string rest = words.substr(words.find(' ') + 1);
     constexpr std::string_view start = "parse error ";
     return rest.starts_with(start) ? rest.substr(start.size()) : rest;
 }

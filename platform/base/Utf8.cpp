@@ -17,10 +17,8 @@ bool isForbiddenPair(unsigned char first, unsigned char second) {
            (first == 0xf0 && second < 0x90) || (first == 0xf4 && second > 0x8f);
 }
 
-}  // namespace
-
-size_t utf8CharacterLength(std::string_view text) {
-    if (text.empty()) return 0;
+/// Bytes of the well-formed character at the start of a text that is not empty, 1 to 4; 0 when there is none.
+size_t characterLength(std::string_view text) {
     const auto byte = [&](size_t at) { return static_cast<unsigned char>(text[at]); };
     const size_t length = announcedLength(byte(0));
     if (length == 0 || length > text.size()) return 0;
@@ -29,9 +27,11 @@ size_t utf8CharacterLength(std::string_view text) {
     return length > 2 && isForbiddenPair(byte(0), byte(1)) ? 0 : length;
 }
 
+}  // namespace
+
 size_t firstInvalidUtf8(std::string_view text) {
     for (size_t at = 0; at < text.size();) {
-        const size_t length = utf8CharacterLength(text.substr(at));
+        const size_t length = characterLength(text.substr(at));
         if (length == 0) return at;
         at += length;
     }

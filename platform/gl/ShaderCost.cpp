@@ -259,7 +259,7 @@ class Judge {
             if (factor) total = total.value_or(0) + sign * *factor;
             factor.reset();
         };
-        for (size_t at = start; at < end && at < words_.size(); ++at) {
+        for (size_t at = start; at < end; ++at) {
             const std::string& word = words_[at];
             if (word == "(" || word == ")" || word == "*" || word == "int" || word == "float") continue;
             if (word == "/") {

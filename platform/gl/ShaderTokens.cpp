@@ -95,8 +95,7 @@ class Expansion {
         Macro macro;
         size_t at = 3;
         // Parameters follow the name at once, a body that begins with a parenthesis after a blank.
-        const size_t name = line.find(words[2], line.find("define") + 6);
-        const size_t after = name == std::string_view::npos ? name : name + words[2].size();
+        const size_t after = line.find(words[2], line.find("define") + 6) + words[2].size();
         if (after < line.size() && line[after] == '(') {
             macro.parameters.emplace();
             for (at = 4; at < words.size() && words[at] != ")"; ++at)

@@ -83,7 +83,6 @@ std::vector<Bitmap> pvrPictures(const PvrFile& file) {
         picture.width = level.width;
         picture.height = level.height;
         picture.rgba = texels(file, level);
-        if (picture.rgba.empty()) break;
         pictures.push_back(std::move(picture));
     }
     return pictures;

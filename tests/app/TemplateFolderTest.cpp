@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "TemporaryHome.h"
+#include "app/Model/MediaFormat.h"
 #include "app/template/TemplateFolder.h"
 #include "platform/base/Error.h"
 #include "platform/base/PropertyList.h"
@@ -48,6 +49,8 @@ TEST_F(TemplateFolderTest, ReadsItsRecords) {
 
 TEST_F(TemplateFolderTest, SaysWhereItIsWrong) {
     EXPECT_THAT(failureOf(folder), HasSubstr("does not exist"));
+    test::writeText(home.outside() / "file", "");
+    EXPECT_THAT(failureOf(home.outside() / "file"), HasSubstr("is no folder"));
     test::writeText(folder / "other.plist", "");
     EXPECT_THAT(failureOf(folder), HasSubstr("T.plist"));
     test::writeText(folder / "T.plist", "<plist><dict><key>installScenes");
@@ -79,6 +82,27 @@ TEST_F(TemplateFolderTest, SaysWhereItIsWrong) {
          "installScenes[1].sId"},
     };
     for (const auto& [content, key] : cases) EXPECT_THAT(failureOfContent(content), HasSubstr(key));
+}
+
+TEST_F(TemplateFolderTest, NamesAndSizesHaveLimits) {
+    for (const std::string name : {"T", "Grüße 2", "a..b"}) EXPECT_TRUE(isTemplateName(name)) << name;
+    for (const std::string& name : {std::string(), std::string(".T"), std::string("a/b"), std::string("a\\b"),
+                                    std::string("a\n"), std::string("a\x7f"), std::string(201, 'a')})
+        EXPECT_FALSE(isTemplateName(name)) << name;
+    EXPECT_FALSE(isTooLarge({4096, 2304}));
+    for (const MediaSize size : {MediaSize{4096, 2306}, MediaSize{8194, 2}, MediaSize{2, 8194}})
+        EXPECT_TRUE(isTooLarge(size)) << size.width;
+
+    const std::string scenes = QVUtil::scenePath();
+    EXPECT_EQ(templateOwning(scenes + "T/scene.plist"), "T");
+    EXPECT_EQ(templateOwning(scenes + "../elsewhere/scene.plist"), "");
+    EXPECT_EQ(templateOwning(scenes), "");
+    EXPECT_EQ(templateOwning(""), "");
+    TemplateFolder nameless;
+    nameless.name = "T";
+    EXPECT_EQ(displayName(nameless), "T");
+    const Value many(Value::Array(1001, oneRecord({}).array("installScenes")[0]));
+    EXPECT_THAT(failureOfContent(Value::Dictionary{{"installScenes", many}}), HasSubstr("1001 records"));
 }
 
 TEST_F(TemplateFolderTest, DoesNotReadThroughALinkThatLeavesTheFolder) {

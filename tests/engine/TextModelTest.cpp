@@ -3,6 +3,7 @@
 #include <cmath>
 
 #include "dataMode/QVMultiScene2DTextDataModel.h"
+#include "dataMode/TextSettings.h"
 #include "playback/Playback.h"
 
 namespace multiscene {
@@ -48,6 +49,18 @@ TEST_F(TextModelTest, TheTextIsTheUsersOrTheWrittenOne) {
     EXPECT_EQ(model({{"textString", "empty"}}).textString(), "");
     EXPECT_EQ(model({{"textString", "year"}}).textString(), "2024");
     EXPECT_EQ(model({{"textMaxLenght", 3}}).textString(), "pla");
+}
+
+TEST_F(TextModelTest, AUsersLongTextIsSmallerAndOddLettersAreNamed) {
+    playback_.settings().setUserMediaMapDic(Value::Dictionary{{kUserTextScale + std::string("half"), 0.5},
+                                                              {kUserTextScale + std::string("twice"), 2},
+                                                              {kUserTextScale + std::string("none"), 0}});
+    EXPECT_EQ(findTextScale("half", "", playback_.settings()), 0.5F);
+    for (const char* key : {"twice", "none", "missing"})
+        EXPECT_EQ(findTextScale(key, "", playback_.settings()), 1) << key;
+    EXPECT_EQ(letterNames({U'a', 0x1F382}), "U+0061 U+1F382");
+    EXPECT_EQ(letterNames(std::vector<char32_t>(10, U'b')).substr(7 * 7), "U+0062 and 2 more");
+    EXPECT_EQ(model({{"lineSpacing", std::nan("")}}).textureSize().width, 640);
 }
 
 TEST_F(TextModelTest, AFixedTextureShrinksTheTextUntilItFits) {

@@ -113,6 +113,31 @@ TEST_F(FenceTest, AWorkerTellsAsksAndHandsFilesOver) {
     EXPECT_EQ(outcome.output, "hello questionquestion answered from a file");
 }
 
+TEST_F(FenceTest, AMessageHasASizeAndItsSenderMayBeGone) {
+    auto ends = Channel::pair();
+    Channel &left = ends.first, &right = ends.second;
+    const auto tooLarge = [&](Message message) { EXPECT_THROW(left.send(message), Error); };
+    tooLarge(Message::make(Message::Kind::Output, {std::string(Message::maxBytes, 'x')}));
+    tooLarge(Message::make(Message::Kind::Output, std::vector<std::string>(Message::maxFields + 1)));
+    Message files = Message::make(Message::Kind::Output, {});
+    for (size_t count = 0; count <= Message::maxFiles; ++count)
+        files.files.emplace_back(::open("/dev/null", O_RDONLY | O_CLOEXEC));
+    tooLarge(std::move(files));
+
+    // More than there is room for while nobody listens.
+    while (left.sendAtOnce(Message::make(Message::Kind::Output, {"waits"}))) continue;
+    EXPECT_EQ(right.receive()->field(0), "waits");
+    EXPECT_FALSE(left.receive());
+    EXPECT_FALSE(left.isClosed());
+    // What it said is heard although it went without hearing everything.
+    right.send(Message::make(Message::Kind::Output, {"last"}));
+    { const Channel gone = std::move(right); }
+    EXPECT_EQ(left.receive()->field(0), "last");
+    EXPECT_FALSE(left.receive());
+    EXPECT_TRUE(left.isClosed());
+    EXPECT_FALSE(left.send(Message::make(Message::Kind::Output, {"to nobody"})));
+}
+
 TEST_F(FenceTest, AnErrorComesBackAsItWas) {
     const Outcome outcome = outcomeOf([](Channel& channel) {
         channel.send(

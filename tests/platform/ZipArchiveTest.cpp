@@ -260,6 +260,12 @@ TEST_F(ZipArchiveTest, UnpacksOnlyWhatIsWantedAndNeverOverALink) {
     EXPECT_THROW(zip.extract(target), Error);
     EXPECT_FALSE(fs::exists(folder / "a"));
     EXPECT_THROW(zip.extract(target, {.isCancelled = [] { return true; }}), Error);
+    EXPECT_THROW(zip.extract(folder / "nowhere"), Error);
+    fs::remove(target / "T");
+    zip.extract(target, {.isCancelled = [] { return false; }});
+    EXPECT_EQ(content("T/a"), "a");
+    EXPECT_THROW(ZipArchive(folder / "nothing.zip"), Error);
+    EXPECT_THROW(ZipArchive{folder}, Error);
 }
 
 TEST_F(ZipArchiveTest, WritesTheSameBytesWhateverTheFilesTimes) {
