@@ -3,6 +3,7 @@
 
 #include <cmath>
 
+#include "app/Model/QVUserTextInputModel.h"
 #include "app/job/UserText.h"
 #include "app/server/UrlText.h"
 #include "cli/CommandLine.h"
@@ -44,7 +45,13 @@ void playNumbers(Bytes bytes) {
     templateNameOfUrl(text);
     percentDecoded(text);
     isTaken([&] { platform::WorkerLimits().set(text); });
-    isTaken([&] { acceptText(text, "key", nullptr); });
+    const QVUserTextInputModel narrow(Value(Value::Dictionary{{"maxLenght", 8}, {"maxLine", 2}})),
+        endless{Value()};
+    for (const QVUserTextInputModel* limits : {&narrow, &endless})
+        isTaken([&] {
+            const AcceptedText accepted = acceptText(text, "key", limits);
+            require(accepted.scale > 0 && accepted.scale <= 1, "a text never becomes larger");
+        });
 }
 
 void playJson(Bytes bytes) {
