@@ -61,6 +61,17 @@ function(multiscene_module name)
   set_property(GLOBAL APPEND PROPERTY MULTISCENE_MODULES ${name})
 endfunction()
 
+# multiscene_test_limits(<test> <seconds>)
+# How long a test may take. With a sanitizer it takes several times as long, and whatever that says is a failure, also
+# where it is said by a process whose end nobody looks at.
+function(multiscene_test_limits name seconds)
+  if(CMAKE_CXX_FLAGS MATCHES "sanitize")
+    math(EXPR seconds "${seconds} * 6")
+    set_tests_properties(${name} PROPERTIES FAIL_REGULAR_EXPRESSION "Sanitizer: ;runtime error: ")
+  endif()
+  set_tests_properties(${name} PROPERTIES TIMEOUT ${seconds})
+endfunction()
+
 # multiscene_test(<name> SOURCES <files...> [PACKAGES <imported targets...>])
 function(multiscene_test name)
   cmake_parse_arguments(TEST "" "" "SOURCES;PACKAGES" ${ARGN})
@@ -69,8 +80,8 @@ function(multiscene_test name)
   target_link_libraries(${name} PRIVATE multiscene::all multiscene_test_settings ${TEST_PACKAGES} GTest::gtest_main)
   target_precompile_headers(${name} REUSE_FROM multiscene_test_headers)
   add_test(NAME ${name} COMMAND ${name})
-  set_tests_properties(${name} PROPERTIES TIMEOUT 600
-    ENVIRONMENT "MULTISCENE_RESOURCES=${CMAKE_BINARY_DIR}/share/multiscene")
+  multiscene_test_limits(${name} 600)
+  set_tests_properties(${name} PROPERTIES ENVIRONMENT "MULTISCENE_RESOURCES=${CMAKE_BINARY_DIR}/share/multiscene")
 endfunction()
 
 # The settings of all tests, and the headers they share, compiled once. No header of the project is among them, as each

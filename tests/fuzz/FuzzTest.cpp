@@ -11,6 +11,7 @@
 #include <cstdlib>
 
 #include "platform/base/File.h"
+#include "platform/fence/WorkerLimits.h"
 #include "tests/fuzz/FuzzTarget.h"
 #include "tests/fuzz/Mutator.h"
 
@@ -24,7 +25,7 @@ using Input = std::vector<uint8_t>;
 // Of one input: processor time, and time for what only waits, on a busy machine.
 constexpr time_t mostCpuSeconds = 10;
 constexpr unsigned mostSeconds = 120;
-constexpr long mostKilobytes = 1 << 20;
+constexpr long mostKilobytes = 1 << 20, mostKilobytesSanitized = 4 * mostKilobytes;
 
 /// Keeps what is being played in a file when the process dies of it.
 class LastWords {
@@ -98,7 +99,8 @@ TEST_P(FuzzTest, Survives) {
     for (; Clock::now() < end; ++count) LastWords::play(target, mutator.next());
     rusage usage{};
     ::getrusage(RUSAGE_SELF, &usage);
-    EXPECT_LT(usage.ru_maxrss, mostKilobytes) << "an input took much memory";
+    EXPECT_LT(usage.ru_maxrss, platform::isSanitized() ? mostKilobytesSanitized : mostKilobytes)
+        << "an input took much memory";
     std::printf("%s: %zu corpus files, %zu mutations\n", std::string(target.name).c_str(), corpus.size(),
                 count);
 }

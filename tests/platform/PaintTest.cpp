@@ -150,7 +150,7 @@ TEST(TilePainterTest, APictureOnWholePixelsIsCopied) {
     for (int y = 0; y < 80; ++y)
         for (int x = 0; x < 100; ++x) {
             const bool inside = x >= 30 && x < 80 && y >= 20 && y < 60;
-            ASSERT_EQ(canvas.at(x, y), inside ? picture.at(x - 30, y - 20) : Pixel(0, 0, 0, 255))
+            ASSERT_EQ(canvas.at(x, y), inside ? picture.at(x - 30, y - 20) : (Pixel{0, 0, 0, 255}))
                 << x << ',' << y;
         }
 }

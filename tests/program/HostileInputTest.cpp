@@ -67,7 +67,7 @@ class HostileInputTest : public ProgramTest {
         const double start = platform::monotonicSeconds();
         const Result result = multiscene(words);
         EXPECT_LT(platform::monotonicSeconds() - start, 60) << "it hangs";
-        EXPECT_LT(result.peakKilobytes, 1 << 20);
+        EXPECT_LT(result.peakKilobytes / sanitizerFactor(), 1 << 20);
         EXPECT_THAT(leftBehind(), IsEmpty());
         return result;
     }

@@ -50,7 +50,7 @@ class PlayLimitsTest : public ProgramTest {
     /// What takes much longer than its input is long runs out of time.
     Result inTime(std::vector<std::string> words, int cpuSeconds = 20) const {
         const auto wanted = command(std::move(words));
-        std::vector<std::string> all{"prlimit", "--cpu=" + std::to_string(cpuSeconds)};
+        std::vector<std::string> all{"prlimit", "--cpu=" + std::to_string(cpuSeconds * sanitizerFactor())};
         all.insert(all.end(), wanted.begin(), wanted.end());
         return run(all);
     }

@@ -14,6 +14,7 @@
 
 #include "platform/base/Json.h"
 #include "platform/base/Paths.h"
+#include "platform/fence/WorkerLimits.h"
 
 namespace multiscene::test {
 
@@ -121,8 +122,13 @@ Result Process::finish() {
     result_.peakKilobytes = usage.ru_maxrss;
     process_ = -1;
     if (WIFEXITED(status)) result_.exitCode = WEXITSTATUS(status);
+    // A worker whose result has been heard may end as it likes.
+    for (const char* report : {"Sanitizer: ", "runtime error: "})
+        if (result_.errors.find(report) != std::string::npos) throw std::runtime_error(result_.errors);
     return result_;
 }
+
+int sanitizerFactor() { return platform::isSanitized() ? 10 : 1; }
 
 std::string program() { return MULTISCENE_PROGRAM; }
 

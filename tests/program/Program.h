@@ -45,6 +45,9 @@ class Process {
     Result result_;
 };
 
+/// How many times as long, and as much memory, the program may take as it is built: 1 without a sanitizer.
+int sanitizerFactor();
+
 /// The path of the program under test.
 std::string program();
 Result run(const std::vector<std::string>& words);
