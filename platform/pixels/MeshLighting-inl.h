@@ -141,11 +141,14 @@ class MeshShader {
         : mesh_(mesh),
           paint_(mesh.paint),
           sampler_({paint_.picture, paint_.wrap, {}}),
-          isTinted_(paint_.tint != std::array<float, 4>{1, 1, 1, 1}) {}
+          glowSampler_({paint_.glowPicture, paint_.wrap, {}}),
+          isTinted_(paint_.tint != std::array<float, 4>{1, 1, 1, 1}),
+          glows_(paint_.glow != Vector3{0, 0, 0}) {}
 
     HWY_INLINE PixelVector at(const Surfaces& surfaces) const {
         Channels c = straightColours(surfaces);
         if (!mesh_.lights.empty()) lighten(surfaces, c);
+        if (glows_) addGlow(surfaces, c);
         if (paint_.opacity < 1) c.alpha = hn::Mul(c.alpha, real(paint_.opacity));
         if (mesh_.sent == SentColours::Faded) multiply(c, real(paint_.opacity));
         if (mesh_.sent == SentColours::Multiplied && !mesh_.hides)
@@ -162,7 +165,7 @@ class MeshShader {
         const auto& tint = paint_.tint;
         if (!paint_.picture.pixels)
             return {real(255 * tint[2]), real(255 * tint[1]), real(255 * tint[0]), real(255 * tint[3])};
-        Channels c = channels(texels(surfaces.u, surfaces.v));
+        Channels c = channels(texels(paint_.picture, sampler_, surfaces.u, surfaces.v));
         if (paint_.premultiplied && !paint_.picture.opaque) c = dividedByAlpha(c);
         if (!isTinted_) return c;
         return {hn::Mul(c.blue, real(tint[2])), hn::Mul(c.green, real(tint[1])),
@@ -170,17 +173,31 @@ class MeshShader {
     }
 
     // Of places from 0 to 1.
-    HWY_INLINE PixelVector texels(RealVector u, RealVector v) const {
+    HWY_INLINE PixelVector texels(const Surface& picture, const Sampler& sampler, RealVector u,
+                                  RealVector v) const {
         if (paint_.wrap == Wrap::Repeat) {
             u = hn::Sub(u, hn::Floor(u));
             v = hn::Sub(v, hn::Floor(v));
         }
-        const PlaceVector column = fixedPoint(hn::Mul(u, real(static_cast<float>(paint_.picture.width))));
-        const PlaceVector row = fixedPoint(hn::Mul(v, real(static_cast<float>(paint_.picture.height))));
-        return sampler_.isInside(column, row) ? sampler_.atInside(column, row) : sampler_.at(column, row);
+        const PlaceVector column = fixedPoint(hn::Mul(u, real(static_cast<float>(picture.width))));
+        const PlaceVector row = fixedPoint(hn::Mul(v, real(static_cast<float>(picture.height))));
+        return sampler.isInside(column, row) ? sampler.atInside(column, row) : sampler.at(column, row);
     }
 
-    HWY_INLINE void lighten(const Surfaces& surfaces, Channels& c) const {
+    HWY_INLINE void addGlow(const Surfaces& surfaces, Channels& c) const {
+        const RealVector most = real(255);
+        Channels light{most, most, most, most};
+        if (paint_.glowPicture.pixels)
+            light = channels(texels(paint_.glowPicture, glowSampler_, surfaces.u, surfaces.v));
+        const auto sum = [](RealVector colour, RealVector of, float part) {
+            return bounded(hn::Add(colour, hn::Mul(of, real(part))), 0, 255);
+        };
+        c = {sum(c.blue, light.blue, paint_.glow[2]), sum(c.green, light.green, paint_.glow[1]),
+             sum(c.red, light.red, paint_.glow[0]), c.alpha};
+    }
+
+    HWY_INLINE void lighten(Surfaces surfaces, Channels& c) const {
+        if (paint_.isSmooth) surfaces.normal = direction(surfaces.normal, surfaces.normal);
         Light light{vectors(mesh_.ambient), vectors({0, 0, 0})};
         const Vectors toEye =
             mesh_.isGlossy ? direction(difference(vectors(paint_.eye), surfaces.place), surfaces.normal)
@@ -195,8 +212,8 @@ class MeshShader {
 
     const PreparedMesh& mesh_;
     const MeshPaint& paint_;
-    const Sampler sampler_;
-    const bool isTinted_;
+    const Sampler sampler_, glowSampler_;
+    const bool isTinted_, glows_;
 };
 
 }  // namespace platform::HWY_NAMESPACE

@@ -203,6 +203,7 @@ void findColours(PreparedMesh& prepared) {
     for (float& part : paint.tint) part = within(part, 0, 1);
     paint.opacity = within(paint.opacity, 0, 1);
     for (float& part : paint.eye) part = within(part, -1e15f, 1e15f);
+    for (float& part : paint.glow) part = within(part, 0, kMost);
     findLight(prepared);
     const bool isOpaque = paint.isOpaque || paint.picture.opaque || !paint.picture.pixels;
     prepared.hides = isOpaque && paint.opacity >= 1 && paint.tint[3] >= 1 && isLaidOver(paint.blend);

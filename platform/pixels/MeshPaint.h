@@ -60,7 +60,10 @@ struct MeshPaint {
     BlendFunction blend;
     bool depthTest = false;           ///< what is not nearer than all that tested depths before is left out
     std::vector<MeshLight> lights{};  ///< none: colours stay as they are
-    Vector3 eye{};                    ///< in the world
+    bool isSmooth = false;  ///< normals change within triangles: they are brought to length 1 everywhere
+    Vector3 eye{};          ///< in the world
+    Vector3 glow{};         ///< red, green, blue that are added to the lit colours
+    Surface glowPicture{};  ///< multiplies them; without pixels they are the same everywhere
 };
 
 /// x to the power of an exponent, where x is not less than `least`.

@@ -4,7 +4,9 @@
 // The program puts one definition before this text, so that it fits the lights of a draw:
 //   UNLIT    there are none
 //   LIGHTS   a LIGHT(index, kind, has specular light) for each of them; normals then face the viewer already
-// Without it the uniforms tell number and kinds.
+// Without it the uniforms tell number and kinds. It may add
+//   SMOOTH            normals change within triangles, so their length does too
+//   EMISSION_PICTURE  the mesh shines by itself, by a picture
 #ifdef GL_FRAGMENT_PRECISION_HIGH
 precision highp float;
 precision highp sampler2D;
@@ -31,6 +33,11 @@ struct LightSource
 uniform sampler2D videoFrame;
 uniform bool isPreMultiplication;
 uniform float fade;  // what is taken from the alpha: 0 nothing, 1 all
+uniform vec4 shade;  // what is taken from the texture's colours and alpha: 0 nothing, 1 all
+uniform vec3 emission;  // light of its own
+#ifdef EMISSION_PICTURE
+uniform sampler2D emissionPicture;  // multiplies it
+#endif
 uniform bool isOneColor;  // SourceColor instead of the texture
 uniform vec4 SourceColor;  // not multiplied by alpha
 // What the blend function wants: x, colours that alpha and opacity multiply; y, colours that opacity alone does.
@@ -97,7 +104,11 @@ vec3 lit(vec3 texel)
     vec3 surface = vec3(0.0);
     vec3 gloss = vec3(0.0);
 #ifdef LIGHTS
+#ifdef SMOOTH
+    vec3 normal = direction(worldNormal, worldNormal);
+#else
     vec3 normal = worldNormal;
+#endif
 #define LIGHT(index, kind, hasGloss) addLight(lightSourceArray[index], kind, hasGloss, normal, toEye, surface, gloss);
     LIGHTS
 #else
@@ -108,23 +119,27 @@ vec3 lit(vec3 texel)
         addLight(lightSourceArray[i], lightSourceArray[i].useLight, true, normal, toEye, surface, gloss);
     }
 #endif
-    return clamp(texel * surface + gloss, 0.0, 1.0);
+    return texel * surface + gloss;
 }
 
 #endif
 
 vec4 sent(vec3 color, float alpha)
 {
-    return vec4(color * mix(1.0, alpha, sentColors.x), alpha);
+    return vec4(color * mix(1.0, alpha, sentColors.x) * mix(1.0, 1.0 - fade, sentColors.y), alpha);
 }
 
 void main()
 {
     vec4 color = isOneColor ? SourceColor : texture2D(videoFrame, textureCoordinate);
-    vec3 texel = straightColor(color);
-    color.a *= 1.0 - fade;
+    vec3 texel = straightColor(color) * (1.0 - shade.rgb);
+    color.a *= (1.0 - shade.a) * (1.0 - fade);
 #ifndef UNLIT
     texel = lit(texel);
 #endif
-    gl_FragColor = sent(texel, color.a);
+    vec3 own = emission;
+#ifdef EMISSION_PICTURE
+    own *= texture2D(emissionPicture, textureCoordinate).rgb;
+#endif
+    gl_FragColor = sent(clamp(texel + own, 0.0, 1.0), color.a);
 }

@@ -241,16 +241,13 @@ TEST_F(PainterTest, WhatOnlyGLDrawsLiesBetweenWhatTheProcessorPaints) {
 
 /// A box with normals, two triangles a side, that takes light.
 struct LitBox {
-    std::vector<MeshVertex> outside, inside;
+    std::vector<MeshVertex> corners;
     MeshDraw draw;
 
     LitBox(Texture* texture, const glm::mat4& camera, const glm::mat4& place) {
         for (int axis = 0; axis < 3; ++axis)
             for (const float side : {-1.0f, 1.0f}) addSide(axis, side);
-        inside = outside;
-        for (MeshVertex& corner : inside) corner.normal = -corner.normal;
-        draw.outside = outside;
-        draw.inside = inside;
+        draw.corners = corners;
         draw.sides = MeshSides::Both;
         draw.shader = "normal_lightShader";
         draw.texture = texture;
@@ -268,7 +265,7 @@ struct LitBox {
         if (axis == 1) up = {0, 0, -side};
         const glm::vec3 right = glm::cross(up, normal);
         for (const auto& [x, y] : {std::pair{-1, -1}, {1, -1}, {1, 1}, {-1, -1}, {1, 1}, {-1, 1}})
-            outside.push_back({.position = normal + float(x) * right + float(y) * up,
+            corners.push_back({.position = normal + float(x) * right + float(y) * up,
                                .normal = normal,
                                .textureCoordinate = {float(x + 1) / 2, float(1 - y) / 2}});
     }

@@ -13,6 +13,7 @@
 #include <variant>
 #include <vector>
 
+#include "core/GLESUtils/Geometry.h"
 #include "core/GLESUtils/Texture.h"
 #include "opengl2.0/UniformValue.h"
 #include "pictureFilter/Filter.h"
@@ -117,13 +118,6 @@ struct QuadDraw {
     DrawState state;  ///< the painter's
 };
 
-/// A corner of a triangle, in model space.
-struct MeshVertex {
-    glm::vec3 position;
-    glm::vec3 normal;
-    glm::vec2 textureCoordinate;
-};
-
 /// Flat letters from an atlas: white with their coverage as alpha, or with colours of their own. Six corners
 /// a letter: two triangles that make a rectangle. The corners are the node's; they stay as they are until the
 /// frame has been drawn.
@@ -138,7 +132,7 @@ struct LettersDraw {
 /// Which sides of a mesh are seen.
 enum class MeshSides {
     Outer,  ///< those whose corners run counter-clockwise
-    Both,   ///< a convex shape, from within too
+    Both,   ///< the inner ones too; without depths they are in order where the shape is convex
 };
 
 /// Numbered as the shader of lit surfaces does.
@@ -157,13 +151,18 @@ struct Light {
 
 /// Triangles with normals, lit. The corners stay as they are until the frame has been drawn.
 struct MeshDraw {
-    std::span<const MeshVertex> outside;
-    std::span<const MeshVertex> inside;  ///< for MeshSides::Both: the same corners, normals turned round
+    std::span<const MeshVertex> corners;
+    Geometry* kept = nullptr;  ///< the same corners, where they stay for many frames: GL keeps them
     MeshSides sides = MeshSides::Outer;
+    bool isSmooth = false;  ///< normals change within triangles: they are brought to length 1 everywhere
+    /// Depths are compared whatever the bracket says, and in targets: what hides what is not in order.
+    bool comparesDepths = false;
     std::string shader;              ///< GL's description among the program's own, without the extension
-    std::optional<glm::vec4> color;  ///< instead of the texture; not multiplied by its alpha
-    float fade = 0;                  ///< what is taken from the alpha: 0 nothing, 1 all; with alphaIsOpacity
+    std::optional<glm::vec4> color;  ///< multiplies the texture, or stands for it; straight
+    float fade = 0;                  ///< what is taken from the alpha: 0 nothing, 1 all
     Texture* texture = nullptr;
+    glm::vec3 emission{0};                     ///< light of its own, added to all other
+    Texture* emissionTexture = nullptr;        ///< multiplies it
     std::array<float, 8> cornerCoordinates{};  ///< where the texture may repeat itself: u, v that are reached
     glm::mat4 mvpMatrix{1}, textureMatrix{1};
     glm::mat4 modelMatrix{1}, normalMatrix{1};  ///< to the world, where the lights are

@@ -5,7 +5,6 @@
 #include <algorithm>
 
 #include "core/GLESUtils/ReadBack.h"
-#include "core/GLESUtils/TextureUpload.h"
 #include "opengl2.0/QVObject3DShaderCreater.h"
 #include "painter/LightUniforms.h"
 #include "painter/PlaceOnQuad.h"
@@ -38,9 +37,11 @@ struct VertexArray {
     const float* values;
 };
 
-/// Draws arrays in the caller's memory, `stride` bytes from one corner to the next; 0: packed.
-void drawArrays(GLenum mode, int count, int stride, std::initializer_list<VertexArray> arrays) {
-    glBindBuffer(GL_ARRAY_BUFFER, 0);
+/// Draws arrays in the caller's memory, or in a buffer at these places from its start, `stride` bytes from
+/// one corner to the next; 0: packed.
+void drawArrays(GLenum mode, int count, int stride, std::initializer_list<VertexArray> arrays,
+                unsigned int buffer = 0) {
+    glBindBuffer(GL_ARRAY_BUFFER, buffer);
     for (const auto& [attribute, components, values] : arrays) {
         if (attribute == 0) continue;
         glVertexAttribPointer(attribute, components, GL_FLOAT, GL_FALSE, stride, values);
@@ -50,14 +51,21 @@ void drawArrays(GLenum mode, int count, int stride, std::initializer_list<Vertex
     // A later draw with other attributes must not look at them.
     for (const VertexArray& array : arrays)
         if (array.attribute != 0) glDisableVertexAttribArray(array.attribute);
+    if (buffer != 0) glBindBuffer(GL_ARRAY_BUFFER, 0);
 }
 
-void drawTriangles(const Shader& shader, std::span<const MeshVertex> corners) {
-    const MeshVertex& first = corners.front();
+/// `buffer`: where GL has the corners already.
+void drawTriangles(const Shader& shader, std::span<const MeshVertex> corners, unsigned int buffer = 0) {
+    static_assert(sizeof(MeshVertex) == 8 * sizeof(float));
+    const float* first = buffer != 0 ? nullptr : &corners.front().position.x;
+    const auto at = [&](size_t numbers) {
+        return reinterpret_cast<const float*>(reinterpret_cast<uintptr_t>(first) + numbers * sizeof(float));
+    };
     drawArrays(GL_TRIANGLES, static_cast<int>(corners.size()), sizeof(MeshVertex),
-               {{shader.attributeHandle("position"), 3, &first.position.x},
-                {shader.attributeHandle("normal"), 3, &first.normal.x},
-                {shader.attributeHandle("inputTextureCoordinate"), 2, &first.textureCoordinate.x}});
+               {{shader.attributeHandle("position"), 3, at(0)},
+                {shader.attributeHandle("normal"), 3, at(3)},
+                {shader.attributeHandle("inputTextureCoordinate"), 2, at(6)}},
+               buffer);
 }
 
 void setAll(Shader& shader, const Uniforms& uniforms) {
@@ -70,11 +78,13 @@ void setAll(Shader& shader, const Uniforms& uniforms) {
 }
 
 Uniforms uniformsOf(const MeshDraw& mesh) {
-    Uniforms uniforms{{"isOneColor", mesh.color ? 1 : 0},
-                      {"SourceColor", mesh.color.value_or(glm::vec4(1))},
+    const glm::vec4 color = mesh.color.value_or(glm::vec4(1));
+    Uniforms uniforms{{"isOneColor", mesh.texture ? 0 : 1},
+                      {"SourceColor", color},
+                      {"shade", mesh.texture ? glm::vec4(1) - color : glm::vec4(0)},
                       {"fade", mesh.fade},
+                      {"emission", mesh.emission},
                       {"u_modelMatrix", mesh.modelMatrix},
-                      {"u_normalMatrix", mesh.normalMatrix},
                       {"u_eyePosition", mesh.eye}};
     addLightUniforms(mesh.lights, uniforms);
     return uniforms;
@@ -167,8 +177,23 @@ void GLPainter::beginTarget(QVFrameBufferToTexture& target) {
 }
 
 void GLPainter::endTarget() {
+    if (targets_.back().addedDepth)
+        glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER, 0);
     targets_.pop_back();
     if (!targets_.empty()) bindAgain();
+}
+
+/// Gives the current target depths, until it ends.
+void GLPainter::addDepth() {
+    Target& target = targets_.back();
+    if (target.hasDepth || target.addedDepth) return;
+    target.addedDepth = std::make_shared<GLRenderbuffer>();
+    target.addedDepth->create();
+    glBindRenderbuffer(GL_RENDERBUFFER, target.addedDepth->name());
+    glRenderbufferStorage(GL_RENDERBUFFER, GL_DEPTH_COMPONENT16, target.width, target.height);
+    glFramebufferRenderbuffer(GL_FRAMEBUFFER, GL_DEPTH_ATTACHMENT, GL_RENDERBUFFER,
+                              target.addedDepth->name());
+    glClear(GL_DEPTH_BUFFER_BIT);
 }
 
 void GLPainter::bind(const Target& target) {
@@ -222,7 +247,7 @@ Shader& GLPainter::blurShader() {
 }
 
 void GLPainter::apply(const DrawState& state) {
-    if (state.depthTest)
+    if (state.depthTest && targets_.back().hasDepth)
         glEnable(GL_DEPTH_TEST);
     else
         glDisable(GL_DEPTH_TEST);
@@ -230,13 +255,14 @@ void GLPainter::apply(const DrawState& state) {
     glBlendFuncSeparate(state.blend.source, state.blend.destination, GL_ONE, GL_ONE_MINUS_SRC_ALPHA);
 }
 
-/// On another unit than 0 it is clamped to its edges. Unit 0 is active afterwards.
-void GLPainter::bindTexture(Shader& shader, const char* sampler, int unit, Texture* texture) {
+/// On unit 0 the caller says how it is wrapped. Unit 0 is active afterwards.
+void GLPainter::bindTexture(Shader& shader, const char* sampler, int unit, Texture* texture,
+                            TextureWrap wrap) {
     glActiveTexture(static_cast<GLenum>(GL_TEXTURE0 + unit));
     glBindTexture(GL_TEXTURE_2D, texture ? texture->glName() : 0);
     if (texture && memory_ == PictureMemory::Dropped) texture->dropMemory();
     if (unit != 0) {
-        setTextureWrap(TextureWrap::ClampToEdge);
+        setTextureWrap(wrap);
         glActiveTexture(GL_TEXTURE0);
     }
     shader.setUniform(sampler, unit);
@@ -375,15 +401,23 @@ void GLPainter::paint(const LettersDraw& letters) {
 /// are compared, what faces the viewer goes first: the rest is then never shaded.
 void GLPainter::paint(const MeshDraw& mesh) {
     apply(mesh.state);
-    const auto shader = shaders_.createShaderWithDefinitions(mesh.shader, mesh.shader + ".plist",
-                                                             lightDefinitions(mesh.lights));
+    if (mesh.comparesDepths) {
+        addDepth();
+        glEnable(GL_DEPTH_TEST);
+    }
+    const auto shader =
+        shaders_.createShaderWithDefinitions(mesh.shader, mesh.shader + ".plist", meshDefinitions(mesh));
     use(*shader);
+    const TextureWrap wrap = mesh.mayRepeat && leavesPicture(mesh.textureMatrix, mesh.cornerCoordinates)
+                                 ? TextureWrap::Repeat
+                                 : TextureWrap::ClampToEdge;
+    if (mesh.emissionTexture) {
+        bindTexture(*shader, "emissionPicture", 1, mesh.emissionTexture, wrap);
+        shader->setUniformStructOrArray("emissionPicture", 1);  // not in every variant, so not listed
+    }
     bindTexture(*shader, "videoFrame", 0, mesh.texture);
-    if (mesh.texture)
-        setTextureWrap(mesh.mayRepeat && leavesPicture(mesh.textureMatrix, mesh.cornerCoordinates)
-                           ? TextureWrap::Repeat
-                           : TextureWrap::ClampToEdge);
-    const bool isPremultiplied = !mesh.color && mesh.texture->isPremultiplied();
+    if (mesh.texture) setTextureWrap(wrap);
+    const bool isPremultiplied = mesh.texture && mesh.texture->isPremultiplied();
     shader->setUniform("isPreMultiplication", isPremultiplied ? 1 : 0);
     shader->setUniform("u_mvpMatrix", mesh.mvpMatrix);
     shader->setUniform("u_textureMatrix", mesh.textureMatrix);
@@ -393,7 +427,8 @@ void GLPainter::paint(const MeshDraw& mesh) {
     const bool hides = mesh.isOpaque && mesh.state.blend == BlendFunction();
     if (hides) glDisable(GL_BLEND);
     glEnable(GL_CULL_FACE);
-    const bool isNearFirst = hides && mesh.state.depthTest && targets_.back().hasDepth;
+    const bool isNearFirst =
+        hides && mesh.state.depthTest && (targets_.back().hasDepth || mesh.comparesDepths);
     if (mesh.sides == MeshSides::Outer)
         drawSide(*shader, mesh, true);
     else
@@ -403,7 +438,8 @@ void GLPainter::paint(const MeshDraw& mesh) {
 
 void GLPainter::drawSide(Shader& shader, const MeshDraw& mesh, bool isOutside) {
     glCullFace(isOutside ? GL_BACK : GL_FRONT);
-    drawTriangles(shader, isOutside ? mesh.outside : mesh.inside);
+    shader.setUniform("u_normalMatrix", isOutside ? mesh.normalMatrix : -mesh.normalMatrix);
+    drawTriangles(shader, mesh.corners, mesh.kept ? mesh.kept->glName() : 0);
 }
 
 }  // namespace multiscene

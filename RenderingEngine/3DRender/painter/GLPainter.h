@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "core/GLESUtils/MultisampleTarget.h"
+#include "core/GLESUtils/TextureUpload.h"
 #include "opengl2.0/ShaderManager/ShaderManager.h"
 #include "painter/GLFilters.h"
 #include "painter/Painter.h"
@@ -58,6 +59,7 @@ class GLPainter : public Painter {
         int width = 0, height = 0;
         Region part;
         bool hasDepth = false;
+        std::shared_ptr<GLRenderbuffer> addedDepth = {};  ///< for draws that cannot do without
     };
 
     void createBuffers(int width, int height);
@@ -67,10 +69,12 @@ class GLPainter : public Painter {
     Texture& filtered(const QuadDraw& quad);
     void clear(uint32_t background, bool withDepth);
     void apply(const DrawState& state);
+    void addDepth();
     void use(Shader& shader);
     Shader& named(const std::string& name);
     Shader& blurShader();
-    void bindTexture(Shader& shader, const char* sampler, int unit, Texture* texture);
+    void bindTexture(Shader& shader, const char* sampler, int unit, Texture* texture,
+                     TextureWrap wrap = TextureWrap::ClampToEdge);
 
     // Each makes its program current and sets what it takes besides texture and matrices.
     Shader& prepare(const PlainLook& look, const QuadDraw& quad);

@@ -24,6 +24,15 @@ void addLight(const Light& light, const std::string& prefix, Uniforms& uniforms)
     add("spotLightDirection", light.spotDirection);
 }
 
+std::string lightDefinitions(std::span<const Light> lights) {
+    if (lights.empty()) return "#define UNLIT\n";
+    std::string text = "#define LIGHTS";
+    for (size_t i = 0; i < std::min(lights.size(), maxLights); ++i)
+        text += " LIGHT(" + std::to_string(i) + ", " + std::to_string(static_cast<int>(lights[i].kind)) +
+                ", " + (lights[i].specular == glm::vec3(0) ? "false" : "true") + ")";
+    return text + "\n";
+}
+
 }  // namespace
 
 void addLightUniforms(std::span<const Light> lights, Uniforms& uniforms) {
@@ -33,13 +42,9 @@ void addLightUniforms(std::span<const Light> lights, Uniforms& uniforms) {
     uniforms.emplace_back("lightEnable", lights.empty() ? 0 : 1);
 }
 
-std::string lightDefinitions(std::span<const Light> lights) {
-    if (lights.empty()) return "#define UNLIT\n";
-    std::string text = "#define LIGHTS";
-    for (size_t i = 0; i < std::min(lights.size(), maxLights); ++i)
-        text += " LIGHT(" + std::to_string(i) + ", " + std::to_string(static_cast<int>(lights[i].kind)) +
-                ", " + (lights[i].specular == glm::vec3(0) ? "false" : "true") + ")";
-    return text + "\n";
+std::string meshDefinitions(const MeshDraw& mesh) {
+    return lightDefinitions(mesh.lights) + (mesh.isSmooth ? "#define SMOOTH\n" : "") +
+           (mesh.emissionTexture ? "#define EMISSION_PICTURE\n" : "");
 }
 
 }  // namespace multiscene

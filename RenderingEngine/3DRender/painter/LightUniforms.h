@@ -15,7 +15,7 @@ inline constexpr size_t maxLights = platform::limitOf<size_t>("maxLights");
 /// Adds what a lit program takes of all lights; those of none where there are none.
 void addLightUniforms(std::span<const Light> lights, Uniforms& uniforms);
 
-/// The definition that makes "normal_lightShader" and its kin fit the lights of a draw.
-std::string lightDefinitions(std::span<const Light> lights);
+/// The definitions that make "normal_lightShader" and its kin fit a draw.
+std::string meshDefinitions(const MeshDraw& mesh);
 
 }  // namespace multiscene

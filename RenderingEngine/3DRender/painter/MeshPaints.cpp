@@ -95,26 +95,33 @@ std::array<float, 4> fourOf(const glm::vec4& color) { return {color.r, color.g, 
 }  // namespace
 
 bool addMeshes(const MeshDraw& mesh, const CanvasSize& canvas, std::vector<MeshPaint>& paints) {
-    MeshPaint paint{.toClip = matrixOf(mesh.mvpMatrix),
+    MeshPaint paint{.corners = cornersOf(mesh.corners),
+                    .toClip = matrixOf(mesh.mvpMatrix),
                     .toWorld = matrixOf(mesh.modelMatrix),
-                    .normalToWorld = matrixOf(mesh.normalMatrix),
                     .opacity = 1 - mesh.fade,
                     .isShape = mesh.alphaIsOpacity,
                     .isOpaque = mesh.isOpaque,
                     .blend = paintedBlend(mesh.state.blend),
                     .depthTest = mesh.state.depthTest,
-                    .eye = vectorOf(mesh.eye)};
-    if (mesh.color)
-        paint.tint = fourOf(*mesh.color);
-    else if (!setPicture(*mesh.texture, mesh.outside, canvas, mesh.mvpMatrix, mesh.textureMatrix, paint))
+                    .isSmooth = mesh.isSmooth,
+                    .eye = vectorOf(mesh.eye),
+                    .glow = vectorOf(mesh.emission)};
+    if (mesh.color) paint.tint = fourOf(*mesh.color);
+    if (mesh.texture &&
+        !setPicture(*mesh.texture, mesh.corners, canvas, mesh.mvpMatrix, mesh.textureMatrix, paint))
         return false;
+    if (mesh.emissionTexture) {
+        if (mesh.emissionTexture->levels().empty()) return false;
+        paint.glowPicture = mesh.emissionTexture->levels().front();
+        paint.toPicture = matrixOf(mesh.textureMatrix);
+    }
     if (mesh.mayRepeat && leavesPicture(mesh.textureMatrix, mesh.cornerCoordinates))
         paint.wrap = platform::Wrap::Repeat;
     for (const Light& light : mesh.lights)
         if (paint.lights.size() < maxLights) paint.lights.push_back(lightOf(light));
     const auto addSide = [&](bool isOutside) {
-        paint.corners = cornersOf(isOutside ? mesh.outside : mesh.inside);
         paint.facing = isOutside ? platform::MeshFacing::Front : platform::MeshFacing::Back;
+        paint.normalToWorld = matrixOf(isOutside ? mesh.normalMatrix : -mesh.normalMatrix);
         paints.push_back(paint);
     };
     if (mesh.sides == MeshSides::Outer) {

@@ -31,8 +31,11 @@ void Painter::draw(LettersDraw letters) {
 }
 
 void Painter::draw(MeshDraw mesh) {
-    if (mesh.outside.empty() || (!mesh.color && !isShown(mesh.texture))) return;
+    if (!isShown(mesh.texture)) mesh.texture = nullptr;
+    if (!isShown(mesh.emissionTexture)) mesh.emissionTexture = nullptr;
+    if (mesh.corners.empty() || !(mesh.color || mesh.texture)) return;
     mesh.state = state_;
+    mesh.state.depthTest = state_.depthTest || mesh.comparesDepths;
     paint(mesh);
 }
 

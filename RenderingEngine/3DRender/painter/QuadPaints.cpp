@@ -300,7 +300,7 @@ PixelBounds boundsOf(const LettersDraw& letters, const CanvasSize& canvas) {
 }
 
 PixelBounds boundsOf(const MeshDraw& mesh, const CanvasSize& canvas) {
-    return boundsOf(mesh.outside, mesh.mvpMatrix, canvas);
+    return boundsOf(mesh.corners, mesh.mvpMatrix, canvas);
 }
 
 }  // namespace multiscene

@@ -65,10 +65,15 @@ struct SoftwarePainter::Picture {
         usedLayers = 0;
     }
 
-    /// Adds a draw with what it is painted as. Only the frame has depths to compare.
+    template <typename Draw>
+    static bool needsDepths(const Draw&) {
+        return false;
+    }
+    static bool needsDepths(const MeshDraw& mesh) { return mesh.comparesDepths; }
+    /// Adds a draw with what it is painted as. In targets depths are compared only by what needs it.
     template <typename Draw>
     void add(Draw draw, const Texture* texture) {
-        if (target) draw.state.depthTest = false;
+        if (target) draw.state.depthTest = needsDepths(draw);
         Piece piece{.draw = draw, .firstPaint = paints.size(), .firstMesh = meshes.size()};
         if (texture && texture->isStill()) piece.still = texture->memoryOwner();
         piece.byGL = !addPaints(draw) && !addMeshesOf(draw);
@@ -230,6 +235,7 @@ void SoftwarePainter::paint(const LettersDraw& letters) {
 
 void SoftwarePainter::paint(const MeshDraw& mesh) {
     current().keep(mesh.texture);
+    current().keep(mesh.emissionTexture);
     current().add(mesh, nullptr);
 }
 

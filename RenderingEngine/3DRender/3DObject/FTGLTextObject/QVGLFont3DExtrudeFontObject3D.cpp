@@ -187,8 +187,7 @@ void QVGLFont3DExtrudeFontObject3D::drawFaces(Painter& painter, Texture& texture
                                               float opacity, const glm::mat4& textureMatrix) {
     forEachRun(letters, [&](std::span<const MeshVertex> corners, const LetterPose& pose) {
         const glm::mat4 place = placed(pose);
-        MeshDraw mesh{.outside = corners,
-                      .inside = {},
+        MeshDraw mesh{.corners = corners,
                       .sides = MeshSides::Outer,
                       .shader = "font_3dShader",
                       .color = {},

@@ -12,7 +12,7 @@ namespace multiscene {
 namespace {
 
 std::atomic<int>& counter(GLObjectKind kind) {
-    static std::array<std::atomic<int>, 3> counters{};
+    static std::array<std::atomic<int>, 4> counters{};
     return counters[static_cast<size_t>(kind)];
 }
 
@@ -24,6 +24,8 @@ void generate(GLObjectKind kind, GLuint* name) {
             return glGenFramebuffers(1, name);
         case GLObjectKind::Renderbuffer:
             return glGenRenderbuffers(1, name);
+        case GLObjectKind::Buffer:
+            return glGenBuffers(1, name);
     }
 }
 
@@ -35,6 +37,8 @@ void remove(GLObjectKind kind, const GLuint* name) {
             return glDeleteFramebuffers(1, name);
         case GLObjectKind::Renderbuffer:
             return glDeleteRenderbuffers(1, name);
+        case GLObjectKind::Buffer:
+            return glDeleteBuffers(1, name);
     }
 }
 
@@ -60,5 +64,6 @@ void GLObject<kind>::destroy() {
 template class GLObject<GLObjectKind::Texture>;
 template class GLObject<GLObjectKind::Framebuffer>;
 template class GLObject<GLObjectKind::Renderbuffer>;
+template class GLObject<GLObjectKind::Buffer>;
 
 }  // namespace multiscene

@@ -5,7 +5,7 @@
 
 namespace multiscene {
 
-enum class GLObjectKind { Texture, Framebuffer, Renderbuffer };
+enum class GLObjectKind { Texture, Framebuffer, Renderbuffer, Buffer };
 
 /// Objects of a kind made and not yet deleted, in all contexts: what tests count leaks with.
 int liveGLObjects(GLObjectKind kind);
@@ -43,5 +43,6 @@ GLObject<kind>& GLObject<kind>::operator=(GLObject&& other) noexcept {
 using GLTexture = GLObject<GLObjectKind::Texture>;
 using GLFramebuffer = GLObject<GLObjectKind::Framebuffer>;
 using GLRenderbuffer = GLObject<GLObjectKind::Renderbuffer>;
+using GLBuffer = GLObject<GLObjectKind::Buffer>;
 
 }  // namespace multiscene
