@@ -2,6 +2,7 @@
 
 #include <sys/stat.h>
 
+#include "3DObject/MeshObject3D/MeshModel.h"
 #include "format/TrackFile.h"
 #include "platform/audio/AudioFile.h"
 #include "platform/image/ColorTable.h"
@@ -73,10 +74,26 @@ MediaReader::Reading MediaReader::read(MediaKind kind, FileHandle file, const st
             case MediaKind::ColorTable:
                 platform::ColorTable::read(file, name);
                 break;
+            case MediaKind::Mesh:
+                break;  // it names files beside itself
             case MediaKind::Video:
                 reading.film = platform::probeVideo(file, name);
                 break;
         }
+    } catch (const Error& error) {
+        if (error.kind() == ErrorKind::Transient) throw;
+        reading.problem = error.message();
+    }
+    return reading;
+}
+
+MediaReader::Reading MediaReader::readMesh(const std::string& path, const std::string& sceneFolder) {
+    Reading reading;
+    try {
+        const MeshModel mesh(playback_.settings().multiSceneRenderPathResourcesWithString(path, sceneFolder),
+                             playback_.gate());
+        if (!mesh.missingPictures().empty())
+            reading.problem = "its picture \"" + mesh.missingPictures().front() + "\" cannot be read";
     } catch (const Error& error) {
         if (error.kind() == ErrorKind::Transient) throw;
         reading.problem = error.message();
@@ -93,7 +110,10 @@ const MediaReader::Reading* MediaReader::reading(MediaKind kind, const std::stri
     const File file(kind, info.st_dev, info.st_ino);
     auto known = readings_.find(file);
     if (known == readings_.end())
-        known = readings_.emplace(file, read(kind, std::move(opened.file), path)).first;
+        known = readings_
+                    .emplace(file, kind == MediaKind::Mesh ? readMesh(path, sceneFolder)
+                                                           : read(kind, std::move(opened.file), path))
+                    .first;
     return &known->second;
 }
 

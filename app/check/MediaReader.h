@@ -15,7 +15,7 @@
 namespace multiscene {
 
 /// What a key wants a file to be.
-enum class MediaKind { Picture, PvrPicture, Sound, Track, Video, ColorTable };
+enum class MediaKind { Picture, PvrPicture, Sound, Track, Video, ColorTable, Mesh };
 
 /// Reads files of the template as what their keys want, each file once however often it is named: what is
 /// judged with one reader must not change meanwhile. One thread.
@@ -48,6 +48,7 @@ class MediaReader {
     /// Null when the file cannot be opened.
     const Reading* reading(MediaKind kind, const std::string& path, const std::string& sceneFolder);
     static Reading read(MediaKind kind, platform::FileHandle file, const std::string& name);
+    Reading readMesh(const std::string& path, const std::string& sceneFolder);
 
     Playback& playback_;
     std::map<File, Reading> readings_;

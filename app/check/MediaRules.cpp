@@ -39,6 +39,8 @@ std::optional<MediaKind> kindOf(KeyFile file) {
             return MediaKind::Track;
         case KeyFile::ColorTable:
             return MediaKind::ColorTable;
+        case KeyFile::Mesh:
+            return MediaKind::Mesh;
         default:
             return std::nullopt;
     }

@@ -59,7 +59,7 @@ two.
   that the picture's proportions.
 - **Both motion lists** may be given. The node is scaled, turned and moved by "TransformArray", and what comes out of
   that by the items of "MutableTransformArray", the last one first.
-- **Light** falls on planes, cubes and letters with a depth. Quads, flat letters and films are shown as they are, unless
+- **Light** falls on meshes, curved surfaces, planes, cubes and letters with a depth. Quads, flat letters and films are shown as they are, unless
   a shader of the template lights them.
 - **Texts** are broken at line feeds and where they would be too wide: [how text is laid out](text-layout.md).
 )";

@@ -78,9 +78,6 @@ class Fonts : public DictionaryVisitor {
     Findings& findings_;
 };
 
-/// The base of planes and cubes.
-constexpr const char* shapelessType = "QVMeshObject3D";
-
 bool isTextured(const std::string& type) {
     const auto* known = NodeTypes::find(type);
     for (const KeyTable* keys = known ? known->keys : nullptr; keys; keys = keys->base)
@@ -90,13 +87,7 @@ bool isTextured(const std::string& type) {
 
 bool hasSource(const Value& node) {
     return node.has("TextureInfo") || node.has("PvrTextureSerialInfo") || node.has("ColorInfo") ||
-           node["FrameInfo"].string("frameType") == "color";
-}
-
-Finding withText(Finding place, std::string message, std::string remedy) {
-    place.message = std::move(message);
-    place.remedy = std::move(remedy);
-    return place;
+           node.has("MeshFileInfo") || node["FrameInfo"].string("frameType") == "color";
 }
 
 template <typename Visitor>
@@ -110,12 +101,9 @@ void walk(const SceneView& scene, Findings& findings) {
 void nodesShowSomething(const SceneView& scene, Findings& findings) {
     for (const NodeView& node : scene.nodes) {
         if (node.content.has("childNode") || !isTextured(node.type)) continue;
-        const Finding place{Severity::Warning, scene.file, node.keyPath, {}, {}};
-        if (node.type == shapelessType)
-            findings.push_back(withText(place, node.label() + " has no surface and draws nothing",
-                                        "use QVPlaneObject3D or QVCubeObject3D"));
-        else if (!hasSource(node.content))
-            findings.push_back(withText(place, node.label() + " has nothing to show", "add \"TextureInfo\""));
+        if (!hasSource(node.content))
+            findings.push_back({Severity::Warning, scene.file, node.keyPath,
+                                node.label() + " has nothing to show", "add \"TextureInfo\""});
     }
 }
 

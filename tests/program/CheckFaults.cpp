@@ -197,7 +197,7 @@ std::vector<Fault> faults() {
          nodeWith("TextureInfo", Value::Dictionary{{"textureType", "text2d"}})},
         {"NothingToShow", "object3D[1]", "add \"TextureInfo\"",
          node([](Value::Dictionary& dictionary) { dictionary.erase("TextureInfo"); })},
-        {"NoSurface", "object3D[1]", "QVPlaneObject3D", node([](Value::Dictionary& dictionary) {
+        {"NoSurface", "object3D[1]", "\"MeshFileInfo\" is missing", node([](Value::Dictionary& dictionary) {
              dictionary = {{"type", "QVMeshObject3D"}};
          })},
         {"BrokenShader", "object3D[1].FpsInfo.customShaderPath", "gl_FragColour",

@@ -38,6 +38,8 @@ void writeMedia(const fs::path& folder) {
         writeBytes(folder / name, testing::pvr({}, std::vector<uint8_t>(16, 200)));
     for (const char* name : {"confetti.mp4", "morning.mp4", "green.mp4", "mask.mp4"})
         writeVideo(folder / name, kFilmFrames, kRate);
+    const std::string toy = "v 0 0 0\nv 1 0 0\nv 0 1 0\nf 1 2 3\n";
+    writeBytes(folder / "toy.obj", {toy.begin(), toy.end()});
     for (const char* name : {"pop.wav", "music.wav"}) writeSound(folder / name, 1);
     const std::string track =
         "<CornerPinInfoDoc><Object><Frame bottomleftx=\"0.2\" bottomlefty=\"0.3\" bottomrightx=\"0.8\" "

@@ -36,7 +36,7 @@ enum class KeyLookup {
 };
 
 /// What a text that names a file has to name.
-enum class KeyFile { Any, Picture, Video, Sound, Track, ColorTable };
+enum class KeyFile { Any, Picture, Video, Sound, Track, ColorTable, Mesh };
 
 struct KeyTable;
 

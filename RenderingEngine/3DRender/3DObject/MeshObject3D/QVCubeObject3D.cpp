@@ -4,15 +4,19 @@
 
 namespace multiscene {
 
-constexpr KeyTable cubeKeys{"QVCubeObject3D", "A box that takes light.", &meshKeys, {}};
+static constexpr Key cubeKeyList[] = {
+    {.name = "MeshInfo", .type = KeyType::Dictionary, .meaning = "size and place", .children = &meshInfoKeys},
+};
+constexpr KeyTable cubeKeys{"QVCubeObject3D", "A box that takes light.", &meshKeys, cubeKeyList};
 
 QV_REGISTER_NODE_TYPE(QVCubeObject3D, cubeKeys);
 
-std::vector<MeshFace> QVCubeObject3D::facesOf(const Box& box) const {
-    std::vector<MeshFace> faces;
+void QVCubeObject3D::readShape(const platform::Value& info) {
+    const Box box = boxOf(info["MeshInfo"]);
+    std::vector<MeshVertex> corners;
     for (int axis = 0; axis < 3; ++axis)
-        for (const float direction : {-1.0f, 1.0f}) faces.push_back(boxFace(box, axis, direction));
-    return faces;
+        for (const float direction : {-1.0f, 1.0f}) addSide(box, axis, direction, corners);
+    setTriangles(std::move(corners));
 }
 
 }  // namespace multiscene

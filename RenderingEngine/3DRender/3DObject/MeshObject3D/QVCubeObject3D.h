@@ -10,7 +10,7 @@ class QVCubeObject3D : public QVMeshObject3D {
     const char* className() const override { return "QVCubeObject3D"; }
 
   protected:
-    std::vector<MeshFace> facesOf(const Box& box) const override;
+    void readShape(const platform::Value& info) override;
 };
 
 }  // namespace multiscene

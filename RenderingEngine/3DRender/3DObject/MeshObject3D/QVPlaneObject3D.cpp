@@ -5,6 +5,7 @@
 namespace multiscene {
 
 static constexpr Key planeKeyList[] = {
+    {.name = "MeshInfo", .type = KeyType::Dictionary, .meaning = "size and place", .children = &meshInfoKeys},
     {.name = "PlaneObject3DInfo",
      .type = KeyType::Dictionary,
      .meaning = "size and place, instead of \"MeshInfo\"",
@@ -15,15 +16,13 @@ constexpr KeyTable planeKeys{"QVPlaneObject3D", "A flat rectangle that takes lig
 
 QV_REGISTER_NODE_TYPE(QVPlaneObject3D, planeKeys);
 
-void QVPlaneObject3D::rendInfoWithDic(const platform::Value& info) {
-    const platform::Value own = KeyReader(planeKeys, info).value("PlaneObject3DInfo");
-    QVMeshObject3D::rendInfoWithDic(own ? info.with("MeshInfo", own) : info);
-}
-
-std::vector<MeshFace> QVPlaneObject3D::facesOf(const Box& box) const {
-    Box flat = box;
+void QVPlaneObject3D::readShape(const platform::Value& info) {
+    const platform::Value& own = info["PlaneObject3DInfo"];
+    Box flat = boxOf(own ? own : info["MeshInfo"]);
     flat.size.z = 0;
-    return {boxFace(flat, 2, 1)};
+    std::vector<MeshVertex> corners;
+    addSide(flat, 2, 1, corners);
+    setTriangles(std::move(corners));
 }
 
 }  // namespace multiscene

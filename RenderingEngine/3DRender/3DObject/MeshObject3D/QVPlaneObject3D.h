@@ -9,10 +9,8 @@ class QVPlaneObject3D : public QVMeshObject3D {
   public:
     const char* className() const override { return "QVPlaneObject3D"; }
 
-    void rendInfoWithDic(const platform::Value& info) override;
-
   protected:
-    std::vector<MeshFace> facesOf(const Box& box) const override;
+    void readShape(const platform::Value& info) override;
 };
 
 }  // namespace multiscene
