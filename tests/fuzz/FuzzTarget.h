@@ -52,6 +52,7 @@ void playHttpHead(Bytes);
 void playHttpRequest(Bytes);
 void playInstallation(Bytes);
 void playJson(Bytes);
+void playMesh(Bytes);
 void playNumbers(Bytes);
 void playPhoto(Bytes);
 void playPropertyList(Bytes);

@@ -16,6 +16,7 @@ std::span<const FuzzTarget> fuzzTargets() {
         {"http-request", playHttpRequest, 4096},
         {"installation", playInstallation, 8192},
         {"json", playJson, 8192},
+        {"mesh", playMesh, 8192},
         {"numbers", playNumbers, 512},
         {"photo", playPhoto, 8192},
         {"property-list", playPropertyList, 8192},

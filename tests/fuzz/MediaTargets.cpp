@@ -1,9 +1,12 @@
-// Pictures, films, sounds and fonts, on the ways by which the program hands them to the libraries.
+// Pictures, meshes, films, sounds and fonts, on the ways by which the program hands them to the libraries.
+#include <cmath>
+
 #include "platform/audio/AudioFile.h"
 #include "platform/image/ImageDecoder.h"
 #include "platform/image/PvrPictures.h"
 #include "platform/media/FilmLength.h"
 #include "platform/media/VideoReader.h"
+#include "platform/mesh/MeshFile.h"
 #include "platform/text/TextRasterizer.h"
 #include "tests/fuzz/FuzzTarget.h"
 #include "tests/fuzz/Scratch.h"
@@ -32,6 +35,39 @@ void playPhoto(Bytes bytes) {
     const auto prepared = scratchFolder() / "photo";
     if (isTaken([&] { platform::prepareUserPhoto(file, prepared, {3, 2}, 32); }))
         require(std::filesystem::remove(prepared), "a prepared photo is there");
+}
+
+/// What lies beside it is the file itself: its buffer, its materials, or no such thing.
+void playMesh(Bytes bytes) {
+    isTaken([&] {
+        const auto mesh = platform::readMeshFile(memoryFile(bytes), "mesh",
+                                                 [&](const std::string&) { return memoryFile(bytes); });
+        const auto isIn = [](int place, size_t count) {
+            return place >= -1 && place < static_cast<int>(count);
+        };
+        for (size_t i = 0; i < mesh.nodes.size(); ++i) {
+            require(isIn(mesh.nodes[i].parent, i), "a node's parent lies before it");
+            for (const int part : mesh.nodes[i].parts)
+                require(part >= 0 && isIn(part, mesh.parts.size()), "a node's parts are there");
+        }
+        for (const platform::MeshPart& part : mesh.parts) {
+            require(part.corners.size() % 3 == 0, "triangles have three corners");
+            require(part.material >= 0 && isIn(part.material, mesh.materials.size()), "a material is there");
+            for (const platform::MeshCorner& corner : part.corners)
+                for (size_t k = 0; k < 3; ++k)
+                    require(std::isfinite(corner.place[k]) && std::isfinite(corner.normal[k]), "numbers are");
+        }
+        for (const platform::MeshMaterial& material : mesh.materials)
+            require(isIn(material.picture, mesh.pictures.size()), "a material's picture is there");
+        for (const platform::MeshAnimation& animation : mesh.animations)
+            for (const platform::MeshTrack& track : animation.tracks) {
+                const size_t numbers = (track.property == platform::MeshTrack::Property::Rotation ? 4 : 3) *
+                                       (track.way == platform::MeshTrack::Way::Cubic ? 3 : 1);
+                require(track.node >= 0 && isIn(track.node, mesh.nodes.size()), "a moved node is there");
+                require(!track.times.empty() && track.values.size() >= track.times.size() * numbers,
+                        "every time has its values");
+            }
+    });
 }
 
 void playFilm(Bytes bytes) {
