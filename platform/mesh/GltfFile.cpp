@@ -117,12 +117,18 @@ class Reader {
         for (const Value& image : images) file_.pictures.push_back(pictureOf(image));
     }
 
-    MeshPicture pictureOf(const Value& image) const {
+    /// Several pictures may name the same bytes.
+    FileHandle embedded(Bytes bytes) {
+        require(pictureBytes_ += bytes.size(), "bytes of pictures", MeshLimits::totalBytes);
+        return fileInMemory(textOf(bytes));
+    }
+
+    MeshPicture pictureOf(const Value& image) {
         const std::string uri = image.string("uri");
         const std::string name = image.has("name") ? image.string("name") : uri.substr(0, 100);
         if (image.has("bufferView"))
-            return {name, fileInMemory(textOf(buffers_.view(image.integer("bufferView"))))};
-        if (const auto data = bytesOfDataUri(uri)) return {image.string("name"), fileInMemory(textOf(*data))};
+            return {name, embedded(buffers_.view(image.integer("bufferView")))};
+        if (const auto data = bytesOfDataUri(uri)) return {image.string("name"), embedded(*data)};
         const std::string path = relativePathOf(uri);
         return {path.empty() ? name : path, path.empty() ? FileHandle() : openBeside_(path)};
     }
@@ -399,7 +405,7 @@ class Reader {
     std::set<std::string> leftOut_;
     std::vector<int> places_;  ///< of the file's nodes in ours; -1: not met
     std::map<std::pair<int64_t, bool>, PartsOfMesh> parts_;
-    uint64_t trianglesSoFar_ = 0;
+    uint64_t trianglesSoFar_ = 0, pictureBytes_ = 0;
 };
 
 }  // namespace

@@ -427,6 +427,13 @@ TEST_F(MeshObjectTest, HostileFilesAreRefusedInOneLine) {
          }},
         {"needs the extension",
          [&](GltfBytes& file) { file.document["extensionsRequired"] = array({"EXT_unknown"}); }},
+        {"bytes of pictures",
+         [&](GltfBytes& file) {
+             file.bytes.resize(4 << 20);
+             file.views.push_back(dictionary({{"buffer", 0}, {"byteLength", int64_t(file.bytes.size())}}));
+             const Value picture = dictionary({{"bufferView", int64_t(file.views.size()) - 1}});
+             file.document["images"] = Value(Value::Array(40, picture));
+         }},
         {"is not there", [&](GltfBytes& file) { replace(file.views[0], "buffer", 1); }}};
     for (const auto& [words, change] : changes) {
         const std::string problem = problemOf(changed(change));
