@@ -126,8 +126,7 @@ class Reader {
     MeshPicture pictureOf(const Value& image) {
         const std::string uri = image.string("uri");
         const std::string name = image.has("name") ? image.string("name") : uri.substr(0, 100);
-        if (image.has("bufferView"))
-            return {name, embedded(buffers_.view(image.integer("bufferView")))};
+        if (image.has("bufferView")) return {name, embedded(buffers_.view(image.integer("bufferView")))};
         if (const auto data = bytesOfDataUri(uri)) return {image.string("name"), embedded(*data)};
         const std::string path = relativePathOf(uri);
         return {path.empty() ? name : path, path.empty() ? FileHandle() : openBeside_(path)};
