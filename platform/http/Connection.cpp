@@ -67,7 +67,9 @@ void Connection::sweep(Time now) {
 }
 
 void Connection::stop() {
-    if (isIdle())
+    // There is a reader where a request was not read to its end.
+    const bool isOver = state_ == State::Lingering && !reader_;
+    if (isOver || state_ == State::Greeting || state_ == State::Head)
         close();
     else if (state_ == State::Streaming)
         endStream();
@@ -92,8 +94,6 @@ void Connection::releaseStream() {
     service_->streamEnded();
     std::exchange(stream_, nullptr)->ended();
 }
-
-// ------------------------------------------------------------------ reading
 
 void Connection::awaitRequest(std::chrono::milliseconds patience) {
     state_ = State::Head;
@@ -248,8 +248,6 @@ void Connection::handle() {
     service_->handle(std::exchange(request_, {}), Responder(exchange_));
 }
 
-// ------------------------------------------------------------------ answering
-
 void Connection::answer(Answer answer) {
     if (state_ == State::Handling) reply(std::move(answer), false);
 }
@@ -355,7 +353,6 @@ void Connection::finish() {
     state_ = State::Lingering;
     deadline_ = Clock::now() + service_->limits().lingerTime;
     if (inputEnded_) return close();
-    // There is a reader where a request was not read to its end.
     const bool mayClose = service_->isStopping() && !reader_;
     socket_->finish([self = shared_from_this(), mayClose](std::size_t) {
         if (mayClose) self->close();

@@ -36,8 +36,10 @@ class Connection : public std::enable_shared_from_this<Connection> {
     void close();
 
     const std::string& group() const { return group_; }
-    /// Nothing was asked yet, or not wholly.
-    bool isIdle() const { return state_ == State::Greeting || state_ == State::Head; }
+    /// Nothing was asked yet, or not wholly, or all is answered.
+    bool isIdle() const {
+        return state_ == State::Greeting || state_ == State::Head || state_ == State::Lingering;
+    }
     Time idleSince() const { return idleSince_; }
 
     /// What the handler's request is answered with.

@@ -14,7 +14,8 @@ struct Limits {
     std::chrono::milliseconds headTime{10'000};   ///< from the first byte (or the connection) to a whole head
     std::chrono::milliseconds keepAlive{30'000};  ///< without a request
 
-    /// Whoever sends a body or takes an answer moves `rate` bytes a second on average of each `rateSpan`.
+    /// Whoever sends a body or takes an answer moves `rate` bytes a second on average of each `rateSpan`,
+    /// or is closed. So is a player that has paused: it comes back with a range.
     uint64_t rate = 1024;
     std::chrono::milliseconds rateSpan{5'000};
 

@@ -3,6 +3,8 @@
 #include <future>
 #include <thread>
 
+#include "platform/base/CurrentError.h"
+#include "platform/base/Log.h"
 #include "platform/http/Service.h"
 #include "platform/http/Sockets.h"
 
@@ -19,7 +21,11 @@ struct Server::Core {
     void inLoop(const std::function<void()>& work) {
         std::promise<void> done;
         loop->post([&] {
-            work();
+            try {
+                work();
+            } catch (...) {
+                log::info("http: " + std::string(currentError().what()));
+            }
             done.set_value();
         });
         done.get_future().wait();

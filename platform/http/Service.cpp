@@ -151,9 +151,9 @@ void Service::sweepLater() {
 
 void Service::sweep() {
     sweeps_ = false;
+    if (!connections_.empty()) sweepLater();
     const auto now = std::chrono::steady_clock::now();
     for (const auto& each : everyone()) each->sweep(now);
-    if (!connections_.empty()) sweepLater();
 }
 
 void Service::stop() {

@@ -187,7 +187,12 @@ class TcpListener : public Listener {
             if (!alive || failure == asio::error::operation_aborted) return;
             // Most of all when no file can be opened any more: it would fail again at once.
             if (failure) return alive->after(acceptPause, [=] { accept(acceptor, loop, tls, accepted); });
-            take(std::move(socket), tls, accepted);
+            try {
+                take(std::move(socket), tls, accepted);
+            } catch (...) {
+                // Without memory for one client there may be some for the next.
+                log::info("http: " + std::string(currentError().what()));
+            }
             accept(acceptor, loop, tls, accepted);
         });
     }

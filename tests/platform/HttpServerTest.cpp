@@ -140,8 +140,6 @@ class HttpServerTest : public testing::Test {
     std::unique_ptr<Server> server;
 };
 
-// ---------------------------------------------------------------- what is taken and what not
-
 struct Framing {
     std::string name, bytes;  ///< "HOST" stands for a good Host line
     int status;
@@ -346,8 +344,6 @@ TEST_F(HttpServerTest, AnswersTenThousandPipelinedRequests) {
     EXPECT_EQ(client.readToEnd(), "");
 }
 
-// ---------------------------------------------------------------- who is slow, and who is many
-
 TEST_F(HttpServerTest, SlowClientsAreClosedWhileOthersAreAnswered) {
     writeFile(64 << 20);
     options.limits.headTime = options.limits.keepAlive = options.limits.rateSpan = 500ms;
@@ -404,8 +400,6 @@ TEST_F(HttpServerTest, WhoWaitsMakesRoomForWhoAsks) {
     EXPECT_FALSE(busy[0]->hasEnded());
     EXPECT_GE(server->counts().refusals, 1u);
 }
-
-// ---------------------------------------------------------------- bodies and files
 
 TEST_F(HttpServerTest, AnUploadIsThereWhenItIsWholeAndGoneWhenItIsCut) {
     start();
@@ -508,8 +502,6 @@ TEST_F(HttpServerTest, SendsFilesWholeInPartOrNotAgain) {
     EXPECT_THROW(Answer(200).with("content-length", "3"), Error);
 }
 
-// ---------------------------------------------------------------- later answers and streams
-
 TEST_F(HttpServerTest, IsAnsweredLaterFromAnotherThreadOnce) {
     start();
     HttpClient client(server->port());
@@ -592,8 +584,6 @@ TEST_F(HttpServerTest, TwoHundredStreamsHearEverythingAndASlowOneIsDropped) {
     site.streams[0].close();
     EXPECT_THAT(clients[0]->readToEnd(), testing::EndsWith("data: last\n\n"));
 }
-
-// ---------------------------------------------------------------- begin and end
 
 TEST_F(HttpServerTest, StopLetsEndWhatRunsAndCutsWhatDoesNotEnd) {
     for (const bool ends : {true, false}) {
