@@ -74,5 +74,20 @@ TEST_F(HeldPlayerTest, ShowsAnyFrameWithAnyValues) {
     EXPECT_EQ(frame(held, 2), frame(fresh, 2));
 }
 
+TEST_F(HeldPlayerTest, ShowsWhatIsAskedForAgainAtAnyMoment) {
+    HeldPlayer held(request_, observer_, stop_.get_token());
+    std::vector<std::vector<uint8_t>> wanted;
+    for (int64_t number = 0; number < test::SmallTemplate::frames; ++number)
+        wanted.push_back(frame(held, number));
+    std::vector<uint8_t> givenUp(64 * 96 * 4);
+    const platform::Canvas canvas{.pixels = givenUp.data(), .stride = 64 * 4, .width = 64, .height = 96};
+    for (int turn = 0; turn < 60; ++turn) {
+        const auto number = static_cast<int64_t>(turn % 6);
+        int patience = turn / 6;
+        held.show(number, canvas, [&] { return --patience < 0; });
+        EXPECT_EQ(frame(held, number), wanted[static_cast<size_t>(number)]) << turn;
+    }
+}
+
 }  // namespace
 }  // namespace multiscene
