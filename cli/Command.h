@@ -27,7 +27,7 @@ class Command {
 };
 
 struct CommandEntry {
-    const char* name;     ///< one word, or two: those that share the first form a group
+    const char* name;     ///< one word, or several: those that share all but the last form a group
     const char* summary;  ///< empty: left out of the help text
     std::unique_ptr<Command> (*make)();
 };

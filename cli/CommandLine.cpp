@@ -87,7 +87,7 @@ struct CommandWords {
 };
 
 CommandWords wordsOf(std::string_view name) {
-    const size_t space = name.find(' ');
+    const size_t space = name.rfind(' ');
     if (space == std::string_view::npos) return {{}, name};
     return {name.substr(0, space), name.substr(space + 1)};
 }
@@ -120,8 +120,8 @@ std::string limitsText(bool isJson) {
 struct Parser {
     CLI::App app{"Turns video templates, texts and photos into short finished videos.", "multiscene"};
     CommandLine result;
-    std::map<CLI::App*, std::unique_ptr<Command>> byApp;
-    std::map<std::string_view, CLI::App*> groups;
+    std::map<const CLI::App*, std::unique_ptr<Command>> byApp;
+    std::map<std::string, CLI::App*, std::less<>> apps;  ///< of commands and groups, by all their words
     std::set<std::string, std::less<>> repeatedNames;
 
     Parser() {
@@ -135,14 +135,21 @@ struct Parser {
         app.add_option_function<std::vector<std::string>>(
                "--limit",
                [this](const std::vector<std::string>& all) {
-                   for (const std::string& each : all) result.settings.limits.set(each);
+                   for (const std::string& each : all) {
+                       result.settings.limits.set(each);
+                       result.settings.words.insert(result.settings.words.end(), {"--limit", each});
+                   }
                },
                "Change what a job may take: maxJobMemory=8589934592; --limits lists them")
             ->type_name("NAME=N")
             ->type_size(1)
             ->allow_extra_args(false);
         app.add_flag_callback(
-            "--no-fence", [this] { result.settings.isFenced = false; },
+            "--no-fence",
+            [this] {
+                result.settings.isFenced = false;
+                result.settings.words.emplace_back("--no-fence");
+            },
             "Do the work in the program itself, where nothing stops it: for debuggers");
         app.add_flag_callback(
             "--limits", [] { throw LimitsCall(); },
@@ -150,32 +157,36 @@ struct Parser {
         for (const CommandEntry& entry : commands()) add(entry);
     }
 
-    /// The place of a command's last word: the program itself, or the group of its first word.
-    CLI::App& parentOf(const CommandWords& words) {
-        if (words.group.empty()) return app;
-        const auto known = groups.find(words.group);
-        if (known != groups.end()) return *known->second;
-        CLI::App* made =
-            app.add_subcommand(std::string(words.group), std::string(summaryOfGroup(words.group)));
-        groups.emplace(words.group, made);
-        made->require_subcommand(1);
-        made->fallthrough();
-        return *made;
+    /// The place of a command's last word: the program itself, a command that has others below it, or a
+    /// group.
+    CLI::App& parentOf(std::string_view group) {
+        if (group.empty()) return app;
+        if (const auto known = apps.find(group); known != apps.end()) return *known->second;
+        CLI::App& made = addApp(group, std::string(summaryOfGroup(group)));
+        made.require_subcommand(1);
+        return made;
+    }
+
+    CLI::App& addApp(std::string_view name, const std::string& summary) {
+        const CommandWords words = wordsOf(name);
+        CLI::App* sub = parentOf(words.group).add_subcommand(std::string(words.name), summary);
+        sub->fallthrough();
+        sub->footer("");  // not the examples of what it is below
+        apps.emplace(name, sub);
+        return *sub;
     }
 
     void add(const CommandEntry& entry) {
-        const CommandWords words = wordsOf(entry.name);
-        CLI::App* sub = parentOf(words).add_subcommand(std::string(words.name), entry.summary);
-        sub->fallthrough();
+        CLI::App& sub = addApp(entry.name, entry.summary);
         auto command = entry.make();
-        ParserArguments arguments(*sub, repeatedNames);
+        ParserArguments arguments(sub, repeatedNames);
         command->declare(arguments);
-        byApp.emplace(sub, std::move(command));
+        byApp.emplace(&sub, std::move(command));
     }
 
     std::unique_ptr<Command> chosen() {
-        CLI::App* sub = app.get_subcommands().front();
-        while (!byApp.contains(sub)) sub = sub->get_subcommands().front();
+        const CLI::App* sub = &app;
+        while (!sub->get_subcommands().empty()) sub = sub->get_subcommands().front();
         return std::move(byApp.at(sub));
     }
 };
@@ -232,13 +243,16 @@ std::string unlessKnown(std::string_view word, const std::vector<std::string_vie
     return "unknown command \"" + std::string(word) + "\"" + (remedy.empty() ? "" : "; " + remedy);
 }
 
+std::string_view firstWord(std::string_view words) { return words.substr(0, words.find(' ')); }
+
 /// What stands where a command should, when it is none.
 std::string unknownCommand(const CommandWords& given) {
     std::vector<std::string_view> firsts, seconds;
     for (const CommandEntry& entry : commands()) {
-        const CommandWords words = wordsOf(entry.name);
-        firsts.push_back(words.group.empty() ? words.name : words.group);
-        if (!words.group.empty() && words.group == given.group) seconds.push_back(words.name);
+        const std::string_view name(entry.name), first = firstWord(name);
+        firsts.push_back(first);
+        if (first == given.group && first.size() < name.size())
+            seconds.push_back(firstWord(name.substr(first.size() + 1)));
     }
     const std::string unknown = unlessKnown(given.group, firsts);
     return unknown.empty() && !seconds.empty() ? unlessKnown(given.name, seconds) : unknown;

@@ -28,6 +28,11 @@ constexpr std::array table{
                  makeTemplatePublishCommand},
     CommandEntry{"template encrypt-track", "Turn a plain corner-pin track into the stored form",
                  makeTemplateEncryptTrackCommand},
+    CommandEntry{"studio", "Serve a page where videos are made, and an API for programs", makeStudioCommand},
+    CommandEntry{"studio token add", "Let a program use the API, and print its token",
+                 makeStudioTokenAddCommand},
+    CommandEntry{"studio token list", "List the programs that may use the API", makeStudioTokenListCommand},
+    CommandEntry{"studio token remove", "Let a program use the API no more", makeStudioTokenRemoveCommand},
     CommandEntry{"selftest", "Say what keeps jobs from harming this machine, and try to break out",
                  makeSelftestCommand},
     CommandEntry{"scene-format", "Print the reference of templates and scenes, docs/scene-format.md",
@@ -40,15 +45,17 @@ struct Group {
 constexpr std::array groups{
     Group{"templates", "Find, install and remove templates"},
     Group{"template", "Make and publish templates"},
+    Group{"studio token", "Say which programs may use the studio's API"},
 };
 
 constexpr bool hasGroup(const CommandEntry& entry) {
     const std::string_view name(entry.name);
-    const size_t space = name.find(' ');
+    const size_t space = name.rfind(' ');
     return space == name.npos ||
            std::ranges::find(groups, name.substr(0, space), &Group::name) != groups.end();
 }
-static_assert(std::ranges::all_of(table, hasGroup), "a command of two words needs its group in the table");
+static_assert(std::ranges::all_of(table, hasGroup),
+              "a command of several words needs its group in the table");
 
 }  // namespace
 

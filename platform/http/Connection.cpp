@@ -173,7 +173,10 @@ bool Connection::takeHead() {
     const std::string_view bytes = std::string_view(input_).substr(taken_);
     if (bytes.empty()) return false;
     const Limits& limits = service_->limits();
-    if (!std::exchange(headBegan_, true) && isKept_) deadline_ = Clock::now() + limits.headTime;
+    if (!std::exchange(headBegan_, true)) {
+        askedAt_ = Clock::now();
+        if (isKept_) deadline_ = askedAt_ + limits.headTime;
+    }
     if (!reader_) reader_ = std::make_unique<RequestReader>(limits);
     const std::size_t size = reader_->headSize(bytes);
     if (size == 0) return false;
@@ -266,8 +269,16 @@ void Connection::reply(Answer answer, bool isLast) {
     isLast_ = isLast_ || isLast || !hasHead_ || !answered_.keepsAlive || service_->isStopping();
     state_ = State::Answering;
     pace_.begin(Clock::now(), socket_->acknowledged());
+    tellAnswered(answer.status(), answer.size());
     output_.push_back({Outgoing(std::move(answer), hasHead_ ? &answered_ : nullptr, isLast_)});
     pump();
+}
+
+void Connection::tellAnswered(int status, uint64_t bytes) {
+    using std::chrono::microseconds;
+    const auto took = headBegan_ ? Clock::now() - askedAt_ : Clock::duration::zero();
+    service_->answered(hasHead_ ? answered_ : RequestHead(), status, bytes,
+                       std::chrono::duration_cast<microseconds>(took));
 }
 
 void Connection::startStream(std::shared_ptr<StreamState> stream) {
@@ -280,6 +291,7 @@ void Connection::startStream(std::shared_ptr<StreamState> stream) {
     state_ = State::Streaming;
     isLast_ = true;
     streamedAt_ = Clock::now();
+    tellAnswered(200, 0);
     output_.push_back({Outgoing::streamHead()});
     pump();
     if (answered_.method == "HEAD") endStream();

@@ -70,6 +70,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
     void refuse(int status, const std::string& reason);
     void streamOut(const std::string& text, std::size_t counted);
     void reply(Answer answer, bool isLast);
+    void tellAnswered(int status, uint64_t bytes);
     void pump();
     bool nextSlice();
     void sent(std::size_t bytes);
@@ -83,6 +84,7 @@ class Connection : public std::enable_shared_from_this<Connection> {
 
     State state_ = State::Greeting;
     Time deadline_, idleSince_;  ///< of the states that have one
+    Time askedAt_;               ///< when the head began
     bool headBegan_ = false, isKept_ = false;
     Pace pace_;
 

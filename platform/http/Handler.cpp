@@ -4,6 +4,8 @@
 
 namespace platform::http {
 
+void Handler::answered(const RequestHead&, int, uint64_t, std::chrono::microseconds) {}
+
 Answer Handler::refusal(int status, const std::string& reason) {
     return Answer::text(status, std::string(statusText(status)) + ": " + reason + "\n");
 }

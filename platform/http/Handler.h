@@ -1,6 +1,7 @@
 // What a server's requests are given to.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <memory>
 #include <string>
@@ -42,6 +43,10 @@ class Handler {
     virtual Expectation expect(const RequestHead& head) = 0;
     /// Once the body is there. Not called for what expect() answered.
     virtual void handle(Request request, Responder responder) = 0;
+    /// Once an answer begins to go out, also the server's own and a stream's: of `bytes`, so long after the
+    /// request's first byte. `head` is empty where none could be read.
+    virtual void answered(const RequestHead& head, int status, uint64_t bytes,
+                          std::chrono::microseconds took);
     /// What the server itself answers to what it does not take: a line of text, unless overridden.
     virtual Answer refusal(int status, const std::string& reason);
 };

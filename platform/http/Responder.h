@@ -19,6 +19,9 @@ class Responder {
     Responder(Responder&&) noexcept;
     Responder& operator=(Responder&&) noexcept;
 
+    /// False once it was moved away.
+    explicit operator bool() const { return exchange_ != nullptr; }
+
     void answer(Answer answer);
     /// Answers with an endless stream of events. Beyond the limit of streams it is a 503, and the stream is
     /// closed.

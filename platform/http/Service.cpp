@@ -94,6 +94,14 @@ Answer Service::refusal(int status, const std::string& reason) {
     }
 }
 
+void Service::answered(const RequestHead& head, int status, uint64_t bytes, std::chrono::microseconds took) {
+    try {
+        handler_.answered(head, status, bytes, took);
+    } catch (...) {
+        log::info("http: " + std::string(currentError().what()));
+    }
+}
+
 void Service::add(std::unique_ptr<Socket> socket) {
     const std::string group = addressGroup(socket->peer());
     if (isStopping_ || !makeRoom(group)) {

@@ -1,0 +1,101 @@
+#include <unistd.h>
+
+#include <charconv>
+#include <semaphore>
+
+#include "cli/Commands.h"
+#include "cli/OpenedPage.h"
+#include "cli/SignalWatch.h"
+#include "platform/base/Paths.h"
+#include "platform/qr/QrCode.h"
+#include "studio/Studio.h"
+
+namespace multiscene::cli {
+
+using platform::Error;
+using platform::ErrorKind;
+using studio::Studio;
+using studio::StudioSettings;
+
+namespace {
+
+uint16_t portOf(const std::string& value) {
+    uint16_t port = 0;
+    const auto [end, failure] = std::from_chars(value.data(), value.data() + value.size(), port);
+    if (failure != std::errc() || end != value.data() + value.size())
+        throw Error(ErrorKind::Usage, "\"" + value + "\" is no port: 0 to 65535");
+    return port;
+}
+
+class StudioCommand : public Command {
+  public:
+    void declare(Arguments& arguments) override {
+        arguments.option("--port", "N", "Where it listens, 8484 unless told otherwise; 0: any that is free",
+                         [this](const std::string& value) { settings_.port = portOf(value); });
+        arguments.flag("--listen", "Serve devices of the network, too: they are let in by a pairing code",
+                       settings_.isListening);
+        arguments.flag("--service", "Print no address that lets anybody in, and open nothing", isService_);
+        arguments.flag("--no-open", "Do not open the page", staysClosed_);
+        arguments.option("--tls-cert", "FILE", "Serve HTTPS with this certificate, PEM, with those above it",
+                         [this](const std::string& value) { settings_.certificateFile = value; });
+        arguments.option("--tls-key", "FILE", "The certificate's key, PEM",
+                         [this](const std::string& value) { settings_.keyFile = value; });
+        arguments.option("--public-url", "URL",
+                         "What a server in front of it calls it: https://videos.example.org",
+                         [this](const std::string& value) { settings_.publicUrl = value; });
+        arguments.example("multiscene studio");
+        arguments.example("multiscene studio --listen");
+        arguments.example("multiscene studio token add my-service --scope make");
+    }
+
+    int execute(Console& console, const JobSettings& settings) override {
+        if (settings_.certificateFile.empty() != settings_.keyFile.empty())
+            throw Error(ErrorKind::Usage, "HTTPS needs both --tls-cert and --tls-key", "",
+                        settings_.keyFile.empty() ? "--tls-key" : "--tls-cert");
+        const SignalWatch signals;
+        settings_.home = platform::dataHome();
+        settings_.programOptions = settings.words;
+        settings_.opensPage = !isService_ && !staysClosed_ && hasDisplay();
+        settings_.pairing = [&](const std::string& code, const std::string& url) {
+            if (!isService_) tellPairing(console, code, url);
+        };
+        Studio studio(settings_);
+        tell(console, studio);
+        if (settings_.opensPage) openPage(studio.openerFile());
+        waitFor(signals.stopToken());
+        studio.stop();
+        return 0;
+    }
+
+  private:
+    void tell(Console& console, const Studio& studio) const {
+        if (console.isJson())
+            return console.event("studio",
+                                 {{"port", studio.port()}, {"addressFile", studio.addressFile().string()}});
+        if (isService_) return console.line("the studio serves at port " + std::to_string(studio.port()));
+        console.line("the studio: " + studio.address());
+        console.line("That address opens the page once; the next is in " + studio.addressFile().string() +
+                     ". Ctrl-C ends the studio.");
+    }
+
+    static void tellPairing(Console& console, const std::string& code, const std::string& url) {
+        if (console.isJson()) return;
+        console.line("To pair a device of the network: " + url + " (code " + code + ")");
+        if (::isatty(STDOUT_FILENO) == 1) console.write(platform::QrCode(url).terminalText());
+    }
+
+    static void waitFor(const std::stop_token& stop) {
+        std::binary_semaphore signalled{0};
+        const std::stop_callback release(stop, [&] { signalled.release(); });
+        signalled.acquire();
+    }
+
+    StudioSettings settings_;
+    bool isService_ = false, staysClosed_ = false;
+};
+
+}  // namespace
+
+std::unique_ptr<Command> makeStudioCommand() { return std::make_unique<StudioCommand>(); }
+
+}  // namespace multiscene::cli

@@ -1,0 +1,205 @@
+#include "studio/Studio.h"
+
+#include <optional>
+#include <vector>
+
+#include "platform/base/DispatchQueue.h"
+#include "platform/base/Error.h"
+#include "platform/base/Paths.h"
+#include "platform/http/Server.h"
+#include "platform/store/FileLock.h"
+#include "studio/Parts.h"
+#include "studio/access/Gate.h"
+#include "studio/access/NetworkAddress.h"
+#include "studio/access/Pairing.h"
+#include "studio/access/StartKey.h"
+#include "studio/api/Router.h"
+#include "studio/api/SessionsApi.h"
+#include "studio/api/SystemApi.h"
+#include "studio/page/PageApi.h"
+
+namespace multiscene::studio {
+
+namespace fs = std::filesystem;
+using platform::Error;
+using platform::ErrorKind;
+using platform::FileLock;
+
+namespace {
+
+constexpr const char *kAddress = "address", *kOpener = "open.html";
+
+FileLock lockFolders(const StudioFolders& folders) {
+    folders.make();
+    auto lock = FileLock::acquire(folders.studio / "lock");
+    if (!lock)
+        throw Error(ErrorKind::Failed,
+                    "a studio runs already with these data; the address of its page is in this file",
+                    (folders.studio / kAddress).string());
+    return std::move(*lock);
+}
+
+/// "videos.example.org" of "https://videos.example.org".
+std::string hostOf(const std::string& url) {
+    if (url.empty()) return {};
+    for (const std::string_view scheme : {"https://", "http://"}) {
+        if (!url.starts_with(scheme)) continue;
+        const std::string host = url.substr(scheme.size());
+        if (!host.empty() && host.find_first_of("/?#@ ") == std::string::npos)
+            return host.find(':') == std::string::npos ? host + (scheme.size() == 8 ? ":443" : ":80") : host;
+    }
+    throw Error(ErrorKind::Usage, "\"" + url + "\" is no address of the form https://name[:port]", "",
+                "--public-url");
+}
+
+std::vector<std::string> hostsOf(const StudioSettings& settings) {
+    std::vector<std::string> hosts = {"127.0.0.1", "[::1]", "localhost"};
+    if (const std::string host = hostOf(settings.publicUrl); !host.empty()) hosts.push_back(host);
+    if (!settings.isListening) return hosts;
+    for (std::string& address : networkAddresses()) hosts.push_back(std::move(address));
+    if (const std::string name = hostName(); !name.empty()) {
+        hosts.push_back(name);
+        hosts.push_back(name + ".local");
+    }
+    return hosts;
+}
+
+platform::http::ServerOptions serverOptions(const StudioSettings& settings) {
+    platform::http::ServerOptions options;
+    // "::" takes IPv4, too.
+    if (settings.isListening)
+        options.addresses = {platform::isThere("/proc/net/if_inet6") ? "::" : "0.0.0.0"};
+    options.port = settings.port;
+    options.hosts = hostsOf(settings);
+    options.certificateFile = settings.certificateFile;
+    options.keyFile = settings.keyFile;
+    return options;
+}
+
+fs::path pageFolderOf(const StudioSettings& settings) {
+    return settings.pageFolder.empty() ? platform::resourcesFolder().parent_path() / "multiscene-page"
+                                       : settings.pageFolder;
+}
+
+}  // namespace
+
+struct Studio::Core {
+    explicit Core(StudioSettings given);
+    ~Core() { stop(std::chrono::milliseconds(0)); }
+
+    void makeResources();
+    void add(std::unique_ptr<Resource> resource);
+    void stop(std::chrono::milliseconds patience);
+    std::string pageUrl(const std::string& host) const;
+    std::string pairingUrl(const std::string& code) const;
+
+    const StudioSettings settings;
+    const StudioFolders folders;
+    const FileLock lock;
+    SessionStore sessions;
+    platform::Database database;
+    const Origins origins;
+    Gate gate;
+    platform::DispatchQueue queue{"studio"};
+    std::unique_ptr<Timers> timers;
+    Router router;
+    std::unique_ptr<platform::http::Server> server;
+    // On the queue.
+    std::unique_ptr<StartKey> key;
+    std::unique_ptr<Pairing> pairing;
+    std::vector<std::unique_ptr<Resource>> resources;
+};
+
+Studio::Core::Core(StudioSettings given)
+    : settings(std::move(given)),
+      folders(settings.home),
+      lock(lockFolders(folders)),
+      sessions(folders.database),
+      database(folders.database.string()),
+      origins(settings.publicUrl),
+      gate(sessions, origins),
+      timers(std::make_unique<Timers>(queue)),
+      router(gate, queue),
+      server(std::make_unique<platform::http::Server>(serverOptions(settings), router)) {
+    database.execute("PRAGMA foreign_keys=ON");
+    std::exception_ptr failure;
+    queue.sync([&] {
+        try {
+            makeResources();
+        } catch (...) {
+            failure = std::current_exception();
+        }
+    });
+    if (failure) {
+        stop(std::chrono::milliseconds(0));
+        std::rethrow_exception(failure);
+    }
+    router.open();
+}
+
+/// The one place where the parts of the API are listed.
+void Studio::Core::makeResources() {
+    key = std::make_unique<StartKey>(pageUrl("127.0.0.1"), folders.studio / kAddress,
+                                     settings.opensPage ? folders.studio / kOpener : fs::path());
+    if (settings.isListening)
+        pairing = std::make_unique<Pairing>([this](const std::string& code) {
+            if (settings.pairing) settings.pairing(code, pairingUrl(code));
+        });
+    const Parts parts{settings, folders, queue, *timers, database, sessions};
+    add(std::make_unique<SystemApi>(
+        parts, router, origins, pairing.get(), [this] { return pairingUrl(pairing->code()); },
+        [] { return false; }));
+    add(std::make_unique<SessionsApi>(parts, origins, *key, pairing.get()));
+    add(std::make_unique<PageApi>(pageFolderOf(settings)));
+}
+
+void Studio::Core::add(std::unique_ptr<Resource> resource) {
+    router.add(resource->routes());
+    resources.push_back(std::move(resource));
+}
+
+void Studio::Core::stop(std::chrono::milliseconds patience) {
+    if (!server) return;
+    router.close();
+    queue.sync([this] {
+        for (const auto& resource : resources) resource->stop();
+    });
+    server->stop(patience);
+    server.reset();
+    timers.reset();
+    queue.sync([this] {
+        while (!resources.empty()) resources.pop_back();
+        pairing.reset();
+        key.reset();
+    });
+}
+
+std::string Studio::Core::pageUrl(const std::string& host) const {
+    const std::string scheme = settings.certificateFile.empty() ? "http://" : "https://";
+    return scheme + host + ":" + std::to_string(server->port()) + "/";
+}
+
+std::string Studio::Core::pairingUrl(const std::string& code) const {
+    const std::vector<std::string> addresses = networkAddresses();
+    const std::string page = !settings.publicUrl.empty()
+                                 ? settings.publicUrl + "/"
+                                 : pageUrl(addresses.empty() ? hostName() : addresses.front());
+    return page + "#code=" + code;
+}
+
+Studio::Studio(StudioSettings settings) : core_(std::make_unique<Core>(std::move(settings))) {}
+Studio::~Studio() = default;
+uint16_t Studio::port() const { return core_->server->port(); }
+
+std::string Studio::address() const {
+    std::string url;
+    core_->queue.sync([&] { url = core_->key->url(); });
+    return url;
+}
+
+fs::path Studio::addressFile() const { return core_->folders.studio / kAddress; }
+fs::path Studio::openerFile() const { return core_->folders.studio / kOpener; }
+
+void Studio::stop(std::chrono::milliseconds patience) { core_->stop(patience); }
+
+}  // namespace multiscene::studio

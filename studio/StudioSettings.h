@@ -1,0 +1,47 @@
+#pragma once
+
+#include <cstdint>
+#include <filesystem>
+#include <functional>
+#include <string>
+#include <vector>
+
+namespace multiscene::studio {
+
+/// How a studio is run. All of it is said at its start.
+struct StudioSettings {
+    std::filesystem::path home;            ///< the data home
+    uint16_t port = 8484;                  ///< 0: any
+    bool isListening = false;              ///< in the network, not at this machine alone
+    std::string certificateFile, keyFile;  ///< of TLS; empty: without
+    std::string
+        publicUrl;  ///< what the studio is called from outside, "https://videos.example.org"; empty: nothing
+    bool opensPage = false;  ///< leaves a file in its folder that leads a browser to the page
+    /// What is told when the pairing code changes, with the address that holds it. Studio queue.
+    std::function<void(const std::string& code, const std::string& url)> pairing;
+
+    /// The program whose runs do the work, and the options that each of them is given (besides --home).
+    std::filesystem::path program = "/proc/self/exe";
+    std::vector<std::string> programOptions;
+    std::filesystem::path pageFolder;  ///< empty: of the program's resources
+
+    // What a client may ask for.
+    uint64_t photoBytes = uint64_t{64} << 20;
+    uint64_t videoBytes = uint64_t{1} << 30;
+    uint64_t soundBytes = uint64_t{256} << 20;
+    int64_t queueLength = 100;  ///< jobs that wait
+};
+
+/// The folders of a data home's studio. Each is the owner's alone; names in them are ids.
+struct StudioFolders {
+    explicit StudioFolders(const std::filesystem::path& home);
+
+    /// Makes those that are missing. Throws platform::Error.
+    void make() const;
+
+    std::filesystem::path studio;
+    std::filesystem::path database;  ///< a file
+    std::filesystem::path uploads, videos, jobs, cache;
+};
+
+}  // namespace multiscene::studio
