@@ -1,0 +1,81 @@
+// Builds the page into the folder given: bundles, names that hold a hash of what is in them, a gzip copy beside each
+// file that gets smaller by it. The folder appears whole or stays as it was.
+import { createHash } from 'node:crypto';
+import { mkdirSync, readdirSync, readFileSync, renameSync, rmSync, writeFileSync } from 'node:fs';
+import { dirname, join, resolve } from 'node:path';
+import { fileURLToPath } from 'node:url';
+import { gzipSync } from 'node:zlib';
+import { build } from 'esbuild';
+
+const here = dirname(fileURLToPath(import.meta.url));
+const target = process.argv[2] && resolve(process.argv[2]);
+if (!target) {
+  console.error('usage: build FOLDER');
+  process.exit(2);
+}
+
+const files = new Map();
+const hash = (content) => createHash('sha256').update(content).digest('hex').slice(0, 10);
+
+/** Takes a file under a name with its hash; returns the address it has on the page. */
+function asset(name, content) {
+  const address = `/assets/${name.replace(/(\.\w+)$/, `.${hash(content)}$1`)}`;
+  files.set(address, content);
+  return address;
+}
+
+async function bundle(entry, extra = {}) {
+  const result = await build({
+    absWorkingDir: here,
+    entryPoints: [entry],
+    bundle: true,
+    minify: true,
+    write: false,
+    target: ['es2022'],
+    format: 'esm',
+    legalComments: 'none',
+    logLevel: 'warning',
+    ...extra,
+  });
+  return result.outputFiles[0].contents;
+}
+
+const language = (file) => file.replace('.json', '');
+const strings = readdirSync(join(here, 'strings'))
+  .map((file) => {
+    const table = JSON.stringify(JSON.parse(readFileSync(join(here, 'strings', file), 'utf8')));
+    return `data-${language(file)}="${asset(file, Buffer.from(table))}"`;
+  })
+  .join(' ');
+const script = asset('page.js', await bundle('src/main.tsx'));
+const style = asset('style.css', await bundle('src/style.css'));
+
+const html = readFileSync(join(here, 'index.html'), 'utf8')
+  .replace('{{strings}}', strings)
+  .replace('{{style}}', style)
+  .replace('{{script}}', script);
+files.set('/index.html', Buffer.from(html));
+files.set('/manifest.webmanifest', readFileSync(join(here, 'manifest.webmanifest')));
+for (const icon of readdirSync(join(here, 'icons'))) files.set(`/${icon}`, readFileSync(join(here, 'icons', icon)));
+
+const shell = [...files.keys()].map((address) => (address === '/index.html' ? '/' : address));
+const define = { shellFiles: JSON.stringify(shell), shellVersion: JSON.stringify(hash([...files.values()].map(hash).join())) };
+files.set('/sw.js', await bundle('src/sw.ts', { define, format: 'iife' }));
+
+const fresh = `${target}.new`;
+rmSync(fresh, { recursive: true, force: true });
+for (const [address, content] of files) {
+  const path = join(fresh, address);
+  mkdirSync(dirname(path), { recursive: true });
+  writeFileSync(path, content);
+  const small = gzipSync(content, { level: 9 });
+  if (small.length < content.length * 0.95) writeFileSync(`${path}.gz`, small);
+}
+rmSync(target, { recursive: true, force: true });
+mkdirSync(dirname(target), { recursive: true });
+renameSync(fresh, target);
+
+const packed = (address) => gzipSync(files.get(address), { level: 9 }).length;
+const english = [...files.keys()].find((address) => address.includes('/en.'));
+const total = packed(script) + packed(style) + packed(english);
+console.log(`page: ${packed(script)} script + ${packed(style)} style + ${packed(english)} texts = ${total} bytes, compressed`);

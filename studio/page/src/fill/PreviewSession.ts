@@ -1,0 +1,145 @@
+// A scene held ready by the studio: what is filled in becomes a picture. One request is under way at most; what was
+// wanted meanwhile is asked for next, and only the newest of it.
+import { address, post, Problem, remove, send } from '../api/client';
+import type { ApiValues, Preview } from '../api/types';
+import { Store } from '../app/Store';
+
+interface Shown {
+  info: Preview | null;
+  picture: ImageBitmap | null;
+  frame: number;
+  isWaiting: boolean;
+  problem: Problem | null;
+  /** Frames made ahead, for playing and scrubbing, of the values of `stripOf`. */
+  strip: ReadonlyMap<number, HTMLImageElement>;
+}
+
+const stillsASecond = 8;
+
+export class PreviewSession {
+  readonly shown = new Store<Shown>({
+    info: null,
+    picture: null,
+    frame: 0,
+    isWaiting: true,
+    problem: null,
+    strip: new Map(),
+  });
+  private wanted: ApiValues | null = null;
+  private target: number | null = null;
+  private isBusy = false;
+  private isClosed = false;
+  private stripOf = '';
+  private source: EventSource | null = null;
+  private retries = 0;
+
+  constructor(
+    private readonly template: number,
+    private readonly width: number,
+  ) {}
+
+  /** Frame null: the one that was asked for last. */
+  show(values: ApiValues, frame: number | null) {
+    this.wanted = values;
+    this.target = frame ?? this.target;
+    void this.work();
+  }
+
+  /** Frames from the whole video with these values, a few a second; they come one after the other. */
+  loadStrip(values: ApiValues) {
+    const { info } = this.shown.value;
+    const key = JSON.stringify(values);
+    if (!info || key === this.stripOf) return;
+    this.dropStrip();
+    this.stripOf = key;
+    const every = Math.max(1, Math.round(info.framesPerSecond / stillsASecond));
+    const all = Math.ceil(info.frames / every);
+    const strip = new Map<number, HTMLImageElement>();
+    const source = new EventSource(address(`/previews/${info.id}/strip?every=${every}`));
+    this.source = source;
+    let heard = 0;
+    source.addEventListener('frame', (event) => {
+      const { frame, url } = JSON.parse((event as MessageEvent<string>).data) as { frame: number; url: string };
+      const image = new Image();
+      image.src = address(url);
+      image.decode().then(
+        () => {
+          if (this.source !== source && this.stripOf !== key) return;
+          strip.set(frame, image);
+          this.shown.set({ strip: new Map(strip) });
+        },
+        () => {},
+      );
+      heard += 1;
+      if (heard >= all) source.close();
+    });
+    // The stream ends when all are made; an EventSource would ask for it again.
+    source.onerror = () => source.close();
+  }
+
+  dropStrip() {
+    this.source?.close();
+    this.source = null;
+    this.stripOf = '';
+    if (this.shown.value.strip.size > 0) this.shown.set({ strip: new Map() });
+  }
+
+  close() {
+    this.isClosed = true;
+    this.source?.close();
+    const id = this.shown.value.info?.id;
+    if (id) remove(`/previews/${id}`).catch(() => {});
+  }
+
+  private async work(): Promise<void> {
+    if (this.isBusy || this.isClosed) return;
+    this.isBusy = true;
+    try {
+      while (this.wanted && !this.isClosed) {
+        const wanted = this.wanted;
+        this.wanted = null;
+        await this.once(wanted);
+      }
+      this.shown.set({ isWaiting: false });
+    } finally {
+      this.isBusy = false;
+    }
+  }
+
+  private async once(values: ApiValues): Promise<void> {
+    try {
+      this.shown.set({ isWaiting: true });
+      const info = this.shown.value.info ?? (await this.open(values));
+      const frame = this.target ?? this.shown.value.frame;
+      const answer = await send('POST', `/previews/${info.id}/still`, { values, frame });
+      this.retries = 0;
+      if (answer.status === 204) return;
+      const picture = await createImageBitmap(await answer.blob());
+      this.shown.value.picture?.close();
+      this.shown.set({ picture, frame, problem: null });
+    } catch (error) {
+      this.failed(error, values);
+    }
+  }
+
+  private async open(values: ApiValues): Promise<Preview> {
+    const info = await post<Preview>('/previews', { template: this.template, values, width: this.width });
+    const moments = Object.values(info.moments);
+    this.shown.set({ info, frame: this.shown.value.picture ? this.shown.value.frame : (moments[0] ?? info.frames >> 1) });
+    if (this.isClosed) remove(`/previews/${info.id}`).catch(() => {});
+    return info;
+  }
+
+  private failed(error: unknown, values: ApiValues) {
+    const problem = error instanceof Problem ? error : new Problem({ status: 0 });
+    // A scene that nobody looked at for a while is gone: it is opened again.
+    if ((problem.code === 'preview-gone' || problem.status === 404) && this.retries < 2) {
+      this.retries += 1;
+      this.shown.set({ info: null });
+      this.dropStrip();
+      this.wanted ??= values;
+      return;
+    }
+    this.shown.set({ problem });
+  }
+}

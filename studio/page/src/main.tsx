@@ -1,0 +1,36 @@
+import { render } from 'preact';
+import { App } from './App';
+import { chosenLanguage, chosenTheme, setTheme } from './app/preferences';
+import { loadStrings, type Language } from './app/strings';
+import { loadTemplates, start } from './app/studio';
+import { sweepFiles } from './fill/Draft';
+
+const root = document.getElementById('app') as HTMLElement;
+
+const draw = () => render(<App onLanguage={changeLanguage} />, root);
+
+/** Everything is drawn anew: no component needs to know that a language can change. */
+async function changeLanguage(language: Language): Promise<void> {
+  await loadStrings(language);
+  await loadTemplates();
+  render(null, root);
+  draw();
+}
+
+/** The key that the program put into the address is used up at once, and never seen in the history. */
+function takeKey(): string {
+  const key = /^#key=(.+)$/.exec(location.hash)?.[1] ?? '';
+  if (key) history.replaceState(null, '', '#/');
+  return key;
+}
+
+setTheme(chosenTheme());
+const key = takeKey();
+const strings = loadStrings(chosenLanguage());
+const entered = start(key);
+await strings;
+root.replaceChildren();
+draw();
+await entered;
+void sweepFiles();
+if ('serviceWorker' in navigator) void navigator.serviceWorker.register('/sw.js').catch(() => {});

@@ -1,0 +1,156 @@
+// What was made: to look at, name, keep, change and delete.
+import { useEffect, useRef, useState } from 'preact/hooks';
+import type { Video } from '../api/types';
+import { day, megabytes, seconds, t } from '../app/strings';
+import { changeVideo, loadVideos, studio } from '../app/studio';
+import { Dialog } from '../ui/Dialog';
+import { Icon } from '../ui/Icon';
+import { Screen } from '../ui/Screen';
+import { sayProblem } from '../ui/Toasts';
+import { DeleteDialog } from './DeleteDialog';
+import { changeAndMakeAgain } from './DoneScreen';
+
+export function VideosScreen() {
+  const videos = studio.use((value) => value.videos);
+  const [menu, setMenu] = useState<Video | null>(null);
+  const [naming, setNaming] = useState<Video | null>(null);
+  const [deleting, setDeleting] = useState<Video | null>(null);
+
+  useEffect(() => void loadVideos().catch(sayProblem), []);
+
+  const nameOf = (video: Video) => video.title || video.template?.title || t('done.title');
+  return (
+    <Screen title={t('videos.title')}>
+      {!videos && <div class="waiting-space" aria-busy="true" />}
+      {videos?.length === 0 && (
+        <div class="empty">
+          <p>{t('videos.none')}</p>
+          <a class="primary" href="#/">
+            {t('videos.start')}
+          </a>
+        </div>
+      )}
+      {videos && videos.length > 0 && (
+        <ul class="cards">
+          {videos.map((video) => (
+            <li key={video.id} class="card">
+              <a class="card-link" href={`#/video/${video.id}`}>
+                <div class="card-picture">
+                  <img src={video.poster} alt="" width={video.width} height={video.height} loading="lazy" decoding="async" />
+                  <span class="length">{seconds(video.seconds)}</span>
+                  {video.kept && (
+                    <span class="mark kept">
+                      <Icon name="pin" size={14} />
+                      {t('video.kept')}
+                    </span>
+                  )}
+                </div>
+                <span class="card-title" dir="auto">
+                  {nameOf(video)}
+                </span>
+                <span class="card-facts">{day(video.created)}</span>
+              </a>
+              <button
+                type="button"
+                class="round small card-more"
+                aria-label={t('videos.more', { title: nameOf(video) })}
+                onClick={() => setMenu(video)}
+              >
+                <Icon name="more" size={20} />
+              </button>
+            </li>
+          ))}
+        </ul>
+      )}
+      {menu && (
+        <Dialog title={nameOf(menu)} onClose={() => setMenu(null)}>
+          <p class="hint">
+            {[
+              megabytes(menu.bytes / 1e6),
+              `${menu.width} × ${menu.height}`,
+              menu.expires && !menu.kept ? t('videos.until', { day: day(menu.expires) }) : '',
+            ]
+              .filter(Boolean)
+              .join(' · ')}
+          </p>
+          <div class="lines">
+            <button
+              type="button"
+              class="jump"
+              onClick={() => {
+                setNaming(menu);
+                setMenu(null);
+              }}
+            >
+              <Icon name="text" />
+              <span>{t('videos.rename')}</span>
+            </button>
+            <button
+              type="button"
+              class="jump"
+              onClick={() => {
+                changeVideo(menu.id, { kept: !menu.kept }).catch(sayProblem);
+                setMenu(null);
+              }}
+            >
+              <Icon name="pin" />
+              <span>{menu.kept ? t('videos.unkeep') : t('videos.keep')}</span>
+            </button>
+            <button
+              type="button"
+              class="jump"
+              onClick={() => {
+                changeAndMakeAgain(menu).catch(sayProblem);
+                setMenu(null);
+              }}
+            >
+              <Icon name="pencil" />
+              <span>{t('done.change')}</span>
+            </button>
+            <a class="jump" href={`${menu.file}?download=1`} download>
+              <Icon name="download" />
+              <span>{t('done.download')}</span>
+            </a>
+            <button
+              type="button"
+              class="jump"
+              onClick={() => {
+                setDeleting(menu);
+                setMenu(null);
+              }}
+            >
+              <Icon name="trash" />
+              <span>{t('video.delete')}</span>
+            </button>
+          </div>
+        </Dialog>
+      )}
+      {naming && <NameDialog video={naming} onClose={() => setNaming(null)} />}
+      {deleting && <DeleteDialog video={deleting} onClose={() => setDeleting(null)} onDeleted={() => {}} />}
+    </Screen>
+  );
+}
+
+function NameDialog({ video, onClose }: { video: Video; onClose: () => void }) {
+  const field = useRef<HTMLInputElement>(null);
+  return (
+    <Dialog title={t('videos.rename')} onClose={onClose}>
+      <form
+        class="stack"
+        onSubmit={(event) => {
+          event.preventDefault();
+          changeVideo(video.id, { title: field.current?.value.trim() ?? '' }).catch(sayProblem);
+          onClose();
+        }}
+      >
+        <label class="field">
+          <span class="field-head">{t('videos.name')}</span>
+          <input ref={field} type="text" dir="auto" maxLength={120} defaultValue={video.title ?? ''} />
+        </label>
+        <button type="submit" class="primary wide">
+          {t('save')}
+        </button>
+      </form>
+    </Dialog>
+  );
+}
