@@ -20,6 +20,8 @@ class PartFile {
     PartFile& operator=(const PartFile&) = delete;
 
     const FileHandle& file() const { return file_; }
+    /// The name that it takes.
+    const std::filesystem::path& target() const { return target_; }
     /// Opens the file while this object lives, whether it has a name or not.
     std::string path() const { return file_.path(); }
     /// Replaces the target, once the disk has what was written. Throws Error; the target is then untouched.
