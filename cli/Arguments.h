@@ -18,7 +18,7 @@ class Arguments {
 
     /// A word without an option name, as "TEMPLATE".
     virtual void word(const std::string& name, const std::string& help, Handler handler) = 0;
-    /// An option with a value: "--size", "WxH".
+    /// An option with a value: "--size", "WxH". Without a help text it is left out of the help.
     virtual void option(const std::string& names, const std::string& valueName, const std::string& help,
                         Handler handler, Occurs occurs = Occurs::AtMostOnce) = 0;
     virtual void flag(const std::string& names, const std::string& help, bool& target) = 0;

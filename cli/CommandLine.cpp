@@ -36,6 +36,7 @@ class ParserArguments : public Arguments {
         CLI::Option* option = occurs == Occurs::AnyNumber ? repeated(names, help, std::move(handler))
                                                           : single(names, help, std::move(handler));
         option->type_name(valueName);
+        if (help.empty()) option->group("");
         option->required(occurs == Occurs::Once);
     }
 

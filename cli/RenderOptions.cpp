@@ -272,6 +272,7 @@ void declareVideo(Arguments& arguments, VideoRequest& request) {
     arguments.option("--preset", "P",
                      "Speed of the encoder: " + platform::VideoWriter::presets() + "; veryfast if not given",
                      [&](const std::string& value) { request.preset = presetOf(value); });
+    arguments.option("--pictures", "DIR", "", [&](const std::string& value) { request.pictures = value; });
     arguments.option(
         "-o,--output", "OUT.mp4", "The video; it appears when it is complete",
         [&](const std::string& value) { request.output = value; }, Occurs::Once);

@@ -7,7 +7,9 @@ namespace multiscene::cli {
 Errand VideoCommand::prepare(const std::filesystem::path& folder) {
     output_.emplace(OutputFile::video(request_.output));
     request_.output = folder / "finished.mp4";
-    return errandOf(request_);
+    Errand errand = errandOf(request_);
+    if (!request_.pictures.empty()) errand.reach.write.push_back(request_.pictures);
+    return errand;
 }
 
 int VideoCommand::work(Console& console, std::stop_token stop, const std::function<void()>& publish) {

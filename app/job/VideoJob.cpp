@@ -3,6 +3,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "app/job/FramePictures.h"
 #include "app/job/GroupRun.h"
 #include "app/job/MusicEntry.h"
 #include "app/job/OutputFile.h"
@@ -43,6 +44,11 @@ std::shared_ptr<QVVideoCVCacheExporter> makeExporter(const VideoRequest& request
     settings.layout = group.layout;
     settings.temporaryFolder = job.path();
     settings.errorDomain = localizedString("videoExporter");
+    if (!request.pictures.empty())
+        settings.watcher = [pictures = std::make_shared<FramePictures>(request.pictures, group.totalFrames)](
+                               int64_t frame, const platform::Surface& picture) {
+            pictures->see(frame, picture);
+        };
     const auto exporter = QVVideoCVCacheExporter::initWithOutputURL(job.file(kSilentName).string(),
                                                                     group.format.width, group.format.height,
                                                                     group.format.framesPerSecond, settings);

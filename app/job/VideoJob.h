@@ -14,6 +14,7 @@ struct VideoRequest : RenderRequest {
     int bitRate = 1500000;            ///< bits a second
     std::string preset = "veryfast";  ///< of the H.264 encoder
     std::optional<double> loudness;   ///< LUFS of the finished sound; none: as loud as it is mixed
+    std::filesystem::path pictures;   ///< a folder for what FramePictures writes; empty: nothing
 };
 
 /// Makes a finished video: opens the template or group, renders, mixes, joins. The output appears under its

@@ -105,6 +105,10 @@ std::optional<platform::Error> QVVideoCVCacheExporter::failure() const {
 
 void QVVideoCVCacheExporter::renderFrameToVideo() {
     if (!placer_.layout().isWhole()) placer_.place(drawn_.data(), buffer_->data());
+    if (settings_.watcher)
+        settings_.watcher(
+            currentFrame_ - 1,
+            {.pixels = buffer_->data(), .stride = ptrdiff_t{width_} * 4, .width = width_, .height = height_});
     addFrameCVCache(std::move(buffer_));
 }
 

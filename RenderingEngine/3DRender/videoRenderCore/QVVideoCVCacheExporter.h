@@ -17,6 +17,7 @@
 #include "platform/base/DispatchQueue.h"
 #include "platform/media/VideoWriter.h"
 #include "platform/pixels/FrameLayout.h"
+#include "platform/pixels/Surface.h"
 #include "playback/Playback.h"
 
 namespace multiscene {
@@ -46,6 +47,8 @@ struct VideoExportSettings {
     std::filesystem::path temporaryFolder = {};
     /// How the drawn picture lies in the film; none: it fills it.
     std::optional<platform::FrameLayout> layout = {};
+    /// Sees every frame of the film, counted from 0, before it is encoded; render queue. None: nobody.
+    std::function<void(int64_t frame, const platform::Surface& picture)> watcher = {};
     /// What an export that was stopped calls itself, in the user's language.
     std::string errorDomain = "videoExporter";
 };
