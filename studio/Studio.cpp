@@ -16,7 +16,14 @@
 #include "studio/api/Router.h"
 #include "studio/api/SessionsApi.h"
 #include "studio/api/SystemApi.h"
+#include "studio/events/EventsApi.h"
+#include "studio/jobs/ChecksApi.h"
+#include "studio/jobs/InstalledFacts.h"
+#include "studio/jobs/JobsApi.h"
+#include "studio/jobs/Workshop.h"
 #include "studio/page/PageApi.h"
+#include "studio/uploads/UploadsApi.h"
+#include "studio/videos/VideosApi.h"
 
 namespace multiscene::studio {
 
@@ -150,6 +157,13 @@ void Studio::Core::makeResources() {
         parts, router, origins, pairing.get(), [this] { return pairingUrl(pairing->code()); },
         [] { return false; }));
     add(std::make_unique<SessionsApi>(parts, origins, *key, pairing.get()));
+    const auto shop = std::make_shared<Workshop>(parts, installedFacts());
+    add(std::make_unique<UploadsApi>(shop));
+    add(std::make_unique<ChecksApi>(shop));
+    add(std::make_unique<JobsApi>(shop));
+    add(std::make_unique<VideosApi>(shop));
+    add(std::make_unique<EventsApi>(shop));
+    shop->queue.recover();
     add(std::make_unique<PageApi>(pageFolderOf(settings)));
 }
 

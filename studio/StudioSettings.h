@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <filesystem>
 #include <functional>
@@ -29,7 +30,15 @@ struct StudioSettings {
     uint64_t photoBytes = uint64_t{64} << 20;
     uint64_t videoBytes = uint64_t{1} << 30;
     uint64_t soundBytes = uint64_t{256} << 20;
-    int64_t queueLength = 100;  ///< jobs that wait
+    int64_t queueLength = 100;               ///< jobs that wait
+    int64_t queueOfSession = 50;             ///< of one session
+    int64_t uploadQuota = int64_t{2} << 30;  ///< bytes, of a session
+
+    /// Videos that are made at a time; 0: half as many as the machine has cores, at least one.
+    int workers = 0;
+    /// How long uploads stay after the last job that used them, and videos that nobody has kept.
+    std::chrono::seconds photosStay{3600};
+    int64_t videosStayDays = 30;
 };
 
 /// The folders of a data home's studio. Each is the owner's alone; names in them are ids.

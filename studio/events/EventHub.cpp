@@ -1,0 +1,70 @@
+#include "studio/events/EventHub.h"
+
+#include <charconv>
+#include <chrono>
+
+#include "platform/base/Json.h"
+#include "platform/crypto/Secret.h"
+
+namespace multiscene::studio {
+
+namespace {
+
+constexpr size_t kKept = 1000;
+constexpr std::chrono::milliseconds kRetry{2000};
+
+bool concerns(const EventHub::About& event, const EventHub::About& listener) {
+    return event.session == listener.session && (listener.job.empty() || event.job == listener.job);
+}
+
+}  // namespace
+
+EventHub::EventHub(platform::DispatchQueue& queue) : queue_(queue), start_(platform::randomLetters(6)) {}
+
+void EventHub::tell(const About& about, const std::string& name, const platform::Value& data) {
+    ring_.push_back({++lastEvent_, about, name, platform::jsonText(data)});
+    if (ring_.size() > kKept) ring_.pop_front();
+    // A stream that cannot take it is closed, and its page comes back.
+    listeners_.remove_if([&](const Listener& listener) { return !send(listener, ring_.back()); });
+}
+
+bool EventHub::send(const Listener& listener, const Event& event) const {
+    if (!concerns(event.about, listener.about)) return listener.stream.isOpen();
+    return listener.stream.send({event.data, event.name, idOf(event.number), kRetry});
+}
+
+std::optional<uint64_t> EventHub::numberOf(const std::string& id) const {
+    const std::string begin = start_ + "-";
+    uint64_t number = 0;
+    if (!id.starts_with(begin)) return std::nullopt;
+    const auto read = std::from_chars(id.data() + begin.size(), id.data() + id.size(), number);
+    const bool isRead = read.ec == std::errc() && read.ptr == id.data() + id.size();
+    const uint64_t forgotten = lastEvent_ - ring_.size();
+    return isRead && number >= forgotten && number <= lastEvent_ ? std::optional(number) : std::nullopt;
+}
+
+void EventHub::listen(const About& about, const std::string& lastId, platform::http::EventStream stream,
+                      const std::function<platform::Value::Array()>& snapshot) {
+    const Listener listener{++lastListener_, about, stream};
+    if (const auto heard = numberOf(lastId)) {
+        for (const Event& event : ring_)
+            if (event.number > *heard && !send(listener, event)) return;
+    } else {
+        for (const platform::Value& job : snapshot())
+            if (!send(listener, {lastEvent_, about, "job", platform::jsonText(job)})) return;
+    }
+    listeners_.push_back(listener);
+    // The hub ends after the queue has: what is posted finds it.
+    stream.onClosed([this, number = listener.number] {
+        queue_.async([this, number] {
+            listeners_.remove_if([number](const Listener& each) { return each.number == number; });
+        });
+    });
+}
+
+void EventHub::stop() {
+    for (const Listener& listener : listeners_) listener.stream.close();
+    listeners_.clear();
+}
+
+}  // namespace multiscene::studio

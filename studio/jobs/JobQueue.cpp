@@ -1,0 +1,364 @@
+#include "studio/jobs/JobQueue.h"
+
+#include <fcntl.h>
+
+#include <algorithm>
+#include <thread>
+#include <utility>
+
+#include "app/job/JobFolder.h"
+#include "platform/base/File.h"
+#include "platform/base/Log.h"
+#include "studio/api/Problem.h"
+#include "studio/jobs/CostEstimate.h"
+#include "studio/jobs/JobRequest.h"
+#include "studio/store/Names.h"
+#include "studio/store/Sweep.h"
+
+namespace multiscene::studio {
+
+namespace fs = std::filesystem;
+using platform::Value;
+using std::chrono::milliseconds;
+using std::chrono::seconds;
+
+namespace {
+
+constexpr int64_t kSecond = 1000, kDay = 24 * 3600 * kSecond;
+constexpr int64_t kMostCost = 2 * 3600 * kSecond;  ///< of a job; more would be hours
+constexpr int64_t kTellEvery = 250;                ///< milliseconds between two events of progress
+constexpr seconds kExpiryEvery{60}, kNextTry{5};
+
+std::size_t workersOf(const StudioSettings& settings) {
+    const unsigned half = std::thread::hardware_concurrency() / 2;
+    return settings.workers > 0 ? static_cast<std::size_t>(settings.workers) : std::max(1U, half);
+}
+
+/// A name is there after a power failure too.
+void flushFolder(const fs::path& folder) {
+    const platform::FileHandle opened = platform::openFile(folder, O_RDONLY | O_DIRECTORY);
+    if (opened) platform::flushToDisk(opened, folder.string());
+}
+
+void moveTo(const fs::path& from, const fs::path& to) {
+    std::error_code failure;
+    fs::rename(from, to, failure);
+    if (failure) throw platform::errnoError(failure.value(), "cannot be moved", from.string());
+}
+
+Problem interruptedProblem(const Value& last) {
+    const std::string why = last.string("detail");
+    return {500, "interrupted",
+            "the job was interrupted " + std::to_string(JobQueue::kMostAttempts) + " times" +
+                (why.empty() ? "" : "; the last time: " + why)};
+}
+
+}  // namespace
+
+JobQueue::JobQueue(const Parts& parts, const Stores& stores, EventHub& events, FindTemplate findTemplate)
+    : parts_(parts),
+      stores_(stores),
+      events_(events),
+      findTemplate_(std::move(findTemplate)),
+      runner_(parts.queue, parts.settings, parts.folders.jobs,
+              {[this](const std::string& id, const Progress& progress) { hear(id, progress); },
+               [this](const std::string& id, const RunEnd& ended) { end(id, ended); }}),
+      workers_(workersOf(parts.settings)) {}
+
+/// What goes wrong outside of a request, as a full disk does, is tried again with the next thing that
+/// happens.
+void JobQueue::guarded(const std::function<void()>& work) {
+    try {
+        work();
+    } catch (const std::exception& failure) {
+        platform::log::info(std::string("studio: ") + failure.what());
+        isShaken_ = true;
+        parts_.timers.after(kNextTry, [this] { next(); });
+    }
+}
+
+// --- the start and the end of the studio ----------------------------------------------------------------
+
+void JobQueue::recover() {
+    for (const Job& job : stores_.jobs.unended()) recover(job);
+    removeUnknown(parts_.folders.jobs, [](const std::string&) { return false; });
+    stores_.uploads.sweep();
+    stores_.videos.sweep();
+    // What killed runs have left elsewhere goes with the next one's beginning; here there may be none.
+    { const JobFolder sweeping; }
+    removeExpired();
+    next();
+}
+
+void JobQueue::recover(const Job& job) {
+    if (job.state == JobState::Cancelling)
+        finish(job, JobState::Cancelled, {}, {});
+    else if (job.state == JobState::Running && job.attempt >= kMostAttempts)
+        finish(job, JobState::Failed, interruptedProblem({}).value(), {});
+    else if (job.state == JobState::Running)
+        stores_.jobs.putBack(job.id, 0, true);
+}
+
+void JobQueue::stop() {
+    if (isStopped_) return;
+    isStopped_ = true;
+    guarded([this] {
+        for (const Job& job : stores_.jobs.unended()) {
+            if (job.state == JobState::Running) stores_.jobs.putBack(job.id, 0, false);
+            if (job.state == JobState::Cancelling) stores_.jobs.end(job.id, JobState::Cancelled, {}, nowMs());
+        }
+    });
+    runner_.stop();
+}
+
+// --- asking ---------------------------------------------------------------------------------------------
+
+Job JobQueue::submit(Job job, const std::vector<std::string>& uploads) {
+    requireRoom(job);
+    job.id = newName("job");
+    job.created = nowMs();
+    stores_.jobs.add(job, uploads);
+    parts_.queue.async([this] { next(); });
+    return job;
+}
+
+void JobQueue::requireRoom(const Job& job) {
+    if (isDrawn(job.kind) && job.cost > kMostCost)
+        throw Problem(422, "too-long",
+                      "this would take about " + std::to_string(job.cost / kSecond / 60) + " minutes");
+    const JobStore::Counts waiting = stores_.jobs.countWaiting(job.session);
+    if (waiting.ofAll < parts_.settings.queueLength && waiting.ofSession < parts_.settings.queueOfSession)
+        return;
+    Problem full(429, "queue-full", "too many jobs wait already");
+    full.retryAfter = 30;
+    throw full;
+}
+
+bool JobQueue::cancel(const Job& job) {
+    if (stores_.jobs.cancelWaiting(job.id, nowMs())) {
+        stores_.uploads.release(job.id, nowMs() + parts_.settings.photosStay.count() * kSecond);
+        ended(job.id, {});
+        tellPlaces();
+        return true;
+    }
+    if (!stores_.jobs.askToCancel(job.id)) return job.state == JobState::Cancelling;
+    runner_.cancel(job.id);
+    if (const auto now = stores_.jobs.find(job.id)) tell(*now);
+    return true;
+}
+
+int64_t JobQueue::estimate(int64_t templateId, int64_t frames, int64_t pixels) {
+    return CostEstimate::milliseconds(frames, pixels, stores_.jobs.measuredCost(templateId));
+}
+
+// --- turns ----------------------------------------------------------------------------------------------
+
+void JobQueue::next() {
+    if (isStopped_) return;
+    guarded([this] {
+        if (std::exchange(isShaken_, false)) putBackLost();
+        while (runner_.running(true) < workers_ && startNext(true)) {
+        }
+        // One at a time: each changes the catalogue.
+        if (runner_.running(false) == 0) startNext(false);
+        tellPlaces();
+    });
+}
+
+/// Jobs whose end could not be written down.
+void JobQueue::putBackLost() {
+    for (const Job& job : stores_.jobs.unended()) {
+        if (job.state == JobState::Queued || runner_.isRunning(job.id)) continue;
+        if (job.state == JobState::Cancelling)
+            finish(job, JobState::Cancelled, {}, {});
+        else
+            interrupted(job, {});
+    }
+}
+
+bool JobQueue::startNext(bool areDrawn) {
+    const auto job = stores_.jobs.claim(areDrawn, nowMs());
+    if (job) start(*job);
+    return job.has_value();
+}
+
+void JobQueue::start(const Job& job) {
+    progress_[job.id] = {.stage = "preparing", .frame = 0, .total = job.total, .secondsRemaining = {}};
+    try {
+        if (!isDrawn(job.kind)) {
+            runner_.changeCatalogue(job);
+        } else if (const auto facts = findTemplate_(job.templateId, "en")) {
+            runner_.make(job, request::wordsOf(job, *facts, stores_.uploads),
+                         request::mediaOf(job.request["values"], stores_.uploads, job.session));
+        } else {
+            return finish(job, JobState::Failed,
+                          Problem(422, "template-gone", "the template is not there any more").value(), {});
+        }
+        tell(job);
+    } catch (const platform::Error& error) {
+        interrupted(job, Problem(error).value());
+    }
+}
+
+void JobQueue::hear(const std::string& id, const Progress& progress) {
+    Progress& known = progress_[id];
+    const bool isNewStage = known.stage != progress.stage;
+    known = progress;
+    const int64_t now = nowMs();
+    if (!isNewStage && now - toldAt_[id] < kTellEvery) return;
+    toldAt_[id] = now;
+    guarded([&] {
+        if (const auto job = stores_.jobs.find(id)) tell(*job);
+    });
+}
+
+// --- the end --------------------------------------------------------------------------------------------
+
+void JobQueue::end(const std::string& id, const RunEnd& end) {
+    guarded([&] {
+        const auto job = stores_.jobs.find(id);
+        if (!job) return;
+        if (job->state == JobState::Cancelling)
+            finish(*job, JobState::Cancelled, {}, {});
+        else if (end.kind == RunEnd::Kind::Done)
+            complete(*job, end);
+        else if (end.kind == RunEnd::Kind::Failed)
+            finish(*job, JobState::Failed, end.problem, {});
+        else
+            interrupted(*job, end.problem);
+    });
+    next();
+}
+
+/// The file has its place before the row says so; what a studio leaves that is killed in between is removed
+/// at the next start.
+void JobQueue::complete(const Job& job, const RunEnd& end) {
+    if (!isDrawn(job.kind)) return finish(job, JobState::Done, {}, end.summary);
+    const int64_t now = nowMs();
+    Video video;
+    video.id = newName("vid");
+    video.job = job.id;
+    video.session = job.session;
+    video.title = job.title;
+    video.templateId = job.templateId;
+    video.templateTitle = job.templateTitle;
+    video.width = end.summary.integer("width");
+    video.height = end.summary.integer("height");
+    video.frames = end.summary.integer("frames");
+    video.seconds = end.summary["videoSeconds"].doubleValue();
+    video.hasSound = end.summary.has("sound");
+    video.created = now;
+    video.expires = now + parts_.settings.videosStayDays * kDay;
+    std::error_code failure;
+    video.bytes = static_cast<int64_t>(fs::file_size(end.folder / JobRunner::kVideo, failure));
+    moveTo(end.folder / JobRunner::kVideo, stores_.videos.fileOf(video.id));
+    fs::rename(end.folder / JobRunner::kPoster, stores_.videos.posterOf(video.id), failure);
+    flushFolder(stores_.videos.fileOf(video.id).parent_path());
+    parts_.database.transaction([&] {
+        stores_.videos.add(video);
+        finish(job, JobState::Done, {}, end.summary);
+    });
+    events_.tell({job.session, job.id}, "video", valueOf(video));
+}
+
+void JobQueue::interrupted(const Job& job, const Value& problem) {
+    if (job.attempt >= kMostAttempts)
+        return finish(job, JobState::Failed, interruptedProblem(problem).value(), {});
+    const milliseconds pause = seconds(1 << job.attempt);
+    stores_.jobs.putBack(job.id, nowMs() + pause.count(), true);
+    progress_.erase(job.id);
+    parts_.timers.after(pause + milliseconds(10), [this] { next(); });
+    if (const auto now = stores_.jobs.find(job.id)) tell(*now);
+}
+
+void JobQueue::finish(const Job& job, JobState state, const Value& problem, const Value& summary) {
+    const int64_t now = nowMs();
+    bool isEnded = false;
+    parts_.database.transaction([&] {
+        isEnded = stores_.jobs.end(job.id, state, problem, now);
+        stores_.uploads.release(job.id, now + parts_.settings.photosStay.count() * kSecond);
+        if (isEnded && state == JobState::Done && isDrawn(job.kind))
+            stores_.jobs.measure(job.templateId, CostEstimate::picoseconds(
+                                                     summary.integer("frames"),
+                                                     summary.integer("width") * summary.integer("height"),
+                                                     summary["seconds"].doubleValue()));
+    });
+    if (isEnded) parts_.queue.async([this, id = job.id, summary] { ended(id, summary); });
+}
+
+void JobQueue::ended(const std::string& id, const Value& summary) {
+    progress_.erase(id);
+    toldAt_.erase(id);
+    guarded([&] {
+        const auto job = stores_.jobs.find(id);
+        if (!job || !hasEnded(job->state)) return;
+        tell(*job);
+        if (job->kind == JobKind::Install && job->state == JobState::Done)
+            events_.tell({job->session, job->id}, "template", Value::Dictionary{{"id", job->templateId}});
+        for (const auto& listener : listeners_) listener(*job, summary);
+        if (parts_.settings.photosStay.count() == 0) stores_.uploads.removeExpired(nowMs());
+    });
+}
+
+// --- telling --------------------------------------------------------------------------------------------
+
+Value JobQueue::show(const Job& job) {
+    const auto progress = progress_.find(job.id);
+    return valueOf(job, progress == progress_.end() ? Progress{} : progress->second, placeOf(job));
+}
+
+int64_t JobQueue::placeOf(const Job& job) {
+    if (job.state != JobState::Queued) return 0;
+    const auto known = places_.find(job.id);
+    if (known != places_.end()) return known->second;
+    const auto order = stores_.jobs.waiting(isDrawn(job.kind), nowMs());
+    const auto at =
+        std::find_if(order.begin(), order.end(), [&](const WaitingJob& each) { return each.id == job.id; });
+    return at == order.end() ? 0 : at - order.begin() + 1;
+}
+
+int64_t JobQueue::nextPlace(const std::string& session) {
+    const auto order = stores_.jobs.waiting(true, nowMs());
+    const bool isBusy = runner_.running(true) >= workers_;
+    const bool isOwn = std::any_of(order.begin(), order.end(),
+                                   [&](const WaitingJob& each) { return each.session == session; });
+    // The first of a session comes before the second ones of others.
+    std::vector<std::string> sessions;
+    for (const WaitingJob& each : order)
+        if (std::find(sessions.begin(), sessions.end(), each.session) == sessions.end())
+            sessions.push_back(each.session);
+    const auto before = static_cast<int64_t>(isOwn ? order.size() : sessions.size());
+    return before + (isBusy || before > 0 ? 1 : 0);
+}
+
+void JobQueue::tell(const Job& job) { events_.tell({job.session, job.id}, "job", show(job)); }
+
+/// To whoever waits and has come nearer.
+void JobQueue::tellPlaces() {
+    std::map<std::string, int64_t> places;
+    for (const bool areDrawn : {true, false}) {
+        int64_t place = 0;
+        for (const WaitingJob& each : stores_.jobs.waiting(areDrawn, nowMs())) places[each.id] = ++place;
+    }
+    places_.swap(places);
+    for (const auto& [id, place] : places_)
+        if (const auto before = places.find(id); before == places.end() || before->second != place)
+            if (const auto job = stores_.jobs.find(id)) tell(*job);
+}
+
+void JobQueue::removeExpired() {
+    if (isStopped_) return;
+    guarded([this] {
+        const int64_t now = nowMs();
+        for (const std::string& id : stores_.videos.removeExpired(now)) {
+            stores_.jobs.expire(id);
+            if (const auto job = stores_.jobs.find(id)) tell(*job);
+        }
+        stores_.uploads.removeExpired(now);
+        stores_.jobs.forgetAnswersBefore(now - kDay);
+        stores_.jobs.forgetBefore(now - parts_.settings.videosStayDays * kDay);
+    });
+    parts_.timers.after(kExpiryEvery, [this] { removeExpired(); });
+}
+
+}  // namespace multiscene::studio

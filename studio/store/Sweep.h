@@ -1,0 +1,16 @@
+#pragma once
+
+#include <filesystem>
+#include <functional>
+#include <string>
+
+namespace multiscene::studio {
+
+/// Removes a file or a folder with all in it; what cannot be removed is removed at the next start.
+void removeQuietly(const std::filesystem::path& path);
+
+/// Removes everything in a folder whose name `isKnown` does not know.
+void removeUnknown(const std::filesystem::path& folder,
+                   const std::function<bool(const std::string& name)>& isKnown);
+
+}  // namespace multiscene::studio

@@ -1,0 +1,47 @@
+// What was uploaded: rows, and a folder for each.
+#pragma once
+
+#include <filesystem>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/store/Database.h"
+#include "studio/uploads/Upload.h"
+
+namespace multiscene::studio {
+
+/// An upload stays while a job uses it, and until it expires. Studio queue. Throws platform::Error.
+class UploadStore {
+  public:
+    /// Makes the table that is missing. `folder` exists.
+    UploadStore(platform::Database& database, std::filesystem::path folder);
+
+    std::filesystem::path folderOf(const std::string& id) const { return folder_ / id; }
+    std::filesystem::path fileOf(const Upload& upload) const { return folderOf(upload.id) / upload.file; }
+
+    void add(const Upload& upload);
+    /// A session's own.
+    std::optional<Upload> find(const std::string& id, const std::string& session);
+    int64_t bytesOf(const std::string& session);
+    int64_t bytesOfAll();
+    /// Uploads of jobs that have not ended stay: false.
+    bool remove(const std::string& id);
+
+    /// Those of a job that has ended, unless another uses them, expire then.
+    void release(const std::string& job, int64_t expires);
+    /// Those of a job expire now, unless another one uses them.
+    void removeOf(const std::string& job);
+    /// Removes what has expired and nobody uses.
+    void removeExpired(int64_t now);
+    /// At the start: removes folders without rows, rows without folders.
+    void sweep();
+
+  private:
+    void removeThose(const std::string& condition, int64_t number, const std::string& text);
+
+    platform::Database& database_;
+    std::filesystem::path folder_;
+};
+
+}  // namespace multiscene::studio

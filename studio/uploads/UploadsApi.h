@@ -1,0 +1,31 @@
+#pragma once
+
+#include "studio/api/Route.h"
+#include "studio/jobs/Workshop.h"
+#include "studio/uploads/Intake.h"
+
+namespace multiscene::studio {
+
+/// /uploads: a session's own photos, videos and sounds.
+class UploadsApi : public Resource {
+  public:
+    explicit UploadsApi(std::shared_ptr<Workshop> shop) : shop_(std::move(shop)), intake_(shop_->parts) {}
+
+    std::vector<Route> routes() override;
+    void stop() override { intake_.stop(); }
+
+  private:
+    using Responder = platform::http::Responder;
+
+    Upload own(const ApiRequest& request);
+    void create(ApiRequest& request, Responder& responder);
+    void requireRoom(const ApiRequest& request);
+    platform::http::Answer answerTo(const std::optional<Upload>& upload, int exitCode);
+    void proxy(ApiRequest& request, Responder& responder);
+    void remove(ApiRequest& request, Responder& responder);
+
+    std::shared_ptr<Workshop> shop_;
+    Intake intake_;
+};
+
+}  // namespace multiscene::studio
