@@ -1,7 +1,5 @@
 #include "platform/image/KeptImages.h"
 
-#include <algorithm>
-
 namespace platform {
 
 void keepDecodedImages(size_t mostBytes) { keptImages().setMostBytes(mostBytes); }
@@ -13,12 +11,12 @@ KeptImages& keptImages() {
 
 void KeptImages::setMostBytes(size_t bytes) {
     const std::lock_guard lock(mutex_);
-    mostBytes_ = bytes;
+    pictures_.setMostBytes(bytes);
 }
 
 bool KeptImages::isKeeping() {
     const std::lock_guard lock(mutex_);
-    return mostBytes_ > 0;
+    return pictures_.mostBytes() > 0;
 }
 
 Bitmap KeptImages::get(const FileHandle& file, const DecodeOptions& options,
@@ -34,18 +32,12 @@ Bitmap KeptImages::get(const FileHandle& file, const DecodeOptions& options,
 
 std::optional<Bitmap> KeptImages::find(const Key& key) {
     const std::lock_guard lock(mutex_);
-    const auto found = std::ranges::find(kept_, key, &Kept::key);
-    if (found == kept_.end()) return std::nullopt;
-    kept_.splice(kept_.begin(), kept_, found);
-    return found->picture;
+    return pictures_.find(key);
 }
 
 void KeptImages::keep(const Key& key, const Bitmap& picture) {
     const std::lock_guard lock(mutex_);
-    if (picture.rgba.size() > mostBytes_ / 4) return;
-    kept_.push_front({key, picture});
-    bytes_ += picture.rgba.size();
-    for (; bytes_ > mostBytes_; kept_.pop_back()) bytes_ -= kept_.back().picture.rgba.size();
+    pictures_.keep(key, picture, picture.rgba.size());
 }
 
 }  // namespace platform

@@ -3,11 +3,10 @@
 
 #include <compare>
 #include <functional>
-#include <list>
 #include <mutex>
-#include <optional>
 
 #include "platform/base/FileStamp.h"
+#include "platform/base/RecentlyWanted.h"
 #include "platform/image/ImageDecoder.h"
 
 namespace platform {
@@ -25,18 +24,13 @@ class KeptImages {
         int width, height, maxLongSide;
         auto operator<=>(const Key&) const = default;
     };
-    struct Kept {
-        Key key;
-        Bitmap picture;
-    };
 
     bool isKeeping();
     std::optional<Bitmap> find(const Key& key);
     void keep(const Key& key, const Bitmap& picture);
 
     std::mutex mutex_;
-    std::list<Kept> kept_;  ///< the one wanted last in front
-    size_t bytes_ = 0, mostBytes_ = 0;
+    RecentlyWanted<Key, Bitmap> pictures_;
 };
 
 /// Those of the process; nothing is kept until it is told to.

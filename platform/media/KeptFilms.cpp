@@ -1,7 +1,5 @@
 #include "platform/media/KeptFilms.h"
 
-#include <algorithm>
-
 namespace platform {
 
 namespace {
@@ -56,12 +54,12 @@ KeptFilms& keptFilms() {
 
 void KeptFilms::setMostBytes(size_t bytes) {
     const std::lock_guard lock(mutex_);
-    mostBytes_ = bytes;
+    pictures_.setMostBytes(bytes);
 }
 
 std::shared_ptr<KeptFilm> KeptFilms::film(const FileHandle& file, const VideoReaderSettings& settings) {
     const std::lock_guard lock(mutex_);
-    const auto stamp = mostBytes_ > 0 ? FileStamp::of(file) : std::nullopt;
+    const auto stamp = pictures_.mostBytes() > 0 ? FileStamp::of(file) : std::nullopt;
     if (!stamp) return nullptr;
     if (films_.size() >= kMostFilms) films_.clear();
     auto& film = films_[Key{*stamp, settings.shape.width, settings.shape.height, settings.framesPerSecond,
@@ -72,20 +70,12 @@ std::shared_ptr<KeptFilm> KeptFilms::film(const FileHandle& file, const VideoRea
 
 KeptFilms::Picture KeptFilms::picture(const std::shared_ptr<KeptFilm>& film, int64_t number) {
     const std::lock_guard lock(mutex_);
-    const auto found = std::ranges::find_if(
-        pictures_, [&](const Kept& kept) { return kept.film == film && kept.number == number; });
-    if (found == pictures_.end()) return nullptr;
-    pictures_.splice(pictures_.begin(), pictures_, found);
-    return found->picture;
+    return pictures_.find({film, number}).value_or(nullptr);
 }
 
 void KeptFilms::keep(const std::shared_ptr<KeptFilm>& film, int64_t number, const Picture& picture) {
-    const size_t bytes = bytesOf(*picture);
     const std::lock_guard lock(mutex_);
-    if (bytes > mostBytes_ / 4) return;
-    pictures_.push_front({film, number, picture, bytes});
-    bytes_ += bytes;
-    for (; bytes_ > mostBytes_; pictures_.pop_back()) bytes_ -= pictures_.back().bytes;
+    pictures_.keep({film, number}, picture, bytesOf(*picture));
 }
 
 }  // namespace platform

@@ -2,16 +2,17 @@
 #pragma once
 
 #include <compare>
-#include <list>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "platform/base/CMTime.h"
 #include "platform/base/Error.h"
 #include "platform/base/FileStamp.h"
+#include "platform/base/RecentlyWanted.h"
 #include "platform/media/VideoReader.h"
 
 namespace platform {
@@ -60,17 +61,11 @@ class KeptFilms {
         bool premultipliesAlpha;
         auto operator<=>(const Key&) const = default;
     };
-    struct Kept {
-        std::shared_ptr<KeptFilm> film;
-        int64_t number;
-        Picture picture;
-        size_t bytes;
-    };
+    using PictureKey = std::pair<std::shared_ptr<KeptFilm>, int64_t>;
 
     std::mutex mutex_;
     std::map<Key, std::shared_ptr<KeptFilm>> films_;
-    std::list<Kept> pictures_;  ///< the one wanted last in front
-    size_t bytes_ = 0, mostBytes_ = 0;
+    RecentlyWanted<PictureKey, Picture> pictures_;
 };
 
 /// Those of the process; nothing is kept until it is told to.
