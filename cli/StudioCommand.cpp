@@ -27,6 +27,15 @@ uint16_t portOf(const std::string& value) {
     return port;
 }
 
+int64_t numberWithin(const std::string& value, int64_t least, int64_t most) {
+    int64_t number = 0;
+    const auto [end, failure] = std::from_chars(value.data(), value.data() + value.size(), number);
+    if (failure != std::errc() || end != value.data() + value.size() || number < least || number > most)
+        throw Error(ErrorKind::Usage, "\"" + value + "\" is no number from " + std::to_string(least) +
+                                          " to " + std::to_string(most));
+    return number;
+}
+
 class StudioCommand : public Command {
   public:
     void declare(Arguments& arguments) override {
@@ -43,6 +52,16 @@ class StudioCommand : public Command {
         arguments.option("--public-url", "URL",
                          "What a server in front of it calls it: https://videos.example.org",
                          [this](const std::string& value) { settings_.publicUrl = value; });
+        arguments.option("--workers", "N",
+                         "Videos that are made at a time, 1 to 64; half as many as cores if not given",
+                         [this](const std::string& value) {
+                             settings_.workers = static_cast<int>(numberWithin(value, 1, 64));
+                         });
+        arguments.option("--photos-stay", "S",
+                         "Seconds that uploads stay after the last job that used them; 3600 if not given",
+                         [this](const std::string& value) {
+                             settings_.photosStay = std::chrono::seconds(numberWithin(value, 0, 31'536'000));
+                         });
         arguments.example("multiscene studio");
         arguments.example("multiscene studio --listen");
         arguments.example("multiscene studio token add my-service --scope make");
