@@ -62,12 +62,17 @@ std::optional<Session> SessionStore::find(std::string_view secret) {
     const std::string digest = platform::textDigest(secret);
     const int64_t now = nowMs();
     const std::lock_guard lock(mutex_);
-    Statement row = database_.prepare(
-        "SELECT session.*, seen FROM credential JOIN session ON session.id = credential.session WHERE digest "
-        "= ?");
-    if (!row.bind(1, digest).step()) return std::nullopt;
-    const Session session = sessionOf(row);
-    const int64_t seen = row.integer("seen");
+    Session session;
+    int64_t seen = 0;
+    {
+        // Nothing can be written while this is open and another connection has written meanwhile.
+        Statement row = database_.prepare(
+            "SELECT session.*, seen FROM credential JOIN session ON session.id = credential.session WHERE "
+            "digest = ?");
+        if (!row.bind(1, digest).step()) return std::nullopt;
+        session = sessionOf(row);
+        seen = row.integer("seen");
+    }
     if (session.kind != Session::Kind::Token && now - seen > SessionStore::kUnusedMs) return std::nullopt;
     touch(digest, seen, now);
     return session;

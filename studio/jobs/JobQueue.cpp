@@ -162,7 +162,17 @@ void JobQueue::next() {
         // One at a time: each changes the catalogue.
         if (runner_.running(false) == 0) startNext(false);
         tellPlaces();
+        wakeWhenDue();
     });
+}
+
+/// Some wait for a time, which a studio that was started anew knows from the disk alone.
+void JobQueue::wakeWhenDue() {
+    const int64_t now = nowMs();
+    const auto due = stores_.jobs.nextDue(now);
+    if (!due || (wakesAt_ > now && wakesAt_ <= *due)) return;
+    wakesAt_ = *due;
+    parts_.timers.after(milliseconds(*due - now + 1), [this] { next(); });
 }
 
 /// Jobs whose end could not be written down.
@@ -267,7 +277,6 @@ void JobQueue::interrupted(const Job& job, const Value& problem) {
     const milliseconds pause = seconds(1 << job.attempt);
     stores_.jobs.putBack(job.id, nowMs() + pause.count(), true);
     progress_.erase(job.id);
-    parts_.timers.after(pause + milliseconds(10), [this] { next(); });
     if (const auto now = stores_.jobs.find(job.id)) tell(*now);
 }
 

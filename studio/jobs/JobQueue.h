@@ -66,6 +66,7 @@ class JobQueue {
   private:
     void next();
     void putBackLost();
+    void wakeWhenDue();
     bool startNext(bool areDrawn);
     void start(const Job& job);
     void hear(const std::string& id, const Progress& progress);
@@ -87,6 +88,7 @@ class JobQueue {
     FindTemplate findTemplate_;
     JobRunner runner_;
     const std::size_t workers_;
+    int64_t wakesAt_ = 0;
     bool isStopped_ = false;
     bool isShaken_ = false;  ///< something could not be written down
     std::map<std::string, Progress> progress_;

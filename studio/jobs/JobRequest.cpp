@@ -26,7 +26,7 @@ constexpr size_t kMostMetadata = 4096;
 constexpr const char* kDraftPreset = "ultrafast";
 
 Value cropSchema() {
-    const Value share = schema::number(-1, 2);
+    const Value share = schema::number(-16, 16);
     return schema::object({{"x", share},
                            {"y", share},
                            {"width", share},

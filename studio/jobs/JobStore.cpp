@@ -197,6 +197,13 @@ std::optional<Job> JobStore::claim(bool areDrawn, int64_t now) {
     return claimed;
 }
 
+std::optional<int64_t> JobStore::nextDue(int64_t now) {
+    Statement row =
+        database_.prepare("SELECT min(not_before) AS due FROM job WHERE state = 'queued' AND not_before > ?");
+    const int64_t due = row.bind(1, now).step() ? row.integer("due") : 0;
+    return due > 0 ? std::optional(due) : std::nullopt;
+}
+
 bool JobStore::cancelWaiting(const std::string& id, int64_t now) {
     return database_
         .prepare(

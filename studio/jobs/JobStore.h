@@ -46,6 +46,8 @@ class JobStore {
 
     /// queued -> running: the next one whose time has come; it is the session's turn. None: nothing to do.
     std::optional<Job> claim(bool areDrawn, int64_t now);
+    /// When the next one's time will come that has not yet; none: there is none.
+    std::optional<int64_t> nextDue(int64_t now);
     /// queued -> cancelled. False: it does not wait.
     bool cancelWaiting(const std::string& id, int64_t now);
     /// running -> cancelling.

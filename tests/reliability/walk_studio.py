@@ -167,7 +167,7 @@ class Walk:
 
     def strike(self):
         """Kills something; the studio is there again afterwards."""
-        time.sleep(self.random.uniform(0.02, 0.8))
+        time.sleep(self.random.uniform(0.1, 1.5))
         self.studio.note_processes()
         kind = self.random.choice(["studio", "studio", "program", "worker"])
         targets = {"studio": [], "program": self.studio.programs(), "worker": self.studio.workers()}[kind]
