@@ -16,7 +16,7 @@ std::shared_ptr<QVDataManager> openCatalogue();
 /// --server, given to `list`.
 void declareServer(Arguments& arguments, QVDownloadInfoManager& list);
 
-/// Fields of a template in JSON lines, inputs not included.
+/// Fields of a template in JSON lines.
 platform::Value::Dictionary overviewFields(const TemplateOverview& overview);
 
 /// "12.3 s" or "-".

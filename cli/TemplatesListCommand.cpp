@@ -31,9 +31,10 @@ class TemplatesListCommand : public FencedCommand {
     }
 
   private:
-    static void printEvents(Console& console, const std::vector<TemplateOverview>& overviews) {
+    void printEvents(Console& console, const std::vector<TemplateOverview>& overviews) const {
         for (const TemplateOverview& each : overviews) console.event("template", overviewFields(each));
-        console.event("done", {{"templates", static_cast<int64_t>(overviews.size())}});
+        console.event("done", {{"templates", static_cast<int64_t>(overviews.size())},
+                               {"timelineShare", list_.isWechatTimelineShare()}});
     }
 
     static void printTable(Console& console, const std::vector<TemplateOverview>& overviews) {

@@ -21,25 +21,6 @@ using platform::Value;
 
 namespace {
 
-Value::Dictionary inputFields(const QVUserInputModelBase& input) {
-    Value::Dictionary fields{{"key", input.renderMapKey()}, {"placeholder", input.placeholder()}};
-    if (const auto* text = dynamic_cast<const QVUserTextInputModel*>(&input)) {
-        fields["kind"] = "text";
-        fields["maxCharacters"] = text->maxLenght();
-        fields["maxLines"] = text->maxLine();
-        fields["threeDimensional"] = text->is3DText();
-    } else if (const auto* photo = dynamic_cast<const QVUserPhotoInputModel*>(&input)) {
-        fields["kind"] = "photo";
-        fields["aspectWidth"] = photo->aspectWidth();
-        fields["aspectHeight"] = photo->aspectHeight();
-    } else if (const auto* video = dynamic_cast<const QVUserVideoInputModel*>(&input)) {
-        fields["kind"] = "video";
-        fields["aspectWidth"] = video->aspectWidth();
-        fields["aspectHeight"] = video->aspectHeight();
-    }
-    return fields;
-}
-
 std::string limitsText(const QVUserTextInputModel& text) {
     std::string limits;
     if (text.maxLenght() > 0) limits += ", room for " + std::to_string(text.maxLenght()) + " characters";
@@ -124,13 +105,6 @@ class TemplatesShowCommand : public FencedCommand {
 
     static void printEvent(Console& console, const TemplateOverview& found) {
         Value::Dictionary fields = overviewFields(found);
-        Value::Array inputs;
-        for (const auto& input : found.inputs) inputs.emplace_back(inputFields(*input));
-        fields["inputs"] = Value(std::move(inputs));
-        fields["width"] = found.format.width;
-        fields["height"] = found.format.height;
-        fields["framesPerSecond"] = found.format.framesPerSecond;
-        fields["folder"] = found.folder;
         fields["templateUrl"] = found.templateUrl;
         fields["thumbUrl"] = found.thumbUrl;
         fields["videoPreviewUrl"] = found.videoPreviewUrl;

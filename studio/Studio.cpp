@@ -1,5 +1,6 @@
 #include "studio/Studio.h"
 
+#include <future>
 #include <optional>
 #include <vector>
 
@@ -18,10 +19,10 @@
 #include "studio/api/SystemApi.h"
 #include "studio/events/EventsApi.h"
 #include "studio/jobs/ChecksApi.h"
-#include "studio/jobs/InstalledFacts.h"
 #include "studio/jobs/JobsApi.h"
 #include "studio/jobs/Workshop.h"
 #include "studio/page/PageApi.h"
+#include "studio/templates/TemplatesApi.h"
 #include "studio/uploads/UploadsApi.h"
 #include "studio/videos/VideosApi.h"
 
@@ -34,6 +35,7 @@ using platform::FileLock;
 
 namespace {
 
+constexpr std::chrono::seconds kMostSecondsToRead{10};
 constexpr const char *kAddress = "address", *kOpener = "open.html";
 
 FileLock lockFolders(const StudioFolders& folders) {
@@ -94,7 +96,9 @@ struct Studio::Core {
     explicit Core(StudioSettings given);
     ~Core() { stop(std::chrono::milliseconds(0)); }
 
+    void inQueue(const std::function<void()>& work);
     void makeResources();
+    void readTemplates();
     void add(std::unique_ptr<Resource> resource);
     void stop(std::chrono::milliseconds patience);
     std::string pageUrl(const std::string& host) const;
@@ -114,6 +118,8 @@ struct Studio::Core {
     // On the queue.
     std::unique_ptr<StartKey> key;
     std::unique_ptr<Pairing> pairing;
+    std::shared_ptr<TemplateBook> book;
+    std::shared_ptr<Workshop> shop;
     std::vector<std::unique_ptr<Resource>> resources;
 };
 
@@ -129,19 +135,34 @@ Studio::Core::Core(StudioSettings given)
       router(gate, queue),
       server(std::make_unique<platform::http::Server>(serverOptions(settings), router)) {
     database.execute("PRAGMA foreign_keys=ON");
+    inQueue([this] { makeResources(); });
+    readTemplates();
+    inQueue([this] { shop->queue.recover(); });
+    router.open();
+}
+
+/// What fails there ends the studio.
+void Studio::Core::inQueue(const std::function<void()>& work) {
     std::exception_ptr failure;
     queue.sync([&] {
         try {
-            makeResources();
+            work();
         } catch (...) {
             failure = std::current_exception();
         }
     });
-    if (failure) {
-        stop(std::chrono::milliseconds(0));
-        std::rethrow_exception(failure);
-    }
-    router.open();
+    if (!failure) return;
+    stop(std::chrono::milliseconds(0));
+    std::rethrow_exception(failure);
+}
+
+/// Whoever asks first, and what was interrupted, finds them. They are read again when that fails.
+void Studio::Core::readTemplates() {
+    const auto ended = std::make_shared<std::promise<void>>();
+    queue.sync([&] {
+        book->refresh([ended] { ended->set_value(); }, [ended](const Problem&) { ended->set_value(); });
+    });
+    ended->get_future().wait_for(kMostSecondsToRead);
 }
 
 /// The one place where the parts of the API are listed.
@@ -153,17 +174,22 @@ void Studio::Core::makeResources() {
             if (settings.pairing) settings.pairing(code, pairingUrl(code));
         });
     const Parts parts{settings, folders, queue, *timers, database, sessions};
+    book = std::make_shared<TemplateBook>(parts);
     add(std::make_unique<SystemApi>(
         parts, router, origins, pairing.get(), [this] { return pairingUrl(pairing->code()); },
-        [] { return false; }));
+        [this] { return book->isTimelineShared(); }));
     add(std::make_unique<SessionsApi>(parts, origins, *key, pairing.get()));
-    const auto shop = std::make_shared<Workshop>(parts, installedFacts());
+    shop = std::make_shared<Workshop>(
+        parts, [this](int64_t id, const std::string& language) { return book->facts(id, language); });
+    shop->queue.addListener([this](const Job& job, const platform::Value&) {
+        if (job.kind == JobKind::Install || job.kind == JobKind::Refresh) book->forget();
+    });
     add(std::make_unique<UploadsApi>(shop));
     add(std::make_unique<ChecksApi>(shop));
     add(std::make_unique<JobsApi>(shop));
     add(std::make_unique<VideosApi>(shop));
     add(std::make_unique<EventsApi>(shop));
-    shop->queue.recover();
+    add(std::make_unique<TemplatesApi>(parts, book));
     add(std::make_unique<PageApi>(pageFolderOf(settings)));
 }
 
@@ -183,6 +209,8 @@ void Studio::Core::stop(std::chrono::milliseconds patience) {
     timers.reset();
     queue.sync([this] {
         while (!resources.empty()) resources.pop_back();
+        shop.reset();
+        book.reset();
         pairing.reset();
         key.reset();
     });

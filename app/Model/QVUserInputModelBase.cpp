@@ -9,11 +9,22 @@ namespace multiscene {
 
 namespace {
 
-std::string placeholderOf(const platform::Value& info) {
+/// "english", as the keys of records begin.
+std::string wordOf(std::string_view language) {
+    return language == "zh" ? "chinese" : language == "ja" ? "japanese" : "english";
+}
+
+std::string placeholderIn(std::string_view language, const platform::Value& info) {
     for (const std::string& word :
-         {languageWord(), std::string("english"), std::string("chinese"), std::string("japanese")})
+         {wordOf(language), std::string("english"), std::string("chinese"), std::string("japanese")})
         if (std::string text = info.string(word + "Placeholder"); !text.empty()) return text;
     return {};
+}
+
+platform::Value placeholdersOf(const platform::Value& info) {
+    platform::Value::Dictionary all;
+    for (const char* language : kLanguages) all[language] = placeholderIn(language, info);
+    return all;
 }
 
 }  // namespace
@@ -21,7 +32,12 @@ std::string placeholderOf(const platform::Value& info) {
 QVUserInputModelBase::QVUserInputModelBase(const platform::Value& info)
     : userInputType_(info.integer("userInputType")),
       renderMapKey_(info.string("renderMapKey")),
-      placeholder_(placeholderOf(info)) {}
+      placeholders_(placeholdersOf(info)) {}
+
+std::string QVUserInputModelBase::placeholder() const {
+    const std::string language = userLanguage();
+    return placeholders_.string(placeholders_.has(language) ? language : "en");
+}
 
 std::shared_ptr<const QVUserInputModelBase> QVUserInputModelBase::inputModelWithDic(
     const platform::Value& info) {

@@ -23,14 +23,17 @@ class QVUserInputModelBase {
     /// The key under which the scenes look the user's entry up.
     const std::string& renderMapKey() const { return renderMapKey_; }
     /// What the input shows while it is empty, in the user's language.
-    const std::string& placeholder() const { return placeholder_; }
+    std::string placeholder() const;
+    /// The same in each language that the program speaks, by "en", "zh", "ja".
+    const platform::Value& placeholders() const { return placeholders_; }
 
   protected:
     explicit QVUserInputModelBase(const platform::Value& info);
 
   private:
     int64_t userInputType_;
-    std::string renderMapKey_, placeholder_;
+    std::string renderMapKey_;
+    platform::Value placeholders_;
 };
 
 }  // namespace multiscene

@@ -39,16 +39,18 @@ std::vector<InstalledTemplate> installedTemplates(QVDataManager& catalogue) {
     return templates;
 }
 
-std::string displayName(const InstalledTemplate& installed) {
+platform::Value namesOf(const InstalledTemplate& installed) {
     const std::string file = QVUtil::scenePath() + installed.name + "/" + installed.name + ".plist";
     try {
-        const std::string name =
-            nameInDescription(platform::readPropertyList(file, platform::ErrorKind::Template));
-        if (!name.empty()) return name;
+        platform::Value names =
+            namesInDescription(platform::readPropertyList(file, platform::ErrorKind::Template));
+        if (!nameInUserLanguage(names).empty()) return names;
     } catch (const platform::Error&) {  // what the catalogue keeps is good enough
     }
     return installed.main().sceneName();
 }
+
+std::string displayName(const InstalledTemplate& installed) { return nameInUserLanguage(namesOf(installed)); }
 
 std::optional<InstalledTemplate> findInstalledTemplate(QVDataManager& catalogue,
                                                        const std::string& numberOrName) {

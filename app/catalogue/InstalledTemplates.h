@@ -20,8 +20,11 @@ struct InstalledTemplate {
 /// Every template in the order of installation. Throws platform::Error.
 std::vector<InstalledTemplate> installedTemplates(QVDataManager& catalogue);
 
-/// Its name in the user's language as its own file says now; the catalogue keeps the language of the day of
-/// installation.
+/// Its names ("cName", "eName", "jName") as its own file says them now, else the one that the catalogue keeps
+/// in the language of the day of installation.
+platform::Value namesOf(const InstalledTemplate& installed);
+
+/// The one in the user's language.
 std::string displayName(const InstalledTemplate& installed);
 
 /// By the number of any of its scenes, by its folder's name, or by its display name when only one template

@@ -8,13 +8,16 @@
 #include "app/catalogue/InstalledTemplates.h"
 #include "app/catalogue/SampleTemplates.h"
 #include "app/data/InstalledArchives.h"
+#include "app/language/LocalizedName.h"
 #include "app/server/UrlText.h"
 #include "app/template/TemplateLength.h"
 #include "other/QVUtil.h"
+#include "platform/base/File.h"
 
 namespace multiscene {
 
 namespace fs = std::filesystem;
+using platform::Value;
 
 namespace {
 
@@ -28,13 +31,34 @@ double megabytesIn(const fs::path& folder) {
     return static_cast<double>(bytes) / kBytesPerMegabyte;
 }
 
+/// A record's path as one below the template's folder; empty for a file that is not there, or elsewhere.
+std::string ownFile(const std::string& path, const fs::path& folder) {
+    const std::string whole =
+        path.starts_with("$(") ? QVUtil::multiScenePathWithString(path, folder.parent_path().string() + "/")
+                               : path;
+    const std::string own =
+        fs::path(whole).lexically_normal().lexically_relative(folder.lexically_normal()).string();
+    return own.empty() || own.starts_with("..") || own == "." || !platform::isFile(folder / own) ? "" : own;
+}
+
+bool hasMusic(const QVTempletDataModel& main, const fs::path& folder) {
+    return !main.bgAudioPath().empty() || platform::isFile(folder / TemplateFolder::usualMusic);
+}
+
+void nameIt(TemplateOverview& overview, const Value& names) {
+    overview.titles = nameInEachLanguage(names);
+    overview.title = nameInUserLanguage(names);
+}
+
 TemplateOverview overviewOf(const std::vector<QVTempletDataModel>& records, const std::string& name,
-                            const std::string& title, const fs::path& folder, SceneCatalogue* others) {
+                            const Value& names, const fs::path& folder, SceneCatalogue* others) {
     const QVTempletDataModel& main = records.front();
     TemplateOverview overview;
     overview.sId = main.sId();
     overview.name = name;
-    overview.title = title;
+    nameIt(overview, names);
+    overview.hasMusic = hasMusic(main, folder);
+    overview.thumbnail = ownFile(main.sceneThumbnailPath(), folder);
     overview.frames = lengthInFrames(records, others);
     overview.photos = photosWanted(main);
     overview.format = main.mediaFormat();
@@ -47,7 +71,7 @@ TemplateOverview overviewOf(const std::vector<QVTempletDataModel>& records, cons
 }
 
 TemplateOverview overviewOf(const InstalledTemplate& installed, SceneCatalogue& catalogue) {
-    TemplateOverview overview = overviewOf(installed.records, installed.name, displayName(installed),
+    TemplateOverview overview = overviewOf(installed.records, installed.name, namesOf(installed),
                                            QVUtil::scenePath() + installed.name, &catalogue);
     overview.isInstalled = true;
     return overview;
@@ -95,7 +119,7 @@ TemplateOverview overviewOf(const QVSeverTempletDataModel& offered) {
     TemplateOverview overview;
     overview.sId = offered.sId();
     overview.name = templateNameOfUrl(offered.templateUrl());
-    overview.title = offered.sceneName();
+    nameIt(overview, offered.muName());
     overview.frames = offered.fpsLength();
     overview.photos = std::max(offered.photoTotal(), photosWanted(offered.userInputInfo()));
     overview.format = offered.mediaFormat();
@@ -106,7 +130,9 @@ TemplateOverview overviewOf(const QVSeverTempletDataModel& offered) {
 }  // namespace
 
 TemplateOverview overviewOf(const TemplateFolder& folder, SceneCatalogue* others) {
-    return overviewOf(folder.records, folder.name, displayName(folder), folder.folder, others);
+    const Value names = namesInDescription(folder.description);
+    return overviewOf(folder.records, folder.name,
+                      nameInUserLanguage(names).empty() ? Value(folder.name) : names, folder.folder, others);
 }
 
 std::vector<TemplateOverview> templateOverviews(QVDataManager& catalogue,

@@ -14,9 +14,10 @@
 namespace multiscene {
 
 struct TemplateOverview {
-    int64_t sId = 0;    ///< of its first scene
-    std::string name;   ///< of its folder and its archive
-    std::string title;  ///< in the user's language
+    int64_t sId = 0;         ///< of its first scene
+    std::string name;        ///< of its folder and its archive
+    std::string title;       ///< in the user's language
+    platform::Value titles;  ///< in each that the program speaks, by "en", "zh", "ja"
     bool isInstalled = false, isOffered = false, isNew = false;
     bool isSample = false;           ///< ships with the program
     bool newerOffered = false;       ///< installed, and the server has another archive of it
@@ -27,6 +28,8 @@ struct TemplateOverview {
     int64_t photos = 0;
     MediaFormat format;
     UserInputList inputs;
+    bool hasMusic = false;
+    std::string thumbnail;    ///< its picture, below its folder; empty: none
     std::string folder;       ///< of a template that is installed, or lies in a folder
     std::string templateUrl;  ///< of an offered one; this and the next are complete
     std::string thumbUrl, videoPreviewUrl, youtubePreviewUrl;

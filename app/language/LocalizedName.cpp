@@ -13,13 +13,20 @@ Value namesOf(const Value& record) {
     return names;
 }
 
-std::string nameInUserLanguage(const Value& name) {
+std::string nameInLanguage(const Value& name, std::string_view language) {
     if (!name.isDictionary()) return name.stringValue();
-    const std::string word = languageWord();
-    const char* own = word == "chinese" ? "cName" : word == "japanese" ? "jName" : "eName";
+    const char* own = language == "zh" ? "cName" : language == "ja" ? "jName" : "eName";
     for (const char* key : {own, "eName", "cName", "jName"})
         if (std::string text = name.string(key); !text.empty()) return text;
     return {};
 }
+
+Value nameInEachLanguage(const Value& name) {
+    Value::Dictionary names;
+    for (const char* language : kLanguages) names[language] = nameInLanguage(name, language);
+    return names;
+}
+
+std::string nameInUserLanguage(const Value& name) { return nameInLanguage(name, userLanguage()); }
 
 }  // namespace multiscene

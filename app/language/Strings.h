@@ -1,6 +1,7 @@
 // The texts that users read, in their language.
 #pragma once
 
+#include <array>
 #include <string>
 #include <string_view>
 
@@ -11,6 +12,9 @@ std::string localizedString(std::string_view key, std::string_view fallback = {}
 
 /// "chinese", "japanese" or "english": how records name the user's language.
 std::string languageWord();
+
+/// The languages that the program speaks.
+inline constexpr std::array kLanguages{"en", "zh", "ja"};
 
 /// "zh", "ja" or "en": the first of LC_ALL, LC_MESSAGES and LANG that is set decides.
 std::string userLanguage();

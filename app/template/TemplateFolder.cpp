@@ -150,9 +150,13 @@ TemplateFolder readTemplateFolder(const fs::path& folder) {
     return result;
 }
 
-std::string nameInDescription(const Value& description) {
+Value namesInDescription(const Value& description) {
     const auto& records = description.array("installScenes");
-    return records.empty() ? "" : nameInUserLanguage(namesOf(records.front()));
+    return records.empty() ? Value(Value::Dictionary{}) : namesOf(records.front());
+}
+
+std::string nameInDescription(const Value& description) {
+    return nameInUserLanguage(namesInDescription(description));
 }
 
 std::string displayName(const TemplateFolder& folder) {

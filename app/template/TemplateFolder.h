@@ -36,6 +36,9 @@ TemplateFolder readTemplateFolder(const std::filesystem::path& folder);
 /// The judgement of readTemplateFolder on a content that is already in memory; `file` is for messages.
 std::vector<QVTempletDataModel> templateRecords(const platform::Value& description, const std::string& file);
 
+/// The first record's names: "cName", "eName", "jName".
+platform::Value namesInDescription(const platform::Value& description);
+
 /// The first record's name in the user's language; empty when it has none.
 std::string nameInDescription(const platform::Value& description);
 

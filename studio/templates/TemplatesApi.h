@@ -1,0 +1,49 @@
+#pragma once
+
+#include <list>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "studio/Parts.h"
+#include "studio/api/Route.h"
+#include "studio/process/ChildProgram.h"
+#include "studio/templates/TemplateBook.h"
+
+namespace multiscene::studio {
+
+/// The templates for whoever chooses one: cards, details, pictures. Installing is a job's.
+class TemplatesApi : public Resource {
+  public:
+    TemplatesApi(const Parts& parts, std::shared_ptr<TemplateBook> book);
+
+    std::vector<Route> routes() override;
+    void stop() override;
+
+  private:
+    using Responder = platform::http::Responder;
+    /// Studio queue; throws what is answered as a problem.
+    using Answering = std::function<platform::http::Answer(const ApiRequest&)>;
+
+    /// A handler that answers once the book is as the catalogue is.
+    std::function<void(ApiRequest&, Responder&)> whenRead(Answering answer);
+    const BookedTemplate& wanted(const ApiRequest& request) const;
+    platform::http::Answer cards(const ApiRequest& request) const;
+    void detail(ApiRequest& request, Responder& responder);
+    void remove(ApiRequest& request, Responder& responder);
+    void run(std::vector<std::string> words, ChildProgram::Line line, ChildProgram::Ended ended);
+
+    const Parts parts_;
+    const std::shared_ptr<TemplateBook> book_;
+    std::list<std::unique_ptr<ChildProgram>> runs_;
+    bool isStopped_ = false;
+
+    /// What check says, by the folder, until the book is another.
+    struct Judged {
+        platform::Value told;  ///< the line of the template that was judged
+        platform::Value::Array findings;
+    };
+    std::map<std::string, Judged> judged_;
+};
+
+}  // namespace multiscene::studio
