@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 
+#include "app/installation/TemplateInstallation.h"
 #include "app/job/JobFolder.h"
 #include "cli/CatalogueCommand.h"
 #include "cli/RelayedConsole.h"
@@ -68,7 +69,7 @@ void addProgram(std::vector<fs::path>& paths) {
 Reach wholeReach(const Errand& errand, const fs::path& cache) {
     Reach reach = platform::reachOfLibraries();
     addProgram(reach.read);
-    (errand.changesCatalogue ? reach.write : reach.read).push_back(QVUtil::multiSceneRootPath());
+    (errand.change ? reach.write : reach.read).push_back(QVUtil::multiSceneRootPath());
     if (!errand.folder.empty()) reach.write.push_back(errand.folder);
     if (!cache.empty()) reach.write.push_back(cache);
     reach.add(errand.reach);
@@ -133,7 +134,7 @@ void shutIn(const Errand& errand, const fs::path& cache, const platform::WorkerL
     tellActivity(channel, errand);
     tellFence(platform::enterSandbox(wholeReach(errand, cache)), channel);
     if (!errand.folder.empty()) JobFolder::nestIn(errand.folder);
-    if (!errand.changesCatalogue)
+    if (!errand.change)
         QVDataManager::readCopies([&channel] {
             const Message answer = answered(channel, {kCatalogue});
             if (answer.files.empty()) return std::string();
@@ -223,26 +224,38 @@ int FencedWork::run(const Errand& errand, const Work& work, const Answer& answer
     try {
         return runFenced(errand, settings_.limits, work, answer);
     } catch (...) {
-        if (errand.changesCatalogue) recoverCatalogue();
-        throw;
+        if (!errand.change) throw;
+        const bool hasDied = hasDied_, hasWritten = hasWritten_;
+        const std::optional<bool> isMade = recoverCatalogue(*errand.change);
+        if (!hasDied || isMade == false) throw;
+        if (!isMade) throw unsettled(platform::currentError());
+        if (!hasWritten) errand.change->tell(console_);
+        return 0;
     }
 }
 
 /// What a worker has left that was killed while it changed the catalogue. A disk that holds this one up too
 /// leaves it to the next start.
-void FencedWork::recoverCatalogue() {
+std::optional<bool> FencedWork::recoverCatalogue(const CatalogueChange& change) {
+    enum { Made, NotMade, NotSettled };
     const bool stands = isCommitted_;
     constexpr uint64_t mostSeconds = 1;
     platform::WorkerLimits limits = settings_.limits;
     limits.wallSeconds = limits.stepSeconds = mostSeconds;
     Errand errand;
-    errand.changesCatalogue = true;
+    errand.change = change;
+    int found = NotSettled;
     try {
-        runFenced(errand, limits, [](Workplace&) { return openCatalogue() ? 0 : 1; }, {});
+        const auto work = [&change](Workplace&) -> int {
+            const std::optional<bool> isMade = change.isMade(*openCatalogue());
+            return !isMade ? NotSettled : *isMade ? Made : NotMade;
+        };
+        found = runFenced(errand, limits, work, {});
     } catch (const Error& failure) {
         platform::log::info(std::string("the catalogue is not put right: ") + failure.what());
     }
     isCommitted_ = stands;
+    return found == NotSettled ? std::nullopt : std::optional(found == Made);
 }
 
 bool FencedWork::isCancelled() const {
@@ -252,18 +265,18 @@ bool FencedWork::isCancelled() const {
 }
 
 int FencedWork::runHere(const Errand& errand, const Work& work, const Answer& answer) {
-    if (!errand.changesCatalogue) putCatalogueRight();
+    if (!errand.change) putCatalogueRight();
     Workplace place{console_, watch_->stopToken(), answer, copyOf(errand.connection)};
     return work(place);
 }
 
 int FencedWork::runFenced(const Errand& errand, const platform::WorkerLimits& limits, const Work& work,
                           const Answer& answer) {
-    const fs::path cache = shaderCache();
-    if (errand.changesCatalogue) QVUtil::createMultiSceneLocalPaths();  // only what exists can be reached
-    catalogue_.reset();  // SQLite's own memory of open files and locks must not be there twice
-    isCommitted_ = false;
+    isCommitted_ = hasDied_ = hasWritten_ = false;
     copies_ = 0;
+    const fs::path cache = shaderCache();
+    if (errand.change) QVUtil::createMultiSceneLocalPaths();  // only what exists can be reached
+    catalogue_.reset();  // SQLite's own memory of open files and locks must not be there twice
     platform::Worker worker([&](Channel& channel) {
         return tellEnd(channel, errand, [&] {
             shutIn(errand, cache, limits, channel);
@@ -288,12 +301,19 @@ int FencedWork::runFenced(const Errand& errand, const platform::WorkerLimits& li
         } else if (message.kind == Message::Kind::Fence) {
             noteFence(message);
         } else {
+            hasWritten_ = hasWritten_ || message.kind == Message::Kind::Output;
             sayRelayed(console_, message);
         }
     });
     commit = [&supervisor] { supervisor.commit(); };
     supervisor.setSource(errand.source);
-    const int code = supervisor.run();
+    int code = 0;
+    try {
+        code = supervisor.run();
+    } catch (...) {
+        hasDied_ = !supervisor.hasOutcome();
+        throw;
+    }
     platform::log::info("the job took at most " + std::to_string(supervisor.peakBytes() >> 20) + " MiB");
     return code;
 }

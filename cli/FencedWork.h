@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <stop_token>
 #include <string>
 #include <vector>
@@ -18,13 +19,22 @@
 
 namespace multiscene::cli {
 
+/// What a worker is to change in the catalogue. When it dies without a word, another one finds out what
+/// became of it.
+struct CatalogueChange {
+    /// In the worker, with everything put right that was left. Nothing while that cannot be done.
+    std::function<std::optional<bool>(QVDataManager&)> isMade;
+    std::function<void(Console&)> tell;  ///< in the program: what the worker has not said
+};
+
 /// What one worker is started with.
 struct Errand {
-    std::string source;             ///< named when the worker ends before it has opened anything
-    platform::Reach reach;          ///< besides what every worker reaches: what the user named
-    std::filesystem::path folder;   ///< of the job, where the worker may write; empty: nowhere
-    int connection = -1;            ///< an end of a channel that the worker is given; stays the caller's
-    bool changesCatalogue = false;  ///< it writes in the data home, and reads no foreign file
+    std::string source;            ///< named when the worker ends before it has opened anything
+    platform::Reach reach;         ///< besides what every worker reaches: what the user named
+    std::filesystem::path folder;  ///< of the job, where the worker may write; empty: nowhere
+    int connection = -1;           ///< an end of a channel that the worker is given; stays the caller's
+    std::optional<CatalogueChange> change =
+        {};  ///< set: it writes in the data home, and reads no foreign file
 };
 
 /// What a worker works with.
@@ -50,8 +60,8 @@ class FencedWork {
 
     /// Does the work in a worker of its own and returns its exit code. Nothing that the work leaves in memory
     /// comes back; what it leaves in the job's folder may be anything. When one fails that changes the
-    /// catalogue, another one puts right what it has left. Throws platform::Error: what the work threw, what
-    /// became of the worker, or Cancelled.
+    /// catalogue, another one puts right what it has left; one that died when the change was made has done
+    /// its work. Throws platform::Error: what the work threw, what became of the worker, or Cancelled.
     int run(const Errand& errand, const Work& work, const Answer& answer = {});
 
     /// A signal has come. For what the program itself waits for; the next run() then ends at once.
@@ -66,7 +76,7 @@ class FencedWork {
     int runHere(const Errand& errand, const Work& work, const Answer& answer);
     int runFenced(const Errand& errand, const platform::WorkerLimits& limits, const Work& work,
                   const Answer& answer);
-    void recoverCatalogue();
+    std::optional<bool> recoverCatalogue(const CatalogueChange& change);
     platform::Message answerTo(const platform::Message& request, const Answer& answer);
     std::string copyOfCatalogue();
 
@@ -76,7 +86,9 @@ class FencedWork {
     std::unique_ptr<SignalWatch> watch_;
     std::shared_ptr<QVDataManager> catalogue_;  ///< once a worker has asked for it
     bool isCommitted_ = false;
-    int copies_ = 0;  ///< of the catalogue, for the worker that runs
+    bool hasDied_ = false;     ///< the worker of the last run, without saying what came of its work
+    bool hasWritten_ = false;  ///< it has said something to the user
+    int copies_ = 0;           ///< of the catalogue, for the worker that runs
 };
 
 }  // namespace multiscene::cli

@@ -1,5 +1,6 @@
 #include "cli/TemplateInstaller.h"
 
+#include "app/installation/FolderSwap.h"
 #include "app/language/Strings.h"
 #include "app/server/UrlText.h"
 #include "app/template/SceneJudge.h"
@@ -135,7 +136,13 @@ void TemplateInstaller::install(const fs::path& zip, std::optional<int64_t> offe
         },
         [&](const std::vector<std::string>& request) { told.hear(request); });
     const TemplateFolder& folder = told.folder();
-    errand.changesCatalogue = true;
+    InstallResult made{InstallOutcome::Installed, name, {}, ""};
+    for (const QVTempletDataModel& record : folder.records) made.sIds.push_back(record.sId());
+    errand.change =
+        CatalogueChange{[name, identity = folderIdentity(folder.folder)](QVDataManager& catalogue) {
+                            return TemplateInstallation::isMade(catalogue, name, identity);
+                        },
+                        [&](Console& console) { tell(console, made, event); }};
     fenced_.run(
         errand,
         [&](Workplace& place) {

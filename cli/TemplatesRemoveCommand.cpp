@@ -1,3 +1,5 @@
+#include <cstdlib>
+
 #include "app/catalogue/InstalledTemplates.h"
 #include "app/catalogue/SampleTemplates.h"
 #include "app/installation/TemplateInstallation.h"
@@ -25,16 +27,24 @@ class TemplatesRemoveCommand : public Command {
 
     int execute(Console& console, const JobSettings& settings) override {
         FencedWork fenced(console, settings);
-        std::string name;
+        InstallResult removed{InstallOutcome::Removed, "", {}, ""};
         fenced.run(
             {wanted_, {}, {}},
             [this](Workplace& place) {
-                place.ask({installedName()});
+                const InstalledTemplate found = installed();
+                for (const QVTempletDataModel& record : found.records)
+                    place.ask({found.name, std::to_string(record.sId())});
                 return 0;
             },
-            [&](const std::vector<std::string>& told) { name = told.front(); });
+            [&](const std::vector<std::string>& told) {
+                removed.name = told.front();
+                if (told.size() == 2) removed.sIds.push_back(std::strtoll(told[1].c_str(), nullptr, 10));
+            });
         Errand errand{wanted_, {}, {}};
-        errand.changesCatalogue = true;
+        errand.change = CatalogueChange{[name = removed.name](QVDataManager& catalogue) {
+                                            return TemplateInstallation::isMade(catalogue, name, "");
+                                        },
+                                        [&](Console& shown) { tell(shown, removed); }};
         return fenced.run(
             errand,
             [&](Workplace& place) {
@@ -43,7 +53,7 @@ class TemplatesRemoveCommand : public Command {
                 InstallOptions options;
                 options.isCancelled = [stop = place.stop] { return stop.stop_requested(); };
                 tell(place.console,
-                     TemplateInstallation(*catalogue, name, committing(options, place)).remove());
+                     TemplateInstallation(*catalogue, removed.name, committing(options, place)).remove());
                 return 0;
             },
             [&](const std::vector<std::string>&) { fenced.commit(); });
@@ -51,9 +61,9 @@ class TemplatesRemoveCommand : public Command {
 
   private:
     /// In a worker: templates have written the names by which they are found.
-    std::string installedName() const {
+    InstalledTemplate installed() const {
         QVDataManager catalogue;
-        if (const auto found = findInstalledTemplate(catalogue, wanted_)) return found->name;
+        if (auto found = findInstalledTemplate(catalogue, wanted_)) return std::move(*found);
         throw Error(ErrorKind::Template,
                     findSampleTemplate(wanted_)
                         ? "ships with the program and is not installed; nothing was removed"

@@ -108,6 +108,10 @@ std::string remarkOnContent(const platform::ZipArchive& archive, const std::stri
 
 bool isUnsettled(const Error& failure) { return failure.message().ends_with(kUnsettled); }
 
+Error unsettled(const Error& failure) {
+    return Error(failure.kind(), failure.message() + "; " + kUnsettled, failure.file(), failure.key());
+}
+
 TemplateInstallation::TemplateInstallation(QVDataManager& catalogue, const std::string& name,
                                            InstallOptions options)
     : catalogue_(catalogue),
@@ -193,6 +197,15 @@ InstallResult TemplateInstallation::judged(const TemplateFolder& folder) {
     if (!same) throw Error(ErrorKind::Template, "another template of this name is installed", name_);
     result.outcome = InstallOutcome::AlreadyInstalled;
     return result;
+}
+
+std::optional<bool> TemplateInstallation::isMade(QVDataManager& catalogue, const std::string& name,
+                                                 const std::string& newIdentity) {
+    for (const PendingChange& pending : InstallJournal(catalogue).pending())
+        if (pending.name == name) return std::nullopt;
+    const bool isInstalled = !numbersOwnedBy(name, catalogue).empty();
+    if (newIdentity.empty()) return !isInstalled;
+    return isInstalled && folderIdentity(fs::path(QVUtil::scenePath()) / name) == newIdentity;
 }
 
 UnpackedTemplate TemplateInstallation::unpack(const fs::path& archivePath, const std::string& name,
@@ -312,7 +325,7 @@ void TemplateInstallation::undo(const Error& failure) {
     try {
         recoverThis();
     } catch (const Error&) {
-        throw Error(failure.kind(), failure.message() + "; " + kUnsettled, failure.file(), failure.key());
+        throw unsettled(failure);
     }
 }
 

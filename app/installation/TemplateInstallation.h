@@ -30,6 +30,8 @@ struct InstallResult {
 /// of the two it is turns out when recover() succeeds; the template is whole then in either case. Told by the
 /// words, which come from other processes too.
 bool isUnsettled(const platform::Error& failure);
+/// The same failure, told so.
+platform::Error unsettled(const platform::Error& failure);
 
 struct InstallOptions {
     bool replace = false;  ///< an installed template of the same name makes way
@@ -84,6 +86,11 @@ class TemplateInstallation {
 
     /// Takes the template's rows and files away. Throws Error(Template) when it is not installed.
     InstallResult remove();
+
+    /// What became of a change whose program was killed, after recover(): whether the folder of that identity
+    /// is installed, or, when it is empty, nothing is. Nothing while that is not settled.
+    static std::optional<bool> isMade(QVDataManager& catalogue, const std::string& name,
+                                      const std::string& newIdentity);
 
     /// Where a download of this template is kept while it is fetched, and when it is complete.
     std::filesystem::path partialDownloadPath() const;

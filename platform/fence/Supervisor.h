@@ -32,6 +32,8 @@ class Supervisor {
     /// The job's result stands: a signal no longer ends the worker.
     void commit() { isCommitted_ = true; }
 
+    /// Whether the worker has said what came of its work.
+    bool hasOutcome() const { return told_ || code_; }
     const WorkerActivity& activity() const { return activity_; }
     /// Why the worker was ended; None when it ended by itself, or by a signal of somebody else.
     WorkerFault fault() const { return fault_; }

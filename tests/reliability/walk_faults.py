@@ -119,6 +119,7 @@ class Walk:
             if done.returncode != 0:
                 raise SystemExit(f"undisturbed, {self.name} fails: {done.stderr}")
             self.calls, _ = slot.calls()
+            self.lines = done.stdout.count("\n")
             if len(set(self.calls)) != len(self.calls):
                 raise SystemExit(f"{self.name}: calls that cannot be told apart")
             slot.demand(self.world.again(slot.root), self.fenced)
@@ -160,13 +161,16 @@ class Walk:
             self.missed.append(label)
         killed = done.returncode < 0 or kind.startswith("kill")
         # A disk that fails for good may not let anything be put right before the next run.
-        unsettled = killed or (kind.endswith("for ever") and self.world.may_be_unsettled(done.stderr))
+        is_unclear = self.world.may_be_unsettled(done.stderr)
+        unsettled = killed or (kind.endswith("for ever") and is_unclear)
+        # Whose worker was killed says what became of the work.
+        answered = not unsettled or (killed and done.returncode >= 0 and not is_unclear)
         yield from self.faults_of_answer(done, kind, killed)
         if not unsettled or self.world.instantly:
-            yield from self.faults_of_state(slot, done, unsettled, "at once")
+            yield from self.faults_of_state(slot, done, unsettled, answered, "at once")
         if unsettled and not self.world.instantly:
             yield from self.next_run(slot, self.world.restart(slot.root))
-            yield from self.faults_of_state(slot, done, unsettled, "after the next start")
+            yield from self.faults_of_state(slot, done, unsettled, answered, "after the next start")
         is_done = not self.world.instantly and self.state(slot, False) == "new"
         yield from self.next_run(slot, self.world.again(slot.root) if is_done else self.world.words(slot.root))
         state = self.state(slot, False)
@@ -187,6 +191,8 @@ class Walk:
             yield f"fails because a call did half: {done.stderr.strip()}"
         elif done.returncode == 0 and errors:
             yield f"exit code 0 with an error: {done.stderr.strip()}"
+        elif done.returncode == 0 and killed and done.stdout.count("\n") != self.lines:
+            yield f"exit code 0, and it says: {done.stdout.strip()}"
 
     def next_run(self, slot, words):
         done = slot.run(words, fenced=self.fenced)
@@ -196,9 +202,9 @@ class Walk:
     def state(self, slot, unsettled):
         return self.world.state(worlds.snapshot(slot.root), self.before, self.after, unsettled)
 
-    def faults_of_state(self, slot, done, unsettled, when):
+    def faults_of_state(self, slot, done, unsettled, answered, when):
         state = self.state(slot, unsettled)
-        wanted = ("old", "new") if unsettled else ("new",) if done.returncode == 0 else ("old",)
+        wanted = ("old", "new") if not answered else ("new",) if done.returncode == 0 else ("old",)
         if state not in wanted:
             yield f"{when}: {state}, exit code {done.returncode}: {done.stderr.strip()}"
 
@@ -235,12 +241,18 @@ def arguments():
     return options
 
 
-def row(walk):
+def counted(walk):
+    """Calls, faults, kills and violations."""
     faults = sum(count for fault, count in walk.counts.items() if not fault.startswith("kill") and fault != "missed")
-    kills = walk.counts["kill"] + walk.counts["kill-after"]
-    name = walk.world.name + (" behind the fence" if walk.fenced else " without the fence")
-    return (f"calls that fail in `{name}` | {len(walk.calls)} calls, {faults} faults, {kills} kills | "
-            f"{len(walk.violations)} violations")
+    return len(walk.calls), faults, walk.counts["kill"] + walk.counts["kill-after"], len(walk.violations)
+
+
+def rows(walks):
+    named = [(f"`{walk.world.name}` " + ("behind the fence" if walk.fenced else "without the fence"), counted(walk))
+             for walk in walks]
+    named.append(("all commands", tuple(map(sum, zip(*(numbers for _, numbers in named))))))
+    return "\n".join(f"calls that fail in {name} | {calls} calls, {faults} faults, {kills} kills | {violations} violations"
+                     for name, (calls, faults, kills, violations) in named)
 
 
 def table(walks):
@@ -277,7 +289,7 @@ def main():
                 points = walk.run(pool)
                 print(f"{walk.name}: {points} walks, {time.monotonic() - start:.0f} s", file=sys.stderr)
     if options.rows:
-        print("\n".join(row(walk) for walk in walks))
+        print(rows(walks))
     elif not options.list:
         print(table(walks))
     return 1 if any(walk.violations for walk in walks) else 0
