@@ -160,9 +160,17 @@ void writeFileAtomically(const fs::path& file, std::string_view bytes) {
 }
 
 void createFolders(const fs::path& folder) {
-    std::error_code failure;
-    fs::create_directories(folder, failure);
-    if (failure) throw errnoError(failure.value(), "cannot create the folder", folder.string());
+    // The standard library's function takes what it may not look at for something that is there.
+    constexpr mode_t asOthersWish = 0777;
+    const auto failureOfMaking = [&] { return ::mkdir(folder.c_str(), asOthersWish) == 0 ? 0 : errno; };
+    int failure = failureOfMaking();
+    const fs::path parent = folder.parent_path();
+    if (failure == ENOENT && !parent.empty() && parent != folder) {
+        createFolders(parent);
+        failure = failureOfMaking();
+    }
+    if (failure != 0 && lookAt(folder) != Found::Folder)
+        throw errnoError(failure, "cannot create the folder", folder.string());
 }
 
 void moveFile(const fs::path& from, const fs::path& to, const std::function<bool()>& isCancelled) {
