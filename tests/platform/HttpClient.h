@@ -72,6 +72,13 @@ class HttpClient {
         }
         return std::exchange(read_, {});
     }
+    /// Takes a little of what has come; false when the connection has ended. Does not wait.
+    bool readSome(size_t most) {
+        std::string bytes(most, '\0');
+        const ssize_t count = ::recv(socket_, bytes.data(), bytes.size(), MSG_DONTWAIT);
+        if (count > 0) read_.append(bytes, 0, static_cast<size_t>(count));
+        return count > 0 || (count < 0 && (errno == EAGAIN || errno == EINTR));
+    }
     /// Whether the connection has ended by now; does not wait.
     bool hasEnded() {
         char bytes[4096];

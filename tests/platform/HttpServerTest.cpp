@@ -3,9 +3,11 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 #include <atomic>
 #include <cstdlib>
+#include <ctime>
 #include <fstream>
 #include <map>
 #include <mutex>
@@ -368,6 +370,68 @@ TEST_F(HttpServerTest, SlowClientsAreClosedWhileOthersAreAnswered) {
     EXPECT_TRUE(comesTrue([&] { return server->counts().connections == 1; }, 20s)) << "the reader is there";
     EXPECT_LT(reader.readToEnd().size(), size_t(64) << 20);
     EXPECT_FALSE(stream.hasEnded()) << "nothing was to be sent";
+}
+
+uint64_t residentBytes() {
+    uint64_t pages = 0;
+    std::ifstream("/proc/self/statm") >> pages >> pages;
+    return pages * static_cast<uint64_t>(::sysconf(_SC_PAGESIZE));
+}
+
+TEST_F(HttpServerTest, FiftySlowReadersOfABigFileHoldNobodyUp) {
+    constexpr uint64_t size = 256 << 20;
+    writeFile(size);
+    start();
+    HttpClient kept(server->port());
+    const uint64_t before = residentBytes();
+    std::vector<std::unique_ptr<HttpClient>> readers;
+    for (int i = 0; i < 50; ++i) {
+        readers.push_back(std::make_unique<HttpClient>(server->port(), 4096));
+        readers.back()->send(get("/file"));
+    }
+    auto longest = 0ms;
+    for (int round = 0; round < 120; ++round) {
+        for (const auto& each : readers) ASSERT_TRUE(each->readSome(1000));
+        const auto asked = std::chrono::steady_clock::now();
+        kept.send(get("/ping"));
+        ASSERT_THAT(kept.readAnswer(), HasSubstr("pong"));
+        expectPong();
+        longest = std::max(longest, std::chrono::duration_cast<std::chrono::milliseconds>(
+                                        std::chrono::steady_clock::now() - asked));
+        std::this_thread::sleep_for(50ms);
+    }
+    EXPECT_LT(longest, 5s);
+    EXPECT_LT(residentBytes(), before + (128 << 20)) << "what nobody takes is not read ahead";
+    for (const auto& each : readers) EXPECT_GT(each->unread().size(), 20'000u);
+    EXPECT_EQ(server->counts().connections, 51u);
+}
+
+TEST_F(HttpServerTest, WithoutDescriptorsItWaitsAndGoesOn) {
+    start();
+    HttpClient known(server->port());
+    known.send(get("/ping"));
+    ASSERT_THAT(known.readAnswer(), HasSubstr("pong"));
+    rlimit usual{};
+    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &usual), 0);
+    const auto next = static_cast<rlim_t>(openFile("/dev/null", O_RDONLY).descriptor());
+    const rlimit few{next + 1, usual.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
+    HttpClient waiting(server->port());  // takes the last one
+    waiting.send(get("/ping"));
+    const std::clock_t begun = std::clock();
+    for (int round = 0; round < 20; ++round) {
+        std::this_thread::sleep_for(50ms);
+        known.send(get("/ping"));
+        EXPECT_THAT(known.readAnswer(), HasSubstr("pong"));
+    }
+    EXPECT_LT(std::clock() - begun, CLOCKS_PER_SEC / 4) << "it tries again and again";
+    EXPECT_FALSE(waiting.hasEnded());
+    EXPECT_EQ(waiting.unread(), "");
+    known.send(post("/upload", "Content-Length: 3\r\n", "abc"));
+    EXPECT_THAT(known.readAnswer(), StartsWith("HTTP/1.1 507 "));
+    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &usual), 0);
+    EXPECT_THAT(waiting.readAnswer(), HasSubstr("pong"));
+    EXPECT_THAT(ask(post("/upload", "Content-Length: 3\r\n", "abc")), StartsWith("HTTP/1.1 201 "));
 }
 
 TEST(HttpPaceTest, EachSpanStandsForItself) {
