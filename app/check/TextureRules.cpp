@@ -31,7 +31,7 @@ class Sequences : public DictionaryVisitor {
         const PictureSequence sequence(content.with("animationFps", 1));
         const int64_t last =
             std::abs(int64_t{content.int32("animationEnd")} - int64_t{content.int32("animationStart")});
-        for (int64_t frame = 0; frame <= std::min(last, kMostPictures); ++frame)
+        for (int64_t frame = 0; frame <= std::min(last, kMostPictures - 1); ++frame)
             if (!judge(*sequence.animationWithCurrentFps(frame, 0, last), kind, keyPath + ".animationName"))
                 return;
     }

@@ -56,6 +56,10 @@ void FileWatch::addFolder(const fs::path& folder, const std::string& name) {
     const int watch = ::inotify_add_watch(events_.descriptor(), folder.c_str(),
                                           kSaved | IN_MODIFY | IN_CREATE | IN_ONLYDIR);
     if (watch < 0) return;
+    if (folders_.size() == kMostFolders && !folders_.contains(watch)) {
+        ::inotify_rm_watch(events_.descriptor(), watch);
+        return;
+    }
     const auto [known, isNew] = folders_.try_emplace(watch, Folder{folder, {}});
     if (name.empty())
         known->second.names.clear();

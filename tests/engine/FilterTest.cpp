@@ -94,6 +94,14 @@ class FilterTest : public DrawableFixture {
     }
 };
 
+TEST(FilteredSizeTest, PicturesWithFiltersAreNoLargerThanTheTableSays) {
+    for (const int side : {2047, 2048, 2049, 4096}) {
+        const FilteredSize size = filteredSize(side, side / 2, glm::vec2(side, side / 2));
+        EXPECT_EQ(size.width, std::min(side, 2048)) << side;
+        EXPECT_NEAR(size.height, std::min(side, 2048) / 2, 1) << side;
+    }
+}
+
 TEST_F(FilterTest, BothPaintersAgreeOverEveryFilter) {
     mayDiffer = 4;  // where a rounding tips over
     Texture opaque = motif(150, 101, true), clear = motif(90, 61, false);

@@ -102,6 +102,11 @@ TEST(PvrFile, FindsItsLevelsAlsoWhenCompressed) {
     const Bytes packed = gzipped(bytes);
     EXPECT_THAT(PvrFile(Bytes(packed.begin(), packed.end() - 9)).problem(), HasSubstr("damaged"));
     EXPECT_THROW(platform::inflateGzip(gzipped(Bytes(1 << 20)), "bomb.gz", 1000), platform::Error);
+    for (const uint64_t count : {PvrFile::maxBytes - 1, PvrFile::maxBytes, PvrFile::maxBytes + 1}) {
+        Bytes padded = bytes;
+        padded.resize(count);
+        EXPECT_EQ(PvrFile(gzipped(padded)).problem().empty(), count <= PvrFile::maxBytes) << count;
+    }
 }
 
 TEST(PvrtcDecoder, GivesTheBitsOfAnIndependentDecoder) {

@@ -118,6 +118,12 @@ TEST_F(TextModelTest, AGrowingTextureIsAsLargeAsItsText) {
     EXPECT_EQ(wrapped.textureSize().width, 150);
     EXPECT_GT(wrapped.textureSize().height, 2.5 * measured.height);
     EXPECT_EQ(wrapped.textDrawScale(), 1);
+    for (const int side : {2047, 2048, 2049}) {
+        const auto fixed =
+            model({{"textFixedResolution", std::to_string(side) + "," + std::to_string(side)}});
+        EXPECT_EQ(fixed.textureSize().width, std::min(side, 2048));
+        EXPECT_EQ(fixed.textureSize().height, std::min(side, 2048));
+    }
     const auto nothing = model({{"textString", ""}, {"textureSizeMode", 1}});
     EXPECT_GE(nothing.textureSize().width, 1);
     EXPECT_LE(model({{"textString", std::string(4000, 'w')},

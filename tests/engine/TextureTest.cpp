@@ -23,6 +23,9 @@ TEST(CanvasSize, IsThePowerOfTwoThatHoldsThePicture) {
                                        {640.0f, 1024},
                                        {1024.0f, 1024},
                                        {1025.0f, 2048},
+                                       {4095.0f, 4096},
+                                       {4096.0f, 4096},
+                                       {4097.0f, 4096},
                                        {0.0f, 64}})
         EXPECT_EQ(ZBTexture::minimumSizedTextureSize(side), canvas) << side;
 }

@@ -1,4 +1,5 @@
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -191,7 +192,7 @@ TEST_F(FenceTest, ALimitEndsTheWorkerAndSaysWhichItWas) {
          }},
         {"maxJobThreads=4", "more than 4 threads",
          [] {
-             for (int count = 0; count < 6; ++count) std::thread([] { ::pause(); }).detach();
+             for (int count = 0; count < 4; ++count) std::thread([] { ::pause(); }).detach();
              ::pause();
          }},
     };
@@ -243,6 +244,82 @@ TEST_F(FenceTest, LimitsFollowFromWhatTheJobMakes) {
     WorkerLimits asked;
     asked.set("maxJobMemory=8589934592");
     EXPECT_EQ(asked.forJob(1, 1).memoryBytes, uint64_t{8} << 30);
+}
+
+/// What a worker finds out itself, byte by byte and descriptor by descriptor.
+TEST_F(FenceTest, WhatTheKernelCountsEndsAtTheLimit) {
+    const auto bytesOfAFile = [] {
+        const FileHandle file(::memfd_create("limits", MFD_CLOEXEC));
+        int bytes = 0;
+        while (::write(file.descriptor(), "x", 1) == 1) ++bytes;
+        return std::to_string(bytes) + (errno == EFBIG ? " bytes" : " bytes, and another fault");
+    };
+    const auto descriptors = [] {
+        int last = 0;
+        for (int next = 0; (next = ::dup(STDERR_FILENO)) >= 0;) last = next;
+        return std::to_string(last + 1) + " files";
+    };
+    const auto found = [&](WorkerLimits limits, const std::function<std::string()>& look, bool plans) {
+        return outcomeOf(
+                   [&](Channel& channel) {
+                       std::signal(SIGXFSZ, SIG_IGN);
+                       limits.apply();
+                       if (plans) say(channel, Message::Kind::Plan, {"3", "100"});
+                       say(channel, Message::Kind::Request, {""});
+                       channel.receive(true);  // by then it has heard of the plan
+                       say(channel, Message::Kind::Output, {look()});
+                       say(channel, Message::Kind::Done, {"0"});
+                       return 0;
+                   },
+                   limits)
+            .output;
+    };
+    WorkerLimits limits;
+    limits.set("maxJobFileBytes=1000");
+    EXPECT_EQ(found(limits, bytesOfAFile, false), "1000 bytes");
+    EXPECT_EQ(found(limits, bytesOfAFile, true), "1000 bytes") << "whatever it makes";
+    limits = {};
+    limits.firstFileBytes = 1000;
+    limits.fileBytesPerPixel = 2;
+    EXPECT_EQ(found(limits, bytesOfAFile, true), "1600 bytes");
+    limits.set("maxJobOpenFiles=40");
+    EXPECT_EQ(found(limits, descriptors, false), "40 files");
+}
+
+TEST_F(FenceTest, AsManyThreadsAsAreAllowedLive) {
+    for (const int threads : {3, 4}) {
+        WorkerLimits limits;
+        limits.set("maxJobThreads=4");
+        const int own = isSanitized() ? 2 : 1;  // some sanitizers have one
+        const Outcome outcome = outcomeOf(
+            [&](Channel& channel) {
+                for (int more = own; more < threads; ++more) std::thread([] { ::pause(); }).detach();
+                ::usleep(300'000);  // several looks
+                say(channel, Message::Kind::Done, {"0"});
+                ::_exit(0);
+                return 0;
+            },
+            limits);
+        EXPECT_EQ(outcome.code, 0) << threads;
+    }
+}
+
+TEST_F(FenceTest, AJobMayTakeItsStartAndWhatItMakesUpToTheMost) {
+    WorkerLimits limits;
+    limits.firstMemoryBytes = limits.firstSeconds = limits.firstFileBytes = 100;
+    limits.memoryBytesPerPixel = limits.fileBytesPerPixel = 1;
+    limits.millisecondsPerFrame = 1000;
+    limits.nanosecondsPerPixel = 0;
+    limits.memoryBytes = limits.cpuSeconds = limits.wallSeconds = limits.fileBytes = 110;
+    for (const auto& [more, may] : {std::pair<int64_t, uint64_t>{9, 109}, {10, 110}, {11, 110}}) {
+        EXPECT_EQ(limits.forJob(1, more).memoryBytes, may);
+        EXPECT_EQ(limits.forJob(1, more).fileBytes, may);
+        EXPECT_EQ(limits.forJob(more, 0).cpuSeconds, may);
+        EXPECT_EQ(limits.forJob(more, 0).wallSeconds, may);
+    }
+    limits.nanosecondsPerPixel = 1'000'000;
+    limits.wallSeconds = 1000;
+    EXPECT_EQ(limits.forJob(2, 3000).wallSeconds, 108u);
 }
 
 TEST_F(FenceTest, SignsOfLifeGiveMoreTime) {

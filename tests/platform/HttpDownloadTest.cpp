@@ -1,12 +1,16 @@
 #include "platform/net/HttpDownload.h"
 
+#include <arpa/inet.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/socket.h>
 
 #include <fstream>
 
 #include "FaultyServer.h"
 #include "platform/base/Clock.h"
+#include "platform/base/File.h"
+#include "platform/base/Limits.h"
 #include "platform/base/Paths.h"
 
 namespace platform {
@@ -132,6 +136,47 @@ TEST_F(HttpDownloadTest, FollowsRedirectsWithinHttpOnly) {
     EXPECT_EQ(failure("file:///etc/passwd"), ErrorKind::Usage);
 }
 
+TEST_F(HttpDownloadTest, TriesAndFollowsAsOftenAsTheTableSays) {
+    const auto arrives = [&](size_t count, const std::string& before) {
+        std::vector<test::FaultyAnswer> answers(count, {before});
+        answers.push_back({ok("here")});
+        FaultyServer server(std::move(answers));
+        return !failure(server.url());
+    };
+    constexpr size_t tries = limitOf("maxDownloadTries"), hops = limitOf("maxRedirects");
+    options.attempts = HttpDownloadOptions().attempts;
+    for (const size_t failed : {tries - 2, tries - 1, tries})
+        EXPECT_EQ(arrives(failed, answer("500 E", "", "")), failed < tries) << failed;
+    options.attempts = 1;
+    for (const size_t signposts : {hops - 1, hops, hops + 1})
+        EXPECT_EQ(arrives(signposts, answer("302 Found", "Location: /again\r\n", "")), signposts <= hops)
+            << signposts;
+}
+
+/// A port whose queue is full takes no further connection and says nothing.
+TEST_F(HttpDownloadTest, AServerThatDoesNotAnswerIsGivenUp) {
+    const FileHandle listener(::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0));
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t size = sizeof address;
+    auto* const generic = reinterpret_cast<sockaddr*>(&address);
+    ASSERT_EQ(::bind(listener.descriptor(), generic, size), 0);
+    ASSERT_EQ(::listen(listener.descriptor(), 0), 0);
+    ASSERT_EQ(::getsockname(listener.descriptor(), generic, &size), 0);
+    std::vector<FileHandle> waiting;
+    for (int count = 0; count < 4; ++count) {
+        waiting.emplace_back(::socket(AF_INET, SOCK_STREAM | SOCK_NONBLOCK | SOCK_CLOEXEC, 0));
+        (void)::connect(waiting.back().descriptor(), generic, size);
+    }
+    options.attempts = 1;
+    options.connectTimeoutSeconds = 1;
+    const double start = monotonicSeconds();
+    EXPECT_EQ(failure("http://127.0.0.1:" + std::to_string(ntohs(address.sin_port)) + "/file.zip"),
+              ErrorKind::Transient);
+    EXPECT_LT(monotonicSeconds() - start, 10);
+}
+
 TEST_F(HttpDownloadTest, StopsAtItsLimitsAndWhenAsked) {
     options.maxBytes = 8;
     FaultyServer stated({{ok("0123456789")}});
@@ -161,6 +206,10 @@ TEST_F(HttpDownloadTest, ATricklingServerIsGivenUp) {
     FaultyServer slow({{trickle, false, 200}});
     EXPECT_EQ(failure(slow.url()), ErrorKind::Transient);
     EXPECT_THAT(message, HasSubstr("too slow"));
+
+    options.minBytesPerSecond = 20;
+    FaultyServer quickEnough({{ok(std::string(300, 'x')), false, 200}});
+    EXPECT_EQ(failure(quickEnough.url()), std::nullopt);
 
     options.minBytesPerSecond = 1;
     options.maxSeconds = 0.5;

@@ -261,6 +261,10 @@ TEST_F(ImageTest, PicturesBeyondTheLimitsAreRefusedFromTheirHeader) {
     }
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(60)) << "it hangs";
     EXPECT_THROW(decode("small.png", {.canvas = {40000, 40000}}), Error);
+    static_assert(limitOf("maxDecodedPixels") == 8000 * 8000);
+    EXPECT_EQ(decode("small.png", {.canvas = {7999, 8001}}).width, 7999) << "one pixel less";
+    EXPECT_EQ(decode("small.png", {.canvas = {8000, 8000}}).width, 8000);
+    EXPECT_THROW(decode("small.png", {.canvas = {64'000'001, 1}}), Error) << "one more";
 }
 
 TEST_F(ImageTest, WhatIsNoPictureIsRefusedWithoutALoaderHavingALook) {

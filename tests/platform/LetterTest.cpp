@@ -10,6 +10,7 @@
 #include <random>
 
 #include "platform/base/FileGate.h"
+#include "platform/base/Limits.h"
 #include "platform/base/Paths.h"
 #include "platform/font/Letters.h"
 
@@ -360,7 +361,17 @@ TEST(Letters, TakeWhateverNumbersAndTextsTheyAreGiven) {
     EXPECT_EQ(flatLetters(letters).letters.corners.size() / 6, 4096u / 2);
     const SolidLetters tooMany =
         solidLetters(letters, {.depth = 1, .bevelWidth = 0.05f, .bevelDepth = 0.05f, .bevelSteps = 8});
-    EXPECT_LE(tooMany.letters.corners.size(), 1'500'000u);
+    const auto cornersOf = [](const LetterText& written, int steps) {
+        return solidLetters(written,
+                            {.depth = 1, .bevelWidth = 0.05f, .bevelDepth = 0.05f, .bevelSteps = steps})
+            .letters.corners.size();
+    };
+    const size_t mostCorners = limitOf("maxLetterCorners");
+    EXPECT_LE(tooMany.letters.corners.size(), mostCorners);
+    EXPECT_GT(tooMany.letters.corners.size(), mostCorners * 8 / 10) << "as many as fit";
+    const int mostSteps = limitOf<int>("maxBevelSteps");
+    EXPECT_LT(cornersOf(text("a"), mostSteps - 1), cornersOf(text("a"), mostSteps));
+    EXPECT_EQ(cornersOf(text("a"), mostSteps + 1), cornersOf(text("a"), mostSteps));
     EXPECT_EQ(tooMany.leftOut, std::vector<char32_t>{U'g'}) << "but no blank";
     const float numbers[] = {NAN, INFINITY, -INFINITY, -1, 1e30f, 1e-30f};
     for (const float number : numbers) {

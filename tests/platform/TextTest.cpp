@@ -1,11 +1,13 @@
-#include <gtest/gtest.h>
-
 #include <fontconfig/fontconfig.h>
+#include <gtest/gtest.h>
+#include <unistd.h>
+
 #include <algorithm>
 #include <filesystem>
 #include <numeric>
 
 #include "platform/base/FileGate.h"
+#include "platform/base/Limits.h"
 #include "platform/base/Paths.h"
 #include "platform/text/Blur.h"
 #include "platform/text/TextRasterizer.h"
@@ -317,6 +319,28 @@ TEST(TextTest, FontsComeByNameOrFromAFileInsideTheFence) {
     EXPECT_EQ(fontIn("mine.ttf"), mine) << "loaded once";
     EXPECT_EQ(fontIn("bad.ttf"), nullptr);
     EXPECT_EQ(widthWith({"No Such Letters", nullptr, 40}), standard);
+    std::filesystem::remove_all(folder);
+}
+
+/// In a process of its own: those that are open stay open.
+TEST(TextTest, AsManyFontFilesAreTakenAsTheTableSays) {
+    const auto folder = std::filesystem::temp_directory_path() / ("fonts-test-" + uniqueIdentifier());
+    createFolders(folder);
+    const std::string font = installedFontFile("DejaVu Sans");
+    const auto taken = [&] {
+        FileGate gate;
+        gate.allowFolder(folder);
+        const int most = limitOf<int>("maxFontFiles");
+        int count = 0;
+        for (int number = 0; number <= most; ++number) {
+            const auto file = folder / (std::to_string(number) + ".ttf");
+            std::filesystem::copy_file(font, file);
+            if (openFontFile(gate.open(file).file)) ++count;
+        }
+        const bool isOldOneThere = openFontFile(gate.open(folder / "0.ttf").file);
+        ::_exit(count == most && isOldOneThere ? 0 : 1);
+    };
+    EXPECT_EXIT(taken(), testing::ExitedWithCode(0), "");
     std::filesystem::remove_all(folder);
 }
 

@@ -4,6 +4,7 @@
 
 #include "app/job/PreparedGroup.h"
 #include "platform/archive/ZipWriter.h"
+#include "platform/base/Limits.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
 #include "platform/crypto/Cipher.h"
@@ -108,6 +109,27 @@ TEST(CheckSequence, SaysWhichPictureIsNoneAndWhy) {
     named("pic1.pvr\": is a PVR file of version 3");
     fs::remove(path / "pic1.pvr");
     named("pic1.pvr\" does not exist");
+}
+
+TEST(CheckSequence, JudgesAsManyPicturesAsTheTableSays) {
+    const TemporaryFolder folder;
+    const int most = platform::limitOf<int>("maxSequencePictures");
+    for (const int last : {most, most + 1}) {
+        SmallTemplate small;
+        nodeWith("TextureInfo", Value::Dictionary{{"textureType", "textureSerial"},
+                                                  {"animationStart", 1},
+                                                  {"animationEnd", last},
+                                                  {"animationName", "$(currentScenePlistROOT)/pic"},
+                                                  {"animationExtension", "png"}})(small);
+        const fs::path path = small.write(folder.path());
+        std::error_code isThere;
+        for (int number = 1; number < last; ++number)
+            fs::create_hard_link(path / "red.png", path / ("pic" + std::to_string(number) + ".png"), isThere);
+        std::string found;
+        for (const Finding& finding : checkPath(path, nullptr)) found += describe(finding) + "\n";
+        const std::string missing = "pic" + std::to_string(last) + ".png\" does not exist";
+        EXPECT_EQ(found.find(missing) != std::string::npos, last <= most) << found.substr(0, 1000);
+    }
 }
 
 class CheckProgramTest : public ProgramTest {};

@@ -2,7 +2,9 @@
 #include <gtest/gtest.h>
 
 #include "cli/CommandLine.h"
+#include "cli/ToldTemplate.h"
 #include "platform/base/Error.h"
+#include "platform/base/Limits.h"
 
 namespace multiscene::test {
 namespace {
@@ -90,6 +92,23 @@ TEST(OptionsTest, WrongWordsAreToldWithARemedy) {
         {{"make", "t", "-o", "a.mp4", "--limit", "maxScenes=1"}, "is no limit that can be changed"},
     };
     for (const auto& [words, remedy] : cases) EXPECT_THAT(refusal(words), HasSubstr(remedy));
+}
+
+TEST(ToldTemplateTest, TakesAsManyBytesAsTheTableSays) {
+    const size_t most = platform::limitOf<size_t>("maxToldBytes");
+    const std::vector<std::string> record{"record", "1", "s.plist", "", "3", "", "1", "0", "", "", ""};
+    const std::string word = "info";
+    size_t used = word.size();
+    for (const std::string& field : record) used += field.size();
+    for (const size_t bytes : {most - 1, most, most + 1}) {
+        cli::ToldTemplate told("t", "/t");
+        told.hear(record);
+        const std::vector<std::string> info{word, std::string(bytes - used, ' ')};
+        if (bytes <= most)
+            EXPECT_NO_THROW(told.hear(info));
+        else
+            EXPECT_THROW(told.hear(info), platform::Error);
+    }
 }
 
 }  // namespace multiscene::test
