@@ -41,20 +41,26 @@ INSTANTIATE_TEST_SUITE_P(All, LimitsTest, ::testing::ValuesIn(all()),
 /// What is added to the table is tried here, or is said to be tried elsewhere.
 TEST(LimitsTableTest, EveryLimitIsTried) {
     std::set<std::string> tried{
-        // by a job's worker, in FenceTest
+        // to the last, in platform's FenceTest: what a job may take, as it follows from what it makes
         "jobMemory", "jobMemoryPerPixel", "maxJobMemory", "jobSeconds", "jobMillisecondsPerFrame",
-        "jobNanosecondsPerPixel", "maxJobCpuSeconds", "maxJobSeconds", "maxStepCpuSeconds", "maxStepSeconds",
-        "jobFileBytes", "jobFileBytesPerPixel", "maxJobFileBytes", "maxJobOpenFiles", "maxJobThreads",
-        // in time and by connections, in HttpDownloadTest
-        "maxDownloadSeconds", "maxListSeconds", "minDownloadSpeed", "maxStallSeconds", "maxConnectSeconds",
+        "jobNanosecondsPerPixel", "maxJobCpuSeconds", "maxJobSeconds", "jobFileBytes", "jobFileBytesPerPixel",
+        "maxJobFileBytes", "maxJobOpenFiles", "maxJobThreads",
+        // in HttpDownloadTest
         "maxDownloadTries", "maxRedirects",
-        // by what is seen, in the tests of pictures, texts, letters and archives
-        "maxCanvasSide", "maxFilteredSide", "maxTextTextureSide", "maxTextBitmapSide", "maxLetterCorners",
-        "maxBevelSteps", "maxDecodedPixels", "maxFontFiles",
-        // sizes of whole files, kept by the one function that others try here
-        "maxTrackBytes", "maxThumbnailBytes", "maxPvrBytes", "maxCatalogueBytes", "maxToldBytes",
-        // too large to be made here
-        "maxFilmPixels", "maxSequencePictures", "maxWatchedFolders"};
+        // in TextureTest, FilterTest, TextModelTest, LetterTest, ImageTest, TextTest, PvrTest
+        "maxCanvasSide", "maxFilteredSide", "maxTextTextureSide", "maxBevelSteps", "maxDecodedPixels",
+        "maxFontFiles", "maxPvrBytes",
+        // in OptionsTest, CheckTest, WatchTest
+        "maxToldBytes", "maxSequencePictures", "maxWatchedFolders",
+        // well below and beyond, as no clock is that sharp: in FenceTest and HttpDownloadTest
+        "maxStepCpuSeconds", "maxStepSeconds", "minDownloadSpeed", "maxStallSeconds", "maxConnectSeconds",
+        "maxDownloadSeconds", "maxListSeconds",
+        // by what it leads to, in LetterTest and TextureTest
+        "maxLetterCorners", "maxTextBitmapSide",
+        // whole files, all of which one function reads: maxMediaFileBytes tries it
+        "maxTrackBytes", "maxThumbnailBytes", "maxCatalogueBytes",
+        // not at all at the limit, where a picture takes 150 MB
+        "maxFilmPixels"};
     for (const Trial& trial : all()) EXPECT_TRUE(tried.emplace(trial.limit).second) << trial.limit;
     for (const platform::Limit& limit : platform::limits::kAll)
         EXPECT_EQ(tried.erase(std::string(limit.name)), 1u) << limit.name;
