@@ -23,9 +23,6 @@ TEST(CanvasSize, IsThePowerOfTwoThatHoldsThePicture) {
                                        {640.0f, 1024},
                                        {1024.0f, 1024},
                                        {1025.0f, 2048},
-                                       {4095.0f, 4096},
-                                       {4096.0f, 4096},
-                                       {4097.0f, 4096},
                                        {0.0f, 64}})
         EXPECT_EQ(ZBTexture::minimumSizedTextureSize(side), canvas) << side;
 }
@@ -213,6 +210,17 @@ TEST_F(TextureTest, FiltersShapeThePhotoOnly) {
     EXPECT_TRUE(isNear(at(1, 32), kRed, 2));
     drawn({{"filterType", "unknown"}}, photo);
     EXPECT_TRUE(isNear(at(32, 32), kWhite));
+}
+
+TEST_F(TextureTest, NoCanvasIsLargerThanTheTableSays) {
+    platform::FileGate gate;
+    gate.allowFolder(path(""));
+    for (const int width : {4095, 4096, 4097}) {
+        const std::vector<Pixel> row(static_cast<size_t>(width), kRed);
+        const auto wide = ZBTexture::picture(picture("wide.png", row, width), gate, {});
+        EXPECT_EQ(wide.bitmap.width, 4096) << width;
+        EXPECT_EQ(wide.source.width, width);
+    }
 }
 
 TEST_F(TextureTest, ShrunkPicturesAreAveraged) {
