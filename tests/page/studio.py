@@ -1,0 +1,175 @@
+"""The studio that the tests talk to, and the browser that they look at it with."""
+
+import base64
+import pathlib
+import re
+import shutil
+import signal
+import subprocess
+import tempfile
+import time
+
+from selenium import webdriver
+from selenium.common.exceptions import JavascriptException, StaleElementReferenceException
+from selenium.webdriver.chrome.service import Service
+from selenium.webdriver.common.by import By
+
+PATIENCE = 60
+
+
+class Studio:
+    """`multiscene studio` with a home of its own."""
+
+    def __init__(self, program):
+        self.program = program
+        self.home = pathlib.Path(tempfile.mkdtemp(prefix="studio-page-"))
+        self.port = 0
+        self.start()
+
+    def start(self):
+        command = [self.program, "studio", "--home", str(self.home), "--no-open", "--port", str(self.port)]
+        self.process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
+        line = self.process.stdout.readline()
+        found = re.search(r"http://\S+", line)
+        if not found:
+            raise AssertionError(f"the studio said: {line}{self.process.stdout.read()}")
+        self.address = found.group(0)
+        self.port = int(re.search(r":(\d+)/", self.address).group(1))
+
+    def renew_address(self):
+        """An address lets in once; the next one lies in the home."""
+        written = self.home / "studio" / "address"
+        if written.exists():
+            self.address = written.read_text().strip()
+
+    def stop(self, how=signal.SIGTERM):
+        self.process.send_signal(how)
+        self.process.wait(20)
+        self.process.stdout.close()
+
+    def close(self):
+        if self.process.poll() is None:
+            self.stop()
+        shutil.rmtree(self.home, ignore_errors=True)
+
+    @property
+    def page(self):
+        return self.address.split("#")[0]
+
+
+class Browser:
+    """One window of a size, with a profile of its own."""
+
+    def __init__(self, width, height, is_phone=False):
+        options = webdriver.ChromeOptions()
+        for argument in ("--headless=new", "--no-sandbox", "--disable-gpu", "--hide-scrollbars", "--disable-dev-shm-usage"):
+            options.add_argument(argument)
+        options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
+        self.driver = webdriver.Chrome(service=Service(shutil.which("chromedriver")), options=options)
+        self.driver.set_script_timeout(PATIENCE)
+        self.resize(width, height, is_phone)
+        self.look(is_dark=False)
+
+    def close(self):
+        self.driver.quit()
+
+    def devtools(self, command, **parameters):
+        return self.driver.execute_cdp_cmd(command, parameters)
+
+    def resize(self, width, height, is_phone=False):
+        self.devtools("Emulation.setDeviceMetricsOverride", width=width, height=height, deviceScaleFactor=1, mobile=is_phone)
+        self.devtools("Emulation.setTouchEmulationEnabled", enabled=is_phone)
+
+    def look(self, is_dark):
+        """Light or dark; without motion, so that a picture of the page is one of its end."""
+        features = {"prefers-color-scheme": "dark" if is_dark else "light", "prefers-reduced-motion": "reduce"}
+        self.devtools("Emulation.setEmulatedMedia", features=[dict(name=n, value=v) for n, v in features.items()])
+
+    def open(self, address):
+        self.driver.get(address)
+
+    def go(self, path):
+        self.run("location.hash = arguments[0]", path)
+
+    def run(self, script, *arguments):
+        return self.driver.execute_script(script, *arguments)
+
+    def wait(self, what, condition, patience=PATIENCE):
+        """What `condition` gives once it is something; `what` says what did not come."""
+        end = time.monotonic() + patience
+        while True:
+            try:
+                got = condition()
+            except (JavascriptException, StaleElementReferenceException):
+                got = None
+            if got:
+                return got
+            if time.monotonic() > end:
+                raise AssertionError(f"did not come: {what}; the page says: {self.run('return document.body.innerText')[:600]}")
+            time.sleep(0.05)
+
+    def all(self, selector):
+        return self.driver.find_elements(By.CSS_SELECTOR, selector)
+
+    def one(self, selector, patience=PATIENCE):
+        return self.wait(selector, lambda: next((e for e in self.all(selector) if e.is_displayed()), None), patience)
+
+    def press(self, selector):
+        """As a finger does, wherever it lies on the screen by now."""
+        element = self.one(selector)
+        self.run("arguments[0].scrollIntoView({block: 'center'})", element)
+        element.click()
+
+    def press_text(self, text, within="body"):
+        find = "return [...document.querySelector(arguments[1]).querySelectorAll('button, a')].find(e => e.innerText.trim() === arguments[0] && e.checkVisibility())"
+        element = self.wait(text, lambda: self.run(find, text, within))
+        self.run("arguments[0].scrollIntoView({block: 'center'}); arguments[0].click()", element)
+
+    def choose(self, selector, *files):
+        self.wait(selector, lambda: self.all(selector))[0].send_keys("\n".join(map(str, files)))
+
+    def heading(self, text):
+        self.wait(f"heading {text}", lambda: self.run("return document.querySelector('h1')?.innerText") == text)
+
+    def picture(self, clip=None):
+        """The screen as PNG bytes; `clip` in CSS pixels."""
+        more = dict(clip=dict(clip, scale=1)) if clip else {}
+        return base64.b64decode(self.devtools("Page.captureScreenshot", format="png", **more)["data"])
+
+    def complaints(self):
+        """What the browser complained of: faults of scripts, and what the content policy refused."""
+        return [e["message"] for e in self.driver.get_log("browser") if "Content Security" in e["message"] or "Uncaught" in e["message"]]
+
+    def axe(self, source):
+        """What axe-core finds, a line each."""
+        if not self.run("return !!window.axe"):
+            self.run(source)
+        script = """
+            const done = arguments[arguments.length - 1];
+            axe.run(document, {resultTypes: ['violations']}).then(
+              (result) => done(result.violations.flatMap((v) => v.nodes.map((n) => `${v.id}: ${n.html.slice(0, 200)}`))),
+              (error) => done([String(error)]));"""
+        return self.driver.execute_async_script(script)
+
+    def api(self, path):
+        """What the studio answers to this page."""
+        script = "const done = arguments[1]; fetch('/api/v1' + arguments[0]).then((a) => a.json()).then(done, (e) => done({error: String(e)}))"
+        return self.driver.execute_async_script(script, path)
+
+    def requests_to(self, path):
+        """From now on the bodies of requests to paths that end so are kept; `sent()` gives them."""
+        self.run(
+            """
+            window.sentBodies = [];
+            const plain = window.fetch;
+            window.fetch = (address, request) => {
+              if (String(address).endsWith(arguments[0]) && request?.body) sentBodies.push(JSON.parse(request.body));
+              return plain(address, request);
+            };""",
+            path,
+        )
+
+    def sent(self):
+        return self.run("return sentBodies")
+
+
