@@ -85,6 +85,7 @@ class PageTest(unittest.TestCase):
     def crop_is_what_is_shown(self, browser):
         """The colours under the place, against where the numbers that are sent say that they come from."""
         box = browser.run("const b = document.querySelector('.crop-place').getBoundingClientRect(); return [b.x, b.y, b.width, b.height]")
+        browser.run("document.querySelector('.crop-scene').hidden = true")
         across, screen = pixels(browser.picture())
         browser.requests_to("/checks")
         browser.press(".dialog-foot .primary")
@@ -199,7 +200,7 @@ class PageTest(unittest.TestCase):
         browser.press_text("Make anyway")
         browser.heading("Making your video")
         browser.press_text("Cancel")
-        browser.heading("Sunny Day")
+        browser.wait("the form again", lambda: "/fill/" in browser.driver.current_url)
         self.assertEqual(browser.api("/jobs?limit=1")["jobs"][0]["state"], "cancelled")
         self.assertEqual(browser.one("#field-title input").get_attribute("value"), "Only this")
 

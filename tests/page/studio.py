@@ -84,6 +84,13 @@ class Browser:
         """Light or dark; without motion, so that a picture of the page is one of its end."""
         features = {"prefers-color-scheme": "dark" if is_dark else "light", "prefers-reduced-motion": "reduce"}
         self.devtools("Emulation.setEmulatedMedia", features=[dict(name=n, value=v) for n, v in features.items()])
+        drawn = """
+            const done = arguments[1];
+            const look = () => matchMedia('(prefers-color-scheme: dark)').matches === arguments[0]
+              ? requestAnimationFrame(() => setTimeout(done, 50))
+              : requestAnimationFrame(look);
+            look();"""
+        self.driver.execute_async_script(drawn, is_dark)
 
     def open(self, address):
         self.driver.get(address)
@@ -117,6 +124,7 @@ class Browser:
     def press(self, selector):
         """As a finger does, wherever it lies on the screen by now."""
         element = self.one(selector)
+        self.wait(f"{selector}, ready", element.is_enabled)
         self.run("arguments[0].scrollIntoView({block: 'center'})", element)
         element.click()
 

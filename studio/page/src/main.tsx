@@ -17,11 +17,12 @@ async function changeLanguage(language: Language): Promise<void> {
   draw();
 }
 
-/** The key that the program put into the address is used up at once, and never seen in the history. */
-function takeKey(): string {
-  const key = /^#key=(.+)$/.exec(location.hash)?.[1] ?? '';
-  if (key) history.replaceState(null, '', '#/');
-  return key;
+/** The key or pairing code that came with the address is used up at once, and never seen in the history. */
+function takeKey(): { key: string } | { code: string } | null {
+  const [, name, value] = /^#(key|code)=(\w+)$/.exec(location.hash) ?? [];
+  if (!name || !value) return null;
+  history.replaceState(null, '', '#/');
+  return name === 'key' ? { key: value } : { code: value };
 }
 
 setTheme(chosenTheme());

@@ -8,6 +8,8 @@ export interface Listener {
   template(id: number): void;
   /** The stream is there (again): what happened meanwhile has to be asked for. */
   opened(): void;
+  /** It broke; the browser tries again. */
+  lost(): void;
 }
 
 export class Events {
@@ -46,6 +48,7 @@ export class Events {
     this.source = source;
     source.onopen = () => this.listener.opened();
     source.onerror = () => {
+      this.listener.lost();
       // A refusal (over the cap, or signed out) ends an EventSource for good.
       if (source.readyState === EventSource.CLOSED) setTimeout(() => this.adapt(), 5000);
     };

@@ -149,7 +149,8 @@ export interface Job {
 
 export interface JobRequest {
   template: number;
-  values: ApiValues;
+  /** Null, in what a job was made with: an upload that is gone. */
+  values: Record<string, ApiValue | null>;
   music: ApiMusic;
   size?: { width: number; height: number } | null;
   draft?: boolean;

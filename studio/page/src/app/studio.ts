@@ -59,6 +59,7 @@ const events = new Events(
       if (videos) studio.set({ videos: [video, ...videos.filter((other) => other.id !== video.id)] });
     },
     template: () => void loadTemplates(),
+    lost: () => studio.set({ isOffline: true }),
     opened: () => void catchUp(),
   },
   () => wantsNotice() && activeJobs(studio.value.jobs).length > 0,
@@ -103,14 +104,14 @@ async function enter(session: Session): Promise<void> {
 }
 
 /** With the key that the program put into the address, else with the cookie of an earlier visit. */
-export async function start(key: string): Promise<void> {
+export async function start(key: { key: string } | { code: string } | null): Promise<void> {
   onSignedOut(() => {
     events.stop();
     studio.set({ session: null });
   });
   try {
     const session = key
-      ? await post<Session>('/sessions', { key }).catch(() => get<Session>('/sessions/current'))
+      ? await post<Session>('/sessions', key).catch(() => get<Session>('/sessions/current'))
       : await get<Session>('/sessions/current');
     await enter(session);
   } catch (error) {
@@ -120,11 +121,15 @@ export async function start(key: string): Promise<void> {
   }
 }
 
-/** The templates of the last visit, where a service worker has kept them. */
+const lookAgain = 4000;
+
+/** The templates of the last visit, where a service worker has kept them, until the studio is back. */
 async function startOffline() {
-  studio.set({ isOffline: true });
   await loadTemplates().catch(() => {});
-  addEventListener('online', () => location.reload());
+  studio.set({ isOffline: true });
+  setInterval(() => {
+    if (!document.hidden) get('/sessions/current').then(() => location.reload(), () => {});
+  }, lookAgain);
 }
 
 export async function signIn(code: string): Promise<void> {

@@ -13,6 +13,10 @@ export async function requestedContent(
   for (const input of template.inputs) {
     const value = request.values[input.key];
     if (value === undefined) continue;
+    if (value === null) {
+      lost += 1;
+      continue;
+    }
     if (typeof value === 'string') {
       fields[input.key] = { kind: 'text', text: value };
       continue;

@@ -1,6 +1,6 @@
 // A video in the making: the frame that is being drawn, how long it takes, the way out.
 import { useEffect, useState } from 'preact/hooks';
-import { Problem } from '../api/client';
+import { Problem, send } from '../api/client';
 import { isActive } from '../api/types';
 import { go } from '../app/router';
 import { t } from '../app/strings';
@@ -14,31 +14,35 @@ import { sayProblem } from '../ui/Toasts';
 const pictureEvery = 1000;
 
 /** The newest picture that has arrived whole; the one before stays until then. */
-function useFramePicture(id: string, isRunning: boolean): string {
+function useFramePicture(id: string, isDrawing: boolean): string {
   const [shown, setShown] = useState('');
   useEffect(() => {
-    if (!isRunning) return;
+    if (!isDrawing) return;
     let isCurrent = true;
-    const ask = () => {
-      const image = new Image();
-      const address = `/api/v1/jobs/${id}/picture.jpg?t=${Date.now()}`;
-      image.onload = () => isCurrent && setShown(address);
-      image.src = address;
+    let last = '';
+    const ask = async () => {
+      // Fetched, since an image of the same address would be the one that the browser has.
+      const answer = await send('GET', `/jobs/${id}/picture.jpg`).catch(() => null);
+      if (!answer || !isCurrent) return;
+      const next = URL.createObjectURL(await answer.blob());
+      setShown(next);
+      setTimeout(URL.revokeObjectURL, pictureEvery, last);
+      last = next;
     };
-    ask();
-    const timer = setInterval(ask, pictureEvery);
+    void ask();
+    const timer = setInterval(() => void ask(), pictureEvery);
     return () => {
       isCurrent = false;
       clearInterval(timer);
     };
-  }, [id, isRunning]);
+  }, [id, isDrawing]);
   return shown;
 }
 
 export function MakingScreen({ id }: { id: string }) {
   const job = studio.use((value) => value.jobs[id]);
   const card = studio.use((value) => value.templates?.find((other) => other.id === job?.template?.id));
-  const picture = useFramePicture(id, job?.state === 'running');
+  const picture = useFramePicture(id, job?.state === 'running' && job.frame > 0);
   const [notice, setNotice] = useState(noticeState());
 
   useEffect(() => {

@@ -12,6 +12,23 @@ interface Properties {
   children: ComponentChildren;
 }
 
+let open = 0;
+const isDialogState = () => (history.state as { isDialog?: boolean } | null)?.isDialog === true;
+
+/** The phone's Back button closes a dialog instead of leaving the screen: a dialog is a step in the history, and one
+ * that follows another at once is the same step. */
+function enterHistory(onBack: () => void): () => void {
+  open += 1;
+  if (!isDialogState()) history.pushState({ isDialog: true }, '');
+  const back = () => !isDialogState() && onBack();
+  addEventListener('popstate', back);
+  return () => {
+    open -= 1;
+    removeEventListener('popstate', back);
+    setTimeout(() => open === 0 && isDialogState() && history.back(), 0);
+  };
+}
+
 export function Dialog({ title, onClose, shape = 'sheet', children }: Properties) {
   const dialog = useRef<HTMLDialogElement>(null);
   const id = useId();
@@ -21,16 +38,12 @@ export function Dialog({ title, onClose, shape = 'sheet', children }: Properties
   useEffect(() => {
     const element = dialog.current;
     element?.showModal();
-    // The phone's Back button closes the dialog instead of leaving the screen.
-    history.pushState({ dialog: id }, '');
-    const back = () => close.current();
-    addEventListener('popstate', back);
+    const leave = enterHistory(() => close.current());
     return () => {
-      removeEventListener('popstate', back);
-      if ((history.state as { dialog?: string } | null)?.dialog === id) history.back();
+      leave();
       element?.close();
     };
-  }, [id]);
+  }, []);
 
   return (
     <dialog
