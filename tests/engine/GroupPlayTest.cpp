@@ -259,12 +259,21 @@ TEST_F(GroupPlay, FramesThatAreLeftOutStillFillWhatLaterOnesShow) {
                          {"childNode", Value(Value::Array{patch("0.4,0.8,1,1", {}, {{"flickers", true}})})}});
     const Value bracket =
         Value(Dictionary{{"type", "QVObject3DTransformBase"}, {"childNode", Value(Value::Array{target})}});
-    addScene(1,
-             flatScene(32, 32, clock(9),
-                       {bracket, Value(texturedQuad(
-                                     "QVQuadObject3D",
-                                     {{"textureType", "RTTTexture"}, {"textureMapKey", "kept"}}, 32, 32))}),
-             10);
+    // One that draws something behind itself, which is left out too.
+    const std::string file = folder_ / "dot.png";
+    platform::writePng(file, {1, 1, std::array<uint8_t, 4>{9, 9, 9, 255}.data(), 4});
+    Dictionary fitted =
+        texturedQuad("QVQuadObject3D", {{"textureType", "image"}, {"texture", file}}, 2, 1, 15);
+    fitted["QuadInfo"] =
+        fitted["QuadInfo"].with("quadObject3DContentMode", 1).with("backgroundRenderMode", 1);
+    addScene(
+        1,
+        flatScene(32, 32, clock(9),
+                  {bracket,
+                   Value(texturedQuad("QVQuadObject3D",
+                                      {{"textureType", "RTTTexture"}, {"textureMapKey", "kept"}}, 32, 32)),
+                   Value(fitted)}),
+        10);
     play(1);
     std::map<int64_t, std::vector<uint8_t>> pictures;
     const auto playOf = [&](const PictureSink::Selection& selection) {
@@ -279,11 +288,14 @@ TEST_F(GroupPlay, FramesThatAreLeftOutStillFillWhatLaterOnesShow) {
         run();
         return pictures;
     };
-    const auto all = playOf({});
-    EXPECT_EQ(playOf([](int64_t frame) { return frame == 8; }).at(8), all.at(8));
-    EXPECT_EQ(driver_->statistics().drawnFrames, 1);
-    EXPECT_EQ(all.at(8), all.at(4)) << "the node is gone, its last picture is not";
-    EXPECT_NE(all.at(8), all.at(3));
+    for (const Renderer renderer : {Renderer::GL, Renderer::Software}) {
+        renderer_ = renderer;
+        const auto all = playOf({});
+        EXPECT_EQ(playOf([](int64_t frame) { return frame == 8; }).at(8), all.at(8));
+        EXPECT_EQ(driver_->statistics().drawnFrames, 1);
+        EXPECT_EQ(all.at(8), all.at(4)) << "the node is gone, its last picture is not";
+        EXPECT_NE(all.at(8), all.at(3));
+    }
 }
 
 TEST_F(GroupPlay, FramesLeftOutOfATransitionFillTheScenesTextures) {

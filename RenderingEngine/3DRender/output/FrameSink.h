@@ -40,6 +40,9 @@ class FrameSink {
     virtual void renderFrameToVideo() = 0;
     /// The frame was not drawn.
     virtual void skipFrame() {}
+    /// Asked after each frame: whether the same one is to be drawn again, because what it shows has changed.
+    /// May wait until that is known; wake() ends the waiting.
+    virtual bool wantsFrameAgain() { return false; }
 
     /// The group has played to its end: complete what is being made. Any thread.
     virtual void finishExport() {}

@@ -357,6 +357,7 @@ Texture& GLPainter::filtered(const QuadDraw& quad) {
 }
 
 void GLPainter::paint(const QuadDraw& quad) {
+    if (targets_.empty()) return;
     if (quad.filters && quad.texture) {
         QuadDraw shown = quad;
         shown.texture = &filtered(quad);
@@ -387,6 +388,7 @@ void GLPainter::paint(const QuadDraw& quad) {
 // --- triangles -----------------------------------------------------------------------------------------
 
 void GLPainter::paint(const LettersDraw& letters) {
+    if (targets_.empty()) return;
     apply(letters.state);
     Shader& shader = named("font_2dShader");
     bindTexture(shader, "videoFrame", 0, letters.atlas);
@@ -400,6 +402,7 @@ void GLPainter::paint(const LettersDraw& letters) {
 /// A convex shape is in order when what faces away is drawn first. Where the near hides the far and depths
 /// are compared, what faces the viewer goes first: the rest is then never shaded.
 void GLPainter::paint(const MeshDraw& mesh) {
+    if (targets_.empty()) return;
     apply(mesh.state);
     if (mesh.comparesDepths) {
         addDepth();

@@ -187,6 +187,7 @@ void SoftwarePainter::endTarget() {
 }
 
 void SoftwarePainter::paint(const QuadDraw& quad) {
+    if (pictures_.empty()) return;
     Picture& picture = current();
     if (std::holds_alternative<ColorLook>(quad.look)) return paintColor(quad);
     if (quad.filters && !quad.texture->levels().empty()) {
@@ -229,11 +230,13 @@ void SoftwarePainter::paintColor(const QuadDraw& quad) {
 }
 
 void SoftwarePainter::paint(const LettersDraw& letters) {
+    if (pictures_.empty()) return;
     current().keep(letters.atlas);
     current().add(letters, letters.atlas);
 }
 
 void SoftwarePainter::paint(const MeshDraw& mesh) {
+    if (pictures_.empty()) return;
     current().keep(mesh.texture);
     current().keep(mesh.emissionTexture);
     current().add(mesh, nullptr);

@@ -21,23 +21,21 @@ void FrameComposer::render(int64_t frame, Painter& painter, FrameSink* sink) {
 
 void FrameComposer::singleSceneRender(const SceneSlots& turn, int64_t frame, Target target) {
     advance({turn.current}, frame);
-    drawOrLeaveOut({turn.current}, target);
+    drawWhileWanted(target, [&] { drawOrLeaveOut({turn.current}, target); });
     closeFrame({turn.current}, {&slots_.current});
 }
 
 void FrameComposer::doubleSceneTransitionsRender(const SceneSlots& turn, int64_t frame, Target target) {
     const Scenes scenes{turn.current, turn.next, turn.transition};
     advance(scenes, frame);
-    // Later frames may show these textures too, so they are drawn in frames that are left out as well.
-    drawSceneTextures({turn.current, turn.next}, target);
-    drawOrLeaveOut({turn.transition}, target);
+    drawWhileWanted(target, [&] { drawTransition(turn, target); });
     closeFrame(scenes, {&slots_.current, &slots_.next, &slots_.transition});
 }
 
 void FrameComposer::doubleSceneRender(const SceneSlots& turn, int64_t frame, Target target) {
     const Scenes scenes{turn.current, turn.transition};
     advance(scenes, frame);
-    drawOrLeaveOut(scenes, target);
+    drawWhileWanted(target, [&] { drawOrLeaveOut(scenes, target); });
     closeFrame(scenes, {&slots_.current, &slots_.transition});
 }
 
@@ -57,8 +55,15 @@ void FrameComposer::advance(Scenes scenes, int64_t frame) {
     if (sampleBlock_) sampleBlock_(frame);
 }
 
-void FrameComposer::drawSceneTextures(Scenes scenes, Target target) {
+void FrameComposer::drawTransition(const SceneSlots& turn, Target target) {
     if (!target.sink) return;
+    if (!target.sink->wantsNextFrame() && !sceneTexturesLast_)
+        return leaveOut({turn.current, turn.next, turn.transition}, target);
+    drawSceneTextures({turn.current, turn.next}, target);
+    drawOrLeaveOut({turn.transition}, target);
+}
+
+void FrameComposer::drawSceneTextures(Scenes scenes, Target target) {
     const StageTimer timer(statistics_.draw);
     for (const auto& scene : scenes)
         if (scene) scene->renderToTextureObject().renderSceneToTexture(target.painter);

@@ -22,6 +22,10 @@ class FrameComposer {
     /// Called in each frame with its number, after updateMatrix and before anything is drawn.
     void setSampleBlock(FrameBlock block) { sampleBlock_ = std::move(block); }
 
+    /// Whether later frames may show the textures that scenes are drawn into: else those of frames that are
+    /// left out are not drawn.
+    void setSceneTexturesLast(bool last) { sceneTexturesLast_ = last; }
+
     /// No sink: scenes are clocked, decoded and moved, but nothing is drawn.
     void render(int64_t frame, Painter& painter, FrameSink* sink);
 
@@ -34,11 +38,18 @@ class FrameComposer {
         FrameSink* sink;
     };
 
+    /// Draws it as often as it is wanted.
+    template <typename Draw>
+    static void drawWhileWanted(Target target, const Draw& draw) {
+        do draw();
+        while (target.sink && target.sink->wantsFrameAgain());
+    }
     void singleSceneRender(const SceneSlots& turn, int64_t frame, Target target);
     void doubleSceneTransitionsRender(const SceneSlots& turn, int64_t frame, Target target);
     void doubleSceneRender(const SceneSlots& turn, int64_t frame, Target target);
 
     void advance(Scenes scenes, int64_t frame);
+    void drawTransition(const SceneSlots& turn, Target target);
     void drawSceneTextures(Scenes scenes, Target target);
     void drawOrLeaveOut(Scenes scenes, Target target);
     void drawFrame(Scenes scenes, Target target);
@@ -48,6 +59,7 @@ class FrameComposer {
     SceneSlots& slots_;
     FrameStatistics& statistics_;
     FrameBlock sampleBlock_;
+    bool sceneTexturesLast_ = true;
 };
 
 }  // namespace multiscene

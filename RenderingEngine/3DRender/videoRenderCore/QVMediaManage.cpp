@@ -1,6 +1,7 @@
 #include "videoRenderCore/QVMediaManage.h"
 
 #include "core/ExpectedPictures.h"
+#include "core/Material/SceneTextures.h"
 #include "core/QVLightBase.h"
 #include "core/SceneNodes.h"
 #include "core/carmera/QVCamera3D.h"
@@ -54,6 +55,7 @@ void QVMediaManage::loadSceneGroup(SceneGroup group) {
 
 void QVMediaManage::takeGroup(SceneGroup group) {
     group_ = std::move(group);
+    renderManager_->setSceneTexturesLast(outlastTheirTurn(group_));
     renderManager_->playback().settings().setUserMediaMapDic(group_.userMediaMap);
 }
 

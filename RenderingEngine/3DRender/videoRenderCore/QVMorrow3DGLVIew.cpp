@@ -1,6 +1,7 @@
 #include "videoRenderCore/QVMorrow3DGLVIew.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace multiscene {
 
@@ -11,7 +12,21 @@ void QVMorrow3DGLVIew::ask(int64_t frame, const platform::Canvas& picture) {
     askedFrame_ = frame;
     picture_ = picture;
     isShown_ = false;
+    if (isHolding_ && !isAskedAgain_ && frame == nextFrame_ - 1) {
+        --nextFrame_;
+        isAskedAgain_ = true;
+    }
     signal_.notify_all();
+}
+
+bool QVMorrow3DGLVIew::isHolding(int64_t frame) const {
+    const std::lock_guard lock(mutex_);
+    return isHolding_ && frame == nextFrame_ - 1;
+}
+
+void QVMorrow3DGLVIew::change(std::function<void()> call) {
+    const std::lock_guard lock(mutex_);
+    change_ = std::move(call);
 }
 
 void QVMorrow3DGLVIew::rest() {
@@ -43,16 +58,41 @@ std::optional<int64_t> QVMorrow3DGLVIew::frames() const {
 
 bool QVMorrow3DGLVIew::isWanted() const { return !hasEnded_ && nextFrame_ <= askedFrame_; }
 
+/// A change is made by who waits.
 bool QVMorrow3DGLVIew::isOkCaptureScreenVideo() const {
     const std::lock_guard lock(mutex_);
-    return isWanted();
+    return isWanted() && !change_;
 }
 
 bool QVMorrow3DGLVIew::waitUntilOk() {
     std::unique_lock lock(mutex_);
     signal_.wait(lock, [this] { return isWanted() || isWoken_; });
     isWoken_ = false;
-    return isWanted();
+    if (!isWanted()) return false;
+    lock.unlock();
+    makeChange();
+    return true;
+}
+
+bool QVMorrow3DGLVIew::wantsFrameAgain() {
+    std::unique_lock lock(mutex_);
+    if (!isHolding_) return false;
+    signal_.wait(lock, [this] { return isAskedAgain_ || isWoken_ || askedFrame_ >= nextFrame_; });
+    isHolding_ = false;
+    const bool isAgain = std::exchange(isAskedAgain_, false);
+    if (isWoken_) return false;
+    lock.unlock();
+    makeChange();
+    return isAgain;
+}
+
+void QVMorrow3DGLVIew::makeChange() {
+    std::function<void()> change;
+    {
+        const std::lock_guard lock(mutex_);
+        std::swap(change, change_);
+    }
+    if (change) change();
 }
 
 void QVMorrow3DGLVIew::wake() {
@@ -83,6 +123,7 @@ void QVMorrow3DGLVIew::renderFrameToVideo() {
     {
         const std::lock_guard lock(mutex_);
         isShown_ = nextFrame_ == askedFrame_;
+        isHolding_ = isShown_ && holdsFrames_;
         // It was asked for again, into other memory, while it was drawn.
         if (isShown_ && picture_.pixels != target_.pixels)
             std::copy_n(target_.pixels, target_.stride * target_.height, picture_.pixels);
@@ -108,7 +149,8 @@ void QVMorrow3DGLVIew::finishExport() {
 std::shared_ptr<FrameSink> QVMorrow3DGLVIew::freshSink() {
     const std::lock_guard lock(mutex_);
     nextFrame_ = 0;
-    hasEnded_ = isWoken_ = false;
+    hasEnded_ = isWoken_ = isHolding_ = isAskedAgain_ = false;
+    change_ = nullptr;
     return nullptr;
 }
 

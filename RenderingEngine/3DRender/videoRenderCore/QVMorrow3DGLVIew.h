@@ -34,8 +34,7 @@ class QVMorrow3DGLVIew : public FrameSink {
     int32_t bufferHeight() const { return placer_.layout().height; }
 
     /// Has the frame drawn into `picture`, which is of the buffer's size, its rows packed, and stays until
-    /// the next call. A frame before nextFrame() comes only in a run that
-    /// starts again.
+    /// the next call. A frame before nextFrame() comes only when it is held, or in a run that starts again.
     void ask(int64_t frame, const platform::Canvas& picture);
     /// Nothing is asked for any more.
     void rest();
@@ -53,6 +52,14 @@ class QVMorrow3DGLVIew : public FrameSink {
     /// run.
     void setOnChange(std::function<void()> call) { onChange_ = std::move(call); }
 
+    /// From now on the loop is held up within each frame that was asked for, once it is there: so that frame
+    /// can be drawn again. Set before the first run.
+    void setHoldsFrames() { holdsFrames_ = true; }
+    /// Whether it is held up in that frame: then it can be asked for again.
+    bool isHolding(int64_t frame) const;
+    /// Called on the render queue before anything else is drawn; none: no longer.
+    void change(std::function<void()> call);
+
     // FrameSink
     int32_t width() const override { return placer_.layout().drawnWidth; }
     int32_t height() const override { return placer_.layout().drawnHeight; }
@@ -63,6 +70,7 @@ class QVMorrow3DGLVIew : public FrameSink {
     bool wantsNextFrame() const override;
     void renderFrameToVideo() override;
     void skipFrame() override;
+    bool wantsFrameAgain() override;
     /// The group has played to its end; the view waits for a run that starts again.
     void finishExport() override;
     bool isExport() const override { return false; }
@@ -71,16 +79,18 @@ class QVMorrow3DGLVIew : public FrameSink {
 
   private:
     bool isWanted() const;
+    void makeChange();
 
     platform::FramePlacer placer_;
     std::vector<uint8_t> drawn_;  ///< a picture that does not fill the frame
-    std::function<void()> onChange_;
+    std::function<void()> onChange_, change_;
 
     mutable std::mutex mutex_;
     std::condition_variable signal_;
     int64_t nextFrame_ = 0, askedFrame_ = -1;
     platform::Canvas picture_, target_;  ///< asked for, and being drawn into
     bool isShown_ = false, hasEnded_ = false, isWoken_ = false;
+    bool holdsFrames_ = false, isHolding_ = false, isAskedAgain_ = false;
     std::optional<int64_t> frames_;
 };
 

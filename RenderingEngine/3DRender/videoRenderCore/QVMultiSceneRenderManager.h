@@ -107,6 +107,8 @@ class QVMultiSceneRenderManager : public RenderDriver, private RunLoop::Work {
     void setSceneRenderType(SceneRenderType type) { slots_.mode = type; }
     /// A fresh empty scene becomes the current one.
     void setupScene();
+    /// Whether frames may show scene textures of earlier ones (core/Material/SceneTextures.h).
+    void setSceneTexturesLast(bool last) { composer_.setSceneTexturesLast(last); }
     /// Counts from 0 again; asked for inside a frame, only after that frame was counted.
     void resetCurrentRenderFps();
     /// A run that starts again takes a fresh sink where the old one cannot go on; one that takes the sounds

@@ -1,5 +1,6 @@
 #include "core/Material/QVRTT2dMaterial.h"
 
+#include "core/Material/SceneTextures.h"
 #include "core/Material/TextureInfoKeys.h"
 #include "core/QVScene3D.h"
 #include "core/QVSceneRenderToTexture.h"
@@ -38,10 +39,10 @@ std::shared_ptr<QVMaterialBase> namedTargetMaterial(const platform::Value& textu
 
 }  // namespace
 
-static const MaterialTypes::Registration registeredCurrentScene("currentSceneRenderTexture",
+static const MaterialTypes::Registration registeredCurrentScene(kCurrentSceneTexture,
                                                                 sceneMaterial<&RenderDriver::currentScene>,
                                                                 sceneTextureKeys);
-static const MaterialTypes::Registration registeredNextScene("nextSceneRenderTexture",
+static const MaterialTypes::Registration registeredNextScene(kNextSceneTexture,
                                                              sceneMaterial<&RenderDriver::nextScene>,
                                                              sceneTextureKeys);
 static const MaterialTypes::Registration registeredNamedTarget("RTTTexture", namedTargetMaterial,
