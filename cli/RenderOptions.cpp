@@ -1,8 +1,10 @@
 #include "cli/RenderOptions.h"
 
+#include <algorithm>
 #include <charconv>
 #include <optional>
 
+#include "app/job/PhotoPart.h"
 #include "platform/base/Error.h"
 #include "platform/base/Limits.h"
 #include "platform/media/VideoWriter.h"
@@ -52,36 +54,38 @@ JobInputs::Given keyAndValue(const std::string& text, const char* wanted) {
     return {text.substr(0, equals), text.substr(equals + 1)};
 }
 
-/// As many shares of a picture as asked for, separated by commas.
-std::vector<double> sharesOf(const std::string& list, size_t count, const char* wanted) {
-    std::vector<double> shares;
+/// Separated by commas.
+std::vector<double> numbersOf(const std::string& list, const char* wanted) {
+    std::vector<double> numbers;
     for (size_t start = 0; start <= list.size();) {
         const size_t comma = std::min(list.find(',', start), list.size());
-        double share = 0;
-        const auto result = std::from_chars(list.data() + start, list.data() + comma, share);
-        const bool isNumber = result.ec == std::errc() && result.ptr == list.data() + comma;
-        if (!isNumber || !(share >= 0 && share <= 1)) throw wrong(list, wanted);
-        shares.push_back(share);
+        double number = 0;
+        const auto result = std::from_chars(list.data() + start, list.data() + comma, number);
+        if (result.ec != std::errc() || result.ptr != list.data() + comma) throw wrong(list, wanted);
+        numbers.push_back(number);
         start = comma + 1;
     }
-    if (shares.size() != count) throw wrong(list, wanted);
-    return shares;
+    return numbers;
 }
 
 JobInputs::PhotoPart cropOf(const std::string& text) {
-    constexpr const char* wanted = "KEY=x,y,w,h with numbers from 0 to 1 that lie inside the picture";
+    constexpr const char* wanted =
+        "KEY=x,y,w,h with numbers from 0 to 1 that lie inside the picture, and an angle after them if wanted";
     const JobInputs::Given given = keyAndValue(text, wanted);
-    const auto n = sharesOf(given.value, 4, wanted);
-    constexpr double rounding = 1e-6;
-    if (n[2] <= 0 || n[3] <= 0 || n[0] + n[2] > 1 + rounding || n[1] + n[3] > 1 + rounding)
-        throw wrong(given.value, wanted);
-    return {given.key, {platform::PhotoCrop::Kind::Part, n[0], n[1], n[2], n[3]}};
+    auto n = numbersOf(given.value, wanted);
+    if (n.size() == 4) n.push_back(0);
+    if (n.size() != 5) throw wrong(given.value, wanted);
+    const auto part = photoPart(n[0], n[1], n[2], n[3], n[4]);
+    if (!part) throw wrong(given.value, wanted);
+    return {given.key, *part};
 }
 
 JobInputs::PhotoPart focusOf(const std::string& text) {
     constexpr const char* wanted = "KEY=x,y with numbers from 0 to 1";
     const JobInputs::Given given = keyAndValue(text, wanted);
-    const auto n = sharesOf(given.value, 2, wanted);
+    const auto n = numbersOf(given.value, wanted);
+    const auto isShare = [](double number) { return number >= 0 && number <= 1; };
+    if (n.size() != 2 || !std::ranges::all_of(n, isShare)) throw wrong(given.value, wanted);
     return {given.key, {platform::PhotoCrop::Kind::Focus, n[0], n[1]}};
 }
 
@@ -177,9 +181,9 @@ void declareInputs(Arguments& arguments, RenderRequest& request) {
         [&](const std::string& value) { request.inputs.photos.push_back(keyAndValue(value, kFilePair)); },
         Occurs::AnyNumber);
     arguments.option(
-        "--crop", "KEY=x,y,w,h",
+        "--crop", "KEY=x,y,w,h[,angle]",
         "The part of that photo that may be shown: left, top, width and height, 0 to 1 of the upright "
-        "picture",
+        "picture; with an angle, what lies in that rectangle when it is turned clockwise by so many degrees",
         [&](const std::string& value) { request.inputs.photoParts.push_back(cropOf(value)); },
         Occurs::AnyNumber);
     arguments.option(
@@ -194,9 +198,14 @@ void declareInputs(Arguments& arguments, RenderRequest& request) {
         "--video-volume", "KEY=N", "How loud a video's own sound is, 0 to 1; else as the template says",
         [&](const std::string& value) { request.inputs.videoVolumes.push_back(keyAndValue(value, "KEY=N")); },
         Occurs::AnyNumber);
+    arguments.option(
+        "--video-start", "KEY=S", "Begin so many seconds into that video, its sound too; 0 if not given",
+        [&](const std::string& value) { request.inputs.videoStarts.push_back(keyAndValue(value, "KEY=S")); },
+        Occurs::AnyNumber);
     arguments.option("--media", "FILE.json",
-                     "An object from keys to texts, numbers and paths (relative to the file); the "
-                     "other options win",
+                     "An object from keys to texts, numbers and paths (relative to the file), or to objects "
+                     "{\"file\", \"crop\": {\"x\", \"y\", \"width\", \"height\", \"angle\"}} of a photo and "
+                     "{\"file\", \"start\", \"volume\"} of a video; the other options win",
                      [&](const std::string& value) { request.inputs.mediaFile = value; });
 }
 

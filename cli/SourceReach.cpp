@@ -19,8 +19,9 @@ void addListed(const fs::path& mediaFile, std::vector<fs::path>& paths) {
         const Value list = platform::parseJson(std::string(bytes.begin(), bytes.end()), mediaFile.string());
         if (!list.isDictionary()) return;
         for (const auto& [key, value] : list.dictionary()) {
-            const fs::path path = mediaFile.parent_path() / value.stringValue();
-            if (!value.stringValue().empty() && platform::isFile(path)) paths.push_back(path);
+            const std::string name = value.isDictionary() ? value.string("file") : value.stringValue();
+            const fs::path path = mediaFile.parent_path() / name;
+            if (!name.empty() && platform::isFile(path)) paths.push_back(path);
         }
     } catch (const platform::Error& error) {
         if (error.kind() == platform::ErrorKind::Transient) throw;

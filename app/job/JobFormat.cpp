@@ -1,5 +1,7 @@
 #include "app/job/JobFormat.h"
 
+#include <algorithm>
+#include <cmath>
 #include <cstdio>
 
 #include "platform/base/Error.h"
@@ -19,6 +21,15 @@ std::string secondsText(double seconds) {
     char text[32];
     std::snprintf(text, sizeof text, "%.2f s", seconds);
     return text;
+}
+
+/// The nearest even size of the shape.
+void shrink(MediaFormat& format, int mostWidth) {
+    if (format.width <= mostWidth) return;
+    const double factor = static_cast<double>(mostWidth) / format.width;
+    const auto even = [](double side) { return std::max(2, 2 * static_cast<int>(std::lround(side / 2))); };
+    format.height = even(format.height * factor);
+    format.width = even(mostWidth);
 }
 
 void requireNotTooLarge(const MediaFormat& format, const RenderRequest& request, const Playable& playable) {
@@ -41,6 +52,7 @@ MediaFormat formatOf(const RenderRequest& request, const Playable& playable) {
         format.width = request.size->width;
         format.height = request.size->height;
     }
+    if (request.mostWidth) shrink(format, *request.mostWidth);
     format.framesPerSecond = request.framesPerSecond.value_or(format.framesPerSecond);
     requireNotTooLarge(format, request, playable);
     const bool isEven = format.width % 2 == 0 && format.height % 2 == 0;

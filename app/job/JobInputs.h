@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/base/Value.h"
 #include "platform/image/PhotoCrop.h"
 
 namespace multiscene {
@@ -25,7 +26,11 @@ struct JobInputs {
     std::vector<Given> videos;  ///< value: a file
     std::vector<PhotoPart> photoParts;
     std::vector<Given> videoVolumes;  ///< value: a number from 0 to 1, of the video's own sound
-    std::filesystem::path mediaFile;  ///< a JSON object from key to text, number or path; empty: none
+    std::vector<Given> videoStarts;   ///< value: seconds into the video, where it begins
+    /// A JSON object from key to text, number, path, or a dictionary of "file" and what is wanted of it;
+    /// empty: none.
+    std::filesystem::path mediaFile;
+    platform::Value media;  ///< the same, as it is; paths are absolute
 };
 
 }  // namespace multiscene

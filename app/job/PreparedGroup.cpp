@@ -138,7 +138,8 @@ PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, J
     prepared.renderer = request.renderer;
     prepared.layout = layoutOf(request, prepared.playable, prepared.format);
     platform::activity::stage("preparing the inputs", ErrorKind::Input);
-    UserValues values = collectUserValues(request.inputs, prepared.playable, job, prepared.format,
+    prepared.files = std::make_shared<PreparedFiles>(job);
+    UserValues values = collectUserValues(request.inputs, prepared.playable, *prepared.files, prepared.format,
                                           prepared.playback->gate(), stop);
     prepared.missingInputs = std::move(values.missing);
     if (request.isStrict) requireInputs(prepared.missingInputs);

@@ -10,6 +10,7 @@
 #include "app/job/JobFolder.h"
 #include "app/job/JobObserver.h"
 #include "app/job/Playable.h"
+#include "app/job/PreparedFiles.h"
 #include "app/job/RenderRequest.h"
 #include "group/SceneGroup.h"
 #include "playback/Playback.h"
@@ -26,6 +27,7 @@ struct PreparedGroup {
     int64_t totalFrames = 0;       ///< as the catalogue and the clocks say; below 1 when they do not
     std::string musicPath;         ///< empty: no music
     std::vector<std::string> missingInputs;  ///< keys that the user did not give
+    std::shared_ptr<PreparedFiles> files;    ///< of the job's folder, which outlives it
 
     double seconds(int64_t frames) const { return static_cast<double>(frames) / format.framesPerSecond; }
 };

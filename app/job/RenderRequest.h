@@ -24,6 +24,7 @@ struct RenderRequest {
     bool isSceneGroupFile = false;  ///< `source` can be nothing else
     JobInputs inputs;
     std::optional<MediaSize> size;       ///< none: the template's
+    std::optional<int> mostWidth;        ///< pixels: a wider video is made smaller, in its shape
     std::optional<platform::Fit> fit;    ///< in a video of another shape; none: the template's
     std::optional<int> framesPerSecond;  ///< none: the template's
     std::optional<std::string> music;    ///< a file, or "none"; nothing: the template's

@@ -1,12 +1,14 @@
 #include "app/job/UserValues.h"
 
 #include <algorithm>
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
 #include <functional>
 #include <iterator>
 #include <map>
+#include <optional>
 #include <set>
 
 #include "app/Model/QVUserPhotoInputModel.h"
@@ -15,7 +17,8 @@
 #include "app/check/LookedUpKeys.h"
 #include "app/check/Suggestion.h"
 #include "app/job/AskedKeys.h"
-#include "app/job/JobFolder.h"
+#include "app/job/PhotoPart.h"
+#include "app/job/PreparedFiles.h"
 #include "app/job/UserText.h"
 #include "app/job/UserVideo.h"
 #include "app/job/VideoPlaces.h"
@@ -61,12 +64,12 @@ std::string optionFor(InputKind kind, const std::string& key) {
 
 class Collector {
   public:
-    Collector(const Playable& playable, const JobFolder& job, const MediaFormat& format,
+    Collector(const Playable& playable, PreparedFiles& files, const MediaFormat& format,
               platform::FileGate& gate, const std::stop_token& stop)
         : asked_(askedKeysOf(playable)),
           identifiers_(playable.group.identifiers()),
           places_(videoPlacesOf(playable.group)),
-          job_(job),
+          files_(files),
           format_(format),
           gate_(gate),
           stop_(stop) {}
@@ -89,35 +92,33 @@ class Collector {
     void addPhoto(const std::string& key, const fs::path& photo) {
         const AskedFor& asked = require(key, InputKind::Photo);
         const FileGate::Opened opened = openInput(key, photo);
-        const fs::path prepared = job_.file("photo-" + std::to_string(stored_.size()));
         const auto* shape = dynamic_cast<const QVUserPhotoInputModel*>(asked.input.get());
         const auto part = photoParts_.extract(key);
         try {
-            platform::prepareUserPhoto(opened.file, prepared, aspectOf(shape), photoSide(format_),
-                                       {photo.string(), ErrorKind::Input},
-                                       part ? part.mapped() : platform::PhotoCrop());
+            const fs::path prepared = files_.photo(
+                opened.file,
+                {aspectOf(shape), photoSide(format_), part ? part.mapped() : platform::PhotoCrop()},
+                {photo.string(), ErrorKind::Input});
+            store(key, prepared.string());
         } catch (const Error& error) {
             throw Error(error.kind(), error.message(), error.file(), key);
         }
-        store(key, prepared.string());
     }
 
     void addVideoVolume(const std::string& key, const std::string& text) {
-        require(key, InputKind::Video);
-        float volume = -1;
-        const auto result = std::from_chars(text.data(), text.data() + text.size(), volume);
-        if (result.ec != std::errc() || result.ptr != text.data() + text.size() ||
-            !(volume >= 0 && volume <= 1))
-            throw Error(ErrorKind::Usage, "\"" + text + "\" is not a volume from 0 to 1", "", key);
-        if (!volumes_.emplace(key, volume).second) throw Error(ErrorKind::Usage, "is given twice", "", key);
+        setVideoVolume(key, numberOf(text).value_or(-1), ErrorKind::Usage);
+    }
+
+    void addVideoStart(const std::string& key, const std::string& text) {
+        setVideoStart(key, numberOf(text).value_or(-1), ErrorKind::Usage);
     }
 
     void addVideo(const std::string& key, const fs::path& video) {
         const AskedFor& asked = require(key, InputKind::Video);
         openInput(key, video);
         const std::vector<VideoPlace> places = placesOf(key);
-        const UserVideo judged =
-            judgeUserVideo(video, format_.framesPerSecond, framesWanted(places), gate_, stop_);
+        const UserVideo judged = files_.video(video, format_.framesPerSecond, firstFrameOf(key),
+                                              framesWanted(places), gate_, stop_);
         for (const VideoPlace& place : places) requireFits(judged, place, video, key);
         store(key, judged.file.string());
         storeFilm(key, asked);
@@ -132,6 +133,11 @@ class Collector {
         const auto bytes = platform::readFile(file, platform::limitOf("maxMediaFileBytes"), ErrorKind::Input);
         const Value content =
             platform::parseJson({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, file.string());
+        addMedia(content, file);
+    }
+
+    /// `file` holds it, and its relative paths begin there.
+    void addMedia(const Value& content, const fs::path& file) {
         if (!content.isDictionary())
             throw Error(ErrorKind::Input, "holds no object from keys to values", file.string());
         // What the command line says wins.
@@ -144,9 +150,10 @@ class Collector {
             throw Error(ErrorKind::Input, "a part of the photo is asked for, but no photo is given", "",
                         photoParts_.begin()->first);
         UserValues values;
-        for (const auto& [key, volume] : volumes_)
-            if (!stored_.contains(key))
-                throw Error(ErrorKind::Usage, "no video is given under this key", "", key);
+        for (const auto* asked : {&volumes_, &starts_})
+            for (const auto& [key, number] : *asked)
+                if (!stored_.contains(key))
+                    throw Error(ErrorKind::Usage, "no video is given under this key", "", key);
         const bool isLengthGiven = stored_.contains(kUserVideoFrames);
         values.notes = std::move(notes_);
         if (videoFrames_) stored_.try_emplace(kUserVideoFrames, *videoFrames_);
@@ -172,6 +179,39 @@ class Collector {
     }
 
   private:
+    static std::optional<double> numberOf(const std::string& text) {
+        double number = 0;
+        const auto result = std::from_chars(text.data(), text.data() + text.size(), number);
+        const bool isNumber = result.ec == std::errc() && result.ptr == text.data() + text.size();
+        return isNumber ? std::optional(number) : std::nullopt;
+    }
+
+    void setVideoVolume(const std::string& key, double volume, ErrorKind blame) {
+        require(key, InputKind::Video);
+        if (!(volume >= 0 && volume <= 1)) throw Error(blame, "the volume is no number from 0 to 1", "", key);
+        if (!volumes_.emplace(key, volume).second) throw Error(ErrorKind::Usage, "is given twice", "", key);
+    }
+
+    void setVideoStart(const std::string& key, double seconds, ErrorKind blame) {
+        require(key, InputKind::Video);
+        constexpr auto most = platform::limitOf<double>("maxMusicSeconds");
+        if (!(seconds >= 0 && seconds <= most))
+            throw Error(blame, "the start is no number of seconds", "", key);
+        if (!starts_.emplace(key, seconds).second) throw Error(ErrorKind::Usage, "is given twice", "", key);
+    }
+
+    /// What was said for this key, or for it in all scenes.
+    std::optional<double> numberFor(const std::string& key,
+                                    const std::map<std::string, double>& numbers) const {
+        for (const std::string& named : {key, inputOf(key)})
+            if (const auto found = numbers.find(named); found != numbers.end()) return found->second;
+        return std::nullopt;
+    }
+
+    int64_t firstFrameOf(const std::string& key) const {
+        return std::llround(numberFor(key, starts_).value_or(0) * format_.framesPerSecond);
+    }
+
     /// A short text for one scene is not made smaller by a long one for all.
     void addTextScales(Value::Dictionary& map) const {
         if (std::ranges::all_of(textScales_, [](const auto& text) { return text.second == 1; })) return;
@@ -246,7 +286,7 @@ class Collector {
     }
 
     void storeFilm(const std::string& key, const AskedFor& asked) {
-        UserFilm film{.framesPerSecond = format_.framesPerSecond};
+        UserFilm film{.framesPerSecond = format_.framesPerSecond, .firstFrame = firstFrameOf(key)};
         if (const auto* shape = dynamic_cast<const QVUserVideoInputModel*>(asked.input.get())) {
             film.aspectWidth =
                 static_cast<int32_t>(std::clamp<int64_t>(shape->aspectWidth(), 0, kMostAspect));
@@ -254,9 +294,7 @@ class Collector {
                 static_cast<int32_t>(std::clamp<int64_t>(shape->aspectHeight(), 0, kMostAspect));
         }
         const std::string input = inputOf(key);
-        for (const std::string& named : {input, key})
-            if (const auto volume = volumes_.find(named); volume != volumes_.end())
-                film.volume = volume->second;
+        if (const auto volume = numberFor(key, volumes_)) film.volume = static_cast<float>(*volume);
         if (input == key)
             films_[UserFilm::mapKey(key)] = film.value();
         else
@@ -280,13 +318,54 @@ class Collector {
         notes_.push_back(name + " is longer than its place: the first " + lengthText(seen) + " are shown");
     }
 
+    /// {"file": PATH} and what is wanted of it.
+    void addFileOf(const std::string& key, const Value& value, const fs::path& file) {
+        const AskedFor& asked = requireKnown(key);
+        const bool isVideo = asked.kind == InputKind::Video;
+        for (const auto& [name, wanted] : value.dictionary()) {
+            const bool isKnown =
+                name == "file" || (isVideo ? name == "start" || name == "volume"
+                                           : name == "crop" && asked.kind == InputKind::Photo);
+            if (!isKnown)
+                throw Error(ErrorKind::Input, "holds \"" + name + "\", which is not known here",
+                            file.string(), key);
+        }
+        if (!value["file"].isString()) throw Error(ErrorKind::Input, "holds no \"file\"", file.string(), key);
+        if (value.has("crop")) addPhotoPart({key, cropOf(value["crop"], key, file)});
+        const auto number = [&](const char* name) {
+            return value[name].isNumber() ? value[name].doubleValue() : -1;
+        };
+        if (value.has("start")) setVideoStart(key, number("start"), ErrorKind::Input);
+        if (value.has("volume")) setVideoVolume(key, number("volume"), ErrorKind::Input);
+        addMedia(key, value["file"], file);
+    }
+
+    static platform::PhotoCrop cropOf(const Value& crop, const std::string& key, const fs::path& file) {
+        std::array<double, 5> numbers{};
+        constexpr std::array names{"x", "y", "width", "height", "angle"};
+        bool isWhole = crop.isDictionary();
+        for (size_t i = 0; i < names.size(); ++i) {
+            numbers[i] = crop[names[i]].doubleValue();
+            isWhole =
+                isWhole && (crop[names[i]].isNumber() || (i + 1 == names.size() && !crop.has(names[i])));
+        }
+        const auto part = photoPart(numbers[0], numbers[1], numbers[2], numbers[3], numbers[4]);
+        if (isWhole && part) return *part;
+        throw Error(
+            ErrorKind::Input,
+            "the crop is no x, y, width and height from 0 to 1 that lie inside the picture, and an angle",
+            file.string(), key);
+    }
+
     void addMedia(const std::string& key, const Value& value, const fs::path& file) {
+        if (value.isDictionary()) return addFileOf(key, value, file);
         if (!value.isString() && !value.isNumber())
             throw Error(ErrorKind::Input,
                         "is " + std::string(typeName(value.type())) + ", not a text, number or path",
                         file.string(), key);
         const AskedFor& asked = requireKnown(key);
-        const fs::path path = fs::absolute(file).parent_path() / value.stringValue();
+        const fs::path folder = file.empty() ? fs::path("/") : fs::absolute(file).parent_path();
+        const fs::path path = folder / value.stringValue();
         if (asked.kind == InputKind::Photo)
             addPhoto(key, path);
         else if (asked.kind == InputKind::Video)
@@ -364,14 +443,14 @@ class Collector {
     AskedKeys asked_;
     std::set<std::string> identifiers_;
     const std::vector<VideoPlace> places_;
-    const JobFolder& job_;
+    PreparedFiles& files_;
     const MediaFormat& format_;
     FileGate& gate_;
     const std::stop_token& stop_;
     Value::Dictionary stored_;
-    std::optional<int64_t> videoFrames_;          ///< of the first video
-    std::map<std::string, int64_t> sceneFrames_;  ///< of the videos that scenes are as long as
-    std::map<std::string, float> volumes_;
+    std::optional<int64_t> videoFrames_;              ///< of the first video
+    std::map<std::string, int64_t> sceneFrames_;      ///< of the videos that scenes are as long as
+    std::map<std::string, double> volumes_, starts_;  ///< the latter in seconds
     Value::Dictionary films_, filmsOfScenes_;
     std::vector<std::string> notes_;
     std::map<std::string, platform::PhotoCrop> photoParts_;  ///< those that are not used yet
@@ -380,17 +459,21 @@ class Collector {
 
 }  // namespace
 
-UserValues collectUserValues(const JobInputs& given, const Playable& playable, const JobFolder& job,
+UserValues collectUserValues(const JobInputs& given, const Playable& playable, PreparedFiles& files,
                              const MediaFormat& format, FileGate& gate, const std::stop_token& stop) {
-    Collector collector(playable, job, format, gate, stop);
+    Collector collector(playable, files, format, gate, stop);
     for (const JobInputs::PhotoPart& part : given.photoParts) collector.addPhotoPart(part);
     for (const JobInputs::Given& text : given.texts) collector.addText(text.key, text.value);
     for (const JobInputs::Given& photo : given.photos) collector.addPhoto(photo.key, photo.value);
     for (const JobInputs::Given& volume : given.videoVolumes)
         collector.addVideoVolume(volume.key, volume.value);
+    for (const JobInputs::Given& start : given.videoStarts) collector.addVideoStart(start.key, start.value);
     for (const JobInputs::Given& video : given.videos) collector.addVideo(video.key, video.value);
     if (!given.mediaFile.empty()) collector.addMediaFile(given.mediaFile);
-    return collector.result(playable);
+    if (given.media) collector.addMedia(given.media, {});
+    UserValues values = collector.result(playable);
+    files.endRound();
+    return values;
 }
 
 }  // namespace multiscene

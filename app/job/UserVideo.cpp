@@ -1,6 +1,7 @@
 #include "app/job/UserVideo.h"
 
 #include <algorithm>
+#include <cstdio>
 
 #include "platform/base/Error.h"
 #include "platform/base/Limits.h"
@@ -35,17 +36,24 @@ void requireUsableSize(const platform::VideoInfo& info, const std::string& name)
 
 }  // namespace
 
-UserVideo judgeUserVideo(const fs::path& video, int framesPerSecond, int64_t mostFrames, FileGate& gate,
-                         const std::stop_token& stop) {
+UserVideo judgeUserVideo(const fs::path& video, int framesPerSecond, int64_t firstFrame, int64_t mostFrames,
+                         FileGate& gate, const std::stop_token& stop) {
     const fs::path file = fs::absolute(video).lexically_normal();
-    const double mostSeconds = static_cast<double>(mostFrames + 1) / framesPerSecond;
+    const double mostSeconds = static_cast<double>(firstFrame + mostFrames + 1) / framesPerSecond;
     const auto film =
         platform::measureFilm(gate.open(file).file, video.string(), ErrorKind::Input, mostSeconds, stop);
     platform::VideoReader reader(gate.open(file).file, video.string(), ErrorKind::Input);
     requireUsableSize(reader.info(), video.string());
     requirePicture(reader, video.string());
-    return {file, platform::framesWithin(film.length, framesPerSecond),
-            platform::CMTimeGetSeconds(film.length), film.isWhole, reader.info().averageFrameRate};
+    const int64_t frames = platform::framesWithin(film.length, framesPerSecond) - firstFrame;
+    const double start = static_cast<double>(firstFrame) / framesPerSecond;
+    const double seconds = platform::CMTimeGetSeconds(film.length) - start;
+    if (frames < 1) {
+        char text[80];
+        std::snprintf(text, sizeof text, "lasts %.2f s and cannot start at %.2f s", seconds + start, start);
+        throw Error(ErrorKind::Input, text, video.string());
+    }
+    return {file, frames, seconds, film.isWhole, reader.info().averageFrameRate};
 }
 
 }  // namespace multiscene

@@ -22,9 +22,10 @@ struct UserVideo {
     double rate = 0;             ///< its own, frames a second; 0 when it does not say
 };
 
-/// Looks at the first `mostFrames` of a film. Throws platform::Error: Input when it is no readable video, has
-/// no picture or a gap such as damaged files have; Cancelled when a stop was requested.
-UserVideo judgeUserVideo(const std::filesystem::path& video, int framesPerSecond, int64_t mostFrames,
-                         platform::FileGate& gate, const std::stop_token& stop);
+/// Looks at `mostFrames` of a film that begins with frame `firstFrame` of the file. Throws platform::Error:
+/// Input when it is no readable video, ends before that, has no picture or a gap such as damaged files have;
+/// Cancelled when a stop was requested.
+UserVideo judgeUserVideo(const std::filesystem::path& video, int framesPerSecond, int64_t firstFrame,
+                         int64_t mostFrames, platform::FileGate& gate, const std::stop_token& stop);
 
 }  // namespace multiscene

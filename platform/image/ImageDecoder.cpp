@@ -3,10 +3,13 @@
 #include <vips/vips8>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 #include <memory>
+#include <numbers>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "platform/base/Limits.h"
@@ -208,19 +211,110 @@ PixelRectangle automaticPart(const PictureFile& photo, const Header& header, Asp
     return part;
 }
 
+/// What is read around a part, so that its edge is drawn from all that it needs.
+constexpr int turningMargin = 4;  // pixels
+
+/// The upright rectangle around a turned one, with a margin.
+PixelRectangle aroundTurned(const TurnedRectangle& part, double cosine, double sine) {
+    const double across = (part.width * std::abs(cosine) + part.height * std::abs(sine)) / 2 + turningMargin;
+    const double down = (part.width * std::abs(sine) + part.height * std::abs(cosine)) / 2 + turningMargin;
+    const int left = int(std::floor(part.middleX - across)), top = int(std::floor(part.middleY - down));
+    return {left, top, int(std::ceil(part.middleX + across)) - left,
+            int(std::ceil(part.middleY + down)) - top};
+}
+
+/// A rectangle of a picture that is read once from top to bottom. Where it reaches out, the edge goes on.
+VImage readAround(const VImage& picture, const PixelRectangle& wanted) {
+    const auto within = [](int at, int most) { return std::clamp(at, 0, most); };
+    const int left = within(wanted.x, picture.width() - 1), top = within(wanted.y, picture.height() - 1);
+    const int right = std::max(left + 1, within(wanted.x + wanted.width, picture.width()));
+    const int bottom = std::max(top + 1, within(wanted.y + wanted.height, picture.height()));
+    return picture.extract_area(left, top, right - left, bottom - top)
+        .copy_memory()
+        .embed(left - wanted.x, top - wanted.y, wanted.width, wanted.height,
+               VImage::option()->set("extend", VIPS_EXTEND_COPY));
+}
+
+/// Sine and cosine that are exact for quarter turns.
+std::pair<double, double> turnOf(double degrees) {
+    const double quarters = degrees / 90;
+    if (quarters != std::round(quarters)) {
+        const double radians = degrees * std::numbers::pi / 180;
+        return {std::sin(radians), std::cos(radians)};
+    }
+    constexpr std::array<double, 4> sines{0, 1, 0, -1};
+    const auto quarter = size_t(((int64_t(quarters) % 4) + 4) % 4);
+    return {sines[quarter], sines[(quarter + 1) % 4]};
+}
+
+/// Brings a middle to where a side of so many pixels begins and ends between pixels.
+double betweenPixels(double middle, double side) { return std::round(middle - side / 2) + side / 2; }
+
+/// A turned part of a picture that is read no larger than needed: its pixels lie where the part's do, between
+/// those of the picture.
+VImage turnedPicture(const PictureFile& photo, const Header& header, Aspect aspect, int maxLongSide,
+                     const PhotoCrop& crop) {
+    TurnedRectangle part = turnedPart(header.upright, aspect, crop);
+    const double longSide = std::max({part.width, part.height, 1.0});
+    const double pixels = double(header.upright.width) * header.upright.height;
+    const double factor = std::min({1.0, maxLongSide > 0 ? maxLongSide / longSide : 1.0,
+                                    std::sqrt(double(ImageLimits::resultPixels) / pixels)});
+    const ImageSize whole = scaled(header.upright, factor);
+    const int width = std::max(1, int(std::lround(part.width * factor)));
+    const int height = std::max(1, int(std::lround(part.height * factor)));
+    const auto [sine, cosine] = turnOf(crop.angle);
+    part = {part.middleX * whole.width / header.upright.width,
+            part.middleY * whole.height / header.upright.height, double(width), double(height)};
+    if (sine == 0 || cosine == 0)  // then nothing is between pixels
+        part = {betweenPixels(part.middleX, sine == 0 ? width : height),
+                betweenPixels(part.middleY, sine == 0 ? height : width), part.width, part.height};
+    const PixelRectangle read = aroundTurned(part, cosine, sine);
+    const VImage source = readAround(loadAtSize(photo, header, whole), read);
+    constexpr double middleOfPixel = 0.5;
+    return source.affine({cosine, sine, -sine, cosine},
+                         VImage::option()
+                             ->set("interpolate", vips::VInterpolate::new_from_name("bicubic"))
+                             ->set("oarea", std::vector<int>{0, 0, width, height})
+                             ->set("idx", read.x + middleOfPixel - part.middleX)
+                             ->set("idy", read.y + middleOfPixel - part.middleY)
+                             ->set("odx", part.width / 2 - middleOfPixel)
+                             ->set("ody", part.height / 2 - middleOfPixel));
+}
+
 void releaseBlob(VipsBlob* blob) { vips_area_unref(VIPS_AREA(blob)); }
 
-void save(const VImage& image, bool lossy, const std::filesystem::path& out) {
-    VipsBlob* blob = lossy
-                         ? image.jpegsave_buffer(VImage::option()
-                                                     ->set("Q", 95)
-                                                     ->set("strip", true)
-                                                     ->set("subsample_mode", VIPS_FOREIGN_SUBSAMPLE_OFF))
-                         : image.pngsave_buffer(VImage::option()->set("compression", 1)->set("strip", true));
+constexpr int preparedQuality = 95, keptQuality = 92, proxyQuality = 85;  // of 100
+
+void write(VipsBlob* blob, const std::filesystem::path& out) {
     const std::unique_ptr<VipsBlob, void (*)(VipsBlob*)> owner(blob, releaseBlob);
     size_t size = 0;
     const void* bytes = vips_blob_get(blob, &size);
     writeFileAtomically(out, std::string_view(static_cast<const char*>(bytes), size));
+}
+
+void saveJpeg(const VImage& image, int quality, const std::filesystem::path& out) {
+    write(image.jpegsave_buffer(VImage::option()
+                                    ->set("Q", quality)
+                                    ->set("strip", true)
+                                    ->set("subsample_mode", VIPS_FOREIGN_SUBSAMPLE_OFF)),
+          out);
+}
+
+void savePng(const VImage& image, const std::filesystem::path& out) {
+    write(image.pngsave_buffer(VImage::option()->set("compression", 1)->set("strip", true)), out);
+}
+
+void save(const VImage& image, bool lossy, const std::filesystem::path& out) {
+    lossy ? saveJpeg(image, preparedQuality, out) : savePng(image, out);
+}
+
+bool isTransparent(const VImage& image) {
+    return image.has_alpha() && image.extract_band(image.bands() - 1).min() < 255;
+}
+
+VImage overWhite(const VImage& image) {
+    if (!image.has_alpha()) return image;
+    return image.flatten(VImage::option()->set("background", std::vector<double>{255}));
 }
 
 }  // namespace
@@ -243,6 +337,11 @@ ImageSize prepareUserPhoto(const FileHandle& file, const std::filesystem::path& 
                            int maxLongSide, const ImageSource& source, const PhotoCrop& crop) {
     return blaming(file, source, [&](const PictureFile& photo) {
         const Header header = readHeader(photo, source);
+        if (crop.kind == PhotoCrop::Kind::Part && crop.angle != 0) {
+            const VImage turned = turnedPicture(photo, header, aspect, maxLongSide, crop);
+            save(turned, isLossy(photo.format()) && !turned.has_alpha(), out);
+            return ImageSize{turned.width(), turned.height()};
+        }
         const PixelRectangle part = crop.kind == PhotoCrop::Kind::Automatic
                                         ? automaticPart(photo, header, aspect)
                                         : croppedPart(header.upright, aspect, crop);
@@ -256,6 +355,27 @@ ImageSize prepareUserPhoto(const FileHandle& file, const std::filesystem::path& 
             loadAtSize(photo, header, whole).extract_area(left, top, size.width, size.height);
         save(image, isLossy(photo.format()) && !image.has_alpha(), out);
         return size;
+    });
+}
+
+KeptPhoto keepPhoto(const FileHandle& file, const std::filesystem::path& folder, int maxLongSide,
+                    int maxProxySide, const ImageSource& source) {
+    return blaming(file, source, [&](const PictureFile& photo) {
+        const Header header = readHeader(photo, source);
+        const ImageSize size = scaled(header.upright, shrinkFactor(header.upright, maxLongSide));
+        const VImage image = loadAtSize(photo, header, size).copy_memory();
+        const bool isPng = isTransparent(image);
+        const KeptPhoto kept{folder / (isPng ? "photo.png" : "photo.jpg"), size};
+        const VImage opaque = overWhite(image);
+        isPng ? savePng(image, kept.file) : saveJpeg(opaque, keptQuality, kept.file);
+        const ImageSize small = scaled(size, shrinkFactor(size, maxProxySide));
+        const VImage proxy =
+            small == size ? opaque
+                          : opaque.thumbnail_image(
+                                small.width,
+                                VImage::option()->set("height", small.height)->set("size", VIPS_SIZE_FORCE));
+        saveJpeg(proxy, proxyQuality, folder / "proxy.jpg");
+        return kept;
     });
 }
 

@@ -62,4 +62,16 @@ void keepDecodedImages(size_t mostBytes);
 ImageSize prepareUserPhoto(const FileHandle& photo, const std::filesystem::path& out, Aspect aspect,
                            int maxLongSide, const ImageSource& source = {}, const PhotoCrop& crop = {});
 
+/// A photo that is kept for later use.
+struct KeptPhoto {
+    std::filesystem::path file;
+    ImageSize size;
+};
+
+/// Writes into `folder` what is kept of a photo: "photo.jpg", or "photo.png" where it is transparent
+/// somewhere, upright, sRGB, no side longer than `maxLongSide`, nothing of the file but its pixels; and
+/// "proxy.jpg", a small picture of it over white. Throws Error.
+KeptPhoto keepPhoto(const FileHandle& photo, const std::filesystem::path& folder, int maxLongSide,
+                    int maxProxySide, const ImageSource& source = {});
+
 }  // namespace platform

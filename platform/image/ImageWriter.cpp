@@ -47,11 +47,31 @@ VImage wrap(const ImageView& view, const void* pixels, int bands) {
 
 void releaseBlob(VipsBlob* blob) { vips_area_unref(VIPS_AREA(blob)); }
 
-void writeBlob(const std::filesystem::path& file, VipsBlob* blob) {
+/// Takes what `blob` holds to `take`, and gives it up.
+template <typename Take>
+auto taken(VipsBlob* blob, const Take& take) {
     const std::unique_ptr<VipsBlob, void (*)(VipsBlob*)> owner(blob, releaseBlob);
     size_t size = 0;
     const void* bytes = vips_blob_get(blob, &size);
-    writeFileAtomically(file, std::string_view(static_cast<const char*>(bytes), size));
+    return take(std::string_view(static_cast<const char*>(bytes), size));
+}
+
+void writeBlob(const std::filesystem::path& file, VipsBlob* blob) {
+    taken(blob, [&](std::string_view bytes) { writeFileAtomically(file, bytes); });
+}
+
+std::vector<uint8_t> coloursOf(const FramePixels& picture) {
+    std::vector<uint8_t> rgb(size_t(picture.width) * size_t(picture.height) * 3);
+    uint8_t* out = rgb.data();
+    for (int y = 0; y < picture.height; ++y) {
+        const uint8_t* in = picture.bgra + ptrdiff_t(y) * picture.stride;
+        for (int x = 0; x < picture.width; ++x, in += 4, out += 3) {
+            out[0] = in[2];
+            out[1] = in[1];
+            out[2] = in[0];
+        }
+    }
+    return rgb;
 }
 
 }  // namespace
@@ -68,6 +88,20 @@ void writePng(const std::filesystem::path& file, const ImageView& image) {
                                                    ->set("strip", true)));
     } catch (const VError& error) {
         throw pictureError({file.string(), ErrorKind::Failed}, error.what());
+    }
+}
+
+std::string encodeJpeg(const FramePixels& picture, int quality, int maxLongSide) {
+    startVips();
+    const std::vector<uint8_t> pixels = coloursOf(picture);
+    try {
+        VImage image = wrap({picture.width, picture.height, nullptr, 0}, pixels.data(), 3);
+        if (maxLongSide > 0 && std::max(picture.width, picture.height) > maxLongSide)
+            image = image.thumbnail_image(maxLongSide, VImage::option()->set("height", maxLongSide));
+        VipsBlob* blob = image.jpegsave_buffer(VImage::option()->set("Q", quality)->set("strip", true));
+        return taken(blob, [](std::string_view bytes) { return std::string(bytes); });
+    } catch (const VError& error) {
+        throw pictureError({"", ErrorKind::Failed}, error.what());
     }
 }
 

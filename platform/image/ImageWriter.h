@@ -2,7 +2,10 @@
 // complete.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
 #include <filesystem>
+#include <string>
 
 #include "platform/image/Image.h"
 
@@ -23,6 +26,17 @@ struct ImageView {
 /// RGBA, the four channels exactly as they are (nothing is divided by alpha), packed fast rather than small.
 /// Throws Error.
 void writePng(const std::filesystem::path& file, const ImageView& image);
+
+/// Pixels in the order B, G, R, A, as frames and films have them; what their alpha says is left out.
+struct FramePixels {
+    int width = 0, height = 0;
+    const uint8_t* bgra = nullptr;
+    ptrdiff_t stride = 0;  ///< bytes from one row to the next; negative: the rows lie bottom first
+};
+
+/// The bytes of a JPEG; `quality` 1 to 100. The picture is shrunk until neither side is longer than
+/// `maxLongSide`; 0: no limit. Throws Error.
+std::string encodeJpeg(const FramePixels& picture, int quality, int maxLongSide = 0);
 
 /// The picture over white; `quality` 1 to 100. Throws Error.
 void writeJpeg(const std::filesystem::path& file, const ImageView& image, int quality);

@@ -46,6 +46,16 @@ ImageSize largestOf(ImageSize room, Aspect aspect) {
 
 }  // namespace
 
+TurnedRectangle turnedPart(ImageSize picture, Aspect aspect, const PhotoCrop& crop) {
+    TurnedRectangle part{(crop.x + crop.width / 2) * picture.width,
+                         (crop.y + crop.height / 2) * picture.height, crop.width * picture.width,
+                         crop.height * picture.height};
+    if (aspect.width <= 0 || aspect.height <= 0) return part;
+    part.width = std::min(part.width, part.height * aspect.width / aspect.height);
+    part.height = std::min(part.height, part.width * aspect.height / aspect.width);
+    return part;
+}
+
 PixelRectangle croppedPart(ImageSize picture, Aspect aspect, const PhotoCrop& crop) {
     const bool isPart = crop.kind == PhotoCrop::Kind::Part;
     const PixelRectangle room =

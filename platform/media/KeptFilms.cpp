@@ -63,7 +63,7 @@ std::shared_ptr<KeptFilm> KeptFilms::film(const FileHandle& file, const VideoRea
     if (!stamp) return nullptr;
     if (films_.size() >= kMostFilms) films_.clear();
     auto& film = films_[Key{*stamp, settings.shape.width, settings.shape.height, settings.framesPerSecond,
-                            settings.premultipliesAlpha}];
+                            settings.firstFrame, settings.premultipliesAlpha}];
     if (!film) film = std::make_shared<KeptFilm>();
     return film;
 }

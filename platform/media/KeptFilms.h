@@ -58,6 +58,7 @@ class KeptFilms {
     struct Key {
         FileStamp file;
         int width, height, framesPerSecond;
+        int64_t firstFrame;
         bool premultipliesAlpha;
         auto operator<=>(const Key&) const = default;
     };

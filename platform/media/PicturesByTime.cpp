@@ -9,8 +9,29 @@ extern "C" {
 
 namespace platform {
 
-PicturesByTime::PicturesByTime(VideoDecoder& decoder, int framesPerSecond)
-    : decoder_(decoder), framesPerSecond_(framesPerSecond), coming_(decode()) {}
+PicturesByTime::PicturesByTime(VideoDecoder& decoder, int framesPerSecond, int64_t firstFrame)
+    : decoder_(decoder),
+      framesPerSecond_(framesPerSecond),
+      firstFrame_(firstFrame),
+      coming_(decode()),
+      frame_(firstFrame - 1) {
+    if (firstFrame > 0 && coming_) goNearFirst();
+}
+
+/// To a picture from which on all can be decoded, and that is not later than the first one wanted.
+void PicturesByTime::goNearFirst() {
+    const CMTime wanted = CMTimeMake(firstFrame_, framesPerSecond_);
+    // A file may say that it can be entered where it cannot.
+    for (const int secondsBefore : {0, 10, 60}) {
+        if (!decoder_.seek(wanted, secondsBefore)) break;
+        coming_ = decode();
+        if (coming_ && av_compare_ts(coming_->time.value, {1, coming_->time.timescale}, wanted.value,
+                                     {1, wanted.timescale}) <= 0)
+            return;
+    }
+    decoder_.seekToStart();
+    coming_ = decode();
+}
 
 bool PicturesByTime::next() {
     ++frame_;

@@ -12,7 +12,8 @@ namespace platform {
 
 class PicturesByTime {
   public:
-    PicturesByTime(VideoDecoder& decoder, int framesPerSecond);
+    /// `firstFrame`: the film begins with this one of its frames.
+    PicturesByTime(VideoDecoder& decoder, int framesPerSecond, int64_t firstFrame);
 
     /// Goes on to the next frame; false when the film has ended.
     bool next();
@@ -20,8 +21,8 @@ class PicturesByTime {
     const AVFrame& picture() const { return *shown_->frame; }
     /// The frame before showed it too.
     bool isShownAgain() const { return isShownAgain_; }
-    /// The frame's own time.
-    CMTime time() const { return CMTimeMake(frame_, framesPerSecond_); }
+    /// The frame's own time, counted from the first one wanted.
+    CMTime time() const { return CMTimeMake(frame_ - firstFrame_, framesPerSecond_); }
 
   private:
     struct Picture {
@@ -29,12 +30,14 @@ class PicturesByTime {
         CMTime time, end;
     };
     std::optional<Picture> decode();
+    void goNearFirst();
     bool isDue(const Picture& picture) const;
 
     VideoDecoder& decoder_;
     const int framesPerSecond_;
+    const int64_t firstFrame_;
     std::optional<Picture> shown_, coming_;
-    int64_t frame_ = -1;
+    int64_t frame_;
     bool isShownAgain_ = false;
 };
 

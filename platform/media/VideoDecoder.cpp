@@ -99,6 +99,24 @@ bool VideoDecoder::feed() {
     return true;
 }
 
+bool VideoDecoder::seek(const CMTime& time, int secondsBefore) {
+    const int64_t ticks = av_rescale_q(time.value - int64_t{secondsBefore} * time.timescale,
+                                       {1, time.timescale}, stream_.time_base);
+    return ticks > 0 && seekToTick(firstTick_.value_or(0) + ticks);
+}
+
+void VideoDecoder::seekToStart() {
+    seekToTick(firstTick_.value_or(0));
+    nextTick_ = firstTick_.value_or(0);
+}
+
+bool VideoDecoder::seekToTick(int64_t tick) {
+    const bool isThere = avformat_seek_file(input_.get(), stream_.index, INT64_MIN, tick, tick, 0) >= 0;
+    avcodec_flush_buffers(codec_.get());
+    nextTick_ = INT64_MAX / 4;  // of a file that does not tell its pictures' times, nothing is known here
+    return isThere;
+}
+
 void VideoDecoder::noteDamage(int code) {
     if (!error_) error_ = ffmpeg::error(code, "is damaged", name_, kind_);
 }

@@ -21,6 +21,11 @@ class VideoDecoder {
 
     /// Decodes the next picture; false at the end. Damaged stretches are passed over.
     bool next();
+    /// Goes on, after the first picture was decoded, with one that nothing before is needed for and that lies
+    /// at a time or so many seconds before it, or earlier, as far as the file says; false when it cannot.
+    bool seek(const CMTime& time, int secondsBefore);
+    /// Goes on with the first picture.
+    void seekToStart();
     /// The picture that next() decoded, valid until it is called again.
     const AVFrame& picture() const { return *frame_; }
     /// Its time, counted from the first picture: exact, also where the file rounds to milliseconds.
@@ -33,6 +38,7 @@ class VideoDecoder {
 
   private:
     bool feed();
+    bool seekToTick(int64_t tick);
     bool roundsTimes() const;
     void noteDamage(int code);
     void noteTime();

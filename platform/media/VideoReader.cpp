@@ -117,8 +117,9 @@ class VideoReader::Implementation : public std::enable_shared_from_this<Implemen
     }
 
     bool deliverByTime() {
-        auto pictures =
-            timed(counters.decodeSeconds, [&] { return PicturesByTime(decoder, settings.framesPerSecond); });
+        auto pictures = timed(counters.decodeSeconds, [&] {
+            return PicturesByTime(decoder, settings.framesPerSecond, settings.firstFrame);
+        });
         Decoded shown;
         bool isConverted = false;
         for (int64_t index = 0; timed(counters.decodeSeconds, [&] { return pictures.next(); }); ++index) {
@@ -223,7 +224,7 @@ class VideoReader::Implementation : public std::enable_shared_from_this<Implemen
             PictureConverter fresh(
                 {again.orientation(), settings.shape, again.info().hasAlpha && settings.premultipliesAlpha});
             if (settings.framesPerSecond > 0) {
-                PicturesByTime pictures(again, settings.framesPerSecond);
+                PicturesByTime pictures(again, settings.framesPerSecond, settings.firstFrame);
                 for (int64_t index = 0; pictures.next(); ++index)
                     if (index == wanted) return fresh.convert(pictures.picture());
             } else {

@@ -29,6 +29,7 @@ struct VideoReaderSettings {
     /// n / framesPerSecond seconds and each picture starts with the frame nearest to its time: pictures are
     /// left out, or given again, the same buffer then.
     int framesPerSecond = 0;
+    int64_t firstFrame = 0;   ///< of a rate that is asked for: the film begins with this one of its frames
     PictureShape shape = {};  ///< only the middle of each picture, in this shape; upright
     /// Of films with alpha: colours are multiplied by it.
     bool premultipliesAlpha = true;

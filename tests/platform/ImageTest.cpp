@@ -358,6 +358,66 @@ TEST_F(ImageTest, PartsOfAPhotoAreOfItsUprightSelf) {
     EXPECT_EQ(prepare({}, {PhotoCrop::Kind::Part, 1, 1, 1e-9, 1e-9}), (ImageSize{1, 1}));
 }
 
+TEST_F(ImageTest, TurnedPartsShowEachPixelOfThePhotoWhereItBelongs) {
+    // Its colours say where they are: red grows to the right, green downwards.
+    constexpr int width = 240, height = 120;
+    std::vector<uint8_t> places(size_t{width * height * 3});
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            places[size_t(y * width + x) * 3] = uint8_t(x);
+            places[size_t(y * width + x) * 3 + 1] = uint8_t(2 * y);
+        }
+    VImage::new_from_memory(places.data(), places.size(), width, height, 3, VIPS_FORMAT_UCHAR)
+        .copy(VImage::option()->set("interpretation", VIPS_INTERPRETATION_sRGB))
+        .pngsave(path("places.png").c_str());
+    struct Case {
+        double x, y, width, height, angle;
+        Aspect aspect;
+        int longSide;
+        int tolerance;
+    };
+    for (const Case& wanted :
+         {Case{0.25, 0.25, 0.5, 0.5, 0.001, {}, 0, 1}, Case{0.25, 0.25, 0.5, 0.5, 13.75, {}, 0, 1},
+          Case{0.3, 0.2, 0.4, 0.6, -151, {3, 4}, 0, 1},
+          // Its corners lie outside, where the edge goes on.
+          Case{0, 0, 1, 1, 13.75, {}, 0, 2}, Case{0.5, 0.4, 0.9, 0.9, 60, {1, 1}, 0, 2},
+          Case{0.375, -0.5, 0.25, 2, 90, {}, 0, 0},  // all of it, on its side
+          Case{0.25, 0.25, 0.5, 0.5, -90, {}, 0, 0}, Case{0.25, 0.25, 0.5, 0.5, 180, {}, 0, 0},
+          Case{0.25, 0.25, 0.5, 0.5, 13.75, {}, 60, 2}}) {
+        SCOPED_TRACE(testing::PrintToString(wanted.angle) + " " + testing::PrintToString(wanted.width));
+        const PhotoCrop crop{PhotoCrop::Kind::Part, wanted.x,      wanted.y,
+                             wanted.width,          wanted.height, wanted.angle};
+        const ImageSize size =
+            prepareUserPhoto(open("places.png"), path("part"), wanted.aspect, wanted.longSide, {}, crop);
+        double across = wanted.width * width, down = wanted.height * height;
+        if (wanted.aspect.width > 0) {
+            across = std::min(across, down * wanted.aspect.width / wanted.aspect.height);
+            down = across * wanted.aspect.height / wanted.aspect.width;
+        }
+        const double factor = wanted.longSide > 0 ? wanted.longSide / across : 1;
+        EXPECT_EQ(size, (ImageSize{int(std::lround(across * factor)), int(std::lround(down * factor))}));
+        const Bitmap part = decode("part");
+        ASSERT_EQ(part.size(), size);
+        const double turn = wanted.angle * M_PI / 180;
+        int wrong = 0;
+        for (int row = 0; row < size.height; ++row)
+            for (int column = 0; column < size.width; ++column) {
+                const double right = (column + 0.5 - size.width / 2.0) / factor;
+                const double below = (row + 0.5 - size.height / 2.0) / factor;
+                const double x =
+                    (wanted.x + wanted.width / 2) * width + right * cos(turn) - below * sin(turn);
+                const double y =
+                    (wanted.y + wanted.height / 2) * height + right * sin(turn) + below * cos(turn);
+                const double rightward = std::clamp(x - 0.5, 0.0, width - 1.0);
+                const double downward = 2 * std::clamp(y - 0.5, 0.0, height - 1.0);
+                const Pixel shown = at(part, column, row);
+                wrong += std::abs(shown[0] - rightward) > wanted.tolerance + 0.5 ||
+                         std::abs(shown[1] - downward) > wanted.tolerance + 0.5 || shown[2] != 0;
+            }
+        EXPECT_EQ(wrong, 0) << "pixels";
+    }
+}
+
 TEST_F(ImageTest, WhatCatchesTheEyeStaysWhenNobodySaysWhere) {
     const auto dotAt = [&](int x) {
         VImage photo = flat(600, 200, {70, 90, 110}, VIPS_INTERPRETATION_sRGB).copy_memory();

@@ -68,6 +68,22 @@ TEST_F(FramesTest, ShowThePartOfAPhotoThatTheUserChose) {
     EXPECT_EQ(middleOf({"--crop", "photo=0,0,0.33,1"}), "b");
     EXPECT_EQ(middleOf({"--crop", "photo=0.34,0,0.33,1"}), "g");
     EXPECT_EQ(middleOf({"--focus", "photo=1,0.5"}), "rg");
+    // On its side: as wide as the photo is high, three times as high as it is wide.
+    EXPECT_EQ(middleOf({"--crop", "photo=0.333333,-1,0.333333,3,90"}), "g");
+    const auto middleWith = [&](const std::string& crop) {
+        platform::writeFileAtomically(folder.file("media.json"),
+                                      R"({"photo": {"file": "me.png", "crop": )" + crop + "}}");
+        frames("turned", {"--media", folder.file("media.json"), "--at", "0"});
+        return platform::decodeImage(
+            platform::FileHandle(::open(folder.file("turned/frame-000000.png").c_str(), O_RDONLY)));
+    };
+    const platform::Bitmap turned =
+        middleWith(R"({"x": 0.25, "y": 0.25, "width": 0.166667, "height": 0.5, "angle": 90})");
+    const auto isGreen = [&](int y) {
+        return turned.pixel(turned.width / 2, turned.height / 2 + y)[1] > 128;
+    };
+    EXPECT_FALSE(isGreen(12)) << "what lies left is below";
+    EXPECT_TRUE(isGreen(-12));
 }
 
 TEST_F(FramesTest, AndFilmsOfAnotherShapeSquashNothing) {

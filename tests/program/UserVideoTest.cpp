@@ -79,11 +79,14 @@ class UserVideoTest : public ProgramTest {
     }
     /// The middle pixel's colours in each of these frames.
     std::vector<std::array<int, 3>> middles(const std::filesystem::path& path, const std::string& clip,
-                                            const std::vector<int>& frames) const {
+                                            const std::vector<int>& frames,
+                                            const std::vector<std::string>& more = {}) const {
         std::string list;
         for (const int frame : frames) list += (list.empty() ? "" : ",") + std::to_string(frame);
         const std::string out = folder.file("frames");
-        const Result drawn = multiscene({"frames", path, "--video", "clip=" + clip, "--at", list, "-o", out});
+        std::vector<std::string> words{"frames", path, "--video", "clip=" + clip, "--at", list, "-o", out};
+        words.insert(words.end(), more.begin(), more.end());
+        const Result drawn = multiscene(words);
         EXPECT_EQ(drawn.exitCode, 0) << drawn.errors;
         std::vector<std::array<int, 3>> colors;
         for (const int frame : frames) {
@@ -96,6 +99,9 @@ class UserVideoTest : public ProgramTest {
             colors.push_back({pixel[0], pixel[1], pixel[2]});
         }
         return colors;
+    }
+    void writeFile(const std::string& name, const std::string& text) const {
+        platform::writeFileAtomically(folder.file(name), text);
     }
     /// Loudest sample of the made video in decibels; nothing when it is silent.
     std::optional<double> peak() const {
@@ -224,6 +230,37 @@ TEST_F(UserVideoTest, WithAGapOfHoursEndsTheJobAtOnce) {
     EXPECT_THAT(make(withFilm().write(folder.path()), dot).errors, HasSubstr("the video has 1x1 pixels"));
     writePicture(folder.path() / "no.png", 0);
     EXPECT_EQ(make(withFilm().write(folder.path()), folder.file("no.png")).exitCode, 4);
+}
+
+TEST_F(UserVideoTest, BeginsWhereTheUserWants) {
+    // Each picture has its own grey; what can be entered only at some pictures is entered before them.
+    const std::vector<std::string> source{
+        "-f",   "lavfi",   "-i",       "nullsrc=s=64x64:r=10:d=6,geq=lum=16+N*3:cb=128:cr=128",
+        "-f",   "lavfi",   "-i",       "aevalsrc='if(lt(t,2.4),0,sin(2765*t))':d=6",
+        "-c:v", "libx264", "-g",       "25",
+        "-bf",  "3",       "-pix_fmt", "yuv420p"};
+    const auto path = withFilm().write(folder.path());
+    std::vector<std::string> clips;
+    for (const char* name : {"clip.mp4", "clip.mkv", "clip.ts"}) clips.push_back(film(name, source));
+    for (const std::string& clip : clips) {
+        const auto seen = middles(path, clip, {0, 5}, {"--video-start", "clip=2.6"});
+        EXPECT_NEAR(seen[0][1], (26 * 3) * 255 / 219, 3) << clip;
+        EXPECT_NEAR(seen[1][1], (31 * 3) * 255 / 219, 3) << clip;
+    }
+    writeFile("media.json", R"({"clip": {"file": "clip.mkv", "start": 2.5, "volume": 1}})");
+    const std::vector<std::string> words{"make",    path,   "--media", folder.file("media.json"),
+                                         "--music", "none", "-o",      folder.file("out.mp4")};
+    ASSERT_EQ(multiscene(words).exitCode, 0);
+    EXPECT_GT(peak().value_or(-91), -10) << "the sound begins there too";
+    writeFile("media.json", R"({"clip": {"file": "clip.mkv", "start": 0.5, "volume": 1}})");
+    ASSERT_EQ(multiscene(words).exitCode, 0);
+    EXPECT_LT(peak().value_or(-91), -60);
+    for (const char* wrong : {R"({"clip": {"file": "clip.mkv", "start": 5.9}})",
+                              R"({"clip": {"file": "clip.mkv", "start": "2"}})", R"({"clip": {"start": 1}})",
+                              R"({"clip": {"file": "clip.mkv", "crop": {}}})"}) {
+        writeFile("media.json", wrong);
+        EXPECT_EQ(multiscene(words).exitCode, 4) << wrong;
+    }
 }
 
 TEST_F(UserVideoTest, BringsItsSoundWhereTheTemplateOrTheUserWantsIt) {

@@ -13,6 +13,7 @@ UserFilm UserFilm::of(const std::string& key, const std::string& sceneIdentifier
     film.framesPerSecond = stored["framesPerSecond"].intValue();
     film.aspectWidth = stored["aspectWidth"].intValue();
     film.aspectHeight = stored["aspectHeight"].intValue();
+    film.firstFrame = stored["firstFrame"].integerValue();
     if (stored.has("volume")) film.volume = stored["volume"].floatValue();
     return film;
 }
@@ -23,6 +24,7 @@ std::string UserFilm::mapKey(const std::string& key) { return key + "#film"; }
 Value UserFilm::value() const {
     Value::Dictionary stored{
         {"framesPerSecond", framesPerSecond}, {"aspectWidth", aspectWidth}, {"aspectHeight", aspectHeight}};
+    if (firstFrame > 0) stored["firstFrame"] = firstFrame;
     if (volume) stored["volume"] = static_cast<double>(*volume);
     return stored;
 }

@@ -22,6 +22,7 @@ struct UserFilm {
     int32_t framesPerSecond = 0;
     int32_t aspectWidth = 0, aspectHeight = 0;   ///< the shape it is cropped to; 0: its own
     std::optional<float> volume = std::nullopt;  ///< of its sound, 0 to 1; none: what the scene says
+    int64_t firstFrame = 0;                      ///< at that rate: the film begins there, its sound too
 
     /// The film under `key` in the scene with this identifier.
     static UserFilm of(const std::string& key, const std::string& sceneIdentifier,

@@ -124,11 +124,17 @@ platform::AudioTrack ExportSound::addAudioWithInfo(const platform::Value& entry,
                                                    int32_t framesPerSecond) {
     const int64_t start = hundredthsOfFrame(entry.integer("fpsStart"), framesPerSecond);
     const int64_t end = hundredthsOfFrame(entry.integer("fpsEnd"), framesPerSecond);
+    const int64_t sourceStart = hundredths(entry.real("startSeconds"));
+    const int64_t left = sound->frameCount() - sourceStart * platform::kAudioSampleRate / 100;
     platform::AudioTrack track;
-    track.insertions.push_back({.file = sound, .duration = sound->duration(), .at = time(start)});
+    track.insertions.push_back(
+        {.file = sound,
+         .sourceStart = time(sourceStart),
+         .duration = platform::CMTimeMake(std::max<int64_t>(left, 0), platform::kAudioSampleRate),
+         .at = time(start)});
     // The volume of the window holds after it, and in a window of no length too.
     track.volume.setVolume(entry.real("volume"), start);
-    if (!endsWithWindow(entry) || hundredths(secondsOf(*sound)) <= end - start) return track;
+    if (!endsWithWindow(entry) || hundredths(secondsOf(*sound)) - sourceStart <= end - start) return track;
     track.insertions.back().duration = time(std::max<int64_t>(end - start, 0));
     if (end - start > 2 * cutFade) track.volume.addRamp(entry.real("volume"), 0, end - cutFade, end);
     return track;

@@ -13,9 +13,9 @@ class SoundSink {
     virtual ~SoundSink() = default;
 
     /// An audio entry: "type" ("bgAudio" for the music), "audioPath", "audioName", "volume" (0 to 1; the
-    /// music's also above), "fpsStart", "fpsEnd" (frames of the group), "isLoop". The music may bring
-    /// "startSeconds", where in its file it begins, and "fadeInSeconds" and "fadeOutSeconds", at the film's
-    /// start and end.
+    /// music's also above), "fpsStart", "fpsEnd" (frames of the group), "isLoop". It may bring
+    /// "startSeconds", where in its file it begins, the music besides "fadeInSeconds" and "fadeOutSeconds",
+    /// at the film's start and end.
     virtual void addAudioTrackWithInfo(const platform::Value& info) = 0;
     /// Ends the sounds of this "audioName"; the music only when `isBgAudio`. A mix needs no end.
     virtual void deleteChannelWithKey(const std::string& /*audioName*/, bool /*isBgAudio*/) {}

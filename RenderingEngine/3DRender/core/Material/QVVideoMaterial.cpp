@@ -33,7 +33,9 @@ constexpr KeyTable videoTextureKeys{"mp4Video", "A film, one picture a frame; it
 namespace {
 
 platform::VideoReaderSettings settingsOf(const UserFilm& film) {
-    return {.framesPerSecond = film.framesPerSecond, .shape = {film.aspectWidth, film.aspectHeight}};
+    return {.framesPerSecond = film.framesPerSecond,
+            .firstFrame = film.firstFrame,
+            .shape = {film.aspectWidth, film.aspectHeight}};
 }
 
 /// The last frame of a node, or of its scene's clock where that ends first.
@@ -90,6 +92,8 @@ void QVVideoMaterial::startSound() const {
     const auto scene = object3D() ? object3D()->scene() : nullptr;
     if (!scene || !videoReader_->hasSound() || volume() <= 0) return;
     const int64_t last = lastFrameOf(*object3D());
+    const double start =
+        userFilm_.firstFrame > 0 ? static_cast<double>(userFilm_.firstFrame) / userFilm_.framesPerSecond : 0;
     scene->renderManager().startSoundEffect(platform::Value::Dictionary{
         {"type", "audio"},
         {"audioPath", videoPath_},
@@ -97,6 +101,7 @@ void QVVideoMaterial::startSound() const {
         {"volume", static_cast<double>(std::min(volume(), 1.0f))},
         {"isLoop", false},
         {"endsWithWindow", true},
+        {"startSeconds", start},
         {"fpsStart", object3D()->sartFps()},
         {"fpsEnd", last == std::numeric_limits<int64_t>::max() ? last : last + 1},
     });
