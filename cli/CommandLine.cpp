@@ -179,6 +179,7 @@ struct Parser {
 
     void add(const CommandEntry& entry) {
         CLI::App& sub = addApp(entry.name, entry.summary);
+        if (!*entry.summary) sub.group("");
         auto command = entry.make();
         ParserArguments arguments(sub, repeatedNames);
         command->declare(arguments);
@@ -251,6 +252,8 @@ std::string unknownCommand(const CommandWords& given) {
     std::vector<std::string_view> firsts, seconds;
     for (const CommandEntry& entry : commands()) {
         const std::string_view name(entry.name), first = firstWord(name);
+        // One that is left out of the help is not what somebody has meant.
+        if (!*entry.summary && first != given.group) continue;
         firsts.push_back(first);
         if (first == given.group && first.size() < name.size())
             seconds.push_back(firstWord(name.substr(first.size() + 1)));

@@ -37,6 +37,9 @@ constexpr std::array table{
                  makeSelftestCommand},
     CommandEntry{"scene-format", "Print the reference of templates and scenes, docs/scene-format.md",
                  makeSceneFormatCommand},
+    // What the program starts itself with.
+    CommandEntry{"intake", "", makeIntakeCommand},
+    CommandEntry{"hold", "", makeHoldCommand},
 };
 
 struct Group {

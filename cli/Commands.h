@@ -7,6 +7,8 @@ namespace multiscene::cli {
 
 std::unique_ptr<Command> makeMakeCommand();
 std::unique_ptr<Command> makeRenderCommand();
+std::unique_ptr<Command> makeIntakeCommand();
+std::unique_ptr<Command> makeHoldCommand();
 std::unique_ptr<Command> makeFramesCommand();
 std::unique_ptr<Command> makePlayCommand();
 std::unique_ptr<Command> makeTraceCommand();

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <mutex>
 #include <optional>
+#include <utility>
 
 #include "app/job/MusicEntry.h"
 #include "app/job/UserValues.h"
@@ -54,6 +55,7 @@ HeldPlayer::HeldPlayer(const RenderRequest& request, JobObserver& observer, cons
     platform::keepDecodedImages(kKeptPictures);
     platform::keepDecodedFilms(kKeptFilmPictures);
     group_.playable.group = group_.group;  // whose scenes say under which keys further values go
+    nodeValues_ = NodeValues(group_.group);
     createDriver();
     createScore();
 }
@@ -88,6 +90,11 @@ void HeldPlayer::createScore() {
 }
 
 int64_t HeldPlayer::frames() const { return view_->frames().value_or(group_.totalFrames); }
+
+int64_t HeldPlayer::position() const {
+    const int64_t next = isStarted_ ? view_->nextFrame() : 0;
+    return view_->isHolding(next - 1) ? next - 1 : next;
+}
 
 FrameStatistics HeldPlayer::statistics() const {
     const std::lock_guard lock(shared_->mutex);
@@ -124,7 +131,10 @@ HeldPlayer::Outcome HeldPlayer::show(int64_t frame, const platform::Canvas& pict
         });
         // What was given up before may have been under way still.
     } while (view_->hasPassed() && !hasFailed() && !isNoLongerWanted);
-    if (view_->isShown()) return Outcome::Shown;
+    if (view_->isShown()) {
+        changing_.clear();
+        return Outcome::Shown;
+    }
     view_->rest();
     requireRunning();
     return isBeyondEnd(frame) ? Outcome::BeyondEnd : Outcome::GivenUp;
@@ -133,7 +143,7 @@ HeldPlayer::Outcome HeldPlayer::show(int64_t frame, const platform::Canvas& pict
 /// Has the loop on its way to a frame.
 void HeldPlayer::playTo(int64_t frame) {
     if (!isStarted_) return start();
-    if (frame >= view_->nextFrame()) return;
+    if (frame >= view_->nextFrame() || view_->isHolding(frame)) return;
     view_->rest();
     startAgain();
 }
@@ -151,6 +161,7 @@ void HeldPlayer::start() {
 /// Returns when frames are counted from 0 again, so that no frame of the run before is taken for one that is
 /// asked for afterwards.
 void HeldPlayer::startAgain() {
+    changing_.clear();
     shared_->isStartingAgain = true;
     player_->reStartRenderwithSceneGroup(group_.group, [shared = shared_] {
         shared->isStartingAgain = false;
@@ -160,12 +171,26 @@ void HeldPlayer::startAgain() {
 }
 
 void HeldPlayer::setInputs(const JobInputs& inputs, const std::stop_token& stop) {
-    UserValues values =
-        collectUserValues(inputs, group_.playable, job_, group_.format, group_.playback->gate(), stop);
-    group_.group.userMediaMap = platform::Value(std::move(values.map));
+    UserValues values = collectUserValues(inputs, group_.playable, *group_.files, group_.format,
+                                          group_.playback->gate(), stop);
+    const platform::Value before =
+        std::exchange(group_.group.userMediaMap, platform::Value(std::move(values.map)));
+    group_.missingInputs = std::move(values.missing);
+    const auto changed = nodeValues_.changedKeys(before, group_.group.userMediaMap);
+    if (changed) return exchange(*changed);
     if (isStarted_) startAgain();
     score_->cancel();
     createScore();
+}
+
+/// What nodes show is heard nowhere.
+void HeldPlayer::exchange(std::set<std::string> keys) {
+    if (!isStarted_ || keys.empty()) return;
+    changing_.merge(keys);
+    view_->change([driver = driver_.get(), keys = changing_, values = group_.group.userMediaMap] {
+        driver->playback().settings().setUserMediaMapDic(values);
+        reloadNodes(*driver, keys);
+    });
 }
 
 }  // namespace multiscene

@@ -3,11 +3,15 @@
 
 #include <functional>
 #include <memory>
+#include <set>
 #include <stop_token>
+#include <string>
+#include <vector>
 
 #include "app/job/JobFolder.h"
 #include "app/job/JobObserver.h"
 #include "app/job/PreparedGroup.h"
+#include "app/preview/NodeValues.h"
 #include "app/preview/SoundScore.h"
 #include "report/FrameStatistics.h"
 #include "videoRenderCore/AUSAudioPlayer.h"
@@ -32,8 +36,14 @@ class HeldPlayer {
     HeldPlayer(const HeldPlayer&) = delete;
     HeldPlayer& operator=(const HeldPlayer&) = delete;
 
+    /// A frame that was shown can be shown again with other values at once; what comes after it is not begun
+    /// meanwhile. Before the first show().
+    void holdFrames() { view_->setHoldsFrames(); }
+
     const std::string& name() const { return group_.playable.name; }
     const MediaFormat& format() const { return group_.format; }
+    /// The frame that is held, else the one that comes next.
+    int64_t position() const;
     /// As the catalogue says, until the group was played to its end; below 1: not known.
     int64_t frames() const;
 
@@ -44,9 +54,13 @@ class HeldPlayer {
     Outcome show(
         int64_t frame, const platform::Canvas& picture,
         const std::function<bool()>& isGivenUp = [] { return false; });
-    /// The next frame that is shown has these values of the user. Throws platform::Error and keeps the old
-    /// ones.
+    /// The next frame that is shown has these values of the user. Where they say no more than what nodes
+    /// show, the frame that is held takes them in, else the group is played again up to it. Throws
+    /// platform::Error and keeps the old ones.
     void setInputs(const JobInputs& inputs, const std::stop_token& stop);
+    /// Of those that are set: keys that the template asks for and that were not given.
+    const std::vector<std::string>& missingInputs() const { return group_.missingInputs; }
+    const PreparedGroup& group() const { return group_; }
 
     /// What is to be heard; ready once the score is (see score()). Any thread.
     const std::shared_ptr<AUSAudioPlayer>& sound() const { return driver_->audioPlayer(); }
@@ -63,6 +77,7 @@ class HeldPlayer {
     void playTo(int64_t frame);
     void start();
     void startAgain();
+    void exchange(std::set<std::string> keys);
     bool hasFailed() const;
     bool isBeyondEnd(int64_t frame) const;
     void requireRunning() const;
@@ -75,6 +90,8 @@ class HeldPlayer {
     std::shared_ptr<QVMultiSceneRenderManager> driver_;
     std::shared_ptr<QVMediaManage> player_;
     std::shared_ptr<SoundScore> score_;
+    NodeValues nodeValues_;
+    std::set<std::string> changing_;  ///< keys of values that the driver has not taken over
     bool isStarted_ = false;
 };
 

@@ -41,18 +41,27 @@ void QVGLFontTextObjectBase::rendInfoWithDic(const platform::Value& info) {
 
 void QVGLFontTextObjectBase::updateDue(const Tick& tick) {
     QVObject3DTransformBase::updateDue(tick);
-    if (Playback* const played = playback(); played && !hasLetters_) {
-        LetterSettings settings =
-            readLetterSettings(fontInfo_, sceneIdentifier(), sceneResourceFolderPath(), *played);
-        settings.text.part = animation_.part();
-        const Made made = makeLetters(settings.text);
-        offset_ = settings.offset(made.block);
-        animation_.setParts(made.parts);
-        if (!made.leftOut.empty())
-            reportSkipped(*this, "letters that cannot be drawn", letterNames(made.leftOut));
-        hasLetters_ = true;
-    }
+    if (Playback* const played = playback(); played && !hasLetters_) loadLetters(*played);
     if (hasLetters_) animation_.pose(tick.frame, *this, poses_);
+}
+
+void QVGLFontTextObjectBase::loadLetters(Playback& played) {
+    LetterSettings settings =
+        readLetterSettings(fontInfo_, sceneIdentifier(), sceneResourceFolderPath(), played);
+    settings.text.part = animation_.part();
+    const Made made = makeLetters(settings.text);
+    offset_ = settings.offset(made.block);
+    animation_.setParts(made.parts);
+    if (!made.leftOut.empty())
+        reportSkipped(*this, "letters that cannot be drawn", letterNames(made.leftOut));
+    hasLetters_ = true;
+}
+
+void QVGLFontTextObjectBase::reloadLetters(int64_t frame) {
+    Playback* const played = playback();
+    if (!played || !hasLetters_) return;
+    loadLetters(*played);
+    animation_.pose(frame, *this, poses_);
 }
 
 void QVGLFontTextObjectBase::completeDue(const Tick& tick) {

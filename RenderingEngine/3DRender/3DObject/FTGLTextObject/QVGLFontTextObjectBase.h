@@ -29,6 +29,11 @@ class QVGLFontTextObjectBase : public QVObject3DTransformBase {
     void rendInfoWithDic(const platform::Value& info) override;
     void addTraceFields(platform::Value::Dictionary& fields) override;
 
+    /// Makes the letters of another text that the user has given, if they are there. `frame` is the one that
+    /// is shown.
+    void reloadLetters(int64_t frame);
+    const platform::Value& fontInfo() const { return fontInfo_; }
+
     float renderAlpha() const { return renderAlpha_.value(); }  ///< 0 transparent to 1
 
   protected:
@@ -48,7 +53,6 @@ class QVGLFontTextObjectBase : public QVObject3DTransformBase {
     virtual void drawLetters(Painter& painter) = 0;
     virtual void dropLetters() = 0;
 
-    const platform::Value& fontInfo() const { return fontInfo_; }
     /// Red, green, blue, and the alpha of the text and of the node.
     glm::vec4 shownColor() const;
     /// Calls `visit` with corners that are drawn together and their pose; what cannot be seen is left out.
@@ -72,6 +76,7 @@ class QVGLFontTextObjectBase : public QVObject3DTransformBase {
     }
 
   private:
+    void loadLetters(Playback& played);
     const LetterPose& poseOf(const platform::LetterLayer::Piece& piece) const {
         return piece.part < poses_.size() ? poses_[piece.part] : still_;
     }
