@@ -40,8 +40,8 @@ class Painter {
     /// The default blend function, no depth test.
     void resetState() { state_ = {}; }
 
-    /// Draws nothing without a picture to draw, and nothing outside of a frame and of targets: of a frame that
-    /// is left out only its targets are drawn.
+    /// Draws nothing without a picture to draw, and nothing outside of a frame and of targets: of a frame
+    /// that is left out only its targets are drawn.
     void draw(QuadDraw quad);
     void draw(LettersDraw letters);
     void draw(MeshDraw mesh);
