@@ -26,12 +26,12 @@ void openPage(const std::filesystem::path& file) {
     ::posix_spawnattr_init(&attributes);
     ::posix_spawn_file_actions_init(&actions);
     // It may outlive the studio, and has signals of its own.
-    sigset_t none, pipe;
+    sigset_t none, ignored;
     sigemptyset(&none);
-    sigemptyset(&pipe);
-    sigaddset(&pipe, SIGPIPE);
+    sigemptyset(&ignored);
+    for (const int number : {SIGPIPE, SIGXFSZ}) sigaddset(&ignored, number);
     ::posix_spawnattr_setsigmask(&attributes, &none);
-    ::posix_spawnattr_setsigdefault(&attributes, &pipe);
+    ::posix_spawnattr_setsigdefault(&attributes, &ignored);
     ::posix_spawnattr_setflags(&attributes,
                                POSIX_SPAWN_SETSIGMASK | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSID);
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})

@@ -3,12 +3,12 @@
 #include <algorithm>
 #include <charconv>
 
-#include "platform/base/File.h"
 #include "studio/process/ChildProblem.h"
 #include "studio/templates/TemplateFiles.h"
 
 namespace multiscene::studio {
 
+namespace fs = std::filesystem;
 using platform::Value;
 using platform::http::Answer;
 
@@ -63,11 +63,15 @@ Value detailSchema() {
                                            {"music", schema::boolean()}});
 }
 
+bool hasPreview(const BookedTemplate& booked) {
+    std::error_code ignored;
+    return fs::exists(fs::symlink_status(booked.folder / kPreview, ignored));
+}
+
 /// Of what was told, what is a number, a text, true or false, is so whatever was told.
 Value card(const BookedTemplate& booked, const std::string& language) {
     const Value& told = booked.told;
     const std::string base = "/api/v1/templates/" + std::to_string(booked.id);
-    const bool hasPreview = !booked.folder.empty() && platform::isFile(booked.folder / kPreview);
     const auto url = [&](bool isThere, const char* end) { return isThere ? Value(base + end) : Value(); };
     return Value::Dictionary{{"id", booked.id},
                              {"name", booked.name()},
@@ -85,7 +89,7 @@ Value card(const BookedTemplate& booked, const std::string& language) {
                              {"needsNewerVersion", told.boolean("needsNewerVersion")},
                              {"megabytes", told["megabytes"].doubleValue()},
                              {"thumbnail", url(!told.string("thumbnail").empty(), "/thumbnail")},
-                             {"preview", url(hasPreview, "/preview.mp4")}};
+                             {"preview", url(!booked.folder.empty(), "/preview.mp4")}};
 }
 
 Value input(const Value& told, const std::string& language) {
@@ -143,7 +147,7 @@ bool isFound(const BookedTemplate& booked, const std::string& search) {
 }  // namespace
 
 TemplatesApi::TemplatesApi(const Parts& parts, std::shared_ptr<TemplateBook> book)
-    : parts_(parts), book_(std::move(book)) {}
+    : parts_(parts), book_(std::move(book)), videos_(parts) {}
 
 std::vector<Route> TemplatesApi::routes() {
     const Value list = schema::object({{"templates", schema::list(cardSchema())}});
@@ -170,10 +174,9 @@ std::vector<Route> TemplatesApi::routes() {
          })},
         {.method = "GET",
          .pattern = "/api/v1/templates/{id}/preview.mp4",
-         .summary = "A video of it",
+         .summary = "A video of it: its own, else a small one of its sample inputs, which may take a while",
          .results = {{200, "video/mp4", {}}},
-         .handle = whenRead(
-             [this](const ApiRequest& request) { return videoIn(wanted(request).folder, kPreview); })},
+         .handle = [this](ApiRequest& request, Responder& responder) { preview(request, responder); }},
         {.method = "DELETE",
          .pattern = "/api/v1/templates/{id}",
          .access = Access::Admin,
@@ -250,6 +253,30 @@ void TemplatesApi::detail(ApiRequest& request, Responder& responder) {
     book_->refresh(ready, failed);
 }
 
+void TemplatesApi::preview(ApiRequest& request, Responder& responder) {
+    const auto kept = std::make_shared<ApiRequest>(std::move(request));
+    const auto waiting = std::make_shared<Responder>(std::move(responder));
+    const auto answer = [waiting](const fs::path& folder, const std::string& name) {
+        try {
+            waiting->answer(videoIn(folder, name));
+        } catch (...) {
+            waiting->answer(answerOf(currentProblem()));
+        }
+    };
+    const auto ready = [this, kept, waiting, answer] {
+        try {
+            const BookedTemplate& booked = wanted(*kept);
+            if (booked.folder.empty() || hasPreview(booked)) return answer(booked.folder, kPreview);
+            videos_.find(
+                booked, [waiting] { return !waiting->isGone(); },
+                [this, answer](const std::string& file) { answer(parts_.folders.cache, file); });
+        } catch (...) {
+            waiting->answer(answerOf(currentProblem()));
+        }
+    };
+    book_->refresh(ready, [waiting](const Problem& problem) { waiting->answer(answerOf(problem)); });
+}
+
 void TemplatesApi::remove(ApiRequest& request, Responder& responder) {
     const BookedTemplate& booked = wanted(request);
     if (!booked.told.boolean("installed"))
@@ -278,6 +305,7 @@ void TemplatesApi::run(std::vector<std::string> words, ChildProgram::Line line, 
 void TemplatesApi::stop() {
     isStopped_ = true;
     book_->stop();
+    videos_.stop();
     for (const auto& each : runs_) each->cancel();
 }
 

@@ -8,6 +8,7 @@
 #include "studio/Parts.h"
 #include "studio/api/Route.h"
 #include "studio/process/ChildProgram.h"
+#include "studio/templates/SampleVideos.h"
 #include "studio/templates/TemplateBook.h"
 
 namespace multiscene::studio {
@@ -30,11 +31,13 @@ class TemplatesApi : public Resource {
     const BookedTemplate& wanted(const ApiRequest& request) const;
     platform::http::Answer cards(const ApiRequest& request) const;
     void detail(ApiRequest& request, Responder& responder);
+    void preview(ApiRequest& request, Responder& responder);
     void remove(ApiRequest& request, Responder& responder);
     void run(std::vector<std::string> words, ChildProgram::Line line, ChildProgram::Ended ended);
 
     const Parts parts_;
     const std::shared_ptr<TemplateBook> book_;
+    SampleVideos videos_;
     std::list<std::unique_ptr<ChildProgram>> runs_;
     bool isStopped_ = false;
 

@@ -1,3 +1,4 @@
+#include <chrono>
 #include <fstream>
 
 #include "StudioFixture.h"
@@ -57,7 +58,6 @@ TEST_F(TemplatesTest, showsSamplesInEveryLanguageAtFirstStart) {
     const Reply picture = get(found.string("thumbnail"), who);
     EXPECT_EQ(picture.field("Content-Type"), "image/jpeg");
     EXPECT_THAT(picture.body, StartsWith("\xff\xd8\xff"));
-    EXPECT_EQ(get("/api/v1/templates/1100/preview.mp4", who).status, 404);
     for (const char* none :
          {"/api/v1/templates/1", "/api/v1/templates/1100x", "/api/v1/templates/none/thumbnail"})
         EXPECT_EQ(get(none, who).status, 404) << none;
@@ -92,6 +92,22 @@ TEST_F(TemplatesTest, followsTheCatalogue) {
     EXPECT_FALSE(fs::exists(folder));
     EXPECT_EQ(get(base, who).status, 404);
     EXPECT_EQ(cards("?state=installed").array().size(), 0u);
+}
+
+/// One that brings no video is shown with its sample inputs, once.
+TEST_F(TemplatesTest, makesTheVideosThatTemplatesDoNotBring) {
+    const Value found = cards("?search=minimal").array()[0];
+    const Reply first = get(found.string("preview"), who);
+    EXPECT_EQ(first.status, 200) << first.body;
+    EXPECT_EQ(first.field("Content-Type"), "video/mp4");
+    EXPECT_EQ(first.body.substr(4, 4), "ftyp");
+    EXPECT_THAT(get("/api/v1/jobs", who).json().array("jobs"), testing::IsEmpty());
+    settings.port = studio->port();
+    studio.reset();
+    start();
+    const auto began = std::chrono::steady_clock::now();
+    EXPECT_EQ(get(found.string("preview"), who).body, first.body);
+    EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(300));
 }
 
 TEST_F(TemplatesTest, saysWhatWentWrongWithTheRunThatReads) {
