@@ -55,8 +55,9 @@ const events = new Events(
       if (job.kind === 'refresh' && job.state === 'done') void loadTemplates();
     },
     video(video) {
-      const { videos } = studio.value;
-      if (videos) studio.set({ videos: [video, ...videos.filter((other) => other.id !== video.id)] });
+      const { jobs, videos } = studio.value;
+      const isDraft = video.job !== null && jobs[video.job]?.kind === 'draft';
+      if (videos && !isDraft) studio.set({ videos: [video, ...videos.filter((other) => other.id !== video.id)] });
     },
     template: () => void loadTemplates(),
     lost: () => studio.set({ isOffline: true }),
