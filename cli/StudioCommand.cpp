@@ -76,7 +76,7 @@ class StudioCommand : public Command {
         settings_.programOptions = settings.words;
         settings_.opensPage = !isService_ && !staysClosed_ && hasDisplay();
         settings_.pairing = [&](const std::string& code, const std::string& url) {
-            if (!isService_) tellPairing(console, code, url);
+            if (isForSomebody(console)) tellPairing(console, code, url);
         };
         Studio studio(settings_);
         tell(console, studio);
@@ -91,16 +91,22 @@ class StudioCommand : public Command {
         if (console.isJson())
             return console.event("studio",
                                  {{"port", studio.port()}, {"addressFile", studio.addressFile().string()}});
-        if (isService_) return console.line("the studio serves at port " + std::to_string(studio.port()));
+        if (!isForSomebody(console))
+            return console.line("the studio serves at port " + std::to_string(studio.port()) +
+                                "; the address that opens its page is in " + studio.addressFile().string());
         console.line("the studio: " + studio.address());
         console.line("That address opens the page once; the next is in " + studio.addressFile().string() +
                      ". Ctrl-C ends the studio.");
     }
 
+    /// What lets anybody in is for the eyes of a person, and for no log.
+    bool isForSomebody(const Console& console) const {
+        return !isService_ && !console.isJson() && ::isatty(STDOUT_FILENO) == 1;
+    }
+
     static void tellPairing(Console& console, const std::string& code, const std::string& url) {
-        if (console.isJson()) return;
         console.line("To pair a device of the network: " + url + " (code " + code + ")");
-        if (::isatty(STDOUT_FILENO) == 1) console.write(platform::QrCode(url).terminalText());
+        console.write(platform::QrCode(url).terminalText());
     }
 
     static void waitFor(const std::stop_token& stop) {

@@ -61,6 +61,11 @@ std::string hostOf(const std::string& url) {
                 "--public-url");
 }
 
+StudioSettings withoutSlash(StudioSettings settings) {
+    if (settings.publicUrl.ends_with('/')) settings.publicUrl.pop_back();
+    return settings;
+}
+
 std::vector<std::string> hostsOf(const StudioSettings& settings) {
     std::vector<std::string> hosts = {"127.0.0.1", "[::1]", "localhost"};
     if (const std::string host = hostOf(settings.publicUrl); !host.empty()) hosts.push_back(host);
@@ -124,7 +129,7 @@ struct Studio::Core {
 };
 
 Studio::Core::Core(StudioSettings given)
-    : settings(std::move(given)),
+    : settings(withoutSlash(std::move(given))),
       folders(settings.home),
       lock(lockFolders(folders)),
       sessions(folders.database),
@@ -169,7 +174,7 @@ void Studio::Core::readTemplates() {
 void Studio::Core::makeResources() {
     key = std::make_unique<StartKey>(pageUrl("127.0.0.1"), folders.studio / kAddress,
                                      settings.opensPage ? folders.studio / kOpener : fs::path());
-    if (settings.isListening)
+    if (settings.isListening || !settings.publicUrl.empty())
         pairing = std::make_unique<Pairing>([this](const std::string& code) {
             if (settings.pairing) settings.pairing(code, pairingUrl(code));
         });

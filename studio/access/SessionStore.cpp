@@ -1,6 +1,7 @@
 #include "studio/access/SessionStore.h"
 
 #include "platform/base/Error.h"
+#include "platform/base/Log.h"
 #include "platform/crypto/Secret.h"
 #include "studio/store/Names.h"
 
@@ -12,6 +13,8 @@ using platform::Statement;
 
 namespace {
 
+/// Requests wait while it waits.
+constexpr int kMostPatienceMs = 2000;
 constexpr int64_t kDay = int64_t{24} * 3600 * 1000;
 constexpr const char* kLocalId = "ses_local";
 
@@ -46,7 +49,8 @@ Session sessionOf(const Statement& row) {
 
 }  // namespace
 
-SessionStore::SessionStore(const std::filesystem::path& database) : database_(database.string()) {
+SessionStore::SessionStore(const std::filesystem::path& database)
+    : database_(database.string(), kMostPatienceMs) {
     database_.execute("PRAGMA foreign_keys=ON");
     database_.transaction([&] {
         database_.execute(kTables);
@@ -78,10 +82,17 @@ std::optional<Session> SessionStore::find(std::string_view secret) {
     return session;
 }
 
-/// Once a day is enough to tell what is in use.
+/// Once a day is enough to tell what is in use; when it cannot be written, another time.
 void SessionStore::touch(const std::string& digest, int64_t seen, int64_t now) {
     if (now - seen < kDay) return;
-    database_.prepare("UPDATE credential SET seen = ? WHERE digest = ?").bind(1, now).bind(2, digest).step();
+    try {
+        database_.prepare("UPDATE credential SET seen = ? WHERE digest = ?")
+            .bind(1, now)
+            .bind(2, digest)
+            .step();
+    } catch (const Error& error) {
+        platform::log::info(std::string("studio: ") + error.what());
+    }
 }
 
 Session SessionStore::local() { return {kLocalId, Session::Kind::Local, "", Access::Admin}; }

@@ -124,7 +124,20 @@ def walk(studio):
     return len(names), answered
 
 
+def lets_nobody_in_by_a_log(program):
+    with tempfile.TemporaryDirectory(prefix="studio-api-") as home:
+        process = subprocess.Popen([program, "--home", home, "studio", "--port", "0", "--no-open", "--listen"],
+                                   stdout=subprocess.PIPE, text=True)
+        line = process.stdout.readline()
+        process.send_signal(signal.SIGINT)
+        rest, _ = process.communicate(timeout=30)
+        expect(home in line, f"not told where the address is: {line}")
+        expect("key=" not in line + rest and "code" not in line + rest, "what lets anybody in is in a log")
+        expect(process.returncode == 0, f"SIGINT ends it with {process.returncode}")
+
+
 def main(program):
+    lets_nobody_in_by_a_log(program)
     with tempfile.TemporaryDirectory(prefix="studio-api-") as home:
         studio = Studio(program, home)
         try:
