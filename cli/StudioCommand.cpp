@@ -62,6 +62,13 @@ class StudioCommand : public Command {
                          [this](const std::string& value) {
                              settings_.photosStay = std::chrono::seconds(numberWithin(value, 0, 31'536'000));
                          });
+        arguments.option("--metrics-port", "N", "Tell numbers for monitoring at this port of this machine",
+                         [this](const std::string& value) { settings_.metricsPort = portOf(value); });
+        arguments.option("--access-log", "FILE", "A line for each request",
+                         [this](const std::string& value) { settings_.accessLog = value; });
+        arguments.option(
+            "--webhook-allow", "HOST", "Tell this host of jobs, too, although it is none of the Internet",
+            [this](const std::string& value) { settings_.webhookAllow.push_back(value); }, Occurs::AnyNumber);
         arguments.example("multiscene studio");
         arguments.example("multiscene studio --listen");
         arguments.example("multiscene studio token add my-service --scope make");

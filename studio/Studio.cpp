@@ -21,10 +21,13 @@
 #include "studio/jobs/ChecksApi.h"
 #include "studio/jobs/JobsApi.h"
 #include "studio/jobs/Workshop.h"
+#include "studio/metrics/AccessLog.h"
+#include "studio/metrics/Metrics.h"
 #include "studio/page/PageApi.h"
 #include "studio/templates/TemplatesApi.h"
 #include "studio/uploads/UploadsApi.h"
 #include "studio/videos/VideosApi.h"
+#include "studio/webhooks/WebhooksApi.h"
 
 namespace multiscene::studio {
 
@@ -126,6 +129,8 @@ struct Studio::Core {
     std::shared_ptr<TemplateBook> book;
     std::shared_ptr<Workshop> shop;
     std::vector<std::unique_ptr<Resource>> resources;
+    std::unique_ptr<AccessLog> accessLog;
+    std::unique_ptr<Metrics> metrics;
 };
 
 Studio::Core::Core(StudioSettings given)
@@ -194,6 +199,15 @@ void Studio::Core::makeResources() {
     add(std::make_unique<JobsApi>(shop));
     add(std::make_unique<VideosApi>(shop));
     add(std::make_unique<EventsApi>(shop));
+    auto webhooks = std::make_unique<WebhooksApi>(shop);
+    metrics = std::make_unique<Metrics>(
+        shop, webhooks->sender(), [this] { return server->counts(); }, settings.metricsPort);
+    add(std::move(webhooks));
+    if (!settings.accessLog.empty()) accessLog = std::make_unique<AccessLog>(settings.accessLog);
+    router.onAnswered([this](const Router::Answered& answered) {
+        metrics->count(answered);
+        if (accessLog) accessLog->write(answered);
+    });
     add(std::make_unique<TemplatesApi>(parts, book));
     add(std::make_unique<PageApi>(pageFolderOf(settings)));
 }
@@ -207,12 +221,15 @@ void Studio::Core::stop(std::chrono::milliseconds patience) {
     if (!server) return;
     router.close();
     queue.sync([this] {
+        if (metrics) metrics->stop();
         for (const auto& resource : resources) resource->stop();
     });
     server->stop(patience);
     server.reset();
     timers.reset();
     queue.sync([this] {
+        metrics.reset();
+        accessLog.reset();
         while (!resources.empty()) resources.pop_back();
         shop.reset();
         book.reset();
@@ -237,6 +254,7 @@ std::string Studio::Core::pairingUrl(const std::string& code) const {
 Studio::Studio(StudioSettings settings) : core_(std::make_unique<Core>(std::move(settings))) {}
 Studio::~Studio() = default;
 uint16_t Studio::port() const { return core_->server->port(); }
+uint16_t Studio::metricsPort() const { return core_->metrics->port(); }
 
 std::string Studio::address() const {
     std::string url;

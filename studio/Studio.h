@@ -26,6 +26,8 @@ class Studio {
     Studio& operator=(const Studio&) = delete;
 
     uint16_t port() const;
+    /// Of StudioSettings::metricsPort; 0: none.
+    uint16_t metricsPort() const;
     /// The page's address with the key, as it is now. Whoever has it is let in.
     std::string address() const;
     /// The file that holds it.

@@ -39,6 +39,11 @@ struct StudioSettings {
     /// How long uploads stay after the last job that used them, and videos that nobody has kept.
     std::chrono::seconds photosStay{3600};
     int64_t videosStayDays = 30;
+
+    /// Hosts that webhooks may reach although their addresses are not of the Internet.
+    std::vector<std::string> webhookAllow;
+    int metricsPort = -1;             ///< where numbers are told at this machine; 0: any, -1: nowhere
+    std::filesystem::path accessLog;  ///< empty: none
 };
 
 /// The folders of a data home's studio. Each is the owner's alone; names in them are ids.

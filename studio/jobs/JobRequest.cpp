@@ -9,6 +9,7 @@
 #include "app/job/UserText.h"
 #include "platform/base/Json.h"
 #include "platform/base/Limits.h"
+#include "platform/net/HttpDownload.h"
 #include "studio/api/Problem.h"
 #include "studio/api/Schema.h"
 
@@ -197,6 +198,9 @@ Planned plan(const Value& body, const TemplateFacts& facts, UploadStore& uploads
     if (size.width % 2 != 0 || size.height % 2 != 0) judgement.fault("/size", "", "should be even numbers");
     if (platform::jsonText(body["metadata"]).size() > kMostMetadata)
         judgement.fault("/metadata", "", "is larger than " + std::to_string(kMostMetadata) + " bytes");
+    if (const std::string callback = body.string("callback");
+        !callback.empty() && !platform::isHttpUrl(callback))
+        judgement.fault("/callback", "", "is no http or https address");
     Planned planned;
     planned.uploads = judgement.used();
     planned.pixels = size.pixels();

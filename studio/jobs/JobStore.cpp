@@ -176,6 +176,13 @@ JobStore::Counts JobStore::countWaiting(const std::string& session) {
     return row.bind(1, session).step() ? Counts{row.integer("every"), row.integer("own")} : Counts{};
 }
 
+std::map<std::string, int64_t> JobStore::countByState() {
+    std::map<std::string, int64_t> counts;
+    Statement rows = database_.prepare("SELECT state, count(*) AS jobs FROM job GROUP BY state");
+    while (rows.step()) counts[rows.text("state")] = rows.integer("jobs");
+    return counts;
+}
+
 std::optional<Job> JobStore::claim(bool areDrawn, int64_t now) {
     std::optional<Job> claimed;
     database_.transaction([&] {

@@ -44,6 +44,8 @@ class JobStore {
     };
     Counts countWaiting(const std::string& session);
 
+    std::map<std::string, int64_t> countByState();
+
     /// queued -> running: the next one whose time has come; it is the session's turn. None: nothing to do.
     std::optional<Job> claim(bool areDrawn, int64_t now);
     /// When the next one's time will come that has not yet; none: there is none.

@@ -1,41 +1,16 @@
 #include "studio/videos/VideoLinks.h"
 
-#include <sys/stat.h>
-
 #include <charconv>
 
-#include "platform/base/File.h"
 #include "platform/crypto/Base64.h"
 #include "platform/crypto/Hmac.h"
 #include "platform/crypto/Secret.h"
+#include "studio/store/KeyFile.h"
 #include "studio/store/Names.h"
 
 namespace multiscene::studio {
 
-namespace {
-
-constexpr size_t kKeyLetters = 52, kMostKey = 4096;
-
-std::string readKey(const std::filesystem::path& file) {
-    const auto bytes = platform::readFile(file, kMostKey);
-    std::string key(bytes.begin(), bytes.end());
-    if (key.size() < kKeyLetters)
-        throw platform::Error(platform::ErrorKind::Failed, "is no key; remove it, and a new one is made",
-                              file.string());
-    return key;
-}
-
-}  // namespace
-
-VideoLinks::VideoLinks(const std::filesystem::path& keyFile) {
-    if (platform::isFile(keyFile)) {
-        key_ = readKey(keyFile);
-        return;
-    }
-    key_ = platform::randomLetters(kKeyLetters);
-    platform::writeFileAtomically(keyFile, key_);
-    ::chmod(keyFile.c_str(), 0600);
-}
+VideoLinks::VideoLinks(const std::filesystem::path& keyFile) : key_(keyOf(keyFile)) {}
 
 std::string VideoLinks::signature(std::string_view what) const {
     return platform::base64Url(platform::hmacSha256(key_, "GET video\n" + std::string(what)));

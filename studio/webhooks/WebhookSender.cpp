@@ -1,0 +1,133 @@
+#include "studio/webhooks/WebhookSender.h"
+
+#include <algorithm>
+#include <chrono>
+
+#include "platform/base/Error.h"
+#include "platform/base/Log.h"
+#include "platform/crypto/Base64.h"
+#include "platform/crypto/Hmac.h"
+#include "platform/net/HttpPost.h"
+#include "studio/store/Names.h"
+
+namespace multiscene::studio {
+
+namespace {
+
+constexpr int64_t kSecond = 1000, kMinute = 60 * kSecond, kHour = 60 * kMinute;
+/// Milliseconds between two attempts.
+constexpr std::array kPauses = {5 * kSecond, 5 * kMinute, 30 * kMinute, 2 * kHour, 5 * kHour,
+                                10 * kHour,  14 * kHour,  20 * kHour,   24 * kHour};
+constexpr int64_t kAtOnce = 8;
+constexpr int kGone = 410;
+constexpr std::string_view kSecretStart = "whsec_";
+
+/// "example.org" of "https://user@example.org:8443/path".
+std::string hostOf(const std::string& url) {
+    const size_t start = url.find("://") + 3;
+    std::string host = url.substr(start, url.find_first_of("/?#", start) - start);
+    host = host.substr(host.rfind('@') + 1);
+    return host.starts_with('[') ? host.substr(0, host.find(']') + 1) : host.substr(0, host.find(':'));
+}
+
+}  // namespace
+
+std::vector<std::pair<std::string, std::string>> signedHeaders(const std::string& secret,
+                                                               const std::string& id, int64_t seconds,
+                                                               const std::string& body) {
+    const std::string key =
+        platform::fromBase64(std::string_view(secret).substr(kSecretStart.size())).value_or("");
+    const std::string time = std::to_string(seconds);
+    return {{"Content-Type", "application/json"},
+            {"webhook-id", id},
+            {"webhook-timestamp", time},
+            {"webhook-signature",
+             "v1," + platform::base64(platform::hmacSha256(key, id + "." + time + "." + body))}};
+}
+
+WebhookSender::WebhookSender(const Parts& parts, WebhookStore& store,
+                             std::function<std::string(const Delivery&)> secretOf)
+    : parts_(parts), store_(store), secretOf_(std::move(secretOf)) {}
+
+void WebhookSender::next() {
+    if (isStopped_) return;
+    try {
+        for (const Delivery& delivery :
+             store_.due(nowMs(), kAtOnce + static_cast<int64_t>(underWay_.size()))) {
+            if (underWay_.contains(delivery.id)) continue;
+            const std::string secret = secretOf_(delivery);
+            if (secret.empty())
+                heard(delivery, {.status = kGone, .message = {}, .isRefused = false});
+            else
+                send(delivery, secret);
+        }
+        const auto due = store_.nextDue();
+        const int64_t now = nowMs();
+        if (!due || *due <= now || (wakesAt_ > now && wakesAt_ <= *due)) return;
+        wakesAt_ = *due;
+        parts_.timers.after(std::chrono::milliseconds(*due - now + 1), [this] { next(); });
+    } catch (const platform::Error& failure) {
+        platform::log::info(std::string("studio: webhooks: ") + failure.what());
+        parts_.timers.after(std::chrono::minutes(1), [this] { next(); });
+    }
+}
+
+bool WebhookSender::isAllowed(const std::string& url) const {
+    const auto& allowed = parts_.settings.webhookAllow;
+    return std::find(allowed.begin(), allowed.end(), hostOf(url)) != allowed.end();
+}
+
+/// One that answers slowly holds up those of its own thread alone.
+platform::DispatchQueue& WebhookSender::threadOf(const std::string& webhook) {
+    auto& thread = threads_[std::hash<std::string>()(webhook) % threads_.size()];
+    if (!thread) thread = std::make_unique<platform::DispatchQueue>("webhooks");
+    return *thread;
+}
+
+void WebhookSender::send(const Delivery& delivery, const std::string& secret) {
+    underWay_.insert(delivery.id);
+    platform::HttpPost post{.url = delivery.url,
+                            .body = delivery.body,
+                            .headers = signedHeaders(secret, delivery.id, nowMs() / kSecond, delivery.body),
+                            .reachesPrivate = isAllowed(delivery.url),
+                            .isCancelled = [this] { return isStopped_.load(); }};
+    threadOf(delivery.webhook.empty() ? delivery.url : delivery.webhook)
+        .async([this, delivery, post = std::move(post)] {
+            Outcome outcome;
+            if (isStopped_) return;
+            try {
+                outcome.status = platform::send(post);
+            } catch (const platform::Error& failure) {
+                if (failure.kind() == platform::ErrorKind::Cancelled) return;
+                outcome.message = failure.message();
+                outcome.isRefused = failure.kind() != platform::ErrorKind::Transient;
+            }
+            parts_.queue.async([this, delivery, outcome] { heard(delivery, outcome); });
+        });
+}
+
+void WebhookSender::heard(Delivery delivery, const Outcome& outcome) {
+    if (isStopped_) return;
+    underWay_.erase(delivery.id);
+    const bool isTaken = outcome.status >= 200 && outcome.status < 300;
+    const auto attempt = static_cast<size_t>(delivery.attempt++);
+    const bool isLast = isTaken || outcome.isRefused || outcome.status == kGone || attempt >= kPauses.size();
+    delivery.due = isLast ? 0 : nowMs() + kPauses[attempt];
+    delivery.status = outcome.status;
+    delivery.message = outcome.message;
+    ++(isTaken ? delivered_ : failed_);
+    try {
+        store_.update(delivery);
+        if (outcome.status == kGone && !delivery.webhook.empty()) store_.disable(delivery.webhook);
+    } catch (const platform::Error& failure) {
+        platform::log::info(std::string("studio: webhooks: ") + failure.what());
+    }
+    parts_.queue.async([this] { next(); });
+}
+
+void WebhookSender::stop() {
+    isStopped_ = true;
+    for (auto& thread : threads_) thread.reset();
+}
+
+}  // namespace multiscene::studio
