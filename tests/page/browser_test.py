@@ -62,7 +62,6 @@ class PageTest(unittest.TestCase):
     def browser(self, width, height, is_phone=False):
         browser = Browser(width, height, is_phone)
         self.addCleanup(browser.close)
-        self.studio.renew_address()
         browser.open(self.studio.address)
         browser.one(".card-picture img")
         return browser

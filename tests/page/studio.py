@@ -30,17 +30,10 @@ class Studio:
         command = [self.program, "studio", "--home", str(self.home), "--no-open", "--port", str(self.port)]
         self.process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
         line = self.process.stdout.readline()
-        found = re.search(r"http://\S+", line)
+        found = re.search(r"port (\d+)", line)
         if not found:
             raise AssertionError(f"the studio said: {line}{self.process.stdout.read()}")
-        self.address = found.group(0)
-        self.port = int(re.search(r":(\d+)/", self.address).group(1))
-
-    def renew_address(self):
-        """An address lets in once; the next one lies in the home."""
-        written = self.home / "studio" / "address"
-        if written.exists():
-            self.address = written.read_text().strip()
+        self.port = int(found.group(1))
 
     def stop(self, how=signal.SIGTERM):
         self.process.send_signal(how)
@@ -51,6 +44,11 @@ class Studio:
         if self.process.poll() is None:
             self.stop()
         shutil.rmtree(self.home, ignore_errors=True)
+
+    @property
+    def address(self):
+        """Lets in once; then another one is there."""
+        return (self.home / "studio" / "address").read_text().strip()
 
     @property
     def page(self):

@@ -15,11 +15,18 @@ export const route = new Store<Route>(read());
 
 let wantsTransition = false;
 
+/** How far each screen was scrolled: the way back leads to where one was. Dialogs are steps in the history too, and the
+ * browser's own memory would scroll at their end. */
+const scrolled = new Map<string, number>();
+history.scrollRestoration = 'manual';
+addEventListener('scroll', () => scrolled.set(location.hash, scrollY), { passive: true });
+
 function show() {
   const next = read();
+  const top = wantsTransition ? 0 : (scrolled.get(location.hash) ?? 0);
   const change = () => {
     route.set(next);
-    scrollTo(0, 0);
+    setTimeout(() => scrollTo(0, top), 0);
   };
   const canMove = wantsTransition && 'startViewTransition' in document && !calm();
   wantsTransition = false;

@@ -211,14 +211,18 @@ function Form({ template, draft }: { template: Template; draft: Draft }) {
     activate(to);
   };
 
+  /** Done when it is drawn: a dialog that closes gives the focus back first. */
+  const [jumpTo, setJumpTo] = useState({ key: '' });
   const jump = (key: string) => {
     setMissing(null);
-    requestAnimationFrame(() => {
-      const place = document.getElementById(`field-${key}`);
-      place?.scrollIntoView({ block: 'center' });
-      place?.querySelector<HTMLElement>('input, textarea, button')?.focus({ preventScroll: true });
-    });
+    setJumpTo({ key });
   };
+  useEffect(() => {
+    const place = jumpTo.key && document.getElementById(`field-${jumpTo.key}`);
+    if (!place) return;
+    place.scrollIntoView({ block: 'center' });
+    place.querySelector<HTMLElement>('input, textarea, button')?.focus({ preventScroll: true });
+  }, [jumpTo]);
 
   const start = async () => {
     setProblems({});

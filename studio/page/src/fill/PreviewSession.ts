@@ -1,6 +1,6 @@
 // A scene held ready by the studio: what is filled in becomes a picture. One request is under way at most; what was
 // wanted meanwhile is asked for next, and only the newest of it.
-import { address, post, Problem, remove, send } from '../api/client';
+import { address, get, post, Problem, remove, send } from '../api/client';
 import type { ApiValues, Preview } from '../api/types';
 import { Store } from '../app/Store';
 
@@ -53,11 +53,9 @@ export class PreviewSession {
     this.dropStrip();
     this.stripOf = key;
     const every = Math.max(1, Math.round(info.framesPerSecond / stillsASecond));
-    const all = Math.ceil(info.frames / every);
     const strip = new Map<number, HTMLImageElement>();
     const source = new EventSource(address(`/previews/${info.id}/strip?every=${every}`));
     this.source = source;
-    let heard = 0;
     source.addEventListener('frame', (event) => {
       const { frame, url } = JSON.parse((event as MessageEvent<string>).data) as { frame: number; url: string };
       const image = new Image();
@@ -70,10 +68,9 @@ export class PreviewSession {
         },
         () => {},
       );
-      heard += 1;
-      if (heard >= all) source.close();
     });
-    // The stream ends when all are made; an EventSource would ask for it again.
+    // An EventSource would ask again for a stream that has ended.
+    source.addEventListener('end', () => source.close());
     source.onerror = () => source.close();
   }
 
@@ -127,7 +124,18 @@ export class PreviewSession {
     const moments = Object.values(info.moments);
     this.shown.set({ info, frame: this.shown.value.picture ? this.shown.value.frame : (moments[0] ?? info.frames >> 1) });
     if (this.isClosed) remove(`/previews/${info.id}`).catch(() => {});
+    if (moments.length === 0) this.askForMoments(info.id, 6);
     return info;
+  }
+
+  /** They are found while the first pictures are looked at already. */
+  private askForMoments(id: string, tries: number) {
+    setTimeout(async () => {
+      if (this.isClosed || this.shown.value.info?.id !== id) return;
+      const info = await get<Preview>(`/previews/${id}`).catch(() => null);
+      if (info && Object.keys(info.moments).length > 0) this.shown.set({ info });
+      else if (tries > 1) this.askForMoments(id, tries - 1);
+    }, 1000);
   }
 
   private failed(error: unknown, values: ApiValues) {

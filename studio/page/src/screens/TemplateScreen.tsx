@@ -18,6 +18,8 @@ export function TemplateScreen({ id }: { id: number }) {
   const [template, setTemplate] = useState<Template | null>(null);
   const [isMuted, setMuted] = useState(true);
   const [moves, setMoves] = useState(!calm());
+  /** The studio may have to make the preview first; until then the picture stands for it. */
+  const [isThere, setThere] = useState(false);
   const state = card?.state;
 
   useEffect(() => {
@@ -49,10 +51,13 @@ export function TemplateScreen({ id }: { id: number }) {
                 loop
                 playsInline
                 aria-label={t('template.preview', { title: card.title })}
+                onPlaying={() => setThere(true)}
                 onError={() => setMoves(false)}
+                class={isThere ? '' : 'unseen'}
               />
             )}
-            {card.preview && (
+            {card.preview && moves && !isThere && <span class="live-busy" />}
+            {card.preview && (isThere || !moves) && (
               <button
                 type="button"
                 class="round on-picture"
