@@ -1,4 +1,5 @@
 // Which screen is shown: the part of the address after '#', so that the studio serves one page whatever is asked for.
+import { whenSettled } from './steps';
 import { Store } from './Store';
 
 export interface Route {
@@ -50,10 +51,12 @@ addEventListener('click', (event) => {
 });
 
 export function go(path: string, options: { replace?: boolean } = {}) {
-  wantsTransition = true;
-  if (!options.replace) location.hash = path;
-  else {
-    history.replaceState(null, '', `#${path}`);
-    show();
-  }
+  whenSettled(() => {
+    wantsTransition = true;
+    if (!options.replace) location.hash = path;
+    else {
+      history.replaceState(null, '', `#${path}`);
+      show();
+    }
+  });
 }

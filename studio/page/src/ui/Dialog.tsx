@@ -1,6 +1,7 @@
 // A dialog of the browser's own: it keeps the focus in it, closes on Esc, and gives the focus back.
 import type { ComponentChildren } from 'preact';
 import { useEffect, useId, useRef } from 'preact/hooks';
+import { enterStep } from '../app/steps';
 import { t } from '../app/strings';
 import { Icon } from './Icon';
 
@@ -12,23 +13,6 @@ interface Properties {
   children: ComponentChildren;
 }
 
-let open = 0;
-const isDialogState = () => (history.state as { isDialog?: boolean } | null)?.isDialog === true;
-
-/** The phone's Back button closes a dialog instead of leaving the screen: a dialog is a step in the history, and one
- * that follows another at once is the same step. */
-function enterHistory(onBack: () => void): () => void {
-  open += 1;
-  if (!isDialogState()) history.pushState({ isDialog: true }, '');
-  const back = () => !isDialogState() && onBack();
-  addEventListener('popstate', back);
-  return () => {
-    open -= 1;
-    removeEventListener('popstate', back);
-    setTimeout(() => open === 0 && isDialogState() && history.back(), 0);
-  };
-}
-
 export function Dialog({ title, onClose, shape = 'sheet', children }: Properties) {
   const dialog = useRef<HTMLDialogElement>(null);
   const id = useId();
@@ -38,7 +22,7 @@ export function Dialog({ title, onClose, shape = 'sheet', children }: Properties
   useEffect(() => {
     const element = dialog.current;
     element?.showModal();
-    const leave = enterHistory(() => close.current());
+    const leave = enterStep(() => close.current());
     return () => {
       leave();
       element?.close();
