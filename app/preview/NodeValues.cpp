@@ -41,6 +41,7 @@ class Texts {
 
   private:
     void addNamed(const std::string& key, const Value& value) {
+        if (key == "name") return;  // what messages call a node
         const std::string shown = key == "TextureInfo"       ? keyOfPicture(value)
                                   : key == "TextureFontInfo" ? keyOfLetters(value)
                                                              : std::string();
@@ -54,9 +55,53 @@ class Texts {
     std::set<std::string>& used_;
 };
 
+/// Whether a node's dictionary or one within it shows the target of a key; an empty one stands for any.
+bool showsTarget(const Value& content, const std::string& key) {
+    if (content.string("textureType") == "RTTTexture" &&
+        (key.empty() || content.string("textureMapKey") == key))
+        return true;
+    const auto& array = content.array();
+    const auto& dictionary = content.dictionary();
+    return std::ranges::any_of(array, [&](const Value& each) { return showsTarget(each, key); }) ||
+           std::ranges::any_of(dictionary, [&](const auto& each) { return showsTarget(each.second, key); });
+}
+
+bool hasTarget(const Value& content) {
+    const auto& array = content.array();
+    const auto& dictionary = content.dictionary();
+    return content.boolean("isRenderToTexture") || std::ranges::any_of(array, hasTarget) ||
+           std::ranges::any_of(dictionary, [](const auto& each) { return hasTarget(each.second); });
+}
+
+/// Whether it draws into a texture in every frame of its scene, and out of nothing that was drawn before.
+bool isDrawnInEachFrame(const Value& node, const Value& scene) {
+    const Value& range = node["FpsInfo"];
+    const bool isAlways = range.integer("startFps") == 0 && !range["startFps"].isString() &&
+                          (!range.has("endFps") ||
+                           (range["endFps"].isNumber() &&
+                            range.integer("endFps") >= scene["TimeSource"]["FpsInfo"].integer("endFps") &&
+                            scene["TimeSource"]["FpsInfo"]["endFps"].isNumber()));
+    return isAlways && range.boolean("isRenderToTexture") && !showsTarget(node, "") &&
+           !hasTarget(node["childNode"]);
+}
+
+/// Whether whatever shows a target of this scene is drawn after it, in the same frame: drawn twice, a frame
+/// is the same then.
+bool hasFreshTargets(const Value& scene) {
+    const auto& nodes = scene.array("object3D");
+    const auto depthOf = [](const Value& node) { return node["FpsInfo"].real("RenderDepth"); };
+    return std::ranges::all_of(nodes, [&](const Value& target) {
+        if (!hasTarget(target)) return true;
+        const std::string key = target["FpsInfo"].string("textureMapKey");
+        return isDrawnInEachFrame(target, scene) && std::ranges::all_of(nodes, [&](const Value& other) {
+                   return !showsTarget(other, key) || depthOf(other) < depthOf(target);
+               });
+    });
+}
+
 void reload(QVObjectContainer3D& node, int64_t frame) {
     if (auto* drawable = dynamic_cast<QVObject3DTextureBase*>(&node); drawable && drawable->material())
-        drawable->loadTexture();
+        drawable->reloadTexture();
     if (auto* letters = dynamic_cast<QVGLFontTextObjectBase*>(&node)) letters->reloadLetters(frame);
 }
 
@@ -78,7 +123,10 @@ std::string shownKeyOf(const QVObjectContainer3D& node) {
 }
 
 NodeValues::NodeValues(const SceneGroup& group)
-    : isExchangeable_(!hasRenderTargets(group) && !outlastTheirTurn(group)),
+    : isExchangeable_(
+          !outlastTheirTurn(group) &&
+          std::ranges::all_of(group.scenes,
+                              [](const auto& scene) { return hasFreshTargets(scene.second.content); })),
       identifiers_(group.identifiers()) {
     Texts texts(shown_, used_);
     for (const auto& [number, scene] : group.scenes) texts.add(scene.content);

@@ -45,8 +45,19 @@ std::string QVObject3DTextureBase::texturePathThrough(platform::FileGate& gate) 
 
 void QVObject3DTextureBase::loadTexture() {
     if (!textureInfo_) return;
+    if (!loadedBox_) loadedBox_ = std::make_shared<const ShownBox>(largestShownBox());
     setMaterial(QVMaterialBase::loadTextureWithDic(textureInfo_, materialContext(computeTexturePath())));
     loadTextureFinsh();
+}
+
+void QVObject3DTextureBase::reloadTexture() {
+    isReloading_ = true;
+    loadTexture();
+    isReloading_ = false;
+}
+
+ShownBox QVObject3DTextureBase::loadedShownBox() {
+    return isReloading_ && loadedBox_ ? *loadedBox_ : largestShownBox();
 }
 
 void QVObject3DTextureBase::expectPicture() {

@@ -30,11 +30,15 @@ class QVObject3DTextureBase : public QVObject3DTransformBase {
     /// with its macros resolved. Empty when there is no such file or it may not be opened.
     std::string computeTexturePath() const;
     void loadTexture();
+    /// Shows what the texture info says now, as if it had said so from the node's first frame on.
+    void reloadTexture();
     /// What loadTexture() will show is made ahead where that can be done; refused files are told by
     /// loadTexture() alone.
     void expectPicture();
     /// The most room that the picture takes when it is drawn; nothing where that cannot be told beforehand.
     virtual ShownBox largestShownBox();
+    /// The same, as it was when the picture that is shown was loaded first.
+    ShownBox loadedShownBox();
     /// Called when a material has been loaded: subclasses fit themselves to it. Glossary: "finish".
     virtual void loadTextureFinsh() {}
     /// Replaces the material with a PVR picture of the scene's folder.
@@ -62,6 +66,8 @@ class QVObject3DTextureBase : public QVObject3DTransformBase {
 
     platform::Value textureInfo_;
     std::shared_ptr<QVMaterialBase> material_;
+    std::shared_ptr<const ShownBox> loadedBox_;  ///< of the first loading
+    bool isReloading_ = false;
     QVTextureMaterial* textureMaterial_ = nullptr;  // material_ again
 };
 

@@ -50,9 +50,18 @@ void QVQuadTrackObject3D::updateDue(const Tick& tick) {
         isDisXmlParserOnce_ = true;
         parserTrackDataWithXmlPath(trackFilePath_);
     }
-    if (!trackData_.empty())
-        forceRefushSquareVertices(trackData_[std::min(curretTrackFps_, trackData_.size() - 1)]);
+    followTrack(curretTrackFps_);
     ++curretTrackFps_;
+}
+
+/// A picture that is loaded again lies where the other one did.
+void QVQuadTrackObject3D::loadTextureFinsh() {
+    QVQuadObject3D::loadTextureFinsh();
+    if (curretTrackFps_ > 0) followTrack(curretTrackFps_ - 1);
+}
+
+void QVQuadTrackObject3D::followTrack(size_t frame) {
+    if (!trackData_.empty()) forceRefushSquareVertices(trackData_[std::min(frame, trackData_.size() - 1)]);
 }
 
 QVQuadObject3D::Corners QVQuadTrackObject3D::computeQuadVerticesWithTrackInfo(

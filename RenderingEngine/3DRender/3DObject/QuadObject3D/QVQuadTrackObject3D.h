@@ -15,6 +15,7 @@ class QVQuadTrackObject3D : public QVQuadObject3D {
     const char* className() const override { return "QVQuadTrackObject3D"; }
 
     void rendInfoWithDic(const platform::Value& info) override;
+    void loadTextureFinsh() override;
 
     /// Reads the track; one that cannot be read leaves the list empty and is noted in the render report.
     void parserTrackDataWithXmlPath(const std::string& trackFilePath);
@@ -26,6 +27,8 @@ class QVQuadTrackObject3D : public QVQuadObject3D {
     bool liesInItsBox() const override { return false; }
 
   private:
+    void followTrack(size_t frame);
+
     std::string trackFilePath_;
     std::vector<Corners> trackData_;
     size_t curretTrackFps_ = 0;  // frames drawn so far

@@ -36,7 +36,7 @@ Playback* QVMaterialBase::playback() const { return object3D_ ? object3D_->playb
 
 ShownBox QVMaterialBase::largestShownBox() const {
     auto* drawable = dynamic_cast<QVObject3DTextureBase*>(object3D_);
-    return drawable ? drawable->largestShownBox() : ShownBox{};
+    return drawable ? drawable->loadedShownBox() : ShownBox{};
 }
 
 std::string QVMaterialBase::pictureName(const std::string& path) const {

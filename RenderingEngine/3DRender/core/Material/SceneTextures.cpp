@@ -45,11 +45,6 @@ std::set<int64_t> scenesBesideTransitions(const SceneGroup& group) {
 
 }  // namespace
 
-bool hasRenderTargets(const SceneGroup& group) {
-    return std::ranges::any_of(
-        group.scenes, [](const auto& entry) { return holds(entry.second.content, drawsIntoTexture); });
-}
-
 bool outlastTheirTurn(const SceneGroup& group) {
     const std::set<int64_t> beside = scenesBesideTransitions(group);
     return std::ranges::any_of(group.scenes, [&](const auto& entry) {

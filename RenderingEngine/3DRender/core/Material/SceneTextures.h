@@ -12,7 +12,4 @@ inline constexpr const char* kNextSceneTexture = "nextSceneRenderTexture";
 /// show them, which draw nothing into textures of their own, each frame shows what was drawn in its own turn.
 bool outlastTheirTurn(const SceneGroup& group);
 
-/// Whether nodes draw into textures, which may hold what they held in an earlier frame.
-bool hasRenderTargets(const SceneGroup& group);
-
 }  // namespace multiscene
