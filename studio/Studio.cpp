@@ -24,6 +24,7 @@
 #include "studio/metrics/AccessLog.h"
 #include "studio/metrics/Metrics.h"
 #include "studio/page/PageApi.h"
+#include "studio/previews/PreviewsApi.h"
 #include "studio/templates/TemplatesApi.h"
 #include "studio/uploads/UploadsApi.h"
 #include "studio/videos/VideosApi.h"
@@ -196,6 +197,7 @@ void Studio::Core::makeResources() {
     });
     add(std::make_unique<UploadsApi>(shop));
     add(std::make_unique<ChecksApi>(shop));
+    add(std::make_unique<PreviewsApi>(shop));
     add(std::make_unique<JobsApi>(shop));
     add(std::make_unique<VideosApi>(shop));
     add(std::make_unique<EventsApi>(shop));

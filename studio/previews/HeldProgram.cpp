@@ -1,0 +1,96 @@
+#include "studio/previews/HeldProgram.h"
+
+#include <sys/socket.h>
+
+#include <cerrno>
+#include <utility>
+
+#include "app/preview/StillTalk.h"
+#include "platform/base/Json.h"
+
+namespace multiscene::studio {
+
+using platform::Error;
+using platform::FileHandle;
+using platform::Value;
+
+namespace {
+
+constexpr int64_t kMostBytes = int64_t{32} << 20;  // of a picture
+
+std::pair<FileHandle, FileHandle> connectedPair() {
+    int ends[2];
+    if (::socketpair(AF_UNIX, SOCK_STREAM | SOCK_CLOEXEC, 0, ends) != 0)
+        throw platform::errnoError(errno, "cannot connect to a program", "");
+    return {FileHandle(ends[0]), FileHandle(ends[1])};
+}
+
+}  // namespace
+
+/// What calls that are on their way find when the object is gone. Studio queue.
+struct HeldProgram::Shared {
+    Said said;
+    Ended ended;
+    bool isAlive = true;
+};
+
+HeldProgram::HeldProgram(const Parts& parts, Said said, Ended ended)
+    : HeldProgram(parts, std::move(said), std::move(ended), connectedPair()) {}
+
+HeldProgram::HeldProgram(const Parts& parts, Said said, Ended ended, Ends ends)
+    : queue_(parts.queue),
+      shared_(std::make_shared<Shared>(Shared{std::move(said), std::move(ended)})),
+      socket_(std::move(ends.first)) {
+    ChildProgram::Spec spec = programRun(parts.settings, {"hold"});
+    spec.connection = std::move(ends.second);
+    child_ = std::make_unique<ChildProgram>(
+        parts.queue, std::move(spec), [](const Value&) {},
+        [shared = shared_](const ChildProgram::End& end) {
+            const Ended call = shared->ended;  // which may replace or destroy what it came from
+            if (shared->isAlive) call(end);
+        });
+    reader_ = std::thread([this] { read(); });
+}
+
+HeldProgram::~HeldProgram() {
+    shared_->isAlive = false;
+    ::shutdown(socket_.descriptor(), SHUT_RDWR);  // its work ends with that
+    reader_.join();
+    child_->cancel();
+}
+
+void HeldProgram::leave(std::function<void()> gone) {
+    shared_->said = [](const Value&, const std::string&) {};
+    shared_->ended = [gone = std::move(gone)](const ChildProgram::End&) { gone(); };
+    ::shutdown(socket_.descriptor(), SHUT_RDWR);
+    child_->cancel();
+}
+
+void HeldProgram::ask(const Value& line) {
+    writing_.async([this, text = platform::jsonText(line) + "\n"] {
+        try {
+            socket_.write(text);
+        } catch (const Error&) {
+            // It has ended, and will say so.
+        }
+    });
+}
+
+/// What it says may be anything: it has read foreign files.
+void HeldProgram::read() {
+    try {
+        while (const auto text = socket_.readLine(stillTalk::kLongestLine)) {
+            Value line = platform::parseJson(*text, "what a program says");
+            const int64_t count = line.integer("bytes");
+            if (count < 0 || count > kMostBytes) return;
+            auto bytes = socket_.readBytes(static_cast<size_t>(count));
+            if (!bytes) return;
+            queue_.async([shared = shared_, line = std::move(line), bytes = std::move(*bytes)] {
+                if (shared->isAlive) shared->said(line, bytes);
+            });
+        }
+    } catch (const Error&) {
+    }
+}
+
+}  // namespace multiscene::studio
