@@ -11,6 +11,7 @@ namespace multiscene::studio {
 namespace {
 
 constexpr size_t kKept = 1000;
+constexpr size_t kMostAtOnce = 128 << 10;  // bytes; half of what a stream may be behind
 constexpr std::chrono::milliseconds kRetry{2000};
 
 bool concerns(const EventHub::About& event, const EventHub::About& listener) {
@@ -43,16 +44,34 @@ std::optional<uint64_t> EventHub::numberOf(const std::string& id) const {
     return isRead && number >= forgotten && number <= lastEvent_ ? std::optional(number) : std::nullopt;
 }
 
+/// No more than a stream takes at once, the newest.
+std::vector<EventHub::Event> EventHub::missed(const About& about, const std::string& lastId,
+                                              const std::function<platform::Value::Array()>& snapshot) const {
+    std::vector<Event> events;
+    size_t bytes = 0;
+    if (const auto heard = numberOf(lastId)) {
+        for (const Event& event : ring_)
+            if (event.number > *heard && concerns(event.about, about)) {
+                events.push_back(event);
+                bytes += event.data.size();
+            }
+        if (bytes <= kMostAtOnce) return events;
+        events.clear();
+        bytes = 0;
+    }
+    const platform::Value::Array jobs = snapshot();
+    for (auto job = jobs.rbegin(); job != jobs.rend() && bytes < kMostAtOnce; ++job) {
+        events.insert(events.begin(), {lastEvent_, about, "job", platform::jsonText(*job)});
+        bytes += events.front().data.size();
+    }
+    return events;
+}
+
 void EventHub::listen(const About& about, const std::string& lastId, platform::http::EventStream stream,
                       const std::function<platform::Value::Array()>& snapshot) {
     const Listener listener{++lastListener_, about, stream};
-    if (const auto heard = numberOf(lastId)) {
-        for (const Event& event : ring_)
-            if (event.number > *heard && !send(listener, event)) return;
-    } else {
-        for (const platform::Value& job : snapshot())
-            if (!send(listener, {lastEvent_, about, "job", platform::jsonText(job)})) return;
-    }
+    for (const Event& event : missed(about, lastId, snapshot))
+        if (!send(listener, event)) return;
     listeners_.push_back(listener);
     // The hub ends after the queue has: what is posted finds it.
     stream.onClosed([this, number = listener.number] {

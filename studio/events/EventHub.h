@@ -8,6 +8,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/base/DispatchQueue.h"
 #include "platform/base/Value.h"
@@ -52,6 +53,8 @@ class EventHub {
     std::string idOf(uint64_t number) const { return start_ + "-" + std::to_string(number); }
     /// None: an event of another start of the program, or one that was forgotten.
     std::optional<uint64_t> numberOf(const std::string& id) const;
+    std::vector<Event> missed(const About& about, const std::string& lastId,
+                              const std::function<platform::Value::Array()>& snapshot) const;
     bool send(const Listener& listener, const Event& event) const;
 
     platform::DispatchQueue& queue_;

@@ -9,6 +9,7 @@
 #include "app/job/JobFolder.h"
 #include "platform/base/File.h"
 #include "platform/base/Log.h"
+#include "platform/base/Paths.h"
 #include "studio/api/Problem.h"
 #include "studio/jobs/CostEstimate.h"
 #include "studio/jobs/JobRequest.h"
@@ -25,9 +26,10 @@ using std::chrono::seconds;
 namespace {
 
 constexpr int64_t kSecond = 1000, kDay = 24 * 3600 * kSecond;
+constexpr int64_t kDraftStays = 3600 * kSecond;
 constexpr int64_t kMostCost = 2 * 3600 * kSecond;  ///< of a job; more would be hours
 constexpr int64_t kTellEvery = 250;                ///< milliseconds between two events of progress
-constexpr seconds kExpiryEvery{60}, kNextTry{5};
+constexpr seconds kExpiryEvery{60}, kNextTry{5}, kOrphanAge{3600};
 
 std::size_t workersOf(const StudioSettings& settings) {
     const unsigned half = std::thread::hardware_concurrency() / 2;
@@ -82,10 +84,10 @@ void JobQueue::guarded(const std::function<void()>& work) {
 void JobQueue::recover() {
     for (const Job& job : stores_.jobs.unended()) recover(job);
     removeUnknown(parts_.folders.jobs, [](const std::string&) { return false; });
-    stores_.uploads.sweep();
-    stores_.videos.sweep();
+    stores_.uploads.sweep(seconds(0));
+    stores_.videos.sweep(seconds(0));
     // What killed runs have left elsewhere goes with the next one's beginning; here there may be none.
-    { const JobFolder sweeping; }
+    if (platform::dataHome() == parts_.settings.home) const JobFolder sweeping;
     removeExpired();
     next();
 }
@@ -258,7 +260,8 @@ void JobQueue::complete(const Job& job, const RunEnd& end) {
     video.seconds = end.summary["videoSeconds"].doubleValue();
     video.hasSound = end.summary.has("sound");
     video.created = now;
-    video.expires = now + parts_.settings.videosStayDays * kDay;
+    const bool isDraft = job.kind == JobKind::Draft;
+    video.expires = now + (isDraft ? kDraftStays : parts_.settings.videosStayDays * kDay);
     std::error_code failure;
     video.bytes = static_cast<int64_t>(fs::file_size(end.folder / JobRunner::kVideo, failure));
     moveTo(end.folder / JobRunner::kVideo, stores_.videos.fileOf(video.id));
@@ -268,7 +271,7 @@ void JobQueue::complete(const Job& job, const RunEnd& end) {
         stores_.videos.add(video);
         finish(job, JobState::Done, {}, end.summary);
     });
-    events_.tell({job.session, job.id}, "video", valueOf(video));
+    if (!isDraft) events_.tell({job.session, job.id}, "video", valueOf(video));
 }
 
 void JobQueue::interrupted(const Job& job, const Value& problem) {
@@ -364,6 +367,8 @@ void JobQueue::removeExpired() {
             if (const auto job = stores_.jobs.find(id)) tell(*job);
         }
         stores_.uploads.removeExpired(now);
+        stores_.uploads.sweep(kOrphanAge);
+        stores_.videos.sweep(kOrphanAge);
         stores_.jobs.forgetAnswersBefore(now - kDay);
         stores_.jobs.forgetBefore(now - parts_.settings.videosStayDays * kDay);
     });

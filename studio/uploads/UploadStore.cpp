@@ -118,7 +118,7 @@ void UploadStore::removeThose(const std::string& condition, int64_t number, cons
     for (const std::string& id : removed) removeQuietly(folderOf(id));
 }
 
-void UploadStore::sweep() {
+void UploadStore::sweep(std::chrono::seconds age) {
     std::set<std::string> known;
     Statement rows = database_.prepare("SELECT id FROM upload");
     while (rows.step())
@@ -126,7 +126,8 @@ void UploadStore::sweep() {
     for (Statement all = database_.prepare("SELECT id FROM upload"); all.step();)
         if (!known.contains(all.text("id")))
             database_.prepare("DELETE FROM upload WHERE id = ?").bind(1, all.text("id")).step();
-    removeUnknown(folder_, [&](const std::string& name) { return known.contains(name); });
+    removeUnknown(
+        folder_, [&](const std::string& name) { return known.contains(name); }, age);
 }
 
 }  // namespace multiscene::studio

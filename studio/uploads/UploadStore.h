@@ -1,6 +1,7 @@
 // What was uploaded: rows, and a folder for each.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -34,8 +35,9 @@ class UploadStore {
     void removeOf(const std::string& job);
     /// Removes what has expired and nobody uses.
     void removeExpired(int64_t now);
-    /// At the start: removes folders without rows, rows without folders.
-    void sweep();
+    /// Removes rows without folders, and folders without rows that are so old: what is being received has
+    /// none yet, what a session that is gone has left has none any more.
+    void sweep(std::chrono::seconds age);
 
   private:
     void removeThose(const std::string& condition, int64_t number, const std::string& text);

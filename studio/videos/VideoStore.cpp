@@ -82,7 +82,8 @@ std::optional<Video> VideoStore::find(const std::string& id, const std::string& 
 
 std::vector<Video> VideoStore::list(const std::string& session, int64_t most, const std::string& cursor) {
     Statement rows = database_.prepare(
-        "SELECT * FROM video WHERE session = ?1 AND (?2 = '' OR (created, id) < (SELECT created, id FROM "
+        "SELECT * FROM video WHERE session = ?1 AND job NOT IN (SELECT id FROM job WHERE kind = 'draft') AND "
+        "(?2 = '' OR (created, id) < (SELECT created, id FROM "
         "video "
         "WHERE id = ?2)) ORDER BY created DESC, id DESC LIMIT ?3");
     rows.bind(1, session).bind(2, cursor).bind(3, most);
@@ -123,7 +124,7 @@ std::vector<std::string> VideoStore::removeExpired(int64_t now) {
     return jobs;
 }
 
-void VideoStore::sweep() {
+void VideoStore::sweep(std::chrono::seconds age) {
     std::set<std::string> files;
     std::vector<std::string> lost;
     {
@@ -135,7 +136,8 @@ void VideoStore::sweep() {
         }
     }
     for (const std::string& id : lost) remove(id);
-    removeUnknown(folder_, [&](const std::string& name) { return files.contains(name); });
+    removeUnknown(
+        folder_, [&](const std::string& name) { return files.contains(name); }, age);
 }
 
 void VideoStore::removeFiles(const std::string& id) const {

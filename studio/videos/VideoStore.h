@@ -1,6 +1,7 @@
 // The finished videos: rows, and a file and a poster for each.
 #pragma once
 
+#include <chrono>
 #include <filesystem>
 #include <optional>
 #include <string>
@@ -26,7 +27,7 @@ class VideoStore {
     std::optional<Video> find(const std::string& id);
     /// A session's own.
     std::optional<Video> find(const std::string& id, const std::string& session);
-    /// A session's, the newest first, older than the cursor (a video's id; empty: all).
+    /// A session's but for drafts, the newest first, older than the cursor (a video's id; empty: all).
     std::vector<Video> list(const std::string& session, int64_t most, const std::string& cursor);
     int64_t bytesOfAll();
     void change(const std::string& id, const std::string& title, bool isKept);
@@ -34,8 +35,8 @@ class VideoStore {
 
     /// Removes what has expired and is not kept; the jobs that made it.
     std::vector<std::string> removeExpired(int64_t now);
-    /// At the start: removes files without rows, rows without files.
-    void sweep();
+    /// Removes rows without files, and files without rows that are so old.
+    void sweep(std::chrono::seconds age);
 
   private:
     void removeFiles(const std::string& id) const;

@@ -160,15 +160,32 @@ TEST_F(JobsTest, TheSameKeyIsTheSameJob) {
     EXPECT_EQ(sendJson("POST", "/api/v1/jobs", "{\"template\":1000}", me, key).code(), "key-used");
     EXPECT_EQ(waitFor(id).string("state"), "done");
     EXPECT_EQ(submit(kSmall, key).string("id"), id);
-    const Reply copy =
-        sendJson("POST", "/api/v1/jobs/" + id + "/copies", R"({"values":{"text":"B"},"draft":true})", me);
+    const Reply copy = sendJson("POST", "/api/v1/jobs/" + id + "/copies",
+                                R"({"values":{"text":"B"},"draft":true,"size":null})", me);
     EXPECT_EQ(copy.json().string("kind"), "draft");
     EXPECT_EQ(get("/api/v1/jobs", me).json().array("jobs").size(), 2u);
+    const Value draft = waitFor(copy.json().string("id"));
+    EXPECT_EQ(get("/api/v1/videos/" + draft.string("video"), me).json().integer("height"), 640);
+    EXPECT_EQ(get("/api/v1/videos", me).json().array("videos").size(),
+              1u);  // one looks at a draft, and it goes
     const Value page = get("/api/v1/jobs?limit=1", me).json();
     EXPECT_EQ(page.array("jobs")[0].string("id"), copy.json().string("id"));
     const Value next = get("/api/v1/jobs?limit=1&cursor=" + page.string("next"), me).json();
     EXPECT_EQ(next.array("jobs")[0].string("id"), id);
     EXPECT_TRUE(next["next"].isNone());
+}
+
+TEST_F(JobsTest, OneSessionDoesNotKeepAnotherWaiting) {
+    begin();
+    std::vector<std::string> ids;
+    for (int count = 0; count < 4; ++count) ids.push_back(submit(kSmall).string("id"));
+    const Who first = me;
+    me = {"", "", SessionStore(studioFolder() / "studio.db").addToken("other", Access::Make)};
+    const std::string other = submit(kSmall).string("id");
+    const std::string began = waitFor(other).string("started");
+    me = first;
+    EXPECT_GT(waitFor(ids[2]).string("started"), began);
+    EXPECT_GT(waitFor(ids[3]).string("started"), began);
 }
 
 TEST_F(JobsTest, OneThatIsInterruptedIsTriedThriceAndNoMore) {
