@@ -119,7 +119,11 @@ platform::Value::Dictionary overviewFields(const TemplateOverview& overview) {
             {"folder", overview.folder},
             {"thumbnail", overview.thumbnail},
             {"inputs", inputsValue(overview.inputs)},
-            {"sampleTexts", sampleTexts(overview)}};
+            {"sampleTexts", sampleTexts(overview)},
+            {"templateUrl", overview.templateUrl},
+            {"thumbUrl", overview.thumbUrl},
+            {"videoPreviewUrl", overview.videoPreviewUrl},
+            {"youtubePreviewUrl", overview.youtubePreviewUrl}};
 }
 
 std::string lengthText(const TemplateOverview& overview) {

@@ -19,6 +19,8 @@ constexpr std::array table{
     CommandEntry{"templates list", "List installed and offered templates", makeTemplatesListCommand},
     CommandEntry{"templates show", "Show what a template asks for, and its previews",
                  makeTemplatesShowCommand},
+    CommandEntry{"templates fetch", "Fetch the picture or the video of a template that is offered",
+                 makeTemplatesFetchCommand},
     CommandEntry{"templates install", "Install a template from the server or an archive",
                  makeTemplatesInstallCommand},
     CommandEntry{"templates remove", "Remove an installed template", makeTemplatesRemoveCommand},

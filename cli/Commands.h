@@ -18,6 +18,7 @@ std::unique_ptr<Command> makeSelftestCommand();
 std::unique_ptr<Command> makeTemplatesUpdateCommand();
 std::unique_ptr<Command> makeTemplatesListCommand();
 std::unique_ptr<Command> makeTemplatesShowCommand();
+std::unique_ptr<Command> makeTemplatesFetchCommand();
 std::unique_ptr<Command> makeTemplatesInstallCommand();
 std::unique_ptr<Command> makeTemplatesRemoveCommand();
 std::unique_ptr<Command> makeStudioCommand();

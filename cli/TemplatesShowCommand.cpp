@@ -17,7 +17,6 @@ namespace multiscene::cli {
 
 using platform::Error;
 using platform::ErrorKind;
-using platform::Value;
 
 namespace {
 
@@ -104,12 +103,7 @@ class TemplatesShowCommand : public FencedCommand {
     }
 
     static void printEvent(Console& console, const TemplateOverview& found) {
-        Value::Dictionary fields = overviewFields(found);
-        fields["templateUrl"] = found.templateUrl;
-        fields["thumbUrl"] = found.thumbUrl;
-        fields["videoPreviewUrl"] = found.videoPreviewUrl;
-        fields["youtubePreviewUrl"] = found.youtubePreviewUrl;
-        console.event("template", std::move(fields));
+        console.event("template", overviewFields(found));
     }
 
     static void printLines(Console& console, const TemplateOverview& found) {

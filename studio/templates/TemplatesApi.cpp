@@ -4,17 +4,14 @@
 #include <charconv>
 
 #include "studio/process/ChildProblem.h"
-#include "studio/templates/TemplateFiles.h"
 
 namespace multiscene::studio {
 
-namespace fs = std::filesystem;
 using platform::Value;
 using platform::http::Answer;
 
 namespace {
 
-constexpr const char* kPreview = "preview.mp4";
 constexpr std::chrono::seconds kMostSeconds{120};
 constexpr size_t kMostFindings = 100;
 
@@ -63,11 +60,6 @@ Value detailSchema() {
                                            {"music", schema::boolean()}});
 }
 
-bool hasPreview(const BookedTemplate& booked) {
-    std::error_code ignored;
-    return fs::exists(fs::symlink_status(booked.folder / kPreview, ignored));
-}
-
 /// Of what was told, what is a number, a text, true or false, is so whatever was told.
 Value card(const BookedTemplate& booked, const std::string& language) {
     const Value& told = booked.told;
@@ -88,8 +80,8 @@ Value card(const BookedTemplate& booked, const std::string& language) {
                              {"newerOffered", told.boolean("newerOffered")},
                              {"needsNewerVersion", told.boolean("needsNewerVersion")},
                              {"megabytes", told["megabytes"].doubleValue()},
-                             {"thumbnail", url(!told.string("thumbnail").empty(), "/thumbnail")},
-                             {"preview", url(!booked.folder.empty(), "/preview.mp4")}};
+                             {"thumbnail", url(TemplateMedia::hasPicture(booked), "/thumbnail")},
+                             {"preview", url(TemplateMedia::hasVideo(booked), "/preview.mp4")}};
 }
 
 Value input(const Value& told, const std::string& language) {
@@ -147,7 +139,7 @@ bool isFound(const BookedTemplate& booked, const std::string& search) {
 }  // namespace
 
 TemplatesApi::TemplatesApi(const Parts& parts, std::shared_ptr<TemplateBook> book)
-    : parts_(parts), book_(std::move(book)), videos_(parts) {}
+    : parts_(parts), book_(std::move(book)), media_(parts) {}
 
 std::vector<Route> TemplatesApi::routes() {
     const Value list = schema::object({{"templates", schema::list(cardSchema())}});
@@ -158,25 +150,29 @@ std::vector<Route> TemplatesApi::routes() {
          .query = {{"search", "a part of a name, in any language"},
                    {"state", "installed, sample or offered"}},
          .results = {{200, "application/json", list}},
-         .handle = whenRead([this](const ApiRequest& request) { return cards(request); })},
+         .handle = whenRead(
+             [this](const ApiRequest& request, const Waiting& waiting) { waiting->answer(cards(request)); })},
         {.method = "GET",
          .pattern = "/api/v1/templates/{id}",
          .summary = "A template with its inputs, and what is wrong with it",
          .results = {{200, "application/json", detailSchema()}},
-         .handle = [this](ApiRequest& request, Responder& responder) { detail(request, responder); }},
+         .handle = whenRead(
+             [this](const ApiRequest& request, const Waiting& waiting) { detail(request, waiting); })},
         {.method = "GET",
          .pattern = "/api/v1/templates/{id}/thumbnail",
          .summary = "Its picture",
          .results = {{200, "image/jpeg", {}}},
-         .handle = whenRead([this](const ApiRequest& request) {
-             const BookedTemplate& booked = wanted(request);
-             return pictureIn(booked.folder, booked.told.string("thumbnail"));
+         .handle = whenRead([this](const ApiRequest& request, const Waiting& waiting) {
+             media_.picture(wanted(request), waiting);
          })},
         {.method = "GET",
          .pattern = "/api/v1/templates/{id}/preview.mp4",
-         .summary = "A video of it: its own, else a small one of its sample inputs, which may take a while",
+         .summary = "A video of it: its own, else the server's, else a small one of its sample inputs, which "
+                    "may take a while",
          .results = {{200, "video/mp4", {}}},
-         .handle = [this](ApiRequest& request, Responder& responder) { preview(request, responder); }},
+         .handle = whenRead([this](const ApiRequest& request, const Waiting& waiting) {
+             media_.video(wanted(request), waiting);
+         })},
         {.method = "DELETE",
          .pattern = "/api/v1/templates/{id}",
          .access = Access::Admin,
@@ -193,7 +189,7 @@ std::function<void(ApiRequest&, platform::http::Responder&)> TemplatesApi::whenR
         book_->refresh(
             [kept, waiting, answer] {
                 try {
-                    waiting->answer(answer(*kept));
+                    answer(*kept, waiting);
                 } catch (...) {
                     waiting->answer(answerOf(currentProblem()));
                 }
@@ -223,58 +219,24 @@ Answer TemplatesApi::cards(const ApiRequest& request) const {
 }
 
 /// What is wrong with a template is looked for when somebody looks at it.
-void TemplatesApi::detail(ApiRequest& request, Responder& responder) {
-    const auto kept = std::make_shared<ApiRequest>(std::move(request));
-    const auto waiting = std::make_shared<Responder>(std::move(responder));
-    const auto failed = [waiting](const Problem& problem) { waiting->answer(answerOf(problem)); };
-    const auto ready = [this, kept, waiting] {
-        try {
-            const BookedTemplate booked = wanted(*kept);
-            const std::string folder = booked.folder.string();
-            const auto known = judged_.find(folder);
-            if (folder.empty()) return waiting->answer(json(200, details(booked, kept->language, {})));
-            if (known != judged_.end() && known->second.told == booked.told)
-                return waiting->answer(json(200, details(booked, kept->language, known->second.findings)));
-            const auto findings = std::make_shared<Value::Array>();
-            run(
-                {"check", folder},
-                [findings, folder](const Value& line) {
-                    if (line.string("event") == "finding" && findings->size() < kMostFindings)
-                        findings->push_back(finding(line, folder));
-                },
-                [this, kept, waiting, booked, findings, folder](const ChildProgram::End&) {
-                    judged_[folder] = {booked.told, *findings};
-                    waiting->answer(json(200, details(booked, kept->language, *findings)));
-                });
-        } catch (...) {
-            waiting->answer(answerOf(currentProblem()));
-        }
-    };
-    book_->refresh(ready, failed);
-}
-
-void TemplatesApi::preview(ApiRequest& request, Responder& responder) {
-    const auto kept = std::make_shared<ApiRequest>(std::move(request));
-    const auto waiting = std::make_shared<Responder>(std::move(responder));
-    const auto answer = [waiting](const fs::path& folder, const std::string& name) {
-        try {
-            waiting->answer(videoIn(folder, name));
-        } catch (...) {
-            waiting->answer(answerOf(currentProblem()));
-        }
-    };
-    const auto ready = [this, kept, waiting, answer] {
-        try {
-            const BookedTemplate& booked = wanted(*kept);
-            if (booked.folder.empty() || hasPreview(booked)) return answer(booked.folder, kPreview);
-            videos_.find(
-                booked, [waiting] { return !waiting->isGone(); },
-                [this, answer](const std::string& file) { answer(parts_.folders.cache, file); });
-        } catch (...) {
-            waiting->answer(answerOf(currentProblem()));
-        }
-    };
-    book_->refresh(ready, [waiting](const Problem& problem) { waiting->answer(answerOf(problem)); });
+void TemplatesApi::detail(const ApiRequest& request, const Waiting& waiting) {
+    const BookedTemplate booked = wanted(request);
+    const std::string folder = booked.folder.string(), language = request.language;
+    const auto known = judged_.find(folder);
+    if (folder.empty()) return waiting->answer(json(200, details(booked, language, {})));
+    if (known != judged_.end() && known->second.told == booked.told)
+        return waiting->answer(json(200, details(booked, language, known->second.findings)));
+    const auto findings = std::make_shared<Value::Array>();
+    run(
+        {"check", folder},
+        [findings, folder](const Value& line) {
+            if (line.string("event") == "finding" && findings->size() < kMostFindings)
+                findings->push_back(finding(line, folder));
+        },
+        [this, waiting, booked, language, findings, folder](const ChildProgram::End&) {
+            judged_[folder] = {booked.told, *findings};
+            waiting->answer(json(200, details(booked, language, *findings)));
+        });
 }
 
 void TemplatesApi::remove(ApiRequest& request, Responder& responder) {
@@ -305,7 +267,7 @@ void TemplatesApi::run(std::vector<std::string> words, ChildProgram::Line line, 
 void TemplatesApi::stop() {
     isStopped_ = true;
     book_->stop();
-    videos_.stop();
+    media_.stop();
     for (const auto& each : runs_) each->cancel();
 }
 

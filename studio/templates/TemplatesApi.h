@@ -8,8 +8,8 @@
 #include "studio/Parts.h"
 #include "studio/api/Route.h"
 #include "studio/process/ChildProgram.h"
-#include "studio/templates/SampleVideos.h"
 #include "studio/templates/TemplateBook.h"
+#include "studio/templates/TemplateMedia.h"
 
 namespace multiscene::studio {
 
@@ -23,21 +23,21 @@ class TemplatesApi : public Resource {
 
   private:
     using Responder = platform::http::Responder;
-    /// Studio queue; throws what is answered as a problem.
-    using Answering = std::function<platform::http::Answer(const ApiRequest&)>;
+    using Waiting = TemplateMedia::Waiting;
+    /// Studio queue; answers, or throws what is answered as a problem.
+    using Answering = std::function<void(const ApiRequest&, const Waiting&)>;
 
-    /// A handler that answers once the book is as the catalogue is.
+    /// A handler that is called once the book is as the catalogue is.
     std::function<void(ApiRequest&, Responder&)> whenRead(Answering answer);
     const BookedTemplate& wanted(const ApiRequest& request) const;
     platform::http::Answer cards(const ApiRequest& request) const;
-    void detail(ApiRequest& request, Responder& responder);
-    void preview(ApiRequest& request, Responder& responder);
+    void detail(const ApiRequest& request, const Waiting& waiting);
     void remove(ApiRequest& request, Responder& responder);
     void run(std::vector<std::string> words, ChildProgram::Line line, ChildProgram::Ended ended);
 
     const Parts parts_;
     const std::shared_ptr<TemplateBook> book_;
-    SampleVideos videos_;
+    TemplateMedia media_;
     std::list<std::unique_ptr<ChildProgram>> runs_;
     bool isStopped_ = false;
 

@@ -2,6 +2,7 @@
 #include <fstream>
 
 #include "StudioFixture.h"
+#include "tests/app/StaticServer.h"
 
 namespace multiscene::studio {
 namespace {
@@ -108,6 +109,22 @@ TEST_F(TemplatesTest, makesTheVideosThatTemplatesDoNotBring) {
     const auto began = std::chrono::steady_clock::now();
     EXPECT_EQ(get(found.string("preview"), who).body, first.body);
     EXPECT_LT(std::chrono::steady_clock::now() - began, std::chrono::milliseconds(300));
+}
+
+/// A browser may load nothing from elsewhere: what the server shows comes through the studio, once.
+TEST_F(TemplatesTest, showsWhatIsOfferedWithoutInstallingIt) {
+    const fs::path party = home / "made" / "party", offered = home / "offered";
+    ASSERT_EQ(program("template new " + party.string()), 0);
+    ASSERT_EQ(program("template publish " + party.string() + " --to " + offered.string()), 0);
+    auto server = std::make_unique<test::StaticServer>(offered, home / "nginx");
+    ASSERT_EQ(program("templates update --server " + server->address()), 0);
+    const Value all = cards("?state=offered");
+    ASSERT_EQ(all.array().size(), 1u);
+    const Reply picture = get(all.array()[0].string("thumbnail"), who);
+    EXPECT_THAT(picture.field("Content-Type"), StartsWith("image/"));
+    EXPECT_EQ(get(all.array()[0].string("preview"), who).field("Content-Type"), "video/mp4");
+    server.reset();
+    EXPECT_EQ(get(all.array()[0].string("thumbnail"), who).body, picture.body);
 }
 
 TEST_F(TemplatesTest, saysWhatWentWrongWithTheRunThatReads) {
