@@ -9,13 +9,22 @@ using platform::Value;
 
 namespace {
 
+constexpr const char* kMaking = "new-";
 constexpr int kLastPlace = 19;
 constexpr std::chrono::seconds kMostSeconds{300}, kUntilNextTry{60};
 constexpr size_t kMostWishes = 100;
 
 }  // namespace
 
-fs::path KeptFiles::makingOf(const std::string& file) const { return parts_.folders.cache / ("new-" + file); }
+KeptFiles::KeptFiles(const Parts& parts) : parts_(parts) {
+    std::error_code failure, ignored;
+    for (const auto& entry : fs::directory_iterator(parts_.folders.cache, failure))
+        if (entry.path().filename().string().starts_with(kMaking)) fs::remove(entry.path(), ignored);
+}
+
+fs::path KeptFiles::makingOf(const std::string& file) const {
+    return parts_.folders.cache / (kMaking + file);
+}
 
 bool KeptFiles::hasJustFailed(const std::string& file) {
     std::erase_if(failed_, [](const auto& each) { return Clock::now() - each.second > kUntilNextTry; });

@@ -19,7 +19,8 @@ namespace multiscene::studio {
 /// "sample-1100-…". Studio queue.
 class KeptFiles {
   public:
-    explicit KeptFiles(const Parts& parts) : parts_(parts) {}
+    /// Removes what an earlier studio was making.
+    explicit KeptFiles(const Parts& parts);
 
     struct Wish {
         std::string file;
