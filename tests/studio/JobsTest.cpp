@@ -205,7 +205,7 @@ TEST_F(JobsTest, WhatTheProgramSaysIsTheProblem) {
     begin();
     const Value failed = waitFor(submit(kSmall).string("id"));
     EXPECT_EQ(failed["problem"].string("code"), "input-fault");
-    EXPECT_EQ(failed["problem"].array("errors")[0].string("key"), "photo");
+    EXPECT_EQ(failed["problem"].array("errors")[0].string("pointer"), "/values/photo");
     EXPECT_EQ(failed.integer("attempt"), 1);
     EXPECT_THAT(platform::jsonText(failed), testing::Not(HasSubstr("secret")));
 }
