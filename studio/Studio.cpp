@@ -39,7 +39,7 @@ using platform::FileLock;
 
 namespace {
 
-constexpr std::chrono::seconds kMostSecondsToRead{10};
+constexpr std::chrono::seconds kMostSecondsToRead{4};
 constexpr const char *kAddress = "address", *kOpener = "open.html";
 
 FileLock lockFolders(const StudioFolders& folders) {

@@ -1,5 +1,7 @@
 #include "studio/api/SystemApi.h"
 
+#include <algorithm>
+
 #include "app/program/ProgramVersion.h"
 #include "platform/fence/Sandbox.h"
 #include "platform/qr/QrCode.h"
@@ -14,6 +16,13 @@ using platform::http::Responder;
 namespace {
 
 constexpr const char* kUsageSharing = "usageSharing";
+
+/// What keeps the runs of the program from harming this machine.
+std::string fenceOf(const StudioSettings& settings) {
+    const auto& options = settings.programOptions;
+    const bool isOpen = std::find(options.begin(), options.end(), "--no-fence") != options.end();
+    return isOpen ? "none" : platform::sandboxHere().word();
+}
 
 Value count(uint64_t number) { return static_cast<int64_t>(number); }
 
@@ -48,7 +57,7 @@ SystemApi::SystemApi(const Parts& parts, const Router& router, const Origins& or
       pairing_(pairing),
       pairingUrl_(std::move(pairingUrl)),
       isSharing_(std::move(isSharing)),
-      fence_(platform::sandboxHere().word()) {}
+      fence_(fenceOf(parts.settings)) {}
 
 std::vector<Route> SystemApi::routes() {
     return {

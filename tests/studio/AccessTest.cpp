@@ -179,9 +179,12 @@ TEST_F(AccessTest, keepsItsFolderToItself) {
 TEST_F(AccessTest, remembersBrowsersAcrossStarts) {
     const Who who = browser();
     EXPECT_EQ(patchSettings(who).status, 200);
+    EXPECT_NE(get("/api/v1/settings", who).json().string("fence"), "none");
     settings.port = studio->port();
+    settings.programOptions = {"--no-fence"};
     studio.reset();
     start();
+    EXPECT_EQ(get("/api/v1/settings", who).json().string("fence"), "none");
     EXPECT_TRUE(get("/api/v1/settings", who).json().boolean("usageSharing"));
 }
 
