@@ -15,6 +15,7 @@
 
 #include "HttpClient.h"
 #include "platform/base/Paths.h"
+#include "platform/fence/WorkerLimits.h"
 #include "platform/http/Pace.h"
 #include "platform/http/Range.h"
 #include "platform/net/HttpDownload.h"
@@ -427,8 +428,10 @@ TEST_F(HttpServerTest, WithoutDescriptorsItWaitsAndGoesOn) {
     EXPECT_LT(std::clock() - begun, CLOCKS_PER_SEC / 4) << "it tries again and again";
     EXPECT_FALSE(waiting.hasEnded());
     EXPECT_EQ(waiting.unread(), "");
-    known.send(post("/upload", "Content-Length: 3\r\n", "abc"));
-    EXPECT_THAT(known.readAnswer(), StartsWith("HTTP/1.1 507 "));
+    if (!isSanitized()) {  // a sanitizer needs descriptors to look at memory
+        known.send(post("/upload", "Content-Length: 3\r\n", "abc"));
+        EXPECT_THAT(known.readAnswer(), StartsWith("HTTP/1.1 507 "));
+    }
     ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &usual), 0);
     EXPECT_THAT(waiting.readAnswer(), HasSubstr("pong"));
     EXPECT_THAT(ask(post("/upload", "Content-Length: 3\r\n", "abc")), StartsWith("HTTP/1.1 201 "));
