@@ -123,7 +123,8 @@ void JobRunner::make(const Job& job, std::vector<std::string> words, const Value
 
 void JobRunner::changeCatalogue(const Job& job) {
     std::vector<std::string> words{"templates", "update"};
-    if (job.kind == JobKind::Install) words = {"templates", "install", std::to_string(job.templateId)};
+    if (job.kind == JobKind::Install)
+        words = {"templates", "install", std::to_string(job.templateId), "--replace"};
     start(job, std::move(words), makeFolder(job));
 }
 

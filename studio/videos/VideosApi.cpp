@@ -40,15 +40,23 @@ Value videoSchema() {
          {"poster", schema::address()}});
 }
 
-/// What a person would call the file: letters and digits of any language stay.
-std::string fileNameOf(const Video& video) {
-    std::string name;
-    for (const char letter : video.title) {
+/// The title as a file's name, for browsers old and new: what is not plain is left out of the one, and
+/// escaped in the other.
+std::string fileNamesOf(const Video& video) {
+    constexpr size_t most = 120;
+    constexpr const char* digits = "0123456789ABCDEF";
+    std::string plain, escaped;
+    for (const char letter : video.title.substr(0, most)) {
         const auto byte = static_cast<unsigned char>(letter);
-        const bool isPlain = std::isalnum(byte) || letter == '-' || letter == '_' || letter == ' ';
-        if (isPlain) name += letter == ' ' ? '-' : letter;
+        const bool isPlain = byte < 0x80 && (std::isalnum(byte) || letter == '-' || letter == '_');
+        const bool isOther = byte >= 0x80;
+        if (isPlain || letter == ' ') plain += letter == ' ' ? '-' : letter;
+        if (isPlain || letter == ' ') escaped += letter == ' ' ? '-' : letter;
+        if (isOther) escaped += {'%', digits[byte >> 4], digits[byte & 15]};
     }
-    return (name.empty() ? std::string("video") : name.substr(0, 60)) + ".mp4";
+    if (plain.empty()) plain = "video";
+    if (escaped.empty()) escaped = plain;
+    return "filename=\"" + plain + ".mp4\"; filename*=UTF-8''" + escaped + ".mp4";
 }
 
 Answer fileAnswer(const fs::path& path, const char* type) {
@@ -61,8 +69,7 @@ Answer videoAnswer(const VideoStore& videos, const Video& video, bool isDownload
     return fileAnswer(videos.fileOf(video.id), "video/mp4")
         .with("ETag", "\"" + video.id + "\"")
         .with("Cache-Control", "private, no-cache")
-        .with("Content-Disposition",
-              (isDownload ? "attachment; filename=\"" : "inline; filename=\"") + fileNameOf(video) + "\"");
+        .with("Content-Disposition", (isDownload ? "attachment; " : "inline; ") + fileNamesOf(video));
 }
 
 bool isLoopback(const std::string& host) {

@@ -35,7 +35,7 @@ TEST_F(JobsTest, FromAPhotoToAPlayedFile) {
     const std::string photo = uploadPicture();
     EXPECT_EQ(get("/api/v1/uploads/" + photo + "/proxy.jpg", me).body.substr(0, 2), "\xff\xd8");
     const std::string values = R"("values":{"text":"Hello","photo":{"upload":")" + photo + "\"}},";
-    const Value asked = submit(values + kSmall + R"(,"title":"A b/c","metadata":{"n":7})");
+    const Value asked = submit(values + kSmall + R"(,"title":"A b/\u00e9","metadata":{"n":7})");
     EXPECT_EQ(asked.string("state"), "queued");
     EXPECT_EQ(asked.integer("total"), 90);
     const Value done = waitFor(asked.string("id"));
@@ -58,7 +58,8 @@ TEST_F(JobsTest, FromAPhotoToAPlayedFile) {
     EXPECT_EQ(video.integer("width"), 72);
     EXPECT_EQ(video.integer("frames"), 90);
     EXPECT_EQ(ask("GET", address + "/file", me, "Range: bytes=4-7\r\n").body, "ftyp");
-    EXPECT_THAT(get(address + "/file?download=1", me).head, HasSubstr("attachment; filename=\"A-bc.mp4\""));
+    EXPECT_THAT(get(address + "/file?download=1", me).head,
+                HasSubstr("attachment; filename=\"A-b.mp4\"; filename*=UTF-8''A-b%C3%A9.mp4\r\n"));
     EXPECT_EQ(get(address + "/poster.jpg", me).body.substr(0, 2), "\xff\xd8");
     EXPECT_THAT(get(address + "/qr.svg", me).body, HasSubstr("<svg"));
     EXPECT_EQ(get("/api/v1/videos", me).json().array("videos").size(), 1u);
@@ -208,6 +209,24 @@ TEST_F(JobsTest, WhatTheProgramSaysIsTheProblem) {
     EXPECT_EQ(failed["problem"].array("errors")[0].string("pointer"), "/values/photo");
     EXPECT_EQ(failed.integer("attempt"), 1);
     EXPECT_THAT(platform::jsonText(failed), testing::Not(HasSubstr("secret")));
+}
+
+TEST_F(JobsTest, InstallingIsAJob) {
+    replaceProgram("install", R"(echo '{"event":"download","bytes":30,"totalBytes":100}'; sleep 1; exit 0)");
+    begin();
+    const Reply asked = ask("POST", "/api/v1/templates/4711/installation", me);
+    ASSERT_EQ(asked.status, 202) << asked.body;
+    const std::string id = asked.json().string("id");
+    EXPECT_EQ(asked.json().string("kind"), "install");
+    Value now = waitFor(id, "running");
+    for (int tries = 0; tries < 100 && now["ended"].isNone() && now.integer("frame") != 30; ++tries) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        now = job(id);
+    }
+    EXPECT_EQ(now.integer("frame"), 30);
+    EXPECT_EQ(now.integer("total"), 100);
+    EXPECT_EQ(waitFor(id).string("state"), "done");
+    EXPECT_EQ(ask("POST", "/api/v1/templates/x/installation", me).status, 404);
 }
 
 TEST_F(JobsTest, AStudioThatEndsGoesOnAtItsNextStart) {
