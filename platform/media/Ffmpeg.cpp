@@ -196,7 +196,7 @@ int64_t usualDuration(const AVStream& stream) {
     return std::max<int64_t>(av_rescale_q(1, av_inv_q(rate), stream.time_base), 1);
 }
 
-Codec openDecoder(const AVStream& stream, const std::string& name, ErrorKind kind) {
+Codec openDecoder(const AVStream& stream, const std::string& name, ErrorKind kind, int threads) {
     const AVCodec* decoder = decoderFor(stream);
     if (!decoder) {
         const std::string codecName = avcodec_get_name(stream.codecpar->codec_id);
@@ -212,7 +212,7 @@ Codec openDecoder(const AVStream& stream, const std::string& name, ErrorKind kin
     check(avcodec_parameters_to_context(codec.get(), stream.codecpar), "cannot be decoded", name, kind);
     codec->pkt_timebase = stream.time_base;
     codec->max_pixels = kMaxPixels;
-    codec->thread_count = 1;
+    codec->thread_count = threads;
     check(avcodec_open2(codec.get(), decoder, nullptr), "cannot be decoded", name, kind);
     return codec;
 }

@@ -69,6 +69,6 @@ bool hasAlpha(const AVStream& stream);
 int64_t usualDuration(const AVStream& stream);
 
 /// A decoder on one thread: its work is counted on, and runs beside, the thread that calls it.
-Codec openDecoder(const AVStream& stream, const std::string& name, ErrorKind kind);
+Codec openDecoder(const AVStream& stream, const std::string& name, ErrorKind kind, int threads = 1);
 
 }  // namespace platform::ffmpeg

@@ -34,6 +34,17 @@ std::optional<Error> KeptFilm::error() const {
     return error_;
 }
 
+bool KeptFilm::isSound() const {
+    constexpr size_t goodPart = 30;  // frames
+    const std::lock_guard lock(mutex_);
+    return frames_.size() >= goodPart && !isDamaged_ && !error_;
+}
+
+void KeptFilm::noteDamage() {
+    const std::lock_guard lock(mutex_);
+    isDamaged_ = true;
+}
+
 void KeptFilm::note(int64_t index, const Frame& frame) {
     const std::lock_guard lock(mutex_);
     if (!isWhole_ && index == static_cast<int64_t>(frames_.size())) frames_.push_back(frame);

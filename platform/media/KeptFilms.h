@@ -31,14 +31,17 @@ class KeptFilm {
     /// Whether the film is known to have no such frame.
     bool endsBefore(int64_t index) const;
     std::optional<Error> error() const;
+    /// Whether a good part of it is known, and no damage.
+    bool isSound() const;
 
+    void noteDamage();
     void note(int64_t index, const Frame& frame);
     void noteEnd(const std::optional<Error>& error);
 
   private:
     mutable std::mutex mutex_;
     std::vector<Frame> frames_;
-    bool isWhole_ = false;
+    bool isWhole_ = false, isDamaged_ = false;
     std::optional<Error> error_;
 };
 

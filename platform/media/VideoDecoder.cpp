@@ -55,12 +55,12 @@ VideoInfo infoOf(const AVFormatContext& input, const AVStream& stream, Orientati
 
 }  // namespace
 
-VideoDecoder::VideoDecoder(const FileHandle& file, const std::string& name, ErrorKind kind)
+VideoDecoder::VideoDecoder(const FileHandle& file, const std::string& name, ErrorKind kind, int threads)
     : name_(name),
       kind_(kind),
       input_(ffmpeg::openInput(file.path(), ffmpeg::Content::Video, name, kind)),
       stream_(ffmpeg::selectStream(*input_, ffmpeg::Content::Video, name, kind)),
-      codec_(ffmpeg::openDecoder(stream_, name, kind)),
+      codec_(ffmpeg::openDecoder(stream_, name, kind, threads)),
       frame_(ffmpeg::newFrame()),
       packet_(ffmpeg::newPacket()),
       orientation_(orientationOf(stream_)) {

@@ -13,8 +13,9 @@ namespace platform {
 
 class VideoDecoder {
   public:
-    /// Throws Error(kind).
-    VideoDecoder(const FileHandle& file, const std::string& name, ErrorKind kind);
+    /// `threads` decode; what they make of damage may depend on their number, and nothing else. Throws
+    /// Error(kind).
+    VideoDecoder(const FileHandle& file, const std::string& name, ErrorKind kind, int threads = 1);
 
     const VideoInfo& info() const { return info_; }
     Orientation orientation() const { return orientation_; }

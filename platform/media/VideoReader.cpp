@@ -15,16 +15,23 @@
 
 namespace platform {
 
+namespace {
+
+constexpr int64_t kNeighbours = 8;    // frames
+constexpr unsigned kMostThreads = 4;  // that decode a film
+
+}  // namespace
+
 class VideoReader::Implementation : public std::enable_shared_from_this<Implementation> {
   public:
     Implementation(FileHandle opened, const std::string& name, ErrorKind kind, const Settings& wanted)
         : file(std::move(opened)),
-          decoder(file, name, kind),
           settings(wanted),
+          film(keptFilms().film(file, settings)),
+          decoder(file, name, kind, threads()),
           converter({decoder.orientation(), settings.shape,
                      decoder.info().hasAlpha && settings.premultipliesAlpha}),
           info(decoder.info()),
-          film(keptFilms().film(file, settings)),
           queue(static_cast<size_t>(std::max(settings.framesAhead, 1))) {
         const CropSize size = cropSize(info.width, info.height, settings.shape);
         info.width = size.width;
@@ -78,6 +85,12 @@ class VideoReader::Implementation : public std::enable_shared_from_this<Implemen
         int64_t index = 0, picture = 0;
         VideoFrame frame;
     };
+
+    /// Who goes to and fro in a film waits for its decoding.
+    int threads() const {
+        if (!film || !film->isSound()) return 1;
+        return static_cast<int>(std::clamp(std::thread::hardware_concurrency(), 1U, kMostThreads));
+    }
 
     // On the decoding thread
 
@@ -142,11 +155,12 @@ class VideoReader::Implementation : public std::enable_shared_from_this<Implemen
 
     /// Nobody will ask for the frame, and all is known of it.
     bool isPassed(int64_t index) const {
-        return film && index < wantedFrom && film->at(index) && !isCancelled;
+        return film && index < deliveredFrom && film->at(index) && !isCancelled;
     }
 
     bool hand(const Decoded& decoded) {
         const FilmPicture& pixels = *decoded.frame.pixels;
+        if (film && decoder.error()) film->noteDamage();
         if (film)
             film->note(decoded.index, {decoded.frame.time, decoded.picture, pixels.width(), pixels.height(),
                                        pixels.isOpaque()});
@@ -194,7 +208,8 @@ class VideoReader::Implementation : public std::enable_shared_from_this<Implemen
         Picture picture = keptFilms().picture(film, number);
         if (picture) {
             // Whoever looks at it will look at the next one.
-            wantedFrom = std::max(wantedFrom.load(), index + 1);
+            wantedFrom = std::max(wantedFrom, index + 1);
+            deliveredFrom = wantedFrom;
             start();
             return picture;
         }
@@ -208,19 +223,29 @@ class VideoReader::Implementation : public std::enable_shared_from_this<Implemen
     /// `latest` is that frame then, unless it was passed or there is no more.
     void decodeUpTo(int64_t index) {
         if (index < wantedFrom || index <= latest.index) return;
+        const bool isLeap = index > wantedFrom + 1;
         wantedFrom = index;
+        deliveredFrom = isLeap ? index - kNeighbours : index;
         start();
         while (latest.index < index) {
             auto decoded = queue.pop();
             if (!decoded) return;
             latest = std::move(*decoded);
+            const bool isNear = latest.index < index && latest.index + kNeighbours >= index;
+            if (isLeap && isNear) keepNeighbour(latest);
         }
+    }
+
+    /// Who leaps to a picture may go back from there, one by one.
+    void keepNeighbour(const Decoded& decoded) {
+        if (!keptFilms().picture(film, decoded.picture))
+            keptFilms().keep(film, decoded.picture, decoded.frame.pixels);
     }
 
     /// For who goes back, and for pictures that are looked at when the reader has gone on.
     Picture decodedAnew(int64_t wanted) {
         try {
-            VideoDecoder again(file, file.name(), ErrorKind::Failed);
+            VideoDecoder again(file, file.name(), ErrorKind::Failed, threads());
             PictureConverter fresh(
                 {again.orientation(), settings.shape, again.info().hasAlpha && settings.premultipliesAlpha});
             if (settings.framesPerSecond > 0) {
@@ -238,11 +263,11 @@ class VideoReader::Implementation : public std::enable_shared_from_this<Implemen
     }
 
     const FileHandle file;
-    VideoDecoder decoder;
     const Settings settings;
+    const std::shared_ptr<KeptFilm> film;  ///< none: nothing is kept
+    VideoDecoder decoder;
     PictureConverter converter;
     VideoInfo info;
-    const std::shared_ptr<KeptFilm> film;  ///< none: nothing is kept
     BoundedQueue<Decoded> queue;
     std::atomic<bool> isCancelled = false;
     mutable std::mutex mutex;
@@ -257,7 +282,8 @@ class VideoReader::Implementation : public std::enable_shared_from_this<Implemen
 
     std::mutex findMutex;
     Decoded latest{.index = -1, .picture = -1, .frame = {}};  ///< that was decoded; under findMutex
-    std::atomic<int64_t> wantedFrom = 0;
+    int64_t wantedFrom = 0;                                   // under findMutex
+    std::atomic<int64_t> deliveredFrom = 0;                   ///< frames before it are not
 };
 
 VideoReader::VideoReader(FileHandle file, const std::string& name, ErrorKind kind, const Settings& settings)
