@@ -29,23 +29,21 @@ std::pair<FileHandle, FileHandle> connectedPair() {
 
 /// What calls that are on their way find when the object is gone. Studio queue.
 struct HeldProgram::Shared {
-    Said said;
-    Ended ended;
-    bool isAlive = true;
+    Said said = [](const Value&, const std::string&) {};
+    Ended ended = [](const ChildProgram::End&) {};
+    bool isAlive = true, hasEnded = false;
 };
 
-HeldProgram::HeldProgram(const Parts& parts, Said said, Ended ended)
-    : HeldProgram(parts, std::move(said), std::move(ended), connectedPair()) {}
+HeldProgram::HeldProgram(const Parts& parts) : HeldProgram(parts, connectedPair()) {}
 
-HeldProgram::HeldProgram(const Parts& parts, Said said, Ended ended, Ends ends)
-    : queue_(parts.queue),
-      shared_(std::make_shared<Shared>(Shared{std::move(said), std::move(ended)})),
-      socket_(std::move(ends.first)) {
+HeldProgram::HeldProgram(const Parts& parts, Ends ends)
+    : queue_(parts.queue), shared_(std::make_shared<Shared>()), socket_(std::move(ends.first)) {
     ChildProgram::Spec spec = programRun(parts.settings, {"hold"});
     spec.connection = std::move(ends.second);
     child_ = std::make_unique<ChildProgram>(
         parts.queue, std::move(spec), [](const Value&) {},
         [shared = shared_](const ChildProgram::End& end) {
+            shared->hasEnded = true;
             const Ended call = shared->ended;  // which may replace or destroy what it came from
             if (shared->isAlive) call(end);
         });
@@ -65,6 +63,13 @@ void HeldProgram::leave(std::function<void()> gone) {
     ::shutdown(socket_.descriptor(), SHUT_RDWR);
     child_->cancel();
 }
+
+void HeldProgram::listen(Said said, Ended ended) {
+    shared_->said = std::move(said);
+    shared_->ended = std::move(ended);
+}
+
+bool HeldProgram::hasEnded() const { return shared_->hasEnded; }
 
 void HeldProgram::ask(const Value& line) {
     writing_.async([this, text = platform::jsonText(line) + "\n"] {

@@ -22,12 +22,16 @@ class HeldProgram {
     /// Once; may destroy the object.
     using Ended = std::function<void(const ChildProgram::End& end)>;
 
-    HeldProgram(const Parts& parts, Said said, Ended ended);
+    /// Nobody hears it yet.
+    explicit HeldProgram(const Parts& parts);
     /// Ends the program; nothing is called any more.
     ~HeldProgram();
     HeldProgram(const HeldProgram&) = delete;
     HeldProgram& operator=(const HeldProgram&) = delete;
 
+    /// From now on. Once it has ended before, nothing is called, and hasEnded() says so.
+    void listen(Said said, Ended ended);
+    bool hasEnded() const;
     /// Never waits.
     void ask(const platform::Value& line);
     /// Ends the program without waiting. Nothing is called any more but `gone`, once it has ended.
@@ -37,7 +41,7 @@ class HeldProgram {
     struct Shared;
     using Ends = std::pair<platform::FileHandle, platform::FileHandle>;
 
-    HeldProgram(const Parts& parts, Said said, Ended ended, Ends ends);
+    HeldProgram(const Parts& parts, Ends ends);
     void read();
 
     platform::DispatchQueue& queue_;

@@ -16,6 +16,7 @@ namespace {
 
 constexpr std::chrono::minutes kIdle{10};
 constexpr std::chrono::seconds kLook{30};
+constexpr std::chrono::milliseconds kStartNext{1500};  // not while the one that was taken opens
 constexpr size_t kMostSessions = 100, kMostMoments = 1000;
 
 }  // namespace
@@ -52,6 +53,7 @@ PreviewSession& PreviewPool::add(const std::string& session, const TemplateFacts
     PreviewSession::Opening opening{id, session, facts, width, parts_.folders.cache / id, std::nullopt};
     if (const auto known = moments_.find(version); known != moments_.end()) opening.moments = known->second;
     auto made = std::make_unique<PreviewSession>(parts_, std::move(opening), uploads_);
+    made->setMakeProgram([this] { return takeProgram(); });
     made->setOnMoments([this, version](const PreviewSession::Moments& moments) {
         if (moments_.size() >= kMostMoments) moments_.clear();
         moments_[version] = moments;
@@ -78,6 +80,17 @@ void PreviewPool::remove(const std::string& id) {
 void PreviewPool::remove(Sessions::iterator session) {
     letGo(session->second->dropProgram());
     sessions_.erase(session);
+    if (sessions_.empty()) letGo(std::move(ahead_));
+}
+
+/// Starting a program takes a tenth of a second on a busy machine.
+std::unique_ptr<HeldProgram> PreviewPool::takeProgram() {
+    std::unique_ptr<HeldProgram> taken = std::move(ahead_);
+    if (!taken || taken->hasEnded()) taken = std::make_unique<HeldProgram>(parts_);
+    parts_.timers.after(kStartNext, [this, alive = isAlive_] {
+        if (*alive && !ahead_ && !sessions_.empty()) ahead_ = std::make_unique<HeldProgram>(parts_);
+    });
+    return taken;
 }
 
 void PreviewPool::letGo(std::unique_ptr<HeldProgram> program) {
@@ -89,6 +102,7 @@ void PreviewPool::letGo(std::unique_ptr<HeldProgram> program) {
 
 void PreviewPool::stop() {
     while (!sessions_.empty()) remove(sessions_.begin());
+    ahead_.reset();
     leaving_.clear();
 }
 

@@ -37,6 +37,8 @@ class PreviewPool {
     Sessions::iterator leastUsed(const std::function<bool(const PreviewSession&)>& counts);
     void removeIdle();
     void remove(Sessions::iterator session);
+    /// One that was started ahead, and starts the next.
+    std::unique_ptr<HeldProgram> takeProgram();
     void letGo(std::unique_ptr<HeldProgram> program);
     void watch();
 
@@ -44,6 +46,7 @@ class PreviewPool {
     UploadStore& uploads_;
     const size_t mostPrograms_;
     Sessions sessions_;
+    std::unique_ptr<HeldProgram> ahead_;  ///< while there are previews
     std::map<const HeldProgram*, std::unique_ptr<HeldProgram>> leaving_;
     std::map<std::string, PreviewSession::Moments> moments_;  ///< by versions of templates
     std::shared_ptr<bool> isAlive_ = std::make_shared<bool>(true);

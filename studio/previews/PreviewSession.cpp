@@ -78,9 +78,9 @@ void PreviewSession::failAll(const Problem& problem) {
 // What is asked
 
 void PreviewSession::start(const Value& media) {
-    program_ = std::make_unique<HeldProgram>(
-        parts_, [this](const Value& line, const std::string& bytes) { hear(line, bytes); },
-        [this](const ChildProgram::End& ended) { end(ended); });
+    program_ = makeProgram_();
+    program_->listen([this](const Value& line, const std::string& bytes) { hear(line, bytes); },
+                     [this](const ChildProgram::End& ended) { end(ended); });
     ask({{"do", stillTalk::kOpen},
          {"template", opening_.facts.source},
          {"values", media},

@@ -58,6 +58,10 @@ class PreviewSession {
     const std::string* frame(int64_t number) const;
     /// As the API shows it; nothing before it is open.
     platform::Value value() const;
+    /// Where its programs come from.
+    void setMakeProgram(std::function<std::unique_ptr<HeldProgram>()> make) {
+        makeProgram_ = std::move(make);
+    }
     /// Called when moments were found.
     void setOnMoments(std::function<void(const Moments&)> call) { onMoments_ = std::move(call); }
 
@@ -82,6 +86,7 @@ class PreviewSession {
     std::unique_ptr<HeldProgram> program_;
     platform::Value opened_;  ///< what the program said
     platform::Value values_;  ///< the latest that were asked with
+    std::function<std::unique_ptr<HeldProgram>()> makeProgram_;
     std::function<void(const Moments&)> onMoments_;
     std::vector<platform::http::Responder> opens_;
     std::map<int64_t, platform::http::Responder> stills_;
