@@ -149,6 +149,7 @@ class PageTest(unittest.TestCase):
         job = browser.api("/jobs")["jobs"][0]
         browser.go(f"/job/{job['id']}")
         browser.wait("the finished video", lambda: "/video/" in browser.driver.current_url)
+        video = browser.driver.current_url.split("/")[-1]
         self.assert_plays(browser)
         self.assert_accessible(browser, "done")
         request = browser.api(f"/jobs/{job['id']}/request")
@@ -164,12 +165,12 @@ class PageTest(unittest.TestCase):
         browser.go("/videos")
         browser.one(".card-picture img")
         self.assert_accessible(browser, "my videos")
-        browser.press(".card-more")
+        browser.press(f".card:has([href='#/video/{video}']) .card-more")
         browser.press_text("Delete", "dialog")
         self.assert_accessible(browser, "deleting")
         browser.press(".dialog-foot .danger")
-        browser.wait("an empty list", lambda: browser.all(".empty"))
-        self.assertEqual(browser.api("/videos")["videos"], [])
+        browser.wait("a list without it", lambda: not browser.all(f".card-link[href='#/video/{video}']"))
+        self.assertNotIn(video, [one["id"] for one in browser.api("/videos")["videos"]])
         self.assertEqual(browser.complaints(), [])
 
     def pinch(self, browser):

@@ -127,7 +127,7 @@ class Browser:
         element.click()
 
     def press_text(self, text, within="body"):
-        find = "return [...document.querySelector(arguments[1]).querySelectorAll('button, a')].find(e => e.innerText.trim() === arguments[0] && e.checkVisibility())"
+        find = "return [...document.querySelector(arguments[1]).querySelectorAll('button, a')].find(e => e.innerText.trim() === arguments[0] && e.checkVisibility() && !e.disabled)"
         element = self.wait(text, lambda: self.run(find, text, within))
         self.run("arguments[0].scrollIntoView({block: 'center'}); arguments[0].click()", element)
 
