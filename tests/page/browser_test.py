@@ -5,13 +5,16 @@ usage: browser_test.py --program MULTISCENE --axe axe.min.js [test …]
 """
 
 import argparse
+import functools
 import gzip
+import http.server
 import math
 import pathlib
 import signal
 import subprocess
 import sys
 import tempfile
+import threading
 import time
 import unittest
 import zlib
@@ -53,7 +56,23 @@ class PageTest(unittest.TestCase):
         for name, colour in (("red", (200, 30, 30)), ("green", (30, 160, 30)), ("blue", (40, 40, 200))):
             cls.plain.append(cls.folder / f"{name}.png")
             cls.plain[-1].write_bytes(png(320, 320, lambda x, y, c=colour: c))
-        cls.studio = Studio(options.program)
+        cls.studio = Studio(options.program, offering=cls.offer_template())
+
+    @classmethod
+    def offer_template(cls):
+        """A template on a server: its number, and the server's address."""
+        template, offered = cls.folder / "newcomer", cls.folder / "offered"
+        for command in (["new", template], ["publish", template, "--to", offered]):
+            subprocess.run([options.program, "--home", cls.folder / "author", "template", *command], check=True, capture_output=True)
+
+        class Quiet(http.server.SimpleHTTPRequestHandler):
+            def log_message(self, *_):
+                pass
+
+        server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), functools.partial(Quiet, directory=offered))
+        threading.Thread(target=server.serve_forever, daemon=True).start()
+        cls.addClassCleanup(server.shutdown)
+        return f"http://127.0.0.1:{server.server_port}"
 
     @classmethod
     def tearDownClass(cls):
@@ -195,7 +214,7 @@ class PageTest(unittest.TestCase):
         browser.one("dialog[open]")
         self.assert_accessible(browser, "what is missing")
         browser.press(".jumps li:nth-child(2) .jump")
-        self.assertEqual(browser.run("return document.activeElement.type"), "file")
+        browser.wait("the place that lacks a photo", lambda: browser.run("return document.activeElement.type") == "file")
         browser.press_text("Make video")
         browser.press_text("Make anyway")
         browser.heading("Making your video")
@@ -208,8 +227,22 @@ class PageTest(unittest.TestCase):
         browser.one("#field-title input").send_keys(" and a great deal more")
         self.assertIn("too many", browser.one("#field-title .said.bad").text)
         browser.press_text("Make video")
-        self.assertEqual(browser.run("return document.activeElement.closest('.field').id"), "field-title")
+        browser.wait("the field at fault", lambda: browser.run("return document.activeElement.closest('.field')?.id") == "field-title")
         self.assertEqual(browser.complaints(), [])
+
+    def test_a_template_is_installed_and_used(self):
+        browser = self.browser(*PHONE)
+        browser.press_text("To install")
+        browser.wait("one card", lambda: len(browser.all(".card")) == 1)
+        self.assertTrue(browser.one(".card .mark").is_displayed())
+        browser.press(".card-install button")
+        browser.wait("no card that is to be installed", lambda: not browser.all(".card-install"))
+        card = browser.wait("it among the others", lambda: next((c for c in browser.api("/templates")["templates"] if c["title"] == "newcomer"), None))
+        self.assertEqual(card["state"], "installed")
+        browser.go(f"/template/{card['id']}")
+        browser.press_text("Use this template")
+        browser.one("#field-text textarea").send_keys("It works")
+        browser.one(".live-picture canvas.shows")
 
     def test_photos_in_order_undo_and_the_draft(self):
         browser = self.browser(*DESK)
@@ -275,8 +308,17 @@ class PageTest(unittest.TestCase):
         self.assertGreaterEqual(len(browser.wait("the templates as last seen", lambda: browser.all(".card"))), 12)
         self.assert_accessible(browser, "offline")
         self.studio.start()
-        browser.driver.refresh()
         browser.wait("no notice", lambda: not browser.all(".notice") and browser.all(".card"))
+
+        # Killed while it makes a video: the page waits, and has it in the end.
+        browser.go("/fill/1100")
+        browser.press_text("Make video")
+        browser.press_text("Make anyway")
+        browser.heading("Making your video")
+        browser.one(".progress [aria-valuenow]")
+        self.studio.stop(signal.SIGKILL)
+        self.studio.start()
+        browser.wait("the finished video", lambda: "/video/" in browser.driver.current_url)
 
     def test_who_is_not_let_in_is_asked_for_a_code(self):
         browser = self.browser(*PHONE)

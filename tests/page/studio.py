@@ -20,9 +20,11 @@ PATIENCE = 60
 class Studio:
     """`multiscene studio` with a home of its own."""
 
-    def __init__(self, program):
+    def __init__(self, program, offering):
         self.program = program
         self.home = pathlib.Path(tempfile.mkdtemp(prefix="studio-page-"))
+        update = [program, "--home", self.home, "templates", "update", "--server", offering]
+        subprocess.run(update, check=True, capture_output=True)
         self.port = 0
         self.start()
 

@@ -78,9 +78,10 @@ export function App({ onLanguage }: { onLanguage: (language: Language) => Promis
     () =>
       watchJobs((job, before) => {
         const isHere = route.value.screen === 'job' && route.value.id === job.id;
-        if (!before || (job.kind !== 'video' && job.kind !== 'install')) return;
+        if (!before || job.kind === 'draft') return;
         if (job.state === 'failed' && !isHere) sayProblem(new Problem(job.problem ?? { status: 500 }));
         if (job.state !== 'done') return;
+        if (job.kind === 'refresh') return say(t('templates.refreshed'));
         if (job.kind === 'install') return say(t('card.installed', { title: job.template?.title ?? '' }));
         void tellReady(job);
         if (!isHere) say(t('notice.ready'));

@@ -82,7 +82,7 @@ async function json<T>(answer: Response): Promise<T> {
 
 export const get = async <T>(path: string, signal?: AbortSignal) =>
   json<T>(await send('GET', path, undefined, signal ? { signal } : {}));
-export const post = async <T>(path: string, body: unknown = {}, headers: Record<string, string> = {}) =>
+export const post = async <T>(path: string, body?: unknown, headers: Record<string, string> = {}) =>
   json<T>(await send('POST', path, body, { headers }));
 export const put = async <T>(path: string, body: unknown) => json<T>(await send('PUT', path, body));
 export const patch = async <T>(path: string, body: unknown) => json<T>(await send('PATCH', path, body));

@@ -159,7 +159,12 @@ export async function makeVideo(request: JobRequest): Promise<Job> {
 }
 
 export async function install(id: number): Promise<void> {
-  takeJob(await post<Job>(`/templates/${id}/installation`, {}, { 'Idempotency-Key': randomName() }));
+  takeJob(await post<Job>(`/templates/${id}/installation`, undefined, { 'Idempotency-Key': randomName() }));
+}
+
+/** Asks the template server what it offers by now. */
+export async function lookForNew(): Promise<void> {
+  takeJob(await post<Job>('/catalogue/refresh', undefined, { 'Idempotency-Key': randomName() }));
 }
 
 export async function cancelJob(id: string): Promise<void> {

@@ -15,6 +15,8 @@ interface Shown {
 }
 
 const stillsASecond = 8;
+const mostRetries = 20;
+const patience = 1000;
 
 export class PreviewSession {
   readonly shown = new Store<Shown>({
@@ -115,7 +117,7 @@ export class PreviewSession {
       this.shown.value.picture?.close();
       this.shown.set({ picture, frame, problem: null });
     } catch (error) {
-      this.failed(error, values);
+      await this.failed(error, values);
     }
   }
 
@@ -138,13 +140,20 @@ export class PreviewSession {
     }, 1000);
   }
 
-  private failed(error: unknown, values: ApiValues) {
+  private async failed(error: unknown, values: ApiValues): Promise<void> {
     const problem = error instanceof Problem ? error : new Problem({ status: 0 });
     // A scene that nobody looked at for a while is gone: it is opened again.
     if ((problem.code === 'preview-gone' || problem.status === 404) && this.retries < 2) {
       this.retries += 1;
       this.shown.set({ info: null });
       this.dropStrip();
+      this.wanted ??= values;
+      return;
+    }
+    // Too many people look at once: it is this one's turn a little later.
+    if (problem.status === 503 && this.retries < mostRetries) {
+      this.retries += 1;
+      await new Promise((resolve) => setTimeout(resolve, patience));
       this.wanted ??= values;
       return;
     }

@@ -3,7 +3,7 @@ import { useMemo, useRef, useState } from 'preact/hooks';
 import { isActive, type Card, type Job } from '../api/types';
 import { calm } from '../app/router';
 import { megabytes, t, type Key } from '../app/strings';
-import { install, loadTemplates, studio } from '../app/studio';
+import { install, loadTemplates, lookForNew, studio } from '../app/studio';
 import { shareOf } from '../ui/Bar';
 import { Icon } from '../ui/Icon';
 import { Ring } from '../ui/Ring';
@@ -127,6 +127,14 @@ export function TemplatesScreen() {
             <TemplateCard key={card.id} card={card} isFirst={i < 4} />
           ))}
         </ul>
+      )}
+      {templates && !isOffline && (
+        <p class="below">
+          <button type="button" class="text" onClick={() => lookForNew().catch(sayProblem)}>
+            <Icon name="again" size={18} />
+            {t('templates.refresh')}
+          </button>
+        </p>
       )}
     </Screen>
   );
