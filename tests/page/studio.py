@@ -2,9 +2,9 @@
 
 import base64
 import pathlib
-import re
 import shutil
 import signal
+import socket
 import subprocess
 import tempfile
 import time
@@ -20,22 +20,25 @@ PATIENCE = 60
 class Studio:
     """`multiscene studio` with a home of its own."""
 
-    def __init__(self, program, offering):
+    def __init__(self, program, offering="", name=""):
+        """`offering`: a server of templates; `name`: how devices of the network call it."""
         self.program = program
         self.home = pathlib.Path(tempfile.mkdtemp(prefix="studio-page-"))
-        update = [program, "--home", self.home, "templates", "update", "--server", offering]
-        subprocess.run(update, check=True, capture_output=True)
-        self.port = 0
+        if offering:
+            update = [program, "--home", self.home, "templates", "update", "--server", offering]
+            subprocess.run(update, check=True, capture_output=True)
+        with socket.create_server(("127.0.0.1", 0)) as free:
+            self.port = free.getsockname()[1]
+        self.public = f"http://{name}:{self.port}" if name else ""
         self.start()
 
     def start(self):
         command = [self.program, "studio", "--home", str(self.home), "--no-open", "--port", str(self.port)]
+        command += ["--public-url", self.public] if self.public else []
         self.process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
         line = self.process.stdout.readline()
-        found = re.search(r"port (\d+)", line)
-        if not found:
+        if str(self.port) not in line:
             raise AssertionError(f"the studio said: {line}{self.process.stdout.read()}")
-        self.port = int(found.group(1))
 
     def stop(self, how=signal.SIGTERM):
         self.process.send_signal(how)
@@ -60,10 +63,13 @@ class Studio:
 class Browser:
     """One window of a size, with a profile of its own."""
 
-    def __init__(self, width, height, is_phone=False):
+    def __init__(self, width, height, is_phone=False, names=""):
+        """`names`: such names lead to this machine."""
         options = webdriver.ChromeOptions()
         for argument in ("--headless=new", "--no-sandbox", "--disable-gpu", "--hide-scrollbars", "--disable-dev-shm-usage"):
             options.add_argument(argument)
+        if names:
+            options.add_argument(f"--host-resolver-rules=MAP {names} 127.0.0.1")
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
         self.driver = webdriver.Chrome(service=Service(shutil.which("chromedriver")), options=options)
         self.driver.set_script_timeout(PATIENCE)
