@@ -89,5 +89,29 @@ TEST_F(HeldPlayerTest, ShowsWhatIsAskedForAgainAtAnyMoment) {
     }
 }
 
+TEST_F(HeldPlayerTest, TakesOtherValuesAtAnyMoment) {
+    std::vector<std::vector<std::vector<uint8_t>>> wanted;
+    for (const char* title : {"one", "two"}) {
+        request_.inputs.texts = {{"title", title}};
+        HeldPlayer straight(request_, observer_, stop_.get_token());
+        wanted.emplace_back();
+        for (int64_t number = 0; number < test::SmallTemplate::frames; ++number)
+            wanted.back().push_back(frame(straight, number));
+    }
+    HeldPlayer held(request_, observer_, stop_.get_token());
+    held.holdFrames();
+    std::vector<uint8_t> givenUp(64 * 96 * 4);
+    const platform::Canvas canvas{.pixels = givenUp.data(), .stride = 64 * 4, .width = 64, .height = 96};
+    for (int turn = 0; turn < 90; ++turn) {
+        const auto number = static_cast<int64_t>(turn / 3 % 6);
+        JobInputs inputs;
+        inputs.texts = {{"title", turn % 2 ? "one" : "two"}};
+        held.setInputs(inputs, stop_.get_token());
+        int patience = turn / 6 % 4;
+        if (turn % 5 > 2) held.show((number + turn) % 6, canvas, [&] { return --patience < 0; });
+        EXPECT_EQ(frame(held, number), wanted[turn % 2 ? 0 : 1][static_cast<size_t>(number)]) << turn;
+    }
+}
+
 }  // namespace
 }  // namespace multiscene
