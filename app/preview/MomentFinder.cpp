@@ -22,21 +22,33 @@ namespace {
 
 constexpr double kHalfHidden = 0.5;  // of what is seen in a transition
 constexpr double kMotion = 25;       // how much less a node counts that moves by the picture's height a frame
-constexpr double kAlmostAsGood = 0.97;
+constexpr double kAlmostAsGood = 0.85;
 constexpr double kSizeUnknown = 0.1;  // share of the picture, of what does not tell its corners
 
 /// A part of the picture, which reaches from -1 to 1 both ways.
 struct Box {
+    std::vector<glm::dvec2> corners;
     glm::dvec2 least{std::numeric_limits<double>::max()}, most{std::numeric_limits<double>::lowest()};
 
     void include(const glm::dvec2& point) {
         least = glm::min(least, point);
         most = glm::max(most, point);
+        corners.push_back(point);
     }
-    /// The share of the picture that it covers.
+    /// The share of the picture that the shape with these corners covers, about.
     double share() const {
         const glm::dvec2 side = glm::min(most, glm::dvec2(1)) - glm::max(least, glm::dvec2(-1));
-        return side.x > 0 && side.y > 0 ? side.x * side.y / 4 : 0;
+        return side.x > 0 && side.y > 0 ? side.x * side.y / 4 * filled() : 0;
+    }
+    /// The share of the box that it covers: a turned shape has a larger box.
+    double filled() const {
+        double twice = 0;
+        for (size_t i = 0; i < corners.size(); ++i) {
+            const glm::dvec2 &one = corners[i], &other = corners[(i + 1) % corners.size()];
+            twice += one.x * other.y - other.x * one.y;
+        }
+        const double box = (most.x - least.x) * (most.y - least.y);
+        return box > 0 ? std::min(std::abs(twice) / 2 / box, 1.0) : 0;
     }
     double distanceTo(const Box& other) const {
         return std::max(glm::length(least - other.least), glm::length(most - other.most)) / 2;
