@@ -55,12 +55,16 @@ const Value& table(Tables& shared, const std::string& name) {
 
 }  // namespace
 
-std::string localizedString(std::string_view key, std::string_view fallback) {
+std::string localizedStringIn(const std::string& language, std::string_view key, std::string_view fallback) {
     Tables& shared = tables();
     const std::lock_guard lock(shared.mutex);
-    for (const std::string& name : {language(shared), std::string("en")})
+    for (const std::string& name : {language, std::string("en")})
         if (const Value& text = table(shared, name)[key]) return text.stringValue();
     return std::string(fallback);
+}
+
+std::string localizedString(std::string_view key, std::string_view fallback) {
+    return localizedStringIn(userLanguage(), key, fallback);
 }
 
 std::string languageWord() { return localizedString("localizable"); }

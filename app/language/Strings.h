@@ -10,6 +10,10 @@ namespace multiscene {
 /// The text of a key in the user's language, else in English, else `fallback`. Any thread.
 std::string localizedString(std::string_view key, std::string_view fallback = {});
 
+/// The text of a key in "en", "zh" or "ja", else in English, else `fallback`. Any thread.
+std::string localizedStringIn(const std::string& language, std::string_view key,
+                              std::string_view fallback = {});
+
 /// "chinese", "japanese" or "english": how records name the user's language.
 std::string languageWord();
 

@@ -269,6 +269,7 @@ void Connection::reply(Answer answer, bool isLast) {
     isLast_ = isLast_ || isLast || !hasHead_ || !answered_.keepsAlive || service_->isStopping();
     state_ = State::Answering;
     pace_.begin(Clock::now(), socket_->acknowledged());
+    answer = service_->finish(hasHead_ ? answered_ : RequestHead(), std::move(answer));
     tellAnswered(answer.status(), answer.size());
     output_.push_back({Outgoing(std::move(answer), hasHead_ ? &answered_ : nullptr, isLast_)});
     pump();

@@ -4,6 +4,8 @@
 
 namespace platform::http {
 
+Answer Handler::finish(const RequestHead&, Answer answer) { return answer; }
+
 void Handler::answered(const RequestHead&, int, uint64_t, std::chrono::microseconds) {}
 
 Answer Handler::refusal(int status, const std::string& reason) {

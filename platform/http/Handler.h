@@ -43,6 +43,9 @@ class Handler {
     virtual Expectation expect(const RequestHead& head) = 0;
     /// Once the body is there. Not called for what expect() answered.
     virtual void handle(Request request, Responder responder) = 0;
+    /// A last look at each answer before it goes out, also at the server's own; not at streams. `head` is
+    /// empty where none could be read.
+    virtual Answer finish(const RequestHead& head, Answer answer);
     /// Once an answer begins to go out, also the server's own and a stream's: of `bytes`, so long after the
     /// request's first byte. `head` is empty where none could be read.
     virtual void answered(const RequestHead& head, int status, uint64_t bytes,

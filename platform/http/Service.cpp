@@ -94,6 +94,15 @@ Answer Service::refusal(int status, const std::string& reason) {
     }
 }
 
+Answer Service::finish(const RequestHead& head, Answer answer) {
+    try {
+        return handler_.finish(head, std::move(answer));
+    } catch (...) {
+        log::info("http: " + std::string(currentError().what()));
+        return Answer::text(500, {});
+    }
+}
+
 void Service::answered(const RequestHead& head, int status, uint64_t bytes, std::chrono::microseconds took) {
     try {
         handler_.answered(head, status, bytes, took);

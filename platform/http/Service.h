@@ -32,6 +32,7 @@ class Service : public std::enable_shared_from_this<Service> {
     Expectation expect(const RequestHead& head);
     void handle(Request request, Responder responder);
     Answer refusal(int status, const std::string& reason);
+    Answer finish(const RequestHead& head, Answer answer);
     void answered(const RequestHead& head, int status, uint64_t bytes, std::chrono::microseconds took);
 
     void add(std::unique_ptr<Socket> socket);

@@ -1,5 +1,9 @@
 #include "studio/api/Problem.h"
 
+#include <algorithm>
+#include <string_view>
+
+#include "app/language/Strings.h"
 #include "platform/base/CurrentError.h"
 #include "platform/base/Json.h"
 #include "platform/http/Status.h"
@@ -13,6 +17,9 @@ using platform::http::Answer;
 
 namespace {
 
+constexpr const char* kProblemType = "application/problem+json";
+constexpr std::string_view kParticular[] = {"failed", "input-fault", "passing-fault", "template-fault",
+                                            "too-long"};
 constexpr int kSecondsUntilNextTry = 5;
 
 struct KindRow {
@@ -67,11 +74,32 @@ Value Problem::value() const {
     return fields;
 }
 
+Value inLanguage(const Value& problem, const std::string& language) {
+    const std::string code = problem.string("code");
+    const std::string title = localizedStringIn(language, "problem." + code);
+    if (title.empty()) return problem;
+    const Value titled = problem.with("title", title);
+    if (language == "en") return titled;
+    // What is wrong with just this is known in English alone.
+    const bool isParticular =
+        std::find(std::begin(kParticular), std::end(kParticular), code) != std::end(kParticular);
+    return titled.with("detail", isParticular ? title + " (" + problem.string("detail") + ")" : title);
+}
+
+Answer inLanguage(Answer answer, const std::string& language) {
+    if (answer.field("Content-Type") != kProblemType) return answer;
+    const Value problem = platform::parseJson(answer.body(), "");
+    Answer translated =
+        Answer::text(answer.status(), platform::jsonText(inLanguage(problem, language)) + "\n", kProblemType);
+    for (const auto& field : answer.fields())
+        if (field.name != "Content-Type") translated.with(field.name, field.value);
+    return translated.with("Content-Language", language);
+}
+
 Problem notFound(const std::string& what) { return {404, "not-found", "there is no such " + what}; }
 
 Answer answerOf(const Problem& problem) {
-    Answer answer =
-        Answer::text(problem.status, platform::jsonText(problem.value()) + "\n", "application/problem+json");
+    Answer answer = Answer::text(problem.status, platform::jsonText(problem.value()) + "\n", kProblemType);
     if (problem.retryAfter) answer.with("Retry-After", std::to_string(*problem.retryAfter));
     if (!problem.methods.empty()) answer.with("Allow", joined(problem.methods));
     if (problem.status == 401) answer.with("WWW-Authenticate", "Bearer");

@@ -44,6 +44,11 @@ struct Problem : std::exception {
 Problem notFound(const std::string& what);
 
 platform::http::Answer answerOf(const Problem& problem);
+/// A problem's answer with title and detail in "en", "zh" or "ja", as far as there are words for its code;
+/// other answers as they are.
+platform::http::Answer inLanguage(platform::http::Answer answer, const std::string& language);
+/// The same for what Problem::value() gave.
+platform::Value inLanguage(const platform::Value& problem, const std::string& language);
 /// The problem behind the exception that is being handled.
 Problem currentProblem();
 

@@ -190,6 +190,10 @@ void Router::run(const Route& route, ApiRequest& request, const std::string& bod
     if (responder) responder.answer(answerOf(*problem));
 }
 
+Answer Router::finish(const RequestHead& head, Answer answer) {
+    return inLanguage(std::move(answer), languageOf(head));
+}
+
 void Router::answered(const RequestHead& head, int status, uint64_t bytes, std::chrono::microseconds took) {
     if (!isOpen_ || !answered_) return;
     const Route* route = nullptr;

@@ -44,6 +44,9 @@ class Router : public platform::http::Handler {
 
     platform::http::Expectation expect(const platform::http::RequestHead& head) override;
     void handle(platform::http::Request request, platform::http::Responder responder) override;
+    /// Problems are said in the language of the request.
+    platform::http::Answer finish(const platform::http::RequestHead& head,
+                                  platform::http::Answer answer) override;
     void answered(const platform::http::RequestHead& head, int status, uint64_t bytes,
                   std::chrono::microseconds took) override;
     platform::http::Answer refusal(int status, const std::string& reason) override;

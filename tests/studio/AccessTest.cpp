@@ -238,6 +238,11 @@ TEST_F(AccessTest, answersOddRequestsWithProblems) {
         }
     }
     EXPECT_EQ(ask("DELETE", "/api/v1/settings", who).field("Allow"), "GET, PATCH");
+    const Reply chinese = ask("GET", "/api/v1/nothing", who, "Accept-Language: zh-CN,zh;q=0.9\r\n");
+    EXPECT_EQ(chinese.json().string("detail"), "它不存在,或已被删除。");
+    EXPECT_EQ(chinese.code(), "not-found");
+    EXPECT_EQ(get("/api/v1/settings?lang=ja").json().string("title"),
+              "確認できませんでした。プログラムからスタジオを開き直してください。");
     EXPECT_EQ(get("/api/v1/settings?lang=zh-CN", who).json().string("language"), "zh");
 }
 
