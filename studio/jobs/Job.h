@@ -38,6 +38,7 @@ struct Job {
     int64_t cost = 0;          ///< milliseconds that it is expected to take
     int64_t total = 0;         ///< frames; 0: unknown
     int attempt = 0;
+    int deaths = 0;  ///< of the studio while it ran; not among the attempts
     int64_t notBefore = 0, created = 0, started = 0, ended = 0;
     platform::Value problem;  ///< why it failed; none
     std::string video;        ///< empty: none

@@ -95,10 +95,12 @@ void JobQueue::recover() {
 void JobQueue::recover(const Job& job) {
     if (job.state == JobState::Cancelling)
         finish(job, JobState::Cancelled, {}, {});
-    else if (job.state == JobState::Running && job.attempt >= kMostAttempts)
-        finish(job, JobState::Failed, interruptedProblem({}).value(), {});
+    else if (job.state == JobState::Running && job.deaths >= kMostDeaths)
+        finish(job, JobState::Failed,
+               Problem(500, "interrupted", "the studio was ended again and again while it made this").value(),
+               {});
     else if (job.state == JobState::Running)
-        stores_.jobs.putBack(job.id, 0, true);
+        stores_.jobs.putBackUncounted(job.id, true);
 }
 
 void JobQueue::stop() {
@@ -106,7 +108,7 @@ void JobQueue::stop() {
     isStopped_ = true;
     guarded([this] {
         for (const Job& job : stores_.jobs.unended()) {
-            if (job.state == JobState::Running) stores_.jobs.putBack(job.id, 0, false);
+            if (job.state == JobState::Running) stores_.jobs.putBackUncounted(job.id, false);
             if (job.state == JobState::Cancelling) stores_.jobs.end(job.id, JobState::Cancelled, {}, nowMs());
         }
     });
@@ -278,7 +280,7 @@ void JobQueue::interrupted(const Job& job, const Value& problem) {
     if (job.attempt >= kMostAttempts)
         return finish(job, JobState::Failed, interruptedProblem(problem).value(), {});
     const milliseconds pause = seconds(1 << job.attempt);
-    stores_.jobs.putBack(job.id, nowMs() + pause.count(), true);
+    stores_.jobs.putBack(job.id, nowMs() + pause.count());
     progress_.erase(job.id);
     if (const auto now = stores_.jobs.find(job.id)) tell(*now);
 }

@@ -22,10 +22,11 @@ namespace multiscene::studio {
 /// has is what holds: a studio that is killed at any moment goes on at its next start, and no job is made
 /// twice or lost.
 ///
-/// A job that was interrupted is tried again, at most twice more. Studio queue.
+/// A job that was interrupted is tried again, at most twice more; when it was the studio that was killed,
+/// which says little of the job, many times more, but not for ever. Studio queue.
 class JobQueue {
   public:
-    static constexpr int kMostAttempts = 3;
+    static constexpr int kMostAttempts = 3, kMostDeaths = 20;
 
     struct Stores {
         JobStore& jobs;

@@ -22,6 +22,7 @@ namespace {
 constexpr int64_t kMostCharacters = 10'000;
 constexpr int64_t kMostInputs = 500;
 constexpr int64_t kMostSide = 8192;
+constexpr auto kMostPixels = platform::limitOf<int64_t>("maxVideoPixels");
 constexpr int64_t kDraftSide = 640;
 constexpr size_t kMostMetadata = 4096;
 constexpr const char* kDraftPreset = "ultrafast";
@@ -196,6 +197,8 @@ Planned plan(const Value& body, const TemplateFacts& facts, UploadStore& uploads
     judgement.music(body["music"]);
     const Size size = sizeOf(body, facts, body.boolean("draft"));
     if (size.width % 2 != 0 || size.height % 2 != 0) judgement.fault("/size", "", "should be even numbers");
+    if (size.pixels() > kMostPixels)
+        judgement.fault("/size", "", "is larger than " + std::to_string(kMostPixels) + " pixels");
     if (platform::jsonText(body["metadata"]).size() > kMostMetadata)
         judgement.fault("/metadata", "", "is larger than " + std::to_string(kMostMetadata) + " bytes");
     if (const std::string callback = body.string("callback");

@@ -5,7 +5,7 @@
 #include "platform/base/File.h"
 #include "platform/base/Json.h"
 #include "platform/base/PrivateFolder.h"
-#include "studio/api/Problem.h"
+#include "studio/process/ChildProblem.h"
 #include "studio/store/Sweep.h"
 
 namespace multiscene::studio {
@@ -46,22 +46,6 @@ bool takeDownload(const Value& line, Progress& progress) {
     return true;
 }
 
-ErrorKind kindOfExit(int code) {
-    for (const ErrorKind kind :
-         {ErrorKind::Usage, ErrorKind::Template, ErrorKind::Input, ErrorKind::Transient})
-        if (code == static_cast<int>(kind)) return kind;
-    return ErrorKind::Failed;
-}
-
-/// What it said itself, else what is known of its end.
-Error errorOf(const ChildProgram::End& end) {
-    const ErrorKind kind = kindOfExit(end.exitCode);
-    if (!end.fault.empty()) return Error(kind, "the job " + end.fault);
-    if (end.error) return Error(kind, end.error.string("message"), "", end.error.string("key"));
-    if (end.signal != 0) return Error(kind, "the job was ended by signal " + std::to_string(end.signal));
-    return Error(kind, "the job ended without a result (exit code " + std::to_string(end.exitCode) + ")");
-}
-
 struct OptionRow {
     const char *option, *pointer;
 };
@@ -79,7 +63,7 @@ std::string pointerTo(const std::string& key) {
 }
 
 /// In the words of what was asked for: who asked knows no options, and a wrong one is a wrong wish.
-Problem problemOf(const ChildProgram::End& end) {
+Problem jobProblem(const ChildProgram::End& end) {
     const Error error = errorOf(end);
     Problem problem(error.kind() == ErrorKind::Usage ? error.withKind(ErrorKind::Input) : error);
     for (ProblemEntry& entry : problem.errors) {
@@ -166,7 +150,7 @@ void JobRunner::end(const std::string& id, const ChildProgram::End& ended) {
         end.kind = RunEnd::Kind::Cancelled;
     else if (isInterrupted(ended))
         end.kind = RunEnd::Kind::Interrupted;
-    if (end.kind != RunEnd::Kind::Done) end.problem = problemOf(ended).value();
+    if (end.kind != RunEnd::Kind::Done) end.problem = jobProblem(ended).value();
     listener_.ended(id, end);
     removeQuietly(run.folder);
 }

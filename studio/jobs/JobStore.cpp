@@ -17,7 +17,7 @@ CREATE TABLE IF NOT EXISTS job(
     ('queued', 'running', 'cancelling', 'done', 'failed', 'cancelled', 'expired')),
   template INTEGER NOT NULL, template_title TEXT NOT NULL, title TEXT NOT NULL, request TEXT NOT NULL,
   metadata TEXT NOT NULL, callback TEXT NOT NULL, cost INTEGER NOT NULL, total INTEGER NOT NULL,
-  attempt INTEGER NOT NULL DEFAULT 0, not_before INTEGER NOT NULL DEFAULT 0, created INTEGER NOT NULL,
+  attempt INTEGER NOT NULL DEFAULT 0, deaths INTEGER NOT NULL DEFAULT 0, not_before INTEGER NOT NULL DEFAULT 0, created INTEGER NOT NULL,
   started INTEGER NOT NULL DEFAULT 0, ended INTEGER NOT NULL DEFAULT 0,
   problem TEXT NOT NULL DEFAULT '') STRICT;
 CREATE INDEX IF NOT EXISTS job_queue ON job(state, created);
@@ -59,6 +59,7 @@ Job jobOf(const Statement& row) {
     job.cost = row.integer("cost");
     job.total = row.integer("total");
     job.attempt = static_cast<int>(row.integer("attempt"));
+    job.deaths = static_cast<int>(row.integer("deaths"));
     job.notBefore = row.integer("not_before");
     job.created = row.integer("created");
     job.started = row.integer("started");
@@ -227,14 +228,22 @@ bool JobStore::askToCancel(const std::string& id) {
         .step();
 }
 
-bool JobStore::putBack(const std::string& id, int64_t notBefore, bool counts) {
+bool JobStore::putBack(const std::string& id, int64_t notBefore) {
     return database_
         .prepare(
-            "UPDATE job SET state = 'queued', not_before = ?, attempt = attempt - ? "
-            "WHERE id = ? AND state = 'running' RETURNING id")
+            "UPDATE job SET state = 'queued', not_before = ? WHERE id = ? AND state = 'running' RETURNING id")
         .bind(1, notBefore)
-        .bind(2, int64_t{counts ? 0 : 1})
-        .bind(3, id)
+        .bind(2, id)
+        .step();
+}
+
+bool JobStore::putBackUncounted(const std::string& id, bool wasKilled) {
+    return database_
+        .prepare(
+            "UPDATE job SET state = 'queued', attempt = attempt - 1, deaths = deaths + ? "
+            "WHERE id = ? AND state = 'running' RETURNING id")
+        .bind(1, int64_t{wasKilled})
+        .bind(2, id)
         .step();
 }
 

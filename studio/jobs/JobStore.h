@@ -54,8 +54,10 @@ class JobStore {
     bool cancelWaiting(const std::string& id, int64_t now);
     /// running -> cancelling.
     bool askToCancel(const std::string& id);
-    /// running -> queued. `counts`: as an attempt.
-    bool putBack(const std::string& id, int64_t notBefore, bool counts);
+    /// running -> queued.
+    bool putBack(const std::string& id, int64_t notBefore);
+    /// The same after the studio's own end, which is no attempt. `wasKilled`: it had no time to say so.
+    bool putBackUncounted(const std::string& id, bool wasKilled);
     /// running or cancelling -> failed or cancelled; running -> done.
     bool end(const std::string& id, JobState state, const platform::Value& problem, int64_t now);
     /// done -> expired: its video is gone.

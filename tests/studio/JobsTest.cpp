@@ -111,6 +111,8 @@ TEST_F(JobsTest, WhatIsAskedForWronglyIsSaidWithItsPlace) {
     EXPECT_THAT(pointers(faults), ElementsAre("/values/nothing", "/values/photo/upload", "/values/text",
                                               "/music/upload", "/size"));
     EXPECT_EQ(refused(R"({"template":999})").code(), "no-such-template");
+    EXPECT_THAT(pointers(refused(R"({"template":1000,"size":{"width":8192,"height":8192}})")),
+                ElementsAre("/size"));
     const Value check =
         sendJson("POST", "/api/v1/checks",
                  R"({"template":1000,"values":{"text":"123456789012345678901234567890"}})", me)
