@@ -25,6 +25,7 @@ class Studio {
     Studio(const Studio&) = delete;
     Studio& operator=(const Studio&) = delete;
 
+    // Until stop():
     uint16_t port() const;
     /// Of StudioSettings::metricsPort; 0: none.
     uint16_t metricsPort() const;
