@@ -21,6 +21,11 @@ Value who(const Session& session, const std::string& token) {
                              {"token", token.empty() ? Value() : Value(token)}};
 }
 
+Value current(const ApiRequest& request) {
+    const bool hasCookie = request.session.kind != Session::Kind::Token;
+    return who(request.session, hasCookie ? Gate::pageToken(Gate::cookie(request.head)) : "");
+}
+
 Value whoSchema() {
     return schema::object({{"kind", schema::word({"local", "paired", "token"})},
                            {"name", schema::text()},
@@ -76,25 +81,13 @@ std::vector<Route> SessionsApi::routes() {
          .pattern = "/api/v1/sessions/current",
          .summary = "Who asks, and the token that changes need",
          .results = {{200, "application/json", whoSchema()}},
-         .handle =
-             [](ApiRequest& request, Responder& responder) {
-                 const bool hasCookie = request.session.kind != Session::Kind::Token;
-                 responder.answer(json(
-                     200,
-                     who(request.session, hasCookie ? Gate::pageToken(Gate::cookie(request.head)) : "")));
-             }},
+         .handle = [](ApiRequest& request,
+                      Responder& responder) { responder.answer(json(200, current(request))); }},
         {.method = "DELETE",
          .pattern = "/api/v1/sessions/current",
          .summary = "Forgets this browser",
          .results = {{204, "", {}}},
-         .handle =
-             [this](ApiRequest& request, Responder& responder) {
-                 if (request.session.kind == Session::Kind::Token)
-                     throw Problem(403, "not-a-browser", "tokens are removed by multiscene studio token");
-                 sessions_.forget(Gate::cookie(request.head));
-                 responder.answer(Answer(204).with(
-                     "Set-Cookie", cookieLine(request.head, "", origins_.isSecure(request.head))));
-             }},
+         .handle = [this](ApiRequest& request, Responder& responder) { responder.answer(forget(request)); }},
         {.method = "GET",
          .pattern = "/api/v1/sessions",
          .access = Access::Admin,
@@ -113,6 +106,13 @@ std::vector<Route> SessionsApi::routes() {
                  responder.answer(Answer(204));
              }},
     };
+}
+
+Answer SessionsApi::forget(const ApiRequest& request) {
+    if (request.session.kind == Session::Kind::Token)
+        throw Problem(403, "not-a-browser", "tokens are removed by multiscene studio token");
+    sessions_.forget(Gate::cookie(request.head));
+    return Answer(204).with("Set-Cookie", cookieLine(request.head, "", origins_.isSecure(request.head)));
 }
 
 void SessionsApi::begin(ApiRequest& request, Responder& responder) {

@@ -18,6 +18,7 @@ class SessionsApi : public Resource {
     std::vector<Route> routes() override;
 
   private:
+    platform::http::Answer forget(const ApiRequest& request);
     void begin(ApiRequest& request, platform::http::Responder& responder);
     Session admit(const ApiRequest& request);
     Session admitPaired(const ApiRequest& request, const std::string& code);

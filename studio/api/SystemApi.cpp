@@ -26,6 +26,8 @@ std::string fenceOf(const StudioSettings& settings) {
 
 Value count(uint64_t number) { return static_cast<int64_t>(number); }
 
+Value state(const char* word) { return Value::Dictionary{{"status", word}, {"version", programVersion()}}; }
+
 Value stateSchema() { return schema::object({{"status", schema::text()}, {"version", schema::text()}}); }
 
 Value settingsSchema() {
@@ -60,17 +62,19 @@ SystemApi::SystemApi(const Parts& parts, const Router& router, const Origins& or
       fence_(fenceOf(parts.settings)) {}
 
 std::vector<Route> SystemApi::routes() {
+    std::vector<Route> all = stateRoutes();
+    for (Route& route : settingsRoutes()) all.push_back(std::move(route));
+    return all;
+}
+
+std::vector<Route> SystemApi::stateRoutes() {
     return {
         {.method = "GET",
          .pattern = "/healthz",
          .access = Access::Public,
          .summary = "Answers while the studio runs",
          .results = {{200, "application/json", stateSchema()}},
-         .handle =
-             [](ApiRequest&, Responder& responder) {
-                 responder.answer(
-                     json(200, Value::Dictionary{{"status", "alive"}, {"version", programVersion()}}));
-             }},
+         .handle = [](ApiRequest&, Responder& responder) { responder.answer(json(200, state("alive"))); }},
         {.method = "GET",
          .pattern = "/readyz",
          .access = Access::Public,
@@ -79,19 +83,7 @@ std::vector<Route> SystemApi::routes() {
          .handle =
              [this](ApiRequest&, Responder& responder) {
                  parts_.database.prepare("SELECT count(*) FROM session").step();
-                 responder.answer(
-                     json(200, Value::Dictionary{{"status", "ready"}, {"version", programVersion()}}));
-             }},
-        {.method = "GET",
-         .pattern = "/api/v1/pairing.svg",
-         .access = Access::Admin,
-         .summary = "The address with the pairing code, for a camera; at this machine alone",
-         .results = {{200, "image/svg+xml", {}}},
-         .handle =
-             [this](ApiRequest& request, Responder& responder) {
-                 if (pairing(request).isNone()) throw notFound("pairing");
-                 responder.answer(Answer::text(200, platform::QrCode(pairingUrl_()).svg(), "image/svg+xml")
-                                      .with("Content-Security-Policy", "default-src 'none'"));
+                 responder.answer(json(200, state("ready")));
              }},
         {.method = "GET",
          .pattern = "/api/v1/openapi.json",
@@ -100,6 +92,11 @@ std::vector<Route> SystemApi::routes() {
          .results = {{200, "application/json", schema::anything()}},
          .handle = [this](ApiRequest&,
                           Responder& responder) { responder.answer(json(200, openApi(router_.routes()))); }},
+    };
+}
+
+std::vector<Route> SystemApi::settingsRoutes() {
+    return {
         {.method = "GET",
          .pattern = "/api/v1/settings",
          .summary = "What a page has to know of the studio",
@@ -128,7 +125,20 @@ std::vector<Route> SystemApi::routes() {
                  parts_.sessions.setRating(request.session, request.body.string("answer"));
                  responder.answer(Answer(204));
              }},
+        {.method = "GET",
+         .pattern = "/api/v1/pairing.svg",
+         .access = Access::Admin,
+         .summary = "The address with the pairing code, for a camera; at this machine alone",
+         .results = {{200, "image/svg+xml", {}}},
+         .handle = [this](ApiRequest& request,
+                          Responder& responder) { responder.answer(pairingPicture(request)); }},
     };
+}
+
+Answer SystemApi::pairingPicture(const ApiRequest& request) const {
+    if (pairing(request).isNone()) throw notFound("pairing");
+    return Answer::text(200, platform::QrCode(pairingUrl_()).svg(), "image/svg+xml")
+        .with("Content-Security-Policy", "default-src 'none'");
 }
 
 Value SystemApi::settings(const ApiRequest& request) const {

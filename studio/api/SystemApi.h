@@ -21,6 +21,9 @@ class SystemApi : public Resource {
     std::vector<Route> routes() override;
 
   private:
+    std::vector<Route> stateRoutes();
+    std::vector<Route> settingsRoutes();
+    platform::http::Answer pairingPicture(const ApiRequest& request) const;
     platform::Value settings(const ApiRequest& request) const;
     platform::Value pairing(const ApiRequest& request) const;
 
