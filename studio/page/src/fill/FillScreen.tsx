@@ -341,7 +341,10 @@ function Form({ template, draft }: { template: Template; draft: Draft }) {
                   fields={content.fields}
                   problems={problems}
                   onFiles={takePhotos}
-                  onCrop={setCropping}
+                  onCrop={(key) => {
+                    activate(key);
+                    setCropping(key);
+                  }}
                   onSwap={swap}
                   onRemove={removeField}
                   onFocus={activate}
