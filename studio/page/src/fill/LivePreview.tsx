@@ -77,8 +77,11 @@ export function LivePreview({ template, session, values, music, activeKey, onDra
       const isThere = now.current.strip.has(Math.floor(next / every) * every);
       if (isThere) at = next;
       if (audio?.src) {
-        if (isThere && audio.paused) {
-          audio.currentTime = now.current.music.start + at / fps;
+        const heard = now.current.music.start + at / fps;
+        // A sound that came late is behind.
+        const isOff = audio.readyState > 2 && Math.abs(audio.currentTime - heard) > 0.4;
+        if (isThere && (audio.paused || isOff)) {
+          audio.currentTime = heard;
           audio.volume = Math.min(1, now.current.music.volume);
           void audio.play().catch(() => {});
         } else if (!isThere && !audio.paused) audio.pause();

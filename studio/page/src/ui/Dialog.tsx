@@ -22,6 +22,7 @@ export function Dialog({ title, onClose, shape = 'sheet', children }: Properties
   useEffect(() => {
     const element = dialog.current;
     element?.showModal();
+    element?.querySelector<HTMLElement>('input[type=text], h2')?.focus();
     const leave = enterStep(() => close.current());
     return () => {
       leave();
@@ -43,7 +44,7 @@ export function Dialog({ title, onClose, shape = 'sheet', children }: Properties
     >
       <div class="dialog-body">
         <header class="dialog-head">
-          <h2 id={id} tabIndex={-1} autofocus>{title}</h2>
+          <h2 id={id} tabIndex={-1}>{title}</h2>
           <button type="button" class="round" aria-label={t('close')} onClick={onClose}>
             <Icon name="close" />
           </button>
