@@ -122,6 +122,22 @@ inline constexpr Limit kAll[] = {
     {"maxSoundSeconds", 7200, "seconds", "of a sound", kLeftOut},
     {"maxSoundsAtOnce", 100, "sounds", "that are heard at one time", kRefused},
 
+    // Meshes.
+    {"maxMeshFileBytes", 64 * kMega, "bytes", "a mesh's file, and each that it names", kRefused},
+    {"maxMeshBytes", 96 * kMega, "bytes", "of all buffers of a mesh, and of its pictures", kRefused},
+    {"maxMeshValues", 500'000, "values", "in a mesh's JSON", kRefused},
+    {"maxMeshTriangles", 500'000, "triangles", "that are drawn: what several nodes show counts again",
+     kRefused},
+    {"maxMeshNumbers", 32'000'000, "numbers", "that are read from a mesh's buffers", kRefused},
+    {"maxMeshNodes", 4096, "nodes", "of a mesh", kRefused},
+    {"maxMeshDepth", 256, "nodes", "of a mesh, inside each other", kRefused},
+    {"maxMeshParts", 4096, "parts", "of a mesh, each of one material", kRefused},
+    {"maxMeshMaterials", 1024, "materials", "of a mesh", kRefused},
+    {"maxMeshPictures", 64, "pictures", "of a mesh", kRefused},
+    {"maxMeshPictureSide", 2048, "pixels", "of a mesh's picture", kSmaller},
+    {"maxMeshAnimations", 256, "animations", "of a mesh", kRefused},
+    {"maxMeshTracks", 16'384, "tracks", "of a mesh's animations", kRefused},
+
     // The video that is made.
     {"maxVideoPixels", 4096 * 2304, "pixels", "of the video", kRefused},
     {"maxVideoSide", 8192, "pixels", "the video's width, and its height", kRefused},

@@ -5,7 +5,6 @@
 #include <cstring>
 #include <limits>
 
-#include "platform/base/Limits.h"
 #include "platform/mesh/MeshText.h"
 
 namespace platform {
@@ -99,7 +98,8 @@ const Value& GltfBuffers::entry(const char* list, int64_t index, const char* wha
 }
 
 void GltfBuffers::readBuffers(Bytes binary, const OpenBeside& openBeside) {
-    uint64_t left = MeshLimits::totalBytes;
+    constexpr uint64_t most = limitOf("maxMeshBytes");
+    uint64_t left = most;
     for (const Value& buffer : document_.array("buffers")) {
         Bytes bytes = binary;
         const std::string uri = buffer.string("uri");
@@ -109,9 +109,9 @@ void GltfBuffers::readBuffers(Bytes binary, const OpenBeside& openBeside) {
                 const std::string path = relativePathOf(uri);
                 const FileHandle file = path.empty() ? FileHandle() : openBeside(path);
                 if (!file) fail("its file \"" + uri.substr(0, 100) + "\" is missing or may not be opened");
-                data = readFile(file, path, std::min(left, MeshLimits::fileBytes), ErrorKind::Template);
+                data = readFile(file, path, limitOf("maxMeshFileBytes"), ErrorKind::Template);
             }
-            if (data->size() > left) fail(beyondLimit(data->size(), "bytes in all", left));
+            if (data->size() > left) fail(beyondLimit(most - left + data->size(), "bytes in all", most));
             bytes = owned_.emplace_back(std::move(*data));
         }
         if (whole(buffer["byteLength"]) > bytes.size())
@@ -154,7 +154,8 @@ GltfBuffers::Layout GltfBuffers::layoutOf(const Value& place, int64_t bufferView
 }
 
 void GltfBuffers::spend(size_t count) {
-    if (count > numbersLeft_) fail(beyondLimit(MeshLimits::numbers + 1, "numbers", MeshLimits::numbers));
+    if (count > numbersLeft_)
+        fail(beyondLimit(limitOf("maxMeshNumbers") + 1, "numbers", limitOf("maxMeshNumbers")));
     numbersLeft_ -= count;
 }
 
@@ -201,7 +202,8 @@ GltfBuffers::Numbers GltfBuffers::numbers(int64_t accessor, size_t components) {
     const std::string which = "accessor " + std::to_string(accessor);
     if (componentsOf(place.string("type")) != components) fail(which + " is of another type");
     if (count == 0) fail(which + " is empty");
-    if (count > MeshLimits::numbers) fail(which + " " + beyondLimit(count, "elements", MeshLimits::numbers));
+    if (count > limitOf("maxMeshNumbers"))
+        fail(which + " " + beyondLimit(count, "elements", limitOf("maxMeshNumbers")));
     spend(static_cast<size_t>(count) * components);
     Numbers numbers{.values = {}, .count = static_cast<size_t>(count)};
     if (place.has("bufferView")) {

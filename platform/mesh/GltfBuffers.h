@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/base/Limits.h"
 #include "platform/base/Value.h"
 #include "platform/mesh/MeshFile.h"
 
@@ -54,7 +55,7 @@ class GltfBuffers {
     const std::string name_;
     std::vector<std::vector<uint8_t>> owned_;
     std::vector<Bytes> buffers_;
-    uint64_t numbersLeft_ = MeshLimits::numbers;
+    uint64_t numbersLeft_ = limitOf("maxMeshNumbers");
 };
 
 }  // namespace platform

@@ -54,8 +54,8 @@ Chunks chunksOf(Bytes bytes, const std::string& name) {
 
 Value documentOf(Bytes json, const std::string& name) {
     const uint64_t values = countJsonValues(textOf(json));
-    if (values > MeshLimits::jsonValues)
-        throw Error(ErrorKind::Template, beyondLimit(values, "values", MeshLimits::jsonValues), name);
+    if (values > limitOf("maxMeshValues"))
+        throw Error(ErrorKind::Template, beyondLimit(values, "values", limitOf("maxMeshValues")), name);
     Value document = parseJson(textOf(json), name, ErrorKind::Template);
     const std::string version = document["asset"].string("version");
     if (!version.starts_with("2")) throw Error(ErrorKind::Template, "is no glTF of version 2", name);
@@ -113,13 +113,13 @@ class Reader {
 
     void readPictures() {
         const Value::Array& images = document_.array("images");
-        require(images.size(), "pictures", MeshLimits::pictures);
+        require(images.size(), "pictures", limitOf("maxMeshPictures"));
         for (const Value& image : images) file_.pictures.push_back(pictureOf(image));
     }
 
     /// Several pictures may name the same bytes.
     FileHandle embedded(Bytes bytes) {
-        require(pictureBytes_ += bytes.size(), "bytes of pictures", MeshLimits::totalBytes);
+        require(pictureBytes_ += bytes.size(), "bytes of pictures", limitOf("maxMeshBytes"));
         return fileInMemory(textOf(bytes));
     }
 
@@ -146,7 +146,7 @@ class Reader {
 
     void readMaterials() {
         const Value::Array& materials = document_.array("materials");
-        require(materials.size(), "materials", MeshLimits::materials);
+        require(materials.size(), "materials", limitOf("maxMeshMaterials"));
         for (const Value& material : materials) file_.materials.push_back(materialOf(material));
         file_.materials.push_back({});  // of what has none
     }
@@ -188,7 +188,7 @@ class Reader {
                     std::swap(part.corners[i + 1], part.corners[i + 2]);
             parts.push_back(static_cast<int>(file_.parts.size()));
             file_.parts.push_back(std::move(part));
-            require(file_.parts.size(), "parts", MeshLimits::parts);
+            require(file_.parts.size(), "parts", limitOf("maxMeshParts"));
         }
         if (info.has("weights")) leftOut_.insert("morph targets");
         return parts_.emplace(std::pair(mesh, isMirrored), std::move(parts)).first->second;
@@ -209,7 +209,7 @@ class Reader {
         if (attributes.has("COLOR_0")) leftOut_.insert("colours of corners");
         const auto places = buffers_.numbers(attributes.integer("POSITION"), 3);
         const std::vector<uint32_t> order = trianglesOf(primitive, mode, places.count);
-        require(trianglesSoFar_ += order.size() / 3, "triangles", MeshLimits::triangles);
+        require(trianglesSoFar_ += order.size() / 3, "triangles", limitOf("maxMeshTriangles"));
         MeshPart part{.corners = std::vector<MeshCorner>(order.size()),
                       .material = materialOfPart(primitive)};
         const auto fill = [&](const GltfBuffers::Numbers& numbers, auto MeshCorner::*member) {
@@ -240,9 +240,9 @@ class Reader {
     std::vector<uint32_t> trianglesOf(const Value& primitive, int64_t mode, size_t places) {
         std::vector<uint32_t> order;
         if (primitive.has("indices")) {
-            order = buffers_.indices(primitive.integer("indices"), places, 3 * MeshLimits::triangles);
+            order = buffers_.indices(primitive.integer("indices"), places, 3 * limitOf("maxMeshTriangles"));
         } else {
-            require(places, "corners", 3 * MeshLimits::triangles);
+            require(places, "corners", 3 * limitOf("maxMeshTriangles"));
             order.resize(places);
             for (size_t i = 0; i < places; ++i) order[i] = static_cast<uint32_t>(i);
         }
@@ -266,7 +266,7 @@ class Reader {
 
     void readNodes() {
         const Value::Array& nodes = document_.array("nodes");
-        require(nodes.size(), "nodes", MeshLimits::nodes);
+        require(nodes.size(), "nodes", limitOf("maxMeshNodes"));
         places_.assign(nodes.size(), -1);
         const Value::Array& scenes = document_.array("scenes");
         Value::Array roots;
@@ -278,7 +278,7 @@ class Reader {
         for (const MeshNode& node : file_.nodes)
             for (const int part : node.parts)
                 shown += file_.parts[static_cast<size_t>(part)].corners.size() / 3;
-        require(shown, "triangles that are drawn", MeshLimits::triangles);
+        require(shown, "triangles that are drawn", limitOf("maxMeshTriangles"));
     }
 
     struct Waiting {
@@ -289,7 +289,7 @@ class Reader {
     };
 
     void addTree(int64_t root) {
-        std::vector<Waiting> waiting{{root, -1, 0, false}};
+        std::vector<Waiting> waiting{{root, -1, 1, false}};
         while (!waiting.empty()) {
             const Waiting next = waiting.back();
             waiting.pop_back();
@@ -297,7 +297,7 @@ class Reader {
             int& place = places_[static_cast<size_t>(next.node)];
             if (place >= 0)
                 fail("node " + std::to_string(next.node) + " is met twice, or lies within itself");
-            require(next.depth, "nodes within each other", MeshLimits::nodeDepth);
+            require(next.depth, "nodes within each other", limitOf("maxMeshDepth"));
             place = static_cast<int>(file_.nodes.size());
             MeshNode node = nodeOf(info);
             node.parent = next.parent;
@@ -309,7 +309,7 @@ class Reader {
             if (children.size() > places_.size()) fail("a node lists more nodes than there are");
             for (size_t i = children.size(); i-- > 0;)
                 waiting.push_back({children[i].integerValue(), place, next.depth + 1, isMirrored});
-            require(waiting.size(), "nodes", MeshLimits::nodes);
+            require(waiting.size(), "nodes", limitOf("maxMeshNodes"));
         }
     }
 
@@ -346,10 +346,10 @@ class Reader {
 
     void readAnimations() {
         const Value::Array& animations = document_.array("animations");
-        require(animations.size(), "animations", MeshLimits::animations);
+        require(animations.size(), "animations", limitOf("maxMeshAnimations"));
         uint64_t tracks = 0;
         for (const Value& info : animations) {
-            require(tracks += info.array("channels").size(), "tracks", MeshLimits::tracks);
+            require(tracks += info.array("channels").size(), "tracks", limitOf("maxMeshTracks"));
             MeshAnimation animation{.name = info.string("name"), .seconds = 0, .tracks = {}};
             for (const Value& channel : info.array("channels"))
                 if (auto track = trackOf(channel, info)) {

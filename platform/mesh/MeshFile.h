@@ -13,18 +13,6 @@
 
 namespace platform {
 
-/// Files beyond these are refused before memory is taken for what they hold.
-struct MeshLimits {
-    static constexpr uint64_t fileBytes = 64 << 20;   ///< each file
-    static constexpr uint64_t totalBytes = 96 << 20;  ///< of the file and the buffers beside it
-    static constexpr uint64_t jsonValues = 500'000;
-    static constexpr uint64_t triangles = 500'000;   ///< that are drawn: what several nodes show counts again
-    static constexpr uint64_t numbers = 32'000'000;  ///< that are read from buffers
-    static constexpr uint64_t nodes = 4'096, nodeDepth = 256, parts = 4'096, materials = 1'024;
-    static constexpr uint64_t pictures = 64, animations = 256, tracks = 16'384;
-    static constexpr int pictureSide = 2'048;  ///< pixels: larger ones are shrunk
-};
-
 /// Corner of a triangle: place, normal, place in the picture (0, 0 its upper left corner).
 struct MeshCorner {
     std::array<float, 3> place{}, normal{};

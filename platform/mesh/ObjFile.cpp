@@ -83,7 +83,7 @@ class Sifted {
         const std::string_view word = firstWord(line);
         if (word.empty()) return;
         if (word == "v" || word == "vn" || word == "vt")
-            count(numbers_, 3, "numbers", MeshLimits::numbers);
+            count(numbers_, 3, "numbers", limitOf("maxMeshNumbers"));
         else if (word == "f")
             countFace(restOf(line));
         else if (word == "mtllib")
@@ -98,7 +98,7 @@ class Sifted {
     void countFace(std::string_view corners) {
         const size_t words = countWords(corners);
         if (words > mostFaceCorners) fail(beyondLimit(words, "corners in one face", mostFaceCorners));
-        if (words > 2) count(triangles_, words - 2, "triangles", MeshLimits::triangles);
+        if (words > 2) count(triangles_, words - 2, "triangles", limitOf("maxMeshTriangles"));
     }
 
     void takeMaterialFile(std::string_view name) {
@@ -144,8 +144,8 @@ class Materials {
 
     void take(std::string_view word, std::string_view rest) {
         if (word == "newmtl") {
-            if (mesh_.materials.size() >= MeshLimits::materials)
-                fail(beyondLimit(mesh_.materials.size() + 1, "materials", MeshLimits::materials));
+            if (mesh_.materials.size() >= limitOf("maxMeshMaterials"))
+                fail(beyondLimit(mesh_.materials.size() + 1, "materials", limitOf("maxMeshMaterials")));
             byName_.emplace(rest, static_cast<int>(mesh_.materials.size()));
             mesh_.materials.push_back({.name = std::string(rest)});
         }
@@ -196,8 +196,8 @@ class Materials {
         if (path.empty()) return -1;
         for (size_t i = 0; i < mesh_.pictures.size(); ++i)
             if (mesh_.pictures[i].name == path) return static_cast<int>(i);
-        if (mesh_.pictures.size() >= MeshLimits::pictures)
-            fail(beyondLimit(mesh_.pictures.size() + 1, "pictures", MeshLimits::pictures));
+        if (mesh_.pictures.size() >= limitOf("maxMeshPictures"))
+            fail(beyondLimit(mesh_.pictures.size() + 1, "pictures", limitOf("maxMeshPictures")));
         FileHandle file = openBeside_(path);
         mesh_.pictures.push_back({path, std::move(file)});
         return static_cast<int>(mesh_.pictures.size()) - 1;

@@ -58,6 +58,7 @@ Verdict verdictOf(const std::function<std::string()>& work);
 std::string repeated(const std::string& text, size_t times);
 
 std::vector<Trial> fileTrials();
+std::vector<Trial> meshTrials();
 std::vector<Trial> pictureTrials();
 std::vector<Trial> soundAndFilmTrials();
 std::vector<Trial> templateTrials();

@@ -12,7 +12,7 @@ namespace {
 
 std::vector<Trial> all() {
     std::vector<Trial> trials;
-    for (auto& group : {fileTrials(), pictureTrials(), soundAndFilmTrials(), templateTrials()})
+    for (auto& group : {fileTrials(), meshTrials(), pictureTrials(), soundAndFilmTrials(), templateTrials()})
         trials.insert(trials.end(), group.begin(), group.end());
     return trials;
 }
@@ -47,9 +47,9 @@ TEST(LimitsTableTest, EveryLimitIsTried) {
         "maxJobFileBytes", "maxJobOpenFiles", "maxJobThreads",
         // in HttpDownloadTest
         "maxDownloadTries", "maxRedirects",
-        // in TextureTest, FilterTest, TextModelTest, LetterTest, ImageTest, TextTest, PvrTest
-        "maxCanvasSide", "maxFilteredSide", "maxTextTextureSide", "maxBevelSteps", "maxDecodedPixels",
-        "maxFontFiles", "maxPvrBytes",
+        // in TextureTest, MeshObjectTest, FilterTest, TextModelTest, LetterTest, ImageTest, TextTest, PvrTest
+        "maxCanvasSide", "maxMeshPictureSide", "maxFilteredSide", "maxTextTextureSide", "maxBevelSteps",
+        "maxDecodedPixels", "maxFontFiles", "maxPvrBytes",
         // in OptionsTest, CheckTest, WatchTest
         "maxToldBytes", "maxSequencePictures", "maxWatchedFolders",
         // well below and beyond, as no clock is that sharp: in FenceTest and HttpDownloadTest

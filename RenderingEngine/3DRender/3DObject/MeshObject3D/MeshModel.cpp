@@ -7,6 +7,7 @@
 #include "3DObject/MeshObject3D/MeshPose.h"
 #include "core/Material/ZBTexture.h"
 #include "platform/base/FileGate.h"
+#include "platform/base/Limits.h"
 #include "platform/image/ImageDecoder.h"
 
 namespace multiscene {
@@ -33,7 +34,8 @@ platform::MeshFile readThrough(platform::FileGate& gate, const std::string& path
 /// Sides are powers of two, so that the picture may repeat itself; many pictures are smaller.
 platform::ImageSize canvasOf(platform::ImageSize picture, size_t pictures) {
     constexpr size_t few = 8, many = 24;
-    const int most = platform::MeshLimits::pictureSide / (pictures <= few ? 1 : pictures <= many ? 2 : 4);
+    const int share = pictures <= few ? 1 : pictures <= many ? 2 : 4;
+    const int most = platform::limitOf<int>("maxMeshPictureSide") / share;
     const auto side = [&](int pixels) {
         return std::min(ZBTexture::minimumSizedTextureSize(static_cast<float>(pixels)), most);
     };
