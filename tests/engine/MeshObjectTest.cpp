@@ -1,4 +1,6 @@
 // Meshes from files and curved surfaces, drawn by both painters; and files that nobody should trust.
+#include <epoxy/gl.h>
+
 #include <cmath>
 #include <cstring>
 #include <fstream>
@@ -104,6 +106,53 @@ Value lightsOfTwoKinds() {
                               {"lightSourcePosition", lights[1]},
                               {"diffuseMaterialColor", "0.2,0.1,0"}})});
 }
+
+/// While it lives, counts what is handed to GL to be kept.
+class UploadCount {
+  public:
+    UploadCount() {
+        uploads_ = 0;
+        swap();
+    }
+    ~UploadCount() { swap(); }
+    UploadCount(const UploadCount&) = delete;
+    UploadCount& operator=(const UploadCount&) = delete;
+
+    int uploads() const { return uploads_; }
+
+  private:
+    static void swap() {
+        std::swap(epoxy_glBufferData, bufferData_);
+        std::swap(epoxy_glBufferSubData, bufferSubData_);
+        std::swap(epoxy_glTexImage2D, texImage_);
+        std::swap(epoxy_glTexSubImage2D, texSubImage_);
+    }
+
+    static void bufferData(GLenum target, GLsizeiptr size, const void* data, GLenum usage) {
+        ++uploads_;
+        bufferData_(target, size, data, usage);
+    }
+    static void bufferSubData(GLenum target, GLintptr offset, GLsizeiptr size, const void* data) {
+        ++uploads_;
+        bufferSubData_(target, offset, size, data);
+    }
+    static void texImage(GLenum target, GLint level, GLint internal, GLsizei width, GLsizei height,
+                         GLint border, GLenum format, GLenum type, const void* pixels) {
+        uploads_ += pixels != nullptr;  // without any it is room to draw into
+        texImage_(target, level, internal, width, height, border, format, type, pixels);
+    }
+    static void texSubImage(GLenum target, GLint level, GLint x, GLint y, GLsizei width, GLsizei height,
+                            GLenum format, GLenum type, const void* pixels) {
+        ++uploads_;
+        texSubImage_(target, level, x, y, width, height, format, type, pixels);
+    }
+
+    static inline int uploads_ = 0;
+    static inline PFNGLBUFFERDATAPROC bufferData_ = bufferData;
+    static inline PFNGLBUFFERSUBDATAPROC bufferSubData_ = bufferSubData;
+    static inline PFNGLTEXIMAGE2DPROC texImage_ = texImage;
+    static inline PFNGLTEXSUBIMAGE2DPROC texSubImage_ = texSubImage;
+};
 
 }  // namespace
 
@@ -360,6 +409,28 @@ TEST_F(MeshObjectTest, AnimationsArePlayedByFrames) {
     EXPECT_NEAR(placeAt({{"animationSpeed", 2}}, 10), 8 + 24.0 * 2 / 3, 0.3);
     EXPECT_NEAR(placeAt({}, 40), 8 + 24.0 / 3, 0.3) << "it has begun anew";
     EXPECT_NEAR(placeAt({{"isLoop", false}}, 40), 8 + 24, 0.3) << "it stays where it ends";
+}
+
+TEST_F(MeshObjectTest, IsHandedToGLOnce) {
+    GltfBytes file = cubeFile();
+    const int times = file.add(std::vector<float>{0, 1}, "SCALAR", 1, 5126);
+    const int ways = file.places({0, 0, 0, 6, 0, 0});
+    file.document["animations"] = array({dictionary(
+        {{"samplers", array({dictionary({{"input", times}, {"output", ways}})})},
+         {"channels",
+          array({dictionary(
+              {{"sampler", 0}, {"target", dictionary({{"node", 0}, {"path", "translation"}})}})})}})});
+    write("cube.glb", file.file());
+    Dictionary own = mesh("cube.glb", {{"modelSize", 30}});
+    own["TextureInfo"] = pictureOf(picture("slope.png", slope(64), 64));
+    add(Value(own));
+    mayDiffer = 200;
+    const UploadCount count;
+    draw(0, kBlack);
+    const int first = count.uploads();
+    EXPECT_GT(first, 1) << "corners and picture";
+    for (int64_t number = 1; number < 5; ++number) draw(number, kBlack);
+    EXPECT_EQ(count.uploads(), first);
 }
 
 TEST_F(MeshObjectTest, HostileFilesAreRefusedInOneLine) {
