@@ -8,6 +8,7 @@
 
 #include "DrawableFixture.h"
 #include "platform/base/Json.h"
+#include "platform/base/Limits.h"
 #include "platform/mesh/MeshFile.h"
 
 namespace multiscene::testing {
@@ -107,18 +108,19 @@ Value lightsOfTwoKinds() {
                               {"diffuseMaterialColor", "0.2,0.1,0"}})});
 }
 
-/// While it lives, counts what is handed to GL to be kept.
-class UploadCount {
+/// While it lives, looks at what is handed to GL to be kept.
+class Uploads {
   public:
-    UploadCount() {
-        uploads_ = 0;
+    Uploads() {
+        count_ = widest_ = 0;
         swap();
     }
-    ~UploadCount() { swap(); }
-    UploadCount(const UploadCount&) = delete;
-    UploadCount& operator=(const UploadCount&) = delete;
+    ~Uploads() { swap(); }
+    Uploads(const Uploads&) = delete;
+    Uploads& operator=(const Uploads&) = delete;
 
-    int uploads() const { return uploads_; }
+    int count() const { return count_; }
+    int widest() const { return widest_; }
 
   private:
     static void swap() {
@@ -129,25 +131,26 @@ class UploadCount {
     }
 
     static void bufferData(GLenum target, GLsizeiptr size, const void* data, GLenum usage) {
-        ++uploads_;
+        ++count_;
         bufferData_(target, size, data, usage);
     }
     static void bufferSubData(GLenum target, GLintptr offset, GLsizeiptr size, const void* data) {
-        ++uploads_;
+        ++count_;
         bufferSubData_(target, offset, size, data);
     }
     static void texImage(GLenum target, GLint level, GLint internal, GLsizei width, GLsizei height,
                          GLint border, GLenum format, GLenum type, const void* pixels) {
-        uploads_ += pixels != nullptr;  // without any it is room to draw into
+        if (pixels) widest_ = std::max(widest_, width);
+        count_ += pixels != nullptr;  // without any it is room to draw into
         texImage_(target, level, internal, width, height, border, format, type, pixels);
     }
     static void texSubImage(GLenum target, GLint level, GLint x, GLint y, GLsizei width, GLsizei height,
                             GLenum format, GLenum type, const void* pixels) {
-        ++uploads_;
+        ++count_;
         texSubImage_(target, level, x, y, width, height, format, type, pixels);
     }
 
-    static inline int uploads_ = 0;
+    static inline int count_ = 0, widest_ = 0;  ///< widest: pixels of a picture
     static inline PFNGLBUFFERDATAPROC bufferData_ = bufferData;
     static inline PFNGLBUFFERSUBDATAPROC bufferSubData_ = bufferSubData;
     static inline PFNGLTEXIMAGE2DPROC texImage_ = texImage;
@@ -425,12 +428,31 @@ TEST_F(MeshObjectTest, IsHandedToGLOnce) {
     own["TextureInfo"] = pictureOf(picture("slope.png", slope(64), 64));
     add(Value(own));
     mayDiffer = 200;
-    const UploadCount count;
+    const Uploads uploads;
     draw(0, kBlack);
-    const int first = count.uploads();
+    const int first = uploads.count();
     EXPECT_GT(first, 1) << "corners and picture";
     for (int64_t number = 1; number < 5; ++number) draw(number, kBlack);
-    EXPECT_EQ(count.uploads(), first);
+    EXPECT_EQ(uploads.count(), first);
+}
+
+TEST_F(MeshObjectTest, LargePicturesAreMadeSmaller) {
+    constexpr int most = platform::limitOf<int>("maxMeshPictureSide");
+    for (const int width : {most - 1, most, most + 1}) {
+        GltfBytes file = cubeFile();
+        file.document["images"] = array({dictionary({{"uri", "wide.png"}})});
+        file.document["textures"] = array({dictionary({{"source", 0}})});
+        file.document["materials"] = array({dictionary(
+            {{"pbrMetallicRoughness", dictionary({{"baseColorTexture", dictionary({{"index", 0}})}})}})});
+        write("cube.glb", file.file());
+        picture("wide.png", std::vector<Pixel>(size_t(width), kRed), width);
+        newScene();
+        mayDiffer = 200;
+        add(Value(mesh("cube.glb", {{"modelSize", 30}})));
+        const Uploads uploads;
+        draw(0, kBlack);
+        EXPECT_EQ(uploads.widest(), most) << width;
+    }
 }
 
 TEST_F(MeshObjectTest, HostileFilesAreRefusedInOneLine) {
