@@ -8,6 +8,7 @@
 #include "app/job/MusicEntry.h"
 #include "app/job/UserValues.h"
 #include "platform/base/DispatchQueue.h"
+#include "platform/base/File.h"
 #include "platform/image/ImageDecoder.h"
 #include "platform/media/VideoReader.h"
 
@@ -145,7 +146,15 @@ void HeldPlayer::playTo(int64_t frame) {
     if (!isStarted_) return start();
     if (frame >= view_->nextFrame() || view_->isHolding(frame)) return;
     view_->rest();
+    requireTemplate();
     startAgain();
+}
+
+/// One that is gone would come out as a film of empty places.
+void HeldPlayer::requireTemplate() const {
+    const std::filesystem::path& folder = group_.playable.folder;
+    if (!platform::isThere(folder))
+        throw Error(platform::ErrorKind::Template, "is no longer there", folder.string());
 }
 
 void HeldPlayer::start() {

@@ -81,6 +81,7 @@ class HeldPlayer {
     bool hasFailed() const;
     bool isBeyondEnd(int64_t frame) const;
     void requireRunning() const;
+    void requireTemplate() const;
 
     const JobFolder job_;
     PreparedGroup group_;

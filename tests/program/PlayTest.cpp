@@ -328,11 +328,20 @@ TEST_F(PlayTest, EndsWithAClearLine) {
     program_->signal(SIGTERM);
     EXPECT_EQ(program_->finish().exitCode, 130);
 
+    play();
+    ASSERT_TRUE(isSeenFrame(5));
+    fs::rename(template_, folder.path() / "away");
+    key("Home");
+    Result result = program_->finish();
+    EXPECT_EQ(result.exitCode, 3);
+    EXPECT_THAT(result.errors, ::testing::HasSubstr("is no longer there"));
+    fs::rename(folder.path() / "away", template_);
+
     ::setenv("SDL_AUDIODRIVER", "none-such", 1);
     play();
     ASSERT_TRUE(isSeenFrame(5)) << "without a sound device";
     screen_.end();
-    Result result = program_->finish();
+    result = program_->finish();
     EXPECT_EQ(result.exitCode, 1);
     EXPECT_THAT(result.errors, ::testing::HasSubstr("note: no sound"));
     EXPECT_THAT(result.errors, ::testing::HasSubstr("the window is gone"));
