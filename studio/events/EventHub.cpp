@@ -5,6 +5,7 @@
 
 #include "platform/base/Json.h"
 #include "platform/crypto/Secret.h"
+#include "studio/api/Problem.h"
 
 namespace multiscene::studio {
 
@@ -23,15 +24,26 @@ bool concerns(const EventHub::About& event, const EventHub::About& listener) {
 EventHub::EventHub(platform::DispatchQueue& queue) : queue_(queue), start_(platform::randomLetters(6)) {}
 
 void EventHub::tell(const About& about, const std::string& name, const platform::Value& data) {
-    ring_.push_back({++lastEvent_, about, name, platform::jsonText(data)});
+    ++lastEvent_;
+    ring_.push_back(eventOf(about, name, data));
     if (ring_.size() > kKept) ring_.pop_front();
     // A stream that cannot take it is closed, and its page comes back.
     listeners_.remove_if([&](const Listener& listener) { return !send(listener, ring_.back()); });
 }
 
+EventHub::Event EventHub::eventOf(const About& about, const std::string& name,
+                                  const platform::Value& data) const {
+    return {lastEvent_, about, name, platform::jsonText(data),
+            data.has("problem") ? data : platform::Value()};
+}
+
 bool EventHub::send(const Listener& listener, const Event& event) const {
     if (!concerns(event.about, listener.about)) return listener.stream.isOpen();
-    return listener.stream.send({event.data, event.name, idOf(event.number), kRetry});
+    std::string data = event.data;
+    if (event.failed)
+        data = platform::jsonText(
+            event.failed.with("problem", inLanguage(event.failed["problem"], listener.about.language)));
+    return listener.stream.send({data, event.name, idOf(event.number), kRetry});
 }
 
 std::optional<uint64_t> EventHub::numberOf(const std::string& id) const {
@@ -61,7 +73,7 @@ std::vector<EventHub::Event> EventHub::missed(const About& about, const std::str
     }
     const platform::Value::Array jobs = snapshot();
     for (auto job = jobs.rbegin(); job != jobs.rend() && bytes < kMostAtOnce; ++job) {
-        events.insert(events.begin(), {lastEvent_, about, "job", platform::jsonText(*job)});
+        events.insert(events.begin(), eventOf(about, "job", *job));
         bytes += events.front().data.size();
     }
     return events;

@@ -24,7 +24,8 @@ class EventHub {
 
     struct About {
         std::string session;
-        std::string job = {};  ///< empty: none
+        std::string job = {};       ///< empty: none
+        std::string language = {};  ///< of a listener: what problems are said in
     };
     void tell(const About& about, const std::string& name, const platform::Value& data);
 
@@ -43,6 +44,8 @@ class EventHub {
         uint64_t number;
         About about;
         std::string name, data;
+        platform::Value failed =
+            {};  ///< the same of one with a problem, which is said in the listener's language
     };
     struct Listener {
         uint64_t number;
@@ -55,6 +58,7 @@ class EventHub {
     std::optional<uint64_t> numberOf(const std::string& id) const;
     std::vector<Event> missed(const About& about, const std::string& lastId,
                               const std::function<platform::Value::Array()>& snapshot) const;
+    Event eventOf(const About& about, const std::string& name, const platform::Value& data) const;
     bool send(const Listener& listener, const Event& event) const;
 
     platform::DispatchQueue& queue_;

@@ -46,8 +46,8 @@ void EventsApi::listen(const ApiRequest& request, Responder& responder, const st
         for (const Job& each : jobs) values.push_back(shop_->queue.show(each));
         return values;
     };
-    shop_->events.listen({request.session.id, job}, request.head.header("Last-Event-ID"), responder.stream(),
-                         snapshot);
+    shop_->events.listen({request.session.id, job, request.language}, request.head.header("Last-Event-ID"),
+                         responder.stream(), snapshot);
 }
 
 }  // namespace multiscene::studio

@@ -29,6 +29,7 @@ constexpr int64_t kSecond = 1000, kDay = 24 * 3600 * kSecond;
 constexpr int64_t kDraftStays = 3600 * kSecond;
 constexpr int64_t kMostCost = 2 * 3600 * kSecond;  ///< of a job; more would be hours
 constexpr int64_t kTellEvery = 250;                ///< milliseconds between two events of progress
+constexpr milliseconds kPause{2000};               ///< before what may pass is tried again
 constexpr seconds kExpiryEvery{60}, kNextTry{5}, kOrphanAge{3600};
 
 std::size_t workersOf(const StudioSettings& settings) {
@@ -210,7 +211,10 @@ void JobQueue::start(const Job& job) {
         }
         tell(job);
     } catch (const platform::Error& error) {
-        interrupted(job, Problem(error).value());
+        // Where the studio itself has no room or does not know its templates yet, the job is not to blame.
+        if (error.kind() != platform::ErrorKind::Transient) return interrupted(job, Problem(error).value());
+        progress_.erase(job.id);
+        stores_.jobs.putBackUncounted(job.id, false, nowMs() + kPause.count());
     }
 }
 

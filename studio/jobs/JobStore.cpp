@@ -237,13 +237,14 @@ bool JobStore::putBack(const std::string& id, int64_t notBefore) {
         .step();
 }
 
-bool JobStore::putBackUncounted(const std::string& id, bool wasKilled) {
+bool JobStore::putBackUncounted(const std::string& id, bool wasKilled, int64_t notBefore) {
     return database_
         .prepare(
-            "UPDATE job SET state = 'queued', attempt = attempt - 1, deaths = deaths + ? "
+            "UPDATE job SET state = 'queued', attempt = attempt - 1, deaths = deaths + ?, not_before = ? "
             "WHERE id = ? AND state = 'running' RETURNING id")
         .bind(1, int64_t{wasKilled})
-        .bind(2, id)
+        .bind(2, notBefore)
+        .bind(3, id)
         .step();
 }
 

@@ -57,7 +57,7 @@ class JobStore {
     /// running -> queued.
     bool putBack(const std::string& id, int64_t notBefore);
     /// The same after the studio's own end, which is no attempt. `wasKilled`: it had no time to say so.
-    bool putBackUncounted(const std::string& id, bool wasKilled);
+    bool putBackUncounted(const std::string& id, bool wasKilled, int64_t notBefore = 0);
     /// running or cancelling -> failed or cancelled; running -> done.
     bool end(const std::string& id, JobState state, const platform::Value& problem, int64_t now);
     /// done -> expired: its video is gone.

@@ -99,7 +99,7 @@ std::vector<Route> JobsApi::routes() {
          .results = {shown},
          .handle =
              [this](ApiRequest& request, Responder& responder) {
-                 responder.answer(json(200, shop_->queue.show(own(request))));
+                 responder.answer(json(200, this->shown(own(request), request)));
              }},
         {.method = "GET",
          .pattern = "/api/v1/jobs/{id}/request",
@@ -140,6 +140,11 @@ std::vector<Route> JobsApi::routes() {
          .results = {accepted},
          .handle = bound(&JobsApi::refresh)},
     };
+}
+
+Value JobsApi::shown(const Job& job, const ApiRequest& request) {
+    const Value value = shop_->queue.show(job);
+    return job.problem ? value.with("problem", inLanguage(job.problem, request.language)) : value;
 }
 
 Job JobsApi::own(const ApiRequest& request) {
@@ -204,7 +209,7 @@ void JobsApi::list(ApiRequest& request, Responder& responder) {
     if (!word.empty() && !state) throw Problem(400, "usage", "there is no state \"" + word + "\"");
     Value::Array jobs;
     for (const Job& job : shop_->jobs.list(request.session.id, state, page.limit + 1, page.cursor))
-        jobs.push_back(shop_->queue.show(job));
+        jobs.push_back(shown(job, request));
     responder.answer(json(200, paging::answer("jobs", std::move(jobs), page)));
 }
 

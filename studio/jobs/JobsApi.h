@@ -19,6 +19,7 @@ class JobsApi : public Resource {
   private:
     using Responder = platform::http::Responder;
 
+    platform::Value shown(const Job& job, const ApiRequest& request);
     Job own(const ApiRequest& request);
     TemplateFacts facts(int64_t id, const ApiRequest& request) const;
     platform::Value submitted(const platform::Value& body, const ApiRequest& request);

@@ -212,6 +212,8 @@ class Walk:
             name = job["metadata"]["text"]
             if job["state"] == "failed" and job["problem"]["code"] == "interrupted":
                 given_up += 1
+                if self.options.spare_programs:
+                    self.fault(f"{name} was given up after {job['attempt']} attempts: {job['problem']['detail']}")
             elif job["state"] != "done":
                 self.fault(f"{name} is {job['state']}: {job['problem']}")
             elif job["attempt"] > ATTEMPTS:
@@ -223,8 +225,6 @@ class Walk:
         videos = sum(len(self.studio.ask("GET", "/videos?limit=200", session)[1]["videos"]) for session in range(SESSIONS))
         if videos + given_up != len(self.requests):
             self.fault(f"{videos} videos and {given_up} given up of {len(self.requests)} jobs")
-        if given_up and self.options.spare_programs:
-            self.fault(f"{given_up} jobs were given up because the studio was killed")
         return given_up, videos
 
     def judge_remains(self, videos):

@@ -199,6 +199,9 @@ TEST_F(JobsTest, OneThatIsInterruptedIsTriedThriceAndNoMore) {
     EXPECT_EQ(failed["problem"].string("code"), "interrupted");
     EXPECT_EQ(failed.integer("attempt"), 3);
     EXPECT_EQ(test::contentOf(home / "runs"), "x\nx\nx\n");
+    const Value japanese = get("/api/v1/jobs/" + failed.string("id") + "?lang=ja", me).json();
+    EXPECT_THAT(japanese["problem"].string("title") + japanese["problem"].string("detail"),
+                HasSubstr("中断"));
 }
 
 TEST_F(JobsTest, WhatTheProgramSaysIsTheProblem) {
