@@ -40,6 +40,10 @@ export function setTheme(theme: Theme) {
 export const wantsNotice = () => read('notice') === 'yes';
 export const keepNotice = () => write('notice', 'yes');
 
+/** The rating was asked for here; no answer is an answer. */
+export const wasAskedToRate = () => read('rating') === 'asked';
+export const keepAskedToRate = () => write('rating', 'asked');
+
 export function forgetPreferences() {
   try {
     localStorage.clear();

@@ -3,6 +3,7 @@ import { useEffect, useRef, useState } from 'preact/hooks';
 import { address, get, post } from '../api/client';
 import type { JobRequest, Template, Video } from '../api/types';
 import { carryItems } from '../app/carry';
+import { keepAskedToRate, wasAskedToRate } from '../app/preferences';
 import { go } from '../app/router';
 import { language, t } from '../app/strings';
 import { changeVideo, findVideo, loadVideos, rate, studio } from '../app/studio';
@@ -99,10 +100,14 @@ export function DoneScreen({ id }: { id: string }) {
   }, [id]);
 
   // Asked once, when the third video has been looked at for a moment.
-  const isThird = settings && !settings.ratingAsked && (videos?.length ?? 0) >= 3;
+  const isThird = settings && !settings.ratingAsked && !wasAskedToRate() && (videos?.length ?? 0) >= 3;
   useEffect(() => {
     if (!isThird) return;
-    const timer = setTimeout(() => setDialog((open) => open || 'rating'), 4000);
+    const timer = setTimeout(() => {
+      if (document.querySelector('dialog')) return;
+      keepAskedToRate();
+      setDialog('rating');
+    }, 4000);
     return () => clearTimeout(timer);
   }, [isThird]);
 
