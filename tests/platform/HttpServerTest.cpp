@@ -162,10 +162,12 @@ std::vector<Framing> refusedFramings() {
         {"bare LF at the end", begin + "\n", 400},
         {"bare CR", begin + "A: b\rc\r\n\r\n", 400},
         {"folded line", begin + "A: b\r\n c\r\n\r\n", 400},
+        {"line folded by a tab", begin + "A: b\r\n\tc\r\n\r\n", 400},
         {"folded first line", "GET /ping HTTP/1.1\r\n HOST\r\n", 400},
         {"empty line first", "\r\n" + begin + "\r\n", 400},
         {"NUL", begin + std::string("A: b\0c\r\n\r\n", 10), 400},
         {"escape character", begin + "A: \x1b[1m\r\n\r\n", 400},
+        {"delete character", begin + "A: \x7f\r\n\r\n", 400},
         {"space before colon", begin + "A : b\r\n\r\n", 400},
         {"no name", begin + ": b\r\n\r\n", 400},
         {"no colon", begin + "Ab\r\n\r\n", 400},
@@ -232,12 +234,19 @@ std::vector<Framing> refusedFramings() {
     std::string many = begin;
     for (int line = 0; line < 100; ++line) many += "A: b\r\n";
     all.push_back({"101 header lines", many + "\r\n", 431});
+    std::string parameters = "GET /ping?";
+    for (int count = 0; count < 101; ++count) parameters += "a&";
+    all.push_back({"too many parameters", parameters + " HTTP/1.1\r\nHOST\r\n", 414});
     for (const char* target : {"http://localhost/ping",
                                "ping",
                                "/%00",
                                "/a%00.jpg",
                                "/%zz",
                                "/%2",
+                               "/%2g",
+                               "/%!1",
+                               "/%:1",
+                               "/a\x7f",
                                "/%",
                                "/%c0%af",
                                "/%ff",
@@ -301,6 +310,8 @@ TEST_F(HttpServerTest, TakesWhatIsMeantWell) {
         {post("/echo", chunked, "0\r\n\r\n"), ""},
         {get("/names/%E4%BD%A0%2C+b/%252e%252e/?q=a+b%26&flag&=x"),
          "/names/\xe4\xbd\xa0,+b/%2e%2e/|q=a b&|flag=|=x"},
+        {get("/names/%c2%a9?a=1&&b=2", "Name: a\tb\r\n"), "/names/\xc2\xa9|a=1|b=2"},
+        {post("/echo", "Content-Length: 3\r\nContent-Encoding: identity\r\n", "abc"), "abc"},
     };
     HttpClient client(server->port());
     for (const auto& [request, body] : taken) {
@@ -324,6 +335,12 @@ TEST_F(HttpServerTest, TakesWhatIsMeantWell) {
     EXPECT_EQ(careful.readUntil("\r\n\r\n"), "HTTP/1.1 100 Continue\r\n\r\n");
     careful.send("abc");
     EXPECT_THAT(careful.readAnswer(), StartsWith("HTTP/1.1 200 "));
+
+    HttpClient last(server->port());
+    last.send(get("/ping", "Connection: close\r\n") + get("/ping"));
+    const std::string answers = last.readToEnd();
+    EXPECT_THAT(answers, testing::EndsWith("\r\n\r\npong"));
+    EXPECT_EQ(answers.find("HTTP/1.1", 1), std::string::npos) << "a second answer";
 
     HttpClient old(server->port());
     old.send("GET /ping HTTP/1.0\r\nConnection: keep-alive\r\n" + host() + "\r\n");
