@@ -222,6 +222,7 @@ def main():
     parser.add_argument("--rows", action="store_true", help="the line as a row of scripts/reliability")
     wanted = parser.parse_args()
     random.seed(wanted.seed)
+    signal.signal(signal.SIGINT, signal.default_int_handler)  # a shell's background job inherits that it is ignored
     program = os.path.abspath(wanted.program)
     folder = tempfile.mkdtemp(prefix="multiscene-signals-")
     try:
