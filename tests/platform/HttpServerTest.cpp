@@ -1,147 +1,12 @@
 #include "platform/http/Server.h"
 
-#include <fcntl.h>
-#include <gmock/gmock.h>
-#include <gtest/gtest.h>
-#include <sys/resource.h>
-
-#include <atomic>
-#include <cstdlib>
-#include <ctime>
-#include <fstream>
-#include <map>
-#include <mutex>
-#include <thread>
-
-#include "HttpClient.h"
-#include "platform/base/Paths.h"
-#include "platform/fence/WorkerLimits.h"
+#include "HttpServerFixture.h"
 #include "platform/http/Pace.h"
 #include "platform/http/Range.h"
 #include "platform/net/HttpDownload.h"
 
 namespace platform::http {
 namespace {
-
-namespace fs = std::filesystem;
-using namespace std::chrono_literals;
-using test::HttpClient;
-using testing::AllOf;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::StartsWith;
-
-/// Whether it comes true before everybody has lost patience.
-template <typename Condition>
-bool comesTrue(const Condition& condition, std::chrono::seconds patience = 60s) {
-    const auto end = std::chrono::steady_clock::now() + patience;
-    while (!condition()) {
-        if (std::chrono::steady_clock::now() > end) return false;
-        std::this_thread::sleep_for(5ms);
-    }
-    return true;
-}
-
-/// By the first part of the path.
-class Site : public Handler {
-  public:
-    Expectation expect(const RequestHead& head) override {
-        const std::string& place = head.path.empty() ? "" : head.path[0];
-        if (place == "echo") return BodyInMemory{1000};
-        if (place == "upload") return BodyInFile{folder / "upload", 1 << 20};
-        if (place == "refused") return Answer::text(401, "who are you?");
-        return NoBody{};
-    }
-
-    void handle(Request request, Responder responder) override {
-        const RequestHead& head = request.head;
-        const std::string place = head.path.empty() ? "" : head.path[0];
-        if (place == "ping") return responder.answer(Answer::text(200, "pong"));
-        if (place == "echo") return responder.answer(Answer::text(200, request.body));
-        if (place == "names") return responder.answer(Answer::text(200, namesOf(head)));
-        if (place == "file") return responder.answer(fileAnswer());
-        if (place == "throw") throw std::runtime_error("something");
-        if (place == "drop") return;
-        const std::lock_guard lock(mutex);
-        if (place == "upload") {
-            request.file->publish();
-            responder.answer(Answer::text(201, std::to_string(request.bodyBytes)));
-        } else if (place == "events") {
-            streams.push_back(responder.stream());
-            streams.back().onClosed([this] { ++closedStreams; });
-            lastIds.push_back(head.header("last-event-ID"));
-        } else if (place == "slow") {
-            responder.onGone([this] { ++gone; });
-            waiting.push_back(std::move(responder));
-        } else {
-            others.push_back(head.target);
-            responder.answer(Answer::text(404, ""));
-        }
-    }
-
-    static std::string namesOf(const RequestHead& head) {
-        std::string text;
-        for (const std::string& name : head.path) text += "/" + name;
-        for (const Field& each : head.query) text += "|" + each.name + "=" + each.value;
-        return text;
-    }
-    Answer fileAnswer() const {
-        return Answer::ofFile(openFile(folder / "file", O_RDONLY), "video/mp4")
-            .with("ETag", "\"v1\"")
-            .with("Cache-Control", "private");
-    }
-    size_t countOf(const auto& list) {
-        const std::lock_guard lock(mutex);
-        return list.size();
-    }
-
-    fs::path folder;
-    std::mutex mutex;
-    std::vector<Responder> waiting;
-    std::vector<EventStream> streams;
-    std::vector<std::string> lastIds, others;
-    std::atomic<int> gone{0}, closedStreams{0};
-};
-
-class HttpServerTest : public testing::Test {
-  protected:
-    void SetUp() override {
-        fs::create_directories(folder);
-        site.folder = folder;
-    }
-    void TearDown() override {
-        server.reset();
-        fs::remove_all(folder);
-    }
-
-    void start() { server = std::make_unique<Server>(options, site); }
-    std::string host() const { return "Host: localhost:" + std::to_string(server->port()) + "\r\n"; }
-    std::string get(const std::string& target, const std::string& lines = "") const {
-        return "GET " + target + " HTTP/1.1\r\n" + host() + lines + "\r\n";
-    }
-    std::string post(const std::string& target, const std::string& lines,
-                     const std::string& body = "") const {
-        return "POST " + target + " HTTP/1.1\r\n" + host() + lines + "\r\n" + body;
-    }
-    std::string ask(const std::string& request, bool hasBody = true) const {
-        HttpClient client(server->port());
-        client.send(request);
-        return client.readAnswer(hasBody);
-    }
-    void expectPong() const { EXPECT_THAT(ask(get("/ping")), StartsWith("HTTP/1.1 200 OK\r\n")); }
-    void writeFile(uint64_t bytes) const {
-        std::ofstream(folder / "file") << "0123456789";
-        if (bytes > 10) fs::resize_file(folder / "file", bytes);
-    }
-    /// What an upload that was not published leaves.
-    bool isFolderEmpty() const { return fs::is_empty(folder); }
-
-    fs::path folder = fs::temp_directory_path() / ("http-test-" + uniqueIdentifier());
-    Site site;
-    ServerOptions options;
-    std::unique_ptr<Server> server;
-};
 
 struct Framing {
     std::string name, bytes;  ///< "HOST" stands for a good Host line
@@ -363,97 +228,6 @@ TEST_F(HttpServerTest, AnswersTenThousandPipelinedRequests) {
     sender.join();
     EXPECT_EQ(client.readToEnd(), "");
 }
-
-TEST_F(HttpServerTest, SlowClientsAreClosedWhileOthersAreAnswered) {
-    writeFile(64 << 20);
-    options.limits.headTime = options.limits.keepAlive = options.limits.rateSpan = 500ms;
-    start();
-    HttpClient silent(server->port()), head(server->port()), kept(server->port()), body(server->port());
-    HttpClient reader(server->port(), 4096), stream(server->port());
-    head.send("GET /ping HTTP/1.1\r\nA: ");
-    kept.send(get("/ping"));
-    body.send(post("/upload", "Content-Length: 5000\r\n", "abc"));
-    reader.send(get("/file"));
-    stream.send(get("/events"));
-    EXPECT_TRUE(comesTrue([&] {
-        expectPong();
-        head.send("a");  // what comes keeps nothing open
-        body.send("a");
-        return silent.hasEnded() && head.hasEnded() && kept.hasEnded() && body.hasEnded();
-    }));
-    EXPECT_THAT(head.unread(), StartsWith("HTTP/1.1 408 "));
-    EXPECT_THAT(body.unread(), StartsWith("HTTP/1.1 408 "));
-    EXPECT_THAT(kept.unread(), StartsWith("HTTP/1.1 200 "));
-    // The kernel would give it up, too, after half a minute.
-    EXPECT_TRUE(comesTrue([&] { return server->counts().connections == 1; }, 20s)) << "the reader is there";
-    EXPECT_LT(reader.readToEnd().size(), size_t(64) << 20);
-    EXPECT_FALSE(stream.hasEnded()) << "nothing was to be sent";
-}
-
-uint64_t residentBytes() {
-    uint64_t pages = 0;
-    std::ifstream("/proc/self/statm") >> pages >> pages;
-    return pages * static_cast<uint64_t>(::sysconf(_SC_PAGESIZE));
-}
-
-TEST_F(HttpServerTest, FiftySlowReadersOfABigFileHoldNobodyUp) {
-    constexpr uint64_t size = 256 << 20;
-    writeFile(size);
-    start();
-    HttpClient kept(server->port());
-    const uint64_t before = residentBytes();
-    std::vector<std::unique_ptr<HttpClient>> readers;
-    for (int i = 0; i < 50; ++i) {
-        readers.push_back(std::make_unique<HttpClient>(server->port(), 4096));
-        readers.back()->send(get("/file"));
-    }
-    auto longest = 0ms;
-    for (int round = 0; round < 120; ++round) {
-        for (const auto& each : readers) ASSERT_TRUE(each->readSome(1000));
-        const auto asked = std::chrono::steady_clock::now();
-        kept.send(get("/ping"));
-        ASSERT_THAT(kept.readAnswer(), HasSubstr("pong"));
-        expectPong();
-        longest = std::max(longest, std::chrono::duration_cast<std::chrono::milliseconds>(
-                                        std::chrono::steady_clock::now() - asked));
-        std::this_thread::sleep_for(50ms);
-    }
-    EXPECT_LT(longest, 5s);
-    EXPECT_LT(residentBytes(), before + (128 << 20)) << "what nobody takes is not read ahead";
-    for (const auto& each : readers) EXPECT_GT(each->unread().size(), 20'000u);
-    EXPECT_EQ(server->counts().connections, 51u);
-}
-
-TEST_F(HttpServerTest, WithoutDescriptorsItWaitsAndGoesOn) {
-    start();
-    HttpClient known(server->port());
-    known.send(get("/ping"));
-    ASSERT_THAT(known.readAnswer(), HasSubstr("pong"));
-    rlimit usual{};
-    ASSERT_EQ(::getrlimit(RLIMIT_NOFILE, &usual), 0);
-    const auto next = static_cast<rlim_t>(openFile("/dev/null", O_RDONLY).descriptor());
-    const rlimit few{next + 1, usual.rlim_max};
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &few), 0);
-    HttpClient waiting(server->port());  // takes the last one
-    waiting.send(get("/ping"));
-    const std::clock_t begun = std::clock();
-    for (int round = 0; round < 20; ++round) {
-        std::this_thread::sleep_for(50ms);
-        known.send(get("/ping"));
-        EXPECT_THAT(known.readAnswer(), HasSubstr("pong"));
-    }
-    EXPECT_LT(std::clock() - begun, CLOCKS_PER_SEC / 4) << "it tries again and again";
-    EXPECT_FALSE(waiting.hasEnded());
-    EXPECT_EQ(waiting.unread(), "");
-    if (!isSanitized()) {  // a sanitizer needs descriptors to look at memory
-        known.send(post("/upload", "Content-Length: 3\r\n", "abc"));
-        EXPECT_THAT(known.readAnswer(), StartsWith("HTTP/1.1 507 "));
-    }
-    ASSERT_EQ(::setrlimit(RLIMIT_NOFILE, &usual), 0);
-    EXPECT_THAT(waiting.readAnswer(), HasSubstr("pong"));
-    EXPECT_THAT(ask(post("/upload", "Content-Length: 3\r\n", "abc")), StartsWith("HTTP/1.1 201 "));
-}
-
 TEST(HttpPaceTest, EachSpanStandsForItself) {
     const Limits limits;
     const Pace::Time start{};
@@ -464,29 +238,6 @@ TEST(HttpPaceTest, EachSpanStandsForItself) {
     EXPECT_FALSE(pace.isTooSlow(start + 10s, 100'000'000, limits));
     EXPECT_TRUE(pace.isTooSlow(start + 15s, 100'005'000, limits)) << "it was quick once";
 }
-
-TEST_F(HttpServerTest, WhoWaitsMakesRoomForWhoAsks) {
-    options.limits.connectionsPerAddress = 3;
-    options.limits.headTime = 10min;
-    start();
-    HttpClient first(server->port());
-    ASSERT_TRUE(comesTrue([&] { return server->counts().connections == 1; }));
-    HttpClient second(server->port()), third(server->port());
-    ASSERT_TRUE(comesTrue([&] { return server->counts().connections == 3; }));
-    expectPong();
-    EXPECT_TRUE(comesTrue([&] { return first.hasEnded(); }));
-
-    std::vector<std::unique_ptr<HttpClient>> busy;
-    for (int i = 0; i < 3; ++i) {
-        busy.push_back(std::make_unique<HttpClient>(server->port()));
-        busy.back()->send(get("/slow"));
-        ASSERT_TRUE(comesTrue([&] { return site.countOf(site.waiting) == busy.size(); }));
-    }
-    EXPECT_EQ(ask(get("/ping")), "");
-    EXPECT_FALSE(busy[0]->hasEnded());
-    EXPECT_GE(server->counts().refusals, 1u);
-}
-
 TEST_F(HttpServerTest, AnUploadIsThereWhenItIsWholeAndGoneWhenItIsCut) {
     start();
     const std::string bytes(300'000, 'x');
@@ -627,56 +378,6 @@ TEST_F(HttpServerTest, IsAnsweredLaterFromAnotherThreadOnce) {
     site.waiting[4].answer(Answer::text(200, "too late"));
     EXPECT_EQ(last.readToEnd(), "");
 }
-
-TEST_F(HttpServerTest, TwoHundredStreamsHearEverythingAndASlowOneIsDropped) {
-    constexpr size_t count = 200;
-    options.limits.streams = count + 1;
-    options.limits.streamBytes = 100'000;
-    options.limits.streamPulse = 1s;
-    start();
-    std::vector<std::unique_ptr<HttpClient>> clients;
-    for (size_t i = 0; i < count; ++i) {
-        clients.push_back(std::make_unique<HttpClient>(server->port()));
-        clients.back()->send(get("/events", i == 0 ? "Last-Event-ID: 41\r\n" : ""));
-        EXPECT_THAT(clients.back()->readUntil("\r\n\r\n"), HasSubstr("text/event-stream"));
-    }
-    EXPECT_EQ(site.lastIds[0], "41");
-    auto slow = std::make_unique<HttpClient>(server->port(), 4096);
-    slow->send(get("/events"));
-    ASSERT_TRUE(comesTrue([&] { return server->counts().streams == count + 1; }));
-    EXPECT_THAT(ask(get("/events")), StartsWith("HTTP/1.1 503 "));
-
-    const EventStream toSlow = site.streams[count];
-    const std::string much(10'000, 'x');
-    int sent = 0;
-    while (sent < 10'000 && toSlow.send({much, "", ""})) ++sent;
-    EXPECT_GE(sent, 9) << "what fits is kept";
-    EXPECT_LT(sent, 10'000);
-    EXPECT_TRUE(comesTrue([&] { return !toSlow.isOpen(); }));
-
-    for (int i = 0; i < 30; ++i) {
-        ASSERT_TRUE(site.streams[1].send({much, "", ""})) << "what was taken counts no more";
-        EXPECT_EQ(clients[1]->readUntil("\n\n"), "data: " + much + "\n\n");
-    }
-
-    for (size_t i = 0; i < count; ++i) {
-        EXPECT_TRUE(site.streams[i].send({"one\ntwo\r\n", "job", "42", 2000ms}));
-        EXPECT_THROW(site.streams[i].send({"", "a\nb", ""}), Error);
-    }
-    for (const auto& client : clients)
-        EXPECT_EQ(client->readUntil("\n\n"),
-                  "retry: 2000\nid: 42\nevent: job\ndata: one\ndata: two\ndata: \n\n");
-    EXPECT_EQ(clients[0]->readUntil(":\n\n"), ":\n\n");
-    expectPong();
-
-    const int before = site.closedStreams;
-    clients.pop_back();
-    EXPECT_TRUE(comesTrue([&] { return site.closedStreams == before + 1; }));
-    site.streams[0].send({"last", "", ""});
-    site.streams[0].close();
-    EXPECT_THAT(clients[0]->readToEnd(), testing::EndsWith("data: last\n\n"));
-}
-
 TEST_F(HttpServerTest, StopLetsEndWhatRunsAndCutsWhatDoesNotEnd) {
     for (const bool ends : {true, false}) {
         site.waiting.clear();
