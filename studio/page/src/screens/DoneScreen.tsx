@@ -129,6 +129,8 @@ export function DoneScreen({ id }: { id: string }) {
     }
   };
 
+  // A code that names this machine alone would lead a phone to itself.
+  const isReached = settings?.pairing || !/^(127\.|localhost$|\[::1)/.test(location.hostname);
   const title = video?.title || video?.template?.title || t('done.title');
   const again = (work: (video: Video) => Promise<void>) => video && work(video).catch(sayProblem);
 
@@ -233,8 +235,14 @@ export function DoneScreen({ id }: { id: string }) {
       </div>
       {dialog === 'qr' && (
         <Dialog title={t('done.qr')} onClose={() => setDialog('')}>
-          <img class="qr" src={address(`/videos/${id}/qr.svg`)} alt={t('done.qrAlt')} />
-          <p>{t('done.qrText')}</p>
+          {isReached ? (
+            <>
+              <img class="qr" src={address(`/videos/${id}/qr.svg`)} alt={t('done.qrAlt')} />
+              <p>{t('done.qrText')}</p>
+            </>
+          ) : (
+            <p>{t('done.qrAlone')}</p>
+          )}
         </Dialog>
       )}
       {dialog === 'delete' && video && (
