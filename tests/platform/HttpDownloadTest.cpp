@@ -207,8 +207,10 @@ TEST_F(HttpDownloadTest, ATricklingServerIsGivenUp) {
     EXPECT_EQ(failure(slow.url()), ErrorKind::Transient);
     EXPECT_THAT(message, HasSubstr("too slow"));
 
+    // What was measured is a second old at times: quick enough has to be told from that.
     options.minBytesPerSecond = 20;
-    FaultyServer quickEnough({{ok(std::string(300, 'x')), false, 200}});
+    options.stallSeconds = 2;
+    FaultyServer quickEnough({{ok(std::string(600, 'x')), false, 200}});
     EXPECT_EQ(failure(quickEnough.url()), std::nullopt);
 
     options.minBytesPerSecond = 1;

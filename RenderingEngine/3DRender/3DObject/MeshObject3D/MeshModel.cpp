@@ -87,7 +87,8 @@ MeshModel::MeshModel(const std::string& path, platform::FileGate& gate) : file_(
                 box_.add(glm::vec3(pose_[node] * glm::vec4(at, 1)));
             }
         }
-    std::ranges::stable_partition(parts_, [](const Part& part) { return part.material->isOpaque; });
+    std::stable_partition(parts_.begin(), parts_.end(),
+                          [](const Part& part) { return part.material->isOpaque; });
 }
 
 void MeshModel::readMaterials() {
