@@ -21,6 +21,9 @@ class RateLimit {
         return ++tries.count <= most_;
     }
 
+    /// Those of `who` do not count any more.
+    void forgive(const std::string& who) { tries_.erase(who); }
+
     std::chrono::seconds span() const { return span_; }
 
   private:

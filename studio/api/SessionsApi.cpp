@@ -117,6 +117,7 @@ Answer SessionsApi::forget(const ApiRequest& request) {
 
 void SessionsApi::begin(ApiRequest& request, Responder& responder) {
     const Session session = admit(request);
+    tries_.forgive(request.head.peer);
     const std::string secret = sessions_.addSecret(session);
     responder.answer(
         json(201, who(session, Gate::pageToken(secret)))

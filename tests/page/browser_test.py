@@ -19,6 +19,8 @@ import time
 import unittest
 import zlib
 
+from selenium.common.exceptions import TimeoutException
+
 from studio import Browser, Studio
 
 PHONE = (390, 844, True)
@@ -77,6 +79,14 @@ class PageTest(unittest.TestCase):
     @classmethod
     def tearDownClass(cls):
         cls.studio.close()
+
+    def _callTestMethod(self, method):
+        """Once more, in another browser, where a browser itself has hung."""
+        try:
+            method()
+        except TimeoutException as hang:
+            print(f"a browser hung, once more: {hang.msg}", flush=True)
+            method()
 
     def browser(self, width, height, is_phone=False):
         browser = Browser(width, height, is_phone)

@@ -73,6 +73,7 @@ class Browser:
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
         self.driver = webdriver.Chrome(service=Service(shutil.which("chromedriver")), options=options)
         self.driver.set_script_timeout(PATIENCE)
+        self.driver.set_page_load_timeout(PATIENCE)  # how long it waits for a page that does not answer, too
         self.resize(width, height, is_phone)
         self.look(is_dark=False)
 
@@ -90,13 +91,9 @@ class Browser:
         """Light or dark; without motion, so that a picture of the page is one of its end."""
         features = {"prefers-color-scheme": "dark" if is_dark else "light", "prefers-reduced-motion": "reduce"}
         self.devtools("Emulation.setEmulatedMedia", features=[dict(name=n, value=v) for n, v in features.items()])
-        drawn = """
-            const done = arguments[1];
-            const look = () => matchMedia('(prefers-color-scheme: dark)').matches === arguments[0]
-              ? requestAnimationFrame(() => setTimeout(done, 50))
-              : requestAnimationFrame(look);
-            look();"""
-        self.driver.execute_async_script(drawn, is_dark)
+        matches = "return matchMedia('(prefers-color-scheme: dark)').matches"
+        self.wait("the other look", lambda: (self.run(matches) == is_dark) or None)
+        time.sleep(0.15)
 
     def open(self, address):
         self.driver.get(address)
