@@ -47,7 +47,7 @@ STAGES = [
 HANGS = [("jpeg_read_header", "photo"), ("avformat_open_input", "make"), ("avcodec_send_packet", "make"),
          ("avcodec_send_frame", "make"), ("inflate", "install"), ("syncfs", "install"), ("inflate", "show"), ("inflate", "check"),
          ("jpeg_read_header", "pack"), ("jpeg_read_header", "publish"), ("plist_from_xml", "list"),
-         ("plist_from_xml", "remove"), ("curl_easy_perform", "update")]
+         ("curl_easy_perform", "update")]
 
 
 class Job:
