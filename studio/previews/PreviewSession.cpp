@@ -26,6 +26,7 @@ namespace {
 
 constexpr std::chrono::milliseconds kMomentsPatience{700};  // an answer waits for them no longer
 constexpr size_t kMostFrames = 400;                         // of a strip that is kept
+constexpr int kMostLost = 2;                                // programs that are gone before one is told
 
 Error errorOf(const Value& said) {
     const auto code = said.integer("code");
@@ -71,19 +72,20 @@ std::unique_ptr<HeldProgram> PreviewSession::dropProgram() {
 
 void PreviewSession::failAll(const Problem& problem) {
     for (Responder& each : std::exchange(opens_, {})) each.answer(answerOf(problem));
-    for (auto& [id, each] : std::exchange(stills_, {})) each.answer(answerOf(problem));
+    for (auto& [id, each] : std::exchange(stills_, {})) each.responder.answer(answerOf(problem));
     if (strip_) endStrip(false);
 }
 
 // What is asked
 
 void PreviewSession::start(const Value& media) {
+    media_ = media;
     program_ = makeProgram_();
     program_->listen([this](const Value& line, const std::string& bytes) { hear(line, bytes); },
                      [this](const ChildProgram::End& ended) { end(ended); });
     ask({{"do", stillTalk::kOpen},
          {"template", opening_.facts.source},
-         {"values", media},
+         {"values", media_},
          {"width", opening_.width},
          {"folder", opening_.folder.string()}});
     if (!opening_.moments) ask({{"do", stillTalk::kMoments}, {"id", ++lastId_}});
@@ -132,8 +134,11 @@ void PreviewSession::still(const Value& values, int64_t frame, Responder& respon
     values_ = values;
     if (!program_) start(media);
     const int64_t id = ++lastId_;
-    stills_.emplace(id, std::move(responder));
-    ask({{"do", stillTalk::kStill}, {"id", id}, {"frame", frame}, {"values", media}});
+    askStill(id, stills_.emplace(id, Still{std::move(responder), frame, media}).first->second);
+}
+
+void PreviewSession::askStill(int64_t id, const Still& still) {
+    ask({{"do", stillTalk::kStill}, {"id", id}, {"frame", still.frame}, {"values", still.media}});
 }
 
 void PreviewSession::strip(int64_t every, platform::http::EventStream stream) {
@@ -141,9 +146,13 @@ void PreviewSession::strip(int64_t every, platform::http::EventStream stream) {
     if (strip_) endStrip(false);
     if (!program_) start(mediaOf(values_));
     frames_.clear();
-    strip_ = Strip{++lastId_, std::move(stream)};
     const auto least = static_cast<int64_t>(opening_.facts.frames / static_cast<int64_t>(kMostFrames)) + 1;
-    ask({{"do", stillTalk::kStrip}, {"id", strip_->id}, {"every", std::max(every, least)}});
+    strip_ = Strip{++lastId_, std::max(every, least), std::move(stream)};
+    askStrip();
+}
+
+void PreviewSession::askStrip() {
+    ask({{"do", stillTalk::kStrip}, {"id", strip_->id}, {"every", strip_->every}});
 }
 
 const std::string* PreviewSession::frame(int64_t number) const {
@@ -223,8 +232,9 @@ void PreviewSession::endStrip(bool isWhole) {
 void PreviewSession::answerStill(int64_t id, Answer answer) {
     const auto found = stills_.find(id);
     if (found == stills_.end()) return;
-    found->second.answer(std::move(answer));
+    found->second.responder.answer(std::move(answer));
     stills_.erase(found);
+    lost_ = 0;
 }
 
 void PreviewSession::answerOpens() {
@@ -232,13 +242,22 @@ void PreviewSession::answerOpens() {
         each.answer(json(201, value()).with("Location", "/api/v1/previews/" + opening_.id));
 }
 
-/// It never ends by itself but for a fault.
+/// It never ends by itself but for a fault. The next one may be gone as well: the one that waits ahead dies
+/// of the same want of memory.
 void PreviewSession::end(const ChildProgram::End& ended) {
     program_.reset();
     opened_ = {};
     const bool isTheirs = ended.exitCode == static_cast<int>(ErrorKind::Template) ||
                           ended.exitCode == static_cast<int>(ErrorKind::Input);
-    failAll(isTheirs && ended.error ? problemOf(ended.error) : lost());
+    if (isTheirs && ended.error) return failAll(problemOf(ended.error));
+    if (++lost_ > kMostLost) return failAll(lost());
+    if (isBusy() || strip_) askAgain();
+}
+
+void PreviewSession::askAgain() {
+    start(Value(media_));
+    for (const auto& [id, still] : stills_) askStill(id, still);
+    if (strip_) askStrip();
 }
 
 }  // namespace multiscene::studio

@@ -66,8 +66,20 @@ class PreviewSession {
     void setOnMoments(std::function<void(const Moments&)> call) { onMoments_ = std::move(call); }
 
   private:
+    struct Still {
+        platform::http::Responder responder;
+        int64_t frame = 0;
+        platform::Value media;
+    };
+    struct Strip {
+        int64_t id = 0, every = 1;
+        platform::http::EventStream stream;
+    };
+
     void start(const platform::Value& media);
     void ask(platform::Value::Dictionary line);
+    void askStill(int64_t id, const Still& still);
+    void askStrip();
     void hear(const platform::Value& line, const std::string& bytes);
     void hearOpened(const platform::Value& line);
     void hearMoments(const platform::Value& line);
@@ -75,6 +87,7 @@ class PreviewSession {
     void answerStill(int64_t id, platform::http::Answer answer);
     void answerOpens();
     void end(const ChildProgram::End& end);
+    void askAgain();
     void failAll(const Problem& problem);
     void endStrip(bool isWhole);
     platform::Value mediaOf(const platform::Value& values);
@@ -86,15 +99,13 @@ class PreviewSession {
     std::unique_ptr<HeldProgram> program_;
     platform::Value opened_;  ///< what the program said
     platform::Value values_;  ///< the latest that were asked with
+    platform::Value media_;   ///< that the program was started with
     std::function<std::unique_ptr<HeldProgram>()> makeProgram_;
     std::function<void(const Moments&)> onMoments_;
     std::vector<platform::http::Responder> opens_;
-    std::map<int64_t, platform::http::Responder> stills_;
+    std::map<int64_t, Still> stills_;
     int64_t lastId_ = 0;
-    struct Strip {
-        int64_t id = 0;
-        platform::http::EventStream stream;
-    };
+    int lost_ = 0;  ///< programs, since the last picture
     std::optional<Strip> strip_;
     std::map<int64_t, std::string> frames_;
     Clock::time_point usedAt_ = Clock::now();
