@@ -1,5 +1,5 @@
 // A value that components watch.
-import { useEffect, useState } from 'preact/hooks';
+import { useEffect, useRef, useState } from 'preact/hooks';
 
 export class Store<T extends object> {
   private readonly watchers = new Set<() => void>();
@@ -19,17 +19,17 @@ export class Store<T extends object> {
   use<S>(select: (value: T) => S): S {
     const selected = select(this.value);
     const [, redraw] = useState({});
+    const drawn = useRef({ select, selected });
+    drawn.current = { select, selected };
+    // Once, not after each drawing: an effect that asks for a drawing while another one of its component throws would
+    // be run again without end.
     useEffect(() => {
-      let last = selected;
       const look = () => {
-        const now = select(this.value);
-        if (Object.is(now, last)) return;
-        last = now;
-        redraw({});
+        if (!Object.is(drawn.current.select(this.value), drawn.current.selected)) redraw({});
       };
       look();
       return this.watch(look);
-    });
+    }, [this]);
     return selected;
   }
 }

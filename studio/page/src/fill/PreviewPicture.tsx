@@ -17,7 +17,8 @@ export function PreviewPicture({ session, label, instead = null }: Properties) {
 
   useEffect(() => {
     const element = canvas.current;
-    if (!element || !source) return;
+    // A picture that the next one has replaced already is closed, and has no width.
+    if (!element || !source?.width) return;
     if (element.width !== source.width || element.height !== source.height) {
       element.width = source.width;
       element.height = source.height;
