@@ -189,7 +189,9 @@ void Studio::Core::makeResources() {
     add(std::make_unique<SystemApi>(
         parts, router, origins, pairing.get(), [this] { return pairingUrl(pairing->code()); },
         [this] { return book->isTimelineShared(); }));
-    add(std::make_unique<SessionsApi>(parts, origins, *key, pairing.get()));
+    auto entrance = std::make_unique<SessionsApi>(parts, origins, *key, pairing.get());
+    entrance->setOnRevoked([this](const std::string& session) { shop->events.end(session); });
+    add(std::move(entrance));
     shop = std::make_shared<Workshop>(
         parts, [this](int64_t id, const std::string& language) { return book->facts(id, language); });
     shop->queue.addListener([this](const Job& job, const platform::Value&) {

@@ -102,7 +102,9 @@ std::vector<Route> SessionsApi::routes() {
          .results = {{204, "", {}}},
          .handle =
              [this](ApiRequest& request, Responder& responder) {
-                 if (!sessions_.revoke(request.id())) throw notFound("session");
+                 const std::string session = request.id();
+                 if (!sessions_.revoke(session)) throw notFound("session");
+                 if (onRevoked_) onRevoked_(session);
                  responder.answer(Answer(204));
              }},
     };

@@ -1,5 +1,9 @@
 #pragma once
 
+#include <functional>
+#include <string>
+#include <utility>
+
 #include "studio/Parts.h"
 #include "studio/access/Gate.h"
 #include "studio/access/Pairing.h"
@@ -16,6 +20,8 @@ class SessionsApi : public Resource {
     SessionsApi(const Parts& parts, const Origins& origins, StartKey& key, Pairing* pairing);
 
     std::vector<Route> routes() override;
+    /// Called with the session of whoever is let in no more.
+    void setOnRevoked(std::function<void(const std::string& session)> call) { onRevoked_ = std::move(call); }
 
   private:
     platform::http::Answer forget(const ApiRequest& request);
@@ -29,6 +35,7 @@ class SessionsApi : public Resource {
     StartKey& key_;
     Pairing* pairing_;
     RateLimit tries_, triesOfAll_;
+    std::function<void(const std::string&)> onRevoked_;
 };
 
 }  // namespace multiscene::studio

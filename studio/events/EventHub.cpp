@@ -93,6 +93,14 @@ void EventHub::listen(const About& about, const std::string& lastId, platform::h
     });
 }
 
+void EventHub::end(const std::string& session) {
+    listeners_.remove_if([&](const Listener& listener) {
+        if (listener.about.session != session) return false;
+        listener.stream.close();
+        return true;
+    });
+}
+
 void EventHub::stop() {
     for (const Listener& listener : listeners_) listener.stream.close();
     listeners_.clear();

@@ -35,6 +35,8 @@ class EventHub {
     void listen(const About& about, const std::string& lastId, platform::http::EventStream stream,
                 const std::function<platform::Value::Array()>& snapshot);
 
+    /// Ends the streams of a session.
+    void end(const std::string& session);
     /// Ends all streams.
     void stop();
     std::size_t listeners() const { return listeners_.size(); }

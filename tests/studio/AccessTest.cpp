@@ -147,12 +147,17 @@ TEST_F(AccessTest, heedsTokensAndTheirScopes) {
     }
     EXPECT_THAT(contentOf(home / "studio" / "studio.db") + contentOf(home / "studio" / "studio.db-wal"),
                 Not(HasSubstr(maker.bearer)));
+    platform::test::HttpClient hearing(studio->port());
+    hearing.send("GET /api/v1/events HTTP/1.1\r\n" + hostLine() + maker.lines() + "\r\n");
+    EXPECT_THAT(hearing.readUntil("\r\n\r\n"), HasSubstr(" 200 "));
     const platform::Value all = get("/api/v1/sessions", admin).json();
     for (const platform::Value& each : all.array("sessions")) {
         if (each.string("name") != "maker") continue;
         EXPECT_EQ(ask("DELETE", "/api/v1/sessions/" + each.string("id"), admin).status, 204);
     }
     EXPECT_EQ(get("/api/v1/settings", maker).status, 401);
+    hearing.readToEnd();
+    EXPECT_TRUE(hearing.hasEnded()) << "who is let in no more hears nothing more";
     EXPECT_EQ(get("/api/v1/settings", reader).status, 200);
 }
 
