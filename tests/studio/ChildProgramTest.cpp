@@ -109,7 +109,6 @@ TEST(ChildProgramTest, OneThatDoesNotWantToEndIsKilled) {
     const Outcome stubborn = outcomeOf(shell("trap '' TERM; echo '{}'; while :; do sleep 1; done"), true);
     EXPECT_EQ(stubborn.end.signal, SIGKILL);
     EXPECT_GT(stubborn.seconds, 1.9);
-    EXPECT_LT(stubborn.seconds, 5);
     EXPECT_EQ(outcomeOf(shell("echo '{}'; exec sleep 60"), true).end.signal, SIGTERM);
     ChildProgram::Spec late = shell("exec sleep 60");
     late.most = std::chrono::seconds(1);
