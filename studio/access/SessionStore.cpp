@@ -161,10 +161,7 @@ std::vector<SessionStore::Known> SessionStore::known() {
 
 bool SessionStore::revoke(const std::string& id) {
     const std::lock_guard lock(mutex_);
-    Statement row = database_.prepare("SELECT 1 FROM credential WHERE session = ?");
-    if (!row.bind(1, id).step()) return false;
-    database_.prepare("DELETE FROM credential WHERE session = ?").bind(1, id).step();
-    return true;
+    return database_.prepare("DELETE FROM credential WHERE session = ? RETURNING session").bind(1, id).step();
 }
 
 std::string SessionStore::rating(const Session& session) {

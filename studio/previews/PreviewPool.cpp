@@ -88,13 +88,18 @@ std::unique_ptr<HeldProgram> PreviewPool::takeProgram() {
     std::unique_ptr<HeldProgram> taken = std::move(ahead_);
     if (!taken || taken->hasEnded()) taken = std::make_unique<HeldProgram>(parts_);
     parts_.timers.after(kStartNext, [this, alive = isAlive_] {
-        if (*alive && !ahead_ && !sessions_.empty()) ahead_ = std::make_unique<HeldProgram>(parts_);
+        if (!*alive || ahead_ || sessions_.empty()) return;
+        try {
+            ahead_ = std::make_unique<HeldProgram>(parts_);
+        } catch (const std::exception&) {
+            // Whoever needs one starts it.
+        }
     });
     return taken;
 }
 
 void PreviewPool::letGo(std::unique_ptr<HeldProgram> program) {
-    if (!program) return;
+    if (!program || program->hasEnded()) return;  // nobody would say that it has gone
     HeldProgram* const leaving = program.get();
     leaving_.emplace(leaving, std::move(program));
     leaving->leave([this, leaving] { leaving_.erase(leaving); });

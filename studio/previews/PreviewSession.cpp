@@ -251,7 +251,13 @@ void PreviewSession::end(const ChildProgram::End& ended) {
                           ended.exitCode == static_cast<int>(ErrorKind::Input);
     if (isTheirs && ended.error) return failAll(problemOf(ended.error));
     if (++lost_ > kMostLost) return failAll(lost());
-    if (isBusy() || strip_) askAgain();
+    if (!isBusy() && !strip_) return;
+    try {
+        askAgain();
+    } catch (const std::exception&) {  // not even a connection to one
+        program_.reset();
+        failAll(lost());
+    }
 }
 
 void PreviewSession::askAgain() {

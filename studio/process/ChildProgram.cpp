@@ -17,20 +17,22 @@ class ChildProgram::Run {
         : queue_(queue), line_(std::move(line)), ended_(std::move(ended)) {}
 
     void start(const std::shared_ptr<Run>& self, Spec spec) {
-        child_ = std::make_unique<ChildRun>(
-            std::move(spec),
-            [this, self](std::vector<platform::Value> lines) { deliver(self, std::move(lines)); });
-        thread_ = std::thread([this, self] {
-            const End end = child_->run();
-            queue_.async([this, self, end] {
-                if (isClosed_) return;
-                const Ended ended = std::move(ended_);
-                ended(end);
-            });
-        });
+        try {
+            child_ = std::make_unique<ChildRun>(
+                std::move(spec),
+                [this, self](std::vector<platform::Value> lines) { deliver(self, std::move(lines)); });
+            thread_ = std::thread([this, self] { tellEnd(self, child_->run()); });
+        } catch (const std::exception& failure) {
+            // No more files or threads: that is heard in its turn, as is what goes wrong a moment later.
+            End end;
+            end.fault = failure.what();
+            tellEnd(self, end);
+        }
     }
 
-    void cancel() { child_->cancel(); }
+    void cancel() {
+        if (child_) child_->cancel();
+    }
 
     /// The queue.
     void close() {
@@ -41,11 +43,19 @@ class ChildProgram::Run {
             isWaiting_ = false;
         }
         delivered_.notify_one();
-        thread_.join();
+        if (thread_.joinable()) thread_.join();
         child_.reset();
     }
 
   private:
+    void tellEnd(const std::shared_ptr<Run>& self, const End& end) {
+        queue_.async([this, self, end] {
+            if (isClosed_) return;
+            const Ended ended = std::move(ended_);
+            ended(end);
+        });
+    }
+
     /// The thread: waits until they were taken, so that a program that never stops talking is not heard
     /// faster than it is listened to.
     void deliver(const std::shared_ptr<Run>& self, std::vector<platform::Value> lines) {

@@ -43,8 +43,8 @@ class ChildProgram {
     using Line = std::function<void(const platform::Value&)>;
     using Ended = std::function<void(const End&)>;
 
-    /// Lines that hold no object are passed over. `ended` is called once, after all lines, and may destroy
-    /// the object; a call may make others.
+    /// Lines that hold no object are passed over. `ended` is called once, after all lines, also when nothing
+    /// could be started, and may destroy the object; a call may make others.
     ChildProgram(platform::DispatchQueue& queue, Spec spec, Line line, Ended ended);
     /// Ends it as cancel() does, and waits for that. Nothing is called any more.
     ~ChildProgram();

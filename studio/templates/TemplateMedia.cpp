@@ -35,8 +35,8 @@ std::string stateOf(const BookedTemplate& booked) {
 
 int evenHeight(const Value& told) {
     const double width = std::max(told["width"].doubleValue(), 1.0);
-    return std::clamp(2 * static_cast<int>(told["height"].doubleValue() * kWidth / width / 2), 16,
-                      4 * kWidth);
+    const double half = told["height"].doubleValue() * kWidth / width / 2;
+    return 2 * static_cast<int>(std::clamp(half, 8.0, 2.0 * kWidth));
 }
 
 std::vector<std::string> wordsOfSample(const BookedTemplate& booked) {

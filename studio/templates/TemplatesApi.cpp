@@ -233,8 +233,9 @@ void TemplatesApi::detail(const ApiRequest& request, const Waiting& waiting) {
             if (line.string("event") == "finding" && findings->size() < kMostFindings)
                 findings->push_back(finding(line, folder));
         },
-        [this, waiting, booked, language, findings, folder](const ChildProgram::End&) {
-            judged_[folder] = {booked.told, *findings};
+        [this, waiting, booked, language, findings, folder](const ChildProgram::End& end) {
+            constexpr int faulty = static_cast<int>(platform::ErrorKind::Template);
+            if (end.exitCode == 0 || end.exitCode == faulty) judged_[folder] = {booked.told, *findings};
             waiting->answer(json(200, details(booked, language, *findings)));
         });
 }

@@ -1,5 +1,7 @@
 #include "studio/uploads/Intake.h"
 
+#include <algorithm>
+
 #include "platform/base/File.h"
 #include "platform/base/PrivateFolder.h"
 #include "studio/store/Sweep.h"
@@ -14,6 +16,8 @@ constexpr size_t kAtOnce = 2;
 constexpr std::chrono::seconds kMost{120};
 constexpr int kNiceness = 5;  // a page waits for it, but others draw
 constexpr const char* kOwn = "own";
+constexpr double kMostSeconds = 1e9;  // nothing lasts longer
+constexpr int kPassing = static_cast<int>(platform::ErrorKind::Transient);
 
 /// A name of a file in a folder, and of nothing else.
 bool isPlainName(const std::string& name) {
@@ -44,13 +48,19 @@ void Intake::next() {
     while (!waiting_.empty() && running_.size() < kAtOnce) {
         Work work = std::move(waiting_.front());
         waiting_.pop_front();
+        try {
+            platform::makePrivateFolder(work.folder / kOwn);
+        } catch (const platform::Error&) {
+            removeQuietly(work.folder);
+            work.done(std::nullopt, kPassing);
+            continue;
+        }
         start(std::move(work));
     }
 }
 
 void Intake::start(Work work) {
     const std::string id = work.upload.id;
-    platform::makePrivateFolder(work.folder / kOwn);
     ChildProgram::Spec spec = programRun(
         parts_.settings, {"intake", (work.folder / kOriginal).string(), (work.folder / kOwn).string()});
     spec.niceness = kNiceness;
@@ -70,7 +80,8 @@ void Intake::end(const std::string& id, const ChildProgram::End& ended) {
     std::optional<Upload> upload;
     if (ended.exitCode == 0 && ended.fault.empty()) upload = judged(work);
     if (!upload) removeQuietly(work.folder);
-    work.done(upload, ended.exitCode);
+    const bool neverRan = ended.exitCode < 0 && ended.signal == 0;
+    work.done(upload, neverRan ? kPassing : ended.exitCode);
     next();
 }
 
@@ -89,7 +100,8 @@ std::optional<Upload> Intake::judged(const Work& work) {
     }
     upload.width = work.found.integer("width");
     upload.height = work.found.integer("height");
-    upload.milliseconds = static_cast<int64_t>(work.found["seconds"].doubleValue() * 1000);
+    const double seconds = std::clamp(work.found["seconds"].doubleValue(), 0.0, kMostSeconds);
+    upload.milliseconds = static_cast<int64_t>(seconds * 1000);
     upload.hasProxy = platform::isFile(work.folder / kProxy);
     return upload;
 }

@@ -120,12 +120,20 @@ void UploadStore::removeThose(const std::string& condition, int64_t number, cons
 
 void UploadStore::sweep(std::chrono::seconds age) {
     std::set<std::string> known;
-    Statement rows = database_.prepare("SELECT id FROM upload");
-    while (rows.step())
-        if (platform::isFolder(folderOf(rows.text("id")))) known.insert(rows.text("id"));
-    for (Statement all = database_.prepare("SELECT id FROM upload"); all.step();)
-        if (!known.contains(all.text("id")))
-            database_.prepare("DELETE FROM upload WHERE id = ?").bind(1, all.text("id")).step();
+    std::vector<std::string> lost;
+    {
+        // Nothing can be written while this is open and another connection has written meanwhile.
+        Statement rows = database_.prepare("SELECT id FROM upload");
+        while (rows.step()) {
+            const std::string id = rows.text("id");
+            if (platform::isFolder(folderOf(id)))
+                known.insert(id);
+            else
+                lost.push_back(id);
+        }
+    }
+    for (const std::string& id : lost)
+        database_.prepare("DELETE FROM upload WHERE id = ?").bind(1, id).step();
     removeUnknown(
         folder_, [&](const std::string& name) { return known.contains(name); }, age);
 }

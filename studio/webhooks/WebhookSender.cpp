@@ -66,7 +66,7 @@ void WebhookSender::next() {
         if (!due || *due <= now || (wakesAt_ > now && wakesAt_ <= *due)) return;
         wakesAt_ = *due;
         parts_.timers.after(std::chrono::milliseconds(*due - now + 1), [this] { next(); });
-    } catch (const platform::Error& failure) {
+    } catch (const std::exception& failure) {
         platform::log::info(std::string("studio: webhooks: ") + failure.what());
         parts_.timers.after(std::chrono::minutes(1), [this] { next(); });
     }
@@ -85,25 +85,25 @@ platform::DispatchQueue& WebhookSender::threadOf(const std::string& webhook) {
 }
 
 void WebhookSender::send(const Delivery& delivery, const std::string& secret) {
+    platform::DispatchQueue& thread = threadOf(delivery.webhook.empty() ? delivery.url : delivery.webhook);
     underWay_.insert(delivery.id);
     platform::HttpPost post{.url = delivery.url,
                             .body = delivery.body,
                             .headers = signedHeaders(secret, delivery.id, nowMs() / kSecond, delivery.body),
                             .reachesPrivate = isAllowed(delivery.url),
                             .isCancelled = [this] { return isStopped_.load(); }};
-    threadOf(delivery.webhook.empty() ? delivery.url : delivery.webhook)
-        .async([this, delivery, post = std::move(post)] {
-            Outcome outcome;
-            if (isStopped_) return;
-            try {
-                outcome.status = platform::send(post);
-            } catch (const platform::Error& failure) {
-                if (failure.kind() == platform::ErrorKind::Cancelled) return;
-                outcome.message = failure.message();
-                outcome.isRefused = failure.kind() != platform::ErrorKind::Transient;
-            }
-            parts_.queue.async([this, delivery, outcome] { heard(delivery, outcome); });
-        });
+    thread.async([this, delivery, post = std::move(post)] {
+        Outcome outcome;
+        if (isStopped_) return;
+        try {
+            outcome.status = platform::send(post);
+        } catch (const platform::Error& failure) {
+            if (failure.kind() == platform::ErrorKind::Cancelled) return;
+            outcome.message = failure.message();
+            outcome.isRefused = failure.kind() != platform::ErrorKind::Transient;
+        }
+        parts_.queue.async([this, delivery, outcome] { heard(delivery, outcome); });
+    });
 }
 
 void WebhookSender::heard(Delivery delivery, const Outcome& outcome) {

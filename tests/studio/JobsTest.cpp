@@ -1,3 +1,5 @@
+#include <pthread.h>
+
 #include "studio/access/SessionStore.h"
 #include "studio/jobs/JobOrder.h"
 #include "studio/videos/VideoLinks.h"
@@ -199,6 +201,42 @@ TEST_F(JobsTest, OneThatIsInterruptedIsTriedThriceAndNoMore) {
     const Value japanese = get("/api/v1/jobs/" + failed.string("id") + "?lang=ja", me).json();
     EXPECT_THAT(japanese["problem"].string("title") + japanese["problem"].string("detail"),
                 HasSubstr("中断"));
+}
+
+/// While it lives no thread can be started: none has room for its stack.
+class NoThreads {
+  public:
+    NoThreads() {
+        pthread_getattr_default_np(&usual_);
+        pthread_attr_t huge;
+        pthread_attr_init(&huge);
+        pthread_attr_setstacksize(&huge, size_t{1} << 47);
+        EXPECT_EQ(pthread_setattr_default_np(&huge), 0);
+    }
+    ~NoThreads() { pthread_setattr_default_np(&usual_); }
+    NoThreads(const NoThreads&) = delete;
+    NoThreads& operator=(const NoThreads&) = delete;
+
+  private:
+    pthread_attr_t usual_;
+};
+
+TEST_F(JobsTest, OneForWhichNothingCanBeStartedIsTriedAgain) {
+    begin();
+    std::string id;
+    {
+        const NoThreads none;
+        id = submit(kSmall).string("id");
+        EXPECT_EQ(uploadBytes("x").status, 503) << "nobody can say that it is no photo";
+        for (int tries = 0; tries < 200 && job(id).integer("attempt") == 0; ++tries)
+            std::this_thread::sleep_for(std::chrono::milliseconds(10));
+        EXPECT_EQ(get("/api/v1/templates/1000", me).status, 200);
+    }
+    const Value done = waitFor(id);
+    EXPECT_EQ(done.string("state"), "done") << platform::jsonText(done);
+    EXPECT_GE(done.integer("attempt"), 2);
+    EXPECT_FALSE(uploadPicture().empty());
+    EXPECT_THAT(namesIn(studioFolder() / "jobs"), IsEmpty());
 }
 
 TEST_F(JobsTest, WhatTheProgramSaysIsTheProblem) {
