@@ -75,12 +75,28 @@ bool isRefused(const std::string& file) {
     return !mayWrite(file) || !mayWrite(folder) || ::access(folder.c_str(), F_OK) != 0;
 }
 
-/// SQLite takes a file for damaged, too, of which the disk does not give it what it asks for.
+/// Asked by the library's own file: who closes one of another's gives up the locks of all of them.
+bool isReadable(SQLite::Database& connection) {
+    sqlite3_file* opened = nullptr;
+    sqlite3_file_control(connection.getHandle(), "main", SQLITE_FCNTL_FILE_POINTER, &opened);
+    if (!opened || !opened->pMethods) return false;
+    char header[100];
+    const int result = opened->pMethods->xRead(opened, header, sizeof header, 0);
+    return result == SQLITE_OK || result == SQLITE_IOERR_SHORT_READ;
+}
+
+/// SQLite takes a file for damaged, too, of which the disk does not give it what it asks for, or did not give
+/// it once.
 bool isUnread(int code, const std::string& file) {
     if ((code & 0xff) != SQLITE_CORRUPT && (code & 0xff) != SQLITE_NOTADB) return false;
-    char header[100];
-    const FileHandle opened = openFile(file, O_RDONLY);
-    return opened ? ::pread(opened.descriptor(), header, sizeof header, 0) < 0 : isPassing(errno);
+    try {
+        SQLite::Database again(file, SQLite::OPEN_READWRITE);
+        if (!isReadable(again)) return true;
+        return again.execAndGet("PRAGMA quick_check(1)").getString() == "ok";
+    } catch (const SQLite::Exception& failure) {
+        const int found = failure.getErrorCode();
+        return isPassingCode(found) || (isUnwritable(found) && !isRefused(file));
+    }
 }
 
 [[noreturn]] void rethrow(const SQLite::Exception& failure, const std::string& file) {
