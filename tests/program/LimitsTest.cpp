@@ -58,9 +58,7 @@ TEST(LimitsTableTest, EveryLimitIsTried) {
         // by what it leads to, in LetterTest and TextureTest
         "maxLetterCorners", "maxTextBitmapSide",
         // whole files, all of which one function reads: maxMediaFileBytes tries it
-        "maxTrackBytes", "maxThumbnailBytes", "maxCatalogueBytes",
-        // not at all at the limit, where a picture takes 150 MB
-        "maxFilmPixels"};
+        "maxTrackBytes", "maxThumbnailBytes", "maxCatalogueBytes"};
     for (const Trial& trial : all()) EXPECT_TRUE(tried.emplace(trial.limit).second) << trial.limit;
     for (const platform::Limit& limit : platform::limits::kAll)
         EXPECT_EQ(tried.erase(std::string(limit.name)), 1u) << limit.name;

@@ -147,6 +147,12 @@ std::vector<Trial> soundAndFilmTrials() {
                     [](uint64_t codePoints) { return "a" + repeated("\u0301", codePoints - 1); }),
         ofFilm("maxFilmSide", {"a.mov"}, false,
                [=](uint64_t side) { return color(std::to_string((side + 1) / 2 * 2) + "x2", "10", 1); }),
+        ofFilm("maxFilmPixels", {"a.mov"}, false,
+               [=](uint64_t pixels) {  // of an even width, as such films have
+                   const uint64_t height = 4608, pair = 2 * height;
+                   return color(std::to_string((pixels + pair - 1) / pair * 2) + "x" + std::to_string(height),
+                                "10", 1);
+               }),
         ofFilm("maxPictureSeconds", {"a.mov"}, false,
                [=](uint64_t seconds) { return color("16x16", "1/" + std::to_string(seconds), 4 * seconds); }),
         ofFilm("maxUserFilmSeconds", {"a.mov"}, true,
