@@ -85,6 +85,7 @@ class StudioCommand : public Command {
         settings_.pairing = [&](const std::string& code, const std::string& url) {
             if (isForSomebody(console)) tellPairing(console, code, url);
         };
+        settings_.notice = [&](const std::string& text) { console.jobNote(text); };
         Studio studio(settings_);
         tell(console, studio);
         if (settings_.opensPage) openPage(studio.openerFile());

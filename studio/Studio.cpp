@@ -25,6 +25,7 @@
 #include "studio/metrics/Metrics.h"
 #include "studio/page/PageApi.h"
 #include "studio/previews/PreviewsApi.h"
+#include "studio/store/StudioDatabase.h"
 #include "studio/templates/TemplatesApi.h"
 #include "studio/uploads/UploadsApi.h"
 #include "studio/videos/VideosApi.h"
@@ -42,13 +43,16 @@ namespace {
 constexpr std::chrono::seconds kMostSecondsToRead{4};
 constexpr const char *kAddress = "address", *kOpener = "open.html";
 
-FileLock lockFolders(const StudioFolders& folders) {
+/// The folders, with a database that this version knows.
+FileLock takeFolders(const StudioFolders& folders, const StudioSettings& settings) {
     folders.make();
     auto lock = FileLock::acquire(folders.studio / "lock");
     if (!lock)
         throw Error(ErrorKind::Failed,
                     "a studio runs already with these data; the address of its page is in this file",
                     (folders.studio / kAddress).string());
+    const std::string notice = prepareDatabase(folders);
+    if (!notice.empty() && settings.notice) settings.notice(folders.database.string() + ": " + notice);
     return std::move(*lock);
 }
 
@@ -137,7 +141,7 @@ struct Studio::Core {
 Studio::Core::Core(StudioSettings given)
     : settings(withoutSlash(std::move(given))),
       folders(settings.home),
-      lock(lockFolders(folders)),
+      lock(takeFolders(folders, settings)),
       sessions(folders.database),
       database(folders.database.string()),
       origins(settings.publicUrl),

@@ -21,6 +21,9 @@ struct StudioSettings {
     /// What is told when the pairing code changes, with the address that holds it. Studio queue.
     std::function<void(const std::string& code, const std::string& url)> pairing;
 
+    /// What whoever has started it should know.
+    std::function<void(const std::string& text)> notice;
+
     /// The program whose runs do the work, and the options that each of them is given (besides --home).
     std::filesystem::path program = "/proc/self/exe";
     std::vector<std::string> programOptions;

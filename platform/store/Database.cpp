@@ -103,6 +103,9 @@ bool isUnread(int code, const std::string& file) {
     const int code = isUnread(failure.getErrorCode(), file) ? SQLITE_IOERR : failure.getErrorCode();
     const bool passes = isPassingCode(code) || (isUnwritable(code) && !isRefused(file));
     const ErrorKind kind = passes ? ErrorKind::Transient : ErrorKind::Failed;
+    const int kindOfCode = code & 0xff;
+    if (kindOfCode == SQLITE_CORRUPT || kindOfCode == SQLITE_NOTADB)
+        throw DamagedDatabase(explanation(code, failure.what()), file);
     if (isUnwritable(code)) throw UnwritableDatabase(kind, explanation(code, failure.what()), file);
     throw Error(kind, explanation(code, failure.what()), file);
 }
@@ -280,7 +283,7 @@ void Database::checkIntegrity() {
     const size_t at = answer.find(errorCode);
     if (at != std::string::npos && isPassingCode(std::atoi(answer.c_str() + at + errorCode.size())))
         throw Error(ErrorKind::Transient, explanation(SQLITE_IOERR, ""), core_->file);
-    throw Error(ErrorKind::Failed, "the database is damaged", core_->file);
+    throw DamagedDatabase("the database is damaged", core_->file);
 }
 
 }  // namespace platform

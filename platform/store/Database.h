@@ -22,6 +22,13 @@ class UnwritableDatabase : public Error {
     using Error::Error;
 };
 
+/// What the file holds is no database, or no longer one.
+class DamagedDatabase : public Error {
+  public:
+    explicit DamagedDatabase(const std::string& words, const std::string& file)
+        : Error(ErrorKind::Failed, words, file) {}
+};
+
 /// One prepared statement, refers to its database. Bind from 1 on, then step until it says false.
 class Statement {
   public:
@@ -74,7 +81,7 @@ class Database {
     /// transaction joins the outer one.
     void transaction(const std::function<void()>& work);
 
-    /// Throws when the file is damaged.
+    /// Throws DamagedDatabase when it is.
     void checkIntegrity();
 
   private:

@@ -4,6 +4,7 @@
 #include "platform/base/Log.h"
 #include "platform/crypto/Secret.h"
 #include "studio/store/Names.h"
+#include "studio/store/StudioDatabase.h"
 
 namespace multiscene::studio {
 
@@ -52,6 +53,7 @@ Session sessionOf(const Statement& row) {
 SessionStore::SessionStore(const std::filesystem::path& database)
     : database_(database.string(), kMostPatienceMs) {
     database_.execute("PRAGMA foreign_keys=ON");
+    requireKnownVersion(database_);
     database_.transaction([&] {
         database_.execute(kTables);
         database_

@@ -1,8 +1,11 @@
 #include "studio/uploads/Intake.h"
 
 #include <algorithm>
+#include <ranges>
 
+#include "platform/base/Error.h"
 #include "platform/base/File.h"
+#include "platform/base/Log.h"
 #include "platform/base/PrivateFolder.h"
 #include "studio/store/Sweep.h"
 
@@ -26,14 +29,21 @@ bool isPlainName(const std::string& name) {
 
 }  // namespace
 
-void Intake::take(const Upload& upload, const fs::path& folder, Done done) {
-    waiting_.push_back({upload, folder, std::move(done), {}, {}});
+Intake::Intake(const Parts& parts)
+    : parts_(parts), disk_(std::make_unique<platform::DispatchQueue>("uploads")) {}
+
+void Intake::take(const Upload& upload, const fs::path& folder, std::unique_ptr<platform::PartFile> file,
+                  Done done) {
+    waiting_.push_back({upload, folder, std::move(file), std::move(done), {}, {}});
     next();
 }
 
 void Intake::stop() {
+    *isAlive_ = false;
+    disk_.reset();
     waiting_.clear();
-    for (auto& [id, work] : running_) work.child->cancel();
+    for (auto& [id, work] : running_)
+        if (work.child) work.child->cancel();
     running_.clear();
 }
 
@@ -44,33 +54,66 @@ int64_t Intake::bytesOf(const std::string& session) const {
     return bytes;
 }
 
+size_t Intake::countOf(const std::string& session) const {
+    const auto isMine = [&](const Work& work) { return work.upload.session == session; };
+    return static_cast<size_t>(std::ranges::count_if(waiting_, isMine) +
+                               std::ranges::count_if(running_ | std::views::values, isMine));
+}
+
 void Intake::next() {
-    while (!waiting_.empty() && running_.size() < kAtOnce) {
-        Work work = std::move(waiting_.front());
-        waiting_.pop_front();
-        try {
-            platform::makePrivateFolder(work.folder / kOwn);
-        } catch (const platform::Error&) {
-            removeQuietly(work.folder);
-            work.done(std::nullopt, kPassing);
-            continue;
-        }
-        start(std::move(work));
-    }
+    while (!waiting_.empty() && running_.size() < kAtOnce) start(takeNext());
+}
+
+/// Of the session whose turn is the longest ago, the oldest.
+Intake::Work Intake::takeNext() {
+    const auto next = std::ranges::min_element(waiting_, {}, [this](const Work& work) {
+        const auto turn = turns_.find(work.upload.session);
+        return turn == turns_.end() ? 0 : turn->second;
+    });
+    Work work = std::move(*next);
+    waiting_.erase(next);
+    turns_[work.upload.session] = ++turn_;
+    if (waiting_.empty()) turns_.clear();
+    return work;
 }
 
 void Intake::start(Work work) {
     const std::string id = work.upload.id;
+    const Work& kept = running_.emplace(id, std::move(work)).first->second;
+    disk_->async([this, id, folder = kept.folder, file = kept.file, alive = isAlive_] {
+        std::string fault;
+        try {
+            platform::makePrivateFolder(folder);
+            platform::makePrivateFolder(folder / kOwn);
+            file->publish();
+            fs::rename(file->target(), folder / kOriginal);
+        } catch (const std::exception& failure) {
+            fault = failure.what();
+        }
+        parts_.queue.async([this, id, fault, alive] {
+            if (!*alive) return;
+            running_.at(id).file.reset();
+            if (fault.empty()) return look(id);
+            ChildProgram::End ended;
+            ended.exitCode = kPassing;
+            ended.fault = fault;
+            platform::log::info("studio: an upload cannot be kept: " + fault);
+            end(id, ended);
+        });
+    });
+}
+
+void Intake::look(const std::string& id) {
+    Work& work = running_.at(id);
     ChildProgram::Spec spec = programRun(
         parts_.settings, {"intake", (work.folder / kOriginal).string(), (work.folder / kOwn).string()});
     spec.niceness = kNiceness;
     spec.most = kMost;
     spec.folder = work.folder;
-    Work& kept = running_.emplace(id, std::move(work)).first->second;
-    kept.child = std::make_unique<ChildProgram>(
+    work.child = std::make_unique<ChildProgram>(
         parts_.queue, std::move(spec),
-        [&kept](const platform::Value& line) {
-            if (line.string("event") == "intake") kept.found = line;
+        [&work](const platform::Value& line) {
+            if (line.string("event") == "intake") work.found = line;
         },
         [this, id](const ChildProgram::End& ended) { end(id, ended); });
 }

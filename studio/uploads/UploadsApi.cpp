@@ -126,13 +126,7 @@ void UploadsApi::create(ApiRequest& request, Responder& responder) {
     upload.bytes = static_cast<int64_t>(request.bodyBytes);
     upload.created = nowMs();
     upload.expires = upload.created + kStaysMs;
-    const fs::path folder = shop_->uploads.folderOf(upload.id);
-    platform::makePrivateFolder(folder);
-    request.file->publish();
-    std::error_code failure;
-    fs::rename(request.file->target(), folder / Intake::kOriginal, failure);
-    if (failure) throw platform::errnoError(failure.value(), "cannot be kept", "");
-    intake_.take(upload, folder,
+    intake_.take(upload, shop_->uploads.folderOf(upload.id), std::move(request.file),
                  [this, waiting = std::make_shared<Responder>(std::move(responder))](
                      const std::optional<Upload>& taken, int exitCode) {
                      waiting->answer(answerTo(taken, exitCode));

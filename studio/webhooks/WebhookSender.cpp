@@ -32,22 +32,25 @@ std::string hostOf(const std::string& url) {
 
 }  // namespace
 
-std::vector<std::pair<std::string, std::string>> signedHeaders(const std::string& secret,
+std::vector<std::pair<std::string, std::string>> signedHeaders(const std::vector<std::string>& secrets,
                                                                const std::string& id, int64_t seconds,
                                                                const std::string& body) {
-    const std::string key =
-        platform::fromBase64(std::string_view(secret).substr(kSecretStart.size())).value_or("");
     const std::string time = std::to_string(seconds);
+    std::string signatures;
+    for (const std::string& secret : secrets) {
+        const std::string key =
+            platform::fromBase64(std::string_view(secret).substr(kSecretStart.size())).value_or("");
+        signatures += (signatures.empty() ? "v1," : " v1,") +
+                      platform::base64(platform::hmacSha256(key, id + "." + time + "." + body));
+    }
     return {{"Content-Type", "application/json"},
             {"webhook-id", id},
             {"webhook-timestamp", time},
-            {"webhook-signature",
-             "v1," + platform::base64(platform::hmacSha256(key, id + "." + time + "." + body))}};
+            {"webhook-signature", signatures}};
 }
 
-WebhookSender::WebhookSender(const Parts& parts, WebhookStore& store,
-                             std::function<std::string(const Delivery&)> secretOf)
-    : parts_(parts), store_(store), secretOf_(std::move(secretOf)) {}
+WebhookSender::WebhookSender(const Parts& parts, WebhookStore& store, SecretsOf secretsOf)
+    : parts_(parts), store_(store), secretsOf_(std::move(secretsOf)) {}
 
 void WebhookSender::next() {
     if (isStopped_) return;
@@ -55,11 +58,11 @@ void WebhookSender::next() {
         for (const Delivery& delivery :
              store_.due(nowMs(), kAtOnce + static_cast<int64_t>(underWay_.size()))) {
             if (underWay_.contains(delivery.id)) continue;
-            const std::string secret = secretOf_(delivery);
-            if (secret.empty())
+            const auto secrets = secretsOf_(delivery);
+            if (secrets.empty())
                 heard(delivery, {.status = kGone, .message = {}, .isRefused = false});
             else
-                send(delivery, secret);
+                send(delivery, secrets);
         }
         const auto due = store_.nextDue();
         const int64_t now = nowMs();
@@ -84,12 +87,12 @@ platform::DispatchQueue& WebhookSender::threadOf(const std::string& webhook) {
     return *thread;
 }
 
-void WebhookSender::send(const Delivery& delivery, const std::string& secret) {
+void WebhookSender::send(const Delivery& delivery, const std::vector<std::string>& secrets) {
     platform::DispatchQueue& thread = threadOf(delivery.webhook.empty() ? delivery.url : delivery.webhook);
     underWay_.insert(delivery.id);
     platform::HttpPost post{.url = delivery.url,
                             .body = delivery.body,
-                            .headers = signedHeaders(secret, delivery.id, nowMs() / kSecond, delivery.body),
+                            .headers = signedHeaders(secrets, delivery.id, nowMs() / kSecond, delivery.body),
                             .reachesPrivate = isAllowed(delivery.url),
                             .isCancelled = [this] { return isStopped_.load(); }};
     thread.async([this, delivery, post = std::move(post)] {

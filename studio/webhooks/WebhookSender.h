@@ -13,8 +13,9 @@
 namespace multiscene::studio {
 
 /// The lines that prove where a delivery comes from, as Standard Webhooks say: "webhook-id",
-/// "webhook-timestamp", "webhook-signature". `secret`: "whsec_" and Base64; `seconds` since 1970.
-std::vector<std::pair<std::string, std::string>> signedHeaders(const std::string& secret,
+/// "webhook-timestamp", "webhook-signature", one of each secret. Secrets: "whsec_" and Base64; `seconds`
+/// since 1970.
+std::vector<std::pair<std::string, std::string>> signedHeaders(const std::vector<std::string>& secrets,
                                                                const std::string& id, int64_t seconds,
                                                                const std::string& body);
 
@@ -23,9 +24,10 @@ std::vector<std::pair<std::string, std::string>> signedHeaders(const std::string
 /// first delivery. Studio queue.
 class WebhookSender {
   public:
-    /// `secretOf`: what a delivery is signed with; empty: whoever was to be told is gone.
-    WebhookSender(const Parts& parts, WebhookStore& store,
-                  std::function<std::string(const Delivery&)> secretOf);
+    /// What a delivery is signed with; none: whoever was to be told is gone.
+    using SecretsOf = std::function<std::vector<std::string>(const Delivery&)>;
+
+    WebhookSender(const Parts& parts, WebhookStore& store, SecretsOf secretsOf);
     ~WebhookSender() { stop(); }
 
     /// Goes on with what is due.
@@ -42,14 +44,14 @@ class WebhookSender {
         bool isRefused = false;
     };
 
-    void send(const Delivery& delivery, const std::string& secret);
+    void send(const Delivery& delivery, const std::vector<std::string>& secrets);
     void heard(Delivery delivery, const Outcome& outcome);
     bool isAllowed(const std::string& url) const;
     platform::DispatchQueue& threadOf(const std::string& webhook);
 
     const Parts parts_;
     WebhookStore& store_;
-    std::function<std::string(const Delivery&)> secretOf_;
+    SecretsOf secretsOf_;
     std::atomic<bool> isStopped_{false};
     std::set<std::string> underWay_;
     uint64_t delivered_ = 0, failed_ = 0;

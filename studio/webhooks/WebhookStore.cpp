@@ -14,7 +14,8 @@ namespace {
 constexpr const char* kTables = R"(
 CREATE TABLE IF NOT EXISTS webhook(
   id TEXT PRIMARY KEY, session TEXT NOT NULL REFERENCES session ON DELETE CASCADE, url TEXT NOT NULL,
-  types TEXT NOT NULL, secret TEXT NOT NULL, created INTEGER NOT NULL, disabled INTEGER NOT NULL DEFAULT 0) STRICT;
+  types TEXT NOT NULL, secret TEXT NOT NULL, created INTEGER NOT NULL, disabled INTEGER NOT NULL DEFAULT 0,
+  old_secret TEXT NOT NULL DEFAULT '', old_until INTEGER NOT NULL DEFAULT 0) STRICT;
 CREATE TABLE IF NOT EXISTS delivery(
   id TEXT PRIMARY KEY, session TEXT NOT NULL REFERENCES session ON DELETE CASCADE,
   webhook TEXT REFERENCES webhook ON DELETE CASCADE, url TEXT NOT NULL, type TEXT NOT NULL, body TEXT NOT NULL,
@@ -32,6 +33,8 @@ Webhook webhookOf(const Statement& row) {
     webhook.secret = row.text("secret");
     webhook.created = row.integer("created");
     webhook.isDisabled = row.integer("disabled") != 0;
+    webhook.oldSecret = row.text("old_secret");
+    webhook.oldUntil = row.integer("old_until");
     return webhook;
 }
 
@@ -61,11 +64,13 @@ Value valueOf(const Webhook& webhook) {
     Value::Array types;
     std::istringstream words(webhook.types);
     for (std::string word; words >> word;) types.emplace_back(word);
-    return Value::Dictionary{{"id", webhook.id},
-                             {"url", webhook.url},
-                             {"types", std::move(types)},
-                             {"created", timeText(webhook.created)},
-                             {"disabled", webhook.isDisabled}};
+    return Value::Dictionary{
+        {"id", webhook.id},
+        {"url", webhook.url},
+        {"types", std::move(types)},
+        {"created", timeText(webhook.created)},
+        {"disabled", webhook.isDisabled},
+        {"oldSecretUntil", webhook.oldUntil > nowMs() ? Value(timeText(webhook.oldUntil)) : Value()}};
 }
 
 Value valueOf(const Delivery& delivery) {
@@ -108,6 +113,15 @@ std::optional<Webhook> WebhookStore::find(const std::string& id) {
 
 void WebhookStore::remove(const std::string& id) {
     database_.prepare("DELETE FROM webhook WHERE id = ?").bind(1, id).step();
+}
+
+void WebhookStore::changeSecret(const Webhook& webhook) {
+    database_.prepare("UPDATE webhook SET secret = ?, old_secret = ?, old_until = ? WHERE id = ?")
+        .bind(1, webhook.secret)
+        .bind(2, webhook.oldSecret)
+        .bind(3, webhook.oldUntil)
+        .bind(4, webhook.id)
+        .step();
 }
 
 void WebhookStore::disable(const std::string& id) {

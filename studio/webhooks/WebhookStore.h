@@ -17,6 +17,8 @@ struct Webhook {
     std::string secret;  ///< what deliveries are signed with, "whsec_…"
     int64_t created = 0;
     bool isDisabled = false;  ///< its server has said that it is gone
+    std::string oldSecret;    ///< what they are signed with, too, until `oldUntil`; empty: nothing
+    int64_t oldUntil = 0;     ///< milliseconds since 1970
 
     bool hears(const std::string& type) const {
         return (" " + types + " ").find(" " + type + " ") != std::string::npos;
@@ -50,6 +52,8 @@ class WebhookStore {
     std::optional<Webhook> find(const std::string& id);
     void remove(const std::string& id);
     void disable(const std::string& id);
+    /// The secret and the old one, as the webhook has them.
+    void changeSecret(const Webhook& webhook);
 
     void add(const Delivery& delivery);
     /// Those whose time has come, the oldest first.

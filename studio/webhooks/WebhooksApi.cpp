@@ -22,6 +22,7 @@ constexpr size_t kMost = 20;
 constexpr int64_t kShown = 100;
 constexpr int64_t kStays = int64_t{30} * 24 * 3600 * 1000;
 constexpr size_t kSecretLetters = 48;
+constexpr int64_t kHour = 3600 * 1000, kUsualRotation = 24, kMostRotation = 24 * 7;
 
 Value typesSchema() {
     return schema::list(schema::word({"job.done", "job.failed", "job.cancelled", "template.installed"}), 4);
@@ -32,7 +33,8 @@ Value webhookSchema() {
                            {"url", schema::address()},
                            {"types", typesSchema()},
                            {"created", schema::time()},
-                           {"disabled", schema::boolean()}});
+                           {"disabled", schema::boolean()},
+                           {"oldSecretUntil", schema::orNull(schema::time())}});
 }
 
 Value deliverySchema() {
@@ -45,6 +47,8 @@ Value deliverySchema() {
                            {"created", schema::time()}});
 }
 
+std::string newSecret() { return "whsec_" + platform::base64(platform::randomLetters(kSecretLetters)); }
+
 /// Empty: nobody is told of it.
 std::string typeOf(const Job& job) {
     if (job.kind == JobKind::Install) return job.state == JobState::Done ? "template.installed" : "";
@@ -56,7 +60,7 @@ std::string typeOf(const Job& job) {
 WebhooksApi::WebhooksApi(std::shared_ptr<Workshop> shop)
     : shop_(std::move(shop)),
       store_(shop_->parts.database),
-      sender_(shop_->parts, store_, [this](const Delivery& delivery) { return secretOf(delivery); }) {
+      sender_(shop_->parts, store_, [this](const Delivery& delivery) { return secretsOf(delivery); }) {
     shop_->queue.addListener([this](const Job& job, const Value&) { tell(job); });
     store_.forgetBefore(nowMs() - kStays);
     sender_.next();
@@ -97,6 +101,14 @@ std::vector<Route> WebhooksApi::routes() {
                  responder.answer(platform::http::Answer(204));
              }},
         {.method = "POST",
+         .pattern = one + "/rotation",
+         .access = Access::Make,
+         .body = Body::json(schema::object({{"hours?", schema::integer(0, kMostRotation)}})),
+         .summary = "Gives it a new secret, shown this once; for so many hours, 24 if not said, the old one "
+                    "signs, too",
+         .results = {{200, "application/json", schema::extended(webhook, {{"secret", schema::text()}})}},
+         .handle = bound(&WebhooksApi::rotate)},
+        {.method = "POST",
          .pattern = one + "/test",
          .access = Access::Make,
          .summary = "Tells it something, as a test",
@@ -127,12 +139,21 @@ void WebhooksApi::create(ApiRequest& request, Responder& responder) {
         throw Problem(429, "too-many", "there are too many webhooks");
     webhook.id = newName("whk");
     webhook.session = request.session.id;
-    webhook.secret = "whsec_" + platform::base64(platform::randomLetters(kSecretLetters));
+    webhook.secret = newSecret();
     webhook.created = nowMs();
     for (const Value& type : request.body.array("types")) webhook.types += type.stringValue() + " ";
     if (webhook.types.empty()) webhook.types = "job.done job.failed job.cancelled template.installed";
     store_.add(webhook);
     responder.answer(json(201, valueOf(webhook).with("secret", webhook.secret)));
+}
+
+void WebhooksApi::rotate(ApiRequest& request, Responder& responder) {
+    Webhook webhook = own(request);
+    webhook.oldSecret = std::exchange(webhook.secret, newSecret());
+    const int64_t hours = request.body.has("hours") ? request.body.integer("hours") : kUsualRotation;
+    webhook.oldUntil = nowMs() + hours * kHour;
+    store_.changeSecret(webhook);
+    responder.answer(json(200, valueOf(webhook).with("secret", webhook.secret)));
 }
 
 void WebhooksApi::list(ApiRequest& request, Responder& responder) {
@@ -181,10 +202,13 @@ void WebhooksApi::add(const std::string& session, const Webhook& webhook, const 
     sender_.next();
 }
 
-std::string WebhooksApi::secretOf(const Delivery& delivery) {
-    if (delivery.webhook.empty()) return callbackSecret(delivery.session);
+std::vector<std::string> WebhooksApi::secretsOf(const Delivery& delivery) {
+    if (delivery.webhook.empty()) return {callbackSecret(delivery.session)};
     const auto webhook = store_.find(delivery.webhook);
-    return webhook && !webhook->isDisabled ? webhook->secret : "";
+    if (!webhook || webhook->isDisabled) return {};
+    std::vector<std::string> secrets{webhook->secret};
+    if (webhook->oldUntil > nowMs()) secrets.push_back(webhook->oldSecret);
+    return secrets;
 }
 
 std::string WebhooksApi::callbackSecret(const std::string& session) const {

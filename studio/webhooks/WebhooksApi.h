@@ -27,7 +27,8 @@ class WebhooksApi : public Resource {
     void tell(const Job& job);
     void add(const std::string& session, const Webhook& webhook, const std::string& type,
              const platform::Value& data);
-    std::string secretOf(const Delivery& delivery);
+    void rotate(ApiRequest& request, Responder& responder);
+    std::vector<std::string> secretsOf(const Delivery& delivery);
     std::string callbackSecret(const std::string& session) const;
 
     std::shared_ptr<Workshop> shop_;

@@ -98,7 +98,7 @@ TEST(PublicAddressTest, KnowsWhatIsNotTheInternet) {
 
 /// The example of the standard's own text.
 TEST(WebhookSenderTest, SignsAsTheStandardSays) {
-    const auto headers = signedHeaders("whsec_MfKQ9r8GKYqrTwjUPD8ILPZIo2LaLaSw",
+    const auto headers = signedHeaders({"whsec_MfKQ9r8GKYqrTwjUPD8ILPZIo2LaLaSw"},
                                        "msg_p5jXN8AQM9LWM0D4loKWxJek", 1614265330, R"({"test": 2432232314})");
     EXPECT_EQ(headers.back().second, "v1,g0hM9SsE+OTPJTGt/tmIKtSyZlE3uFJELVlNIOLJ1OE=");
 }
@@ -109,7 +109,10 @@ TEST_F(TellingTest, AServerIsToldOfTheEndOfAJobUntilItTakesIt) {
     begin();
     const Value hook =
         sendJson("POST", "/api/v1/webhooks", "{\"url\":\"" + receiver.url() + "\"}", me).json();
-    const std::string secret = hook.string("secret");
+    const Value rotated =
+        sendJson("POST", "/api/v1/webhooks/" + hook.string("id") + "/rotation", "{}", me).json();
+    const std::vector<std::string> secrets{rotated.string("secret"), hook.string("secret")};
+    EXPECT_NE(secrets[0], secrets[1]);
     receiver.status = 500;
     const std::string id =
         submit(std::string(kSmall) + ",\"callback\":\"" + receiver.url() + "\"").string("id");
@@ -127,7 +130,7 @@ TEST_F(TellingTest, AServerIsToldOfTheEndOfAJobUntilItTakesIt) {
         const Value body = platform::parseJson(request.body, "body");
         EXPECT_EQ(body.string("type"), "job.done");
         EXPECT_EQ(body["data"].string("id"), id);
-        for (const std::string& each : {secret, callbackSecret}) {
+        for (const auto& each : {secrets, {callbackSecret}}) {
             const auto expected =
                 signedHeaders(each, header(request, "webhook-id"),
                               std::stoll(header(request, "webhook-timestamp")), request.body);
