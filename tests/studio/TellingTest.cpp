@@ -151,7 +151,7 @@ TEST_F(TellingTest, AServerIsToldOfTheEndOfAJobUntilItTakesIt) {
     ASSERT_EQ(deliveries.array("deliveries").size(), 2u);
     EXPECT_EQ(deliveries.array("deliveries")[1].integer("attempt"), 2);
     EXPECT_EQ(deliveries.array("deliveries")[1].integer("status"), 204);
-    EXPECT_THAT(get("/api/v1/webhooks", me).body, Not(HasSubstr(secret)));
+    EXPECT_THAT(get("/api/v1/webhooks", me).body, Not(HasSubstr(secrets[0])));
     EXPECT_EQ(ask("DELETE", one, me).status, 204);
 }
 
