@@ -14,6 +14,7 @@ import { TemplateScreen } from './screens/TemplateScreen';
 import { TemplatesScreen } from './screens/TemplatesScreen';
 import { VideosScreen } from './screens/VideosScreen';
 import { shareOf, wordsOf } from './ui/Bar';
+import { Guard } from './ui/Guard';
 import { Icon, type IconName } from './ui/Icon';
 import { say, sayProblem, Toasts } from './ui/Toasts';
 
@@ -37,7 +38,7 @@ function Navigation({ screen }: { screen: string }) {
     ['/settings', t('nav.settings'), 'gear', ['settings']],
   ];
   return (
-    <nav class="nav" aria-label={t('nav')}>
+    <nav class="nav" aria-label={t('nav.main')}>
       {entries.map(([path, label, icon, screens]) => (
         <a key={path} href={`#${path}`} aria-current={screens.includes(screen) ? 'page' : undefined}>
           <Icon name={icon} />
@@ -91,10 +92,10 @@ export function App({ onLanguage }: { onLanguage: (language: Language) => Promis
 
   const screens: Record<string, () => preact.JSX.Element> = {
     '': () => <TemplatesScreen />,
-    template: () => <TemplateScreen key={id} id={Number(id)} />,
-    fill: () => <FillScreen key={id} id={Number(id)} />,
-    job: () => <MakingScreen key={id} id={id} />,
-    video: () => <DoneScreen key={id} id={id} />,
+    template: () => <TemplateScreen id={Number(id)} />,
+    fill: () => <FillScreen id={Number(id)} />,
+    job: () => <MakingScreen id={id} />,
+    video: () => <DoneScreen id={id} />,
     videos: () => <VideosScreen />,
     settings: () => <SettingsScreen onLanguage={onLanguage} />,
   };
@@ -111,7 +112,7 @@ export function App({ onLanguage }: { onLanguage: (language: Language) => Promis
         {isIn && <Navigation screen={screen} />}
       </header>
       {isIn && <RunningBar screen={screen} id={id} />}
-      {show()}
+      <Guard key={`${screen} ${id}`}>{show()}</Guard>
       <Toasts />
     </>
   );

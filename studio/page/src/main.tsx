@@ -29,7 +29,8 @@ setTheme(chosenTheme());
 const key = takeKey();
 const strings = loadStrings(chosenLanguage());
 const entered = start(key);
-await strings;
+// Without its texts the page could say nothing.
+await strings.catch(() => new Promise(() => setTimeout(() => location.reload(), 4000)));
 root.replaceChildren();
 draw();
 await entered;

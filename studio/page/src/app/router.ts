@@ -9,7 +9,7 @@ export interface Route {
 
 function read(): Route {
   const [, screen = '', id = ''] = location.hash.split('/');
-  return { screen, id: decodeURIComponent(id) };
+  return { screen, id };
 }
 
 export const route = new Store<Route>(read());

@@ -12,7 +12,8 @@ export const complete: [Same<typeof en, typeof zh>, Same<typeof en, typeof ja>] 
 
 export const languages: Record<Language, string> = { en: 'English', zh: '中文', ja: '日本語' };
 
-type Text = string | { one: string; other: string };
+type Text = string | [one: string, other: string];
+/** The build numbers the keys: what is a list there has the texts in that order. */
 let table: Record<string, Text> = {};
 let plural = new Intl.PluralRules('en');
 export let language: Language = 'en';
@@ -42,9 +43,8 @@ export async function loadStrings(wanted: Language): Promise<void> {
 
 /** The text of a key; `{name}` in it is replaced, `n` chooses between singular and plural. */
 export function t(key: Key, values: Record<string, string | number> = {}): string {
-  const entry = table[key] ?? key;
-  const text =
-    typeof entry === 'string' ? entry : plural.select(Number(values.n)) === 'one' ? entry.one : entry.other;
+  const entry = table[key] ?? '';
+  const text = typeof entry === 'string' ? entry : entry[plural.select(Number(values.n)) === 'one' ? 0 : 1];
   return text.replace(/\{(\w+)\}/g, (_, name: string) => String(values[name] ?? ''));
 }
 

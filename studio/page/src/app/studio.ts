@@ -51,15 +51,14 @@ const events = new Events(
   {
     job(job) {
       takeJob(job);
-      if (job.kind === 'install' && job.state === 'done') void loadTemplates();
-      if (job.kind === 'refresh' && job.state === 'done') void loadTemplates();
+      if (job.state === 'done' && (job.kind === 'install' || job.kind === 'refresh')) void loadTemplates().catch(() => {});
     },
     video(video) {
       const { jobs, videos } = studio.value;
       const isDraft = video.job !== null && jobs[video.job]?.kind === 'draft';
       if (videos && !isDraft) studio.set({ videos: [video, ...videos.filter((other) => other.id !== video.id)] });
     },
-    template: () => void loadTemplates(),
+    template: () => void loadTemplates().catch(() => {}),
     lost: () => studio.set({ isOffline: true }),
     opened: () => void catchUp(),
   },
@@ -129,7 +128,7 @@ async function startOffline() {
   await loadTemplates().catch(() => {});
   studio.set({ isOffline: true });
   setInterval(() => {
-    if (!document.hidden) get('/sessions/current').then(() => location.reload(), () => {});
+    if (!document.hidden) get('/sessions/current').catch((error: Problem) => error.status || Promise.reject()).then(() => location.reload(), () => {});
   }, lookAgain);
 }
 

@@ -5,6 +5,7 @@ import type { Crop } from '../api/types';
 import { t } from '../app/strings';
 import { Dialog } from '../ui/Dialog';
 import { Icon } from '../ui/Icon';
+import { percent, Slider } from '../ui/Slider';
 import {
   adjusted,
   fromCrop,
@@ -122,6 +123,7 @@ export function CropDialog({ label, source, aspect, crop, onTry, onDone, onCance
 
   const ready = frame && photo && shown > 0;
   const zoomed = ready ? zoomOf(frame, photo, aspect) : 1;
+  const slanted = ready ? slant(frame) : 0;
 
   return (
     <Dialog title={t('crop.title', { label })} shape="full" onClose={onCancel}>
@@ -166,50 +168,41 @@ export function CropDialog({ label, source, aspect, crop, onTry, onDone, onCance
         {t('crop.hint')}
       </p>
       <div class="crop-tools">
-        <label class="slider">
-          <span>{t('crop.zoom')}</span>
-          <input
-            type="range"
-            min={0}
-            max={100}
-            step={1}
-            value={(Math.log(zoomed) / Math.log(mostZoom)) * 100}
-            aria-valuetext={`${Math.round(zoomed * 100)} %`}
-            onInput={(event) => {
-              const wanted = mostZoom ** (Number(event.currentTarget.value) / 100);
-              zoom(wanted / zoomed);
-            }}
-          />
-        </label>
-        <label class="slider">
-          <span>{t('crop.turn')}</span>
-          <input
-            type="range"
-            min={-44}
-            max={44}
-            step={0.5}
-            value={ready ? slant(frame) : 0}
-            aria-valuetext={`${ready ? slant(frame).toFixed(1) : 0}°`}
-            onInput={(event) => ready && turn(Number(event.currentTarget.value) - slant(frame))}
-          />
-        </label>
+        <Slider
+          quiet
+          label={t('crop.zoom')}
+          max={100}
+          step={1}
+          value={(Math.log(zoomed) / Math.log(mostZoom)) * 100}
+          words={percent(zoomed)}
+          onChange={(value) => zoom(mostZoom ** (value / 100) / zoomed)}
+        />
+        <Slider
+          quiet
+          label={t('crop.turn')}
+          min={-44}
+          max={44}
+          step={0.5}
+          value={slanted}
+          words={`${slanted.toFixed(1)}°`}
+          onChange={(value) => turn(value - slanted)}
+        />
         <div class="row spread">
-          <button type="button" class="quiet" onClick={() => turn(90)}>
+          <button class="quiet" onClick={() => turn(90)}>
             <Icon name="turn" />
             {t('crop.quarter')}
           </button>
-          <button type="button" class="quiet" onClick={() => photo && setFrame(whole(photo, aspect))}>
+          <button class="quiet" onClick={() => photo && setFrame(whole(photo, aspect))}>
             <Icon name="again" />
-            {t('reset')}
+            {t('word.reset')}
           </button>
         </div>
       </div>
       <footer class="dialog-foot">
-        <button type="button" class="plain" onClick={onCancel}>
-          {t('cancel')}
+        <button class="plain" onClick={onCancel}>
+          {t('word.cancel')}
         </button>
         <button
-          type="button"
           class="primary"
           disabled={!ready}
           onClick={() => ready && onDone(toCrop(frame, photo, aspect))}

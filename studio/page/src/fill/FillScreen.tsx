@@ -7,7 +7,7 @@ import { takeCarried } from '../app/carry';
 import { go } from '../app/router';
 import { duration, language, t } from '../app/strings';
 import { makeVideo } from '../app/studio';
-import { Icon } from '../ui/Icon';
+import { Icon, type IconName } from '../ui/Icon';
 import { Screen } from '../ui/Screen';
 import { say, sayProblem } from '../ui/Toasts';
 import { apiMusic, apiValues, Draft, exampleOf, previewValues, templateMusic, type Field } from './Draft';
@@ -16,7 +16,7 @@ import { FilmField } from './FilmField';
 import { LivePreview } from './LivePreview';
 import { addFile, isSending, kindOf, media, pictureOf, refresh, settled } from './media';
 import { MissingDialog } from './MissingDialog';
-import { MusicField } from './MusicField';
+import { musicKey, MusicField } from './MusicField';
 import { aspectOf, imagesOf, PhotoSlots } from './PhotoSlots';
 import { PreviewPicture } from './PreviewPicture';
 import { PreviewSession } from './PreviewSession';
@@ -90,6 +90,14 @@ export function FillScreen({ id }: { id: number }) {
     );
   }
   return <Form template={template} draft={draft} />;
+}
+
+function Step({ icon, label, ahead, onClick }: { icon: IconName; label: string; ahead: unknown[]; onClick: () => void }) {
+  return (
+    <button class="round" aria-label={label} title={label} disabled={ahead.length === 0} onClick={onClick}>
+      <Icon name={icon} />
+    </button>
+  );
 }
 
 function Form({ template, draft }: { template: Template; draft: Draft }) {
@@ -267,10 +275,11 @@ function Form({ template, draft }: { template: Template; draft: Draft }) {
     const failed = draft.items().find((item) => items[item]?.problem);
     if (failed) {
       const key = Object.entries(content.fields).find(([, field]) => 'item' in field && field.item === failed)?.[0];
-      return key ? jump(key) : say(t('fill.mediaFailed'), true);
+      return jump(key ?? musicKey);
     }
-    const open = template.inputs.filter((input) => !content.fields[input.key]);
-    if (open.length > 0) setMissing(open.map(({ key, label }) => ({ key, label })));
+    const open = template.inputs.filter((input) => !content.fields[input.key]).map(({ key, label }) => ({ key, label }));
+    if (content.music.kind === 'own' && !content.music.item) open.push({ key: musicKey, label: t('music.choose') });
+    if (open.length > 0) setMissing(open);
     else void start();
   };
 
@@ -290,26 +299,8 @@ function Form({ template, draft }: { template: Template; draft: Draft }) {
       narrow
       tools={
         <>
-          <button
-            type="button"
-            class="round"
-            aria-label={t('undo')}
-            title={t('undo')}
-            disabled={content.past.length === 0}
-            onClick={() => draft.undo()}
-          >
-            <Icon name="undo" />
-          </button>
-          <button
-            type="button"
-            class="round"
-            aria-label={t('redo')}
-            title={t('redo')}
-            disabled={content.future.length === 0}
-            onClick={() => draft.redo()}
-          >
-            <Icon name="redo" />
-          </button>
+          <Step icon="undo" label={t('word.undo')} ahead={content.past} onClick={() => draft.undo()} />
+          <Step icon="redo" label={t('word.redo')} ahead={content.future} onClick={() => draft.redo()} />
         </>
       }
     >
@@ -399,7 +390,7 @@ function Form({ template, draft }: { template: Template; draft: Draft }) {
                   say(t('fill.startedOver'));
                 }}
               >
-                <Icon name="again" size={18} />
+                <Icon name="again" />
                 {t('fill.startOver')}
               </button>
             </p>

@@ -5,7 +5,8 @@ import { seconds, t } from '../app/strings';
 import { FileButton, filmFiles } from '../ui/FileButton';
 import { Icon } from '../ui/Icon';
 import { Ring } from '../ui/Ring';
-import { problemText } from '../ui/Toasts';
+import { Said } from '../ui/Said';
+import { percent, Slider } from '../ui/Slider';
 import type { Field } from './Draft';
 import { isSending, media } from './media';
 import { aspectOf } from './PhotoSlots';
@@ -26,14 +27,15 @@ export function FilmField({ input, field, problem, onFile, onChange, onRemove, o
   const film = useRef<HTMLVideoElement>(null);
   const length = item?.upload?.seconds ?? 0;
   const needed = input.seconds ?? 0;
-  const latest = Math.max(0, length - needed);
+  // Where the template does not say how much it shows, some of the film remains.
+  const latest = Math.max(0, length - (needed || 1));
   const start = field?.start ?? 0;
+  const volume = field?.volume ?? 1;
 
   useEffect(() => {
     if (film.current && Number.isFinite(film.current.duration)) film.current.currentTime = start;
   }, [start]);
 
-  const said = problem || (item?.problem ? problemText(item.problem) : '');
   return (
     <div class="field" id={`field-${input.key}`}>
       <div class="field-head">
@@ -48,7 +50,7 @@ export function FilmField({ input, field, problem, onFile, onChange, onRemove, o
           onFiles={(files) => files[0] && onFile(files[0])}
           onFocus={onFocus}
         >
-          <Icon name="film" size={28} />
+          <Icon name="film" />
           <span aria-hidden="true">{t('film.choose')}</span>
         </FileButton>
       )}
@@ -76,34 +78,24 @@ export function FilmField({ input, field, problem, onFile, onChange, onRemove, o
             )}
           </div>
           {latest > 0.05 && (
-            <label class="slider">
-              <span>{t('film.start')}</span>
-              <input
-                type="range"
-                min={0}
-                max={latest}
-                step={0.1}
-                value={start}
-                aria-valuetext={seconds(start)}
-                onFocus={onFocus}
-                onInput={(event) => onChange({ start: Number(event.currentTarget.value) })}
-              />
-              <output>{seconds(start)}</output>
-            </label>
-          )}
-          <label class="slider">
-            <span>{t('film.volume')}</span>
-            <input
-              type="range"
-              min={0}
-              max={1}
-              step={0.05}
-              value={field?.volume ?? 1}
-              aria-valuetext={`${Math.round((field?.volume ?? 1) * 100)} %`}
-              onInput={(event) => onChange({ volume: Number(event.currentTarget.value) })}
+            <Slider
+              label={t('film.start')}
+              max={latest}
+              step={0.1}
+              value={start}
+              words={seconds(start)}
+              onFocus={onFocus}
+              onChange={(value) => onChange({ start: value })}
             />
-            <output>{Math.round((field?.volume ?? 1) * 100)} %</output>
-          </label>
+          )}
+          <Slider
+            label={t('film.volume')}
+            max={1}
+            step={0.05}
+            value={volume}
+            words={percent(volume)}
+            onChange={(value) => onChange({ volume: value })}
+          />
           <div class="row">
             <FileButton
               class="quiet compact"
@@ -111,21 +103,17 @@ export function FilmField({ input, field, problem, onFile, onChange, onRemove, o
               label={t('film.replace', { label: input.label })}
               onFiles={(files) => files[0] && onFile(files[0])}
             >
-              <Icon name="film" size={18} />
-              <span aria-hidden="true">{t('replace')}</span>
+              <Icon name="film" />
+              <span aria-hidden="true">{t('word.replace')}</span>
             </FileButton>
             <button type="button" class="quiet compact" onClick={onRemove}>
-              <Icon name="trash" size={18} />
-              {t('remove')}
+              <Icon name="trash" />
+              {t('word.remove')}
             </button>
           </div>
         </>
       )}
-      {said && (
-        <p class="said bad" role="status">
-          {said}
-        </p>
-      )}
+      <Said text={problem} problem={item?.problem} />
     </div>
   );
 }

@@ -116,7 +116,7 @@ export function LivePreview({ template, session, values, music, activeKey, onDra
   const ratio = { '--ratio': template.width / template.height };
 
   return (
-    <section class="live" aria-label={t('preview')} style={ratio}>
+    <section class="live" aria-label={t('preview.title')} style={ratio}>
       {template.thumbnail && <img class="ambient" src={template.thumbnail} alt="" />}
       <div class="live-picture">
         {!hasPicture && template.thumbnail && <img class="live-first" src={template.thumbnail} alt="" />}
@@ -130,9 +130,8 @@ export function LivePreview({ template, session, values, music, activeKey, onDra
       </div>
       <div class="live-bar">
         <button
-          type="button"
           class="round"
-          aria-label={playing ? t('pause') : t('preview.play')}
+          aria-label={playing ? t('word.pause') : t('preview.play')}
           disabled={!info}
           onClick={() => (playing ? stop() : setPlaying(true))}
         >
@@ -164,7 +163,7 @@ export function LivePreview({ template, session, values, music, activeKey, onDra
             }}
           />
         </div>
-        <button type="button" class="round" aria-label={t('preview.draft')} title={t('preview.draft')} onClick={onDraft}>
+        <button class="round" aria-label={t('preview.draft')} title={t('preview.draft')} onClick={onDraft}>
           <Icon name="film" />
         </button>
       </div>

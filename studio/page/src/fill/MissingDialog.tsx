@@ -19,9 +19,9 @@ export function MissingDialog({ missing, estimate, place, onJump, onMake, onClos
       <ul class="jumps">
         {missing.map(({ key, label }) => (
           <li key={key}>
-            <button type="button" class="jump" onClick={() => onJump(key)}>
+            <button class="jump" onClick={() => onJump(key)}>
               <span dir="auto">{label}</span>
-              <Icon name="next" size={18} />
+              <Icon name="next" />
             </button>
           </li>
         ))}
@@ -35,10 +35,10 @@ export function MissingDialog({ missing, estimate, place, onJump, onMake, onClos
           .join(' · ')}
       </p>
       <footer class="dialog-foot">
-        <button type="button" class="plain" onClick={() => missing[0] && onJump(missing[0].key)}>
+        <button class="plain" onClick={() => missing[0] && onJump(missing[0].key)}>
           {t('missing.fill')}
         </button>
-        <button type="button" class="primary" onClick={onMake}>
+        <button class="primary" onClick={onMake}>
           {t('missing.make')}
         </button>
       </footer>

@@ -4,7 +4,8 @@ import { seconds, t } from '../app/strings';
 import { FileButton, soundFiles } from '../ui/FileButton';
 import { Icon } from '../ui/Icon';
 import { Ring } from '../ui/Ring';
-import { problemText } from '../ui/Toasts';
+import { Said } from '../ui/Said';
+import { percent, Slider } from '../ui/Slider';
 import type { Music } from './Draft';
 import { isSending, media } from './media';
 
@@ -14,6 +15,9 @@ interface Properties {
   onChange: (music: Music) => void;
   onFile: (file: File) => void;
 }
+
+/** As no input of a template is called. */
+export const musicKey = '~music';
 
 export function MusicField({ music, hasTemplateMusic, onChange, onFile }: Properties) {
   const name = useId();
@@ -25,9 +29,9 @@ export function MusicField({ music, hasTemplateMusic, onChange, onFile }: Proper
   const isHeard = (music.kind === 'template' && hasTemplateMusic) || (music.kind === 'own' && item);
 
   return (
-    <fieldset class="field">
+    <fieldset class="field" id={`field-${musicKey}`}>
       <legend class="field-head">
-        <h2>{t('music')}</h2>
+        <h2>{t('music.title')}</h2>
       </legend>
       <div class="segments">
         {kinds.map((kind) => (
@@ -50,8 +54,8 @@ export function MusicField({ music, hasTemplateMusic, onChange, onFile }: Proper
             label={t('music.choose')}
             onFiles={(files) => files[0] && onFile(files[0])}
           >
-            <Icon name="music" size={18} />
-            <span aria-hidden="true">{item ? t('replace') : t('music.choose')}</span>
+            <Icon name="music" />
+            <span aria-hidden="true">{item ? t('word.replace') : t('music.choose')}</span>
           </FileButton>
           {item && (
             <span class="music-name" dir="auto">
@@ -65,40 +69,26 @@ export function MusicField({ music, hasTemplateMusic, onChange, onFile }: Proper
           )}
         </div>
       )}
-      {item?.problem && music.kind === 'own' && (
-        <p class="said bad" role="status">
-          {problemText(item.problem)}
-        </p>
-      )}
+      {music.kind === 'own' && <Said problem={item?.problem} />}
       {isHeard && (
-        <label class="slider">
-          <span>{t('music.volume')}</span>
-          <input
-            type="range"
-            min={0}
-            max={2}
-            step={0.05}
-            value={music.volume}
-            aria-valuetext={`${Math.round(music.volume * 100)} %`}
-            onInput={(event) => onChange({ ...music, volume: Number(event.currentTarget.value) })}
-          />
-          <output>{Math.round(music.volume * 100)} %</output>
-        </label>
+        <Slider
+          label={t('music.volume')}
+          max={2}
+          step={0.05}
+          value={music.volume}
+          words={percent(music.volume)}
+          onChange={(volume) => onChange({ ...music, volume })}
+        />
       )}
       {music.kind === 'own' && length > 1 && (
-        <label class="slider">
-          <span>{t('music.start')}</span>
-          <input
-            type="range"
-            min={0}
-            max={Math.floor(length - 1)}
-            step={0.5}
-            value={music.start}
-            aria-valuetext={seconds(music.start)}
-            onInput={(event) => onChange({ ...music, start: Number(event.currentTarget.value) })}
-          />
-          <output>{seconds(music.start)}</output>
-        </label>
+        <Slider
+          label={t('music.start')}
+          max={Math.floor(length - 1)}
+          step={0.5}
+          value={music.start}
+          words={seconds(music.start)}
+          onChange={(start) => onChange({ ...music, start })}
+        />
       )}
     </fieldset>
   );

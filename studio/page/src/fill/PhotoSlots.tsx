@@ -5,7 +5,7 @@ import { t } from '../app/strings';
 import { FileButton, photoFiles } from '../ui/FileButton';
 import { Icon } from '../ui/Icon';
 import { Ring } from '../ui/Ring';
-import { problemText } from '../ui/Toasts';
+import { Said } from '../ui/Said';
 import type { Field } from './Draft';
 import { CroppedPhoto } from './CroppedPhoto';
 import { isSending, media, pictureOf, retry } from './media';
@@ -88,7 +88,6 @@ export function PhotoSlots({ inputs, fields, problems, onFiles, onCrop, onSwap, 
     const item = field && field.kind !== 'text' ? items[field.item] : undefined;
     const crop = field?.kind === 'photo' ? field.crop : undefined;
     const picture = item ? pictureOf(item) : '';
-    const problem = problems[input.key] || (item?.problem ? problemText(item.problem) : '');
     return (
       <li
         key={input.key}
@@ -107,7 +106,7 @@ export function PhotoSlots({ inputs, fields, problems, onFiles, onCrop, onSwap, 
               onFiles={(files) => onFiles(files, input.key)}
               onFocus={() => onFocus(input.key)}
             >
-              <Icon name="photo" size={28} />
+              <Icon name="photo" />
               <span aria-hidden="true">{t('photo.choose')}</span>
             </FileButton>
           )}
@@ -128,7 +127,7 @@ export function PhotoSlots({ inputs, fields, problems, onFiles, onCrop, onSwap, 
               )}
               {!isSending(item) && !item.problem && (
                 <span class="slot-badge">
-                  <Icon name="crop" size={18} />
+                  <Icon name="crop" />
                 </span>
               )}
             </button>
@@ -140,8 +139,8 @@ export function PhotoSlots({ inputs, fields, problems, onFiles, onCrop, onSwap, 
           </span>
           <span class="slot-tools">
             {item?.problem && (
-              <button type="button" class="round small" aria-label={t('again')} onClick={() => void retry(item.id)}>
-                <Icon name="again" size={18} />
+              <button type="button" class="round small" aria-label={t('word.again')} onClick={() => void retry(item.id)}>
+                <Icon name="again" />
               </button>
             )}
             {!item && hasCamera && (
@@ -152,12 +151,12 @@ export function PhotoSlots({ inputs, fields, problems, onFiles, onCrop, onSwap, 
                 label={t('photo.cameraFor', { label: input.label })}
                 onFiles={(files) => onFiles(files, input.key)}
               >
-                <Icon name="camera" size={18} />
+                <Icon name="camera" />
               </FileButton>
             )}
             {item && !isOne && (
               <button type="button" class="round small grip" aria-label={t('photo.move', { label: input.label })} {...grip(input.key)}>
-                <Icon name="grip" size={18} />
+                <Icon name="grip" />
               </button>
             )}
             {item && (
@@ -167,7 +166,7 @@ export function PhotoSlots({ inputs, fields, problems, onFiles, onCrop, onSwap, 
                 label={t('photo.replace', { label: input.label })}
                 onFiles={(files) => onFiles(files.slice(0, 1), input.key)}
               >
-                <Icon name="photo" size={18} />
+                <Icon name="photo" />
               </FileButton>
             )}
             {item && (
@@ -177,16 +176,12 @@ export function PhotoSlots({ inputs, fields, problems, onFiles, onCrop, onSwap, 
                 aria-label={t('photo.remove', { label: input.label })}
                 onClick={() => onRemove(input.key)}
               >
-                <Icon name="trash" size={18} />
+                <Icon name="trash" />
               </button>
             )}
           </span>
         </div>
-        {problem && (
-          <p class="said bad" role="status">
-            {problem}
-          </p>
-        )}
+        <Said text={problems[input.key] ?? ''} problem={item?.problem} />
       </li>
     );
   };
@@ -203,7 +198,7 @@ export function PhotoSlots({ inputs, fields, problems, onFiles, onCrop, onSwap, 
             label={t('photo.chooseAll')}
             onFiles={(files) => onFiles(files, '')}
           >
-            <Icon name="plus" size={18} />
+            <Icon name="plus" />
             <span aria-hidden="true">{t('photo.chooseAll')}</span>
           </FileButton>
         </div>

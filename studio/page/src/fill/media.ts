@@ -4,6 +4,8 @@ import { get, Problem, randomName } from '../api/client';
 import { sendFile } from '../api/upload';
 import type { Upload } from '../api/types';
 import { drop, everything, keep, keys, load } from '../app/database';
+import { megabytes, t } from '../app/strings';
+import { studio } from '../app/studio';
 import { Store } from '../app/Store';
 
 export interface Item {
@@ -75,7 +77,11 @@ export function kindOf(file: File): Upload['kind'] {
 export function addFile(file: File, kind: Upload['kind']): string {
   const id = randomName();
   const kept: KeptFile = { id, kind, name: file.name || kind, file, upload: null };
-  put({ id, kind, name: kept.name, upload: null, progress: 0, problem: null, local: URL.createObjectURL(file) });
+  const most = studio.value.settings?.limits[`${kind}Bytes`] ?? Infinity;
+  const detail = t('media.tooLarge', { size: megabytes(most / 2 ** 20) });
+  const problem = file.size > most ? new Problem({ status: 413, detail }) : null;
+  put({ id, kind, name: kept.name, upload: null, progress: 0, problem, local: URL.createObjectURL(file) });
+  if (problem) return id;
   void keep('files', id, kept);
   void upload(kept);
   return id;

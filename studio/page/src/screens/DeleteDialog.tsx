@@ -22,11 +22,10 @@ export function DeleteDialog({ video, onClose, onDeleted }: Properties) {
         <span>{t('delete.photos')}</span>
       </label>
       <footer class="dialog-foot">
-        <button type="button" class="plain" onClick={onClose}>
-          {t('cancel')}
+        <button class="plain" onClick={onClose}>
+          {t('word.cancel')}
         </button>
         <button
-          type="button"
           class="primary danger"
           onClick={() =>
             deleteVideo(video.id, photosToo).then(() => {

@@ -11,6 +11,7 @@ import { requestedContent } from '../fill/again';
 import { Draft } from '../fill/Draft';
 import { Dialog } from '../ui/Dialog';
 import { Icon } from '../ui/Icon';
+import { Line } from '../ui/Line';
 import { Screen } from '../ui/Screen';
 import { say, sayProblem } from '../ui/Toasts';
 import { DeleteDialog } from './DeleteDialog';
@@ -54,24 +55,24 @@ async function copy(text: string): Promise<boolean> {
   return done;
 }
 
-export async function changeAndMakeAgain(video: Video): Promise<void> {
-  if (!video.job) return;
+async function requested(video: Video) {
   const request = await get<JobRequest>(`/jobs/${video.job}/request`);
   const template = await get<Template>(`/templates/${request.template}?lang=${language}`);
-  const { content, lost } = await requestedContent(request, template);
-  const draft = new Draft(request.template);
+  return { template, ...(await requestedContent(request, template)) };
+}
+
+export async function changeAndMakeAgain(video: Video): Promise<void> {
+  const { template, content, lost } = await requested(video);
+  const draft = new Draft(template.id);
   await draft.open();
   draft.replace(content);
   draft.close();
   if (lost > 0) say(t('done.photosGone', { n: lost }));
-  go(`/fill/${request.template}`);
+  go(`/fill/${template.id}`);
 }
 
 async function samePhotos(video: Video): Promise<void> {
-  if (!video.job) return;
-  const request = await get<JobRequest>(`/jobs/${video.job}/request`);
-  const template = await get<Template>(`/templates/${request.template}?lang=${language}`);
-  const { content } = await requestedContent(request, template);
+  const { template, content } = await requested(video);
   const items = template.inputs.flatMap((input) => {
     const field = content.fields[input.key];
     return field?.kind === 'photo' ? [field.item] : [];
@@ -111,27 +112,20 @@ export function DoneScreen({ id }: { id: string }) {
     return () => clearTimeout(timer);
   }, [isThird]);
 
-  const copyLink = async () => {
+  const copyLink = async (hours: number, said: string) => {
     try {
-      const { url } = await post<{ url: string }>(`/videos/${id}/links`, { hours: 24 });
-      say((await copy(url)) ? t('done.copied') : url);
+      const { url } = await post<{ url: string }>(`/videos/${id}/links`, { hours });
+      say((await copy(url)) ? said : url);
     } catch (error) {
       sayProblem(error);
     }
   };
   const share = () => file && navigator.share({ files: [file], title: video?.title ?? '' }).catch(() => {});
-  const timeline = async () => {
-    try {
-      const { url } = await post<{ url: string }>(`/videos/${id}/links`, { hours: 24 * 30 });
-      say((await copy(url)) ? t('done.timelineCopied') : url);
-    } catch (error) {
-      sayProblem(error);
-    }
-  };
 
   // A code that names this machine alone would lead a phone to itself.
   const isReached = settings?.pairing || !/^(127\.|localhost$|\[::1)/.test(location.hostname);
   const title = video?.title || video?.template?.title || t('done.title');
+  const ratings = [['love', t('rating.love')], ['fine', t('rating.fine')], ['poor', t('rating.poor')]] as const;
   const again = (work: (video: Video) => Promise<void>) => video && work(video).catch(sayProblem);
 
   return (
@@ -156,7 +150,6 @@ export function DoneScreen({ id }: { id: string }) {
             )}
             {video?.hasSound && isMuted && (
               <button
-                type="button"
                 class="sound-on"
                 onClick={() => {
                   setMuted(false);
@@ -167,7 +160,7 @@ export function DoneScreen({ id }: { id: string }) {
                   }
                 }}
               >
-                <Icon name="mute" size={18} />
+                <Icon name="mute" />
                 {t('done.sound')}
               </button>
             )}
@@ -183,53 +176,38 @@ export function DoneScreen({ id }: { id: string }) {
             </div>
             <div class="tiles">
               {file && (
-                <button type="button" class="tile" onClick={share}>
+                <button class="tile" onClick={share}>
                   <Icon name="share" />
                   {t('done.share')}
                 </button>
               )}
-              <button type="button" class="tile" onClick={() => setDialog('qr')}>
+              <button class="tile" onClick={() => setDialog('qr')}>
                 <Icon name="qr" />
                 {t('done.qr')}
               </button>
-              <button type="button" class="tile" onClick={() => void copyLink()}>
+              <button class="tile" onClick={() => void copyLink(24, t('done.copied'))}>
                 <Icon name="link" />
                 {t('done.link')}
               </button>
               {settings?.timelineShare && (
-                <button type="button" class="tile" onClick={() => void timeline()}>
+                <button class="tile" onClick={() => void copyLink(24 * 30, t('done.timelineCopied'))}>
                   <Icon name="heart" />
                   {t('done.timeline')}
                 </button>
               )}
             </div>
             <div class="lines">
-              <button type="button" class="jump" onClick={() => again(changeAndMakeAgain)}>
-                <Icon name="pencil" />
-                <span>{t('done.change')}</span>
-                <Icon name="next" size={18} />
-              </button>
-              <button type="button" class="jump" onClick={() => again(samePhotos)}>
-                <Icon name="photo" />
-                <span>{t('done.samePhotos')}</span>
-                <Icon name="next" size={18} />
-              </button>
-              <button
-                type="button"
-                class="jump"
-                aria-pressed={video.kept}
+              <Line icon="pencil" text={t('done.change')} leads onClick={() => again(changeAndMakeAgain)} />
+              <Line icon="photo" text={t('done.samePhotos')} leads onClick={() => again(samePhotos)} />
+              <Line
+                icon="pin"
+                text={t('videos.keep')}
+                pressed={video.kept}
                 onClick={() => changeVideo(id, { kept: !video.kept }).then(setVideo, sayProblem)}
-              >
-                <Icon name="pin" />
-                <span>{t('videos.keep')}</span>
-              </button>
-              <button type="button" class="jump" onClick={() => setDialog('delete')}>
-                <Icon name="trash" />
-                <span>{t('video.delete')}</span>
-                <Icon name="next" size={18} />
-              </button>
+              />
+              <Line icon="trash" text={t('video.delete')} leads onClick={() => setDialog('delete')} />
             </div>
-            <p class="hint">{isSecureContext ? t('done.hint') : t('insecure')}</p>
+            <p class="hint">{isSecureContext ? t('done.hint') : t('insecure.text')}</p>
           </div>
         )}
       </div>
@@ -256,17 +234,16 @@ export function DoneScreen({ id }: { id: string }) {
         <Dialog title={t('rating.title')} onClose={() => setDialog('')}>
           <p>{t('rating.text')}</p>
           <div class="stack">
-            {(['love', 'fine', 'poor'] as const).map((answer) => (
+            {ratings.map(([answer, text]) => (
               <button
                 key={answer}
-                type="button"
                 class="plain wide"
                 onClick={() => {
                   rate(answer).then(() => say(t('rating.thanks')), sayProblem);
                   setDialog('');
                 }}
               >
-                {t(`rating.${answer}`)}
+                {text}
               </button>
             ))}
           </div>

@@ -81,7 +81,7 @@ export function MakingScreen({ id }: { id: string }) {
               {job.problem?.errors?.map((error, i) => error.remedy && <p key={i}>{error.remedy}</p>)}
               <div class="stack">
                 {job.template && (
-                  <button type="button" class="primary wide" onClick={() => go(`/fill/${job.template!.id}`)}>
+                  <button class="primary wide" onClick={() => go(`/fill/${job.template!.id}`)}>
                     {t('making.change')}
                   </button>
                 )}
@@ -95,7 +95,7 @@ export function MakingScreen({ id }: { id: string }) {
               <Bar job={job} />
               <div class="stack">
                 {canNotify() && notice === 'default' && (
-                  <button type="button" class="quiet" onClick={() => void askNotice().then(setNotice)}>
+                  <button class="quiet" onClick={() => void askNotice().then(setNotice)}>
                     <Icon name="bell" />
                     {t('making.notify')}
                   </button>
@@ -104,12 +104,11 @@ export function MakingScreen({ id }: { id: string }) {
                   {t('making.else')}
                 </a>
                 <button
-                  type="button"
                   class="text wide"
                   disabled={!job || !isActive(job) || job.state === 'cancelling'}
                   onClick={() => cancelJob(id).catch(sayProblem)}
                 >
-                  {t('cancel')}
+                  {t('word.cancel')}
                 </button>
               </div>
               <p class="hint">{t('making.hint')}</p>

@@ -115,7 +115,6 @@ export function SettingsScreen({ onLanguage }: { onLanguage: (language: Language
                   </span>
                   {!device.isCurrent && (
                     <button
-                      type="button"
                       class="quiet compact"
                       onClick={() =>
                         remove(`/sessions/${device.id}`).then(
@@ -124,7 +123,7 @@ export function SettingsScreen({ onLanguage }: { onLanguage: (language: Language
                         )
                       }
                     >
-                      {t('remove')}
+                      {t('word.remove')}
                     </button>
                   )}
                 </li>
@@ -149,20 +148,20 @@ export function SettingsScreen({ onLanguage }: { onLanguage: (language: Language
           <h2>{t('settings.yours')}</h2>
           <p class="hint">{t('settings.yoursText')}</p>
           <div class="row wrap">
-            <button type="button" class="plain danger" onClick={() => setAsks(true)}>
+            <button class="plain danger" onClick={() => setAsks(true)}>
               {t('settings.forget')}
             </button>
             {session?.kind === 'paired' && (
-              <button type="button" class="plain" onClick={() => signOut().catch(sayProblem)}>
+              <button class="plain" onClick={() => signOut().catch(sayProblem)}>
                 {t('settings.signOut')}
               </button>
             )}
           </div>
         </section>
-        {!isSecureContext && <p class="notice">{t('insecure')}</p>}
+        {!isSecureContext && <p class="notice">{t('insecure.text')}</p>}
         {settings && (
           <p class="hint">
-            multiscene {settings.version} · {t(`fence.${settings.fence}`)}
+            multiscene {settings.version} · {{ full: t('fence.full'), partial: t('fence.partial'), none: t('fence.none') }[settings.fence]}
           </p>
         )}
       </div>
@@ -170,10 +169,10 @@ export function SettingsScreen({ onLanguage }: { onLanguage: (language: Language
         <Dialog title={t('settings.forget')} onClose={() => setAsks(false)}>
           <p>{t('settings.forgetText')}</p>
           <footer class="dialog-foot">
-            <button type="button" class="plain" onClick={() => setAsks(false)}>
-              {t('cancel')}
+            <button class="plain" onClick={() => setAsks(false)}>
+              {t('word.cancel')}
             </button>
-            <button type="button" class="primary danger" onClick={() => forgetEverything().catch(sayProblem)}>
+            <button class="primary danger" onClick={() => forgetEverything().catch(sayProblem)}>
               {t('settings.forgetNow')}
             </button>
           </footer>

@@ -59,7 +59,6 @@ export function TemplateScreen({ id }: { id: number }) {
             {card.preview && moves && !isThere && <span class="live-busy" />}
             {card.preview && (isThere || !moves) && (
               <button
-                type="button"
                 class="round on-picture"
                 aria-label={moves ? (isMuted ? t('sound.on') : t('sound.off')) : t('preview.play')}
                 onClick={() => (moves ? setMuted(!isMuted) : setMoves(true))}
@@ -86,7 +85,7 @@ export function TemplateScreen({ id }: { id: number }) {
             </p>
           )}
           {card.newerOffered && card.state === 'installed' && !job && (
-            <button type="button" class="quiet" onClick={() => install(id).catch(sayProblem)}>
+            <button class="quiet" onClick={() => install(id).catch(sayProblem)}>
               <Icon name="download" />
               {t('template.update')}
             </button>
@@ -95,7 +94,6 @@ export function TemplateScreen({ id }: { id: number }) {
           <div class="action-bar">
             {card.state === 'offered' ? (
               <button
-                type="button"
                 class="primary wide"
                 disabled={card.needsNewerVersion || job !== undefined}
                 onClick={() => install(id).catch(sayProblem)}
@@ -104,7 +102,7 @@ export function TemplateScreen({ id }: { id: number }) {
                 {t('template.install', { size: megabytes(card.megabytes) })}
               </button>
             ) : (
-              <button type="button" class="primary wide" onClick={() => go(`/fill/${id}`)}>
+              <button class="primary wide" onClick={() => go(`/fill/${id}`)}>
                 {t('template.use')}
               </button>
             )}

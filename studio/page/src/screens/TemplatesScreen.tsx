@@ -83,7 +83,7 @@ export function TemplatesScreen() {
       {isOffline && (
         <p class="notice" role="status">
           <Icon name="warning" />
-          {t('offline')}
+          {t('offline.text')}
         </p>
       )}
       <p class="hidden" role="status">
@@ -105,7 +105,6 @@ export function TemplatesScreen() {
           <p>{templates.length === 0 ? t('templates.none') : t('templates.noMatch')}</p>
           {templates.length > 0 ? (
             <button
-              type="button"
               class="plain"
               onClick={() => {
                 setSearch('');
@@ -115,8 +114,8 @@ export function TemplatesScreen() {
               {t('templates.showAll')}
             </button>
           ) : (
-            <button type="button" class="plain" onClick={() => loadTemplates().catch(sayProblem)}>
-              {t('again')}
+            <button class="plain" onClick={() => loadTemplates().catch(sayProblem)}>
+              {t('word.again')}
             </button>
           )}
         </div>
@@ -130,8 +129,8 @@ export function TemplatesScreen() {
       )}
       {templates && !isOffline && (
         <p class="below">
-          <button type="button" class="text" onClick={() => lookForNew().catch(sayProblem)}>
-            <Icon name="again" size={18} />
+          <button class="text" onClick={() => lookForNew().catch(sayProblem)}>
+            <Icon name="again" />
             {t('templates.refresh')}
           </button>
         </p>
@@ -181,7 +180,6 @@ function TemplateCard({ card, isFirst }: { card: Card; isFirst: boolean }) {
             <Ring share={job.total > 0 ? shareOf(job) : null} label={t('job.installing')} />
           ) : (
             <button
-              type="button"
               class="round on-picture"
               aria-label={t('card.install', { title: card.title, size: megabytes(card.megabytes) })}
               disabled={card.needsNewerVersion}

@@ -5,6 +5,7 @@ import { day, megabytes, seconds, t } from '../app/strings';
 import { changeVideo, loadVideos, studio } from '../app/studio';
 import { Dialog } from '../ui/Dialog';
 import { Icon } from '../ui/Icon';
+import { Line } from '../ui/Line';
 import { Screen } from '../ui/Screen';
 import { sayProblem } from '../ui/Toasts';
 import { DeleteDialog } from './DeleteDialog';
@@ -18,6 +19,11 @@ export function VideosScreen() {
 
   useEffect(() => void loadVideos().catch(sayProblem), []);
 
+  /** Out of the menu, to what was chosen in it. */
+  const leave = (next: () => unknown) => {
+    next();
+    setMenu(null);
+  };
   const nameOf = (video: Video) => video.title || video.template?.title || t('done.title');
   return (
     <Screen title={t('videos.title')}>
@@ -40,7 +46,7 @@ export function VideosScreen() {
                   <span class="length">{seconds(video.seconds)}</span>
                   {video.kept && (
                     <span class="mark kept">
-                      <Icon name="pin" size={14} />
+                      <Icon name="pin" />
                       {t('video.kept')}
                     </span>
                   )}
@@ -51,12 +57,11 @@ export function VideosScreen() {
                 <span class="card-facts">{day(video.created)}</span>
               </a>
               <button
-                type="button"
                 class="round small card-more"
                 aria-label={t('videos.more', { title: nameOf(video) })}
                 onClick={() => setMenu(video)}
               >
-                <Icon name="more" size={20} />
+                <Icon name="more" />
               </button>
             </li>
           ))}
@@ -74,54 +79,22 @@ export function VideosScreen() {
               .join(' · ')}
           </p>
           <div class="lines">
-            <button
-              type="button"
-              class="jump"
-              onClick={() => {
-                setNaming(menu);
-                setMenu(null);
-              }}
-            >
-              <Icon name="text" />
-              <span>{t('videos.rename')}</span>
-            </button>
-            <button
-              type="button"
-              class="jump"
-              onClick={() => {
-                changeVideo(menu.id, { kept: !menu.kept }).catch(sayProblem);
-                setMenu(null);
-              }}
-            >
-              <Icon name="pin" />
-              <span>{menu.kept ? t('videos.unkeep') : t('videos.keep')}</span>
-            </button>
-            <button
-              type="button"
-              class="jump"
-              onClick={() => {
-                changeAndMakeAgain(menu).catch(sayProblem);
-                setMenu(null);
-              }}
-            >
-              <Icon name="pencil" />
-              <span>{t('done.change')}</span>
-            </button>
+            <Line icon="text" text={t('videos.rename')} onClick={() => leave(() => setNaming(menu))} />
+            <Line
+              icon="pin"
+              text={menu.kept ? t('videos.unkeep') : t('videos.keep')}
+              onClick={() => leave(() => changeVideo(menu.id, { kept: !menu.kept }).catch(sayProblem))}
+            />
+            <Line
+              icon="pencil"
+              text={t('done.change')}
+              onClick={() => leave(() => changeAndMakeAgain(menu).catch(sayProblem))}
+            />
             <a class="jump" href={`${menu.file}?download=1`} download>
               <Icon name="download" />
               <span>{t('done.download')}</span>
             </a>
-            <button
-              type="button"
-              class="jump"
-              onClick={() => {
-                setDeleting(menu);
-                setMenu(null);
-              }}
-            >
-              <Icon name="trash" />
-              <span>{t('video.delete')}</span>
-            </button>
+            <Line icon="trash" text={t('video.delete')} onClick={() => leave(() => setDeleting(menu))} />
           </div>
         </Dialog>
       )}
@@ -145,10 +118,10 @@ function NameDialog({ video, onClose }: { video: Video; onClose: () => void }) {
       >
         <label class="field">
           <span class="field-head">{t('videos.name')}</span>
-          <input ref={field} type="text" dir="auto" maxLength={120} defaultValue={video.title ?? ''} />
+          <input ref={field} type="text" dir="auto" maxLength={120} defaultValue={video.title ?? ''} onFocus={(event) => event.currentTarget.select()} />
         </label>
         <button type="submit" class="primary wide">
-          {t('save')}
+          {t('word.save')}
         </button>
       </form>
     </Dialog>

@@ -22,7 +22,8 @@ export function Dialog({ title, onClose, shape = 'sheet', children }: Properties
   useEffect(() => {
     const element = dialog.current;
     element?.showModal();
-    element?.querySelector<HTMLElement>('input[type=text], h2')?.focus();
+    const find = (selector: string) => element?.querySelector<HTMLElement>(selector);
+    (find('input[type=text]') ?? find('h2'))?.focus();
     const leave = enterStep(() => close.current());
     return () => {
       leave();
@@ -45,7 +46,7 @@ export function Dialog({ title, onClose, shape = 'sheet', children }: Properties
       <div class="dialog-body">
         <header class="dialog-head">
           <h2 id={id} tabIndex={-1}>{title}</h2>
-          <button type="button" class="round" aria-label={t('close')} onClick={onClose}>
+          <button class="round" aria-label={t('word.close')} onClick={onClose}>
             <Icon name="close" />
           </button>
         </header>

@@ -40,15 +40,12 @@ export type IconName = keyof typeof paths;
 
 const mirrored = new Set<IconName>(['back', 'next']);
 
-export function Icon({ name, size = 22 }: { name: IconName; size?: number }) {
+export function Icon({ name }: { name: IconName }) {
   return (
     <svg
       class={mirrored.has(name) ? 'icon mirrored' : 'icon'}
-      width={size}
-      height={size}
       viewBox="0 0 24 24"
       aria-hidden="true"
-      focusable="false"
     >
       <path d={paths[name]} />
     </svg>

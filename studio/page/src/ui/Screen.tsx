@@ -31,7 +31,7 @@ export function Screen({ title, back, narrow, lead, tools, children }: Propertie
     <main class={narrow ? 'screen narrow' : 'screen'} id="main">
       <header class="screen-head">
         {back && (
-          <a class="round" href={`#${back}`} aria-label={t('back')}>
+          <a class="round" href={`#${back}`} aria-label={t('word.back')}>
             <Icon name="back" />
           </a>
         )}
