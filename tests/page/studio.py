@@ -93,7 +93,12 @@ class Browser:
         self.devtools("Emulation.setEmulatedMedia", features=[dict(name=n, value=v) for n, v in features.items()])
         matches = "return matchMedia('(prefers-color-scheme: dark)').matches"
         self.wait("the other look", lambda: (self.run(matches) == is_dark) or None)
-        time.sleep(0.15)
+        self.rest()
+
+    def rest(self):
+        """Until everything is drawn as it stays."""
+        self.driver.execute_async_script("const done = arguments[0]; requestAnimationFrame(() => requestAnimationFrame(() => setTimeout(done, 50)))")
+        self.wait("rest", lambda: self.run("return document.getAnimations().every((a) => a.playState === 'finished')"))
 
     def open(self, address):
         self.driver.get(address)
@@ -136,6 +141,14 @@ class Browser:
         element = self.wait(text, lambda: self.run(find, text, within))
         self.run("arguments[0].scrollIntoView({block: 'center'}); arguments[0].click()", element)
 
+    def press_input(self, text):
+        """One of several that exclude each other."""
+        find = "return [...document.querySelectorAll('.segment')].find((s) => s.innerText === arguments[0])?.querySelector('input')"
+        self.run("arguments[0].click()", self.wait(text, lambda: self.run(find, text)))
+
+    def slide(self, selector, value):
+        self.run("arguments[0].value = arguments[1]; arguments[0].dispatchEvent(new Event('input', {bubbles: true}))", self.one(selector), value)
+
     def choose(self, selector, *files):
         self.wait(selector, lambda: self.all(selector))[0].send_keys("\n".join(map(str, files)))
 
@@ -166,6 +179,32 @@ class Browser:
         """What the studio answers to this page."""
         script = "const done = arguments[1]; fetch('/api/v1' + arguments[0]).then((a) => a.json()).then(done, (e) => done({error: String(e)}))"
         return self.driver.execute_async_script(script, path)
+
+    def download(self, path):
+        script = """
+            const done = arguments[1];
+            fetch('/api/v1' + arguments[0]).then((a) => a.blob()).then((blob) => {
+              const reader = new FileReader();
+              reader.onload = () => done(reader.result.split(',')[1]);
+              reader.readAsDataURL(blob);
+            });"""
+        return base64.b64decode(self.driver.execute_async_script(script, path))
+
+    def alter(self, path, change):
+        """From now on `change`, a line of script, is made of each `body` that is answered to a path that ends so."""
+        self.run(
+            """
+            const plain = window.fetch, change = new Function('body', arguments[1]);
+            window.fetch = async (address, request) => {
+              const answer = await plain(address, request);
+              if (!String(address).endsWith(arguments[0])) return answer;
+              const body = await answer.json();
+              change(body);
+              return new Response(JSON.stringify(body), answer);
+            };""",
+            path,
+            change,
+        )
 
     def requests_to(self, path):
         """From now on the bodies of requests to paths that end so are kept; `sent()` gives them."""
