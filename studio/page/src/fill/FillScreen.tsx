@@ -6,7 +6,7 @@ import { CropDialog } from '../crop/CropDialog';
 import { takeCarried } from '../app/carry';
 import { go } from '../app/router';
 import { duration, language, t } from '../app/strings';
-import { makeVideo } from '../app/studio';
+import { makeVideo, studio } from '../app/studio';
 import { Icon, type IconName } from '../ui/Icon';
 import { Screen } from '../ui/Screen';
 import { say, sayProblem } from '../ui/Toasts';
@@ -39,6 +39,8 @@ function useSame<T>(value: T): T {
   const key = JSON.stringify(value);
   return useMemo(() => value, [key]);
 }
+
+const add = (file: File, kind: 'photo' | 'video' | 'sound') => addFile(file, kind, studio.value.settings?.limits[`${kind}Bytes`]);
 
 function isTyping(target: EventTarget | null): boolean {
   return target instanceof HTMLTextAreaElement || (target instanceof HTMLInputElement && target.type === 'text');
@@ -155,7 +157,7 @@ function Form({ template, draft }: { template: Template; draft: Draft }) {
           ? empty
           : photos;
       const taken = files.slice(0, places.length);
-      const added = taken.map((file, i) => [places[i]!.key, addFile(file, 'photo')] as const);
+      const added = taken.map((file, i) => [places[i]!.key, add(file, 'photo')] as const);
       draft.change('photos', (old) => ({
         ...old,
         fields: {
@@ -351,7 +353,7 @@ function Form({ template, draft }: { template: Template; draft: Draft }) {
                   problem={problems[input.key] ?? ''}
                   onFile={(file) => {
                     if (kindOf(file) === 'sound') return say(t('film.notAFilm'), true);
-                    draft.setField(input.key, { kind: 'video', item: addFile(file, 'video'), start: 0, volume: 1 });
+                    draft.setField(input.key, { kind: 'video', item: add(file, 'video'), start: 0, volume: 1 });
                     activate(input.key);
                   }}
                   onChange={(change) => field?.kind === 'video' && draft.setField(input.key, { ...field, ...change })}
@@ -377,7 +379,7 @@ function Form({ template, draft }: { template: Template; draft: Draft }) {
             music={content.music}
             hasTemplateMusic={template.music}
             onChange={(changed) => draft.setMusic(changed)}
-            onFile={(file) => draft.setMusic({ ...content.music, kind: 'own', item: addFile(file, 'sound'), start: 0 })}
+            onFile={(file) => draft.setMusic({ ...content.music, kind: 'own', item: add(file, 'sound'), start: 0 })}
           />
           {(Object.keys(content.fields).length > 0 || content.music !== templateMusic) && (
             <p class="form-end">

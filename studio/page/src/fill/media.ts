@@ -5,7 +5,6 @@ import { sendFile } from '../api/upload';
 import type { Upload } from '../api/types';
 import { drop, everything, keep, keys, load } from '../app/database';
 import { megabytes, t } from '../app/strings';
-import { studio } from '../app/studio';
 import { Store } from '../app/Store';
 
 export interface Item {
@@ -73,11 +72,10 @@ export function kindOf(file: File): Upload['kind'] {
   return 'photo';
 }
 
-/** Takes a chosen file and begins to send it. */
-export function addFile(file: File, kind: Upload['kind']): string {
+/** Takes a chosen file and begins to send it, unless it has more bytes than the studio takes. */
+export function addFile(file: File, kind: Upload['kind'], most = Infinity): string {
   const id = randomName();
   const kept: KeptFile = { id, kind, name: file.name || kind, file, upload: null };
-  const most = studio.value.settings?.limits[`${kind}Bytes`] ?? Infinity;
   const detail = t('media.tooLarge', { size: megabytes(most / 2 ** 20) });
   const problem = file.size > most ? new Problem({ status: 413, detail }) : null;
   put({ id, kind, name: kept.name, upload: null, progress: 0, problem, local: URL.createObjectURL(file) });
