@@ -222,7 +222,7 @@ class PageTest(unittest.TestCase):
         browser.alter("/videos", "body.videos.push({...body.videos[0], id: 'vid_2'}, {...body.videos[0], id: 'vid_3'})")
         browser.go("/")
         browser.go("/videos")
-        browser.wait("three", lambda: len(browser.all(".card-more")) == 3)
+        browser.wait("three", lambda: len(browser.all(".card-more")) >= 3)
         for is_first in (True, False):
             browser.go(f"/video/{video}")
             browser.one(".stage-picture video")
@@ -559,7 +559,6 @@ class PageTest(unittest.TestCase):
         self.assertEqual(len(desk.wait("two devices", lambda: desk.all(".devices li"))), 2)
         self.assert_accessible(desk, "pairing")
         desk.press(".devices button")
-        phone.go("/videos")
         phone.heading("Hello")
 
     def test_the_page_is_small_and_still(self):

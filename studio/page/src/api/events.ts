@@ -78,9 +78,10 @@ export class Events {
     };
     source.onopen = () => tell('opened');
     source.onerror = () => {
-      tell('lost');
-      // A refusal (over the cap, or signed out) ends an EventSource for good.
-      if (source.readyState === EventSource.CLOSED) setTimeout(() => this.adapt(), 5000);
+      if (source.readyState !== EventSource.CLOSED) return tell('lost');
+      // A refusal (over the cap, or shown out) ends an EventSource for good: who asks is told which it was.
+      tell('opened');
+      setTimeout(() => this.adapt(), 5000);
     };
     for (const told of ['job', 'video', 'template'] as const)
       source.addEventListener(told, (event) => tell(told, JSON.parse((event as MessageEvent<string>).data)));

@@ -107,7 +107,7 @@ async function enter(session: Session): Promise<void> {
 export async function start(key: { key: string } | { code: string } | null): Promise<void> {
   onSignedOut(() => {
     events.stop();
-    studio.set({ session: null });
+    studio.set({ session: null, isOffline: false });
   });
   try {
     const session = key
