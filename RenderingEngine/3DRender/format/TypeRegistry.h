@@ -21,24 +21,29 @@ class TypeRegistry {
 
     /// The entry of a type name, or none.
     static const Entry* find(std::string_view name) {
-        const auto found = entries().find(name);
-        return found == entries().end() ? nullptr : &found->second;
+        const auto found = all().find(name);
+        return found == all().end() ? nullptr : &found->second;
     }
 
     /// All types in alphabetical order.
-    static const std::map<std::string, Entry, std::less<>>& all() { return entries(); }
+    static const std::map<std::string, Entry, std::less<>>& all() { return entries().byName; }
 
     /// A static object of this type registers a name before main() runs.
     struct Registration {
         Registration(std::string_view name, std::shared_ptr<Made> (*make)(Arguments...),
                      const KeyTable& keys) {
-            entries().emplace(std::string(name), Entry{make, &keys});
+            entries().byName.emplace(std::string(name), Entry{make, &keys});
         }
     };
 
   private:
-    static std::map<std::string, Entry, std::less<>>& entries() {
-        static std::map<std::string, Entry, std::less<>> registered;
+    /// A type of our own: what is named after one of the library's has another symbol with each compiler, and
+    /// would be there twice where two compilers' code is linked together.
+    struct Entries {
+        std::map<std::string, Entry, std::less<>> byName;
+    };
+    static Entries& entries() {
+        static Entries registered;
         return registered;
     }
 };
