@@ -74,9 +74,13 @@ void makeFolders() {
     }
 }
 
+/// Throws platform::Error when a passing fault keeps that from being known: it is not as if there were none.
 bool hasContent(const std::string& file) {
     std::error_code failure;
-    return std::filesystem::file_size(file, failure) > 0 && !failure;
+    const auto size = std::filesystem::file_size(file, failure);
+    if (failure && platform::isPassing(failure.value()))
+        throw platform::errnoError(failure.value(), "cannot be looked at", file);
+    return !failure && size > 0;
 }
 
 /// What is recorded is in two files then, and can be read from both together only.

@@ -15,8 +15,7 @@ std::filesystem::path settingsFile() { return platform::dataHome() / "settings.j
 
 Value settings() {
     const std::filesystem::path file = settingsFile();
-    std::error_code ignored;
-    if (!std::filesystem::exists(file, ignored)) return Value::Dictionary();
+    if (!platform::isThere(file)) return Value::Dictionary();
     const auto bytes = platform::readFile(file, platform::limitOf("maxSettingsBytes"));
     return platform::parseJson({reinterpret_cast<const char*>(bytes.data()), bytes.size()}, file.string(),
                                platform::ErrorKind::Failed);
