@@ -234,7 +234,7 @@ void Studio::Core::stop(std::chrono::milliseconds patience) {
     });
     server->stop(patience);
     server.reset();
-    timers.reset();
+    timers->stop();  // what waits in the queue may still ask them
     queue.sync([this] {
         metrics.reset();
         accessLog.reset();

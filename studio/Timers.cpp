@@ -8,13 +8,13 @@ Timers::Timers(platform::DispatchQueue& queue) : queue_(queue), thread_([this] {
     pthread_setname_np(thread_.native_handle(), "timers");
 }
 
-Timers::~Timers() {
+void Timers::stop() {
     {
         const std::lock_guard lock(mutex_);
         isStopping_ = true;
     }
     changed_.notify_all();
-    thread_.join();
+    if (thread_.joinable()) thread_.join();
 }
 
 void Timers::after(std::chrono::milliseconds delay, std::function<void()> task) {

@@ -16,12 +16,13 @@ class Timers {
   public:
     /// `queue` outlives the timers.
     explicit Timers(platform::DispatchQueue& queue);
-    /// What is not due is forgotten.
-    ~Timers();
+    ~Timers() { stop(); }
     Timers(const Timers&) = delete;
     Timers& operator=(const Timers&) = delete;
 
     void after(std::chrono::milliseconds delay, std::function<void()> task);
+    /// Nothing becomes due any more.
+    void stop();
 
   private:
     using Time = std::chrono::steady_clock::time_point;
