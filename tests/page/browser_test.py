@@ -485,6 +485,25 @@ class PageTest(unittest.TestCase):
         for path in ("/settings", "/", "/videos"):
             self.assertEqual(len({texts[language, path] for language in ("zh", "ja", "en")}), 3)
 
+    def test_nothing_is_cut_when_all_is_twice_as_large(self):
+        cut = (pathlib.Path(__file__).parent / "cut.js").read_text()
+        zoomed = self.browser(*DESK)
+        zoomed.resize(*DESK, zoom=2)
+        letters = Browser(*PHONE, letters=32)
+        self.addCleanup(letters.close)
+        letters.open(self.studio.address)
+        for browser, how in ((zoomed, "zoom"), (letters, "letters")):
+            screens = {"/": ".card-picture img", "/template/1900": ".needs li", "/fill/2100": ".slot", "/settings": ".check", "/fill/1900": ".action-bar"}
+            for path, awaited in screens.items():
+                browser.go(path)
+                browser.one(awaited)
+                browser.rest()
+                with self.subTest(how=how, path=path):
+                    self.assertEqual(browser.run(cut), [])
+            browser.press_text("Make video")
+            browser.one("dialog[open]")
+            self.assertEqual(browser.run(cut), [], f"{how}: what is missing")
+
     def test_the_studio_goes_away_and_comes_back(self):
         browser = self.browser(*PHONE)
         browser.wait("the page being kept", lambda: browser.driver.execute_async_script("const done = arguments[0]; navigator.serviceWorker.ready.then((r) => done(!!r.active))"))

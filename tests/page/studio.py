@@ -63,13 +63,14 @@ class Studio:
 class Browser:
     """One window of a size, with a profile of its own."""
 
-    def __init__(self, width, height, is_phone=False, names=""):
-        """`names`: such names lead to this machine."""
+    def __init__(self, width, height, is_phone=False, names="", letters=16):
+        """`names`: such names lead to this machine; `letters`: how large somebody wants to have them."""
         options = webdriver.ChromeOptions()
         for argument in ("--headless=new", "--no-sandbox", "--disable-gpu", "--hide-scrollbars", "--disable-dev-shm-usage"):
             options.add_argument(argument)
         if names:
             options.add_argument(f"--host-resolver-rules=MAP {names} 127.0.0.1")
+        options.add_experimental_option("prefs", {"webkit.webprefs.default_font_size": letters})
         options.set_capability("goog:loggingPrefs", {"browser": "ALL"})
         self.driver = webdriver.Chrome(service=Service(shutil.which("chromedriver")), options=options)
         self.driver.set_script_timeout(PATIENCE)
@@ -83,8 +84,8 @@ class Browser:
     def devtools(self, command, **parameters):
         return self.driver.execute_cdp_cmd(command, parameters)
 
-    def resize(self, width, height, is_phone=False):
-        self.devtools("Emulation.setDeviceMetricsOverride", width=width, height=height, deviceScaleFactor=1, mobile=is_phone)
+    def resize(self, width, height, is_phone=False, zoom=1):
+        self.devtools("Emulation.setDeviceMetricsOverride", width=width // zoom, height=height // zoom, deviceScaleFactor=zoom, mobile=is_phone)
         self.devtools("Emulation.setTouchEmulationEnabled", enabled=is_phone)
 
     def look(self, is_dark):

@@ -62,7 +62,7 @@ export function duration(value: number): string {
 }
 
 export function megabytes(value: number): string {
-  return t('unit.megabytes', { n: value < 10 ? value.toFixed(1) : Math.round(value) });
+  return t('unit.megabytes', { n: value < 10 ? Math.max(0.1, value).toFixed(1) : Math.round(value) });
 }
 
 export function day(text: string): string {

@@ -147,7 +147,7 @@ export function SettingsScreen({ onLanguage }: { onLanguage: (language: Language
         <section class="panel">
           <h2>{t('settings.yours')}</h2>
           <p class="hint">{t('settings.yoursText')}</p>
-          <div class="row wrap">
+          <div class="row">
             <button class="plain danger" onClick={() => setAsks(true)}>
               {t('settings.forget')}
             </button>
