@@ -12,6 +12,7 @@ import http.server
 import math
 import pathlib
 import re
+import shutil
 import signal
 import subprocess
 import sys
@@ -62,6 +63,7 @@ class PageTest(unittest.TestCase):
     def setUpClass(cls):
         cls.axe_source = pathlib.Path(options.axe).read_text()
         cls.folder = pathlib.Path(tempfile.mkdtemp(prefix="page-test-"))
+        cls.addClassCleanup(shutil.rmtree, cls.folder, ignore_errors=True)
         # Every place has a colour of its own: red tells how far right it lies, green how far down.
         cls.map = cls.folder / "map.png"
         cls.map.write_bytes(png(600, 400, lambda x, y: (20 + x * 200 // 600, 20 + y * 200 // 400, 128)))
@@ -84,6 +86,7 @@ class PageTest(unittest.TestCase):
 
         server = http.server.ThreadingHTTPServer(("127.0.0.1", 0), functools.partial(Quiet, directory=offered))
         threading.Thread(target=server.serve_forever, daemon=True).start()
+        cls.addClassCleanup(server.server_close)
         cls.addClassCleanup(server.shutdown)
         return f"http://127.0.0.1:{server.server_port}"
 
