@@ -470,11 +470,12 @@ class PageTest(unittest.TestCase):
     def test_three_languages_on_the_smallest_screen(self):
         browser = self.browser(320, 568, True)
         browser.go("/settings")
-        texts = {}
+        texts, problems = {}, set()
         for language, name in (("zh", "中文"), ("ja", "日本語"), ("en", "English")):
             browser.go("/settings")
             browser.press_input(name)
             browser.wait(f"the language {language}", lambda: browser.run("return document.documentElement.lang") == language)
+            problems.add(browser.api("/videos/none")["title"])
             for path in ("/settings", "/", "/template/1100", "/fill/2100", "/videos"):
                 browser.go(path)
                 browser.one("h1")
@@ -485,6 +486,7 @@ class PageTest(unittest.TestCase):
                     self.assertNotRegex(words, r"\b[a-z]+\.[a-z][A-Za-z]+\b(?!\.)", "a text without translation")
                     texts[language, path] = words
                     self.assertEqual(browser.axe(self.axe_source), [])
+        self.assertEqual(len(problems), 3)
         for path in ("/settings", "/", "/videos"):
             self.assertEqual(len({texts[language, path] for language in ("zh", "ja", "en")}), 3)
 

@@ -33,6 +33,8 @@ export function preferredLanguage(): Language {
 /** The addresses of the tables come with the page, since their names hold a hash of what is in them. */
 export async function loadStrings(wanted: Language): Promise<void> {
   language = wanted;
+  // What the studio says, too: problems, and the names of templates.
+  document.cookie = `language=${wanted};path=/;max-age=31536000;samesite=strict`;
   const name = document.documentElement.dataset[wanted];
   const answer = await fetch(name ?? '');
   if (!answer.ok) throw new Error(`strings ${wanted}: ${answer.status}`);

@@ -8,7 +8,7 @@ import { Ring } from '../ui/Ring';
 import { Said } from '../ui/Said';
 import type { Field } from './Draft';
 import { CroppedPhoto } from './CroppedPhoto';
-import { isSending, media, pictureOf, retry } from './media';
+import { isSending, isTooLarge, media, pictureOf, retry } from './media';
 
 interface Properties {
   inputs: Input[];
@@ -138,7 +138,7 @@ export function PhotoSlots({ inputs, fields, problems, onFiles, onCrop, onSwap, 
             {input.label}
           </span>
           <span class="slot-tools">
-            {item?.problem && (
+            {item?.problem && !isTooLarge(item.problem) && (
               <button type="button" class="round small" aria-label={t('word.again')} onClick={() => void retry(item.id)}>
                 <Icon name="again" />
               </button>

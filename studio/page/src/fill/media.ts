@@ -85,6 +85,9 @@ export function addFile(file: File, kind: Upload['kind'], most = Infinity): stri
   return id;
 }
 
+/** It would be again. */
+export const isTooLarge = (problem: Error) => problem instanceof Problem && problem.status === 413;
+
 /** Sends a file again whose sending failed. */
 export async function retry(id: string): Promise<void> {
   const kept = await load<KeptFile>('files', id);
