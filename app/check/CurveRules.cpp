@@ -7,14 +7,13 @@
 #include "format/DictionaryWalk.h"
 #include "sceneFile/SceneFileKeys.h"
 #include "tween/Ease.h"
+#include "tween/MotionPath.h"
 
 namespace multiscene::rules {
 
 using platform::Value;
 
 namespace {
-
-constexpr float kFirstPath = firstBezierEase;  // of an end position's component: it names a path
 
 bool hasAxis(int64_t code, int64_t axis) { return code % 10 == axis || code / 10 == axis; }
 
@@ -87,10 +86,10 @@ class NodeOwnedWalk : public DictionaryVisitor {
         const glm::vec3 end = KeyReader(table, item).vector3("endTranslate");
         const bool overlaps = &table == &mutableTranslateKeys;
         for (int axis = 0; axis < 3; ++axis) {
-            if (!(end[axis] >= kFirstPath)) continue;
+            if (!namesMotionPath(end[axis])) continue;
             // An item of "MutableTransformArray" looks its z path up under the number of y.
             const float number = overlaps && axis == 2 ? end.y : end[axis];
-            judgePath(std::to_string(static_cast<int64_t>(number)), axis, keyPath + ".endTranslate");
+            judgePath(motionPathName(number), axis, keyPath + ".endTranslate");
         }
     }
 

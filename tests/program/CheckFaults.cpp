@@ -211,6 +211,8 @@ std::vector<Fault> faults() {
         {"EaseWithoutCurve", "object3D[1].TransformArray[0].translateEase", "\"30001\"",
          nodeWith("TransformArray", Value::Array{frames(0, 3).with("translateEase", 30001)})},
         {"PathOfAnotherName", "object3D[1].TransformArray[0].endTranslate", "\"30002\"", pathTo("30002,0,0")},
+        {"PathBeyondAllNumbers", "object3D[1].TransformArray[0].endTranslate", "\"2147483647\"",
+         pathTo("99999999999999999999,0,0")},
         {"PathWithoutAxis", "object3D[1].TransformArray[0].endTranslate", "has no z", pathTo("0,0,30001")},
         {"CurveThatNothingNames", "object3D[1].BezierArray[0].bezierIdentifier", "30000 or more",
          pathTo("0,0,0", "swing")},

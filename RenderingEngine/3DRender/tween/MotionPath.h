@@ -12,11 +12,14 @@ constexpr float firstMotionPath = 30000;
 
 inline bool namesMotionPath(float endValue) { return endValue >= firstMotionPath; }
 
+/// The path that an end position names: a whole number. What no 32-bit number can hold saturates.
+inline std::string motionPathName(float endValue) {
+    return std::to_string(platform::Value(static_cast<double>(endValue)).intValue());
+}
+
 /// The coordinate (slot 0 x, 1 y, 2 z) of the path that `name` spells as a whole number, at `time`.
 inline float motionPathCoordinate(const TweenTarget& target, float name, int slot, float time) {
-    // Names that no 32-bit number can hold saturate.
-    const int32_t number = platform::Value(static_cast<double>(name)).intValue();
-    const BezierSample sample = target.bezierResultWithTime(time, std::to_string(number));
+    const BezierSample sample = target.bezierResultWithTime(time, motionPathName(name));
     return static_cast<float>(sample.slots[static_cast<size_t>(slot)]);
 }
 
