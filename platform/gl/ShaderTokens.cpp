@@ -136,7 +136,9 @@ class Expansion {
         constexpr auto deepest = limitOf<size_t>("maxMacroDepth");
         if (++depth_ > deepest)
             refuse("has macros within macros, more than " + std::to_string(deepest) + " deep");
-        const bool isCalled = at + 1 < words.size() && words[at + 1] == "(";
+        const bool takesArguments =
+            std::ranges::any_of(definitions, [](const Macro& macro) { return macro.parameters.has_value(); });
+        const bool isCalled = takesArguments && at + 1 < words.size() && words[at + 1] == "(";
         size_t last = at;
         const std::vector<Words> given = isCalled ? argumentsAt(words, at + 1, last) : std::vector<Words>();
         open_.insert(name);
@@ -179,6 +181,8 @@ class Expansion {
                 given.emplace_back();
             else
                 given.back().push_back(word);
+            // Calls within calls gather the same words again and again.
+            if (isTooMuch(given.back())) break;
         }
         last = std::min(last, words.size() - 1);
         for (Words& argument : given) {

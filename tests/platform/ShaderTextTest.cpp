@@ -48,6 +48,7 @@ TEST(ShaderText, WhatWouldGrowWithoutBoundIsRefused) {
          "macros expanded"},
         {"#define F(a) a a\n" + mainOf(repeated("F(", 20) + "1.0" + repeated(")", 20) + ";"),
          "macros expanded"},
+        {"#define F(a)\n" + mainOf(repeated("F(", 7000)), "macros expanded"},
         {"#define JOIN(a, b) a ## b\n" + mainOf("JOIN(whi, le)(true) {}"), "##"},
         {mainOf("float y = " + repeated("sin(x)+", 12'000) + "0.0;"), "macros expanded"},
         {mainOf("float a[1000000];"), "elements in an array"},
@@ -104,6 +105,8 @@ TEST(ShaderText, WhatShadersDoIsAllowed) {
              mainOf("for(int i=0;i<lightNumber;i++) c+=x;"),
              std::string("void main() {\r\n  gl_FragColor = vec4(1.0); \\\r\n }\r\n"),
              std::string("#define a b\n#define b a\n") + mainOf("a b;"),
+             // a macro without parameters calls nothing
+             "#define V vec2\n" + mainOf("x = " + repeated("V(", 250) + "1.0" + repeated(")", 250) + ";"),
          })
         EXPECT_THAT(shaderTextProblem(text), IsEmpty()) << text;
 }
