@@ -1,12 +1,15 @@
 #include <algorithm>
 #include <filesystem>
+#include <vector>
 
 #include "app/check/Checker.h"
+#include "app/check/FindingLines.h"
 #include "app/data/QVDataManager.h"
 #include "app/job/JobFolder.h"
 #include "app/job/Playable.h"
 #include "cli/Commands.h"
 #include "cli/FencedCommand.h"
+#include "cli/FindingFields.h"
 #include "cli/SourceReach.h"
 
 namespace multiscene::cli {
@@ -37,7 +40,7 @@ class CheckCommand : public FencedCommand {
 
     int work(Console& console, std::stop_token, const std::function<void()>&) override {
         const Findings findings = findingsOf(path_);
-        for (const Finding& finding : findings) console.finding(finding);
+        tell(console, findings);
         printTotal(console, findings);
         return isFaulty(findings) ? kFound : 0;
     }
@@ -55,6 +58,21 @@ class CheckCommand : public FencedCommand {
         if (isReadWhereItLies(path)) return checkPath(path, &catalogue);
         const JobFolder job;
         return checkPath(unpackTemplate(path, job), &catalogue);
+    }
+
+    /// Programs are told the lines, too, so that an editor can go there; not of what was unpacked for this.
+    void tell(Console& console, const Findings& findings) const {
+        const bool hasLines = console.isJson() && isReadWhereItLies(path_);
+        const auto lines = hasLines ? linesOf(findings, path_) : std::vector<size_t>(findings.size());
+        for (size_t index = 0; index < findings.size(); ++index) {
+            if (lines[index] == 0) {
+                console.finding(findings[index]);
+                continue;
+            }
+            auto fields = fieldsOf(findings[index]);
+            fields["line"] = static_cast<int64_t>(lines[index]);
+            console.event("finding", std::move(fields));
+        }
     }
 
     /// Warnings alone are for the author to judge.

@@ -250,8 +250,10 @@ std::string_view firstWord(std::string_view words) { return words.substr(0, word
 /// What stands where a command should, when it is none.
 std::string unknownCommand(const CommandWords& given) {
     std::vector<std::string_view> firsts, seconds;
+    bool takesWords = false;  // what follows may be something else than a command
     for (const CommandEntry& entry : commands()) {
         const std::string_view name(entry.name), first = firstWord(name);
+        takesWords = takesWords || name == given.group;
         // One that is left out of the help is not what somebody has meant.
         if (!*entry.summary && first != given.group) continue;
         firsts.push_back(first);
@@ -259,7 +261,7 @@ std::string unknownCommand(const CommandWords& given) {
             seconds.push_back(firstWord(name.substr(first.size() + 1)));
     }
     const std::string unknown = unlessKnown(given.group, firsts);
-    return unknown.empty() && !seconds.empty() ? unlessKnown(given.name, seconds) : unknown;
+    return unknown.empty() && !seconds.empty() && !takesWords ? unlessKnown(given.name, seconds) : unknown;
 }
 
 /// The words of the command that was understood, as "multiscene templates show".

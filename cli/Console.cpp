@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstdio>
 
+#include "cli/FindingFields.h"
 #include "cli/Table.h"
 #include "platform/base/Clock.h"
 #include "platform/base/Json.h"
@@ -205,11 +206,7 @@ void Console::jobProgress(const JobProgress& progress) {
 
 void Console::finding(const Finding& finding) {
     if (!isJson_) return line(printable(multiscene::describe(finding)));  // a template may hold anything
-    event("finding", {{"severity", word(finding.severity)},
-                      {"file", finding.file},
-                      {"key", finding.keyPath},
-                      {"message", finding.message},
-                      {"remedy", finding.remedy}});
+    event("finding", fieldsOf(finding));
 }
 
 void Console::status(const std::string& text) {

@@ -49,7 +49,8 @@ class HoldCommand : public Command {
         errand.folder = job.path();
         errand.connection = socket.descriptor();
         return fenced.run(errand, [this](Workplace& place) {
-            StillPerformer performer(std::move(place.connection), request_, place.console, place.stop);
+            StillPerformer performer(std::move(place.connection), request_, stays_, place.console,
+                                     place.stop);
             performer.run();
             return 0;
         });
@@ -79,10 +80,12 @@ class HoldCommand : public Command {
             request_.mostWidth =
                 static_cast<int>(std::clamp<int64_t>(opening.integer("width"), 16, kMostWidth));
         folder_ = opening.string("folder");
+        stays_ = opening.boolean("stays");
         return true;
     }
 
     RenderRequest request_;
+    bool stays_ = false;
     fs::path folder_;  ///< of the files that values name
 };
 

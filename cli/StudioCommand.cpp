@@ -9,6 +9,7 @@
 #include "platform/base/Paths.h"
 #include "platform/qr/QrCode.h"
 #include "studio/Studio.h"
+#include "studio/workbench/WorkbenchApi.h"
 
 namespace multiscene::cli {
 
@@ -39,6 +40,11 @@ int64_t numberWithin(const std::string& value, int64_t least, int64_t most) {
 class StudioCommand : public Command {
   public:
     void declare(Arguments& arguments) override {
+        // A word that may be missing.
+        arguments.option("DIR", "",
+                         "The folder of a template that you write: opens its workbench, which follows what "
+                         "is saved",
+                         [this](const std::string& value) { template_ = value; });
         arguments.option("--port", "N", "Where it listens, 8484 unless told otherwise; 0: any that is free",
                          [this](const std::string& value) { settings_.port = portOf(value); });
         arguments.flag("--listen", "Serve devices of the network, too: they are let in by a pairing code",
@@ -70,6 +76,7 @@ class StudioCommand : public Command {
             "--webhook-allow", "HOST", "Tell this host of jobs, too, although it is none of the Internet",
             [this](const std::string& value) { settings_.webhookAllow.push_back(value); }, Occurs::AnyNumber);
         arguments.example("multiscene studio");
+        arguments.example("multiscene studio my-template");
         arguments.example("multiscene studio --listen");
         arguments.example("multiscene studio token add my-service --scope make");
     }
@@ -78,6 +85,8 @@ class StudioCommand : public Command {
         if (settings_.certificateFile.empty() != settings_.keyFile.empty())
             throw Error(ErrorKind::Usage, "HTTPS needs both --tls-cert and --tls-key", "",
                         settings_.keyFile.empty() ? "--tls-key" : "--tls-cert");
+        std::filesystem::path workbench;
+        if (!template_.empty()) workbench = studio::workbenchFolder(template_);
         const SignalWatch signals;
         settings_.home = platform::dataHome();
         settings_.programOptions = settings.words;
@@ -86,7 +95,7 @@ class StudioCommand : public Command {
             if (isForSomebody(console)) tellPairing(console, code, url);
         };
         settings_.notice = [&](const std::string& text) { console.jobNote(text); };
-        Studio studio(settings_);
+        Studio studio(settings_, workbench);
         tell(console, studio);
         if (settings_.opensPage) openPage(studio.openerFile());
         waitFor(signals.stopToken());
@@ -124,6 +133,7 @@ class StudioCommand : public Command {
     }
 
     StudioSettings settings_;
+    std::string template_;
     bool isService_ = false, staysClosed_ = false;
 };
 

@@ -30,6 +30,7 @@
 #include "studio/uploads/UploadsApi.h"
 #include "studio/videos/VideosApi.h"
 #include "studio/webhooks/WebhooksApi.h"
+#include "studio/workbench/WorkbenchApi.h"
 
 namespace multiscene::studio {
 
@@ -41,7 +42,7 @@ using platform::FileLock;
 namespace {
 
 constexpr std::chrono::seconds kMostSecondsToRead{4};
-constexpr const char *kAddress = "address", *kOpener = "open.html";
+constexpr const char *kAddress = "address", *kOpener = "open.html", *kWorkbenchPage = "workbench.html";
 
 /// The folders, with a database that this version knows.
 FileLock takeFolders(const StudioFolders& folders, const StudioSettings& settings) {
@@ -106,7 +107,7 @@ fs::path pageFolderOf(const StudioSettings& settings) {
 }  // namespace
 
 struct Studio::Core {
-    explicit Core(StudioSettings given);
+    Core(StudioSettings given, fs::path workbenchFolder);
     ~Core() { stop(std::chrono::milliseconds(0)); }
 
     void inQueue(const std::function<void()>& work);
@@ -118,6 +119,7 @@ struct Studio::Core {
     std::string pairingUrl(const std::string& code) const;
 
     const StudioSettings settings;
+    const fs::path workbench;  ///< empty: none
     const StudioFolders folders;
     const FileLock lock;
     SessionStore sessions;
@@ -138,8 +140,9 @@ struct Studio::Core {
     std::unique_ptr<Metrics> metrics;
 };
 
-Studio::Core::Core(StudioSettings given)
+Studio::Core::Core(StudioSettings given, fs::path workbenchFolder)
     : settings(withoutSlash(std::move(given))),
+      workbench(std::move(workbenchFolder)),
       folders(settings.home),
       lock(takeFolders(folders, settings)),
       sessions(folders.database),
@@ -182,7 +185,8 @@ void Studio::Core::readTemplates() {
 
 /// The one place where the parts of the API are listed.
 void Studio::Core::makeResources() {
-    key = std::make_unique<StartKey>(pageUrl("127.0.0.1"), folders.studio / kAddress,
+    const std::string page = pageUrl("127.0.0.1") + (workbench.empty() ? "" : kWorkbenchPage);
+    key = std::make_unique<StartKey>(page, folders.studio / kAddress,
                                      settings.opensPage ? folders.studio / kOpener : fs::path());
     if (settings.isListening || !settings.publicUrl.empty())
         pairing = std::make_unique<Pairing>([this](const std::string& code) {
@@ -217,6 +221,7 @@ void Studio::Core::makeResources() {
         if (accessLog) accessLog->write(answered);
     });
     add(std::make_unique<TemplatesApi>(parts, book));
+    if (!workbench.empty()) add(std::make_unique<WorkbenchApi>(parts, workbench));
     add(std::make_unique<PageApi>(pageFolderOf(settings)));
 }
 
@@ -259,7 +264,8 @@ std::string Studio::Core::pairingUrl(const std::string& code) const {
     return page + "#code=" + code;
 }
 
-Studio::Studio(StudioSettings settings) : core_(std::make_unique<Core>(std::move(settings))) {}
+Studio::Studio(StudioSettings settings, fs::path workbench)
+    : core_(std::make_unique<Core>(std::move(settings), std::move(workbench))) {}
 Studio::~Studio() = default;
 uint16_t Studio::port() const { return core_->server->port(); }
 uint16_t Studio::metricsPort() const { return core_->metrics->port(); }

@@ -17,9 +17,10 @@ namespace multiscene::studio {
 /// address with the key that lets the person at this machine in.
 class Studio {
   public:
-    /// Throws platform::Error: Failed when one runs already, when the port is taken, or when the folder or
-    /// the certificate are of no use; Usage for wrong settings.
-    explicit Studio(StudioSettings settings);
+    /// `workbench`: the folder of a template that its author writes (workbenchFolder); the page is its
+    /// workbench then. Throws platform::Error: Failed when one runs already, when the port is taken, or when
+    /// the folder or the certificate are of no use; Usage for wrong settings.
+    explicit Studio(StudioSettings settings, std::filesystem::path workbench = {});
     /// stop() without patience.
     ~Studio();
     Studio(const Studio&) = delete;

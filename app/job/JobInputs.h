@@ -30,7 +30,7 @@ struct JobInputs {
     /// A JSON object from key to text, number, path, or a dictionary of "file" and what is wanted of it;
     /// empty: none.
     std::filesystem::path mediaFile;
-    platform::Value media;  ///< the same, as it is; paths are absolute
+    platform::Value media;  ///< the same, as it is; paths are absolute, and what it says wins
 };
 
 }  // namespace multiscene

@@ -469,8 +469,8 @@ UserValues collectUserValues(const JobInputs& given, const Playable& playable, P
         collector.addVideoVolume(volume.key, volume.value);
     for (const JobInputs::Given& start : given.videoStarts) collector.addVideoStart(start.key, start.value);
     for (const JobInputs::Given& video : given.videos) collector.addVideo(video.key, video.value);
-    if (!given.mediaFile.empty()) collector.addMediaFile(given.mediaFile);
     if (given.media) collector.addMedia(given.media, {});
+    if (!given.mediaFile.empty()) collector.addMediaFile(given.mediaFile);
     UserValues values = collector.result(playable);
     files.endRound();
     return values;

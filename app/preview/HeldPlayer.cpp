@@ -9,8 +9,10 @@
 #include "app/job/UserValues.h"
 #include "platform/base/DispatchQueue.h"
 #include "platform/base/File.h"
+#include "platform/base/Json.h"
 #include "platform/image/ImageDecoder.h"
 #include "platform/media/VideoReader.h"
+#include "trace/SceneTrace.h"
 
 namespace multiscene {
 
@@ -139,6 +141,17 @@ HeldPlayer::Outcome HeldPlayer::show(int64_t frame, const platform::Canvas& pict
     view_->rest();
     requireRunning();
     return isBeyondEnd(frame) ? Outcome::BeyondEnd : Outcome::GivenUp;
+}
+
+/// Taken down by whoever holds the frame, who draws it again then.
+std::optional<std::string> HeldPlayer::trace(int64_t frame, const platform::Canvas& picture,
+                                             const std::function<bool()>& isGivenUp) {
+    const bool isThere = changing_.empty() && view_->isHolding(frame) && view_->isShown();
+    if (!isThere && show(frame, picture, isGivenUp) != Outcome::Shown) return std::nullopt;
+    const auto text = std::make_shared<std::string>();
+    view_->change([driver = driver_.get(), text] { *text = platform::jsonText(SceneTrace::frame(*driver)); });
+    if (show(frame, picture, isGivenUp) != Outcome::Shown || text->empty()) return std::nullopt;
+    return *text;
 }
 
 /// Has the loop on its way to a frame.

@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <memory>
+#include <optional>
 #include <set>
 #include <stop_token>
 #include <string>
@@ -54,6 +55,10 @@ class HeldPlayer {
     Outcome show(
         int64_t frame, const platform::Canvas& picture,
         const std::function<bool()>& isGivenUp = [] { return false; });
+    /// Shows the frame as show() does, and says what it consists of, as "trace" prints it; none when it is
+    /// not shown. With holdFrames().
+    std::optional<std::string> trace(int64_t frame, const platform::Canvas& picture,
+                                     const std::function<bool()>& isGivenUp);
     /// The next frame that is shown has these values of the user. Where they say no more than what nodes
     /// show, the frame that is held takes them in, else the group is played again up to it. Throws
     /// platform::Error and keeps the old ones.

@@ -6,10 +6,12 @@
 #include <utility>
 
 #include "app/preview/StillTalk.h"
+#include "app/workbench/SceneOutline.h"
 #include "platform/base/Activity.h"
 #include "platform/base/Clock.h"
 #include "platform/base/CurrentError.h"
 #include "platform/base/DispatchQueue.h"
+#include "platform/base/File.h"
 #include "platform/base/Json.h"
 #include "platform/image/ImageWriter.h"
 
@@ -27,16 +29,20 @@ constexpr double kPatience =
 constexpr double kRest = 0.3;                          // seconds without a still, after which a strip goes on
 constexpr double kSignInterval = 1;                    // seconds: who waits is alive
 constexpr int64_t kLeastEvery = 1, kMostStrip = 2000;  // frames
+constexpr const char* kSampleInputs = "sample/inputs.json";
+
+Error nothingOpen() { return Error(platform::ErrorKind::Template, "nothing of it can be shown yet"); }
 
 }  // namespace
 
-StillPerformer::StillPerformer(platform::FileHandle asker, const RenderRequest& request,
+StillPerformer::StillPerformer(platform::FileHandle asker, RenderRequest request, bool stays,
                                JobObserver& observer, std::stop_token stop)
     : asker_(std::move(asker)),
-      request_(request),
+      request_(std::move(request)),
+      stays_(stays),
       observer_(observer),
       stop_(std::move(stop)),
-      values_(request.inputs.media),
+      values_(request_.inputs.media),
       listener_([this] { listen(); }) {}
 
 StillPerformer::~StillPerformer() {
@@ -68,13 +74,21 @@ void StillPerformer::take(const Value& line) {
     std::optional<int64_t> overtaken;
     {
         const std::lock_guard lock(mutex_);
+        const int64_t id = line.integer("id"), frame = std::max<int64_t>(line.integer("frame"), 0);
         if (verb == stillTalk::kStill) {
             if (still_) overtaken = still_->id;
-            still_ = Asked{line.integer("id"), std::max<int64_t>(line.integer("frame"), 0), line["values"]};
+            still_ = Asked{id, frame, line["values"], line.string("trial")};
+        } else if (verb == stillTalk::kTrace) {
+            if (traceAsked_) overtaken = traceAsked_->id;
+            traceAsked_ = Asked{id, frame, {}, {}};
         } else if (verb == stillTalk::kStrip) {
-            stripAsked_ = Asked{line.integer("id"), std::max(line.integer("every"), kLeastEvery), {}};
+            stripAsked_ = Asked{id, std::max(line.integer("every"), kLeastEvery), {}, {}};
         } else if (verb == stillTalk::kMoments) {
-            momentsAsked_ = line.integer("id");
+            momentsAsked_ = id;
+        } else if (verb == stillTalk::kOutline) {
+            outlineAsked_ = id;
+        } else if (verb == stillTalk::kOpen) {
+            isOpenAsked_ = stays_;
         }
     }
     if (overtaken) tell(stillTalk::kOvertaken, {{"id", *overtaken}});
@@ -95,7 +109,8 @@ bool StillPerformer::hasWork() {
     if (isOver()) return true;
     const std::lock_guard lock(mutex_);
     const bool isAtRest = platform::monotonicSeconds() - workedAt_ > kRest;
-    return still_ || stripAsked_ || momentsAsked_ || (strip_ && isAtRest);
+    return isOpenAsked_ || still_ || traceAsked_ || outlineAsked_ || stripAsked_ || momentsAsked_ ||
+           (strip_ && isAtRest);
 }
 
 /// Who goes on quickly wants to see something on the way.
@@ -108,83 +123,155 @@ bool StillPerformer::isBetterAsked(int64_t frame) {
 // What is done
 
 void StillPerformer::run() {
-    open();
     for (;;) {
+        if (const Work work = nextWork()) work();
         DispatchQueue::main().pumpUntil([this] { return hasWork(); });
         if (stop_.stop_requested()) throw Error(platform::ErrorKind::Cancelled, "cancelled");
-        std::optional<Asked> still, strip;
-        std::optional<int64_t> moments;
-        {
-            const std::lock_guard lock(mutex_);
-            if (isClosed_) return;
-            still = std::exchange(still_, std::nullopt);
-            if (!still) strip = std::exchange(stripAsked_, std::nullopt);
-            if (!still && !strip) moments = std::exchange(momentsAsked_, std::nullopt);
-        }
-        if (still)
-            performStill(*still);
-        else if (strip)
-            startStrip(*strip);
-        else if (moments)
-            findMoments(*moments);
-        else if (strip_)
-            performStrip();
+        const std::lock_guard lock(mutex_);
+        if (isClosed_) return;
     }
 }
 
+/// What somebody waits for comes first.
+StillPerformer::Work StillPerformer::nextWork() {
+    const std::lock_guard lock(mutex_);
+    if (std::exchange(isOpenAsked_, false)) return [this] { stays_ ? openAgain() : open(); };
+    if (const auto still = std::exchange(still_, std::nullopt))
+        return [this, asked = *still] { performStill(asked); };
+    if (const auto trace = std::exchange(traceAsked_, std::nullopt))
+        return [this, asked = *trace] { performTrace(asked); };
+    if (const auto id = std::exchange(outlineAsked_, std::nullopt))
+        return [this, asked = *id] { tellOutline(asked); };
+    if (const auto strip = std::exchange(stripAsked_, std::nullopt))
+        return [this, asked = *strip] { startStrip(asked); };
+    if (const auto id = std::exchange(momentsAsked_, std::nullopt))
+        return [this, asked = *id] { findMoments(asked); };
+    if (strip_) return [this] { performStrip(); };
+    return {};
+}
+
+/// What was open before stays where this fails.
 void StillPerformer::open() {
-    player_ = std::make_unique<HeldPlayer>(request_, observer_, stop_);
-    player_->holdFrames();
+    auto player = std::make_unique<HeldPlayer>(request_, observer_, stop_);
+    player->holdFrames();
+    moments_.reset();
+    player_ = std::move(player);
     const MediaFormat& format = player_->format();
     picture_.resize(static_cast<size_t>(format.width) * static_cast<size_t>(format.height) * 4);
+    if (stays_) {
+        trials_ = trialsOf(player_->group().playable.inputs, request_.inputs.mediaFile);
+        trial_ = trials_.front().name;
+    }
+    tellOpened();
+}
+
+void StillPerformer::openAgain() {
+    try {
+        useSample();
+        open();
+    } catch (const Error& error) {
+        if (error.kind() == platform::ErrorKind::Cancelled) throw;
+        tellProblem(stillTalk::kRefused, 0, error);
+    }
+}
+
+void StillPerformer::useSample() {
+    const std::filesystem::path file = std::filesystem::path(request_.source) / kSampleInputs;
+    request_.inputs.mediaFile = platform::isFile(file) ? file : std::filesystem::path();
+}
+
+void StillPerformer::tellOpened() {
+    const MediaFormat& format = player_->format();
     const auto& missing = player_->missingInputs();
-    tell(stillTalk::kOpened, {{"name", player_->name()},
-                              {"frames", player_->frames()},
-                              {"framesPerSecond", format.framesPerSecond},
-                              {"width", format.width},
-                              {"height", format.height},
-                              {"missing", Value::Array(missing.begin(), missing.end())}});
+    Value::Dictionary fields{{"name", player_->name()},
+                             {"frames", player_->frames()},
+                             {"framesPerSecond", format.framesPerSecond},
+                             {"width", format.width},
+                             {"height", format.height},
+                             {"missing", Value::Array(missing.begin(), missing.end())}};
+    if (stays_) {
+        Value::Array names;
+        for (const TrialInputs& trial : trials_) names.emplace_back(trial.name);
+        fields["trials"] = std::move(names);
+    }
+    tell(stillTalk::kOpened, std::move(fields));
+}
+
+platform::Canvas StillPerformer::canvas() {
+    const MediaFormat& format = player_->format();
+    return {.pixels = picture_.data(),
+            .stride = ptrdiff_t{format.width} * 4,
+            .width = format.width,
+            .height = format.height};
 }
 
 std::optional<int64_t> StillPerformer::show(int64_t frame, const std::function<bool()>& isGivenUp) {
-    const MediaFormat& format = player_->format();
-    const platform::Canvas canvas{.pixels = picture_.data(),
-                                  .stride = ptrdiff_t{format.width} * 4,
-                                  .width = format.width,
-                                  .height = format.height};
-    auto outcome = player_->show(frame, canvas, isGivenUp);
+    auto outcome = player_->show(frame, canvas(), isGivenUp);
     if (outcome == HeldPlayer::Outcome::BeyondEnd && player_->frames() > 0) {
         frame = player_->frames() - 1;
-        outcome = player_->show(frame, canvas, isGivenUp);
+        outcome = player_->show(frame, canvas(), isGivenUp);
     }
     return outcome == HeldPlayer::Outcome::Shown ? std::optional(frame) : std::nullopt;
 }
 
 void StillPerformer::performStill(const Asked& asked) {
     try {
-        setValues(asked.values);
+        requireOpen();
+        setValues(asked);
         if (const auto shown = show(asked.frame, [&] { return isBetterAsked(asked.frame); }))
             tellPicture(stillTalk::kStill, asked.id, *shown);
         else
             tell(stillTalk::kOvertaken, {{"id", asked.id}});
     } catch (const Error& error) {
         if (error.kind() == platform::ErrorKind::Cancelled) throw;
-        tellProblem(asked.id, error);
+        tellProblem(stillTalk::kProblem, asked.id, error);
     }
     shownAt_ = workedAt_ = platform::monotonicSeconds();
 }
 
+void StillPerformer::requireOpen() const {
+    if (!player_) throw nothingOpen();
+}
+
 /// None are the ones that are there.
-void StillPerformer::setValues(const Value& values) {
-    if (values.isNone() || values == values_) return;
+void StillPerformer::setValues(const Asked& asked) {
+    if (stays_) return setTrial(asked.trial);
+    if (asked.values.isNone() || asked.values == values_) return;
     JobInputs inputs;
-    inputs.media = values;
+    inputs.media = asked.values;
     player_->setInputs(inputs, stop_);
-    values_ = values;
+    values_ = asked.values;
     if (strip_) endStrip(false);
 }
 
+void StillPerformer::setTrial(const std::string& name) {
+    const std::string& wanted = name.empty() ? trials_.front().name : name;
+    if (wanted == trial_) return;
+    const auto trial = std::ranges::find(trials_, wanted, &TrialInputs::name);
+    if (trial == trials_.end()) throw Error(platform::ErrorKind::Input, "there is no trial of this name");
+    player_->setInputs(trial->inputs, stop_);
+    trial_ = wanted;
+}
+
+void StillPerformer::performTrace(const Asked& asked) {
+    try {
+        requireOpen();
+        const auto text = player_->trace(asked.frame, canvas(), [this] { return isBetterAsked(-1); });
+        if (!text) return tell(stillTalk::kOvertaken, {{"id", asked.id}});
+        tell(stillTalk::kTrace, {{"id", asked.id}}, *text);
+    } catch (const Error& error) {
+        if (error.kind() == platform::ErrorKind::Cancelled) throw;
+        tellProblem(stillTalk::kProblem, asked.id, error);
+    }
+}
+
+void StillPerformer::tellOutline(int64_t id) {
+    if (!player_) return tellProblem(stillTalk::kProblem, id, nothingOpen());
+    tell(stillTalk::kOutline, {{"id", id}}, platform::jsonText(outlineOf(player_->group())));
+}
+
 void StillPerformer::startStrip(const Asked& asked) {
+    if (!player_) return;
     if (strip_) endStrip(false);
     strip_ = Strip{asked.id, {}};
     const int64_t end = std::min(player_->frames(), asked.frame * kMostStrip);
@@ -210,7 +297,7 @@ void StillPerformer::performStrip() {
         if (strip_->frames.empty()) endStrip(true);
     } catch (const Error& error) {
         if (error.kind() == platform::ErrorKind::Cancelled) throw;
-        tellProblem(strip_->id, error);
+        tellProblem(stillTalk::kProblem, strip_->id, error);
         strip_.reset();
     }
 }
@@ -221,6 +308,7 @@ void StillPerformer::endStrip(bool isWhole) {
 }
 
 void StillPerformer::findMoments(int64_t id) {
+    if (!player_) return;
     moments_ =
         std::make_unique<MomentFinder>(player_->group(), [this, id](const MomentFinder::Moments& moments) {
             tell(stillTalk::kMoments,
@@ -245,12 +333,12 @@ void StillPerformer::tellPicture(const char* event, int64_t id, int64_t frame) {
                               kQuality));
 }
 
-void StillPerformer::tellProblem(int64_t id, const Error& error) {
-    tell(stillTalk::kProblem, {{"id", id},
-                               {"code", error.exitCode()},
-                               {"message", error.message()},
-                               {"file", error.file()},
-                               {"key", error.key()}});
+void StillPerformer::tellProblem(const char* event, int64_t id, const Error& error) {
+    tell(event, {{"id", id},
+                 {"code", error.exitCode()},
+                 {"message", error.message()},
+                 {"file", error.file()},
+                 {"key", error.key()}});
 }
 
 }  // namespace multiscene

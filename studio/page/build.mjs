@@ -75,11 +75,20 @@ const html = readFileSync(join(here, 'index.html'), 'utf8')
   .replace('{{style}}', style)
   .replace('{{script}}', script);
 files.set('/index.html', Buffer.from(html));
+
+// The workbench is for who writes templates: a page of its own, in which the other is not, nor kept by it.
+const author = readFileSync(join(here, 'workbench.html'), 'utf8')
+  .replace('{{style}}', style)
+  .replace('{{workbenchStyle}}', asset('workbench.css', await bundle('src/workbench/workbench.css')))
+  .replace('{{workbench}}', asset('workbench.js', await bundle('src/workbench/main.tsx')));
+const forAuthors = [...files.keys()].filter((address) => address.includes('workbench'));
+
 files.set('/manifest.webmanifest', readFileSync(join(here, 'manifest.webmanifest')));
 for (const icon of readdirSync(join(here, 'icons'))) files.set(`/${icon}`, readFileSync(join(here, 'icons', icon)));
 
-const shell = [...files.keys()].map((address) => (address === '/index.html' ? '/' : address));
+const shell = [...files.keys()].filter((address) => !forAuthors.includes(address)).map((address) => (address === '/index.html' ? '/' : address));
 const define = { shellFiles: JSON.stringify(shell), shellVersion: JSON.stringify(hash([...files.values()].map(hash).join())) };
+files.set('/workbench.html', Buffer.from(author));
 files.set('/sw.js', await bundle('src/sw.ts', { define, format: 'iife' }));
 
 const fresh = `${target}.new`;

@@ -9,6 +9,7 @@ import base64
 import functools
 import gzip
 import http.server
+import json
 import math
 import pathlib
 import re
@@ -21,6 +22,9 @@ import threading
 import time
 import unittest
 import zlib
+
+from selenium import webdriver
+from selenium.webdriver.common.keys import Keys
 
 from studio import Browser, Studio
 
@@ -584,6 +588,70 @@ class PageTest(unittest.TestCase):
         self.assert_accessible(desk, "pairing")
         desk.press(".devices button")
         phone.heading("Hello")
+
+    def test_the_workbench_follows_its_author(self):
+        template = self.folder / "workbench" / "photo-journey"
+        shutil.copytree(pathlib.Path(__file__).parents[2] / "templates/photo-journey", template)
+        studio = Studio(options.program, template=template)
+        self.addCleanup(studio.close)
+        browser = Browser(*DESK)
+        self.addCleanup(browser.close)
+        browser.open(studio.address)
+        browser.heading("photo-journey")
+        shot = "return document.querySelector('.wb-screen canvas').toDataURL('image/jpeg', 0.5)"
+        at = "const s = document.querySelector('.wb-screen'); return !s.hidden && Number(s.dataset.frame)"
+        first = browser.wait("a picture", lambda: browser.run(at))
+        browser.wait("the verdict", lambda: browser.all(".wb-good"))
+        self.assert_accessible(browser, "workbench")
+
+        # Through time: by keys, and by dragging in the timeline.
+        browser.run("document.activeElement.blur()")
+        keys = webdriver.ActionChains(browser.driver)
+        keys.send_keys(Keys.ARROW_RIGHT, Keys.ARROW_RIGHT).perform()
+        browser.wait("two frames on", lambda: browser.run(at) == first + 2)
+        marks = browser.one(".wb-marks")
+        webdriver.ActionChains(browser.driver).move_to_element_with_offset(marks, 0, 0).click_and_hold().move_by_offset(60, 0).release().perform()
+        middle = browser.wait("a frame beyond the middle", lambda: browser.run(at) > 133 and browser.run(at))
+
+        # A node has the values that `trace` prints.
+        title = browser.wait("the row of the caption", lambda: browser.run("return [...document.querySelectorAll('.wb-label')].find(e => e.querySelector('.wb-name').innerText === 'caption')"))
+        title.click()
+        browser.wait("its place in the file", lambda: "object3D[" in browser.one(".wb-inspector dl").text)
+        words = [options.program, "trace", template, "--at", str(middle), "--media", template / "sample/inputs.json"]
+        traced = json.loads(subprocess.run(words, check=True, capture_output=True, text=True).stdout.splitlines()[0])
+        node = next(n for scene in traced["scenes"] for n in scene["nodes"] if n.get("name") == "caption")
+        shown = "return Object.fromEntries([...document.querySelectorAll('.wb-inspector dl > div')].map(r => [r.children[0].innerText, r.children[1].innerText]))"
+        position = browser.wait("its position", lambda: browser.run(shown).get("Position")).split()
+        for value, traced_value in zip(position, node["position"], strict=True):
+            self.assertAlmostEqual(float(value), traced_value, places=2)
+
+        # What is saved is seen; what is wrong is told, with the way there, over the last good picture.
+        before = browser.run(shot)
+        files = sorted(template.glob("*.plist"))
+        scene = next(f for f in files if f.name == "pair.plist")
+        good = scene.read_text()
+        scene.write_text(good.replace("<string>caption</string>", "<string>no such key</string>"))
+        browser.wait("another picture", lambda: browser.run(shot) != before)
+        scene.write_text(good[: len(good) // 2])
+        browser.wait("the fault", lambda: browser.all(".wb-status.bad") and "pair.plist" in browser.one(".wb-findings .error").text)
+        self.assertEqual(browser.run(at), middle)
+        scene.write_text(good.replace("<key>modelWidth</key>", "<key>modelWitdh</key>", 1))
+        place = browser.wait("a place", lambda: next((e for e in browser.all("button.wb-place") if "modelWitdh" in e.text), None))
+        self.assertRegex(place.text, r"pair\.plist:\d+")
+        place.click()
+        browser.wait("its node", lambda: "object3D[" in browser.one(".wb-row.is-chosen").get_attribute("id"))
+        self.assert_accessible(browser, "workbench with a fault")
+        scene.write_text(good)
+        browser.wait("all well", lambda: browser.all(".wb-status.good") and browser.all(".wb-good"))
+
+        browser.run("document.querySelector('.wb-trials').scrollIntoView()")
+        browser.wait("all trials", lambda: browser.run("return [...document.querySelectorAll('.wb-small')].every(e => e.querySelector('img')?.naturalWidth)"))
+        browser.press(".wb-card:has(> .wb-small + span)[aria-pressed=false]")
+        browser.one(".wb-trial-on")
+        browser.resize(390, 844, True)
+        self.assertLessEqual(browser.run("return document.documentElement.scrollWidth"), 390)
+        self.assert_accessible(browser, "workbench on a phone")
+        self.assertEqual(browser.complaints(), [])
 
     def test_the_page_is_small_and_still(self):
         browser = self.browser(*PHONE)

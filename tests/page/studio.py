@@ -20,9 +20,10 @@ PATIENCE = 60
 class Studio:
     """`multiscene studio` with a home of its own."""
 
-    def __init__(self, program, offering="", name=""):
-        """`offering`: a server of templates; `name`: how devices of the network call it."""
-        self.program = program
+    def __init__(self, program, offering="", name="", template=""):
+        """`offering`: a server of templates; `name`: how devices of the network call it; `template`: one on its
+        workbench."""
+        self.program, self.template = program, template
         self.home = pathlib.Path(tempfile.mkdtemp(prefix="studio-page-"))
         if offering:
             update = [program, "--home", self.home, "templates", "update", "--server", offering]
@@ -35,6 +36,7 @@ class Studio:
     def start(self):
         command = [self.program, "studio", "--home", str(self.home), "--no-open", "--port", str(self.port)]
         command += ["--public-url", self.public] if self.public else []
+        command += [str(self.template)] if self.template else []
         self.process = subprocess.Popen(command, stdout=subprocess.PIPE, stderr=subprocess.STDOUT, text=True)
         line = self.process.stdout.readline()
         if str(self.port) not in line:

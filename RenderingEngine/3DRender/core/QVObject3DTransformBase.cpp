@@ -72,7 +72,9 @@ void QVObject3DTransformBase::rendInfoWithDic(const platform::Value& info) {
 }
 
 void QVObject3DTransformBase::addSubObject3DWithArray(const platform::Value::Array& childInfo) {
-    for (const platform::Value& entry : childInfo) addChild(SceneNodes::object3DWithInfo(entry, scene()));
+    for (size_t index = 0; index < childInfo.size(); ++index)
+        addChild(SceneNodes::object3DWithInfo(childInfo[index], scene(),
+                                              SceneNodes::keyPathOf(keyPath() + ".childNode", index)));
 }
 
 void QVObject3DTransformBase::updateDue(const Tick& tick) {

@@ -318,6 +318,7 @@ void QVObjectContainer3D::addTraceFields(platform::Value::Dictionary& fields) {
     const glm::vec3 degrees = eulers();
     fields["type"] = platform::Value(className());
     if (!name_.empty()) fields["name"] = platform::Value(name_);
+    if (!keyPath_.empty()) fields["key"] = platform::Value(keyPath_);
     fields["visible"] = platform::Value(visible());
     fields["renderDepth"] = platform::Value(static_cast<double>(renderDepth_));
     fields["alpha"] = platform::Value(static_cast<double>(alpha()));

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "core/QVObject3D.h"
@@ -44,6 +45,9 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
     virtual const char* className() const = 0;
     /// An optional name from the dictionary, for people: messages and traces show it.
     const std::string& name() const { return name_; }
+    /// Where its dictionary stands in the scene file, "object3D[2].childNode[0]"; empty: in none.
+    const std::string& keyPath() const { return keyPath_; }
+    void setKeyPath(std::string keyPath) { keyPath_ = std::move(keyPath); }
 
     // Tree
     /// Appends and sorts by depth, then takes the node from its old parent. Adding a node to the parent that
@@ -164,7 +168,7 @@ class QVObjectContainer3D : public QVObject3D, public std::enable_shared_from_th
     QVCamera3D* view() const;
     glm::mat4 modelViewWith(const QVCamera3D* view);
 
-    std::string name_;
+    std::string name_, keyPath_;
     // A dirty world matrix goes with a dirty projection, and with dirty ones in the whole subtree.
     bool isSceneTransformDirty_ = true, isprojTransformDirty_ = true;
     bool isTouching_ = false, isTouchDown_ = false, isHitTestRect_ = false;

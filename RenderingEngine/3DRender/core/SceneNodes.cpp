@@ -7,7 +7,8 @@
 namespace multiscene {
 
 std::shared_ptr<QVObject3DFpsBase> SceneNodes::object3DWithInfo(const platform::Value& info,
-                                                                const std::shared_ptr<QVScene3D>& scene) {
+                                                                const std::shared_ptr<QVScene3D>& scene,
+                                                                const std::string& keyPath) {
     const std::string type = info.string("type");
     const auto* known = NodeTypes::find(type);
     if (!known)
@@ -15,6 +16,7 @@ std::shared_ptr<QVObject3DFpsBase> SceneNodes::object3DWithInfo(const platform::
                               scene ? scene->sceneConfigData().scenePlistPath : std::string(), "object3D");
     auto node = known->make();
     node->setScene(scene);
+    node->setKeyPath(keyPath);
     node->rendInfoWithDic(info);
     return node;
 }

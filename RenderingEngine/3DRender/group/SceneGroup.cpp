@@ -53,13 +53,19 @@ std::set<std::string> SceneGroup::identifiers() const {
     return identifiers;
 }
 
-int32_t SceneGroup::totalFrames() const {
-    int64_t total = 0;
-    for (size_t index = 0; index < entries.size(); ++index) {
-        total += saturatedTo32Bits(sceneLength(*this, entries[index]));
-        if (index + 1 < entries.size()) total -= saturatedTo32Bits(overlapWithNext(entries[index]));
+std::vector<SceneGroup::Turn> SceneGroup::turns() const {
+    std::vector<Turn> turns;
+    int64_t start = 0;
+    for (const Value& entry : entries) {
+        turns.push_back({start, saturatedTo32Bits(sceneLength(*this, entry))});
+        start += turns.back().frames - saturatedTo32Bits(overlapWithNext(entry));
     }
-    return saturatedTo32Bits(total);
+    return turns;
+}
+
+int32_t SceneGroup::totalFrames() const {
+    const std::vector<Turn> all = turns();
+    return all.empty() ? 0 : saturatedTo32Bits(all.back().start + all.back().frames);
 }
 
 int64_t SceneGroup::playedFrames() const {

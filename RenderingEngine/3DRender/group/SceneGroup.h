@@ -6,6 +6,7 @@
 #include <optional>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "group/SceneCatalogue.h"
 #include "platform/base/Error.h"
@@ -33,6 +34,12 @@ struct SceneGroup {
     /// "sceneIdentifier" of the entries that have one.
     std::set<std::string> identifiers() const;
 
+    /// When a scene plays, in frames of the whole.
+    struct Turn {
+        int64_t start = 0, frames = 0;
+    };
+    /// Of each entry, as totalFrames() counts them.
+    std::vector<Turn> turns() const;
     /// Frames of the whole group: each scene's catalogue length (or the user's video's), less the transitions
     /// of type 0, during which two scenes overlap. Saturates at 32 bits; below 1 when the records do not say.
     int32_t totalFrames() const;

@@ -98,8 +98,11 @@ void QVMediaManage::buildScene(const std::shared_ptr<QVScene3D>& scene, const pl
     if (keys.has("LightSourceArray"))
         scene->setLightArray(QVLightBase::lightSourceArrayWithInfo(keys.value("LightSourceArray")));
     if (keys.has("TimeSource")) addTimeSource(scene, keys.value("TimeSource"), sceneTansitionsInfo);
-    for (const platform::Value& node : keys.array("object3D"))
-        if (!node.dictionary().empty()) scene->addChild(SceneNodes::object3DWithInfo(node, scene));
+    const platform::Value::Array& nodes = keys.array("object3D");
+    for (size_t index = 0; index < nodes.size(); ++index)
+        if (!nodes[index].dictionary().empty())
+            scene->addChild(
+                SceneNodes::object3DWithInfo(nodes[index], scene, SceneNodes::keyPathOf("object3D", index)));
     expectPictures(*scene);
 }
 
@@ -110,6 +113,7 @@ void QVMediaManage::addTimeSource(const std::shared_ptr<QVScene3D>& scene, const
     if (!timeSource) return;
     timeSource->computeTimeSourceFpsTotal();
     scene->setTimeSource(timeSource);
+    timeSource->node()->setKeyPath("TimeSource");
     scene->addChild(timeSource->node());
 }
 
