@@ -143,7 +143,7 @@ PreparedGroup prepareGroup(const RenderRequest& request, const JobFolder& job, J
                                           prepared.playback->gate(), stop);
     prepared.missingInputs = std::move(values.missing);
     if (request.isStrict) requireInputs(prepared.missingInputs);
-    prepared.group = std::move(prepared.playable.group);
+    prepared.group = prepared.playable.group;  // which goes on without the user's values
     prepared.group.userMediaMap = Value(std::move(values.map));
     prepared.totalFrames = prepared.group.playedFrames();
     shareFolders(prepared, job);

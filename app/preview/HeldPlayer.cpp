@@ -57,7 +57,6 @@ HeldPlayer::HeldPlayer(const RenderRequest& request, JobObserver& observer, cons
       view_(std::make_shared<QVMorrow3DGLVIew>(group_.layout)) {
     platform::keepDecodedImages(kKeptPictures);
     platform::keepDecodedFilms(kKeptFilmPictures);
-    group_.playable.group = group_.group;  // whose scenes say under which keys further values go
     nodeValues_ = NodeValues(group_.group);
     createDriver();
     createScore();

@@ -44,7 +44,7 @@ std::string longText(int64_t letters) {
     for (size_t word = 0; std::ssize(text) < letters; ++word)
         text += (word > 0 ? " " : "") + std::string(kLongWords[word % std::size(kLongWords)]);
     text.resize(static_cast<size_t>(letters));
-    if (text.back() == ' ') text.back() = 's';
+    if (text.back() == ' ') text.back() = '!';
     return text;
 }
 

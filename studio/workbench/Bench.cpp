@@ -108,7 +108,7 @@ void Bench::check() {
         },
         [this, found, revision = revision_](const ChildProgram::End& end) {
             constexpr int faulty = static_cast<int>(platform::ErrorKind::Template);
-            check_.reset();
+            const auto ended = std::move(check_);  // this is part of it
             if (end.exitCode != 0 && end.exitCode != faulty) return;
             findings_ = *found;
             checked_ = revision;

@@ -1,5 +1,7 @@
 #include "studio/workbench/BenchProgram.h"
 
+#include <sys/stat.h>
+
 #include <utility>
 
 #include "app/preview/StillTalk.h"
@@ -12,6 +14,11 @@ using platform::ErrorKind;
 using platform::Value;
 
 namespace {
+
+uint64_t inodeOf(const std::filesystem::path& folder) {
+    struct stat info {};
+    return ::stat(folder.c_str(), &info) == 0 ? info.st_ino : 0;
+}
 
 Problem problemOf(const Value& said) {
     const bool isTheirs = said.integer("code") == static_cast<int64_t>(ErrorKind::Template);
@@ -36,7 +43,8 @@ void BenchProgram::failAll(const Problem& problem) {
 }
 
 void BenchProgram::start() {
-    isRefused_ = false;
+    hasOpened_ = false;
+    inode_ = inodeOf(folder_);
     program_ = std::make_unique<HeldProgram>(parts_);
     program_->listen([this](const Value& line, const std::string& bytes) { hear(line, bytes); },
                      [this](const ChildProgram::End& ended) { end(ended); });
@@ -48,10 +56,9 @@ void BenchProgram::start() {
                                     {"stays", true}});
 }
 
-/// One that could open nothing is started anew: the folder itself may be another one by now, which what runs
-/// already may not read.
+/// Of a folder that has taken the place of the other, what runs already may read nothing.
 void BenchProgram::openAnew() {
-    if (isRefused_) stop();
+    if (!hasOpened_ || inodeOf(folder_) != inode_) stop();
     if (!program_) return start();
     program_->ask(Value::Dictionary{{"do", stillTalk::kOpen}});
 }
@@ -70,7 +77,7 @@ void BenchProgram::findMoments() {
 void BenchProgram::hear(const Value& line, const std::string& bytes) {
     const std::string event = line.string("event");
     if (event == stillTalk::kOpened || event == stillTalk::kRefused || event == stillTalk::kMoments) {
-        isRefused_ = event == stillTalk::kRefused;
+        hasOpened_ = hasOpened_ || event == stillTalk::kOpened;
         return news_(line);
     }
     const auto found = asked_.find(line.integer("id"));

@@ -54,7 +54,8 @@ class BenchProgram {
     const int64_t width_;
     const News news_;
     std::unique_ptr<HeldProgram> program_;
-    bool isRefused_ = false;  ///< the last time that it was to open the template
+    bool hasOpened_ = false;  ///< it has something to show
+    uint64_t inode_ = 0;      ///< of the folder that it may read
     std::map<int64_t, Ends> asked_;
     int64_t lastId_ = 0;
 };

@@ -57,10 +57,9 @@ std::string parameterOf(const ApiRequest& request, const char* name) {
     return request.head.parameter(name).value_or("");
 }
 
-/// Whoever writes the template sits at this machine.
+/// Whoever writes the template sits at this machine; for others there is none.
 void requireLocal(const ApiRequest& request) {
-    if (request.session.kind != Session::Kind::Local)
-        throw Problem(403, "local-only", "the workbench is for the person at this machine");
+    if (request.session.kind != Session::Kind::Local) throw notFound("workbench");
 }
 
 Route route(const std::string& path, const char* summary, const char* contentType, const Value& schema,

@@ -27,11 +27,11 @@ def expect(condition, words):
 
 
 class Studio:
-    def __init__(self, program, home):
+    def __init__(self, program, home, template):
         self.words = [program, "--home", home, "--json"]
         self.token, self.other = self.new_token("test"), self.new_token("other")
-        self.process = subprocess.Popen(self.words + ["studio", "--port", "0", "--no-open"], stdout=subprocess.PIPE,
-                                        text=True)
+        self.process = subprocess.Popen(self.words + ["studio", "--port", "0", "--no-open", template],
+                                        stdout=subprocess.PIPE, text=True)
         self.started = json.loads(self.process.stdout.readline())
         self.port = self.started["port"]
 
@@ -183,7 +183,7 @@ def lets_nobody_in_by_a_log(program):
 def main(program, samples):
     lets_nobody_in_by_a_log(program)
     with tempfile.TemporaryDirectory(prefix="studio-api-") as home:
-        studio = Studio(program, home)
+        studio = Studio(program, home, f"{samples}/minimal")
         try:
             operations, answered = walk(studio, studio.make_one_of_each(pathlib.Path(samples) / "sunny-day"))
             key = pathlib.Path(studio.started["addressFile"])

@@ -69,7 +69,7 @@ export function Findings() {
       <div class="wb-scroll" tabIndex={0} role="group" aria-labelledby="wb-findings">
         {state?.problem && <p class="wb-banner">{state.video ? w('refused') : w('refusedAtAll')}</p>}
         {findings.length > 0 ? (
-          <ul>
+          <ul class={isChecked ? '' : 'is-old'}>
             {findings.map((finding, index) => (
               <Entry key={index} finding={finding} outline={outline} />
             ))}

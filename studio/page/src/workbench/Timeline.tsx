@@ -117,6 +117,9 @@ function Ruler({ view, width }: { view: View; width: number }) {
         </span>
       ))}
       <Moments view={view} />
+      <b class="wb-now" style={{ left: share(frame + 0.5, view.frames) }} aria-hidden="true">
+        {frame}
+      </b>
     </div>
   );
 }
@@ -125,9 +128,7 @@ function Head({ frames }: { frames: number }) {
   const frame = bench.use((value) => value.frame);
   return (
     <div class="wb-heads" aria-hidden="true">
-      <i class="wb-head" style={{ left: share(frame + 0.5, frames) }}>
-        <b>{frame}</b>
-      </i>
+      <i class="wb-head" style={{ left: share(frame + 0.5, frames) }} />
     </div>
   );
 }
