@@ -25,6 +25,7 @@ function takeKey(): { key: string } | { code: string } | null {
   return name === 'key' ? { key: value } : { code: value };
 }
 
+if (location.hash === '#/workbench') location.replace('/workbench.html');
 setTheme(chosenTheme());
 const key = takeKey();
 const strings = loadStrings(chosenLanguage());

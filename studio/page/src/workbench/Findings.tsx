@@ -34,7 +34,7 @@ function Place({ finding, outline }: { finding: Finding; outline: Outline | null
 function Entry({ finding, outline }: { finding: Finding; outline: Outline | null }) {
   return (
     <li class={`wb-finding ${finding.severity}`}>
-      <Icon name="warning" size={18} />
+      <Icon name="warning" />
       <div>
         <p>{finding.message}</p>
         {finding.remedy && <p class="wb-remedy">{finding.remedy}</p>}

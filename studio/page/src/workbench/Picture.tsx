@@ -76,13 +76,13 @@ export function Transport() {
   return (
     <div class="wb-transport">
       <button type="button" class="round small" aria-label={w('back')} onClick={() => seek(frame - 1)}>
-        <Icon name="back" size={18} />
+        <Icon name="back" />
       </button>
       <button type="button" class="wb-play" aria-label={w(isPlaying ? 'pause' : 'play')} disabled={frames < 2} onClick={togglePlay}>
-        <Icon name={isPlaying ? 'pause' : 'play'} size={20} />
+        <Icon name={isPlaying ? 'pause' : 'play'} />
       </button>
       <button type="button" class="round small" aria-label={w('on')} onClick={() => seek(frame + 1)}>
-        <Icon name="next" size={18} />
+        <Icon name="next" />
       </button>
       <label class="wb-frame">
         <span class="hidden">{w('frame')}</span>
@@ -101,7 +101,7 @@ export function Transport() {
       {trial && (
         <button type="button" class="wb-trial-on" onClick={() => showTrial('')}>
           {w('showing', { name })}
-          <Icon name="close" size={14} />
+          <Icon name="close" />
         </button>
       )}
     </div>

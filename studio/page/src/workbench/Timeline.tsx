@@ -72,7 +72,7 @@ function TreeRow({ row, top, view, isChosen, fault, onToggle }: { row: Row; top:
     >
       <div class="wb-label" onClick={() => select({ scene: row.scene, key: row.node?.key ?? '' })} onDblClick={() => seek(row.first)}>
         <span class={row.isOpen ? 'wb-fold is-open' : 'wb-fold'} style={{ marginInlineStart: `${(row.level - 1) * 14}px` }} onClick={(event) => row.hasMore && (event.stopPropagation(), onToggle())}>
-          {row.hasMore && <Icon name="next" size={14} />}
+          {row.hasMore && <Icon name="next" />}
         </span>
         <span class="wb-name" dir="auto">{name}</span>
         <span class="wb-kind">{row.node ? (row.node.name ? shortType(row.node.type) : '') : row.isOpen ? scene.file : w('nodes', { n: scene.nodes.length })}</span>
