@@ -68,13 +68,5 @@ TEST(BlurTest, GivesTheSameBytesOnEveryProcessorAndWayUp) {
     EXPECT_EQ(canvas.flipped() == wanted, true);
 }
 
-TEST(BlurTest, WhiteStaysWhite) {
-    const Picture white(40, 40, {255, 255, 255, 255});
-    Picture canvas(40, 40);
-    TilePainter painter(1);
-    blurAlongDiagonal(white.surface(true), 40, 40, painter, canvas.canvas());
-    EXPECT_EQ(canvas == white, true);
-}
-
 }  // namespace
 }  // namespace platform

@@ -16,6 +16,7 @@
 #include "HttpClient.h"
 #include "platform/base/Paths.h"
 #include "platform/http/Server.h"
+#include "tests/platform/TemporaryFolder.h"
 
 namespace platform::http {
 
@@ -102,14 +103,8 @@ class Site : public Handler {
 
 class HttpServerTest : public testing::Test {
   protected:
-    void SetUp() override {
-        fs::create_directories(folder);
-        site.folder = folder;
-    }
-    void TearDown() override {
-        server.reset();
-        fs::remove_all(folder);
-    }
+    void SetUp() override { site.folder = folder; }
+    void TearDown() override { server.reset(); }
 
     void start() { server = std::make_unique<Server>(options, site); }
     std::string host() const { return "Host: localhost:" + std::to_string(server->port()) + "\r\n"; }
@@ -133,7 +128,8 @@ class HttpServerTest : public testing::Test {
     /// What an upload that was not published leaves.
     bool isFolderEmpty() const { return fs::is_empty(folder); }
 
-    fs::path folder = fs::temp_directory_path() / ("http-test-" + uniqueIdentifier());
+    const test::TemporaryFolder temporary;
+    const fs::path folder = temporary.path();
     Site site;
     ServerOptions options;
     std::unique_ptr<Server> server;

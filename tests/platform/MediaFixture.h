@@ -17,6 +17,8 @@
 #include "platform/base/Paths.h"
 #include "platform/media/PixelBuffer.h"
 #include "platform/media/VideoWriter.h"
+#include "tests/platform/TemporaryFolder.h"
+#include "tests/platform/WavBytes.h"
 
 extern "C" {
 #include <libavformat/avformat.h>
@@ -68,9 +70,6 @@ struct PacketLine {
 
 class MediaFolder : public ::testing::Test {
   protected:
-    MediaFolder() { std::filesystem::create_directory(folder); }
-    ~MediaFolder() override { std::filesystem::remove_all(folder); }
-
     std::string path(const std::string& name) const { return (folder / name).string(); }
     static FileHandle open(const std::string& path) {
         return FileHandle(::open(path.c_str(), O_RDONLY | O_CLOEXEC));
@@ -114,23 +113,8 @@ class MediaFolder : public ::testing::Test {
     /// A 16-bit WAV file of `frames` sample frames, each given by `sample(frame, channel)` from -1 to 1.
     std::string makeSound(const std::string& name, int rate, int channels, int64_t frames,
                           const std::function<double(int64_t, int)>& sample) const {
-        std::string data;
-        const auto put = [&](uint32_t value, int bytes) {
-            for (int i = 0; i < bytes; ++i) data += static_cast<char>(value >> 8 * i);
-        };
-        const auto size = static_cast<uint32_t>(frames * channels * 2);
-        data += "RIFF";
-        put(36 + size, 4);
-        data += "WAVEfmt ";
-        put(16, 4), put(1, 2), put(static_cast<uint32_t>(channels), 2), put(static_cast<uint32_t>(rate), 4);
-        put(static_cast<uint32_t>(rate * channels * 2), 4), put(static_cast<uint32_t>(channels * 2), 2),
-            put(16, 2);
-        data += "data";
-        put(size, 4);
-        for (int64_t i = 0; i < frames; ++i)
-            for (int c = 0; c < channels; ++c)
-                put(static_cast<uint32_t>(static_cast<int32_t>(sample(i, c) * 32767)), 2);
-        return write(name, data);
+        return write(name,
+                     test::wav(static_cast<uint32_t>(rate), static_cast<uint32_t>(channels), frames, sample));
     }
 
     /// The packets of the first track of that type, with times in 1/timescale as the file has them.
@@ -154,8 +138,8 @@ class MediaFolder : public ::testing::Test {
         return lines;
     }
 
-    const std::filesystem::path folder =
-        std::filesystem::temp_directory_path() / ("media-" + uniqueIdentifier());
+    const test::TemporaryFolder temporary;
+    const std::filesystem::path folder = temporary.path();
 };
 
 }  // namespace platform

@@ -178,44 +178,5 @@ TEST(TilePainterTest, AnEdgeCoversAPixelAsFarAsItReachesIntoIt) {
     EXPECT_NEAR(sum, 1600, 3);
 }
 
-TEST(TilePainterTest, AnEdgeThatIsSharedShowsNoGround) {
-    const Picture white(4, 4, {255, 255, 255, 255});
-    QuadPaint whole = turned(white.surface(true), 50, 50, 60, 50, 21);
-    // The same shape in two triangles: 0, 1, 2 and 2, 3, 0.
-    QuadPaint upper = whole, lower = whole;
-    upper.cornerCount = lower.cornerCount = 3;
-    lower.corners = {{whole.corners[2], whole.corners[3], whole.corners[0], {}}};
-    upper.smooth[2] = lower.smooth[2] = false;
-    Picture split(100, 100), one(100, 100);
-    paint({upper, lower}, kBlack, split);
-    paint({whole}, kBlack, one);
-    int differing = 0;
-    for (int y = 0; y < 100; ++y)
-        for (int x = 0; x < 100; ++x) differing += std::abs(split.at(x, y).red - one.at(x, y).red) > 1;
-    EXPECT_LE(differing, 4) << "but for the corners";
-    EXPECT_EQ(split.at(50, 50).red, 255);
-}
-
-TEST(TilePainterTest, PerspectiveLeadsStraightLinesToStraightLines) {
-    // Four columns of black and white, leaning back to the right: the lines between them lie where 1/w says.
-    Picture stripes(64, 4);
-    for (int y = 0; y < 4; ++y)
-        for (int x = 0; x < 64; ++x)
-            stripes.set(x, y, x / 16 % 2 ? Pixel{255, 255, 255, 255} : Pixel{0, 0, 0, 255});
-    QuadPaint leaning = rectangle(stripes.surface(true), 0, 0, 100, 100);
-    for (PaintCorner& corner : leaning.corners)
-        if (corner.u == 1) {
-            corner.w = 3;
-            corner.x *= 3;
-            corner.y = corner.v ? 200 : 100;  // in the picture from 33 to 67
-        }
-    Picture canvas(100, 100);
-    paint({leaning}, kBlack, canvas);
-    for (const double u : {0.25, 0.5, 0.75}) {
-        const double x = 100 * 3 * u / (1 + 2 * u);
-        EXPECT_NE(canvas.at(int(x) - 2, 50).red > 127, canvas.at(int(x) + 2, 50).red > 127) << x;
-    }
-}
-
 }  // namespace
 }  // namespace platform

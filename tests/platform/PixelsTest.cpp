@@ -231,20 +231,6 @@ TEST(FilmPictureTest, WhatIsPaintedFromPlanesIsWhatIsPaintedFromPixels) {
     }
 }
 
-/// Red at the top, blue at the bottom, a white middle.
-std::vector<uint8_t> drawnPicture(int width, int height) {
-    std::vector<uint8_t> pixels;
-    for (int y = 0; y < height; ++y)
-        for (int x = 0; x < width; ++x) {
-            const bool isMiddle =
-                std::abs(2 * x - width) < width / 2 && std::abs(2 * y - height) < height / 2;
-            const uint8_t red = y < height / 2 || isMiddle ? 255 : 0,
-                          blue = y >= height / 2 || isMiddle ? 255 : 0;
-            pixels.insert(pixels.end(), {red, uint8_t(isMiddle ? 255 : 0), blue, 255});
-        }
-    return pixels;
-}
-
 TEST(FrameLayoutTest, OnlyAnotherShapeIsFitted) {
     for (const Fit fit : {Fit::Blur, Fit::Pad, Fit::Crop, Fit::Stretch}) {
         EXPECT_TRUE(FrameLayout::fitted(720, 1280, 360, 640, fit).isWhole());
@@ -253,46 +239,6 @@ TEST(FrameLayoutTest, OnlyAnotherShapeIsFitted) {
     EXPECT_EQ(FrameLayout::fitted(720, 1280, 1280, 720, Fit::Pad), (FrameLayout{406, 720, 1280, 720, false}));
     EXPECT_EQ(FrameLayout::fitted(720, 1280, 720, 720, Fit::Crop), (FrameLayout{720, 1280, 720, 720, false}));
     EXPECT_TRUE(FrameLayout::fitted(720, 1280, 1280, 720, Fit::Stretch).isWhole());
-}
-
-TEST(FrameLayoutTest, MarginsAreBlackOrABlurredCopyAndThePictureIsUntouched) {
-    const auto placed = [](const FrameLayout& layout) {
-        std::vector<uint8_t> frame(size_t(layout.width) * size_t(layout.height) * 4, 77);
-        FramePlacer placer(layout);
-        placer.place(drawnPicture(layout.drawnWidth, layout.drawnHeight).data(), frame.data());
-        return frame;
-    };
-    const auto at = [](const std::vector<uint8_t>& frame, int width, int x, int y) {
-        return &frame[(size_t(y) * size_t(width) + size_t(x)) * 4];
-    };
-    const auto drawn = drawnPicture(36, 64);
-    const auto padded = placed({36, 64, 128, 64, false}), blurred = placed({36, 64, 128, 64, true});
-    for (int y = 0; y < 64; ++y)
-        for (int x = 0; x < 128; ++x) {
-            const uint8_t *black = at(padded, 128, x, y), *soft = at(blurred, 128, x, y);
-            ASSERT_EQ(soft[3], 255);
-            if (x >= 46 && x < 82) {
-                const uint8_t* own = at(drawn, 36, x - 46, y);
-                ASSERT_TRUE(std::equal(own, own + 4, black) && std::equal(own, own + 4, soft))
-                    << x << "," << y;
-                continue;
-            }
-            ASSERT_EQ(black[0] + black[1] + black[2], 0) << x << "," << y;
-            ASSERT_EQ(black[3], 255);
-            // Neighbours differ little: the copy is soft.
-            const uint8_t* next = at(blurred, 128, x == 45 || x == 127 ? x - 1 : x + 1, y);
-            for (int c = 0; c < 3; ++c) ASSERT_LE(std::abs(soft[c] - next[c]), 12) << x << "," << y;
-        }
-    const uint8_t *upper = at(blurred, 128, 5, 2), *lower = at(blurred, 128, 5, 61);
-    EXPECT_GT(upper[0], upper[2] + 20) << "its upper part stays above";
-    EXPECT_GT(lower[2], lower[0] + 20);
-
-    const auto cut = placed({36, 64, 36, 20, false});
-    EXPECT_TRUE(std::equal(cut.begin(), cut.end(), drawn.begin() + 22 * 36 * 4));
-    const auto wide = placed({64, 36, 64, 128, true});
-    EXPECT_EQ(at(wide, 64, 0, 46)[0], 255) << "the picture's first row";
-    EXPECT_LT(at(wide, 64, 0, 0)[0], 255);
-    EXPECT_GT(at(wide, 64, 32, 0)[0], 30);
 }
 
 }  // namespace

@@ -80,21 +80,6 @@ TEST_F(SoundTest, FilesOfAnyFormAreStereoAtOneRate) {
     EXPECT_THROW(load(makeSound("empty.wav", 44100, 1, 0, sine)), Error);
 }
 
-TEST_F(SoundTest, ALoopRunsOnWithoutAGap) {
-    // Every sample tells its own place in the file.
-    const auto saw = [](int64_t frame, int) { return static_cast<double>(frame) / 4410; };
-    const auto file = load(makeSound("saw.wav", 44100, 2, 4410, saw));
-    AudioTimeline timeline;
-    timeline.tracks.resize(1);
-    for (int i = 0; i < 3; ++i)
-        timeline.tracks[0].insertions.push_back(
-            {file, {0, 1, 1, 0}, i < 2 ? file->duration() : seconds(0.05), CMTimeMake(4410 * i, 44100)});
-    const auto samples = mixOf(timeline);
-    ASSERT_EQ(samples.size(), 2u * (4410 * 2 + 2205));
-    for (size_t i = 0; i < samples.size(); ++i)
-        ASSERT_NEAR(samples[i], static_cast<double>(i / 2 % 4410) / 4410, 0.0001) << i;
-}
-
 TEST_F(SoundTest, TracksAreAddedPlacedAndScaled) {
     const auto file = load(makeSound("flat.wav", 44100, 1, 44100, [](int64_t, int) { return 0.6; }));
     AudioTimeline timeline = oneTrack(file, 1);

@@ -1,4 +1,3 @@
-#include <fontconfig/fontconfig.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
@@ -11,6 +10,8 @@
 #include "platform/base/Paths.h"
 #include "platform/text/Blur.h"
 #include "platform/text/TextRasterizer.h"
+#include "tests/platform/InstalledFont.h"
+#include "tests/platform/TemporaryFolder.h"
 
 namespace platform {
 namespace {
@@ -216,21 +217,6 @@ TEST(TextTest, ShadowsLieBesideTheTextAndFadeWithTheirRadius) {
     EXPECT_GT(count(draw(description), [](const uint8_t* p) { return p[1] > 200 && p[0] < 40; }), 1000);
 }
 
-TEST(TextTest, BlurSpreadsWithoutLosingLight) {
-    std::vector<uint8_t> pixels(101 * 61);
-    for (int y = 25; y < 36; ++y)
-        for (int x = 40; x < 61; ++x) pixels[size_t(y * 101 + x)] = 255;
-    const double before = std::accumulate(pixels.begin(), pixels.end(), 0.0);
-    blurChannel(pixels.data(), 101, 61, 101, 8);
-    EXPECT_NEAR(std::accumulate(pixels.begin(), pixels.end(), 0.0), before, before * 0.02);
-    for (int i = 1; i < 30; ++i) {
-        EXPECT_EQ(pixels[size_t(30 * 101 + 50 - i)], pixels[size_t(30 * 101 + 50 + i)]);
-        EXPECT_LE(pixels[size_t(30 * 101 + 50 + i)], pixels[size_t(30 * 101 + 49 + i)]);
-    }
-    EXPECT_GT(pixels[30 * 101 + 64], 20);
-    EXPECT_EQ(pixels[30 * 101 + 80], 0);
-}
-
 TEST(TextTest, EmojiKeepTheirColoursAndHaveNoOutline) {
     TextTextureDescription description = describe("🌈🎉", 80);
     const Bitmap colourful = draw(description);
@@ -281,30 +267,15 @@ TEST(TextTest, CharactersAreCountedAsReadersDo) {
     EXPECT_TRUE(Bounds(draw(describe("")), 0).isEmpty());
 }
 
-std::string installedFontFile(const char* family) {
-    FcPattern* wanted = FcPatternBuild(nullptr, FC_FAMILY, FcTypeString, family, FC_WEIGHT, FcTypeInteger,
-                                       FC_WEIGHT_BOLD, nullptr);
-    FcConfigSubstitute(nullptr, wanted, FcMatchPattern);
-    FcDefaultSubstitute(wanted);
-    FcResult result;
-    FcPattern* found = FcFontMatch(nullptr, wanted, &result);
-    FcChar8* file = nullptr;
-    FcPatternGetString(found, FC_FILE, 0, &file);
-    const std::string path(reinterpret_cast<char*>(file));
-    FcPatternDestroy(wanted);
-    FcPatternDestroy(found);
-    return path;
-}
-
 TEST(TextTest, FontsComeByNameOrFromAFileInsideTheFence) {
     EXPECT_TRUE(isFontInstalled("DejaVu Sans"));
     EXPECT_TRUE(isFontInstalled("DejaVu Sans Bold"));
     EXPECT_TRUE(isFontInstalled("DejaVuSans-Bold"));
     EXPECT_FALSE(isFontInstalled("No Such Letters"));
 
-    const auto folder = std::filesystem::temp_directory_path() / ("text-test-" + uniqueIdentifier());
-    createFolders(folder);
-    std::filesystem::copy_file(installedFontFile("DejaVu Sans"), folder / "mine.ttf");
+    const test::TemporaryFolder temporary;
+    const std::filesystem::path folder = temporary.path();
+    std::filesystem::copy_file(test::installedFontFile("DejaVu Sans", FC_WEIGHT_BOLD), folder / "mine.ttf");
     writeFileAtomically(folder / "bad.ttf", "not a font");
     const auto widthWith = [](const TextFont& font) {
         return measureText({.text = "Width 你 🎉", .font = font}, 0).size.width;
@@ -319,15 +290,14 @@ TEST(TextTest, FontsComeByNameOrFromAFileInsideTheFence) {
     EXPECT_EQ(fontIn("mine.ttf"), mine) << "loaded once";
     EXPECT_EQ(fontIn("bad.ttf"), nullptr);
     EXPECT_EQ(widthWith({"No Such Letters", nullptr, 40}), standard);
-    std::filesystem::remove_all(folder);
 }
 
 /// In a process of its own, which has opened none before: those that are open stay open.
 TEST(TextTest, AsManyFontFilesAreTakenAsTheTableSays) {
     GTEST_FLAG_SET(death_test_style, "threadsafe");
-    const auto folder = std::filesystem::temp_directory_path() / ("fonts-test-" + uniqueIdentifier());
-    createFolders(folder);
-    const std::string font = installedFontFile("DejaVu Sans");
+    const test::TemporaryFolder temporary;
+    const std::filesystem::path folder = temporary.path();
+    const std::string font = test::installedFontFile("DejaVu Sans", FC_WEIGHT_BOLD);
     const auto taken = [&] {
         FileGate gate;
         gate.allowFolder(folder);
@@ -343,7 +313,6 @@ TEST(TextTest, AsManyFontFilesAreTakenAsTheTableSays) {
         ::_exit(count == most && isOldOneThere ? 0 : 1);
     };
     EXPECT_EXIT(taken(), testing::ExitedWithCode(0), "");
-    std::filesystem::remove_all(folder);
 }
 
 }  // namespace

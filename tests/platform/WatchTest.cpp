@@ -6,7 +6,7 @@
 #include <fstream>
 
 #include "platform/base/Limits.h"
-#include "platform/base/Paths.h"
+#include "tests/platform/TemporaryFolder.h"
 
 namespace platform {
 namespace {
@@ -27,7 +27,8 @@ size_t watchedFolders() {
 
 TEST(FileWatch, LooksAtAsManyFoldersAsTheTableSays) {
     constexpr size_t most = limitOf<size_t>("maxWatchedFolders");
-    const fs::path folder = fs::temp_directory_path() / ("watch-test-" + uniqueIdentifier());
+    const test::TemporaryFolder temporary;
+    const fs::path folder = temporary.path();
     for (size_t below = 1; below < most - 1; ++below) fs::create_directories(folder / std::to_string(below));
     for (const size_t all : {most - 1, most, most + 1}) {
         if (all >= most) fs::create_directory(folder / std::to_string(all));
@@ -39,7 +40,6 @@ TEST(FileWatch, LooksAtAsManyFoldersAsTheTableSays) {
         EXPECT_EQ(watchedFolders(), most);
         fs::remove_all(folder / "later");
     }
-    fs::remove_all(folder);
 }
 
 }  // namespace

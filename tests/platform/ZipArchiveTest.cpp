@@ -7,6 +7,7 @@
 #include <fstream>
 
 #include "RawZip.h"
+#include "TemporaryFolder.h"
 #include "platform/archive/ZipWriter.h"
 #include "platform/base/File.h"
 #include "platform/base/Paths.h"
@@ -19,12 +20,6 @@ using testing::HasSubstr;
 
 class ZipArchiveTest : public testing::Test {
   protected:
-    void SetUp() override { createFolders(folder); }
-    void TearDown() override {
-        std::error_code ignored;
-        fs::remove_all(folder, ignored);
-    }
-
     void write(const std::string& bytes) { std::ofstream(archive, std::ios::binary) << bytes; }
     /// Why an archive is refused; empty when it was unpacked.
     std::string refusal(const test::RawZip& zip, const ZipLimits& limits = {}) {
@@ -48,7 +43,8 @@ class ZipArchiveTest : public testing::Test {
         return {std::istreambuf_iterator<char>(stream), {}};
     }
 
-    fs::path folder = fs::temp_directory_path() / ("zip-test-" + uniqueIdentifier());
+    const test::TemporaryFolder temporary;
+    const fs::path folder = temporary.path();
     fs::path archive = folder / "a.zip", target = folder / "target";
 };
 
@@ -123,29 +119,16 @@ TEST_F(ZipArchiveTest, RefusesLinksDevicesAndUnknownPackings) {
 
 TEST_F(ZipArchiveTest, RefusesBombsBeforeUnpackingAnything) {
     ZipLimits limits;
-    limits.maxEntries = 3;
-    limits.maxEntryBytes = 5000;
-    limits.maxTotalBytes = 8000;
     limits.maxRatio = 10;
     limits.ratioFreeBytes = 1000;
-    const auto bomb = [](const char* name, size_t bytes) {
-        return test::RawZipEntry{.name = name, .content = std::string(bytes, 'z'), .deflated = true};
+    const auto bomb = [](size_t bytes) {
+        return test::RawZip()
+            .add({"a", "z"})
+            .add({.name = "b", .content = std::string(bytes, 'z'), .deflated = true});
     };
-    const auto stored = [](const char* name, size_t bytes) {
-        return test::RawZipEntry{.name = name, .content = std::string(bytes, 'z')};
-    };
-    EXPECT_THAT(refusal(test::RawZip().add(stored("a", 1)).add(bomb("b", 4000)), limits),
-                HasSubstr("times its"));
+    EXPECT_THAT(refusal(bomb(4000), limits), HasSubstr("times its"));
     EXPECT_TRUE(fs::is_empty(target));
-    EXPECT_EQ(refusal(test::RawZip().add(bomb("b", 900)), limits), "");
-    EXPECT_THAT(refusal(test::RawZip().add(stored("a", 5001)), limits), HasSubstr("more than 5000 bytes"));
-    EXPECT_THAT(refusal(test::RawZip().add(stored("a", 4500)).add(stored("b", 4500)), limits),
-                HasSubstr("more than 8000 bytes"));
-    EXPECT_THAT(refusal(test::RawZip().add({"a", ""}).add({"b", ""}).add({"c", ""}).add({"d", ""}), limits),
-                HasSubstr("more than 3 entries"));
-    limits.maxArchiveBytes = 100;
-    EXPECT_THAT(refusal(test::RawZip().add(stored("a", 200)), limits), HasSubstr("larger than 100 bytes"));
-
+    EXPECT_EQ(refusal(bomb(900), limits), "");
     // An entry within another one's data, so that the same bytes are unpacked twice.
     const test::RawZipEntry inner{.name = "b", .content = std::string(1000, 'z')};
     const uint32_t within = 30 + 1;
