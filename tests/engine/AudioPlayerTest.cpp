@@ -7,6 +7,7 @@
 #include "platform/audio/AudioMixer.h"
 #include "platform/base/Paths.h"
 #include "tests/engine/SoundFixture.h"
+#include "tests/platform/TemporaryFolder.h"
 
 namespace multiscene {
 namespace {
@@ -18,11 +19,7 @@ constexpr double level = 0.5;
 
 class AudioPlayerTest : public ::testing::Test {
   protected:
-    AudioPlayerTest() {
-        std::filesystem::create_directories(folder_);
-        playback_->gate().allowFolder(folder_);
-    }
-    ~AudioPlayerTest() override { std::filesystem::remove_all(folder_); }
+    AudioPlayerTest() { playback_->gate().allowFolder(folder_); }
 
     Value entry(const std::string& type, double seconds, double volume, int64_t start, int64_t end) const {
         const std::string name = type + std::to_string(start);
@@ -53,8 +50,8 @@ class AudioPlayerTest : public ::testing::Test {
     }
     static float levelNow(AUSAudioPlayer& player) { return played(player, 4410).back() / float{level}; }
 
-    const std::filesystem::path folder_ =
-        std::filesystem::temp_directory_path() / ("player-" + platform::uniqueIdentifier());
+    const platform::test::TemporaryFolder temporary_;
+    const std::filesystem::path folder_ = temporary_.path();
     std::shared_ptr<Playback> playback_ = std::make_shared<Playback>();
     AUSAudioPlayer player_{playback_, framesPerSecond};
 };

@@ -43,12 +43,10 @@ class BlendTest : public BlendFixture {
   protected:
     /// Draws the node at an opacity that lasts, its key frame named as the node's kind wants.
     void drawFaded(Dictionary info, const Function& function, const std::string& key, double opacity) {
-        newScene();
         info["AnimationInfo"] = keys("start" + key, opacity, "end" + key, opacity);
         info["FpsInfo"] = dictionary(
             {{"isChangeBlend", true}, {"srcBlend", function.source}, {"dstBlend", function.destination}});
-        add(info);
-        draw(0, backdrop);
+        show(info, 0, backdrop);
     }
 
     static Dictionary with(Dictionary info, const char* key, Dictionary value) {
@@ -136,8 +134,7 @@ TEST_F(BlendTest, ABlendQuadOutsideItsFramesLeavesItsChildrenAlone) {
     parent["FpsInfo"] = frames(2, 9);
     parent["childNode"] = array({Value(with(quad("QVQuadFrameObject3D", ""), "FrameInfo",
                                             {{"frameType", "color"}, {"frameColor", "0,0,1,1"}}))});
-    add(parent);
-    draw(1, kGreen);
+    show(parent, 1, kGreen);
     EXPECT_EQ(at(4, 4), kBlue);
     draw(2, kGreen);
     EXPECT_EQ(at(4, 4), (Pixel{0, 255, 255, 255})) << "children are added while it is due";
@@ -148,31 +145,8 @@ TEST_F(BlendTest, TheProgramsOwnOpacityShaderServesACustomShaderQuad) {
     info["CustomShaderInfo"] = dictionary({{"startOneVariable", 0.5}});
     info["FpsInfo"] =
         dictionary({{"customShaderPath", "$(mainBundleResourcePathROOT)/shaders/diaphaneity_Shader.plist"}});
-    add(info);
-    draw(0, kBlue);
+    show(info, 0, kBlue);
     EXPECT_TRUE(isNear(at(30, 30), {64, 0, 191, 255}, 2));
-}
-
-TEST_F(BlendTest, AShaderOfATemplateGivesStraightColours) {
-    platform::writeFileAtomically(
-        path("own.vsh"),
-        std::string(
-            "attribute vec4 position; uniform mat4 u_mvpMatrix; void main() { gl_Position = u_mvpMatrix * "
-            "position; }"));
-    platform::writeFileAtomically(
-        path("own.fsh"),
-        std::string("precision mediump float; void main() { gl_FragColor = vec4(1.0, 0.0, 0.0, 0.5); }"));
-    platform::writeFileAtomically(
-        path("own.plist"),
-        std::string(
-            "<plist><dict><key>Files</key><array><string>own.vsh</string><string>own.fsh</string></array>"
-            "<key>Attributes</key><array><string>position</string></array>"
-            "<key>Uniforms</key><array><string>u_mvpMatrix</string></array></dict></plist>"));
-    Dictionary info = quad("QVQuadCustomShaderOneVariable", picture("half.png", {{255, 0, 0, 128}}));
-    info["FpsInfo"] = dictionary({{"customShaderPath", Value(path("own.plist"))}});
-    add(info);
-    draw(0, kBlue);
-    EXPECT_TRUE(isNear(at(30, 30), {128, 0, 128, 255}, 2));
 }
 
 // Masks

@@ -9,7 +9,7 @@
 #include "FakeDriver.h"
 #include "TwoPainters.h"
 #include "core/SceneNodes.h"
-#include "platform/base/Paths.h"
+#include "tests/platform/TemporaryFolder.h"
 
 namespace multiscene::testing {
 
@@ -23,8 +23,7 @@ class DrawableFixture : public ::testing::Test {
   protected:
     static constexpr int side = 64;  ///< pixels of the picture
 
-    DrawableFixture() : folder(std::filesystem::temp_directory_path() / platform::uniqueIdentifier()) {
-        std::filesystem::create_directories(folder);
+    DrawableFixture() {
         driver.played.gate().allowFolder(folder);
         painters.gate.allowFolder(folder);
         driver.width = driver.height = side;
@@ -34,7 +33,6 @@ class DrawableFixture : public ::testing::Test {
     ~DrawableFixture() override {
         scene.reset();
         driver.current.reset();
-        std::filesystem::remove_all(folder);
     }
 
     void newScene() {
@@ -97,10 +95,18 @@ class DrawableFixture : public ::testing::Test {
         picture_ = painters.paint(side, side, background, [&](Painter& painter) { scene->render(painter); });
     }
 
+    /// Draws a scene of this node alone.
+    void show(const Value& info, int64_t number = 0, const Pixel& background = kNothing) {
+        newScene();
+        add(info);
+        draw(number, background);
+    }
+
     /// A pixel of the last picture, from the upper left.
     const Pixel& at(int x, int y) const { return picture_.at(x, y); }
 
-    const std::filesystem::path folder;
+    const platform::test::TemporaryFolder temporary_;  ///< outlives what writes into it
+    const std::filesystem::path folder = temporary_.path();
     TwoPainters painters;
     FakeDriver driver;
     std::shared_ptr<QVScene3D> scene;

@@ -51,24 +51,6 @@ class EdgeTest : public testing::PlayFixture {
     }
 };
 
-TEST_F(EdgeTest, TurnedQuadsAreSmoothWhoeverDrawsThem) {
-    const std::string white = picture("white.png", {{255, 255, 255, 255}});
-    Dictionary turned = quad("QVQuadObject3D", white, 10, 5, 90, 0.3);
-    for (const bool comparesDepths : {false, true}) {  // as a shape, and as triangles
-        turned["FpsInfo"] = Value(Dictionary{{"isEnableDephTest", comparesDepths}});
-        const Picture shown = play({Value(turned)}).at(0);
-        int between = 0, steps = 0;
-        for (size_t i = 1; i < shown.size(); ++i) {
-            between += shown[i][0] > 20 && shown[i][0] < 235;
-            steps += i % side != 0 && std::abs(shown[i][0] - shown[i - 1][0]) > 235;
-        }
-        // The outline is 360 pixels long; each row crosses two of the edges.
-        EXPECT_GT(between, 200) << comparesDepths;
-        EXPECT_LT(steps, 90) << comparesDepths;
-        EXPECT_EQ(shown[size_t(side / 2 * side + side / 2)], (Pixel{255, 255, 255, 255}));
-    }
-}
-
 TEST_F(EdgeTest, TargetsThatShowEachOtherStepOnceAFrame) {
     const auto showing = [&](const char* key, double x) {
         Dictionary info = quad("QVQuadObject3D", "", x, 0, side);

@@ -10,6 +10,7 @@
 #include "platform/base/Paths.h"
 #include "report/RenderReport.h"
 #include "tests/engine/SoundFixture.h"
+#include "tests/platform/TemporaryFolder.h"
 
 namespace multiscene {
 namespace {
@@ -20,11 +21,7 @@ constexpr double level = 0.5;
 
 class ExportSoundTest : public ::testing::Test {
   protected:
-    ExportSoundTest() {
-        std::filesystem::create_directories(folder_);
-        playback_.gate().allowFolder(folder_);
-    }
-    ~ExportSoundTest() override { std::filesystem::remove_all(folder_); }
+    ExportSoundTest() { playback_.gate().allowFolder(folder_); }
 
     Value music(double seconds) const {
         const std::string path = testing::writeLevel(folder_ / "music.wav", seconds, level);
@@ -51,8 +48,8 @@ class ExportSoundTest : public ::testing::Test {
     }
 
     Playback playback_;
-    const std::filesystem::path folder_ =
-        std::filesystem::temp_directory_path() / ("sound-" + platform::uniqueIdentifier());
+    const platform::test::TemporaryFolder temporary_;
+    const std::filesystem::path folder_ = temporary_.path();
 };
 
 TEST_F(ExportSoundTest, MusicGivesWayByTheMeanVolumeOfTheEffects) {

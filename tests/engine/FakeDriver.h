@@ -6,6 +6,7 @@
 #include "core/QVObject3DTransformBase.h"
 #include "core/QVScene3D.h"
 #include "core/carmera/QVCamera3D.h"
+#include "platform/base/Json.h"
 #include "playback/Playback.h"
 #include "playback/RenderDriver.h"
 
@@ -42,6 +43,7 @@ inline platform::Value dictionary(platform::Value::Dictionary entries) {
     return platform::Value(std::move(entries));
 }
 inline platform::Value array(platform::Value::Array items) { return platform::Value(std::move(items)); }
+inline platform::Value fromJson(const char* text) { return platform::parseJson(text, "a test"); }
 
 inline std::shared_ptr<QVObject3DTransformBase> group(const platform::Value& info = dictionary({})) {
     auto node = std::make_shared<QVObject3DTransformBase>();

@@ -259,11 +259,9 @@ TEST_F(FilterTest, ListsInSceneFilesMoveByKeyFrames) {
 TEST_F(FilterTest, CornersAreRoundAndSmooth) {
     const std::string photo = picture("photo.png", {{200, 100, 0, 255}});
     const auto drawn = [&](Dictionary frameInfo) {
-        newScene();
         Dictionary info = quad("QVQuadFrameObject3D", photo, 60, 40);
         info["FrameInfo"] = Value(std::move(frameInfo));
-        add(info);
-        draw(0, kBlack);
+        show(info, 0, kBlack);
     };
     const Pixel orange{200, 100, 0, 255};
     for (const char* type : {"image", "filter", "color"}) {

@@ -43,18 +43,6 @@ class GroupPlay : public testing::PlayFixture {
     std::map<int64_t, Ends> shown_;
 };
 
-TEST_F(GroupPlay, OneSceneEndsOnceAndLeavesNothingBehind) {
-    addScene(1, 4, {patch("1,0,0,1")});
-    play(1);
-    create(std::make_shared<PictureSink>(32, 32, [](const auto&) {}));
-    run();
-    EXPECT_EQ(completions_, 1);
-    EXPECT_EQ(failures_, 0);
-    EXPECT_EQ(frames_, 5);  // the end frame is included
-    EXPECT_EQ(driver_->currentRenderFps(), 0);
-    EXPECT_EQ(liveObjects(), 0);
-}
-
 TEST_F(GroupPlay, ReadsEachSceneFileOnceHoweverOftenItIsPlayed) {
     addScene(1, 2);
     addScene(9, 2);
@@ -163,38 +151,6 @@ TEST_F(GroupPlay, TransitionTakesThePlaceOfARunningOverlay) {
     EXPECT_EQ(liveObjects(), 0);
 }
 
-TEST_F(GroupPlay, FollowingSceneIsBuiltAfterTheFirstFrame) {
-    addScene(1, 5);
-    addScene(2, 5);
-    addScene(3, 2);
-    addScene(9, 1);
-    play(1, transition(9, 2, 0));
-    play(2);
-    play(3);
-    create(nullptr);
-    std::vector<std::string> slots;
-    driver_->setFrameSampleBlock([&](int64_t) {
-        const auto idOf = [](const std::shared_ptr<QVScene3D>& scene) {
-            return scene ? std::to_string(scene->sceneConfigData().sId) : "none";
-        };
-        slots.push_back(idOf(driver_->currentScene()) + ">" + idOf(driver_->nextScene()));
-    });
-    run();
-    // Scene 2 prepares its follower when it has become the current one; the last follower is an empty scene.
-    EXPECT_EQ(summaryOf(slots), "1>none x1, 1>2 x5, 2>none x1, 2>3 x3, 3>none x1, 3>-1 x2");
-}
-
-TEST_F(GroupPlay, TransitionOfAnotherTypeAndMissingTransitionAreHardCuts) {
-    addScene(1, 2);
-    addScene(2, 2);
-    play(1, transition(2, 1, 5));
-    play(2);
-    create(nullptr);
-    recordFrames();
-    run();
-    EXPECT_EQ(summary(), "0:c1 x3, 0:c2 x3");
-}
-
 TEST_F(GroupPlay, SceneThatIsNeverDueIsFollowedAllTheSame) {
     // The clock's own range starts late, so nothing asks for the next scene in time.
     addScene(
@@ -229,21 +185,6 @@ TEST_F(GroupPlay, LoopGoesRoundUntilItIsCancelled) {
     EXPECT_EQ(completions_ + failures_, 0);
     EXPECT_TRUE(summary().starts_with("0:c1 x2, 0:c2 x1, 0:c1 x2, 0:c2 x1, 0:c1 x2")) << summary();
     EXPECT_EQ(liveObjects(), 0);
-}
-
-TEST_F(GroupPlay, PicturesOfSelectedFramesOnlyTopRowFirst) {
-    addScene(1, 9,
-             {patch("1,0,0,1", {}, {{"FpsInfo", Value(Dictionary{{"startFps", 0}, {"endFps", 4}})}}),
-              patch("0,0,1,0.2", "0,16,32,16")});  // an opacity that eight bits hold
-    play(1);
-    create(pixelSink([](int64_t frame) { return frame % 4 == 0; }));
-    run();
-    EXPECT_EQ(shown_.size(), 3u);
-    EXPECT_EQ(driver_->statistics().drawnFrames, 3);
-    EXPECT_EQ(driver_->statistics().frames, 10);
-    expectShown(0, {204, 0, 51, 255}, {255, 0, 0, 255});
-    expectShown(4, {204, 0, 51, 255}, {255, 0, 0, 255});
-    expectShown(8, {0, 0, 51, 51}, {0, 0, 0, 0});
 }
 
 TEST_F(GroupPlay, FramesThatAreLeftOutStillFillWhatLaterOnesShow) {
@@ -318,39 +259,6 @@ TEST_F(GroupPlay, FramesLeftOutOfATransitionFillTheScenesTextures) {
     run();
     ASSERT_EQ(shown_.size(), 1u);
     expectShown(8, {255, 0, 0, 255}, {255, 0, 0, 255});
-}
-
-TEST_F(GroupPlay, QuadsThatCutEachOtherAreHiddenByDepth) {
-    const auto turned = [&](const std::array<uint8_t, 4>& color, const char* rotation, bool depth) {
-        const std::string file = folder_ / (std::string("turned") + rotation + ".png");
-        platform::writePng(file, {1, 1, color.data(), 4});
-        return Value(
-            Dictionary{{"type", "QVQuadObject3D"},
-                       {"TextureInfo", Value(Dictionary{{"textureType", "image"}, {"texture", file}})},
-                       {"QuadInfo", Value(Dictionary{{"modelWidth", 32}, {"modelHeight", 32}})},
-                       {"FpsInfo", Value(Dictionary{{"isEnableDephTest", depth}})},
-                       // At rest, in radians.
-                       {"TransformArray", Value(Value::Array{Value(Dictionary{
-                                              {"sartFps", 0}, {"endFps", 1}, {"startRotate", rotation}})})}});
-    };
-    const Value camera(Dictionary{{"type", "QVOrthCamera"}, {"OrthWidth", 32}, {"aspect", 1}});
-    for (const bool depth : {true, false}) {
-        // The left half of the first and the right half of the second come forward.
-        addScene(1, Value(Dictionary{
-                        {"Camera", camera},
-                        {"TimeSource", clock(0)},
-                        {"object3D", Value(Value::Array{turned({255, 0, 0, 255}, "0,0.6,0", depth),
-                                                        turned({0, 0, 255, 255}, "0,-0.6,0", depth)})}}));
-        scenes_.clear();
-        play(1);
-        std::array<int, 2> red{};
-        create(std::make_shared<PictureSink>(32, 32, [&](const PictureSink::Picture& picture) {
-            for (size_t half = 0; half < 2; ++half) red[half] = picture.rgba[(16 * 32 + (half ? 22 : 9)) * 4];
-        }));
-        completions_ = 0;
-        run();
-        EXPECT_EQ(red, (depth ? std::array{255, 0} : std::array{0, 0})) << depth;
-    }
 }
 
 TEST_F(GroupPlay, TraceListsEveryChildInTreeOrder) {

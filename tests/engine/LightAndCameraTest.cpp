@@ -23,19 +23,6 @@ class LightTest : public DrawableFixture {
              {"LightSourceArray", Value(std::move(lights))}}));
     }
 
-    /// The same wall as a quad that a template's own shader draws, a copy of the program's.
-    void addWallWithOwnShader(Value::Array lights, bool isLit = true) {
-        for (const char* file :
-             {"normal_lightShader.plist", "normal_lightShader.vsh", "normal_lightShader.fsh"})
-            std::filesystem::copy_file(platform::resourcesFolder() / "shaders" / file, path(file),
-                                       std::filesystem::copy_options::skip_existing);
-        Dictionary wall = quad("QVQuadCustomShaderOneVariable", picture("wall.png", {{200, 200, 200, 255}}));
-        wall["FpsInfo"] = dictionary(
-            {{"isLightEnable", isLit}, {"customShaderPath", Value(path("normal_lightShader.plist"))}});
-        wall["LightSourceArray"] = Value(std::move(lights));
-        add(Value(wall));
-    }
-
     /// Some pixels of a wall in these lights, 20 units before the eye.
     std::vector<glm::vec3> litWall(Value::Array lights, bool seenFromBehind = false) {
         newScene();
@@ -48,95 +35,41 @@ class LightTest : public DrawableFixture {
         }
         return colors;
     }
-
-    /// A uniform of the program that drew last.
-    static glm::vec3 uniform(const std::string& name) {
-        glm::vec3 value(-1);
-        glGetUniformfv(program(), location(name), &value.x);
-        return value;
-    }
-    static int intUniform(const std::string& name) {
-        GLint value = -1;
-        glGetUniformiv(program(), location(name), &value);
-        return value;
-    }
-
-  private:
-    static GLuint program() {
-        GLint current = 0;
-        glGetIntegerv(GL_CURRENT_PROGRAM, &current);
-        return GLuint(current);
-    }
-    static GLint location(const std::string& name) {
-        const GLint found = glGetUniformLocation(program(), name.c_str());
-        EXPECT_GE(found, 0) << name;
-        return found;
-    }
 };
 
-TEST_F(LightTest, MovingLightsReachTheShaderInTheirOrder) {
-    const Value spot =
-        dictionary({{"lightSourceType", 3},
-                    {"spotLightCutOffAngle", 30},
-                    {"spotLightExponent", 2},
-                    {"spotLightDirection", "0,0,-1"},
-                    {"ambientMaterialColor", "0.1,0.2,0.3"},
-                    {"specularShininess", 9},
-                    {"AnimationInfo", array({dictionary({{"sartFps", 0},
-                                                         {"endFps", 10},
-                                                         {"ease", 4},
-                                                         {"positionEase", 1},
-                                                         {"startLightSourcePosition", "0,0,10"},
-                                                         {"endLightSourcePosition", "20,-40,10"},
-                                                         {"startLightSourceColor", "0,0,0"}})})}});
-    const Value point = dictionary({{"lightSourceType", 1}, {"spotLightExponent", 7}});
-    addWallWithOwnShader(
-        {dictionary({{"lightSourceType", 0}}), spot, dictionary({{"lightSourceType", 4}}), point});
-    draw(0);
-    EXPECT_EQ(uniform("lightSourceArray[0].lightPosition"), glm::vec3(0, 0, 10));
-    draw(5);
-    EXPECT_EQ(uniform("lightSourceArray[0].lightPosition"), glm::vec3(5, -10, 10)) << "a quarter of the way";
-    EXPECT_EQ(intUniform("lightEnable"), 1);
-    EXPECT_EQ(intUniform("lightSourceNumber"), 2);
-    EXPECT_EQ(intUniform("lightSourceArray[0].useLight"), 3);
-    EXPECT_EQ(uniform("lightSourceArray[0].ambientMaterial"), glm::vec3(0.1f, 0.2f, 0.3f));
-    EXPECT_EQ(uniform("lightSourceArray[0].shininess").x, 9);
-    EXPECT_EQ(uniform("lightSourceArray[0].spotLightCutOffAngle").x, float(30 * 0.0174533));
-    EXPECT_EQ(uniform("lightSourceArray[0].spotLightExponent").x, 2);
-    EXPECT_EQ(uniform("lightSourceArray[0].spotLightDirection"), glm::vec3(0, 0, -1));
-    EXPECT_EQ(intUniform("lightSourceArray[1].useLight"), 1);
-    EXPECT_EQ(uniform("lightSourceArray[1].lightPosition"), glm::vec3(0, 0, 1));
-    EXPECT_EQ(uniform("lightSourceArray[1].spotLightExponent").x, 0) << "a point light has no cone";
-    EXPECT_EQ(scene->getChildAt(1)->ligthArray()[0]->lightSourceColor(), glm::vec3(1))
-        << "one end is missing";
-
-    newScene();
-    addWallWithOwnShader({dictionary({{"lightSourceType", 1}, {"lightSourcePosition", "1,2,3"}})}, false);
-    draw(0);
-    EXPECT_EQ(intUniform("lightEnable"), 0);
-    EXPECT_EQ(intUniform("lightSourceNumber"), 0);
-    EXPECT_EQ(uniform("lightSourceArray[0].lightPosition"), glm::vec3(5, -10, 10)) << "left as it was";
-    EXPECT_TRUE(isNear(at(32, 32), {200, 200, 200, 255}));
+TEST_F(LightTest, LightsMoveByTheirOwnEaseAndUnknownKindsAreNone) {
+    Dictionary sun{{"lightSourceType", 2}, {"diffuseMaterialColor", "0.8,0.4,0"}};
+    sun["AnimationInfo"] = array({dictionary({{"sartFps", 0},
+                                              {"endFps", 10},
+                                              {"ease", 4},
+                                              {"positionEase", 1},
+                                              {"startLightSourcePosition", "0,0,1"},
+                                              {"endLightSourcePosition", "1,0,0"},
+                                              {"startLightSourceColor", "0,0,0"}})});
+    const Dictionary bright{{"diffuseMaterialColor", "1,1,1"}, {"ambientMaterialColor", "1,1,1"}};
+    for (const bool isLit : {true, false}) {
+        newScene();
+        Value::Array lights{Value(sun)};
+        for (const int unknown : {0, 4}) lights.push_back(Value(bright).with("lightSourceType", unknown));
+        addWall(std::move(lights), isLit);
+        draw(0);
+        draw(5);
+        const double facing = 0.75 / std::hypot(0.25, 0.75);  // a quarter of the way
+        EXPECT_TRUE(isNear(
+            at(32, 32),
+            isLit ? Pixel{uint8_t(160 * facing), uint8_t(80 * facing), 0, 255} : Pixel{200, 200, 200, 255},
+            2));
+    }
 }
 
 TEST_F(LightTest, LightsOfAllKindsAddUpFromBothSides) {
-    const Value sun = dictionary({{"lightSourceType", 2},
-                                  {"lightSourcePosition", "1,1,2"},
-                                  {"ambientMaterialColor", "0.05,0,0.1"},
-                                  {"diffuseMaterialColor", "0.3,0,0"}});
-    const Value spot = dictionary({{"lightSourceType", 3},
-                                   {"lightSourcePosition", "10,0,20"},
-                                   {"spotLightDirection", "0,0,-2"},
-                                   {"spotLightCutOffAngle", 20},
-                                   {"spotLightExponent", 4},
-                                   {"diffuseMaterialColor", "0,0.3,0.1"},
-                                   {"specularMaterialColor", "0.2,0,0"},
-                                   {"specularShininess", 3}});
-    const Value lamp = dictionary({{"lightSourceType", 1},
-                                   {"lightSourcePosition", "-20,10,10"},
-                                   {"diffuseMaterialColor", "0.1,0.1,0.4"},
-                                   {"specularMaterialColor", "0,0.2,0"},
-                                   {"specularShininess", 2}});
+    const Value sun = fromJson(R"({"lightSourceType": 2, "lightSourcePosition": "1,1,2",
+        "ambientMaterialColor": "0.05,0,0.1", "diffuseMaterialColor": "0.3,0,0"})");
+    const Value spot = fromJson(R"({"lightSourceType": 3, "lightSourcePosition": "10,0,20",
+        "spotLightDirection": "0,0,-2", "spotLightCutOffAngle": 20, "spotLightExponent": 4,
+        "diffuseMaterialColor": "0,0.3,0.1", "specularMaterialColor": "0.2,0,0", "specularShininess": 3})");
+    const Value lamp = fromJson(R"({"lightSourceType": 1, "lightSourcePosition": "-20,10,10",
+        "diffuseMaterialColor": "0.1,0.1,0.4", "specularMaterialColor": "0,0.2,0", "specularShininess": 2})");
     const auto ofSun = litWall({sun}), ofSpot = litWall({spot}), ofLamp = litWall({lamp});
     EXPECT_GT(ofSpot[2].y, 20);
     EXPECT_EQ(ofSpot[0], glm::vec3(0)) << "outside of the cone";
@@ -149,39 +82,6 @@ TEST_F(LightTest, LightsOfAllKindsAddUpFromBothSides) {
             EXPECT_LT(glm::distance(reordered[i], sum), 2.5f) << i << (behind ? " behind" : "");
         }
     }
-}
-
-TEST_F(LightTest, AnOpaqueCubeShowsItsNearSides) {
-    for (const bool comparesDepths : {false, true}) {
-        newScene();
-        add(dictionary(
-            {{"type", "QVCubeObject3D"},
-             {"TextureInfo",
-              dictionary({{"textureType", "image"}, {"texture", picture("halves.png", {kRed, kBlue}, 2)}})},
-             {"MeshInfo", dictionary({{"modelWidth", 40}, {"modelHeight", 40}, {"modelDepth", 40}})},
-             {"FpsInfo", dictionary({{"isEnableDephTest", comparesDepths}})}}));
-        draw(0);
-        EXPECT_TRUE(isNear(at(20, 32), kRed)) << comparesDepths;
-        EXPECT_TRUE(isNear(at(44, 32), kBlue)) << "the far side is the other way round";
-    }
-}
-
-TEST_F(LightTest, TheWallDarkensAsTheLightTurnsAway) {
-    addWall({dictionary(
-        {{"lightSourceType", 2},
-         {"ambientMaterialColor", "0.1,0.1,0.1"},
-         {"diffuseMaterialColor", "0.8,0.4,0"},
-         {"AnimationInfo", keys("startLightSourcePosition", "0,0,1", "endLightSourcePosition", "1,0,0")}})});
-    const auto lit = [](double facing) {
-        const auto level = [&](double diffuse) { return uint8_t(200 * (0.1 + diffuse * facing) + 0.5); };
-        return Pixel{level(0.8), level(0.4), level(0), 255};
-    };
-    draw(0);
-    EXPECT_TRUE(isNear(at(32, 32), lit(1), 2));
-    draw(5);
-    EXPECT_TRUE(isNear(at(32, 32), lit(std::sqrt(0.5)), 2));
-    draw(10);
-    EXPECT_TRUE(isNear(at(32, 32), lit(0), 2));
 }
 
 TEST_F(LightTest, ASpotLightEndsAtItsCone) {

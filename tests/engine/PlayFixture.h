@@ -17,6 +17,7 @@
 #include "playback/Playback.h"
 #include "sceneFile/SceneFile.h"
 #include "tests/engine/MediaFiles.h"
+#include "tests/platform/TemporaryFolder.h"
 #include "trace/SceneTrace.h"
 #include "videoRenderCore/QVMediaManage.h"
 
@@ -89,14 +90,10 @@ std::map<std::string, int> glCensus();
 
 class PlayFixture : public ::testing::Test {
   protected:
-    PlayFixture() : folder_(std::filesystem::temp_directory_path() / platform::uniqueIdentifier()) {
-        std::filesystem::create_directories(folder_);
-        playback_->gate().allowFolder(folder_);
-    }
+    PlayFixture() { playback_->gate().allowFolder(folder_); }
     ~PlayFixture() override {
         player_.reset();
         driver_.reset();
-        std::filesystem::remove_all(folder_);
     }
 
     /// Writes a scene file and gives it a number in the catalogue, which may know its number of frames.
@@ -198,7 +195,8 @@ class PlayFixture : public ::testing::Test {
                liveGLObjects(GLObjectKind::Renderbuffer);
     }
 
-    const std::filesystem::path folder_;
+    const platform::test::TemporaryFolder temporary_;
+    const std::filesystem::path folder_ = temporary_.path();
     Renderer renderer_ = Renderer::Software;  ///< GL for tests that count its objects
     std::shared_ptr<Playback> playback_ = std::make_shared<Playback>();
     std::shared_ptr<TestCatalogue> catalogue_ = std::make_shared<TestCatalogue>();

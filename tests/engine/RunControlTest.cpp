@@ -68,34 +68,6 @@ TEST_F(RunControl, CancelEndsAPausedRun) {
     EXPECT_EQ(frames_, 0);
 }
 
-TEST_F(RunControl, RestartPlaysAgainFromTheFirstScene) {
-    addScene(1, 1);
-    addScene(2, 1000000);
-    play(1);
-    play(2);
-    create(nullptr);
-    recordFrames();
-    start();
-    pumpUntil([&] { return frames_ > 5; });
-    std::atomic<int> restarts = 0;
-    size_t before = 0;
-    player_->reStartRender([&] {
-        ++restarts;
-        before = played_.size();
-        frames_ = 0;
-        EXPECT_EQ(driver_->currentRenderFps(), 0);
-    });
-    pumpUntil([&] { return restarts == 1; });
-    pumpUntil([&] { return frames_ > 3; });
-    std::atomic<bool> isCancelled = false;
-    driver_->cancelRun([&] { isCancelled = true; });
-    pumpUntil([&] { return isCancelled.load(); });
-    ASSERT_GT(played_.size(), before + 2);
-    EXPECT_EQ(played_[before], "0:c1");
-    EXPECT_EQ(played_[before + 2], "0:c2");
-    EXPECT_EQ(restarts, 1);
-}
-
 TEST_F(RunControl, WhoEndsARunFirstEndsIt) {
     addScene(1, 3, {patch("1,0,0,1")});
     play(1);

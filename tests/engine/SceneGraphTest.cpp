@@ -19,40 +19,6 @@ platform::Value live(int64_t start, int64_t end) {
     return dictionary({{"FpsInfo", dictionary({{"startFps", start}, {"endFps", end}})}});
 }
 
-TEST_F(SceneGraphTest, AnglesConvertPerAxisButNotAsAVector) {
-    auto node = group();
-    node->setRotationX(90);
-    EXPECT_FLOAT_EQ(node->rotation().x, 1.570797f);
-    EXPECT_NEAR(node->rotationX(), 90, 1e-3);
-    node->setRotation({90, 0, 0});
-    EXPECT_EQ(node->rotation().x, 90);
-}
-
-TEST_F(SceneGraphTest, ScaleActsInTheParentsAxesAfterRotation) {
-    auto node = group();
-    node->setScale({2, 1, 1});
-    node->setRotationZ(90);
-    const glm::vec4 moved = node->transform() * glm::vec4(1, 0, 0, 1);
-    EXPECT_NEAR(moved.x, 0, 1e-5);
-    EXPECT_NEAR(moved.y, 1, 1e-5);
-}
-
-TEST_F(SceneGraphTest, ExtraMatricesSurroundThePlacement) {
-    auto node = group();
-    node->setPosition({1, 2, 3});
-    node->setUpPreposeMatrix4(glm::translate(glm::mat4(1), {10, 0, 0}));
-    node->setupMutableTransform(glm::scale(glm::mat4(1), {2, 2, 2}));
-    node->setUpPostMatrix4(glm::translate(glm::mat4(1), {0, 5, 0}));
-    EXPECT_EQ(glm::vec3(node->transform()[3]), glm::vec3(12, 14, 6));
-}
-
-TEST_F(SceneGraphTest, DeeperNodesComeFirstAndEqualOnesKeepTheirOrder) {
-    auto parent = group(), a = group(), b = group(), c = group();
-    for (const auto& node : {a, b, c}) parent->addChild(node);
-    c->setRenderDepth(1);
-    EXPECT_EQ(parent->children(), (QVObjectContainer3D::Children{c, a, b}));
-}
-
 TEST_F(SceneGraphTest, AddedNodesComeWhereSortingThemAllWouldBringThem) {
     auto parent = group();
     QVObjectContainer3D::Children added;
@@ -174,28 +140,6 @@ TEST_F(SceneGraphTest, AnInvisibleNodeKeepsItsChildrenButUpdatesItsMatrices) {
     EXPECT_EQ(child->scenePosition().x, 3);
 }
 
-TEST_F(SceneGraphTest, BlendFactorsByExactName) {
-    EXPECT_EQ(QVObject3DFpsBase::blendParmeWithString("SRC_ALPHA_SATURATE"), 776u);
-    EXPECT_EQ(QVObject3DFpsBase::blendParmeWithString("src_alpha"), 0u);
-    auto node = group(dictionary({{"FpsInfo", dictionary({{"isChangeBlend", false}, {"srcBlend", "ONE"}})}}));
-    EXPECT_EQ(node->srcBlend(), 0u);
-    EXPECT_EQ(node->endFps(), INT64_MAX);
-}
-
-TEST_F(SceneGraphTest, UnknownTypesAreTheTemplatesFault) {
-    for (const char* key : {"childNode", "ComponentsInfo"}) {
-        const platform::Value info = dictionary({{key, array({dictionary({{"type", "QVNoSuchThing"}})})}});
-        EXPECT_THROW(group(info), platform::Error) << key;
-    }
-}
-
-TEST_F(SceneGraphTest, TheCameraIsASortedTopLevelNodeAndIsReplaced) {
-    EXPECT_EQ(scene->numChildren(), 1u);
-    auto camera = QVCamera3D::initOrthWithWidth(20, 2);
-    scene->setCamera(camera);
-    EXPECT_EQ(scene->children(), (QVObjectContainer3D::Children{camera}));
-}
-
 TEST_F(SceneGraphTest, SceneTexturesAreLimitedInWidthAlone) {
     const auto sizeFor = [&](int32_t width, int32_t height) {
         driver.width = width;
@@ -208,32 +152,6 @@ TEST_F(SceneGraphTest, SceneTexturesAreLimitedInWidthAlone) {
     EXPECT_EQ(sizeFor(720, 1280), std::pair(720, 1280));
     EXPECT_EQ(sizeFor(1000, 1000), std::pair(1000, 1000));
     EXPECT_EQ(sizeFor(3840, 2160), std::pair(1000, 562));
-}
-
-TEST_F(SceneGraphTest, PerspectiveIsHorizontalAndOrthographicCentred) {
-    auto perspective = QVCamera3D::initWithFov(90, 2);
-    EXPECT_FLOAT_EQ(perspective->getFov(), 1.570797f);
-    EXPECT_NEAR(perspective->getPpTransform()[0][0], 1 / std::tan(0.7853985), 1e-6);
-    EXPECT_FLOAT_EQ(perspective->getPpTransform()[1][1], 2 * perspective->getPpTransform()[0][0]);
-    auto orthographic = QVCamera3D::initOrthWithWidth(20, 2);
-    EXPECT_EQ(orthographic->getPpTransform() * glm::vec4(10, -5, 0, 1) * glm::vec4(1, 1, 0, 1),
-              glm::vec4(1, -1, 0, 1));
-}
-
-TEST_F(SceneGraphTest, CameraRotationsReplaceEachOtherAndLookAtTurns) {
-    QVCamera3DLookAtTransform view;
-    view.cameraRotateFromUpVector(90);
-    view.cameraRotateFromTargetVector(90);
-    view.computeCameraLookAtTransform();
-    const glm::vec4 right = view.cameraLookAtTransform() * glm::vec4(0, 1, 0, 0);
-    EXPECT_NEAR(std::abs(right.x), 1, 1e-5);  // only the roll remains
-    QVCamera3DLookAtTransform turned;
-    turned.moveCameraToTarget({0, 0, 10});
-    turned.cameraLookAtWithTargetPoint({5, 0, 10});
-    turned.computeCameraLookAtTransform();
-    const glm::vec4 ahead = turned.cameraLookAtTransform() * glm::vec4(5, 0, 10, 1);
-    EXPECT_NEAR(ahead.z, -5, 1e-5);
-    EXPECT_NEAR(ahead.x, 0, 1e-5);
 }
 
 TEST_F(SceneGraphTest, ACameraNeverPlaysItsMotionItems) {

@@ -6,6 +6,7 @@
 
 #include "output/PictureSink.h"
 #include "output/SoundSink.h"
+#include "platform/base/Json.h"
 #include "tests/engine/PlayFixture.h"
 
 namespace multiscene {
@@ -226,23 +227,14 @@ TEST_F(ScenePlay, AFilmThatClocksItsSceneLiesBehindAndItsHeldFrameStartsNothingA
 }
 
 TEST_F(ScenePlay, MovesAreStampedWithTheFrameThatStartsThem) {
-    const Value walks = list({entry({{"sartFps", 0},
-                                     {"endFps", 4},
-                                     {"startTranslate", "0,0,0"},
-                                     {"endTranslate", "8,0,0"},
-                                     {"startScale", "1,1,1"},
-                                     {"endScale", "3,3,3"},
-                                     {"startRotate", "0,0,0"},
-                                     {"endRotate", "0,0,80"},
-                                     {"startTextureOrigin", "0,0"},
-                                     {"endTextureOrigin", "0.5,0"},
-                                     {"startTextureSize", "1,1"},
-                                     {"endTextureSize", "0.5,1"}}),
-                              entry({{"sartFps", 6},
-                                     {"endFps", 10},
-                                     {"endTranslate", "10,0,0"},
-                                     {"endScale", "4.5,4.5,4.5"},
-                                     {"endRotate", "0,0,90"}})});
+    const Value walks = platform::parseJson(R"([
+        {"sartFps": 0, "endFps": 4, "startTranslate": "0,0,0", "endTranslate": "8,0,0",
+         "startScale": "1,1,1", "endScale": "3,3,3", "startRotate": "0,0,0", "endRotate": "0,0,80",
+         "startTextureOrigin": "0,0", "endTextureOrigin": "0.5,0",
+         "startTextureSize": "1,1", "endTextureSize": "0.5,1"},
+        {"sartFps": 6, "endFps": 10, "endTranslate": "10,0,0", "endScale": "4.5,4.5,4.5",
+         "endRotate": "0,0,90"}])",
+                                            "walks");
     playScene(
         flatScene(
             side, side, clock(9),

@@ -11,6 +11,7 @@
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
 #include "tests/platform/NoFilesLeft.h"
+#include "tests/platform/TemporaryFolder.h"
 
 namespace multiscene {
 namespace {
@@ -27,11 +28,6 @@ const std::string fragmentText =
 
 class ShaderTest : public testing::GlFixture {
   protected:
-    ShaderTest() : folder_(std::filesystem::temp_directory_path() / platform::uniqueIdentifier()) {
-        platform::createFolders(folder_);
-    }
-    ~ShaderTest() override { std::filesystem::remove_all(folder_); }
-
     std::string write(const std::string& name, const std::string& text) {
         std::ofstream(folder_ / name) << text;
         return (folder_ / name).string();
@@ -54,25 +50,11 @@ class ShaderTest : public testing::GlFixture {
         return unsigned(program);
     }
 
-    std::filesystem::path folder_;
+    const platform::test::TemporaryFolder temporary_;
+    const std::filesystem::path folder_ = temporary_.path();
     platform::FileGate gate_;
     ShaderManager manager_{gate_};
 };
-
-TEST_F(ShaderTest, BindsAttributesFromOneAndLooksListedUniformsUpOnce) {
-    write("a.vsh", vertexText);
-    write("a.fsh", fragmentText);
-    gate_.allowFolder(folder_);
-    const auto shader = manager_.createShader("a", describe("a", {"a.vsh", "a.fsh"}));
-    ASSERT_NE(shader->programHandle(), 0u) << manager_.failures().at(0).message;
-    EXPECT_EQ(shader->attributeHandle("position"), 1u);
-    EXPECT_EQ(shader->attributeHandle("inputTextureCoordinate"), 2u);
-    EXPECT_EQ(shader->attributeHandle("unknown"), 0u);
-    EXPECT_EQ(glGetAttribLocation(shader->programHandle(), "inputTextureCoordinate"), 2);
-    EXPECT_EQ(shader->uniformLocation("absent"), -1);
-    EXPECT_EQ(shader->uniformLocation("tint"), 0) << "not listed";
-    EXPECT_GE(shader->uniformLocationStructOrArray("tint"), 0);
-}
 
 TEST_F(ShaderTest, WritesOnlyUniformsThatAreListedAndThere) {
     const auto shader = fromTexts("a");
@@ -135,39 +117,6 @@ TEST_F(ShaderTest, ADescriptionThatCannotBeReadGivesABrokenShader) {
     EXPECT_EQ(gate_.refusals().size(), 1u);
 }
 
-TEST_F(ShaderTest, CreatorsReuseOrReplace) {
-    const auto first = fromTexts("a");
-    EXPECT_EQ(fromTexts("a"), first);
-    EXPECT_EQ(manager_.createShader("a", "unread.plist"), first);
-    const auto replaced = manager_.createShader("a", settings({}), folder_.string());
-    EXPECT_NE(replaced, first);
-    EXPECT_EQ(manager_.shaderForName("a"), replaced);
-    EXPECT_EQ(manager_.allShaders().size(), 1u);
-}
-
-TEST_F(ShaderTest, SwitchesProgramsOnlyWhenTheyChange) {
-    const auto shader = fromTexts("a");
-    EXPECT_EQ(manager_.useShader("a"), shader);
-    EXPECT_EQ(currentProgram(), shader->programHandle());
-    glUseProgram(0);  // behind the manager's back: a second use must not reach GL
-    manager_.useShader("a");
-    EXPECT_EQ(currentProgram(), 0u);
-    manager_.removeAllShaders();
-    manager_.useShaderObject(shader.get());
-    EXPECT_EQ(currentProgram(), shader->programHandle());
-    EXPECT_EQ(manager_.useShader("unknown"), nullptr);
-    EXPECT_EQ(currentProgram(), 0u);
-}
-
-TEST_F(ShaderTest, RemovingTheActiveShaderForgetsIt) {
-    const unsigned int program = fromTexts("a")->programHandle();
-    manager_.useShader("a");
-    manager_.removeShader("a");
-    EXPECT_EQ(currentProgram(), 0u);
-    EXPECT_EQ(manager_.activeProgram(), ~0u);
-    EXPECT_FALSE(glIsProgram(program));
-}
-
 TEST_F(ShaderTest, AProgramIsDeletedInItsOwnContextOnly) {
     auto shader = fromTexts("a");
     const unsigned int program = shader->programHandle();
@@ -201,21 +150,6 @@ TEST_F(ShaderTest, EveryOwnDescriptionBuildsAndListsOnlyWhatIsThere) {
     }
     EXPECT_GE(count, 8);
     for (const ShaderFailure& failure : manager_.failures()) ADD_FAILURE() << failure.file << failure.message;
-}
-
-TEST_F(ShaderTest, WritesTheBlurOfRadiusEight) {
-    const auto vertex = QVObject3DShaderCreater::vertexShaderForOptimizedBlurOfRadius(8, 16.0);
-    const auto fragment = QVObject3DShaderCreater::fragmentShaderForOptimizedBlurOfRadius(8, 16.0);
-    ASSERT_TRUE(vertex && fragment);
-    EXPECT_THAT(*vertex, HasSubstr("varying vec2 blurCoordinates[9];"));
-    for (const char* offset : {"1.498535", "3.496582", "5.494629", "7.492676"})
-        EXPECT_THAT(*vertex, HasSubstr(std::string(" - singleStepOffset * ") + offset + ";\n"));
-    EXPECT_THAT(*fragment, HasSubstr("blurCoordinates[0]) * 0.061593;\n"));
-    EXPECT_THAT(*fragment, HasSubstr("blurCoordinates[1]) * 0.122587;\n"));
-    EXPECT_THAT(*fragment, HasSubstr("blurCoordinates[4]) * 0.120219;\n"));
-    EXPECT_THAT(*fragment, HasSubstr("blurCoordinates[6]) * 0.116070;\n"));
-    EXPECT_THAT(*fragment, HasSubstr("blurCoordinates[8]) * 0.110328;\n"));
-    EXPECT_EQ(fragment->find("highp vec2 singleStepOffset"), std::string::npos);
 }
 
 TEST_F(ShaderTest, BlursOfEveryRadiusBuild) {

@@ -40,17 +40,6 @@ class TextModelTest : public testing::Test {
     Playback playback_;
 };
 
-TEST_F(TextModelTest, TheTextIsTheUsersOrTheWrittenOne) {
-    playback_.settings().setUserMediaMapDic(
-        Value::Dictionary{{"caption", "plain"}, {"captionA", "of scene A"}, {"empty", ""}, {"year", 2024}});
-    EXPECT_EQ(model({}).textString(), "plain");
-    EXPECT_EQ(model({}, "A").textString(), "of scene A");
-    EXPECT_EQ(model({{"textString", "Hello"}}).textString(), "Hello");
-    EXPECT_EQ(model({{"textString", "empty"}}).textString(), "");
-    EXPECT_EQ(model({{"textString", "year"}}).textString(), "2024");
-    EXPECT_EQ(model({{"textMaxLenght", 3}}).textString(), "pla");
-}
-
 TEST_F(TextModelTest, AUsersLongTextIsSmallerAndOddLettersAreNamed) {
     playback_.settings().setUserMediaMapDic(Value::Dictionary{{kUserTextScale + std::string("half"), 0.5},
                                                               {kUserTextScale + std::string("twice"), 2},

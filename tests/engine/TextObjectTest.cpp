@@ -24,8 +24,7 @@ TEST_F(TextObjectTest, FlatLettersStandAroundTheOriginInTheirColour) {
     info["AnimationInfo"] = keys("startRenderAlpha", 1, "endRenderAlpha", 0);
     info["FpsInfo"] = frames(0, 5);
     setUserMediaMap(Value(Dictionary{{"word", "\u2588"}}));
-    add(info);
-    draw(0, kBlue);
+    show(info, 0, kBlue);
     EXPECT_TRUE(isNear(at(32, 32), kRed)) << "the user's text";
     EXPECT_TRUE(isNear(at(24, 20), kRed));
     EXPECT_TRUE(isNear(at(12, 32), kBlue));
@@ -40,7 +39,6 @@ TEST_F(TextObjectTest, FlatLettersStandAroundTheOriginInTheirColour) {
 TEST_F(TextObjectTest, LettersComeOneAfterTheOther) {
     // Four blocks of 12 units beside each other, that drop in from above the picture.
     const auto shownAt = [&](const Dictionary& motion, int64_t number, const char* letters) {
-        newScene();
         Dictionary info = text("QVGLFont2DTextureFontObject3D", letters);
         info["TextureFontInfo"] = dictionary({{"textString", Value(letters)},
                                               {"fontName", "DejaVu Sans Mono"},
@@ -49,8 +47,7 @@ TEST_F(TextObjectTest, LettersComeOneAfterTheOther) {
         Dictionary item{{"sartFps", 10}, {"endFps", 26}, {"letterFps", 4}, {"startTranslate", "0,100,0"}};
         for (const auto& [key, value] : motion) item[key] = value;
         info["LetterAnimation"] = array({Value(item)});
-        add(info);
-        draw(number, kBlack);
+        show(info, number, kBlack);
         std::string shown;
         for (const int x : {14, 26, 38, 50}) shown += isNear(at(x, 32), kRed, 8) ? '#' : '.';
         return shown;
@@ -78,11 +75,9 @@ TEST_F(TextObjectTest, LettersComeOneAfterTheOther) {
 TEST_F(TextObjectTest, LettersTurnGrowAndFadeAroundTheirPivot) {
     Dictionary info = text("QVGLFont2DTextureFontObject3D");  // 23 wide, 30 high
     const auto drawWith = [&](Dictionary item) {
-        newScene();
         item.insert({{"sartFps", 0}, {"endFps", 8}, {"letterFps", 8}});
         info["LetterAnimation"] = array({Value(item)});
-        add(info);
-        draw(4, kBlack);
+        show(info, 4, kBlack);
     };
     drawWith({{"startRenderAlpha", 0}});
     EXPECT_NEAR(at(32, 32)[0], 128, 3) << "half of the way";
@@ -102,14 +97,12 @@ TEST_F(TextObjectTest, LettersTurnGrowAndFadeAroundTheirPivot) {
 
 TEST_F(TextObjectTest, LettersLieInTheirBoxAndShrinkToIt) {
     const auto boxOf = [&](const Dictionary& more) {
-        newScene();
         Dictionary info = text("QVGLFont2DTextureFontObject3D"),
                    letters = info["TextureFontInfo"].dictionary();
         letters["fontSize"] = 10;
         for (const auto& [key, value] : more) letters[key] = value;
         info["TextureFontInfo"] = Value(letters);
-        add(info);
-        draw(0, kBlack);
+        show(info, 0, kBlack);
         std::array<int, 4> box{side, side, -1, -1};
         for (int y = 0; y < side; ++y)
             for (int x = 0; x < side; ++x)
@@ -154,8 +147,7 @@ TEST_F(TextObjectTest, FlatLettersHaveOutlineAndShadow) {
                     {"shadowOffset", "10,0"}});
     info["TextureFontInfo"] = Value(letters);
     info["AnimationInfo"] = keys("startRenderAlpha", 1, "endRenderAlpha", 0);
-    add(info);
-    draw(0, kBlack);
+    show(info, 0, kBlack);
     // From 20.5 to 43.5 across; the line is 4 wide on each side.
     EXPECT_TRUE(isNear(at(30, 32), kRed));
     EXPECT_TRUE(isNear(at(18, 32), kGreen)) << "half of the line outside";
@@ -166,36 +158,9 @@ TEST_F(TextObjectTest, FlatLettersHaveOutlineAndShadow) {
     EXPECT_TRUE(isNear(at(54, 32), {0, 0, 128, 255}, 3));
     letters["textDrawingMode"] = 1;
     info["TextureFontInfo"] = Value(letters);
-    newScene();
-    add(info);
-    draw(0, kBlack);
+    show(info, 0, kBlack);
     EXPECT_TRUE(isNear(at(45, 32), kGreen));
     EXPECT_TRUE(isNear(at(37, 32), kBlack)) << "the inside is clear";
-}
-
-TEST_F(TextObjectTest, ATextWithTooManyLettersIsDrawnSmaller) {
-    const auto widthWith = [&](const Dictionary& users) {
-        newScene();
-        setUserMediaMap(Value(users));
-        add(text("QVGLFont2DTextureFontObject3D", "word"));
-        draw(0, kBlack);
-        int width = 0;
-        for (int x = 0; x < side; ++x) width += at(x, 32)[0] > 128;
-        return width;
-    };
-    const int wide = widthWith({{"word", "\u2588\u2588"}});
-    EXPECT_GT(wide, 40);
-    EXPECT_NEAR(widthWith({{"word", "\u2588\u2588"}, {"userText_scale_word", 0.5}}), wide / 2, 1);
-}
-
-TEST_F(TextObjectTest, LettersOfOneTextHaveTheirShapes) {
-    Dictionary info = text("QVGLFont2DTextureFontObject3D", "L\u2588");
-    add(info);
-    draw(0, kBlack);
-    // The foot of the L, what is above it, and the block.
-    EXPECT_GT(at(21, 41)[0], 200);
-    EXPECT_EQ(at(25, 28)[0], 0);
-    EXPECT_GT(at(40, 28)[0], 200);
 }
 
 TEST_F(TextObjectTest, EmojiKeepTheirColoursAndFadeWithTheText) {
@@ -203,14 +168,12 @@ TEST_F(TextObjectTest, EmojiKeepTheirColoursAndFadeWithTheText) {
         return pixel[0] > 200 && pixel[1] > 150 && pixel[2] < 120;
     };
     for (const char* type : {"QVGLFont2DTextureFontObject3D", "QVGLFont3DExtrudeFontObject3D"}) {
-        newScene();
         Dictionary info = text(type, "\U0001F7E8");  // a yellow square
         info["textDepth"] = 16;
         info["sideColor"] = "0,1,0";
         info["AnimationInfo"] = keys("startRenderAlpha", 1, "endRenderAlpha", 0);
         info["FpsInfo"] = frames(0, 10);
-        add(info);
-        draw(0, kBlue);
+        show(info, 0, kBlue);
         EXPECT_TRUE(isYellow(at(32, 32))) << type;
         EXPECT_TRUE(isNear(at(32, 2), kBlue)) << type;
         const Pixel full = at(32, 32);
@@ -218,18 +181,14 @@ TEST_F(TextObjectTest, EmojiKeepTheirColoursAndFadeWithTheText) {
         EXPECT_NEAR(at(32, 32)[0], full[0] / 2, 3) << type;
         EXPECT_NEAR(at(32, 32)[2], (full[2] + 255) / 2, 3) << type;
     }
-    newScene();
     Dictionary info = text("QVGLFont3DExtrudeFontObject3D", "\U0001F7E8");
     info["textDepth"] = 16;
     info["sideColor"] = "0,1,0";
     info["TransformArray"] = turned("0,1.5708,0");
-    add(info);
-    draw(0, kBlue);
+    show(info, 0, kBlue);
     EXPECT_TRUE(isNear(at(32, 32), kGreen)) << "from the side";
-    newScene();
     info["TransformArray"] = turned("0,3.1416,0");
-    add(info);
-    draw(0, kBlue);
+    show(info, 0, kBlue);
     EXPECT_TRUE(isYellow(at(32, 32))) << "from behind";
 }
 
@@ -237,30 +196,23 @@ TEST_F(TextObjectTest, SolidLettersShowTheirSidesAndTakeLight) {
     Dictionary info = text("QVGLFont3DExtrudeFontObject3D");
     info["textDepth"] = 16;
     info["sideColor"] = "0,1,0";
-    add(info);
-    draw(0, kBlack);
+    show(info, 0, kBlack);
     EXPECT_TRUE(isNear(at(32, 32), kRed));
     EXPECT_TRUE(isNear(at(42, 32), kRed));
-    newScene();
     info["TransformArray"] = turned("0,1.5708,0");
-    add(info);
-    draw(0, kBlack);
+    show(info, 0, kBlack);
     EXPECT_TRUE(isNear(at(32, 32), kGreen)) << "from the side";
     EXPECT_TRUE(isNear(at(38, 32), kGreen));
     EXPECT_TRUE(isNear(at(42, 32), kBlack)) << "no further than its depth";
-    newScene();
     info["TransformArray"] = turned("0,3.1416,0");
-    add(info);
-    draw(0, kBlack);
+    show(info, 0, kBlack);
     EXPECT_TRUE(isNear(at(32, 32), kRed)) << "from behind";
 
-    newScene();
     Dictionary cut = info, letters = info["TextureFontInfo"].dictionary();
     letters.insert({{"bevelWidth", 4}, {"bevelColor", "0,0,1"}});
     cut["TextureFontInfo"] = Value(letters);
     cut.erase("TransformArray");
-    add(cut);
-    draw(0, kBlack);
+    show(cut, 0, kBlack);
     EXPECT_TRUE(isNear(at(32, 32), kRed));
     EXPECT_TRUE(isNear(at(41, 32), kBlue)) << "the cut edge, from the front";
     EXPECT_TRUE(isNear(at(37, 32), kRed)) << "no wider than it is to be";
@@ -271,29 +223,24 @@ TEST_F(TextObjectTest, SolidLettersShowTheirSidesAndTakeLight) {
     };
     cut["FrontTextureInfo"] = shows("front.png", {kGreen, kGreen, kWhite, kWhite}, 2);
     cut["SideTextureInfo"] = shows("side.png", {kBlue, kRed}, 1);
-    add(cut);
-    draw(0, kBlack);
+    show(cut, 0, kBlack);
     EXPECT_TRUE(isNear(at(32, 22), kGreen)) << "the upper half of the picture";
     EXPECT_TRUE(isNear(at(32, 43), kWhite));
     EXPECT_TRUE(isNear(at(41, 32), kBlue)) << "the cut edge keeps its colour";
-    newScene();
     cut["TransformArray"] = turned("0,1.5708,0");
     letters.erase("bevelWidth");
     cut["TextureFontInfo"] = Value(letters);
-    add(cut);
-    draw(0, kBlack);
+    show(cut, 0, kBlack);
     EXPECT_TRUE(isNear(at(38, 32), kBlue)) << "the front's side of it";
     EXPECT_TRUE(isNear(at(26, 32), kRed));
 
-    newScene();
     info.erase("sideColor");
     info["TransformArray"] = turned("0,0.7854,0");
     info["FpsInfo"] = dictionary({{"isLightEnable", true}});
     info["LightSourceArray"] = array({dictionary({{"lightSourceType", 2},
                                                   {"lightSourcePosition", "1,0,1"},
                                                   {"diffuseMaterialColor", "0.8,0.8,0.8"}})});
-    add(info);
-    draw(0, kBlack);
+    show(info, 0, kBlack);
     EXPECT_TRUE(isNear(at(35, 32), {204, 0, 0, 255}, 2)) << "the front is turned to the light";
     EXPECT_TRUE(isNear(at(20, 32), kBlack, 2)) << "the side is turned away";
 }

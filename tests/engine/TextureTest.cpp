@@ -81,11 +81,9 @@ TEST_F(TextureTest, PicturesAreStretchedOverTheirCanvas) {
     const std::string file = picture("wide.png", colors, 100);
     // As it is drawn by a quad that tells how large it is shown, and by a mesh, which does not.
     for (const bool isMesh : {false, true}) {
-        newScene();
         Dictionary info = quad(isMesh ? "QVPlaneObject3D" : "QVQuadObject3D", file);
         info["MeshInfo"] = dictionary({{"modelWidth", side}, {"modelHeight", side}});
-        add(info);
-        draw(0);
+        show(info);
         for (const auto& [x, y, color] : {std::tuple{1, 1, kRed},
                                           {47, 47, kRed},
                                           {55, 1, kGreen},
@@ -156,11 +154,9 @@ TEST_F(TextureTest, LargeTextsAreDrawnSmallerButKeepTheirCoordinates) {
     // Enlarged, so that the edges of its letters tell the size of its pixels: those of the same text at half
     // the size.
     const auto enlarged = [&](double scale) {
-        newScene();
         Dictionary info = quad("QVQuadObject3D", "", 4000, 1000);
         info["TextureInfo"] = textOf(scale);
-        add(info);
-        draw(0, kBlack);
+        show(info, 0, kBlack);
         return picture_.pixels;
     };
     const std::vector<Pixel> large = enlarged(1), half = enlarged(0.5);
@@ -178,12 +174,10 @@ TEST_F(TextureTest, FiltersShapeThePhotoOnly) {
     const std::string photo = picture("photo.png", std::vector<Pixel>(64 * 64, kRed), 64);
     picture("veil.png", {{0, 0, 255, 255}, {0, 0, 0, 0}}, 1);  // over the upper half
     const auto drawn = [&](Dictionary filter, const std::string& file) {
-        newScene();
         Dictionary info = quad("QVQuadObject3D", file);
         filter.insert({{"textureType", "filterImage"}, {"texture", Value(file)}});
         info["TextureInfo"] = Value(filter);
-        add(info);
-        draw(0, kWhite);
+        show(info, 0, kWhite);
     };
     drawn({{"filterType", "imageSynthesis"}, {"maskPhotoName", "$(currentScenePlistROOT)/veil.png"}}, photo);
     EXPECT_TRUE(isNear(at(32, 4), kBlue, 2));
@@ -229,11 +223,9 @@ TEST_F(TextureTest, ShrunkPicturesAreAveraged) {
     for (size_t i = 0; i < stripes.size(); i += 8) stripes[i] = {0, 0, 0, 255};
     const std::string file = picture("stripes.png", stripes, 1024);
     const auto spread = [&](Dictionary changes) {
-        newScene();
         Dictionary info = quad("QVQuadObject3D", file);
         for (const auto& [key, value] : changes) info[key] = value;
-        add(info);
-        draw(0, kRed);
+        show(info, 0, kRed);
         int least = 255, most = 0;
         for (int x = 2; x < 62; ++x) {
             least = std::min<int>(least, at(x, 32)[0]);
@@ -252,7 +244,6 @@ TEST_F(TextureTest, ShrunkPicturesAreAveraged) {
 
 TEST_F(TextureTest, FilteredPhotosOfAnySizeLookTheSame) {
     const auto shape = [&](int width, int height) {
-        newScene();
         const auto count = static_cast<size_t>(width) * static_cast<size_t>(height);
         Dictionary info = quad("QVQuadObject3D", "");
         info["TextureInfo"] =
@@ -262,8 +253,7 @@ TEST_F(TextureTest, FilteredPhotosOfAnySizeLookTheSame) {
                         {"circularR", 200},
                         {"strokeW", 96},
                         {"strokeColor", "0,0,1,1"}});
-        add(info);
-        draw(0, kWhite);
+        show(info, 0, kWhite);
         std::string seen;
         for (int y = 0; y < 64; y += 2)
             for (int x = 0; x < 64; x += 2)
@@ -295,30 +285,6 @@ TEST_F(TextureTest, SequencesHoldTheLastPictureOverAGap) {
     for (const auto& [number, color] : {std::pair{0, kRed}, {1, kRed}, {2, kBlue}}) {
         draw(number);
         EXPECT_TRUE(isNear(at(30, 30), color)) << number;
-    }
-}
-
-TEST_F(TextureTest, SequencesGoRoundOrBackAndForth) {
-    const std::vector<Pixel> colors{kRed, kGreen, kBlue, kWhite};
-    const char* names[] = {"pic08.png", "pic09.png", "pic10.png", "pic11.png"};
-    for (size_t i = 0; i < 4; ++i) picture(names[i], {colors[i]});
-    for (const auto& [pingPong, shown] : {std::pair{false, "0123120120"}, {true, "0123210123"}}) {
-        newScene();
-        Dictionary info = quad("QVQuadObject3D", "");
-        info["TextureInfo"] = dictionary({{"textureType", "textureSerial"},
-                                          {"animationFps", 2},
-                                          {"animationStart", 8},
-                                          {"animationEnd", 11},
-                                          {"isFristZero", true},
-                                          {"isLastLoop", pingPong},
-                                          {"animationName", "$(currentScenePlistROOT)/pic"},
-                                          {"animationExtension", "png"}});
-        info["FpsInfo"] = frames(3, 100);
-        add(info);
-        for (int number = 0; number < 20; ++number) {
-            draw(3 + number);
-            EXPECT_TRUE(isNear(at(30, 30), colors[size_t(shown[number / 2] - '0')])) << pingPong << number;
-        }
     }
 }
 

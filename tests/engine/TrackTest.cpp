@@ -83,19 +83,6 @@ TEST_F(TrackTest, ThePictureIsPinnedToItsCorners) {
     }
 }
 
-TEST_F(TrackTest, CornersOfTheFrameAreThoseOfTheUnitSquare) {
-    const QVQuadObject3D::Corners expected{-0.5, -0.5, 0, 0.5, -0.25, 0, 0.5, 0.5, 0, 0, 0.5, 0};
-    EXPECT_EQ(QVQuadTrackObject3D::computeQuadVerticesWithTrackInfo(dictionary({{"bottomleftx", "0"},
-                                                                                {"bottomlefty", "0"},
-                                                                                {"bottomrightx", 1},
-                                                                                {"bottomrighty", 0.25},
-                                                                                {"toprightx", "1"},
-                                                                                {"toprighty", "1"},
-                                                                                {"topleftx", 0.5},
-                                                                                {"toplefty", 1}})),
-              expected);
-}
-
 TEST_F(TrackTest, UnreadableTracksKeepTheBoxAndAreNotTriedAgain) {
     write("plain", track(3));
     auto damaged = TrackFile::encryptedAES256DataUsingDefaultKey(track(3), "track");

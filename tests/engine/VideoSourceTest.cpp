@@ -122,16 +122,6 @@ TEST_F(VideoSourceTest, AFrameClockWithoutAnEndKeepsItsOwnTotal) {
     EXPECT_EQ(play().size(), 1u);
 }
 
-TEST_F(VideoSourceTest, AVideoIsDrawnPictureByPictureAndCutAtTheLastFrame) {
-    clock("QVSingleVideoTimeSource", video(film("film.mp4", 8), 4));
-    EXPECT_THAT(play(true), ::testing::ElementsAre(0, 1, 2, 3, 4));
-    ASSERT_EQ(levels.size(), 5u);
-    for (int i = 0; i < 5; ++i) EXPECT_NEAR(levels[size_t(i)], levelOf(i), 4) << i;
-    EXPECT_TRUE(reported().empty());
-    EXPECT_FALSE(std::dynamic_pointer_cast<QVSingleVideoBgObject3D>(source)->masterOutput())
-        << "its picture is gone";
-}
-
 TEST_F(VideoSourceTest, AVideoThatRunsDryHoldsItsLastPictureForOneTurn) {
     clock("QVSingleVideoTimeSource", video(film("film.mp4", 4), 100),
           dictionary({{"sceneTansitionsType", 0}, {"tansitionsSceneId", 9}, {"fpsTotal", 97}}));
@@ -196,43 +186,6 @@ TEST_F(VideoSourceTest, AFilmWithAlphaIsBlendedAsAClockAndAsATexture) {
         expectSeenThrough();
         for (int frame = 1; frame < 6; ++frame) draw(frame, kBlue);
         expectSeenThrough();  // held, as its last picture
-    }
-}
-
-/// One picture of three stripes, each twelve pixels high: the key, a half of it over grey, grey.
-std::string writeStripes(const std::filesystem::path& path, const Pixel& key) {
-    platform::VideoWriter writer({.path = path, .width = 36, .height = 36, .framesPerSecond = 30});
-    auto shown = writer.takeBuffer();
-    for (int i = 0; i < 36 * 36; ++i)
-        for (int channel = 0; channel < 4; ++channel)
-            shown->data()[i * 4 + (channel == 3 ? 3 : 2 - channel)] = static_cast<uint8_t>(
-                (key[size_t(channel)] * (2 - i / 432) + (channel == 3 ? 255 : 128) * (i / 432)) / 2);
-    EXPECT_TRUE(writer.append(std::move(shown), 1));
-    EXPECT_EQ(writer.finish(), platform::VideoWriter::State::Completed);
-    return path;
-}
-
-TEST_F(VideoSourceTest, AKeyedColourIsTransparentAndItsEdgeSoftWithoutAFringe) {
-    struct Backdrop {
-        const char* key;
-        Pixel pixel, behind;
-    };
-    for (const Backdrop& it : {Backdrop{"0.1,0.8,0.2,1", {26, 204, 51, 255}, kRed},
-                               Backdrop{"0.1,0.2,0.85,1", {26, 51, 217, 255}, kWhite},
-                               Backdrop{"0.2,0.2,0.2,1", {51, 51, 51, 255}, kBlue}}) {
-        newScene();
-        Dictionary info = video(writeStripes(path("stripes.mp4"), it.pixel), 0);
-        info["ChromaKeyInfo"] = dictionary({{"ChromaKeyColor", it.key}, {"maxEclosion", 0.5}});
-        clock("QVChromaKeyVideoBgObject", info);
-        source->decodeNextFpsWithGroupQueue();
-        scene->updateMatrix();
-        drawAgain(it.behind);
-        EXPECT_TRUE(isNear(at(32, 8), it.behind, 2)) << it.key;
-        if (it.pixel == Pixel{51, 51, 51, 255}) continue;  // what lies before a grey key cannot be told apart
-        EXPECT_TRUE(isNear(at(32, 56), {128, 128, 128, 255}, 6)) << it.key;
-        Pixel half = it.behind;
-        for (size_t i = 0; i < 3; ++i) half[i] = static_cast<uint8_t>((half[i] + 128) / 2);
-        EXPECT_TRUE(isNear(at(32, 32), half, 12)) << it.key;
     }
 }
 
