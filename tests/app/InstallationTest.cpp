@@ -9,7 +9,6 @@
 #include "app/installation/FolderSwap.h"
 #include "app/installation/TemplateInstallation.h"
 #include "app/installation/TemplateLocks.h"
-#include "app/program/ProgramVersion.h"
 #include "other/QVUtil.h"
 #include "platform/base/Error.h"
 #include "platform/base/PropertyList.h"
@@ -112,36 +111,6 @@ class InstallationTest : public testing::Test {
     QVDataManager catalogue{QVDataManager::databasePath()};
 };
 
-TEST_F(InstallationTest, InstallsReplacesAndRemoves) {
-    const InstallResult first = install("T", {7, 8});
-    EXPECT_EQ(first.outcome, InstallOutcome::Installed);
-    EXPECT_THAT(first.sIds, ElementsAre(7, 8));
-    EXPECT_EQ(state(catalogue, "T"), "7 8 /111");
-    EXPECT_TRUE(fs::exists(home.outside() / "1/T.zip")) << "the user's own archive was deleted";
-    EXPECT_THAT(sceneFolder(), ElementsAre("T")) << "more than the template was kept";
-
-    EXPECT_EQ(install("T", {7, 8}, "2").outcome, InstallOutcome::AlreadyInstalled);
-    EXPECT_EQ(state(catalogue, "T"), "7 8 /111");
-    EXPECT_EQ(install("T", {7, 9}, "3", true).outcome, InstallOutcome::Replaced);
-    EXPECT_EQ(state(catalogue, "T"), "7 9 /333");
-
-    EXPECT_EQ(findInstalledTemplate(catalogue, "9")->name, "T");
-    EXPECT_EQ(findInstalledTemplate(catalogue, "T scene")->main().sId(), 7);
-    EXPECT_EQ(TemplateInstallation(catalogue, "T").remove().outcome, InstallOutcome::Removed);
-    EXPECT_EQ(state(catalogue, "T"), "/");
-    EXPECT_TRUE(sceneFolder().empty());
-    EXPECT_THROW(TemplateInstallation(catalogue, "T").remove(), Error);
-}
-
-TEST_F(InstallationTest, AnArchiveThatHoldsAnotherFolderInstallsNothing) {
-    const fs::path renamed = home.outside() / "Other.zip";
-    fs::rename(archive("T", {1}), renamed);
-    const InstallResult result = install("Other", renamed);
-    EXPECT_EQ(result.outcome, InstallOutcome::NothingInstalled);
-    EXPECT_THAT(result.remark, HasSubstr("it holds T"));
-    EXPECT_TRUE(sceneFolder().empty());
-}
-
 TEST_F(InstallationTest, RefusalsLeaveEverythingAsItWas) {
     install("T", {1, 2});
     EXPECT_THAT(failureOf([&] { install("U", {3, 2}); }), HasSubstr("2 belongs to the template \"T\""));
@@ -239,39 +208,6 @@ TEST_F(InstallationTest, WhatFailsAfterTheChangeIsNoFailure) {
     EXPECT_EQ(state(catalogue, "T"), "2 /22");
     EXPECT_THAT(sceneFolder(), ElementsAre("T"));
     EXPECT_TRUE(InstallJournal(catalogue).pending().empty());
-}
-
-TEST_F(InstallationTest, WhatIsInstalledIsKnownBeforeAnArchiveIsFetched) {
-    const auto known = [&](std::optional<int64_t> offeredNumber) {
-        return TemplateInstallation(catalogue, "T", {.offeredNumber = offeredNumber}).alreadyInstalled();
-    };
-    EXPECT_FALSE(known({}));
-    install("T", {7, 8});
-    ASSERT_TRUE(known({}) && known(7));
-    EXPECT_THAT(known(7)->sIds, ElementsAre(7, 8));
-    EXPECT_FALSE(known(9)) << "another template of this name";
-    fs::remove_all(scenes() / "T");
-    EXPECT_FALSE(known({})) << "its files are gone";
-}
-
-TEST_F(InstallationTest, ATemplateSaysWhichProgramItNeeds) {
-    const auto zipOf = [&](double version) {
-        const Value own = platform::parsePropertyList(
-            [&] {
-                const std::string text = plistOf("T", {1});
-                return std::vector<uint8_t>(text.begin(), text.end());
-            }(),
-            "T.plist");
-        const std::string plist = platform::propertyListXml(own.with("minVersion", Value(version)));
-        test::writeText(
-            home.outside() / "T.zip",
-            platform::test::RawZip().add({"T/T.plist", plist}).add({"T/scene1.plist", ""}).bytes());
-        return home.outside() / "T.zip";
-    };
-    EXPECT_THAT(failureOf([&] { install("T", zipOf(99.5)); }),
-                HasSubstr("99.5 is needed, this is " + programVersion()));
-    EXPECT_TRUE(sceneFolder().empty());
-    EXPECT_EQ(install("T", zipOf(1)).outcome, InstallOutcome::Installed);
 }
 
 TEST_F(InstallationTest, ACatalogueThatCannotBeWrittenCanBeRead) {
@@ -386,27 +322,6 @@ TEST_F(InstallationTest, AKillDuringRecoveryIsRecoveredToo) {
     TemplateInstallation::recover(catalogue);
     EXPECT_EQ(state(catalogue, "T"), "1 2 /111");
     EXPECT_THAT(sceneFolder(), ElementsAre("T"));
-}
-
-TEST_F(InstallationTest, ProgramsThatInstallTheSameTemplateTakeTurns) {
-    const fs::path file = archive("T", {1, 2});
-    std::vector<pid_t> programs;
-    for (int program = 0; program < 4; ++program) {
-        programs.push_back(::fork());
-        if (programs.back() != 0) continue;
-        QVDataManager own(QVDataManager::databasePath());
-        const InstallResult result = TemplateInstallation(own, "T").install(file);
-        ::_exit(result.outcome == InstallOutcome::Installed ? 1 : 0);
-    }
-    int installed = 0;
-    for (const pid_t program : programs) {
-        int status = 0;
-        ::waitpid(program, &status, 0);
-        ASSERT_TRUE(WIFEXITED(status));
-        installed += WEXITSTATUS(status);
-    }
-    EXPECT_EQ(installed, 1);
-    EXPECT_EQ(state(catalogue, "T"), "1 2 /111");
 }
 
 TEST_F(InstallationTest, FilesInUseAreNotExchanged) {

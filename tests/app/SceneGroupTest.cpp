@@ -130,26 +130,6 @@ TEST_F(SceneGroupTest, MacrosOfAPlayingGroup) {
         << "others are not moved";
 }
 
-TEST_F(SceneGroupTest, ValuesOfTheUser) {
-    Settings settings;
-    settings.setUserMediaMapDic(
-        Value::Dictionary{{"photo", "/p0.jpg"}, {"photoA", "/pA.jpg"}, {"startA", "12"}, {"endA", 90}});
-    EXPECT_EQ(settings.computeUserMap("photo", "").stringValue(), "/p0.jpg");
-    EXPECT_EQ(settings.computeUserMap("photo", "A").stringValue(), "/pA.jpg");
-    EXPECT_TRUE(settings.computeUserMap("photo", "B").isNone());
-    EXPECT_EQ(settings.computeFilePathUserMap("photo", "A", "/s/"), "/pA.jpg");
-    EXPECT_EQ(settings.computeFilePathUserMap("$(currentScenePlistROOT)/d.png", "A", "/s/"), "/s/d.png");
-
-    int64_t start = -1, end = -1;
-    settings.computeStartAndEndFps(Value::Dictionary{{"startFps", "start"}, {"endFps", "end"}}, "A", start,
-                                   end);
-    EXPECT_EQ(std::pair(start, end), std::pair(int64_t(12), int64_t(90)));
-    settings.computeStartAndEndFps(Value::Dictionary{{"startFps", "7"}, {"endFps", 8.9}}, "A", start, end);
-    EXPECT_EQ(std::pair(start, end), std::pair(int64_t(7), int64_t(8)));
-    settings.computeStartAndEndFps({}, "A", start, end);
-    EXPECT_EQ(std::pair(start, end), std::pair(int64_t(0), std::numeric_limits<int64_t>::max()));
-}
-
 TEST_F(SceneGroupTest, CommaSeparatedNumbers) {
     using testing::ElementsAre;
     const auto read = [](const char* text) {
@@ -164,13 +144,6 @@ TEST_F(SceneGroupTest, CommaSeparatedNumbers) {
     EXPECT_THAT(read(""), ElementsAre(0.0f, 0.0f, 0.0f, 9.0f));
     // Through double precision this one would round to the neighbouring float.
     EXPECT_EQ(read("1.00000017881393432617187499")[0], 1.00000011920928955078125f);
-}
-
-TEST_F(SceneGroupTest, MakesTheFoldersOfTheDataHome) {
-    QVUtil::createMultiSceneLocalPaths();
-    QVUtil::createMultiSceneLocalPaths();
-    for (const char* folder : {"data", "scene", "UserResources", "MultiSceneTemplate"})
-        EXPECT_TRUE(std::filesystem::is_directory(home.home() / "qvMultiSceneRender" / folder)) << folder;
 }
 
 }  // namespace

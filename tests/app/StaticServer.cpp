@@ -34,39 +34,22 @@ int freePort() {
     return ntohs(address.sin_port);
 }
 
-void makeCertificate(const std::filesystem::path& certificate, const std::filesystem::path& key) {
-    const std::string command =
-        "openssl req -x509 -newkey rsa:2048 -nodes -days 2 -subj /CN=test -addext "
-        "subjectAltName=IP:127.0.0.1 -keyout '" +
-        key.string() + "' -out '" + certificate.string() + "' 2>/dev/null";
-    if (std::system(command.c_str()) != 0) throw std::runtime_error("openssl makes no certificate");
-}
-
-std::string configuration(const std::filesystem::path& folder, const std::filesystem::path& work, int port,
-                          const std::string& security) {
+std::string configuration(const std::filesystem::path& folder, const std::filesystem::path& work, int port) {
     std::string text = "daemon off; master_process off; pid " + (work / "pid").string() + "; error_log " +
                        (work / "errors").string() + "; events {} http { access_log off; ";
     for (const char* kind : {"client_body", "proxy", "fastcgi", "uwsgi", "scgi"})
         text += std::string(kind) + "_temp_path " + (work / kind).string() + "; ";
-    return text + "server { listen 127.0.0.1:" + std::to_string(port) + security + "; root " +
-           folder.string() + "; } }\n";
+    return text + "server { listen 127.0.0.1:" + std::to_string(port) + "; root " + folder.string() +
+           "; } }\n";
 }
 
 }  // namespace
 
-StaticServer::StaticServer(const std::filesystem::path& folder, const std::filesystem::path& workFolder,
-                           bool isHttps)
+StaticServer::StaticServer(const std::filesystem::path& folder, const std::filesystem::path& workFolder)
     : port_(freePort()) {
     std::filesystem::create_directories(workFolder);
-    std::string security;
-    if (isHttps) {
-        const std::filesystem::path key = workFolder / "key.pem";
-        certificate_ = workFolder / "certificate.pem";
-        makeCertificate(certificate_, key);
-        security = " ssl; ssl_certificate " + certificate_.string() + "; ssl_certificate_key " + key.string();
-    }
     const std::string file = (workFolder / "nginx.conf").string(), errors = (workFolder / "errors").string();
-    std::ofstream(file) << configuration(folder, workFolder, port_, security);
+    std::ofstream(file) << configuration(folder, workFolder, port_);
     process_ = ::fork();
     if (process_ == 0) {
         ::execlp("nginx", "nginx", "-e", errors.c_str(), "-c", file.c_str(), nullptr);

@@ -6,32 +6,22 @@
 
 #include "platform/base/File.h"
 #include "platform/base/Paths.h"
+#include "tests/platform/TemporaryFolder.h"
 
 namespace multiscene::test {
 
 /// A data home of its own, removed afterwards.
 class TemporaryHome {
   public:
-    TemporaryHome()
-        : folder_(std::filesystem::temp_directory_path() /
-                  ("multiscene-test-" + platform::uniqueIdentifier())) {
-        platform::createFolders(folder_);
-        platform::setDataHome(folder_ / "home");
-    }
-    ~TemporaryHome() {
-        std::error_code ignored;
-        std::filesystem::remove_all(folder_, ignored);
-    }
-    TemporaryHome(const TemporaryHome&) = delete;
-    TemporaryHome& operator=(const TemporaryHome&) = delete;
+    TemporaryHome() { platform::setDataHome(home()); }
 
     /// The data home itself.
-    std::filesystem::path home() const { return folder_ / "home"; }
+    std::filesystem::path home() const { return folder_.path() / "home"; }
     /// A place beside the data home, for what a user has lying around.
-    std::filesystem::path outside() const { return folder_; }
+    std::filesystem::path outside() const { return folder_.path(); }
 
   private:
-    std::filesystem::path folder_;
+    const platform::test::TemporaryFolder folder_;
 };
 
 inline void writeText(const std::filesystem::path& file, const std::string& text) {
