@@ -4,7 +4,6 @@
 
 namespace multiscene::test {
 
-using ::testing::IsEmpty;
 using ::testing::SizeIs;
 
 namespace {

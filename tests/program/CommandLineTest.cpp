@@ -5,10 +5,6 @@
 
 namespace multiscene::test {
 
-using platform::Value;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-
 namespace {
 
 class CommandLineTest : public ProgramTest {};

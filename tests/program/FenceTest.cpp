@@ -7,12 +7,6 @@
 
 namespace multiscene::test {
 
-namespace fs = std::filesystem;
-using ::testing::AllOf;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
-
 namespace {
 
 class ProgramFenceTest : public ProgramTest {

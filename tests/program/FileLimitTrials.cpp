@@ -12,10 +12,6 @@
 
 namespace multiscene::test {
 
-namespace fs = std::filesystem;
-using platform::limitOf;
-using platform::Value;
-
 using platform::test::RawZip;
 
 namespace {

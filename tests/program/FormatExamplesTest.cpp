@@ -7,19 +7,13 @@
 #include "format/NodeTypes.h"
 #include "format/TrackFile.h"
 #include "pictureFilter/FilterTypes.h"
-#include "platform/base/FileGate.h"
 #include "platform/base/Paths.h"
-#include "platform/image/ImageDecoder.h"
 #include "playback/VideoTimeSource.h"
 #include "tests/engine/PvrBytes.h"
 #include "tests/program/ProgramTest.h"
 #include "tween/Ease.h"
 
 namespace multiscene::test {
-
-namespace fs = std::filesystem;
-using ::testing::HasSubstr;
-using ::testing::Not;
 
 namespace {
 
@@ -61,9 +55,7 @@ class FormatExamplesTest : public ProgramTest {
 };
 
 size_t coloursOf(const fs::path& file) {
-    platform::FileGate gate;
-    gate.allowFile(file);
-    const platform::Bitmap picture = platform::decodeImage(gate.open(file).file);
+    const platform::Bitmap picture = pictureIn(file);
     std::set<uint32_t> colours;
     for (size_t at = 0; at < picture.rgba.size(); at += 4)
         colours.insert(picture.rgba[at] << 16 | picture.rgba[at + 1] << 8 | picture.rgba[at + 2]);

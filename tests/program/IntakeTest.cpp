@@ -1,15 +1,9 @@
 // Files that somebody sends: what they are, whatever they are called, and what is made of them.
-#include <fcntl.h>
 
-#include "platform/base/File.h"
-#include "platform/image/ImageDecoder.h"
 #include "platform/image/ImageWriter.h"
 #include "tests/program/ProgramTest.h"
 
 namespace multiscene::test {
-
-using platform::Value;
-using ::testing::HasSubstr;
 
 namespace {
 
@@ -22,9 +16,7 @@ class IntakeTest : public ProgramTest {
         EXPECT_EQ(result.exitCode, code) << result.errors;
         return result.jsonLines().empty() ? Value() : result.jsonLines().back();
     }
-    platform::Bitmap made(const std::string& name) const {
-        return platform::decodeImage(platform::FileHandle(::open((output + "/" + name).c_str(), O_RDONLY)));
-    }
+    platform::Bitmap made(const std::string& name) const { return pictureIn(output + "/" + name); }
     bool isMade(const std::string& name) const { return platform::isFile(output + "/" + name); }
     void ffmpeg(std::vector<std::string> words, const std::string& name) const {
         words.insert(words.begin(), {"ffmpeg", "-y", "-v", "error"});

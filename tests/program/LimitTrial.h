@@ -1,18 +1,17 @@
 // One limit of the program's table, and what is given to the program to try it.
 #pragma once
 
-#include <fcntl.h>
-
 #include <fstream>
 #include <functional>
 #include <string>
 #include <vector>
 
-#include "platform/base/File.h"
 #include "platform/base/Limits.h"
 #include "tests/program/ProgramTest.h"
 
 namespace multiscene::test {
+
+using platform::limitOf;
 
 inline constexpr int kAccepted = 0, kTemplate = 3, kInput = 4;
 

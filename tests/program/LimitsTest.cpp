@@ -5,9 +5,6 @@
 
 namespace multiscene::test {
 
-using platform::limitOf;
-using ::testing::HasSubstr;
-
 namespace {
 
 std::vector<Trial> all() {

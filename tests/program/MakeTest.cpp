@@ -1,4 +1,3 @@
-#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <fstream>
@@ -6,19 +5,12 @@
 #include "app/data/QVDataManager.h"
 #include "app/installation/TemplateInstallation.h"
 #include "platform/archive/ZipWriter.h"
-#include "platform/base/FileGate.h"
 #include "platform/base/Json.h"
 #include "platform/base/Paths.h"
 #include "platform/base/PropertyList.h"
-#include "platform/image/ImageDecoder.h"
 #include "tests/program/ProgramTest.h"
 
 namespace multiscene::test {
-
-using platform::Value;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
 
 namespace {
 
@@ -47,7 +39,7 @@ class MakeTest : public ProgramTest {
   protected:
     std::string output(const std::string& name = "out.mp4") const { return folder.file(name); }
 
-    void pack(const std::filesystem::path& path) const {
+    void pack(const fs::path& path) const {
         platform::writeZip(folder.path() / "packed.zip", {{"small/small.plist", path / "small.plist"},
                                                           {"small/scene.plist", path / "scene.plist"},
                                                           {"small/red.png", path / "red.png"}});
@@ -155,10 +147,8 @@ TEST_F(MakeTest, CountsLettersAsReadersDoAndNotesATextThatIsALittleTooLong) {
 }
 
 /// How many columns of a picture file hold white.
-int whiteColumns(const std::filesystem::path& file) {
-    platform::FileGate gate;
-    gate.allowFile(file);
-    const platform::Bitmap picture = platform::decodeImage(gate.open(file).file);
+int whiteColumns(const fs::path& file) {
+    const platform::Bitmap picture = pictureIn(file);
     int columns = 0;
     for (int x = 0; x < picture.width; ++x) {
         bool isWhite = false;

@@ -1,40 +1,18 @@
 // Pictures and tables of colours.
 #include "tests/program/LimitTrial.h"
 
-#include <zlib.h>
-
 #include <cmath>
 
 #include "platform/image/ColorTable.h"
-#include "platform/image/ImageDecoder.h"
 #include "platform/image/PngFile.h"
 #include "platform/image/PvrFile.h"
+#include "tests/platform/PngBytes.h"
 
 namespace multiscene::test {
 
-namespace fs = std::filesystem;
-using platform::limitOf;
-using platform::Value;
-
 namespace {
 
-std::string bigEndian(uint64_t number) {
-    std::string bytes;
-    for (int shift = 24; shift >= 0; shift -= 8) bytes += static_cast<char>(number >> shift);
-    return bytes;
-}
-
-std::string chunk(const std::string& type, const std::string& content) {
-    const auto sum = ::crc32(0, reinterpret_cast<const Bytef*>((type + content).data()),
-                             static_cast<uInt>(4 + content.size()));
-    return bigEndian(content.size()) + type + content + bigEndian(sum);
-}
-
-/// A PNG that says it has this size. `kind`: depth, colours, two zeros, interlace.
-std::string png(uint64_t width, uint64_t height, const std::string& kind, const std::string& more = "") {
-    return "\x89PNG\r\n\x1a\n" + chunk("IHDR", bigEndian(width) + bigEndian(height) + kind) + more +
-           chunk("IDAT", std::string("\x78\x9c\x03\x00\x00\x00\x00\x01", 8)) + chunk("IEND", "");
-}
+using platform::test::png, platform::test::pngChunk;
 
 const std::string grey8("\x08\x00\x00\x00\x00", 5), interlacedRgba8("\x08\x06\x00\x00\x01", 5);
 
@@ -59,7 +37,7 @@ std::pair<uint64_t, uint64_t> sidesOf(uint64_t pixels, bool isLess) {
 /// What is kept of a PNG's chunk of so many bytes.
 Trial ofChunk(const std::string& limit, const std::string& name) {
     return {limit, kTemplate, {}, [=](const PlayLimitsTest& test, uint64_t bytes) {
-                const std::string content = png(8, 8, grey8, chunk(name, std::string(bytes, 'a')));
+                const std::string content = png(8, 8, grey8, pngChunk(name, std::string(bytes, 'a')));
                 uint64_t kept = 0;
                 for (const auto& range : platform::picturePartsOfPng(test.opened("a.png", content)))
                     kept += range.length;
@@ -101,7 +79,7 @@ std::vector<Trial> pictureTrials() {
                   }),
         ofPicture("maxPngParts",
                   [](uint64_t parts) {  // three are there anyway
-                      return png(8, 8, grey8, repeated(chunk("tEXt", ""), parts - 3));
+                      return png(8, 8, grey8, repeated(pngChunk("tEXt", ""), parts - 3));
                   }),
         ofChunk("maxPngProfileBytes", "iCCP"),
         ofChunk("maxPngExifBytes", "eXIf"),

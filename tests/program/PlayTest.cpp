@@ -14,9 +14,6 @@
 namespace multiscene::test {
 namespace {
 
-namespace fs = std::filesystem;
-using platform::Value;
-
 constexpr int width = 192, height = 288, barHeight = 26;
 constexpr int frames = 6;
 constexpr uint32_t colors[frames] = {0xe02020, 0x20c040, 0x3050e0, 0xe0d020, 0xc020c0, 0x20d0d0};

@@ -134,16 +134,6 @@ std::string program() { return MULTISCENE_PROGRAM; }
 
 Result run(const std::vector<std::string>& words) { return Process(words).finish(); }
 
-TemporaryFolder::TemporaryFolder()
-    : path_(fs::canonical(fs::temp_directory_path()) / ("multiscene-" + platform::uniqueIdentifier())) {
-    fs::create_directories(path_);
-}
-
-TemporaryFolder::~TemporaryFolder() {
-    std::error_code ignored;
-    fs::remove_all(path_, ignored);
-}
-
 std::string contentOf(const fs::path& file) {
     std::ifstream stream(file, std::ios::binary);
     return {std::istreambuf_iterator<char>(stream), {}};

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "platform/base/Value.h"
+#include "tests/platform/TemporaryFolder.h"
 
 namespace multiscene::test {
 
@@ -52,20 +53,7 @@ int sanitizerFactor();
 std::string program();
 Result run(const std::vector<std::string>& words);
 
-/// A folder of the test's own, removed at its end.
-class TemporaryFolder {
-  public:
-    TemporaryFolder();
-    ~TemporaryFolder();
-    TemporaryFolder(const TemporaryFolder&) = delete;
-    TemporaryFolder& operator=(const TemporaryFolder&) = delete;
-
-    const std::filesystem::path& path() const { return path_; }
-    std::string file(const std::string& name) const { return (path_ / name).string(); }
-
-  private:
-    std::filesystem::path path_;
-};
+using platform::test::TemporaryFolder;
 
 std::string contentOf(const std::filesystem::path& file);
 

@@ -1,12 +1,26 @@
 #pragma once
 
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include "platform/base/File.h"
+#include "platform/image/ImageDecoder.h"
 #include "tests/program/Program.h"
 #include "tests/program/SmallTemplate.h"
 
 namespace multiscene::test {
+
+namespace fs = std::filesystem;
+using platform::Value;
+using ::testing::AllOf;
+using ::testing::HasSubstr;
+using ::testing::IsEmpty;
+using ::testing::Not;
+
+inline platform::Bitmap pictureIn(const fs::path& file) {
+    return platform::decodeImage(platform::openFile(file, O_RDONLY), {.source = {.name = file}});
+}
 
 /// A home and a folder for each test.
 class ProgramTest : public ::testing::Test {
@@ -22,9 +36,9 @@ class ProgramTest : public ::testing::Test {
     /// What jobs have left behind.
     std::vector<std::string> leftBehind() const {
         std::vector<std::string> names;
-        const std::filesystem::path jobs = folder.path() / "home" / "jobs";
-        if (!std::filesystem::exists(jobs)) return names;
-        for (const auto& entry : std::filesystem::directory_iterator(jobs))
+        const fs::path jobs = folder.path() / "home" / "jobs";
+        if (!fs::exists(jobs)) return names;
+        for (const auto& entry : fs::directory_iterator(jobs))
             if (entry.is_directory()) names.push_back(entry.path().filename());
         return names;
     }
@@ -32,7 +46,7 @@ class ProgramTest : public ::testing::Test {
     /// Files in the test's folder whose name starts with `prefix`, hidden ones of that name included.
     std::vector<std::string> filesNamed(const std::string& prefix) const {
         std::vector<std::string> names;
-        for (const auto& entry : std::filesystem::directory_iterator(folder.path()))
+        for (const auto& entry : fs::directory_iterator(folder.path()))
             if (entry.path().filename().string().find(prefix) != std::string::npos)
                 names.push_back(entry.path().filename());
         return names;

@@ -1,4 +1,3 @@
-#include <fcntl.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -6,8 +5,6 @@
 #include <iomanip>
 #include <sstream>
 
-#include "platform/base/File.h"
-#include "platform/image/ImageDecoder.h"
 #include "tests/program/ProgramTest.h"
 
 // What the sample templates look like, as a small grid of colours for some frames of each. A change of looks
@@ -15,8 +12,6 @@
 // names; look at the frames first.
 
 namespace multiscene::test {
-
-namespace fs = std::filesystem;
 
 namespace {
 
@@ -55,10 +50,6 @@ void record(const fs::path& file, const Looks& looks) {
         out << "frame " << frame << '\n';
         for (const std::string& row : rows) out << row << '\n';
     }
-}
-
-platform::Bitmap pictureOf(const fs::path& picture) {
-    return platform::decodeImage(platform::FileHandle(::open(picture.c_str(), O_RDONLY)));
 }
 
 std::string frameFile(int frame) {
@@ -186,8 +177,8 @@ TEST_P(SamplesTest, BothPaintersDrawTheSame) {
     }
     for (const auto& [frame, rows] : looks) {
         SCOPED_TRACE("frame " + std::to_string(frame));
-        expectSamePicture(pictureOf(folder.path() / "gl" / frameFile(frame)),
-                          pictureOf(folder.path() / "software" / frameFile(frame)));
+        expectSamePicture(pictureIn(folder.path() / "gl" / frameFile(frame)),
+                          pictureIn(folder.path() / "software" / frameFile(frame)));
     }
 }
 

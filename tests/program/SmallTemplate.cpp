@@ -7,6 +7,7 @@
 #include "platform/base/PropertyList.h"
 #include "platform/image/ImageWriter.h"
 #include "platform/media/VideoWriter.h"
+#include "tests/platform/WavBytes.h"
 
 namespace multiscene::test {
 
@@ -122,24 +123,11 @@ void writeVideo(const fs::path& file, int frames, int framesPerSecond) {
 }
 
 void writeSound(const fs::path& file, double seconds) {
-    constexpr uint32_t rate = 8000;
-    const auto samples = static_cast<uint32_t>(seconds * rate);
-    std::ofstream stream(file, std::ios::binary);
-    const auto number = [&](uint32_t value, int bytes) {
-        stream.write(reinterpret_cast<char*>(&value), bytes);
-    };
-    stream << "RIFF";
-    number(36 + 2 * samples, 4);
-    stream << "WAVEfmt ";
-    for (const auto& [value, bytes] :
-         {std::pair{16u, 4}, {1u, 2}, {1u, 2}, {rate, 4}, {2 * rate, 4}, {2u, 2}, {16u, 2}})
-        number(value, bytes);
-    stream << "data";
-    number(2 * samples, 4);
-    for (uint32_t at = 0; at < samples; ++at) {
-        const auto sample = static_cast<int16_t>(8000 * std::sin(at * 0.3));
-        number(static_cast<uint16_t>(sample), 2);
-    }
+    constexpr int rate = 8000;
+    std::ofstream(file, std::ios::binary)
+        << platform::test::wav(rate, 1, static_cast<int64_t>(seconds * rate), [](int64_t at, int) {
+               return 0.25 * std::sin(static_cast<double>(at) * 0.3);
+           });
 }
 
 }  // namespace multiscene::test

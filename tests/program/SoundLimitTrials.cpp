@@ -3,28 +3,17 @@
 
 #include "platform/audio/AudioMixer.h"
 #include "platform/base/Json.h"
+#include "tests/platform/WavBytes.h"
 
 namespace multiscene::test {
 
-namespace fs = std::filesystem;
-using platform::limitOf;
-using platform::Value;
-
 namespace {
-
-std::string littleEndian(uint64_t number, int bytes) {
-    std::string text;
-    for (int byte = 0; byte < bytes; ++byte) text += static_cast<char>(number >> 8 * byte);
-    return text;
-}
 
 /// Silence.
 std::string wav(uint64_t rate, uint64_t channels, uint64_t seconds = 1) {
-    const std::string samples(std::min<uint64_t>(rate, 8000) * channels * seconds, '\x80');
-    return "RIFF" + littleEndian(36 + samples.size(), 4) + "WAVEfmt " + littleEndian(16, 4) +
-           littleEndian(1, 2) + littleEndian(channels, 2) + littleEndian(rate, 4) +
-           littleEndian(rate * channels, 4) + littleEndian(channels, 2) + littleEndian(8, 2) + "data" +
-           littleEndian(samples.size(), 4) + samples;
+    return platform::test::wav(static_cast<uint32_t>(rate), static_cast<uint32_t>(channels),
+                               static_cast<int64_t>(std::min<uint64_t>(rate, 8000) * seconds),
+                               [](int64_t, int) { return 0.0; });
 }
 
 Trial ofSound(const std::string& limit, std::function<std::string(uint64_t)> bytes, bool isLeast = false) {

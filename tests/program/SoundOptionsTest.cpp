@@ -6,11 +6,6 @@
 
 namespace multiscene::test {
 
-using platform::Value;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
-
 namespace {
 
 constexpr int kRate = 44100;

@@ -3,10 +3,6 @@
 
 namespace multiscene::test {
 
-namespace fs = std::filesystem;
-using platform::limitOf;
-using platform::Value;
-
 namespace {
 
 const std::string picture = "$(currentScenePlistROOT)/red.png";

@@ -1,23 +1,13 @@
-#include <fcntl.h>
 
 #include <algorithm>
 #include <fstream>
 #include <memory>
 
-#include "platform/base/File.h"
 #include "platform/base/PropertyList.h"
-#include "platform/image/ImageDecoder.h"
 #include "tests/app/StaticServer.h"
 #include "tests/program/ProgramTest.h"
 
 namespace multiscene::test {
-
-namespace fs = std::filesystem;
-using platform::Value;
-using ::testing::AllOf;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-using ::testing::Not;
 
 namespace {
 
@@ -159,19 +149,6 @@ TEST_F(TemplatesTest, GoFromAuthorToVideoThroughAServerInThreeLanguages) {
     const Result missing = in("C", {"templates", "install", server.address() + "templates/none.zip"});
     EXPECT_EQ(missing.exitCode, 1);
     EXPECT_THAT(missing.errors, AllOf(HasSubstr("404"), HasSubstr("nothing was installed")));
-}
-
-TEST_F(TemplatesTest, PublishedAndInstalledGivesTheFramesOfTheFolder) {
-    const std::string made = authorWithSample(namedTemplate("small", 7));
-    const std::string inputs = made + "/sample/inputs.json";
-    ASSERT_EQ(multiscene({"templates", "install", pack(made, "small.zip")}).exitCode, 0);
-    for (const std::string& source : {made, std::string("7")})
-        ASSERT_EQ(
-            multiscene({"frames", source, "--media", inputs, "-o", folder.file(source == "7" ? "b" : "a")})
-                .exitCode,
-            0);
-    for (const auto& entry : fs::directory_iterator(folder.path() / "a"))
-        EXPECT_EQ(contentOf(entry.path()), contentOf(folder.path() / "b" / entry.path().filename()));
 }
 
 TEST_F(TemplatesTest, AreShownAsTheyLieInAFolderOrAZip) {
@@ -341,12 +318,9 @@ TEST_F(TemplatesTest, GetTheirThumbnailFromTheMiddleOfTheVideo) {
     ASSERT_EQ(published.exitCode, 0) << published.output << published.errors;
     const fs::path thumbnail = folder.path() / "www" / placeOf("thumbnails/small.png");
     const auto colour = [](const fs::path& picture) {
-        const platform::FileHandle file(::open(picture.c_str(), O_RDONLY | O_CLOEXEC));
-        const platform::Bitmap bitmap = platform::decodeImage(file);
-        const size_t centre =
-            4 * (static_cast<size_t>(bitmap.height / 2) * static_cast<size_t>(bitmap.width) +
-                 static_cast<size_t>(bitmap.width / 2));
-        return std::pair(bitmap.rgba[centre] > 127, bitmap.rgba[centre + 1] > 127);
+        const platform::Bitmap bitmap = pictureIn(picture);
+        const uint8_t* centre = bitmap.pixel(bitmap.width / 2, bitmap.height / 2);
+        return std::pair(centre[0] > 127, centre[1] > 127);
     };
     EXPECT_EQ(colour(thumbnail), std::pair(false, true));
     EXPECT_EQ(fs::status(thumbnail).permissions() & fs::perms::others_read, fs::perms::others_read)

@@ -1,153 +1,46 @@
-#include <sys/stat.h>
-
-#include <fstream>
-#include <functional>
-
+#include "platform/base/Json.h"
 #include "platform/store/FileLock.h"
+#include "tests/program/CheckFaults.h"
 #include "tests/program/ProgramTest.h"
 
 namespace multiscene::test {
 
-namespace fs = std::filesystem;
-using platform::Value;
-using ::testing::HasSubstr;
-using ::testing::IsEmpty;
-
 namespace {
 
-/// One way to go wrong: what is broken, and how the program answers.
-struct WrongInput {
-    const char* name;
-    int exitCode;
-    std::string message;
-    std::function<void(SmallTemplate&)> change = [](SmallTemplate&) {};
-    std::function<void(const fs::path& folder)> damage = [](const fs::path&) {};
-    std::vector<std::string> words = {};  ///< added to "make"; FOLDER stands for the test's folder
-};
+void write(const fs::path& file, const std::string& text) { platform::writeFileAtomically(file, text); }
 
-void PrintTo(const WrongInput& wrong, std::ostream* stream) { *stream << wrong.name; }
-
-void write(const fs::path& file, const std::string& text) { std::ofstream(file) << text; }
-
-std::function<void(SmallTemplate&)> showing(const std::string& texture) {
-    return [texture](SmallTemplate& small) { small.nodes = {quad("odd", texture)}; };
+Value::Array wrongInputs() {
+    const std::string listed = contentOf(MULTISCENE_SOURCE "/tests/program/wrong-inputs.json");
+    return platform::parseJson(listed, "wrong-inputs.json").array();
 }
 
-void playVideo(SmallTemplate& small) {
-    small.clock = {{"type", "QVSingleVideoTimeSource"},
-                   {"VideoInfo", Value::Dictionary{{"msaterVideoPath", "$(currentScenePlistROOT)/film.mp4"},
-                                                   {"videoFps", 10}}},
-                   {"QuadInfo", Value::Dictionary{{"modelWidth", 64}, {"modelHeight", 96}}},
-                   {"FpsInfo", Value::Dictionary{{"startFps", 0}, {"endFps", 5}}}};
-}
-
-void useOwnShader(SmallTemplate& small) {
-    Value::Dictionary node = quad("shaded", "$(currentScenePlistROOT)/red.png");
-    node["type"] = "QVQuadCustomShaderOneVariable";
-    node["FpsInfo"] = Value::Dictionary{{"customShaderPath", "$(currentScenePlistROOT)/none.plist"}};
-    small.nodes = {node};
-}
-
-const std::string outside = "lies outside the template";
-
-std::vector<WrongInput> wrongInputs() {
-    using Words = std::vector<std::string>;
-    return {
-        {"TemplateSyntax",
-         3,
-         "small.plist",
-         {},
-         [](const fs::path& at) { write(at / "small.plist", "<plist>"); }},
-        {"SceneSyntax",
-         3,
-         "scene.plist",
-         {},
-         [](const fs::path& at) { write(at / "scene.plist", "<dict><key>"); }},
-        {"SceneFileMissing",
-         3,
-         "scene.plist",
-         {},
-         [](const fs::path& at) { fs::remove(at / "scene.plist"); }},
-        {"UnknownNode", 3, "object3D[0].type",
-         [](SmallTemplate& small) {
-             small.nodes = {Value::Dictionary{{"type", "QVQuadObjekt"}}};
-         }},
-        {"NoClock", 3, "TimeSource", [](SmallTemplate& small) { small.clock = {}; }},
-        {"UnknownScene", 3, "sceneGroup[0].mainSceneId",
-         [](SmallTemplate& small) {
-             small.description["sceneGroup"] = Value::Array{Value::Dictionary{{"mainSceneId", 99}}};
-         }},
-        {"OddOwnSize", 3, "mediaSize",
-         [](SmallTemplate& small) { small.description["mediaSize"] = "65,96"; }},
-        {"VideoMissing", 3, "TimeSource.VideoInfo.msaterVideoPath", playVideo},
-        {"VideoUnreadable", 3, "TimeSource.VideoInfo.msaterVideoPath", playVideo,
-         [](const fs::path& at) { write(at / "film.mp4", "no film at all"); }},
-        {"PlaylistAsVideo", 3, "TimeSource.VideoInfo.msaterVideoPath", playVideo,
-         [](const fs::path& at) { write(at / "film.mp4", "#EXTM3U\n#EXTINF:1,\n/etc/passwd\n"); }},
-        {"UnknownShader", 3, "customShaderPath", useOwnShader},
-        {"AbsolutePath", 3, outside, showing("/etc/passwd")},
-        {"PathUpwards", 3, outside, showing("$(currentScenePlistROOT)/../secret.png")},
-        {"Link", 3, outside, showing("$(currentScenePlistROOT)/link.png"),
-         [](const fs::path& at) { fs::create_symlink("/etc/passwd", at / "link.png"); }},
-        {"Fifo", 3, "not a regular file", showing("$(currentScenePlistROOT)/pipe.png"),
-         [](const fs::path& at) { ::mkfifo((at / "pipe.png").c_str(), 0600); }},
-        {"PhotoMissing", 4, "nobody.jpg", {}, {}, Words{"--photo", "photo=FOLDER/nobody.jpg"}},
-        {"PhotoIsNone", 4, "small.plist", {}, {}, Words{"--photo", "photo=FOLDER/small/small.plist"}},
-        {"TextTooLong", 4, "title: the text has 11 characters", {}, {}, Words{"--text", "title=12345678901"}},
-        {"TextTooManyLines", 4, "title: the text has 3 lines", {}, {}, Words{"--text", "title=a\nb\n"}},
-        {"UnknownKey", 4, "did you mean \"title\"?", {}, {}, Words{"--text", "titel=x"}},
-        {"TextForPhoto", 4, "asks for a photo", {}, {}, Words{"--text", "photo=x"}},
-        {"CropOfAnUnknownKey", 4, "did you mean \"photo\"?", {}, {}, Words{"--crop", "foto=0,0,1,1"}},
-        {"CropOfAText", 4, "asks for a text", {}, {}, Words{"--crop", "title=0,0,1,1"}},
-        {"CropWithoutAPhoto",
-         4,
-         "photo: a part of the photo is asked for",
-         {},
-         {},
-         Words{"--focus", "photo=0.5,0.5"}},
-        {"CropBeyondThePicture", 2, "--crop", {}, {}, Words{"--crop", "photo=0.5,0,0.6,1"}},
-        {"FocusAndCrop", 2, "given twice", {}, {}, Words{"--focus", "photo=0,0", "--crop", "photo=0,0,1,1"}},
-        {"MusicMissing", 4, "--music", {}, {}, Words{"--music", "FOLDER/none.mp3"}},
-        {"MusicTooShortForItsStart",
-         2,
-         "--music-start: the music lasts 1.00 s",
-         {},
-         [](const fs::path& at) { writeSound(at / "bg-audio.mp3", 1); },
-         Words{"--music-start", "2"}},
-        {"OddSize", 2, "--size", {}, {}, Words{"--size", "65x96"}},
-        {"HugeSize", 2, "--size: 8192x8192 is too large", {}, {}, Words{"--size", "8192x8192"}},
-        {"HugeOwnSize", 3, "mediaSize",
-         [](SmallTemplate& small) { small.description["mediaSize"] = "4098,2304"; }},
-    };
-}
-
-class WrongInputTest : public ProgramTest, public ::testing::WithParamInterface<WrongInput> {};
+class WrongInputTest : public ProgramTest, public ::testing::WithParamInterface<Value> {};
 
 }  // namespace
 
 TEST_P(WrongInputTest, IsOneClearLineAndLeavesNothing) {
-    const WrongInput& wrong = GetParam();
+    const Value& wrong = GetParam();
     SmallTemplate small;
-    if (wrong.change) wrong.change(small);
+    makeFault(wrong, small);
     const fs::path path = small.write(folder.path());
     writePicture(folder.path() / "secret.png", 0x0000ff);
-    if (wrong.damage) wrong.damage(path);
     std::vector<std::string> words{"make", path, "-o", folder.file("out.mp4")};
-    for (std::string word : wrong.words) {
+    for (const Value& each : wrong.array("words")) {
+        std::string word = each.stringValue();
         if (const size_t at = word.find("FOLDER"); at != std::string::npos)
             word.replace(at, 6, folder.path().string());
         words.push_back(word);
     }
     const Result result = multiscene(words);
-    EXPECT_EQ(result.exitCode, wrong.exitCode) << result.errors;
+    EXPECT_EQ(result.exitCode, wrong.integer("code")) << result.errors;
     EXPECT_EQ(result.errorLines().size(), 1u) << result.errors;
-    EXPECT_THAT(result.errors, HasSubstr(wrong.message));
+    EXPECT_THAT(result.errors, HasSubstr(wrong.string("says")));
     EXPECT_THAT(filesNamed("out.mp4"), IsEmpty());
     EXPECT_THAT(leftBehind(), IsEmpty());
 }
 
 INSTANTIATE_TEST_SUITE_P(All, WrongInputTest, ::testing::ValuesIn(wrongInputs()),
-                         [](const auto& wrong) { return std::string(wrong.param.name); });
+                         [](const auto& wrong) { return wrong.param.string("name"); });
 
 class OutputTest : public ProgramTest {};
 
