@@ -130,6 +130,19 @@ TEST_F(SceneGroupTest, MacrosOfAPlayingGroup) {
         << "others are not moved";
 }
 
+TEST_F(SceneGroupTest, FramesAreTheUsersOrTheWrittenOnes) {
+    Settings settings;
+    settings.setUserMediaMapDic(Value::Dictionary{{"startA", "12"}, {"endA", 90}});
+    int64_t start = -1, end = -1;
+    const auto read = [&](Value::Dictionary fpsInfo) {
+        settings.computeStartAndEndFps(Value(std::move(fpsInfo)), "A", start, end);
+        return std::pair(start, end);
+    };
+    EXPECT_EQ(read({{"startFps", "start"}, {"endFps", "end"}}), std::pair(int64_t(12), int64_t(90)));
+    EXPECT_EQ(read({{"startFps", "7"}, {"endFps", 8.9}}), std::pair(int64_t(7), int64_t(8)));
+    EXPECT_EQ(read({}), std::pair(int64_t(0), std::numeric_limits<int64_t>::max()));
+}
+
 TEST_F(SceneGroupTest, CommaSeparatedNumbers) {
     using testing::ElementsAre;
     const auto read = [](const char* text) {

@@ -152,6 +152,21 @@ TEST_F(ShaderTest, EveryOwnDescriptionBuildsAndListsOnlyWhatIsThere) {
     for (const ShaderFailure& failure : manager_.failures()) ADD_FAILURE() << failure.file << failure.message;
 }
 
+TEST_F(ShaderTest, WritesTheBlurOfRadiusEight) {
+    const auto vertex = QVObject3DShaderCreater::vertexShaderForOptimizedBlurOfRadius(8, 16.0);
+    const auto fragment = QVObject3DShaderCreater::fragmentShaderForOptimizedBlurOfRadius(8, 16.0);
+    ASSERT_TRUE(vertex && fragment);
+    EXPECT_THAT(*vertex, HasSubstr("varying vec2 blurCoordinates[9];"));
+    for (const char* offset : {"1.498535", "3.496582", "5.494629", "7.492676"})
+        EXPECT_THAT(*vertex, HasSubstr(std::string(" - singleStepOffset * ") + offset + ";\n"));
+    EXPECT_THAT(*fragment, HasSubstr("blurCoordinates[0]) * 0.061593;\n"));
+    EXPECT_THAT(*fragment, HasSubstr("blurCoordinates[1]) * 0.122587;\n"));
+    EXPECT_THAT(*fragment, HasSubstr("blurCoordinates[4]) * 0.120219;\n"));
+    EXPECT_THAT(*fragment, HasSubstr("blurCoordinates[6]) * 0.116070;\n"));
+    EXPECT_THAT(*fragment, HasSubstr("blurCoordinates[8]) * 0.110328;\n"));
+    EXPECT_EQ(fragment->find("highp vec2 singleStepOffset"), std::string::npos);
+}
+
 TEST_F(ShaderTest, BlursOfEveryRadiusBuild) {
     EXPECT_FALSE(QVObject3DShaderCreater::vertexShaderForOptimizedBlurOfRadius(0, 16.0));
     EXPECT_FALSE(QVObject3DShaderCreater::fragmentShaderForOptimizedBlurOfRadius(0, 16.0));

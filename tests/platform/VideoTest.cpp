@@ -1,6 +1,8 @@
 #include <malloc.h>
+#include <sys/resource.h>
 
 #include <chrono>
+#include <csignal>
 #include <random>
 #include <thread>
 
@@ -127,6 +129,32 @@ TEST_F(VideoTest, CancellingWakesTheCallerAndRemovesTheFile) {
     EXPECT_FALSE(writer.isReadyForMoreMediaData());
     EXPECT_FALSE(writer.append(writer.takeBuffer(), 1000000));
     EXPECT_EQ(writer.finish(), VideoWriter::State::Cancelled);
+    EXPECT_FALSE(std::filesystem::exists(settings.path));
+}
+
+TEST_F(VideoTest, AWriteThatFailsLaterEndsTheWriter) {
+    std::signal(SIGXFSZ, SIG_IGN);
+    rlimit old{};
+    getrlimit(RLIMIT_FSIZE, &old);
+    const rlimit limit{40000, old.rlim_max};
+    setrlimit(RLIMIT_FSIZE, &limit);
+    VideoWriter::Settings settings = small(320, 240);
+    settings.path = path("a.mp4");
+    settings.preset = "ultrafast";
+    settings.bitRate = 20000000;
+    VideoWriter writer(settings);
+    for (int64_t i = 1; writer.waitUntilReady(); ++i) {
+        PixelBufferPool::Pointer picture = writer.takeBuffer();
+        for (size_t k = 0; k < picture->size(); ++k)
+            picture->data()[k] = static_cast<uint8_t>((k + 1) * (k + static_cast<size_t>(i)) >> 7);
+        writer.append(std::move(picture), i);
+        ASSERT_LT(i, 1000);
+    }
+    setrlimit(RLIMIT_FSIZE, &old);
+    EXPECT_EQ(writer.finish(), VideoWriter::State::Failed);
+    ASSERT_TRUE(writer.error());
+    EXPECT_EQ(writer.error()->kind(), ErrorKind::Transient);
+    EXPECT_EQ(writer.error()->file(), settings.path);
     EXPECT_FALSE(std::filesystem::exists(settings.path));
 }
 
