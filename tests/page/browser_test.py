@@ -614,7 +614,8 @@ class PageTest(unittest.TestCase):
         middle = browser.wait("a frame beyond the middle", lambda: browser.run(at) > 133 and browser.run(at))
 
         # A node has the values that `trace` prints.
-        title = browser.wait("the row of the caption", lambda: browser.run("return [...document.querySelectorAll('.wb-label')].find(e => e.querySelector('.wb-name').innerText === 'caption')"))
+        # Only rows that are seen are there.
+        title = browser.wait("the row of the caption", lambda: browser.run("document.querySelector('.wb-tree').scrollTop += 60; return [...document.querySelectorAll('.wb-label')].find(e => e.querySelector('.wb-name').innerText === 'caption')"))
         title.click()
         browser.wait("its place in the file", lambda: "object3D[" in browser.one(".wb-inspector dl").text)
         words = [options.program, "trace", template, "--at", str(middle), "--media", template / "sample/inputs.json"]

@@ -43,6 +43,7 @@ export function Picture() {
       element.height = picture.height;
     }
     element.getContext('2d')?.drawImage(picture, 0, 0);
+    picture.close();
   }, [picture]);
 
   const isThere = picture !== null;

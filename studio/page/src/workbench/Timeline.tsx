@@ -68,7 +68,6 @@ function TreeRow({ row, top, view, isChosen, fault, onToggle }: { row: Row; top:
       aria-level={row.level}
       aria-selected={isChosen}
       {...(row.hasMore ? { 'aria-expanded': row.isOpen } : {})}
-      aria-label={`${name}, ${row.node ? row.node.type : w(scene.kind)}`}
     >
       <div class="wb-label" onClick={() => select({ scene: row.scene, key: row.node?.key ?? '' })} onDblClick={() => seek(row.first)}>
         <span class={row.isOpen ? 'wb-fold is-open' : 'wb-fold'} style={{ marginInlineStart: `${(row.level - 1) * 14}px` }} onClick={(event) => row.hasMore && (event.stopPropagation(), onToggle())}>
@@ -77,7 +76,7 @@ function TreeRow({ row, top, view, isChosen, fault, onToggle }: { row: Row; top:
         <span class="wb-name" dir="auto">{name}</span>
         <span class="wb-kind">{row.node ? (row.node.name ? shortType(row.node.type) : '') : row.isOpen ? scene.file : w('nodes', { n: scene.nodes.length })}</span>
       </div>
-      <div class="wb-track">
+      <div class="wb-track" aria-hidden="true">
         <Bar row={row} view={view} />
       </div>
     </div>

@@ -11,7 +11,7 @@ interface Bench {
   outline: Outline | null;
   isAway: boolean;
   frame: number;
-  /** The picture that is seen, and what it shows. */
+  /** The picture that is seen, which whoever draws it closes, and what it shows. */
   picture: ImageBitmap | null;
   pictureFrame: number;
   isWaiting: boolean;
@@ -85,7 +85,6 @@ async function fetchFrame(frame: number): Promise<Blob | undefined> {
 
 async function showBlob(frame: number, blob: Blob) {
   const bitmap = await createImageBitmap(blob);
-  bench.value.picture?.close();
   bench.set({ picture: bitmap, pictureFrame: frame });
 }
 
