@@ -27,18 +27,19 @@ function Bar({ row, view }: { row: Row; view: View }) {
   const scene = view.outline.scenes[row.scene]!;
   if (row.last < row.first) return null;
   const kind = row.node ? 'node' : scene.kind;
-  const dots = new Set<number>();
-  for (const span of row.node?.keys ?? []) dots.add(scene.start + span.first).add(scene.start + span.last);
+  // What goes on beyond the end is cut there.
+  const spans = (row.node?.keys ?? []).map(({ key, first, last }) => ({ key, first: scene.start + first, last: Math.min(scene.start + last, frames - 1) }));
+  const dots = new Set(spans.flatMap((span) => [span.first, span.last]).filter((frame) => frame < frames));
   return (
     <>
       <i class={`wb-bar ${kind}`} style={{ left: share(row.first, frames), width: share(row.last + 1 - row.first, frames) }}>
         {!row.node && <span>{scene.name}</span>}
       </i>
-      {row.node?.keys.map((span) => (
+      {spans.map((span) => (
         <i
           key={span.key}
           class="wb-span"
-          style={{ left: share(scene.start + span.first + 0.5, frames), width: share(Math.max(0, span.last - span.first), frames) }}
+          style={{ left: share(span.first + 0.5, frames), width: share(Math.max(0, span.last - span.first), frames) }}
         />
       ))}
       {[...dots].map((frame) => (
