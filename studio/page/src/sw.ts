@@ -43,17 +43,12 @@ async function kept(request: Request, name: string, options?: CacheQueryOptions)
   return (await caches.open(name)).match(request, options);
 }
 
-/** From the studio, and remembered; what is remembered when the studio is away. */
+/** From the studio, and remembered; what is remembered when the studio is away, or starting. */
 async function newest(request: Request, name: string): Promise<Response> {
-  try {
-    const answer = await fetch(request);
-    if (answer.status === 200) await (await caches.open(name)).put(request, answer.clone());
-    return answer;
-  } catch (error) {
-    const old = await kept(request, name, { ignoreSearch: request.mode === 'navigate' });
-    if (old) return old;
-    throw error;
-  }
+  const answer = await fetch(request).catch(() => Response.error());
+  if (answer.status === 200) await (await caches.open(name)).put(request, answer.clone());
+  if (answer.status && answer.status < 500) return answer;
+  return (await kept(request, name, { ignoreSearch: request.mode === 'navigate' })) ?? answer;
 }
 
 async function keptFirst(request: Request): Promise<Response> {

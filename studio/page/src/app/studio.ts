@@ -115,9 +115,11 @@ export async function start(key: { key: string } | { code: string } | null): Pro
       : await get<Session>('/sessions/current');
     await enter(session);
   } catch (error) {
-    if (error instanceof Problem && error.status === 401) studio.set({ session: null });
-    else if (error instanceof Problem && error.status === 0) await startOffline();
-    else if (studio.value.session === undefined) studio.set({ session: null });
+    const status = error instanceof Problem ? error.status : 400;
+    const isKnown = studio.value.session !== undefined;
+    if (status === 401) studio.set({ session: null });
+    else if (status === 0 || (status >= 500 && !isKnown)) await startOffline();
+    else if (!isKnown) studio.set({ session: null });
   }
 }
 
@@ -128,7 +130,10 @@ async function startOffline() {
   await loadTemplates().catch(() => {});
   studio.set({ isOffline: true });
   setInterval(() => {
-    if (!document.hidden) get('/sessions/current').catch((error: Problem) => error.status || Promise.reject()).then(() => location.reload(), () => {});
+    if (!document.hidden) get('/sessions/current')
+      // One that is starting is not back yet.
+      .catch((error: Problem) => error.status === 401 || Promise.reject())
+      .then(() => location.reload(), () => {});
   }, lookAgain);
 }
 
