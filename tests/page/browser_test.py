@@ -524,6 +524,19 @@ class PageTest(unittest.TestCase):
         browser.one(".notice")
         self.assertGreaterEqual(len(browser.wait("the templates as last seen", lambda: browser.all(".card"))), 12)
         self.assert_accessible(browser, "offline")
+
+        # One that answers only that it is not ready yet is not back.
+        class Starting(http.server.BaseHTTPRequestHandler):
+            do_GET = do_POST = lambda self: self.send_error(503)
+            log_message = lambda *_: None
+
+        with http.server.ThreadingHTTPServer(("127.0.0.1", self.studio.port), Starting) as starting:
+            threading.Thread(target=starting.serve_forever, daemon=True).start()
+            browser.driver.refresh()
+            browser.one(".notice")
+            time.sleep(5)
+            self.assertTrue(browser.all(".notice"))
+            starting.shutdown()
         self.studio.start()
         browser.wait("no notice", lambda: not browser.all(".notice") and browser.all(".card"))
 
