@@ -13,6 +13,7 @@
 #include "platform/base/Error.h"
 #include "platform/base/Json.h"
 #include "platform/base/Limits.h"
+#include "studio/StudioLimits.h"
 
 namespace multiscene::cli {
 
@@ -102,7 +103,9 @@ class LimitsCall : public CLI::Success {
 std::string limitsText(bool isJson) {
     std::string text;
     Table table({"LIMIT", "VALUE", "UNIT", "MEANING", "BEYOND IT"});
-    for (const platform::Limit& limit : platform::limits::kAll) {
+    std::vector<platform::Limit> all(std::begin(platform::limits::kAll), std::end(platform::limits::kAll));
+    for (const auto& row : studio::StudioLimits::rows()) all.push_back(row.limit);
+    for (const platform::Limit& limit : all) {
         const std::string name(limit.name), unit(limit.unit), meaning(limit.meaning), beyond(limit.beyond);
         table.add({name, std::to_string(limit.value), unit, meaning, beyond});
         text += platform::jsonText(platform::Value::Dictionary{{"event", "limit"},
@@ -114,7 +117,9 @@ std::string limitsText(bool isJson) {
                 "\n";
     }
     return isJson ? text
-                  : "What templates, inputs and servers may ask for, and a job may take:\n" + table.text();
+                  : "What templates, inputs, servers and the studio's clients may ask for, and a job may "
+                    "take:\n" +
+                        table.text();
 }
 
 /// Parser and commands, alive while the words are parsed.
@@ -137,11 +142,14 @@ struct Parser {
                "--limit",
                [this](const std::vector<std::string>& all) {
                    for (const std::string& each : all) {
-                       result.settings.limits.set(each);
+                       if (studio::StudioLimits::knows(each))
+                           studio::StudioLimits().set(each);
+                       else
+                           result.settings.limits.set(each);
                        result.settings.words.insert(result.settings.words.end(), {"--limit", each});
                    }
                },
-               "Change what a job may take: maxJobMemory=8589934592; --limits lists them")
+               "Change what a job or the studio may take: maxJobMemory=8589934592; --limits lists them")
             ->type_name("NAME=N")
             ->type_size(1)
             ->allow_extra_args(false);

@@ -90,6 +90,7 @@ class StudioCommand : public Command {
         const SignalWatch signals;
         settings_.home = platform::dataHome();
         settings_.programOptions = settings.words;
+        settings_.limits.setThoseOf(settings.words);
         settings_.opensPage = !isService_ && !staysClosed_ && hasDisplay();
         settings_.pairing = [&](const std::string& code, const std::string& url) {
             if (isForSomebody(console)) tellPairing(console, code, url);

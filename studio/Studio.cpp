@@ -96,6 +96,15 @@ platform::http::ServerOptions serverOptions(const StudioSettings& settings) {
     options.hosts = hostsOf(settings);
     options.certificateFile = settings.certificateFile;
     options.keyFile = settings.keyFile;
+    const StudioLimits& limits = settings.limits;
+    options.limits.connections = limits.connections;
+    options.limits.connectionsPerAddress = limits.connectionsOfAddress;
+    options.limits.streams = limits.streams;
+    options.limits.headBytes = limits.headBytes;
+    options.limits.headTime = std::chrono::seconds(limits.headSeconds);
+    options.limits.keepAlive = std::chrono::seconds(limits.idleSeconds);
+    options.limits.rate = limits.rate;
+    options.limits.rateSpan = std::chrono::seconds(limits.rateSeconds);
     return options;
 }
 
@@ -150,7 +159,7 @@ Studio::Core::Core(StudioSettings given, fs::path workbenchFolder)
       origins(settings.publicUrl),
       gate(sessions, origins),
       timers(std::make_unique<Timers>(queue)),
-      router(gate, queue),
+      router(gate, queue, settings.limits.bodyBytes),
       server(std::make_unique<platform::http::Server>(serverOptions(settings), router)) {
     database.execute("PRAGMA foreign_keys=ON");
     inQueue([this] { makeResources(); });
@@ -207,7 +216,9 @@ void Studio::Core::makeResources() {
     });
     add(std::make_unique<UploadsApi>(shop));
     add(std::make_unique<ChecksApi>(shop));
-    add(std::make_unique<PreviewsApi>(shop));
+    auto previews = std::make_unique<PreviewsApi>(shop);
+    PreviewsApi* const pictures = previews.get();
+    add(std::move(previews));
     add(std::make_unique<JobsApi>(shop));
     add(std::make_unique<VideosApi>(shop));
     add(std::make_unique<EventsApi>(shop));
@@ -216,7 +227,8 @@ void Studio::Core::makeResources() {
         shop, webhooks->sender(), [this] { return server->counts(); }, settings.metricsPort);
     add(std::move(webhooks));
     if (!settings.accessLog.empty()) accessLog = std::make_unique<AccessLog>(settings.accessLog);
-    router.onAnswered([this](const Router::Answered& answered) {
+    router.onAnswered([this, pictures](const Router::Answered& answered) {
+        if (answered.pattern == "/api/v1/templates/{id}" && answered.status == 200) pictures->startAhead();
         metrics->count(answered);
         if (accessLog) accessLog->write(answered);
     });

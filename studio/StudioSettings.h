@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "studio/StudioLimits.h"
+
 namespace multiscene::studio {
 
 /// How a studio is run. All of it is said at its start.
@@ -29,13 +31,7 @@ struct StudioSettings {
     std::vector<std::string> programOptions;
     std::filesystem::path pageFolder;  ///< empty: of the program's resources
 
-    // What a client may ask for.
-    uint64_t photoBytes = uint64_t{64} << 20;
-    uint64_t videoBytes = uint64_t{1} << 30;
-    uint64_t soundBytes = uint64_t{256} << 20;
-    int64_t queueLength = 100;               ///< jobs that wait
-    int64_t queueOfSession = 50;             ///< of one session
-    int64_t uploadQuota = int64_t{2} << 30;  ///< bytes, of a session
+    StudioLimits limits;  ///< what clients may take
 
     /// Videos that are made at a time; 0: half as many as the machine has cores, at least one.
     int workers = 0;

@@ -36,14 +36,15 @@ struct Body {
     enum class Kind { None, Json, File };
 
     static Body none() { return {}; }
-    /// Larger ones are a 413, what is not as the schema says a 400 with pointers.
-    static Body json(platform::Value schema, uint64_t mostBytes = 256 << 10) {
-        return {Kind::Json, mostBytes, std::move(schema), {}};
+    /// Larger ones are a 413 (0: than the studio's limit), what is not as the schema says a 400 with
+    /// pointers.
+    static Body json(platform::Value schema, uint64_t mostBytes = 0) {
+        return {Kind::Json, mostBytes, std::move(schema), {}, {}};
     }
     /// Into a file that is gone unless the handler publishes it, and then called what `target` says for the
     /// request, in a folder that is there. Larger ones are a 413 before they are read.
     static Body file(std::function<std::filesystem::path(const Session&)> target, uint64_t mostBytes) {
-        return {Kind::File, mostBytes, {}, std::move(target)};
+        return {Kind::File, mostBytes, {}, std::move(target), {}};
     }
 
     Kind kind = Kind::None;
@@ -51,6 +52,9 @@ struct Body {
     platform::Value schema = {};
     /// Called on the server's thread; may throw Problem.
     std::function<std::filesystem::path(const Session&)> target = {};
+    /// How large a file this request may send, by the values in its path, where not all may the same. As
+    /// `target`.
+    std::function<uint64_t(const std::map<std::string, std::string, std::less<>>&)> mostOf = {};
 };
 
 /// A value in the query that a route heeds. Others are refused.

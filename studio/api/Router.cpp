@@ -135,9 +135,11 @@ Expectation Router::expect(const RequestHead& head) {
         switch (body.kind) {
             case Body::Kind::Json:
                 checkContentType(head);
-                return BodyInMemory{body.mostBytes};
+                return BodyInMemory{body.mostBytes > 0 ? body.mostBytes : bodyBytes_};
             case Body::Kind::File:
-                return BodyInFile{body.target(session), body.mostBytes};
+                return BodyInFile{
+                    body.target(session),
+                    body.mostOf ? std::min(body.mostBytes, body.mostOf(found.values)) : body.mostBytes};
             case Body::Kind::None:
                 break;
         }

@@ -21,8 +21,9 @@ namespace multiscene::studio {
 /// to the studio's queue, where bodies are parsed and handlers run.
 class Router : public platform::http::Handler {
   public:
-    /// Both outlive the router.
-    Router(Gate& gate, platform::DispatchQueue& queue) : gate_(gate), queue_(queue) {}
+    /// Both outlive the router. `bodyBytes`: of JSON bodies that have no limit of their own.
+    Router(Gate& gate, platform::DispatchQueue& queue, uint64_t bodyBytes)
+        : gate_(gate), queue_(queue), bodyBytes_(bodyBytes) {}
 
     /// Before open().
     void add(std::vector<Route> routes);
@@ -66,6 +67,7 @@ class Router : public platform::http::Handler {
 
     Gate& gate_;
     platform::DispatchQueue& queue_;
+    const uint64_t bodyBytes_;
     std::deque<Route> routes_;
     std::deque<Pattern> patterns_;
     std::function<void(const Answered&)> answered_;

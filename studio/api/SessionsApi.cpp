@@ -1,5 +1,7 @@
 #include "studio/api/SessionsApi.h"
 
+#include <algorithm>
+
 #include "studio/store/Names.h"
 
 namespace multiscene::studio {
@@ -11,7 +13,6 @@ using platform::http::Responder;
 
 namespace {
 
-constexpr size_t kTriesAMinute = 5, kTriesOfAll = 30;
 constexpr std::chrono::seconds kMinute{60};
 
 Value who(const Session& session, const std::string& token) {
@@ -61,11 +62,12 @@ std::string deviceName(const RequestHead& head) {
 
 SessionsApi::SessionsApi(const Parts& parts, const Origins& origins, StartKey& key, Pairing* pairing)
     : sessions_(parts.sessions),
+      mostDevices_(parts.settings.limits.devices),
       origins_(origins),
       key_(key),
       pairing_(pairing),
-      tries_(kTriesAMinute, kMinute),
-      triesOfAll_(kTriesOfAll, kMinute) {}
+      tries_(parts.settings.limits.tries, kMinute),
+      triesOfAll_(parts.settings.limits.codeTries, kMinute) {}
 
 std::vector<Route> SessionsApi::routes() {
     const Value entry = schema::object({{"key?", schema::text(200)}, {"code?", schema::text(20)}});
@@ -143,6 +145,11 @@ Session SessionsApi::admit(const ApiRequest& request) {
 Session SessionsApi::admitPaired(const ApiRequest& request, const std::string& code) {
     if (!pairing_ || !pairing_->take(code))
         throw Problem(401, "wrong-code", "the code is not the one that the studio shows now");
+    const auto isDevice = [](const SessionStore::Known& each) {
+        return each.session.kind == Session::Kind::Paired;
+    };
+    if (static_cast<uint64_t>(std::ranges::count_if(sessions_.known(), isDevice)) >= mostDevices_)
+        throw Problem(429, "too-many", "too many devices were let in: remove one first");
     return sessions_.addPaired(deviceName(request.head));
 }
 

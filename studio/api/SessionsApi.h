@@ -31,6 +31,7 @@ class SessionsApi : public Resource {
     platform::Value list(const ApiRequest& request);
 
     SessionStore& sessions_;
+    const uint64_t mostDevices_;
     const Origins& origins_;
     StartKey& key_;
     Pairing* pairing_;

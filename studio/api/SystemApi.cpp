@@ -142,7 +142,7 @@ Answer SystemApi::pairingPicture(const ApiRequest& request) const {
 }
 
 Value SystemApi::settings(const ApiRequest& request) const {
-    const StudioSettings& limits = parts_.settings;
+    const StudioLimits& limits = parts_.settings.limits;
     return Value::Dictionary{{"version", programVersion()},
                              {"language", request.language},
                              {"languages", Value::Array{"en", "zh", "ja"}},
@@ -152,7 +152,7 @@ Value SystemApi::settings(const ApiRequest& request) const {
                              {"limits", Value::Dictionary{{"photoBytes", count(limits.photoBytes)},
                                                           {"videoBytes", count(limits.videoBytes)},
                                                           {"soundBytes", count(limits.soundBytes)},
-                                                          {"queue", limits.queueLength}}},
+                                                          {"queue", count(limits.jobs)}}},
                              {"fence", fence_},
                              {"pairing", pairing(request)},
                              {"ratingAsked", !parts_.sessions.rating(request.session).empty()},

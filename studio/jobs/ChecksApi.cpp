@@ -77,17 +77,18 @@ ChecksApi::ChecksApi(std::shared_ptr<Workshop> shop) : shop_(std::move(shop)) {
 }
 
 std::vector<Route> ChecksApi::routes() {
-    return {{.method = "POST",
-             .pattern = "/api/v1/checks",
-             .access = Access::Make,
-             .body = Body::json(schema::object({{"template", schema::integer()},
-                                                {"values?", request::valuesSchema()},
-                                                {"music?", schema::orNull(request::musicSchema())},
-                                                {"size?", schema::orNull(request::sizeSchema())},
-                                                {"draft?", schema::boolean()}})),
-             .summary = "What would be missing or wrong, and how long it would take",
-             .results = {{200, "application/json", resultSchema()}},
-             .handle = [this](ApiRequest& request, Responder& responder) { check(request, responder); }}};
+    return {
+        {.method = "POST",
+         .pattern = "/api/v1/checks",
+         .access = Access::Make,
+         .body = Body::json(schema::object({{"template", schema::integer()},
+                                            {"values?", request::valuesSchema(shop_->parts.settings.limits)},
+                                            {"music?", schema::orNull(request::musicSchema())},
+                                            {"size?", schema::orNull(request::sizeSchema())},
+                                            {"draft?", schema::boolean()}})),
+         .summary = "What would be missing or wrong, and how long it would take",
+         .results = {{200, "application/json", resultSchema()}},
+         .handle = [this](ApiRequest& request, Responder& responder) { check(request, responder); }}};
 }
 
 void ChecksApi::check(ApiRequest& request, Responder& responder) {

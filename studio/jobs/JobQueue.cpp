@@ -27,9 +27,8 @@ namespace {
 
 constexpr int64_t kSecond = 1000, kDay = 24 * 3600 * kSecond;
 constexpr int64_t kDraftStays = 3600 * kSecond;
-constexpr int64_t kMostCost = 2 * 3600 * kSecond;  ///< of a job; more would be hours
-constexpr int64_t kTellEvery = 250;                ///< milliseconds between two events of progress
-constexpr milliseconds kPause{2000};               ///< before what may pass is tried again
+constexpr int64_t kTellEvery = 250;   ///< milliseconds between two events of progress
+constexpr milliseconds kPause{2000};  ///< before what may pass is tried again
 constexpr seconds kExpiryEvery{60}, kNextTry{5}, kOrphanAge{3600};
 
 std::size_t workersOf(const StudioSettings& settings) {
@@ -49,19 +48,21 @@ void moveTo(const fs::path& from, const fs::path& to) {
     if (failure) throw platform::errnoError(failure.value(), "cannot be moved", from.string());
 }
 
-Problem interruptedProblem(const Value& last) {
+Problem interruptedProblem(const Value& last, int attempts) {
     const std::string why = last.string("detail");
     return {500, "interrupted",
-            "the job was interrupted " + std::to_string(JobQueue::kMostAttempts) + " times" +
+            "the job was interrupted " + std::to_string(attempts) + " times" +
                 (why.empty() ? "" : "; the last time: " + why)};
 }
 
 }  // namespace
 
-JobQueue::JobQueue(const Parts& parts, const Stores& stores, EventHub& events, FindTemplate findTemplate)
+JobQueue::JobQueue(const Parts& parts, const Stores& stores, EventHub& events, Counters& counters,
+                   FindTemplate findTemplate)
     : parts_(parts),
       stores_(stores),
       events_(events),
+      counters_(counters),
       findTemplate_(std::move(findTemplate)),
       runner_(parts.queue, parts.settings, parts.folders.jobs,
               {[this](const std::string& id, const Progress& progress) { hear(id, progress); },
@@ -87,10 +88,14 @@ void JobQueue::recover() {
     removeUnknown(parts_.folders.jobs, [](const std::string&) { return false; });
     stores_.uploads.sweep(seconds(0));
     stores_.videos.sweep(seconds(0));
-    // What killed runs have left elsewhere goes with the next one's beginning; here there may be none.
-    if (platform::dataHome() == parts_.settings.home) const JobFolder sweeping;
+    removeLeft();
     removeExpired();
     next();
+}
+
+/// What killed runs have left elsewhere goes with the next one's beginning; there may be none.
+void JobQueue::removeLeft() const {
+    if (platform::dataHome() == parts_.settings.home) const JobFolder sweeping;
 }
 
 void JobQueue::recover(const Job& job) {
@@ -128,11 +133,13 @@ Job JobQueue::submit(Job job, const std::vector<std::string>& uploads) {
 }
 
 void JobQueue::requireRoom(const Job& job) {
-    if (isDrawn(job.kind) && job.cost > kMostCost)
+    if (isDrawn(job.kind) && job.cost > static_cast<int64_t>(parts_.settings.limits.jobSeconds) * kSecond)
         throw Problem(422, "too-long",
                       "this would take about " + std::to_string(job.cost / kSecond / 60) + " minutes");
     const JobStore::Counts waiting = stores_.jobs.countWaiting(job.session);
-    if (waiting.ofAll < parts_.settings.queueLength && waiting.ofSession < parts_.settings.queueOfSession)
+    const StudioLimits& limits = parts_.settings.limits;
+    if (waiting.ofAll < static_cast<int64_t>(limits.jobs) &&
+        waiting.ofSession < static_cast<int64_t>(limits.jobsOfSession))
         return;
     Problem full(429, "queue-full", "too many jobs wait already");
     full.retryAfter = 30;
@@ -199,6 +206,7 @@ bool JobQueue::startNext(bool areDrawn) {
 
 void JobQueue::start(const Job& job) {
     progress_[job.id] = {.stage = "preparing", .frame = 0, .total = job.total, .secondsRemaining = {}};
+    stageSince_[job.id] = nowMs();
     try {
         if (!isDrawn(job.kind)) {
             runner_.changeCatalogue(job);
@@ -221,6 +229,7 @@ void JobQueue::start(const Job& job) {
 void JobQueue::hear(const std::string& id, const Progress& progress) {
     Progress& known = progress_[id];
     const bool isNewStage = known.stage != progress.stage;
+    if (isNewStage) countStage(id, true);
     known = progress;
     const int64_t now = nowMs();
     if (!isNewStage && now - toldAt_[id] < kTellEvery) return;
@@ -230,9 +239,22 @@ void JobQueue::hear(const std::string& id, const Progress& progress) {
     });
 }
 
+/// Before the job enters another stage, or none.
+void JobQueue::countStage(const std::string& id, bool goesOn) {
+    const auto since = stageSince_.find(id);
+    const auto progress = progress_.find(id);
+    if (since == stageSince_.end() || progress == progress_.end()) return;
+    const int64_t now = nowMs();
+    counters_.stageSeconds[progress->second.stage] += static_cast<double>(now - since->second) / kSecond;
+    since->second = now;
+    if (!goesOn) stageSince_.erase(since);
+}
+
 // --- the end --------------------------------------------------------------------------------------------
 
 void JobQueue::end(const std::string& id, const RunEnd& end) {
+    countStage(id, false);
+    ++counters_.workerExits[{"job", end.cause}];
     guarded([&] {
         const auto job = stores_.jobs.find(id);
         if (!job) return;
@@ -244,6 +266,8 @@ void JobQueue::end(const std::string& id, const RunEnd& end) {
             finish(*job, JobState::Failed, end.problem, {});
         else
             interrupted(*job, end.problem);
+        // What it has begun ends a moment after it, and holds its folder until then.
+        if (end.cause == "signal") parts_.timers.after(seconds(1), [this] { removeLeft(); });
     });
     next();
 }
@@ -281,8 +305,8 @@ void JobQueue::complete(const Job& job, const RunEnd& end) {
 }
 
 void JobQueue::interrupted(const Job& job, const Value& problem) {
-    if (job.attempt >= kMostAttempts)
-        return finish(job, JobState::Failed, interruptedProblem(problem).value(), {});
+    if (job.attempt >= static_cast<int>(parts_.settings.limits.jobAttempts))
+        return finish(job, JobState::Failed, interruptedProblem(problem, job.attempt).value(), {});
     const milliseconds pause = seconds(1 << job.attempt);
     stores_.jobs.putBack(job.id, nowMs() + pause.count());
     progress_.erase(job.id);

@@ -13,6 +13,7 @@
 #include "studio/jobs/JobRunner.h"
 #include "studio/jobs/JobStore.h"
 #include "studio/jobs/TemplateFacts.h"
+#include "studio/metrics/Counters.h"
 #include "studio/uploads/UploadStore.h"
 #include "studio/videos/VideoStore.h"
 
@@ -26,14 +27,15 @@ namespace multiscene::studio {
 /// which says little of the job, many times more, but not for ever. Studio queue.
 class JobQueue {
   public:
-    static constexpr int kMostAttempts = 3, kMostDeaths = 20;
+    static constexpr int kMostDeaths = 20;
 
     struct Stores {
         JobStore& jobs;
         UploadStore& uploads;
         VideoStore& videos;
     };
-    JobQueue(const Parts& parts, const Stores& stores, EventHub& events, FindTemplate findTemplate);
+    JobQueue(const Parts& parts, const Stores& stores, EventHub& events, Counters& counters,
+             FindTemplate findTemplate);
 
     /// At the start: jobs that ran wait again, and what nobody knows is removed. Then begins.
     void recover();
@@ -72,6 +74,7 @@ class JobQueue {
     void start(const Job& job);
     void hear(const std::string& id, const Progress& progress);
     void end(const std::string& id, const RunEnd& end);
+    void countStage(const std::string& id, bool goesOn);
     void complete(const Job& job, const RunEnd& end);
     void interrupted(const Job& job, const platform::Value& problem);
     void finish(const Job& job, JobState state, const platform::Value& problem,
@@ -81,11 +84,13 @@ class JobQueue {
     void tellPlaces();
     void requireRoom(const Job& job);
     void recover(const Job& job);
+    void removeLeft() const;
     void guarded(const std::function<void()>& work);
 
     const Parts parts_;
     Stores stores_;
     EventHub& events_;
+    Counters& counters_;
     FindTemplate findTemplate_;
     JobRunner runner_;
     const std::size_t workers_;
@@ -93,7 +98,7 @@ class JobQueue {
     bool isStopped_ = false;
     bool isShaken_ = false;  ///< something could not be written down
     std::map<std::string, Progress> progress_;
-    std::map<std::string, int64_t> places_, toldAt_;
+    std::map<std::string, int64_t> places_, toldAt_, stageSince_;
     std::vector<std::function<void(const Job&, const platform::Value&)>> listeners_;
 };
 

@@ -19,12 +19,9 @@ using platform::Value;
 
 namespace {
 
-constexpr int64_t kMostCharacters = 10'000;
-constexpr int64_t kMostInputs = 500;
 constexpr int64_t kMostSide = 8192;
 constexpr auto kMostPixels = platform::limitOf<int64_t>("maxVideoPixels");
 constexpr int64_t kDraftSide = 640;
-constexpr size_t kMostMetadata = 4096;
 constexpr const char* kDraftPreset = "ultrafast";
 
 Value cropSchema() {
@@ -74,9 +71,21 @@ class Judgement {
                 fault("/values/" + key, key, "the template does not ask for this");
             else if (value.isString())
                 text(*input, value.stringValue());
-            else
+            else {
                 upload("/values/" + key + "/upload", key, value.string("upload"), {input->kind});
+                crop(key, value["crop"]);
+            }
         }
+    }
+
+    /// Of a place beside the photo nothing is left to show.
+    void crop(const std::string& key, const Value& crop) {
+        const auto middle = [&](const char* start, const char* length) {
+            return crop[start].doubleValue() + crop[length].doubleValue() / 2;
+        };
+        const double across = middle("x", "width"), down = middle("y", "height");
+        if (crop && !(across >= 0 && across <= 1 && down >= 0 && down <= 1))
+            fault("/values/" + key + "/crop", key, "its middle should lie in the photo");
     }
 
     void music(const Value& music) {
@@ -151,13 +160,13 @@ Value withoutGone(const Value& value, UploadStore& uploads, const std::string& s
 
 }  // namespace
 
-Value valuesSchema() {
-    return schema::map(schema::either({schema::text(kMostCharacters),
+Value valuesSchema(const StudioLimits& limits) {
+    return schema::map(schema::either({schema::text(static_cast<int64_t>(limits.valueCharacters)),
                                        schema::object({{"upload", schema::text(64)},
                                                        {"crop?", schema::orNull(cropSchema())},
                                                        {"start?", schema::number(0, 86'400)},
                                                        {"volume?", schema::number(0, 1)}})}),
-                       kMostInputs);
+                       static_cast<int64_t>(limits.values));
 }
 
 Value musicSchema() {
@@ -172,9 +181,9 @@ Value sizeSchema() {
         {{"width", schema::integer(2, kMostSide)}, {"height", schema::integer(2, kMostSide)}});
 }
 
-Value jobSchema() {
+Value jobSchema(const StudioLimits& limits) {
     return schema::object({{"template", schema::integer()},
-                           {"values?", valuesSchema()},
+                           {"values?", valuesSchema(limits)},
                            {"music?", schema::orNull(musicSchema())},
                            {"size?", schema::orNull(sizeSchema())},
                            {"draft?", schema::boolean()},
@@ -190,8 +199,8 @@ std::vector<std::string> judgeValues(const Value& values, const TemplateFacts& f
     return judgement.used();
 }
 
-Planned plan(const Value& body, const TemplateFacts& facts, UploadStore& uploads,
-             const std::string& session) {
+Planned plan(const Value& body, const TemplateFacts& facts, UploadStore& uploads, const std::string& session,
+             const StudioLimits& limits) {
     Judgement judgement(facts, uploads, session);
     judgement.values(body["values"]);
     judgement.music(body["music"]);
@@ -199,8 +208,8 @@ Planned plan(const Value& body, const TemplateFacts& facts, UploadStore& uploads
     if (size.width % 2 != 0 || size.height % 2 != 0) judgement.fault("/size", "", "should be even numbers");
     if (size.pixels() > kMostPixels)
         judgement.fault("/size", "", "is larger than " + std::to_string(kMostPixels) + " pixels");
-    if (platform::jsonText(body["metadata"]).size() > kMostMetadata)
-        judgement.fault("/metadata", "", "is larger than " + std::to_string(kMostMetadata) + " bytes");
+    if (platform::jsonText(body["metadata"]).size() > limits.metadataBytes)
+        judgement.fault("/metadata", "", "is larger than " + std::to_string(limits.metadataBytes) + " bytes");
     if (const std::string callback = body.string("callback");
         !callback.empty() && !platform::isHttpUrl(callback))
         judgement.fault("/callback", "", "is no http or https address");

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/base/Value.h"
+#include "studio/StudioLimits.h"
 #include "studio/jobs/Job.h"
 #include "studio/jobs/TemplateFacts.h"
 #include "studio/uploads/UploadStore.h"
@@ -16,10 +17,10 @@ namespace multiscene::studio {
 namespace request {
 
 /// The bodies of the API: "values" and "music" of templates, of which jobs, previews and checks are made.
-platform::Value valuesSchema();
+platform::Value valuesSchema(const StudioLimits& limits);
 platform::Value musicSchema();
 platform::Value sizeSchema();
-platform::Value jobSchema();
+platform::Value jobSchema(const StudioLimits& limits);
 
 struct Planned {
     Job job;                           ///< without id, session and times
@@ -34,7 +35,7 @@ std::vector<std::string> judgeValues(const platform::Value& values, const Templa
 
 /// A job of a body that is as jobSchema() says. Throws Problem.
 Planned plan(const platform::Value& body, const TemplateFacts& facts, UploadStore& uploads,
-             const std::string& session);
+             const std::string& session, const StudioLimits& limits);
 
 /// Of a frame of what a body asks for, which is as jobSchema() says.
 int64_t pixelsOf(const platform::Value& body, const TemplateFacts& facts);

@@ -18,6 +18,9 @@ using platform::Value;
 namespace {
 
 constexpr int kNiceness = 10;  // pages and previews come first
+/// Beside much else a run gets to its own end slowly, and somebody waits. What it leaves, the next one
+/// removes.
+constexpr std::chrono::milliseconds kPatience{150};
 constexpr const char* kPictures = "pictures";
 
 /// Where a run is, by what it says.
@@ -121,6 +124,7 @@ void JobRunner::start(const Job& job, std::vector<std::string> words, fs::path f
     ChildProgram::Spec spec = programRun(settings_, std::move(words));
     spec.folder = run.folder;
     spec.niceness = kNiceness;
+    if (run.isDrawn) spec.patience = kPatience;
     run.child = std::make_unique<ChildProgram>(
         queue_, std::move(spec), [this, id = job.id](const Value& line) { hear(id, line); },
         [this, id = job.id](const ChildProgram::End& ended) { end(id, ended); });
@@ -144,6 +148,7 @@ void JobRunner::end(const std::string& id, const ChildProgram::End& ended) {
     RunEnd end;
     end.folder = run.folder;
     end.summary = run.summary;
+    end.cause = causeOf(ended);
     if (ended.exitCode == 0 && ended.fault.empty())
         end.kind = RunEnd::Kind::Done;
     else if (run.isCancelled)

@@ -24,6 +24,7 @@ struct RunEnd {
         Interrupted,  ///< by a signal, or a fault that may pass
     };
     Kind kind = Kind::Failed;
+    std::string cause;             ///< causeOf() its program's end
     platform::Value problem;       ///< of one that was not done
     platform::Value summary;       ///< of one that was: its last words
     std::filesystem::path folder;  ///< with what it has made; removed when this call returns

@@ -6,11 +6,11 @@
 
 #include "platform/base/File.h"
 #include "platform/base/Json.h"
-#include "platform/crypto/Secret.h"
 #include "studio/api/Paging.h"
 #include "studio/api/Problem.h"
 #include "studio/api/Schema.h"
 #include "studio/jobs/JobRequest.h"
+#include "studio/jobs/Once.h"
 #include "studio/store/Names.h"
 
 namespace multiscene::studio {
@@ -20,11 +20,10 @@ using platform::http::Answer;
 
 namespace {
 
-constexpr size_t kMostKey = 255;
 constexpr uint64_t kMostPicture = 1 << 20;
 
-Value copySchema() {
-    return schema::object({{"values?", request::valuesSchema()},
+Value copySchema(const StudioLimits& limits) {
+    return schema::object({{"values?", request::valuesSchema(limits)},
                            {"music?", schema::orNull(request::musicSchema())},
                            {"size?", schema::orNull(request::sizeSchema())},
                            {"draft?", schema::boolean()},
@@ -83,7 +82,7 @@ std::vector<Route> JobsApi::routes() {
         {.method = "POST",
          .pattern = "/api/v1/jobs",
          .access = Access::Make,
-         .body = Body::json(request::jobSchema()),
+         .body = Body::json(request::jobSchema(shop_->parts.settings.limits)),
          .summary = "Asks for a video; an Idempotency-Key makes it be made once",
          .results = {accepted},
          .handle = bound(&JobsApi::create)},
@@ -123,7 +122,7 @@ std::vector<Route> JobsApi::routes() {
         {.method = "POST",
          .pattern = "/api/v1/jobs/{id}/copies",
          .access = Access::Make,
-         .body = Body::json(copySchema()),
+         .body = Body::json(copySchema(shop_->parts.settings.limits)),
          .summary = "Asks for the same again, with changes",
          .results = {accepted},
          .handle = bound(&JobsApi::copy)},
@@ -163,7 +162,8 @@ TemplateFacts JobsApi::facts(int64_t id, const ApiRequest& request) const {
 
 Value JobsApi::submitted(const Value& body, const ApiRequest& request) {
     const TemplateFacts template_ = facts(body.integer("template"), request);
-    auto planned = request::plan(body, template_, shop_->uploads, request.session.id);
+    auto planned =
+        request::plan(body, template_, shop_->uploads, request.session.id, shop_->parts.settings.limits);
     planned.job.session = request.session.id;
     planned.job.cost = shop_->queue.estimate(template_.id, template_.frames, planned.pixels);
     return shop_->queue.show(shop_->queue.submit(planned.job, planned.uploads));
@@ -174,20 +174,7 @@ Answer JobsApi::accepted(const Value& job) const {
 }
 
 void JobsApi::once(ApiRequest& request, Responder& responder, const std::function<Value()>& submit) {
-    const std::string key = request.head.header("Idempotency-Key");
-    if (key.empty()) return responder.answer(accepted(submit()));
-    if (key.size() > kMostKey) throw Problem(400, "key-too-long", "an Idempotency-Key has at most 255 bytes");
-    const std::string digest =
-        platform::textDigest(request.head.target + "\n" + platform::jsonText(request.body));
-    Value answer;
-    shop_->parts.database.transaction([&] {
-        const auto known = shop_->jobs.remembered(request.session.id, key);
-        if (known && known->digest != digest)
-            throw Problem(422, "key-used", "this Idempotency-Key was used for another request");
-        answer = known ? known->answer : submit();
-        if (!known) shop_->jobs.remember(request.session.id, key, {digest, answer}, nowMs());
-    });
-    responder.answer(accepted(answer));
+    responder.answer(accepted(studio::once(*shop_, request, submit)));
 }
 
 void JobsApi::create(ApiRequest& request, Responder& responder) {

@@ -5,6 +5,7 @@
 #include "studio/jobs/JobQueue.h"
 #include "studio/jobs/JobStore.h"
 #include "studio/jobs/TemplateFacts.h"
+#include "studio/metrics/Counters.h"
 #include "studio/uploads/UploadStore.h"
 #include "studio/videos/VideoStore.h"
 
@@ -20,11 +21,12 @@ struct Workshop {
           jobs(all.database),
           uploads(all.database, all.folders.uploads),
           videos(all.database, all.folders.videos),
-          queue(all, {jobs, uploads, videos}, events, findTemplate) {}
+          queue(all, {jobs, uploads, videos}, events, counters, findTemplate) {}
 
     const Parts parts;
     FindTemplate findTemplate;
     EventHub events;
+    Counters counters;
     JobStore jobs;
     UploadStore uploads;
     VideoStore videos;

@@ -88,6 +88,24 @@ void Metrics::addJobs(MetricsText& text) {
     text.sample(static_cast<double>(shop_->queue.running(false)), {{"work", "catalogue"}});
 }
 
+void Metrics::addWork(MetricsText& text) {
+    const Counters& counters = shop_->counters;
+    text.family("multiscene_job_stage_seconds_total", "counter", "Time that jobs have spent in each stage");
+    for (const auto& [stage, seconds] : counters.stageSeconds) text.sample(seconds, {{"stage", stage}});
+    text.family("multiscene_worker_exits_total", "counter", "How programs that drew have ended");
+    for (const auto& [which, count] : counters.workerExits)
+        text.sample(static_cast<double>(count), {{"work", which.first}, {"cause", which.second}});
+    text.family("multiscene_previews", "gauge", "Open previews");
+    text.sample(static_cast<double>(counters.previews()));
+    text.family("multiscene_preview_workers", "gauge", "Programs that hold one");
+    text.sample(static_cast<double>(counters.previewWorkers()));
+    text.family("multiscene_preview_still_seconds", "histogram",
+                "From a still being asked for to its picture");
+    text.samples(counters.stills);
+    text.family("multiscene_uploads_bytes_total", "counter", "What was uploaded, whatever became of it");
+    text.sample(static_cast<double>(counters.uploadedBytes));
+}
+
 void Metrics::addStorage(MetricsText& text) {
     text.family("multiscene_storage_bytes", "gauge", "What is kept");
     text.sample(static_cast<double>(shop_->uploads.bytesOfAll()), {{"kind", "uploads"}});
@@ -113,6 +131,7 @@ void Metrics::addHttp(MetricsText& text) {
 std::string Metrics::text() {
     MetricsText text;
     addJobs(text);
+    addWork(text);
     addStorage(text);
     addHttp(text);
     addProcess(text);

@@ -37,6 +37,7 @@ class Metrics : public platform::http::Handler {
     void count(const Job& job, const platform::Value& summary);
     std::string text();
     void addJobs(MetricsText& text);
+    void addWork(MetricsText& text);
     void addStorage(MetricsText& text);
     void addHttp(MetricsText& text);
 

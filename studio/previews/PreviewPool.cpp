@@ -14,15 +14,19 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr std::chrono::minutes kIdle{10};
 constexpr std::chrono::seconds kLook{30};
 constexpr std::chrono::milliseconds kStartNext{1500};  // not while the one that was taken opens
-constexpr size_t kMostSessions = 100, kMostMoments = 1000;
+constexpr size_t kMostMoments = 1000;
 
 }  // namespace
 
-PreviewPool::PreviewPool(const Parts& parts, UploadStore& uploads)
-    : parts_(parts), uploads_(uploads), mostPrograms_(std::max(1U, std::thread::hardware_concurrency()) + 1) {
+PreviewPool::PreviewPool(const Parts& parts, UploadStore& uploads, Counters& counters)
+    : parts_(parts),
+      uploads_(uploads),
+      counters_(counters),
+      mostPrograms_(std::max(1U, std::thread::hardware_concurrency()) + 1) {
+    counters_.previews = [this] { return sessions_.size(); };
+    counters_.previewWorkers = [this] { return programs(); };
     // What an earlier run has left.
     std::error_code failure;
     for (const auto& entry : fs::directory_iterator(parts.folders.cache, failure))
@@ -30,10 +34,13 @@ PreviewPool::PreviewPool(const Parts& parts, UploadStore& uploads)
     watch();
 }
 
-PreviewPool::~PreviewPool() { *isAlive_ = false; }
+PreviewPool::~PreviewPool() {
+    *isAlive_ = false;
+    counters_.previews = counters_.previewWorkers = [] { return 0; };
+}
 
 void PreviewPool::watch() {
-    parts_.timers.after(kLook, [this, alive = isAlive_] {
+    parts_.timers.after(std::min(kLook, idle()), [this, alive = isAlive_] {
         if (!*alive) return;
         removeIdle();
         watch();
@@ -47,12 +54,13 @@ std::string PreviewPool::versionOf(const TemplateFacts& facts) {
 }
 
 PreviewSession& PreviewPool::add(const std::string& session, const TemplateFacts& facts, int64_t width) {
-    if (sessions_.size() >= kMostSessions) remove(leastUsed([](const auto&) { return true; }));
+    if (sessions_.size() >= parts_.settings.limits.previews)
+        remove(leastUsed([](const auto&) { return true; }));
     makeRoomForProgram(nullptr);
     const std::string version = versionOf(facts), id = newName("prv");
     PreviewSession::Opening opening{id, session, facts, width, parts_.folders.cache / id, std::nullopt};
     if (const auto known = moments_.find(version); known != moments_.end()) opening.moments = known->second;
-    auto made = std::make_unique<PreviewSession>(parts_, std::move(opening), uploads_);
+    auto made = std::make_unique<PreviewSession>(parts_, std::move(opening), uploads_, counters_);
     made->setMakeProgram([this] { return takeProgram(); });
     made->setOnMoments([this, version](const PreviewSession::Moments& moments) {
         if (moments_.size() >= kMostMoments) moments_.clear();
@@ -88,14 +96,19 @@ std::unique_ptr<HeldProgram> PreviewPool::takeProgram() {
     std::unique_ptr<HeldProgram> taken = std::move(ahead_);
     if (!taken || taken->hasEnded()) taken = std::make_unique<HeldProgram>(parts_);
     parts_.timers.after(kStartNext, [this, alive = isAlive_] {
-        if (!*alive || ahead_ || sessions_.empty()) return;
-        try {
-            ahead_ = std::make_unique<HeldProgram>(parts_);
-        } catch (const std::exception&) {
-            // Whoever needs one starts it.
-        }
+        if (*alive && !sessions_.empty()) startAhead();
     });
     return taken;
+}
+
+void PreviewPool::startAhead() {
+    if (isStopped_ || (ahead_ && !ahead_->hasEnded())) return;
+    aheadSince_ = PreviewSession::Clock::now();
+    try {
+        ahead_ = std::make_unique<HeldProgram>(parts_);
+    } catch (const std::exception&) {
+        // Whoever needs one starts it.
+    }
 }
 
 void PreviewPool::letGo(std::unique_ptr<HeldProgram> program) {
@@ -106,6 +119,7 @@ void PreviewPool::letGo(std::unique_ptr<HeldProgram> program) {
 }
 
 void PreviewPool::stop() {
+    isStopped_ = true;
     while (!sessions_.empty()) remove(sessions_.begin());
     ahead_.reset();
     leaving_.clear();
@@ -138,7 +152,8 @@ void PreviewPool::makeRoomForProgram(const PreviewSession* except) {
 }
 
 void PreviewPool::removeIdle() {
-    const auto before = PreviewSession::Clock::now() - kIdle;
+    const auto before = PreviewSession::Clock::now() - idle();
+    if (sessions_.empty() && aheadSince_ < before) letGo(std::move(ahead_));
     for (auto each = sessions_.begin(); each != sessions_.end();) {
         const auto next = std::next(each);
         if (each->second->usedAt() < before) remove(each);

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "studio/metrics/Counters.h"
 #include "studio/previews/PreviewSession.h"
 
 namespace multiscene::studio {
@@ -12,7 +13,7 @@ namespace multiscene::studio {
 /// queue.
 class PreviewPool {
   public:
-    PreviewPool(const Parts& parts, UploadStore& uploads);
+    PreviewPool(const Parts& parts, UploadStore& uploads, Counters& counters);
     ~PreviewPool();
     PreviewPool(const PreviewPool&) = delete;
     PreviewPool& operator=(const PreviewPool&) = delete;
@@ -24,6 +25,8 @@ class PreviewPool {
     /// The same, which is only looked at.
     const PreviewSession* find(const std::string& id, const std::string& session) const;
     void remove(const std::string& id);
+    /// Somebody may open one soon.
+    void startAhead();
     /// Ends all, and waits for that.
     void stop();
     size_t programs() const;
@@ -35,6 +38,7 @@ class PreviewPool {
     static std::string versionOf(const TemplateFacts& facts);
     void makeRoomForProgram(const PreviewSession* except);
     Sessions::iterator leastUsed(const std::function<bool(const PreviewSession&)>& counts);
+    std::chrono::seconds idle() const { return std::chrono::seconds(parts_.settings.limits.previewSeconds); }
     void removeIdle();
     void remove(Sessions::iterator session);
     /// One that was started ahead, and starts the next.
@@ -44,9 +48,12 @@ class PreviewPool {
 
     const Parts parts_;
     UploadStore& uploads_;
+    Counters& counters_;
     const size_t mostPrograms_;
     Sessions sessions_;
-    std::unique_ptr<HeldProgram> ahead_;  ///< while there are previews
+    std::unique_ptr<HeldProgram> ahead_;
+    PreviewSession::Clock::time_point aheadSince_;
+    bool isStopped_ = false;
     std::map<const HeldProgram*, std::unique_ptr<HeldProgram>> leaving_;
     std::map<std::string, PreviewSession::Moments> moments_;  ///< by versions of templates
     std::shared_ptr<bool> isAlive_ = std::make_shared<bool>(true);

@@ -11,6 +11,7 @@
 #include "platform/base/PrivateFolder.h"
 #include "studio/api/Problem.h"
 #include "studio/jobs/JobRequest.h"
+#include "studio/process/ChildProblem.h"
 #include "studio/store/Sweep.h"
 
 namespace multiscene::studio {
@@ -53,8 +54,8 @@ Answer picture(const std::string& bytes) { return Answer::text(200, bytes, "imag
 
 }  // namespace
 
-PreviewSession::PreviewSession(const Parts& parts, Opening opening, UploadStore& uploads)
-    : parts_(parts), opening_(std::move(opening)), uploads_(uploads) {
+PreviewSession::PreviewSession(const Parts& parts, Opening opening, UploadStore& uploads, Counters& counters)
+    : parts_(parts), opening_(std::move(opening)), uploads_(uploads), counters_(counters) {
     platform::makePrivateFolder(opening_.folder);
 }
 
@@ -232,6 +233,9 @@ void PreviewSession::endStrip(bool isWhole) {
 void PreviewSession::answerStill(int64_t id, Answer answer) {
     const auto found = stills_.find(id);
     if (found == stills_.end()) return;
+    constexpr int isPicture = 200;
+    if (answer.status() == isPicture)
+        counters_.stills.add(std::chrono::duration<double>(Clock::now() - found->second.asked).count());
     found->second.responder.answer(std::move(answer));
     stills_.erase(found);
     lost_ = 0;
@@ -245,6 +249,7 @@ void PreviewSession::answerOpens() {
 /// It never ends by itself but for a fault. The next one may be gone as well: the one that waits ahead dies
 /// of the same want of memory.
 void PreviewSession::end(const ChildProgram::End& ended) {
+    ++counters_.workerExits[{"preview", causeOf(ended)}];
     program_.reset();
     opened_ = {};
     const bool isTheirs = ended.exitCode == static_cast<int>(ErrorKind::Template) ||

@@ -15,6 +15,7 @@
 #include "platform/http/Responder.h"
 #include "studio/api/Problem.h"
 #include "studio/jobs/TemplateFacts.h"
+#include "studio/metrics/Counters.h"
 #include "studio/previews/HeldProgram.h"
 #include "studio/uploads/UploadStore.h"
 
@@ -35,7 +36,7 @@ class PreviewSession {
         std::optional<Moments> moments;  ///< none: to be found
     };
 
-    PreviewSession(const Parts& parts, Opening opening, UploadStore& uploads);
+    PreviewSession(const Parts& parts, Opening opening, UploadStore& uploads, Counters& counters);
     ~PreviewSession();
     PreviewSession(const PreviewSession&) = delete;
     PreviewSession& operator=(const PreviewSession&) = delete;
@@ -70,6 +71,7 @@ class PreviewSession {
         platform::http::Responder responder;
         int64_t frame = 0;
         platform::Value media;
+        Clock::time_point asked = Clock::now();
     };
     struct Strip {
         int64_t id = 0, every = 1;
@@ -96,6 +98,7 @@ class PreviewSession {
     const Parts parts_;
     Opening opening_;
     UploadStore& uploads_;
+    Counters& counters_;
     std::unique_ptr<HeldProgram> program_;
     platform::Value opened_;  ///< what the program said
     platform::Value values_;  ///< the latest that were asked with

@@ -47,11 +47,12 @@ std::vector<Route> PreviewsApi::routes() {
             (this->*method)(request, responder);
         };
     };
+    const StudioLimits& limits = shop_->parts.settings.limits;
     const Value opening = schema::object({{"template", schema::integer()},
-                                          {"values?", request::valuesSchema()},
+                                          {"values?", request::valuesSchema(limits)},
                                           {"width?", schema::integer(kLeastWidth, kMostWidth)}});
-    const Value asking =
-        schema::object({{"values?", request::valuesSchema()}, {"frame", schema::integer(0, kMostFrame)}});
+    const Value asking = schema::object(
+        {{"values?", request::valuesSchema(limits)}, {"frame", schema::integer(0, kMostFrame)}});
     return {
         {.method = "POST",
          .pattern = "/api/v1/previews",

@@ -13,9 +13,11 @@ namespace multiscene::studio {
 class PreviewsApi : public Resource {
   public:
     explicit PreviewsApi(std::shared_ptr<Workshop> shop)
-        : shop_(std::move(shop)), pool_(shop_->parts, shop_->uploads) {}
+        : shop_(std::move(shop)), pool_(shop_->parts, shop_->uploads, shop_->counters) {}
 
     std::vector<Route> routes() override;
+    /// Somebody looks at a template, and may fill it in next.
+    void startAhead() { pool_.startAhead(); }
     void stop() override { pool_.stop(); }
 
   private:

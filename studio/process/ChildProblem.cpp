@@ -16,6 +16,26 @@ ErrorKind kindOfExit(int code) {
 
 }  // namespace
 
+const char* causeOf(const ChildProgram::End& end) {
+    if (end.signal != 0) return end.fault.empty() ? "signal" : "ended";
+    if (end.exitCode < 0) return "not-started";
+    if (end.exitCode == 0) return "done";
+    switch (kindOfExit(end.exitCode)) {
+        case ErrorKind::Usage:
+            return "usage";
+        case ErrorKind::Template:
+            return "template";
+        case ErrorKind::Input:
+            return "input";
+        case ErrorKind::Transient:
+            return "passing";
+        case ErrorKind::Cancelled:
+            return "cancelled";
+        default:
+            return "failed";
+    }
+}
+
 Error errorOf(const ChildProgram::End& end) {
     const ErrorKind kind = kindOfExit(end.exitCode);
     if (!end.fault.empty()) return Error(kind, "the work " + end.fault);

@@ -31,8 +31,9 @@ class ChildProgram {
         std::map<std::string, std::string> environment = {};
         std::filesystem::path folder = {};  ///< where it works; empty: where the studio does
         int niceness = 0;
-        platform::FileHandle connection = {};  ///< the program's descriptor 3
-        std::chrono::seconds most{0};          ///< one that takes longer is ended; 0: never
+        platform::FileHandle connection = {};      ///< the program's descriptor 3
+        std::chrono::seconds most{0};              ///< one that takes longer is ended; 0: never
+        std::chrono::milliseconds patience{2000};  ///< from being asked to end until it is killed
     };
     struct End {
         int exitCode = -1;  ///< -1: it ended by a signal, or never ran
@@ -51,7 +52,7 @@ class ChildProgram {
     ChildProgram(const ChildProgram&) = delete;
     ChildProgram& operator=(const ChildProgram&) = delete;
 
-    /// SIGTERM, after two seconds SIGKILL.
+    /// SIGTERM, and SIGKILL when it loses patience.
     void cancel();
 
   private:

@@ -24,8 +24,7 @@ namespace {
 
 constexpr size_t kMostLine = 256 << 10;
 constexpr uint64_t kMostOutput = 16 << 20;
-constexpr milliseconds kPatience{2000};  ///< between SIGTERM and SIGKILL
-constexpr milliseconds kGlance{50};      ///< where the kernel does not tell of the end
+constexpr milliseconds kGlance{50};  ///< where the kernel does not tell of the end
 
 }  // namespace
 
@@ -88,7 +87,7 @@ void ChildRun::hearCancel() {
     uint64_t count = 0;
     if (::read(wake_.descriptor(), &count, sizeof count) != sizeof count || killAt_) return;
     ::kill(process_, SIGTERM);
-    killAt_ = steady_clock::now() + kPatience;
+    killAt_ = steady_clock::now() + spec_.patience;
 }
 
 void ChildRun::endWith(const std::string& fault) {

@@ -18,6 +18,7 @@ CREATE TABLE IF NOT EXISTS upload(
   height INTEGER NOT NULL, milliseconds INTEGER NOT NULL, proxy INTEGER NOT NULL,
   created INTEGER NOT NULL, expires INTEGER NOT NULL) STRICT;
 CREATE INDEX IF NOT EXISTS upload_mine ON upload(session);
+CREATE TABLE IF NOT EXISTS used_link(upload TEXT PRIMARY KEY, expires INTEGER NOT NULL) STRICT, WITHOUT ROWID;
 )";
 
 constexpr const char* kUnused =
@@ -76,6 +77,18 @@ int64_t UploadStore::bytesOf(const std::string& session) {
     return row.bind(1, session).step() ? row.integer("bytes") : 0;
 }
 
+int64_t UploadStore::countOf(const std::string& session) {
+    Statement row = database_.prepare("SELECT count(*) AS count FROM upload WHERE session = ?");
+    return row.bind(1, session).step() ? row.integer("count") : 0;
+}
+
+bool UploadStore::useLink(const std::string& upload, int64_t expires) {
+    return database_.prepare("INSERT OR IGNORE INTO used_link VALUES(?, ?) RETURNING upload")
+        .bind(1, upload)
+        .bind(2, expires)
+        .step();
+}
+
 int64_t UploadStore::bytesOfAll() {
     Statement row = database_.prepare("SELECT coalesce(sum(bytes), 0) AS bytes FROM upload");
     return row.step() ? row.integer("bytes") : 0;
@@ -104,7 +117,10 @@ void UploadStore::removeOf(const std::string& job) {
     removeThose("id IN (SELECT upload FROM job_upload WHERE job = ?2)", 0, job);
 }
 
-void UploadStore::removeExpired(int64_t now) { removeThose("expires <= ?1", now, ""); }
+void UploadStore::removeExpired(int64_t now) {
+    removeThose("expires <= ?1", now, "");
+    database_.prepare("DELETE FROM used_link WHERE expires <= ?").bind(1, now).step();
+}
 
 void UploadStore::removeThose(const std::string& condition, int64_t number, const std::string& text) {
     std::vector<std::string> removed;

@@ -25,6 +25,9 @@ class UploadStore {
     /// A session's own.
     std::optional<Upload> find(const std::string& id, const std::string& session);
     int64_t bytesOf(const std::string& session);
+    int64_t countOf(const std::string& session);
+    /// False when the link to that upload was used before. It is remembered until it expires.
+    bool useLink(const std::string& upload, int64_t expires);
     int64_t bytesOfAll();
     /// Uploads of jobs that have not ended stay: false.
     bool remove(const std::string& id);

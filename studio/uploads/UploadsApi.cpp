@@ -7,6 +7,7 @@
 #include "platform/base/CurrentError.h"
 #include "platform/base/File.h"
 #include "platform/base/PrivateFolder.h"
+#include "studio/api/LinkAddress.h"
 #include "studio/api/Problem.h"
 #include "studio/api/Schema.h"
 #include "studio/store/Names.h"
@@ -22,6 +23,7 @@ namespace {
 
 constexpr int64_t kStaysMs = 24 * 3600 * 1000;  ///< of what nobody uses
 constexpr size_t kMostName = 200;
+constexpr int64_t kMinuteMs = 60'000, kUsualMinutes = 15, kMostMinutes = 24 * 60;
 constexpr uint64_t kLeastFree = uint64_t{512} << 20;  ///< bytes that stay free on the disk
 
 Value uploadSchema() {
@@ -36,9 +38,9 @@ Value uploadSchema() {
                            {"expires", schema::time()}});
 }
 
-uint64_t mostBytesOf(const std::string& kind, const StudioSettings& settings) {
-    if (kind == "photo") return settings.photoBytes;
-    return kind == "sound" ? settings.soundBytes : settings.videoBytes;
+uint64_t mostBytesOf(const std::string& kind, const StudioLimits& limits) {
+    if (kind == "photo") return limits.photoBytes;
+    return kind == "sound" ? limits.soundBytes : limits.videoBytes;
 }
 
 /// Any thread.
@@ -68,12 +70,14 @@ std::vector<Route> UploadsApi::routes() {
             (this->*method)(request, responder);
         };
     };
-    const StudioSettings& settings = shop_->parts.settings;
-    const uint64_t most = std::max({settings.photoBytes, settings.videoBytes, settings.soundBytes});
+    const StudioLimits& limits = shop_->parts.settings.limits;
+    const uint64_t most = std::max({limits.photoBytes, limits.videoBytes, limits.soundBytes});
     const auto target = [folder = shop_->parts.folders.uploads](const Session&) {
         requireDisk(folder);
         return folder / newName("new");
     };
+    Body linkedBody = Body::file(target, most);
+    linkedBody.mostOf = [this](const auto& path) { return grantOf(path.at("token")).mostBytes; };
     return {
         {.method = "POST",
          .pattern = "/api/v1/uploads",
@@ -83,6 +87,26 @@ std::vector<Route> UploadsApi::routes() {
          .query = {{"name", "What its owner calls it"}},
          .results = {{201, "application/json", uploadSchema()}},
          .handle = bound(&UploadsApi::create)},
+        {.method = "POST",
+         .pattern = "/api/v1/uploads/links",
+         .access = Access::Make,
+         .body = Body::json(schema::object({{"bytes?", schema::integer(1, static_cast<int64_t>(most))},
+                                            {"minutes?", schema::integer(1, kMostMinutes)}})),
+         .summary =
+             "An address that takes one file by PUT from who has no session; \"id\" is what it becomes",
+         .results = {{201, "application/json",
+                      schema::object({{"id", schema::text()},
+                                      {"url", schema::address()},
+                                      {"bytes", schema::integer()},
+                                      {"expires", schema::time()}})}},
+         .handle = bound(&UploadsApi::link)},
+        {.method = "PUT",
+         .pattern = "/u/{token}",
+         .access = Access::Public,
+         .body = std::move(linkedBody),
+         .summary = "Takes the one file of a link, whether it can be used or not",
+         .results = {{201, "application/json", uploadSchema()}},
+         .handle = bound(&UploadsApi::linked)},
         {.method = "GET",
          .pattern = "/api/v1/uploads/{id}",
          .summary = "What was uploaded",
@@ -109,23 +133,65 @@ Upload UploadsApi::own(const ApiRequest& request) {
     return *upload;
 }
 
-void UploadsApi::requireRoom(const ApiRequest& request) {
-    const int64_t used = shop_->uploads.bytesOf(request.session.id) + intake_.bytesOf(request.session.id);
-    const auto more = static_cast<int64_t>(request.bodyBytes);
-    if (used + more > shop_->parts.settings.uploadQuota)
-        throw Problem(413, "quota", "there is no room for more uploads; remove some first");
+void UploadsApi::requireRoom(const Upload& upload) {
+    const StudioLimits& limits = shop_->parts.settings.limits;
+    const std::string& session = upload.session;
+    const auto used = static_cast<uint64_t>(shop_->uploads.bytesOf(session) + intake_.bytesOf(session));
+    const size_t waiting = intake_.countOf(session);
+    const bool isFull = used + static_cast<uint64_t>(upload.bytes) > limits.storedBytes ||
+                        static_cast<uint64_t>(shop_->uploads.countOf(session)) + waiting >= limits.uploads;
+    if (isFull) throw Problem(413, "quota", "there is no room for more uploads; remove some first");
+    if (waiting < limits.uploadsWaiting) return;
+    Problem busy(429, "too-many-uploads", "too many uploads wait to be looked at");
+    busy.retryAfter = 5;
+    throw busy;
 }
 
 void UploadsApi::create(ApiRequest& request, Responder& responder) {
-    if (!request.file || request.bodyBytes == 0) throw Problem(400, "usage", "the body is empty");
-    requireRoom(request);
     Upload upload;
     upload.id = newName("upl");
     upload.session = request.session.id;
     upload.name = shortened(request.head.parameter("name").value_or(""));
+    take(std::move(upload), request, responder);
+}
+
+void UploadsApi::link(ApiRequest& request, Responder& responder) {
+    const StudioLimits& limits = shop_->parts.settings.limits;
+    const int64_t minutes = request.body.has("minutes") ? request.body.integer("minutes") : kUsualMinutes;
+    const UploadLinks::Grant grant{
+        request.session.id, newName("upl"), nowMs() + minutes * kMinuteMs,
+        request.body.has("bytes") ? static_cast<uint64_t>(request.body.integer("bytes")) : limits.photoBytes};
+    const std::string url = linkAddress(shop_->parts.settings, request.head, "/u/" + links_.token(grant));
+    responder.answer(json(201, Value::Dictionary{{"id", grant.upload},
+                                                 {"url", url},
+                                                 {"bytes", static_cast<int64_t>(grant.mostBytes)},
+                                                 {"expires", timeText(grant.expires)}}));
+}
+
+/// Any thread.
+UploadLinks::Grant UploadsApi::grantOf(const std::string& token) const {
+    const auto grant = links_.grantOf(token, nowMs());
+    if (!grant) throw Problem(404, "link-gone", "this link is not good any more");
+    return *grant;
+}
+
+void UploadsApi::linked(ApiRequest& request, Responder& responder) {
+    const UploadLinks::Grant grant = grantOf(request.path.at("token"));
+    if (!shop_->uploads.useLink(grant.upload, grant.expires))
+        throw Problem(409, "link-used", "this link has taken its file already");
+    Upload upload;
+    upload.id = grant.upload;
+    upload.session = grant.session;
+    take(std::move(upload), request, responder);
+}
+
+void UploadsApi::take(Upload upload, ApiRequest& request, Responder& responder) {
+    if (!request.file || request.bodyBytes == 0) throw Problem(400, "usage", "the body is empty");
     upload.bytes = static_cast<int64_t>(request.bodyBytes);
     upload.created = nowMs();
     upload.expires = upload.created + kStaysMs;
+    shop_->counters.uploadedBytes += request.bodyBytes;
+    requireRoom(upload);
     intake_.take(upload, shop_->uploads.folderOf(upload.id), std::move(request.file),
                  [this, waiting = std::make_shared<Responder>(std::move(responder))](
                      const std::optional<Upload>& taken, int exitCode) {
@@ -139,7 +205,7 @@ Answer UploadsApi::answerTo(const std::optional<Upload>& upload, int exitCode) {
         if (!upload && exitCode == passing)
             throw platform::Error(platform::ErrorKind::Transient, "the file could not be looked at");
         if (!upload) throw Problem(415, "not-media", "this is no photo, video or sound that can be used");
-        if (static_cast<uint64_t>(upload->bytes) > mostBytesOf(upload->kind, shop_->parts.settings)) {
+        if (static_cast<uint64_t>(upload->bytes) > mostBytesOf(upload->kind, shop_->parts.settings.limits)) {
             removeQuietly(shop_->uploads.folderOf(upload->id));
             throw Problem(413, "too-large", "this " + upload->kind + " is too large");
         }

@@ -4,10 +4,11 @@
 
 #include "platform/base/File.h"
 #include "platform/qr/QrCode.h"
-#include "studio/access/NetworkAddress.h"
+#include "studio/api/LinkAddress.h"
 #include "studio/api/Paging.h"
 #include "studio/api/Problem.h"
 #include "studio/api/Schema.h"
+#include "studio/jobs/Once.h"
 #include "studio/store/Names.h"
 
 namespace multiscene::studio {
@@ -70,10 +71,6 @@ Answer videoAnswer(const VideoStore& videos, const Video& video, bool isDownload
         .with("ETag", "\"" + video.id + "\"")
         .with("Cache-Control", "private, no-cache")
         .with("Content-Disposition", (isDownload ? "attachment; " : "inline; ") + fileNamesOf(video));
-}
-
-bool isLoopback(const std::string& host) {
-    return host.starts_with("127.") || host.starts_with("localhost") || host.starts_with("[::1]");
 }
 
 }  // namespace
@@ -171,17 +168,8 @@ void VideosApi::poster(ApiRequest& request, Responder& responder) {
                          .with("Cache-Control", "private, max-age=86400"));
 }
 
-/// Where a phone finds it: not at this machine's address for itself.
 std::string VideosApi::addressOf(const ApiRequest& request, const std::string& token) const {
-    const StudioSettings& settings = shop_->parts.settings;
-    const std::string path = "/s/" + token, scheme = request.head.isSecure ? "https://" : "http://";
-    if (!settings.publicUrl.empty()) return settings.publicUrl + path;
-    std::string host = request.head.host;
-    const auto addresses =
-        settings.isListening && isLoopback(host) ? networkAddresses() : std::vector<std::string>();
-    const size_t colon = host.rfind(':');
-    if (!addresses.empty() && colon != std::string::npos) host = addresses.front() + host.substr(colon);
-    return scheme + host + path;
+    return linkAddress(shop_->parts.settings, request.head, "/s/" + token);
 }
 
 void VideosApi::qr(ApiRequest& request, Responder& responder) {
@@ -207,10 +195,12 @@ void VideosApi::remove(ApiRequest& request, Responder& responder) {
 }
 
 void VideosApi::link(ApiRequest& request, Responder& responder) {
-    const int64_t expires = nowMs() + request.body.integer("hours") * kHour;
-    const std::string token = links_.token(own(request).id, expires);
-    responder.answer(
-        json(201, Value::Dictionary{{"url", addressOf(request, token)}, {"expires", timeText(expires)}}));
+    responder.answer(json(201, once(*shop_, request, [&] {
+                              const int64_t expires = nowMs() + request.body.integer("hours") * kHour;
+                              const std::string token = links_.token(own(request).id, expires);
+                              return Value(Value::Dictionary{{"url", addressOf(request, token)},
+                                                             {"expires", timeText(expires)}});
+                          })));
 }
 
 void VideosApi::linked(ApiRequest& request, Responder& responder) {

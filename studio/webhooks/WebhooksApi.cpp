@@ -18,7 +18,6 @@ using platform::Value;
 
 namespace {
 
-constexpr size_t kMost = 20;
 constexpr int64_t kShown = 100;
 constexpr int64_t kStays = int64_t{30} * 24 * 3600 * 1000;
 constexpr size_t kSecretLetters = 48;
@@ -135,7 +134,7 @@ void WebhooksApi::create(ApiRequest& request, Responder& responder) {
     webhook.url = request.body.string("url");
     if (!platform::isHttpUrl(webhook.url))
         throw Problem(422, "no-address", "\"url\" is no http or https address");
-    if (store_.list(request.session.id).size() >= kMost)
+    if (store_.list(request.session.id).size() >= shop_->parts.settings.limits.webhooks)
         throw Problem(429, "too-many", "there are too many webhooks");
     webhook.id = newName("whk");
     webhook.session = request.session.id;

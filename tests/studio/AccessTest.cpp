@@ -153,6 +153,7 @@ TEST_F(AccessTest, pairsDevicesOfTheNetwork) {
     EXPECT_EQ(sendJson("POST", "/api/v1/sessions", R"({"code":"000000"})").status, 401);
     studio.reset();
     settings.isListening = true;
+    settings.limits.devices = 1;
     std::vector<std::string> codes;
     settings.pairing = [&](const std::string& code, const std::string& url) {
         codes.push_back(code);
@@ -168,6 +169,8 @@ TEST_F(AccessTest, pairsDevicesOfTheNetwork) {
     EXPECT_THAT(codes, testing::SizeIs(2)) << "a code that was used is another one";
     EXPECT_EQ(sendJson("POST", "/api/v1/sessions", "{\"code\":\"" + shown.string("code") + "\"}").status,
               401);
+    EXPECT_EQ(sendJson("POST", "/api/v1/sessions", "{\"code\":\"" + codes[1] + "\"}").status, 429)
+        << "there are as many as may be";
     const platform::Value seen = get("/api/v1/settings", phone).json();
     EXPECT_FALSE(seen.boolean("isLocal"));
     EXPECT_TRUE(seen["pairing"].isNone()) << "whom the code let in shall not let in others";

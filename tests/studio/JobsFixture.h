@@ -26,11 +26,11 @@ class JobsFixture : public StudioFixture {
         settings.photosStay = std::chrono::seconds(0);
     }
 
-    /// The program, but that some of its words are done by a script.
+    /// The program as it was, but that one of its words is done by a script.
     void replaceProgram(const std::string& word, const std::string& script) {
-        const auto file = home / "program.sh";
+        const auto file = home / (word + ".sh");
         std::ofstream(file) << "#!/bin/sh\ncase \" $* \" in *\" " << word << " \"*) " << script
-                            << " ;; esac\nexec " << programUnderTest().string() << " \"$@\"\n";
+                            << " ;; esac\nexec " << settings.program.string() << " \"$@\"\n";
         ::chmod(file.c_str(), 0755);
         settings.program = file;
     }

@@ -127,7 +127,7 @@ TEST_F(JobsTest, WhatIsAskedForWronglyIsSaidWithItsPlace) {
 }
 
 TEST_F(JobsTest, OneThatIsCancelledIsGoneAtOnce) {
-    settings.queueOfSession = 2;
+    settings.limits.jobsOfSession = 2;
     begin();
     const std::string running = submit(kLong).string("id");
     waitFor(running, "running");
@@ -190,14 +190,15 @@ TEST_F(JobsTest, OneSessionDoesNotKeepAnotherWaiting) {
     EXPECT_GT(waitFor(ids[3]).string("started"), began);
 }
 
-TEST_F(JobsTest, OneThatIsInterruptedIsTriedThriceAndNoMore) {
+TEST_F(JobsTest, OneThatIsInterruptedIsTriedAgainSoOftenAndNoMore) {
+    settings.limits.jobAttempts = 2;
     replaceProgram("make", "echo x >> " + (home / "runs").string() + "; kill -KILL $$");
     begin();
     const Value failed = waitFor(submit(kSmall).string("id"));
     EXPECT_EQ(failed.string("state"), "failed");
     EXPECT_EQ(failed["problem"].string("code"), "interrupted");
-    EXPECT_EQ(failed.integer("attempt"), 3);
-    EXPECT_EQ(test::contentOf(home / "runs"), "x\nx\nx\n");
+    EXPECT_EQ(failed.integer("attempt"), 2);
+    EXPECT_EQ(test::contentOf(home / "runs"), "x\nx\n");
     const Value japanese = get("/api/v1/jobs/" + failed.string("id") + "?lang=ja", me).json();
     EXPECT_THAT(japanese["problem"].string("title") + japanese["problem"].string("detail"),
                 HasSubstr("中断"));
@@ -292,7 +293,7 @@ TEST_F(JobsTest, UploadsThatAreNotOrTooManyLeaveNothing) {
         if grep -q film "$file"; then echo '{"event":"intake","kind":"video","seconds":2.5,"width":2,"height":2}'; exit 0; fi
         if grep -q bomb "$file"; then kill -SEGV $$; fi
         echo '{"event":"error","code":4,"message":"no"}'; exit 4)");
-    settings.uploadQuota = 1000;
+    settings.limits.storedBytes = 1000;
     begin();
     EXPECT_EQ(uploadBytes("text").code(), "not-media");
     EXPECT_EQ(uploadBytes("bomb").code(), "not-media");
@@ -308,6 +309,57 @@ TEST_F(JobsTest, UploadsThatAreNotOrTooManyLeaveNothing) {
     EXPECT_EQ(sendJson("POST", "/api/v1/jobs", values, me).status, 422);
     EXPECT_EQ(ask("DELETE", "/api/v1/uploads/" + film.string("id"), me).status, 204);
     EXPECT_THAT(namesIn(studioFolder() / "uploads"), IsEmpty());
+}
+
+TEST_F(JobsTest, ALinkTakesOneFileOfWhoeverHasIt) {
+    begin();
+    const auto file = home / "picture.png";
+    test::writePicture(file, 0x3060c0, 60, 40);
+    const std::string picture = test::contentOf(file);
+    const auto link = [&](const std::string& wishes) {
+        return sendJson("POST", "/api/v1/uploads/links", wishes, me).json();
+    };
+    const auto put = [&](const std::string& address, const std::string& bytes) {
+        return send("PUT " + address.substr(address.find("/u/")) + " HTTP/1.1\r\n" + hostLine() +
+                    "Content-Length: " + std::to_string(bytes.size()) + "\r\n\r\n" + bytes);
+    };
+    const Value given = link("{}");
+    const std::string address = given.string("url");
+    EXPECT_THAT(address, testing::StartsWith("http://" + host() + "/u/"));
+    std::string changed = address;
+    changed[changed.rfind('.') - 1] ^= 1;  // more bytes than were allowed
+    EXPECT_EQ(put(changed, picture).code(), "link-gone");
+    const Reply taken = put(address, picture);
+    EXPECT_EQ(taken.status, 201) << taken.body;
+    EXPECT_EQ(taken.json().string("id"), given.string("id"));
+    EXPECT_EQ(get("/api/v1/uploads/" + given.string("id"), me).json().string("kind"), "photo");
+    EXPECT_EQ(put(address, picture).code(), "link-used");
+    const Value small = link("{\"bytes\":10}");
+    EXPECT_EQ(put(small.string("url"), picture).status, 413);
+
+    // The middle of what is shown lies in the photo.
+    const auto cropped = [&](const std::string& x) {
+        return sendJson("POST", "/api/v1/jobs",
+                        R"({"template":1000,"draft":true,"values":{"photo":{"upload":")" +
+                            given.string("id") + R"(","crop":{"x":)" + x +
+                            R"(,"y":0,"width":1,"height":1}}}})",
+                        me);
+    };
+    EXPECT_EQ(cropped("-0.6").json().array("errors")[0].string("pointer"), "/values/photo/crop");
+    const Reply job = cropped("0");
+    EXPECT_EQ(job.status, 202) << job.body;
+    const Value done = waitFor(job.json().string("id"));
+    EXPECT_EQ(done.string("state"), "done") << platform::jsonText(done);
+    const auto linkTo = [&](const char* key) {
+        return sendJson("POST", "/api/v1/videos/" + done.string("video") + "/links", "{\"hours\":1}", me,
+                        std::string("Idempotency-Key: ") + key + "\r\n")
+            .json()
+            .string("url");
+    };
+    const std::string once = linkTo("a");
+    std::this_thread::sleep_for(std::chrono::milliseconds(1100));  // links hold seconds
+    EXPECT_EQ(linkTo("a"), once);
+    EXPECT_NE(linkTo("b"), once);
 }
 
 TEST_F(JobsTest, APageThatWasAwayHearsWhatItHasMissed) {

@@ -126,6 +126,19 @@ TEST_F(PreviewsTest, ShowTheFramesOfTheVideoWithWhatIsFilledIn) {
     EXPECT_EQ(sendJson("POST", "/api/v1/previews", R"({"template":4711})", me).status, 404);
 }
 
+TEST_F(PreviewsTest, OneThatNobodyUsesGoes) {
+    settings.limits.previews = 2;
+    settings.limits.previewSeconds = 2;
+    begin();
+    std::vector<std::string> addresses;
+    for (int count = 0; count < 3; ++count) addresses.push_back(addressOf(open()));
+    EXPECT_EQ(get(addresses[0], me).status, 404) << "three are too many";
+    EXPECT_EQ(get(addresses[2], me).status, 200);
+    while (get(addresses[2], me).status == 200) std::this_thread::sleep_for(std::chrono::milliseconds(100));
+    EXPECT_EQ(get(addresses[2], me).code(), "preview-gone");
+    EXPECT_THAT(namesIn(studioFolder() / "cache"), IsEmpty());
+}
+
 TEST_F(PreviewsTest, TheNewestStillWinsAndAStripFillsTheRest) {
     begin();
     const std::string address = addressOf(open());

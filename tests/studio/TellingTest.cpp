@@ -179,6 +179,11 @@ TEST_F(TellingTest, NumbersAndLogNameNobody) {
     begin();
     const std::string id = submit(kSmall).string("id");
     EXPECT_EQ(waitFor(id).string("state"), "done");
+    const Value preview = sendJson("POST", "/api/v1/previews", R"({"template":1000,"width":64})", me).json();
+    EXPECT_EQ(
+        sendJson("POST", "/api/v1/previews/" + preview.string("id") + "/still", R"({"frame":1})", me).status,
+        200);
+    EXPECT_EQ(uploadBytes("no photo").status, 415);
     platform::test::HttpClient client(studio->metricsPort());
     client.send("GET /metrics HTTP/1.1\r\nHost: 127.0.0.1:" + std::to_string(studio->metricsPort()) +
                 "\r\n\r\n");
@@ -188,7 +193,10 @@ TEST_F(TellingTest, NumbersAndLogNameNobody) {
           "multiscene_jobs_finished_total{result=\"done\",reason=\"\"} 1\n",
           "multiscene_frames_rendered_total 90\n", "multiscene_job_duration_seconds_count 1\n",
           "http_request_duration_seconds_bucket{route=\"/api/v1/jobs\",code=\"202\",le=\"+Inf\"} 1\n",
-          "process_resident_memory_bytes "})
+          "multiscene_job_stage_seconds_total{stage=\"publishing\"} ",
+          "multiscene_worker_exits_total{work=\"job\",cause=\"done\"} 1\n", "multiscene_previews 1\n",
+          "multiscene_preview_workers 1\n", "multiscene_preview_still_seconds_count 1\n",
+          "multiscene_uploads_bytes_total 8\n", "process_resident_memory_bytes "})
         EXPECT_THAT(numbers, HasSubstr(line));
     EXPECT_THAT(numbers, Not(HasSubstr(id)));
     const std::string log = test::contentOf(home / "access.log");
