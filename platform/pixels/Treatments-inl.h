@@ -22,11 +22,6 @@ HWY_INLINE Channels straight(PixelVector pixels, bool premultiplied) {
     return premultiplied ? dividedByAlpha(c) : c;
 }
 
-HWY_INLINE PixelVector asPainted(const Channels& c, bool premultiplied) {
-    const PixelVector pixels = packed(c);
-    return premultiplied ? multipliedByAlpha(pixels) : pixels;
-}
-
 HWY_INLINE bool isPremultiplied(const PreparedPaint& paint) {
     return paint.premultiplied && !paint.picture.surface.opaque;
 }
