@@ -64,15 +64,18 @@ std::string explanation(int code, const std::string& message) {
     }
 }
 
-bool mayWrite(const std::filesystem::path& path) {
-    return ::access(path.c_str(), W_OK) == 0 || errno == ENOENT || isPassing(errno);
+/// A disk that cannot be asked forbids nothing.
+bool isForbidden(const std::filesystem::path& path, int use) {
+    return ::access(path.c_str(), use) != 0 && !isPassing(errno);
 }
+
+bool mayWrite(const std::filesystem::path& path) { return !isForbidden(path, W_OK) || errno == ENOENT; }
 
 /// SQLite says of every file that it could not open that it could not open it. Where nothing forbids that,
 /// something passing did.
 bool isRefused(const std::string& file) {
     const std::filesystem::path folder = std::filesystem::path(file).parent_path();
-    return !mayWrite(file) || !mayWrite(folder) || ::access(folder.c_str(), F_OK) != 0;
+    return !mayWrite(file) || !mayWrite(folder) || isForbidden(folder, F_OK);
 }
 
 /// Asked by the library's own file: who closes one of another's gives up the locks of all of them.
