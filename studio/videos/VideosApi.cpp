@@ -2,7 +2,10 @@
 
 #include <fcntl.h>
 
+#include <algorithm>
+
 #include "platform/base/File.h"
+#include "platform/base/Utf8.h"
 #include "platform/qr/QrCode.h"
 #include "studio/api/LinkAddress.h"
 #include "studio/api/Paging.h"
@@ -44,10 +47,12 @@ Value videoSchema() {
 /// The title as a file's name, for browsers old and new: what is not plain is left out of the one, and
 /// escaped in the other.
 std::string fileNamesOf(const Video& video) {
-    constexpr size_t most = 120;
+    constexpr size_t most = 120;  // bytes
     constexpr const char* digits = "0123456789ABCDEF";
-    std::string plain, escaped;
-    for (const char letter : video.title.substr(0, most)) {
+    std::string plain, escaped, title = video.title.substr(0, most);
+    // The last letter may have been cut in two.
+    title.resize(std::min(title.size(), platform::firstInvalidUtf8(title)));
+    for (const char letter : title) {
         const auto byte = static_cast<unsigned char>(letter);
         const bool isPlain = byte < 0x80 && (std::isalnum(byte) || letter == '-' || letter == '_');
         const bool isOther = byte >= 0x80;

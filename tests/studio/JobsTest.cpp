@@ -84,6 +84,10 @@ TEST_F(JobsTest, FromAPhotoToAPlayedFile) {
     EXPECT_EQ(sendJson("POST", "/api/v1/jobs", "{\"template\":1000," + values + kSmall + "}", other).status,
               422);
 
+    const std::string longTitle = std::string(119, 'a') + "\u00e9";
+    sendJson("PATCH", address, "{\"title\":\"" + longTitle + "\"}", me);
+    EXPECT_THAT(get(address + "/file", me).head, HasSubstr("UTF-8''" + std::string(119, 'a') + ".mp4\r\n"))
+        << "no half letter";
     EXPECT_EQ(sendJson("PATCH", address, R"({"title":"New","kept":true})", me).json().string("title"), "New");
     EXPECT_EQ(ask("DELETE", address + "?photos=true", me).status, 204);
     EXPECT_EQ(get(address, me).status, 404);
