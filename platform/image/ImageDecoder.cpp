@@ -116,11 +116,12 @@ int shrinkOnLoad(const Header& header, ImageSize size) {
 
 /// The upright picture in sRGB with 8 bits a channel, 3 or 4 channels, stretched to `size`; not yet decoded.
 VImage loadAtSize(const PictureFile& picture, const Header& header, ImageSize size) {
+    const VImage opened = picture.open(shrinkOnLoad(header, size));
     auto* options = VImage::option()->set("height", size.height)->set("size", VIPS_SIZE_FORCE);
     // Asked for a profile, the library shifts the colours of a picture that brings none, which is sRGB
     // already.
     if (header.image.get_typeof(VIPS_META_ICC_NAME) != 0) options->set("export_profile", "srgb");
-    VImage image = picture.open(shrinkOnLoad(header, size)).thumbnail_image(size.width, options);
+    VImage image = opened.thumbnail_image(size.width, options);
     if (image.interpretation() != VIPS_INTERPRETATION_sRGB)
         image = image.colourspace(VIPS_INTERPRETATION_sRGB);
     return image.format() == VIPS_FORMAT_UCHAR ? image : image.cast(VIPS_FORMAT_UCHAR);

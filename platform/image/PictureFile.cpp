@@ -86,23 +86,22 @@ VOption* readingOnce() {
 }  // namespace
 
 VImage PictureFile::open(int shrink) const {
-    const auto source = [this](const std::vector<ByteRange>& parts) {
-        return sourceOf(std::make_unique<SplicedFile>(file_, parts, failure_));
-    };
-    const auto whole = [&] { return source({{0, file_.size()}}); };
+    const std::vector<ByteRange> parts =
+        format_ == PictureFormat::Png ? picturePartsOfPng(file_) : std::vector<ByteRange>{{0, file_.size()}};
+    const vips::VSource source = sourceOf(std::make_unique<SplicedFile>(file_, parts, failure_));
     switch (format_) {
         case PictureFormat::Jpeg:
-            return VImage::jpegload_source(whole(), readingOnce()->set("shrink", shrink));
+            return VImage::jpegload_source(source, readingOnce()->set("shrink", shrink));
         case PictureFormat::Png:
-            return VImage::pngload_source(source(picturePartsOfPng(file_)), readingOnce());
+            return VImage::pngload_source(source, readingOnce());
         case PictureFormat::WebP:
-            return VImage::webpload_source(whole(), readingOnce());
+            return VImage::webpload_source(source, readingOnce());
         case PictureFormat::Heif:
-            return VImage::heifload_source(whole(), readingOnce());
+            return VImage::heifload_source(source, readingOnce());
         case PictureFormat::Gif:
-            return VImage::gifload_source(whole(), readingOnce());
+            return VImage::gifload_source(source, readingOnce());
         case PictureFormat::Tiff:
-            return VImage::tiffload_source(whole(), readingOnce());
+            return VImage::tiffload_source(source, readingOnce());
         case PictureFormat::Unknown:
             break;
     }

@@ -213,7 +213,7 @@ constexpr int64_t sampleOf(int frame) { return int64_t{frame + 1} * rate / frame
 std::vector<float> soundIn(const std::string& bytes) {
     constexpr size_t leastSilence = 64;
     std::vector<float> stereo(bytes.size() / sizeof(float)), sound;
-    std::memcpy(stereo.data(), bytes.data(), stereo.size() * sizeof(float));
+    if (!stereo.empty()) std::memcpy(stereo.data(), bytes.data(), stereo.size() * sizeof(float));
     size_t silent = 0;
     for (size_t at = 0; at + 1 < stereo.size(); at += 2) {
         sound.push_back(stereo[at]);
