@@ -42,8 +42,10 @@ TEST_F(IntakeTest, KeepsOfAPhotoItsPixelsAndNothingElse) {
     std::string bytes = contentOf(folder.file("plain.jpg"));
     const std::string tiff("II*\0\x08\0\0\0\x01\0\x12\x01\x03\0\x01\0\0\0\x06\0\0\0\0\0\0\0SECRET-PLACE", 38);
     const size_t length = 2 + 6 + tiff.size();
-    bytes.insert(2, std::string("\xff\xe1", 2) + static_cast<char>(length >> 8) +
-                        static_cast<char>(length & 255) + std::string("Exif\0\0", 6) + tiff);
+    const char head[] = {
+        '\xff', '\xe1', static_cast<char>(length >> 8), static_cast<char>(length & 255), 'E', 'x', 'i', 'f',
+        0,      0};
+    bytes.insert(2, std::string(head, sizeof head) + tiff);
     platform::writeFileAtomically(folder.file("photo.mp4"), bytes);
     const Value line = taken("photo.mp4");
     EXPECT_EQ(line.string("event"), "intake");
