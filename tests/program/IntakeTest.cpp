@@ -45,7 +45,7 @@ TEST_F(IntakeTest, KeepsOfAPhotoItsPixelsAndNothingElse) {
     const char head[] = {
         '\xff', '\xe1', static_cast<char>(length >> 8), static_cast<char>(length & 255), 'E', 'x', 'i', 'f',
         0,      0};
-    bytes.insert(2, std::string(head, sizeof head) + tiff);
+    bytes.insert(2, tiff).insert(2, head, sizeof head);
     platform::writeFileAtomically(folder.file("photo.mp4"), bytes);
     const Value line = taken("photo.mp4");
     EXPECT_EQ(line.string("event"), "intake");
