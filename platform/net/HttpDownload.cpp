@@ -12,6 +12,7 @@
 #include <sstream>
 #include <utility>
 
+#include "platform/base/Activity.h"
 #include "platform/base/Clock.h"
 #include "platform/base/File.h"
 #include "platform/base/Limits.h"
@@ -31,15 +32,6 @@ struct FreeHandle {
 struct FreeList {
     void operator()(curl_slist* list) const { curl_slist_free_all(list); }
 };
-
-/// A URL for messages, without the password that it may hold.
-std::string withoutCredentials(const std::string& url) {
-    const size_t start = url.find("://");
-    if (start == std::string::npos) return url;
-    const size_t end = std::min(url.find_first_of("/?#", start + 3), url.size());
-    const size_t at = url.rfind('@', end);
-    return at == std::string::npos || at < start ? url : url.substr(0, start + 3) + url.substr(at + 1);
-}
 
 bool isWorthAnotherTry(int status) { return status >= 500 || status == 408 || status == 429; }
 
@@ -102,8 +94,10 @@ class Download {
     void configure(CURL* handle);
     std::unique_ptr<curl_slist, FreeList> resumeHeaders() const;
     bool judge(CURLcode code);
+    bool startAgain();
     bool refusedBy(const char* whom, int status);
     void startBody();
+    void startPart();
     void restart();
     void write(const char* bytes, size_t count);
     void pauseBefore(int nextAttempt) const;
@@ -132,11 +126,11 @@ class Download {
     fs::path file_;
     const HttpDownloadOptions& options_;
     FileHandle target_;
-    HttpResponse response_;
+    HttpResponse response_, begun_;  ///< of this connection; that the file was begun with
     HttpDownloadResult result_;
-    std::string validator_, lastFailure_;
+    std::string lastFailure_;
     uint64_t received_ = 0, total_ = 0;
-    bool bodyStarted_ = false, complete_ = false;
+    bool bodyStarted_ = false, isOfAnotherFile_ = false, complete_ = false;
     double startSeconds_ = monotonicSeconds();
     std::exception_ptr thrown_;
     char curlMessage_[CURL_ERROR_SIZE] = "";
@@ -160,6 +154,7 @@ void Download::pauseBefore(int nextAttempt) const {
         monotonicSeconds() + options_.retryDelaySeconds * (1 << std::min(nextAttempt - 1, 6));
     while (monotonicSeconds() < until) {
         if (isCancelled() || isTooLate()) failInterrupted();
+        activity::sign();
         sleepSeconds(std::min(0.1, until - monotonicSeconds()));
     }
 }
@@ -174,7 +169,7 @@ void Download::failInterrupted() const {
 std::unique_ptr<curl_slist, FreeList> Download::resumeHeaders() const {
     if (received_ == 0) return nullptr;
     const std::string range = "Range: bytes=" + std::to_string(received_) + "-";
-    const std::string condition = "If-Range: " + validator_;
+    const std::string condition = "If-Range: " + begun_.validator();
     curl_slist* list = curl_slist_append(nullptr, range.c_str());
     return std::unique_ptr<curl_slist, FreeList>(curl_slist_append(list, condition.c_str()));
 }
@@ -182,6 +177,7 @@ std::unique_ptr<curl_slist, FreeList> Download::resumeHeaders() const {
 void Download::configure(CURL* handle) {
     curl_easy_setopt(handle, CURLOPT_URL, url_.c_str());
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);  // no wait for a name that is still being looked up
     curl_easy_setopt(handle, CURLOPT_USERAGENT, "multiscene");
     curl_easy_setopt(handle, CURLOPT_ERRORBUFFER, curlMessage_);
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
@@ -205,14 +201,14 @@ void Download::configure(CURL* handle) {
 }
 
 bool Download::attempt() {
-    if (received_ > 0 && validator_.empty()) restart();
+    if (received_ > 0 && begun_.validator().empty()) restart();
     const std::unique_ptr<CURL, FreeHandle> handle(curl_easy_init());
     if (!handle) fail(ErrorKind::Transient, "the HTTP library does not start");
     configure(handle.get());
     const auto headers = resumeHeaders();
     if (headers) curl_easy_setopt(handle.get(), CURLOPT_HTTPHEADER, headers.get());
     response_ = HttpResponse();
-    bodyStarted_ = false;
+    bodyStarted_ = isOfAnotherFile_ = false;
     const CURLcode code = curl_easy_perform(handle.get());
     const char* finalUrl = nullptr;
     curl_easy_getinfo(handle.get(), CURLINFO_EFFECTIVE_URL, &finalUrl);
@@ -236,11 +232,8 @@ bool Download::judge(CURLcode code) {
     if (code == CURLE_ABORTED_BY_CALLBACK) failInterrupted();
     const int status = response_.status;
     const bool answered = code == CURLE_OK || code == CURLE_WRITE_ERROR;
-    if (answered && status == 416) {
-        restart();  // the server's file has become shorter than what is here
-        lastFailure_ = "the server's file changes while it is fetched";
-        return false;
-    }
+    // With 416 the server's file has become shorter than what is here.
+    if (answered && (status == 416 || isOfAnotherFile_)) return startAgain();
     if (answered && status != 200 && status != 206) return refusedBy("server", status);
     if (code != CURLE_OK) {
         lastFailure_ = *curlMessage_ ? curlMessage_ : curl_easy_strerror(code);
@@ -252,31 +245,42 @@ bool Download::judge(CURLcode code) {
         return false;
     }
     if (!bodyStarted_) startBody();
+    if (isOfAnotherFile_) return startAgain();
     lastFailure_ = "the connection ended early";
     return total_ == 0 || received_ == total_;
+}
+
+bool Download::startAgain() {
+    restart();
+    lastFailure_ = "the server's file changes while it is fetched";
+    return false;
 }
 
 void Download::restart() {
     if (::ftruncate(target_.descriptor(), 0) != 0 || ::lseek(target_.descriptor(), 0, SEEK_SET) != 0)
         throw errnoError(errno, "cannot write", file_.string());
     received_ = total_ = 0;
-    validator_.clear();
+    begun_ = HttpResponse();
 }
 
 void Download::startBody() {
     bodyStarted_ = true;
-    if (response_.status == 206) {
-        const uint64_t stated = response_.rangeTotal.value_or(total_);
-        const bool fits = response_.rangeStart == received_ && (total_ == 0 || stated == total_);
-        total_ = stated;
-        if (fits) return;
-        fail(ErrorKind::Failed, "the server answers with another part of the file than was asked for");
-    }
+    if (response_.status == 206) return startPart();
     restart();
     total_ = response_.contentLength.value_or(0);
-    validator_ = response_.validator();
+    begun_ = response_;
     if (total_ > options_.maxBytes)
         fail(ErrorKind::Failed, "the file is larger than " + std::to_string(options_.maxBytes) + " bytes");
+}
+
+/// A server that does not look at "If-Range" sends a part of whatever its file is now.
+void Download::startPart() {
+    const uint64_t stated = response_.rangeTotal.value_or(total_);
+    const bool fits = response_.rangeStart == received_ && stated > 0 && (total_ == 0 || stated == total_);
+    if (received_ == 0 && !fits)
+        fail(ErrorKind::Failed, "the server answers with another part of the file than was asked for");
+    isOfAnotherFile_ = !fits || !response_.isOfSameVersion(begun_);
+    total_ = stated;
 }
 
 void Download::write(const char* bytes, size_t count) {
@@ -298,12 +302,13 @@ size_t Download::onBody(char* bytes, size_t size, size_t count, void* self) {
     if (download.response_.status != 200 && download.response_.status != 206) return 0;
     const bool written = download.guarded([&] {
         if (!download.bodyStarted_) download.startBody();
-        download.write(bytes, size * count);
+        if (!download.isOfAnotherFile_) download.write(bytes, size * count);
     });
-    return written ? size * count : 0;
+    return written && !download.isOfAnotherFile_ ? size * count : 0;
 }
 
 int Download::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_off_t) {
+    activity::sign();  // what takes too long here is ended here
     const auto* download = static_cast<Download*>(self);
     return download->isCancelled() || download->isTooLate() ? 1 : 0;
 }
@@ -312,6 +317,14 @@ int Download::onProgress(void* self, curl_off_t, curl_off_t, curl_off_t, curl_of
 
 bool isHttpUrl(const std::string& text) {
     return text.starts_with("http://") || text.starts_with("https://");
+}
+
+std::string withoutCredentials(const std::string& url) {
+    const size_t start = url.find("://");
+    if (start == std::string::npos) return url;
+    const size_t end = std::min(url.find_first_of("/?#", start + 3), url.size());
+    const size_t at = url.rfind('@', end);
+    return at == std::string::npos || at < start ? url : url.substr(0, start + 3) + url.substr(at + 1);
 }
 
 HttpDownloadResult downloadToFile(const std::string& url, const fs::path& file,

@@ -33,8 +33,9 @@ struct HttpDownloadResult {
 };
 
 /// Fetches `url` into `file`, replacing it. Blocks. A broken transfer goes on where it stopped when the
-/// server can name the version of its file, else it starts again. Redirects stay within HTTP and HTTPS, and a
-/// URL that starts as HTTPS stays there.
+/// server can name the version of its file and still has that one, else it starts again. Gives a sign of life
+/// (activity::sign) all the while. Redirects stay within HTTP and HTTPS, and a URL that starts as HTTPS stays
+/// there.
 ///
 /// Certificates are verified against the system's authorities, or those of SSL_CERT_FILE (CURL_CA_BUNDLE) and
 /// SSL_CERT_DIR; proxies are those of http_proxy, https_proxy and no_proxy.
@@ -46,5 +47,8 @@ HttpDownloadResult downloadToFile(const std::string& url, const std::filesystem:
 
 /// Whether a text is an http:// or https:// URL.
 bool isHttpUrl(const std::string& text);
+
+/// A URL for messages, without the name and password that it may hold.
+std::string withoutCredentials(const std::string& url);
 
 }  // namespace platform

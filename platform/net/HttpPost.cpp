@@ -59,6 +59,7 @@ void configure(CURL* handle, Sending& sending) {
     const HttpPost& post = sending.post;
     curl_easy_setopt(handle, CURLOPT_URL, post.url.c_str());
     curl_easy_setopt(handle, CURLOPT_NOSIGNAL, 1L);
+    curl_easy_setopt(handle, CURLOPT_QUICK_EXIT, 1L);  // no wait for a name that is still being looked up
     curl_easy_setopt(handle, CURLOPT_USERAGENT, "multiscene");
     curl_easy_setopt(handle, CURLOPT_PROTOCOLS_STR, "http,https");
     curl_easy_setopt(handle, CURLOPT_FOLLOWLOCATION, 0L);

@@ -52,4 +52,9 @@ std::string HttpResponse::validator() const {
     return !etag.empty() && !etag.starts_with("W/") ? etag : lastModified;
 }
 
+bool HttpResponse::isOfSameVersion(const HttpResponse& other) const {
+    if (!etag.empty() && !other.etag.empty()) return etag == other.etag;
+    return lastModified.empty() || other.lastModified.empty() || lastModified == other.lastModified;
+}
+
 }  // namespace platform

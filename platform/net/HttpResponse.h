@@ -18,6 +18,8 @@ struct HttpResponse {
 
     /// What names this version of the file in an "If-Range" line; empty when nothing does.
     std::string validator() const;
+    /// As far as both say; false when they name different versions of the file.
+    bool isOfSameVersion(const HttpResponse& other) const;
 };
 
 }  // namespace platform
