@@ -69,7 +69,10 @@ void addProgram(std::vector<fs::path>& paths) {
 Reach wholeReach(const Errand& errand, const fs::path& cache) {
     Reach reach = platform::reachOfLibraries();
     addProgram(reach.read);
-    (errand.change ? reach.write : reach.read).push_back(QVUtil::multiSceneRootPath());
+    // Each of them may be a link to another disk.
+    for (const std::string& folder : {QVUtil::multiSceneRootPath(), QVUtil::scenePath(), QVUtil::dataPath(),
+                                      QVUtil::userResourcesPath(), QVUtil::templatePath()})
+        (errand.change ? reach.write : reach.read).emplace_back(folder);
     if (!errand.folder.empty()) reach.write.push_back(errand.folder);
     if (!cache.empty()) reach.write.push_back(cache);
     reach.add(errand.reach);
@@ -197,6 +200,12 @@ void putCatalogueRight() {
     }
 }
 
+/// A transfer may take as long as a download may, on top of what any job may take.
+platform::WorkerLimits limitsOf(const Errand& errand, platform::WorkerLimits limits) {
+    if (errand.reach.network) limits.firstSeconds += platform::limitOf("maxDownloadSeconds");
+    return limits;
+}
+
 /// A file in memory that holds these bytes.
 FileHandle fileHolding(const std::string& bytes) {
     FileHandle file(::memfd_create("multiscene", MFD_CLOEXEC));
@@ -222,7 +231,7 @@ FencedWork::FencedWork(Console& console, const JobSettings& settings)
 int FencedWork::run(const Errand& errand, const Work& work, const Answer& answer) {
     if (!settings_.isFenced) return runHere(errand, work, answer);
     try {
-        return runFenced(errand, settings_.limits, work, answer);
+        return runFenced(errand, limitsOf(errand, settings_.limits), work, answer);
     } catch (...) {
         if (!errand.change) throw;
         const bool hasDied = hasDied_, hasWritten = hasWritten_;

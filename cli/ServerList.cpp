@@ -2,13 +2,15 @@
 
 #include "platform/base/Activity.h"
 #include "platform/fence/Sandbox.h"
+#include "platform/net/HttpDownload.h"
 
 namespace multiscene::cli {
 
 void fetchServerList(FencedWork& fenced, const JobFolder& job, const QVDownloadInfoManager& list) {
     const std::filesystem::path file = job.file("list.plist");
     try {
-        Errand errand{list.serverAddress(), platform::reachOfNetwork(), job.path()};
+        Errand errand{platform::withoutCredentials(list.serverAddress()), platform::reachOfNetwork(),
+                      job.path()};
         fenced.run(errand, [&](Workplace& place) {
             platform::activity::stage("downloading");
             list.downloadInfoTo(file, [stop = place.stop] { return stop.stop_requested(); });

@@ -79,21 +79,24 @@ class TemplatesFetchCommand : public Command {
                 return 0;
             },
             [&url](const std::vector<std::string>& told) { url = told.empty() ? "" : told.front(); });
-        if (!platform::isHttpUrl(url)) throw Error(ErrorKind::Template, "is no http or https address", url);
+        if (!platform::isHttpUrl(url))
+            throw Error(ErrorKind::Template, "is no http or https address",
+                        platform::withoutCredentials(url));
         return url;
     }
 
     void download(FencedWork& fenced, const JobFolder& job, const std::string& url,
                   const std::filesystem::path& file) const {
-        fenced.run({url, platform::reachOfNetwork(), job.path()}, [&](Workplace& place) {
-            platform::activity::stage("downloading");
-            platform::HttpDownloadOptions transfer;
-            transfer.maxBytes = shown_->mostBytes;
-            transfer.attempts = 1;
-            transfer.isCancelled = [&place] { return place.stop.stop_requested(); };
-            platform::downloadToFile(url, file, transfer);
-            return 0;
-        });
+        fenced.run({platform::withoutCredentials(url), platform::reachOfNetwork(), job.path()},
+                   [&](Workplace& place) {
+                       platform::activity::stage("downloading");
+                       platform::HttpDownloadOptions transfer;
+                       transfer.maxBytes = shown_->mostBytes;
+                       transfer.attempts = 1;
+                       transfer.isCancelled = [&place] { return place.stop.stop_requested(); };
+                       platform::downloadToFile(url, file, transfer);
+                       return 0;
+                   });
     }
 
     QVDownloadInfoManager list_;

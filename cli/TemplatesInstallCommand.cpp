@@ -64,7 +64,7 @@ class TemplatesInstallCommand : public Command {
             fetchServerList(fenced, job, list_);
         std::optional<Offer> offer;
         fenced.run(
-            {source_, reachOfServerList(list_), {}},
+            {platform::withoutCredentials(source_), reachOfServerList(list_), {}},
             [&](Workplace& place) {
                 findOffer(place, isUrl);
                 return 0;
@@ -89,7 +89,8 @@ class TemplatesInstallCommand : public Command {
 
     static Offer offerOf(const std::vector<std::string>& told) {
         if (told.size() != 2 || !platform::isHttpUrl(told[0]))
-            throw Error(ErrorKind::Failed, "is no http or https address", told.empty() ? "" : told[0]);
+            throw Error(ErrorKind::Failed, "is no http or https address",
+                        told.empty() ? "" : platform::withoutCredentials(told[0]));
         if (told[1].empty()) return {told[0], std::nullopt};
         return {told[0], std::strtoll(told[1].c_str(), nullptr, 10)};
     }
@@ -113,7 +114,7 @@ class TemplatesInstallCommand : public Command {
     void requireSupported(const QVSeverTempletDataModel& offered) const {
         offered.checkShowTemplateVersionSupport([&](const AlertView& alert) {
             throw Error(ErrorKind::Failed, alert.message + " (" + versionsText(offered.minVersion()) + ")",
-                        source_);
+                        platform::withoutCredentials(source_));
         });
     }
 

@@ -8,6 +8,7 @@
 #include "cli/Commands.h"
 #include "cli/ServerList.h"
 #include "cli/TemplateInstaller.h"
+#include "platform/net/HttpDownload.h"
 
 namespace multiscene::cli {
 
@@ -45,7 +46,7 @@ class TemplatesUpdateCommand : public Command {
             [this](const std::vector<std::string>& told) { hear(told); });
         if (installsNewer_) install({fenced, job, true}, console);
         if (console.isJson())
-            console.event("done", {{"server", address},
+            console.event("done", {{"server", platform::withoutCredentials(address)},
                                    {"offered", offered_},
                                    {"newer", static_cast<int64_t>(newer_.size())},
                                    {"installed", installed_}});
@@ -77,8 +78,8 @@ class TemplatesUpdateCommand : public Command {
         std::erase_if(newer, [](const TemplateOverview& each) { return !each.newerOffered; });
         const size_t offered = list_.severTemplets().size();
         if (!place.console.isJson())
-            place.console.line(list_.serverAddress() + " offers " + counted(offered, "template") +
-                               newerText(newer.size()));
+            place.console.line(platform::withoutCredentials(list_.serverAddress()) + " offers " +
+                               counted(offered, "template") + newerText(newer.size()));
         place.ask({std::to_string(offered)});
         for (const TemplateOverview& each : newer)
             place.ask({each.templateUrl, each.name, std::to_string(each.sId),

@@ -98,8 +98,9 @@ void QVDownloadInfoManager::downloadInfoTo(const fs::path& file,
 
 void QVDownloadInfoManager::requireInfo(const fs::path& file) const {
     const auto bytes = platform::readFile(file, platform::PropertyListLimits().maxBytes);
-    if (!platform::parsePropertyList(bytes, infoUrl(), ErrorKind::Failed).isDictionary())
-        throw Error(ErrorKind::Failed, "is no list of templates", infoUrl());
+    const std::string shown = platform::withoutCredentials(infoUrl());
+    if (!platform::parsePropertyList(bytes, shown, ErrorKind::Failed).isDictionary())
+        throw Error(ErrorKind::Failed, "is no list of templates", shown);
 }
 
 void QVDownloadInfoManager::keepInfo(const fs::path& file) const {
