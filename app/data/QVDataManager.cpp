@@ -5,6 +5,8 @@
 #include "platform/base/Error.h"
 #include "platform/base/Json.h"
 #include "platform/base/Log.h"
+#include "platform/base/PartFolder.h"
+#include "platform/base/PrivateFolder.h"
 
 namespace multiscene {
 
@@ -88,6 +90,19 @@ bool isBeingChanged(const std::string& database) {
     return hasContent(database + "-wal") || hasContent(database + "-journal");
 }
 
+/// With what a killed program has recorded beside the file, and nobody could bring into it since.
+std::unique_ptr<Database> completed(const std::string& database) {
+    const platform::PartFolder folder(platform::privateTemporaryFolder(), "catalogue");
+    const std::filesystem::path copy = folder.path() / "copy.db";
+    for (const std::string part : {"", "-wal", "-journal"}) {
+        std::error_code failure;
+        if (hasContent(database + part))
+            std::filesystem::copy_file(database + part, copy.string() + part, failure);
+        if (failure) throw platform::errnoError(failure.value(), "cannot be copied", database + part);
+    }
+    return Database::ofImage(Database(copy).image(), database);
+}
+
 /// Without the input description: it lists a whole group, and is as long as there are scenes to look up.
 SceneConfigData sceneOfRow(const Statement& row, const std::string& scenePath) {
     return {row.integer("sId"),
@@ -153,7 +168,7 @@ std::unique_ptr<Database> QVDataManager::opened() const {
 /// begun, there is nothing.
 std::unique_ptr<Database> QVDataManager::openedForReading() const {
     if (hasContent(path_)) {
-        auto found = Database::unchanging(path_);
+        auto found = isBeingChanged(path_) ? completed(path_) : Database::unchanging(path_);
         if (found->tableExists(kTable)) return found;
     }
     auto empty = std::make_unique<Database>(Database::kInMemory);
