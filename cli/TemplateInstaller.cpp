@@ -1,13 +1,20 @@
 #include "cli/TemplateInstaller.h"
 
+#include <sys/stat.h>
+
+#include <utility>
+
 #include "app/installation/FolderSwap.h"
 #include "app/language/Strings.h"
 #include "app/server/UrlText.h"
 #include "app/template/SceneJudge.h"
 #include "cli/CatalogueCommand.h"
 #include "cli/ToldTemplate.h"
+#include "other/QVUtil.h"
 #include "platform/base/Activity.h"
 #include "platform/base/Clock.h"
+#include "platform/base/PartFile.h"
+#include "platform/base/PartFolder.h"
 #include "platform/fence/Sandbox.h"
 #include "platform/net/HttpDownload.h"
 
@@ -42,13 +49,27 @@ OutcomeText textOf(InstallOutcome outcome) {
 /// An archive that was downloaded lies where no user knows it.
 Error withPlace(const Error& failure, const fs::path& file, const std::string& url) {
     if (failure.file() != file.string()) return failure;
-    return Error(failure.kind(), failure.message(), url, failure.key());
+    return Error(failure.kind(), failure.message(), platform::withoutCredentials(url), failure.key());
+}
+
+/// Nothing where that is the job's own.
+std::optional<platform::PartFolder> folderOnDiskOfScenes(const JobFolder& job) {
+    const fs::path scenes = QVUtil::scenePath();
+    struct stat here {
+    }, there{};
+    if (::stat(job.path().c_str(), &here) != 0 || ::stat(scenes.c_str(), &there) != 0 ||
+        here.st_dev == there.st_dev)
+        return std::nullopt;
+    platform::removeAbandonedParts(scenes);
+    return std::optional<platform::PartFolder>(std::in_place, scenes, "installing");
 }
 
 Error askingForUpdate(const Error& failure, const std::string& url) {
-    if (failure.file() != url || failure.kind() != ErrorKind::Failed) return failure;
+    if (failure.file() != platform::withoutCredentials(url) || failure.kind() != ErrorKind::Failed)
+        return failure;
     return Error(ErrorKind::Failed,
-                 failure.message() + " (the list of templates may be old: multiscene templates update)", url);
+                 failure.message() + " (the list of templates may be old: multiscene templates update)",
+                 failure.file());
 }
 
 }  // namespace
@@ -99,7 +120,7 @@ void TemplateInstaller::fromUrl(const std::string& url, std::optional<int64_t> o
 
 fs::path TemplateInstaller::downloaded(const std::string& url, const std::string& name) {
     const fs::path file = job_.file(name + ".zip");
-    const Errand errand{url, platform::reachOfNetwork(), job_.path()};
+    const Errand errand{platform::withoutCredentials(url), platform::reachOfNetwork(), job_.path()};
     fenced_.run(errand, [&](Workplace& place) {
         platform::activity::stage("downloading");
         platform::HttpDownloadOptions transfer;
@@ -118,9 +139,12 @@ fs::path TemplateInstaller::downloaded(const std::string& url, const std::string
 void TemplateInstaller::install(const fs::path& zip, std::optional<int64_t> offeredNumber,
                                 const std::string& event) {
     const std::string name = zip.stem().string();
-    const fs::path unpacked = job_.file("unpacked");
+    // It moves in as a whole, which only a folder of the same disk can.
+    const std::optional<platform::PartFolder> nearby = folderOnDiskOfScenes(job_);
+    const fs::path workshop = nearby ? nearby->path() : job_.path();
+    const fs::path unpacked = workshop / "unpacked";
     ToldTemplate told(name, unpacked / name);
-    Errand errand{zip.string(), {}, job_.path()};
+    Errand errand{zip.string(), {}, workshop};
     errand.reach.read.push_back(zip);
     fenced_.run(
         errand,

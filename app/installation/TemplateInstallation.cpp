@@ -16,6 +16,7 @@
 #include "platform/base/File.h"
 #include "platform/base/FolderListing.h"
 #include "platform/base/Log.h"
+#include "platform/base/PrivateFolder.h"
 #include "platform/crypto/Digest.h"
 
 namespace multiscene {
@@ -55,6 +56,13 @@ void requirePlainFiles(const fs::path& folder) {
             throw Error(ErrorKind::Template, "is a link or a special file; a template holds plain files only",
                         entry.path().string());
     }
+}
+
+/// What was unpacked in a job's folder is the user's alone; what is installed may be used by others.
+void showToEverybody(const fs::path& folder) {
+    platform::makeUsuallyReadable(folder);
+    for (const auto& entry : fs::recursive_directory_iterator(folder))
+        platform::makeUsuallyReadable(entry.path());
 }
 
 std::vector<int64_t> numbersOf(const std::vector<QVTempletDataModel>& records) {
@@ -268,6 +276,7 @@ InstallResult TemplateInstallation::takeIn(const TemplateFolder& unpacked, const
 /// Where the exchange takes it from.
 void TemplateInstallation::stage(const TemplateFolder& unpacked) {
     requirePlainFiles(unpacked.folder);
+    showToEverybody(unpacked.folder);
     if (unpacked.folder == stagedFolder()) return;
     platform::createFolders(stagingFolder());
     if (::rename(unpacked.folder.c_str(), stagedFolder().c_str()) != 0)

@@ -63,6 +63,12 @@ fs::path privateTemporaryFolder() {
     return folder;
 }
 
-void makeUsuallyReadable(const fs::path& file) { (void)::chmod(file.c_str(), 0666 & ~processMask()); }
+void makeUsuallyReadable(const fs::path& path) {
+    struct stat info {};
+    if (::lstat(path.c_str(), &info) != 0) return;
+    const bool isFolder = S_ISDIR(info.st_mode);
+    if (isFolder) (void)::removexattr(path.c_str(), kRules);
+    (void)::chmod(path.c_str(), (isFolder ? 0777 : 0666) & ~processMask());
+}
 
 }  // namespace platform

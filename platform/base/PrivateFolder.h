@@ -13,8 +13,8 @@ void makePrivateFolder(const std::filesystem::path& folder);
 /// programs, below the temporary folder. Throws Error when somebody else has put something in its place.
 std::filesystem::path privateTemporaryFolder();
 
-/// Gives a file that moves out of a private folder the permissions of every other new file. Failing is
-/// harmless: it stays the owner's alone.
-void makeUsuallyReadable(const std::filesystem::path& file);
+/// Gives a file, or a folder but not what is in it, that moves out of a private folder the permissions of
+/// every other new one. Failing is harmless: it stays the owner's alone.
+void makeUsuallyReadable(const std::filesystem::path& path);
 
 }  // namespace platform
