@@ -33,9 +33,7 @@ class TemplatePackCommand : public FencedCommand {
         folder_ = (fs::absolute(folder_) / "").lexically_normal().parent_path();
         const fs::path archive =
             fs::absolute(archive_.empty() ? fs::path(folder_.filename().string() + ".zip") : archive_);
-        if (*archive.lexically_normal().lexically_relative(folder_).begin() != "..")
-            throw Error(ErrorKind::Usage, "the archive would lie in the template; name another place with -o",
-                        archive.string());
+        requireOutside(folder_, archive, "the archive");
         output_.emplace(archive);
         packed_ = folder / "packed.zip";
         Errand errand{folder_.string(), {}, {}};

@@ -54,6 +54,7 @@ class TemplatePublishCommand : public FencedCommand {
   protected:
     Errand prepare(const fs::path& folder) override {
         folder_ = (fs::absolute(folder_) / "").lexically_normal().parent_path();
+        requireOutside(folder_, server_, "the server's folder");
         lock_ = lockServerFolder(server_, cancelling());
         stage_ = folder / "server";
         Errand errand{folder_.string(), {}, {}};

@@ -33,6 +33,7 @@ constexpr double kBytesPerMegabyte = 1024.0 * 1024.0;
 constexpr float kFirstVersion = 1;
 constexpr size_t kVersionDigits = 16;  // of the archive's digest
 constexpr const char *kArchives = "templates", *kThumbnails = "thumbnails", *kPreviews = "previews";
+constexpr const char* kUnknown = ".img";
 
 /// The thumbnail that the template brings; empty when it has none, or names one outside its folder.
 fs::path thumbnailOf(const TemplateFolder& folder) {
@@ -129,7 +130,13 @@ class Publication {
     Value existingConfiguration() const {
         if (!platform::isThere(configurationPath(server_)))
             return Value::Dictionary{{"isVideoCache", false}, {"isWechatTimelineShare", false}};
-        return platform::readPropertyList(configurationPath(server_), ErrorKind::Failed);
+        const fs::path file = configurationPath(server_);
+        Value found = platform::readPropertyList(file, ErrorKind::Failed);
+        // What it holds is kept, or nothing is written.
+        const Value offered = found["severTempletData"];
+        if (!found.isDictionary() || !(offered.isNone() || offered.isArray()))
+            throw Error(ErrorKind::Failed, "is no list of templates", file.string());
+        return found;
     }
 
     float minVersion() const {
@@ -166,7 +173,9 @@ class Publication {
     std::string placeThumbnail() {
         const fs::path own = thumbnailOf(folder_);
         if (own.empty() && !options_.renderThumbnail) return {};
-        const std::string target = place(kThumbnails, own.empty() ? ".png" : own.extension().string());
+        // Without an extension the end of a template's name would be taken for one.
+        const std::string extension = own.has_extension() ? own.extension().string() : kUnknown;
+        const std::string target = place(kThumbnails, own.empty() ? ".png" : extension);
         own.empty() ? options_.renderThumbnail(folder_, stage_ / target) : copyFile(own, stage_ / target);
         return target;
     }

@@ -10,7 +10,10 @@ namespace platform::test {
 /// A folder of the test's own, removed at its end.
 class TemporaryFolder {
   public:
-    TemporaryFolder() { std::filesystem::create_directories(path_); }
+    explicit TemporaryFolder(const std::filesystem::path& parent = std::filesystem::temp_directory_path())
+        : path_(std::filesystem::canonical(parent) / ("multiscene-" + uniqueIdentifier())) {
+        std::filesystem::create_directories(path_);
+    }
     ~TemporaryFolder() {
         std::error_code ignored;
         std::filesystem::remove_all(path_, ignored);
@@ -22,8 +25,7 @@ class TemporaryFolder {
     std::string file(const std::string& name) const { return (path_ / name).string(); }
 
   private:
-    const std::filesystem::path path_ = std::filesystem::canonical(std::filesystem::temp_directory_path()) /
-                                        ("multiscene-" + uniqueIdentifier());
+    const std::filesystem::path path_;
 };
 
 }  // namespace platform::test

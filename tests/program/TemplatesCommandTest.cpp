@@ -327,6 +327,42 @@ TEST_F(TemplatesTest, GetTheirThumbnailFromTheMiddleOfTheVideo) {
         << "the server cannot offer it";
 }
 
+TEST_F(TemplatesTest, ArePublishedWithoutLossOfWhatIsThere) {
+    SmallTemplate small = namedTemplate("a.b", 7);
+    small.record["sceneThumbnailPath"] = "$(multiSceneSceneROOT)/a.b/thumb";
+    const fs::path made = author(small), list = folder.path() / "www/severConfig/info1-1.plist";
+    writePicture(made / "thumb.png", 0x00ff00);
+    fs::rename(made / "thumb.png", made / "thumb");
+    // The next time it would be packed with all that was published before.
+    EXPECT_EQ(multiscene({"template", "publish", made, "--to", made / "www"}).exitCode, 2);
+    fs::create_directories(list.parent_path());
+    for (const char* other : {"<array/>", "<dict><key>severTempletData</key><dict/></dict>"}) {
+        std::ofstream(list) << "<plist>" << other << "</plist>";
+        EXPECT_EQ(publish(made).exitCode, 1) << other;
+    }
+    fs::remove(list);
+    EXPECT_EQ(publish(made).exitCode, 0);
+    const Value offered = platform::readPropertyList(list).array("severTempletData").front();
+    for (const char* key : {"templateUrl", "thumbUrl", "videoPreviewUrl"})
+        EXPECT_TRUE(fs::is_regular_file(folder.path() / "www" / offered.string(key))) << offered.string(key);
+}
+
+TEST_F(TemplatesTest, CanLieOnAnotherDiskAndBeReadByOthers) {
+    const std::string zip = pack(author(namedTemplate("small", 7)), "small.zip");
+    const platform::test::TemporaryFolder disk("/dev/shm");
+    fs::create_directories(scenes().parent_path());
+    fs::create_directory_symlink(disk.path(), scenes());
+    for (int time = 0; time < 2; ++time) {
+        const Result result = multiscene({"templates", "install", zip, "--replace"});
+        EXPECT_EQ(result.exitCode, 0) << result.errors;
+        EXPECT_THAT(installedFolders(), ::testing::ElementsAre("small"));
+    }
+    std::ofstream(folder.file("usual")) << "as every new file";
+    EXPECT_EQ(fs::status(scenes() / "small/small.plist").permissions(),
+              fs::status(folder.file("usual")).permissions());
+    EXPECT_EQ(multiscene({"frames", "7", "--at", "0", "-o", folder.file("frames")}).exitCode, 0);
+}
+
 TEST_F(TemplatesTest, CanBeListedAndPlayedWhereTheHomeCannotBeWritten) {
     std::ofstream(folder.file("file")) << "no folder";
     const std::string nowhere = folder.file("file/home");
