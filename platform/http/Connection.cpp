@@ -73,6 +73,8 @@ void Connection::stop() {
         close();
     else if (state_ == State::Streaming)
         endStream();
+    else if (state_ == State::Body)
+        refuse(503, "the server is ending");
     else
         isLast_ = true;
 }
@@ -364,7 +366,8 @@ void Connection::allSent() {
 /// Closed at once, with bytes of the client unread, the answer would be lost on its way.
 void Connection::finish() {
     state_ = State::Lingering;
-    deadline_ = Clock::now() + service_->limits().lingerTime;
+    const auto patience = service_->limits().lingerTime;
+    deadline_ = Clock::now() + (service_->isStopping() ? patience / 4 : patience);
     if (inputEnded_) return close();
     const bool mayClose = service_->isStopping() && !reader_;
     socket_->finish([self = shared_from_this(), mayClose](std::size_t) {

@@ -45,9 +45,9 @@ class Server {
     /// Any thread.
     ServerCounts counts() const;
 
-    /// Takes no further connection, ends event streams, and waits for what runs, no longer than that; what
-    /// runs still is cut, and what was uploaded of it removed. Afterwards the handler is not called any more.
-    /// Not from the handler.
+    /// Takes no further connection, ends event streams, refuses requests whose body is still to come (503),
+    /// and waits for what runs, no longer than that; what runs still is cut. What was uploaded is removed.
+    /// Afterwards the handler is not called any more. Not from the handler.
     void stop(std::chrono::milliseconds patience);
 
   private:
