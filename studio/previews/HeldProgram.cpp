@@ -3,6 +3,8 @@
 #include <sys/socket.h>
 
 #include <cerrno>
+#include <condition_variable>
+#include <mutex>
 #include <utility>
 
 #include "app/preview/StillTalk.h"
@@ -27,11 +29,36 @@ std::pair<FileHandle, FileHandle> connectedPair() {
 
 }  // namespace
 
-/// What calls that are on their way find when the object is gone. Studio queue.
+/// What calls that are on their way find when the object is gone. Studio queue, but for what is said to be of
+/// any thread.
 struct HeldProgram::Shared {
     Said said = [](const Value&, const std::string&) {};
     Ended ended = [](const ChildProgram::End&) {};
     bool isAlive = true, hasEnded = false;
+
+    /// The reader: hands on a call and waits until it was taken, so that a program that never stops talking
+    /// is not heard faster than it is listened to.
+    void deliver(platform::DispatchQueue& queue, std::function<void()> call) {
+        std::unique_lock lock(mutex_);
+        if (isClosed_) return;
+        isWaiting_ = true;
+        queue.async(std::move(call));
+        taken_.wait(lock, [this] { return !isWaiting_; });
+    }
+    /// Any thread: it was; `isLast`: nothing is waited for any more.
+    void taken(bool isLast) {
+        {
+            const std::lock_guard lock(mutex_);
+            isWaiting_ = false;
+            isClosed_ |= isLast;
+        }
+        taken_.notify_one();
+    }
+
+  private:
+    std::mutex mutex_;
+    std::condition_variable taken_;
+    bool isWaiting_ = false, isClosed_ = false;
 };
 
 HeldProgram::HeldProgram(const Parts& parts) : HeldProgram(parts, connectedPair()) {}
@@ -52,6 +79,7 @@ HeldProgram::HeldProgram(const Parts& parts, Ends ends)
 
 HeldProgram::~HeldProgram() {
     shared_->isAlive = false;
+    shared_->taken(true);
     ::shutdown(socket_.descriptor(), SHUT_RDWR);  // its work ends with that
     reader_.join();
     child_->cancel();
@@ -81,20 +109,23 @@ void HeldProgram::ask(const Value& line) {
     });
 }
 
-/// What it says may be anything: it has read foreign files.
+/// What it says may be anything: it has read foreign files. One that says what cannot be understood is of no
+/// more use.
 void HeldProgram::read() {
     try {
         while (const auto text = socket_.readLine(stillTalk::kLongestLine)) {
             Value line = platform::parseJson(*text, "what a program says");
             const int64_t count = line.integer("bytes");
-            if (count < 0 || count > kMostBytes) return;
+            if (count < 0 || count > kMostBytes) return child_->cancel();
             auto bytes = socket_.readBytes(static_cast<size_t>(count));
             if (!bytes) return;
-            queue_.async([shared = shared_, line = std::move(line), bytes = std::move(*bytes)] {
+            shared_->deliver(queue_, [shared = shared_, line = std::move(line), bytes = std::move(*bytes)] {
                 if (shared->isAlive) shared->said(line, bytes);
+                shared->taken(false);
             });
         }
     } catch (const Error&) {
+        child_->cancel();
     }
 }
 

@@ -68,6 +68,7 @@ PreviewSession::~PreviewSession() {
 
 std::unique_ptr<HeldProgram> PreviewSession::dropProgram() {
     failAll(lost());
+    frames_.clear();  // as many are kept as there are programs
     return std::move(program_);
 }
 

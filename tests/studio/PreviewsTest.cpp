@@ -189,5 +189,44 @@ TEST_F(PreviewsTest, APreviewWhoseProgramIsGoneOpensAgainByItself) {
     EXPECT_THAT(programs(), IsEmpty());
 }
 
+/// What has read foreign files may say anything.
+TEST_F(PreviewsTest, AProgramThatTalksNonsenseOrWithoutEndHarmsNobody) {
+    const auto pages = [] {
+        long all = 0, resident = 0;
+        std::ifstream("/proc/self/statm") >> all >> resident;
+        return resident;
+    };
+    replaceProgram("hold", "echo nonsense >&3; exec sleep 60");
+    begin();
+    EXPECT_EQ(sendJson("POST", "/api/v1/previews", std::string(kOpening) + "}}", me).code(), "preview-lost");
+
+    studio.reset();
+    settings.program = programUnderTest();
+    std::ofstream talk(home / "talk");
+    for (int picture = 0; picture < 16; ++picture)
+        talk << R"({"event":"frame","bytes":1048576})"
+             << "\n"
+             << std::string(1 << 20, 'x');
+    talk.close();
+    replaceProgram("hold", "while :; do cat " + (home / "talk").string() + " >&3; done");
+    begin();
+    platform::test::HttpClient opening(studio->port());
+    platform::Database database((studioFolder() / "studio.db").string());
+    const std::string body = std::string(kOpening) + "}}";
+    opening.send("POST /api/v1/previews HTTP/1.1\r\n" + hostLine() + me.lines() +
+                 "Content-Type: application/json\r\nContent-Length: " + std::to_string(body.size()) +
+                 "\r\n\r\n" + body);
+    for (int tries = 0; tries < 500 && programs().empty(); ++tries)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    const long before = pages();
+    database.execute("BEGIN IMMEDIATE");  // what the studio waits for
+    const auto asked = std::async(std::launch::async, [&] {
+        return sendJson("POST", "/api/v1/jobs", R"({"template":1000,"values":{}})", me).status;
+    });
+    std::this_thread::sleep_for(std::chrono::milliseconds(1500));
+    EXPECT_LT((pages() - before) * ::sysconf(_SC_PAGESIZE), 64 << 20);
+    database.execute("ROLLBACK");
+}
+
 }  // namespace
 }  // namespace multiscene::studio
