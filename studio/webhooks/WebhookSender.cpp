@@ -19,6 +19,7 @@ constexpr int64_t kSecond = 1000, kMinute = 60 * kSecond, kHour = 60 * kMinute;
 constexpr std::array kPauses = {5 * kSecond, 5 * kMinute, 30 * kMinute, 2 * kHour, 5 * kHour,
                                 10 * kHour,  14 * kHour,  20 * kHour,   24 * kHour};
 constexpr int64_t kAtOnce = 8;
+constexpr std::chrono::minutes kNextTry{1};  // of what could not be read or written down
 constexpr int kGone = 410;
 constexpr std::string_view kSecretStart = "whsec_";
 
@@ -59,6 +60,7 @@ void WebhookSender::next() {
              store_.due(nowMs(), kAtOnce + static_cast<int64_t>(underWay_.size()))) {
             if (underWay_.contains(delivery.id)) continue;
             const auto secrets = secretsOf_(delivery);
+            underWay_.insert(delivery.id);
             if (secrets.empty())
                 heard(delivery, {.status = kGone, .message = {}, .isRefused = false});
             else
@@ -68,10 +70,13 @@ void WebhookSender::next() {
         const int64_t now = nowMs();
         if (!due || *due <= now || (wakesAt_ > now && wakesAt_ <= *due)) return;
         wakesAt_ = *due;
-        parts_.timers.after(std::chrono::milliseconds(*due - now + 1), [this] { next(); });
+        parts_.timers.after(std::chrono::milliseconds(*due - now + 1), [this] {
+            wakesAt_ = 0;  // the clock may have been set back meanwhile
+            next();
+        });
     } catch (const std::exception& failure) {
         platform::log::info(std::string("studio: webhooks: ") + failure.what());
-        parts_.timers.after(std::chrono::minutes(1), [this] { next(); });
+        parts_.timers.after(kNextTry, [this] { next(); });
     }
 }
 
@@ -89,7 +94,6 @@ platform::DispatchQueue& WebhookSender::threadOf(const std::string& webhook) {
 
 void WebhookSender::send(const Delivery& delivery, const std::vector<std::string>& secrets) {
     platform::DispatchQueue& thread = threadOf(delivery.webhook.empty() ? delivery.url : delivery.webhook);
-    underWay_.insert(delivery.id);
     platform::HttpPost post{.url = delivery.url,
                             .body = delivery.body,
                             .headers = signedHeaders(secrets, delivery.id, nowMs() / kSecond, delivery.body),
@@ -111,7 +115,6 @@ void WebhookSender::send(const Delivery& delivery, const std::vector<std::string
 
 void WebhookSender::heard(Delivery delivery, const Outcome& outcome) {
     if (isStopped_) return;
-    underWay_.erase(delivery.id);
     const bool isTaken = outcome.status >= 200 && outcome.status < 300;
     const auto attempt = static_cast<size_t>(delivery.attempt++);
     const bool isLast = isTaken || outcome.isRefused || outcome.status == kGone || attempt >= kPauses.size();
@@ -119,13 +122,24 @@ void WebhookSender::heard(Delivery delivery, const Outcome& outcome) {
     delivery.status = outcome.status;
     delivery.message = outcome.message;
     ++(isTaken ? delivered_ : failed_);
+    writeDown(delivery);
+    parts_.queue.async([this] { next(); });
+}
+
+/// Until it stands on the disk it is under way: what was told already would be told again at once.
+void WebhookSender::writeDown(const Delivery& delivery) {
+    if (isStopped_) return;
     try {
         store_.update(delivery);
-        if (outcome.status == kGone && !delivery.webhook.empty()) store_.disable(delivery.webhook);
+        if (delivery.status == kGone && !delivery.webhook.empty()) store_.disable(delivery.webhook);
+        underWay_.erase(delivery.id);
     } catch (const platform::Error& failure) {
         platform::log::info(std::string("studio: webhooks: ") + failure.what());
+        parts_.timers.after(kNextTry, [this, delivery] {
+            writeDown(delivery);
+            next();
+        });
     }
-    parts_.queue.async([this] { next(); });
 }
 
 void WebhookSender::stop() {

@@ -46,6 +46,7 @@ class WebhookSender {
 
     void send(const Delivery& delivery, const std::vector<std::string>& secrets);
     void heard(Delivery delivery, const Outcome& outcome);
+    void writeDown(const Delivery& delivery);
     bool isAllowed(const std::string& url) const;
     platform::DispatchQueue& threadOf(const std::string& webhook);
 
