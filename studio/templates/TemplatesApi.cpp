@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 
+#include "platform/base/Json.h"
 #include "studio/process/ChildProblem.h"
 
 namespace multiscene::studio {
@@ -226,6 +227,15 @@ void TemplatesApi::detail(const ApiRequest& request, const Waiting& waiting) {
     if (folder.empty()) return waiting->answer(json(200, details(booked, language, {})));
     if (known != judged_.end() && known->second.told == booked.told)
         return waiting->answer(json(200, details(booked, language, known->second.findings)));
+    auto& waits = beingJudged_[platform::jsonText(booked.told)];
+    waits.push_back([waiting, booked, language](const Value::Array& findings) {
+        waiting->answer(json(200, details(booked, language, findings)));
+    });
+    if (waits.size() == 1) check(booked);
+}
+
+void TemplatesApi::check(const BookedTemplate& booked) {
+    const std::string folder = booked.folder.string();
     const auto findings = std::make_shared<Value::Array>();
     run(
         {"check", folder},
@@ -233,10 +243,11 @@ void TemplatesApi::detail(const ApiRequest& request, const Waiting& waiting) {
             if (line.string("event") == "finding" && findings->size() < kMostFindings)
                 findings->push_back(finding(line, folder));
         },
-        [this, waiting, booked, language, findings, folder](const ChildProgram::End& end) {
+        [this, told = booked.told, findings, folder](const ChildProgram::End& end) {
             constexpr int faulty = static_cast<int>(platform::ErrorKind::Template);
-            if (end.exitCode == 0 || end.exitCode == faulty) judged_[folder] = {booked.told, *findings};
-            waiting->answer(json(200, details(booked, language, *findings)));
+            if (end.exitCode == 0 || end.exitCode == faulty) judged_[folder] = {told, *findings};
+            const auto waits = beingJudged_.extract(platform::jsonText(told));
+            for (const auto& tell : waits.mapped()) tell(*findings);
         });
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
+#include <functional>
 #include <list>
 #include <map>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "studio/Parts.h"
 #include "studio/api/Route.h"
@@ -32,6 +34,7 @@ class TemplatesApi : public Resource {
     const BookedTemplate& wanted(const ApiRequest& request) const;
     platform::http::Answer cards(const ApiRequest& request) const;
     void detail(const ApiRequest& request, const Waiting& waiting);
+    void check(const BookedTemplate& booked);
     void remove(ApiRequest& request, Responder& responder);
     void run(std::vector<std::string> words, ChildProgram::Line line, ChildProgram::Ended ended);
 
@@ -47,6 +50,8 @@ class TemplatesApi : public Resource {
         platform::Value::Array findings;
     };
     std::map<std::string, Judged> judged_;
+    /// Who waits for what it says of a template, by the template's line: it is asked once.
+    std::map<std::string, std::vector<std::function<void(const platform::Value::Array&)>>> beingJudged_;
 };
 
 }  // namespace multiscene::studio
