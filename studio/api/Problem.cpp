@@ -96,6 +96,12 @@ Answer inLanguage(Answer answer, const std::string& language) {
     return translated.with("Content-Language", language);
 }
 
+std::string problemCode(const Answer& answer) {
+    return answer.field("Content-Type") == kProblemType
+               ? platform::parseJson(answer.body(), "").string("code")
+               : std::string();
+}
+
 Problem notFound(const std::string& what) { return {404, "not-found", "there is no such " + what}; }
 
 Answer answerOf(const Problem& problem) {

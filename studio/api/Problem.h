@@ -41,6 +41,8 @@ struct Problem : std::exception {
 };
 
 /// 404 "not-found".
+/// The code of the problem that an answer tells; empty: it tells none.
+std::string problemCode(const platform::http::Answer& answer);
 Problem notFound(const std::string& what);
 
 platform::http::Answer answerOf(const Problem& problem);

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <utility>
 
 #include "platform/base/Json.h"
 #include "platform/base/Log.h"
@@ -181,6 +182,7 @@ void Router::run(const Route& route, ApiRequest& request, const std::string& bod
                  Responder& responder) const {
     std::optional<Problem> problem;
     try {
+        if (!isOpen_) throw notServing();
         if (route.body.kind == Body::Kind::Json) request.body = bodyOf(body, route.body.schema);
         route.handle(request, responder);
         return;
@@ -193,6 +195,7 @@ void Router::run(const Route& route, ApiRequest& request, const std::string& bod
 }
 
 Answer Router::finish(const RequestHead& head, Answer answer) {
+    reason_ = problemCode(answer);
     return inLanguage(std::move(answer), languageOf(head));
 }
 
@@ -203,12 +206,12 @@ void Router::answered(const RequestHead& head, int status, uint64_t bytes, std::
         route = find(head).route;
     } catch (const Problem&) {  // of no route
     }
-    queue_.async([this, told = Answered{head.method, route ? route->pattern : "", status, bytes, took}] {
-        answered_(told);
-    });
+    queue_.async([this, told = Answered{head.method, route ? route->pattern : "", status, bytes, took,
+                                        std::exchange(reason_, {})}] { answered_(told); });
 }
 
 Answer Router::refusal(int status, const std::string& reason) {
+    if (status >= 500 && !isOpen_) return answerOf(notServing());
     return answerOf(Problem(status, codeOf(status), reason));
 }
 

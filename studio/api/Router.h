@@ -39,6 +39,7 @@ class Router : public platform::http::Handler {
         int status;
         uint64_t bytes;  ///< of an answer of known length
         std::chrono::microseconds took;
+        std::string reason;  ///< the code of the problem that it tells; empty: none
     };
     /// Who is told of each answer, on the studio's queue. Before open().
     void onAnswered(std::function<void(const Answered&)> call) { answered_ = std::move(call); }
@@ -71,6 +72,7 @@ class Router : public platform::http::Handler {
     std::deque<Route> routes_;
     std::deque<Pattern> patterns_;
     std::function<void(const Answered&)> answered_;
+    std::string reason_;  ///< of the answer that goes out next; the server's thread
     std::atomic<bool> isOpen_{false};
 };
 

@@ -184,7 +184,10 @@ void JobQueue::wakeWhenDue() {
     const auto due = stores_.jobs.nextDue(now);
     if (!due || (wakesAt_ > now && wakesAt_ <= *due)) return;
     wakesAt_ = *due;
-    parts_.timers.after(milliseconds(*due - now + 1), [this] { next(); });
+    parts_.timers.after(milliseconds(*due - now + 1), [this] {
+        wakesAt_ = 0;  // the clock may have been set back meanwhile
+        next();
+    });
 }
 
 /// Jobs whose end could not be written down.
@@ -388,17 +391,20 @@ void JobQueue::tellPlaces() {
             if (const auto job = stores_.jobs.find(id)) tell(*job);
 }
 
+void JobQueue::expireThoseWithoutVideo() {
+    for (const std::string& id : stores_.jobs.expire())
+        if (const auto job = stores_.jobs.find(id)) tell(*job);
+}
+
 void JobQueue::removeExpired() {
     if (isStopped_) return;
     guarded([this] {
         const int64_t now = nowMs();
-        for (const std::string& id : stores_.videos.removeExpired(now)) {
-            stores_.jobs.expire(id);
-            if (const auto job = stores_.jobs.find(id)) tell(*job);
-        }
+        stores_.videos.removeExpired(now);
         stores_.uploads.removeExpired(now);
         stores_.uploads.sweep(kOrphanAge);
         stores_.videos.sweep(kOrphanAge);
+        expireThoseWithoutVideo();
         stores_.jobs.forgetAnswersBefore(now - kDay);
         stores_.jobs.forgetBefore(now - parts_.settings.videosStayDays * kDay);
     });

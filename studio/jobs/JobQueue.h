@@ -65,6 +65,8 @@ class JobQueue {
 
     /// Removes what has expired; again every minute.
     void removeExpired();
+    /// Done ones whose video is gone are expired, and pages hear of it.
+    void expireThoseWithoutVideo();
 
   private:
     void next();

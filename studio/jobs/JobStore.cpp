@@ -260,8 +260,13 @@ bool JobStore::end(const std::string& id, JobState state, const Value& problem, 
         .step();
 }
 
-void JobStore::expire(const std::string& id) {
-    database_.prepare("UPDATE job SET state = 'expired' WHERE id = ? AND state = 'done'").bind(1, id).step();
+std::vector<std::string> JobStore::expire() {
+    std::vector<std::string> ids;
+    Statement rows =
+        database_.prepare("UPDATE job SET state = 'expired' WHERE state = 'done' AND " + kindsThat(true) +
+                          " AND id NOT IN (SELECT job FROM video) RETURNING id");
+    while (rows.step()) ids.push_back(rows.text("id"));
+    return ids;
 }
 
 void JobStore::forgetBefore(int64_t time) {

@@ -60,8 +60,8 @@ class JobStore {
     bool putBackUncounted(const std::string& id, bool wasKilled, int64_t notBefore = 0);
     /// running or cancelling -> failed or cancelled; running -> done.
     bool end(const std::string& id, JobState state, const platform::Value& problem, int64_t now);
-    /// done -> expired: its video is gone.
-    void expire(const std::string& id);
+    /// done -> expired: those whose video is gone. Returns their ids.
+    std::vector<std::string> expire();
 
     /// Removes what ended before that time and has no video.
     void forgetBefore(int64_t time);

@@ -58,6 +58,7 @@ void Metrics::handle(platform::http::Request, platform::http::Responder responde
 }
 
 void Metrics::count(const Router::Answered& answered) {
+    if (!answered.reason.empty()) ++problems_[answered.reason];
     requests_[{answered.pattern, answered.status}].add(static_cast<double>(answered.took.count()) * kMicro);
 }
 
@@ -92,7 +93,8 @@ void Metrics::addWork(MetricsText& text) {
     const Counters& counters = shop_->counters;
     text.family("multiscene_job_stage_seconds_total", "counter", "Time that jobs have spent in each stage");
     for (const auto& [stage, seconds] : counters.stageSeconds) text.sample(seconds, {{"stage", stage}});
-    text.family("multiscene_worker_exits_total", "counter", "How programs that drew have ended");
+    text.family("multiscene_worker_exits_total", "counter",
+                "How programs have ended that drew, or looked at uploads");
     for (const auto& [which, count] : counters.workerExits)
         text.sample(static_cast<double>(count), {{"work", which.first}, {"cause", which.second}});
     text.family("multiscene_previews", "gauge", "Open previews");
@@ -123,6 +125,9 @@ void Metrics::addHttp(MetricsText& text) {
     text.sample(static_cast<double>(counts.streams));
     text.family("multiscene_http_refused_total", "counter", "Requests that were not taken");
     text.sample(static_cast<double>(counts.refusals));
+    text.family("multiscene_problems_total", "counter",
+                "Requests that were answered with a problem, by its code");
+    for (const auto& [code, count] : problems_) text.sample(static_cast<double>(count), {{"code", code}});
     text.family("http_request_duration_seconds", "histogram", "From the head of a request to its answer");
     for (const auto& [which, histogram] : requests_)
         text.samples(histogram, {{"route", which.first}, {"code", std::to_string(which.second)}});

@@ -47,6 +47,7 @@ class Metrics : public platform::http::Handler {
     std::map<std::pair<std::string, std::string>, uint64_t> finished_;  ///< by result and reason
     uint64_t frames_ = 0;
     Histogram wait_, duration_;
+    std::map<std::string, uint64_t> problems_;                   ///< by code
     std::map<std::pair<std::string, int>, Histogram> requests_;  ///< by route and status
     std::unique_ptr<platform::http::Server> server_;
 };

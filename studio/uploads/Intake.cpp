@@ -7,6 +7,7 @@
 #include "platform/base/File.h"
 #include "platform/base/Log.h"
 #include "platform/base/PrivateFolder.h"
+#include "studio/process/ChildProblem.h"
 #include "studio/store/Sweep.h"
 
 namespace multiscene::studio {
@@ -29,8 +30,8 @@ bool isPlainName(const std::string& name) {
 
 }  // namespace
 
-Intake::Intake(const Parts& parts)
-    : parts_(parts), disk_(std::make_unique<platform::DispatchQueue>("uploads")) {}
+Intake::Intake(const Parts& parts, Counters& counters)
+    : parts_(parts), counters_(counters), disk_(std::make_unique<platform::DispatchQueue>("uploads")) {}
 
 void Intake::take(const Upload& upload, const fs::path& folder, std::unique_ptr<platform::PartFile> file,
                   Done done) {
@@ -120,6 +121,7 @@ void Intake::look(const std::string& id) {
 
 void Intake::end(const std::string& id, const ChildProgram::End& ended) {
     const Work work = std::move(running_.extract(id).mapped());
+    ++counters_.workerExits[{"intake", causeOf(ended)}];
     std::optional<Upload> upload;
     if (ended.exitCode == 0 && ended.fault.empty()) upload = judged(work);
     if (!upload) removeQuietly(work.folder);

@@ -11,6 +11,7 @@
 
 #include "platform/base/PartFile.h"
 #include "studio/Parts.h"
+#include "studio/metrics/Counters.h"
 #include "studio/process/ChildProgram.h"
 #include "studio/uploads/Upload.h"
 
@@ -24,7 +25,7 @@ class Intake {
     static constexpr const char* kOriginal = "original";  ///< the file as it came, in the upload's folder
     static constexpr const char* kProxy = "own/proxy.jpg";
 
-    explicit Intake(const Parts& parts);
+    Intake(const Parts& parts, Counters& counters);
 
     /// `folder` is the upload's and is made; `file` is the original, which is published when its turn comes.
     void take(const Upload& upload, const std::filesystem::path& folder,
@@ -53,6 +54,7 @@ class Intake {
     static std::optional<Upload> judged(const Work& work);
 
     const Parts parts_;
+    Counters& counters_;
     std::deque<Work> waiting_;
     std::map<std::string, Work> running_;
     std::map<std::string, int64_t> turns_;  ///< by session, of those that wait

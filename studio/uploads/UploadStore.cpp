@@ -89,6 +89,10 @@ bool UploadStore::useLink(const std::string& upload, int64_t expires) {
         .step();
 }
 
+void UploadStore::freeLink(const std::string& upload) {
+    database_.prepare("DELETE FROM used_link WHERE upload = ?").bind(1, upload).step();
+}
+
 int64_t UploadStore::bytesOfAll() {
     Statement row = database_.prepare("SELECT coalesce(sum(bytes), 0) AS bytes FROM upload");
     return row.step() ? row.integer("bytes") : 0;

@@ -28,6 +28,8 @@ class UploadStore {
     int64_t countOf(const std::string& session);
     /// False when the link to that upload was used before. It is remembered until it expires.
     bool useLink(const std::string& upload, int64_t expires);
+    /// It may be used again: what came could not be looked at.
+    void freeLink(const std::string& upload);
     int64_t bytesOfAll();
     /// Uploads of jobs that have not ended stay: false.
     bool remove(const std::string& id);

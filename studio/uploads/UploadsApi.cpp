@@ -152,7 +152,8 @@ void UploadsApi::create(ApiRequest& request, Responder& responder) {
     upload.id = newName("upl");
     upload.session = request.session.id;
     upload.name = shortened(request.head.parameter("name").value_or(""));
-    take(std::move(upload), request, responder);
+    judge(upload, request);
+    take(upload, request, responder);
 }
 
 void UploadsApi::link(ApiRequest& request, Responder& responder) {
@@ -177,33 +178,44 @@ UploadLinks::Grant UploadsApi::grantOf(const std::string& token) const {
 
 void UploadsApi::linked(ApiRequest& request, Responder& responder) {
     const UploadLinks::Grant grant = grantOf(request.path.at("token"));
-    if (!shop_->uploads.useLink(grant.upload, grant.expires))
-        throw Problem(409, "link-used", "this link has taken its file already");
     Upload upload;
     upload.id = grant.upload;
     upload.session = grant.session;
-    take(std::move(upload), request, responder);
+    if (!shop_->uploads.useLink(grant.upload, grant.expires))
+        throw Problem(409, "link-used", "this link has taken its file already");
+    try {
+        judge(upload, request);
+    } catch (...) {
+        shop_->uploads.freeLink(grant.upload);
+        throw;
+    }
+    take(upload, request, responder);
 }
 
-void UploadsApi::take(Upload upload, ApiRequest& request, Responder& responder) {
+void UploadsApi::judge(Upload& upload, const ApiRequest& request) {
     if (!request.file || request.bodyBytes == 0) throw Problem(400, "usage", "the body is empty");
     upload.bytes = static_cast<int64_t>(request.bodyBytes);
     upload.created = nowMs();
     upload.expires = upload.created + kStaysMs;
     shop_->counters.uploadedBytes += request.bodyBytes;
     requireRoom(upload);
+}
+
+void UploadsApi::take(const Upload& upload, ApiRequest& request, Responder& responder) {
     intake_.take(upload, shop_->uploads.folderOf(upload.id), std::move(request.file),
-                 [this, waiting = std::make_shared<Responder>(std::move(responder))](
+                 [this, id = upload.id, waiting = std::make_shared<Responder>(std::move(responder))](
                      const std::optional<Upload>& taken, int exitCode) {
-                     waiting->answer(answerTo(taken, exitCode));
+                     waiting->answer(answerTo(id, taken, exitCode));
                  });
 }
 
-Answer UploadsApi::answerTo(const std::optional<Upload>& upload, int exitCode) {
+Answer UploadsApi::answerTo(const std::string& id, const std::optional<Upload>& upload, int exitCode) {
     try {
         constexpr int passing = static_cast<int>(platform::ErrorKind::Transient);
-        if (!upload && exitCode == passing)
+        if (!upload && exitCode == passing) {
+            shop_->uploads.freeLink(id);
             throw platform::Error(platform::ErrorKind::Transient, "the file could not be looked at");
+        }
         if (!upload) throw Problem(415, "not-media", "this is no photo, video or sound that can be used");
         if (static_cast<uint64_t>(upload->bytes) > mostBytesOf(upload->kind, shop_->parts.settings.limits)) {
             removeQuietly(shop_->uploads.folderOf(upload->id));

@@ -11,7 +11,9 @@ namespace multiscene::studio {
 class UploadsApi : public Resource {
   public:
     explicit UploadsApi(std::shared_ptr<Workshop> shop)
-        : shop_(std::move(shop)), links_(shop_->parts.folders.studio / "links.key"), intake_(shop_->parts) {}
+        : shop_(std::move(shop)),
+          links_(shop_->parts.folders.studio / "links.key"),
+          intake_(shop_->parts, shop_->counters) {}
 
     std::vector<Route> routes() override;
     void stop() override { intake_.stop(); }
@@ -24,9 +26,11 @@ class UploadsApi : public Resource {
     void link(ApiRequest& request, Responder& responder);
     void linked(ApiRequest& request, Responder& responder);
     UploadLinks::Grant grantOf(const std::string& token) const;
-    void take(Upload upload, ApiRequest& request, Responder& responder);
+    /// What is known of the file without looking into it. Throws Problem when it is not taken.
+    void judge(Upload& upload, const ApiRequest& request);
+    void take(const Upload& upload, ApiRequest& request, Responder& responder);
     void requireRoom(const Upload& upload);
-    platform::http::Answer answerTo(const std::optional<Upload>& upload, int exitCode);
+    platform::http::Answer answerTo(const std::string& id, const std::optional<Upload>& upload, int exitCode);
     void proxy(ApiRequest& request, Responder& responder);
     void remove(ApiRequest& request, Responder& responder);
 

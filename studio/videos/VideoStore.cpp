@@ -110,18 +110,14 @@ void VideoStore::remove(const std::string& id) {
     removeFiles(id);
 }
 
-std::vector<std::string> VideoStore::removeExpired(int64_t now) {
-    std::vector<std::string> jobs, videos;
+void VideoStore::removeExpired(int64_t now) {
+    std::vector<std::string> videos;
     {
         Statement rows = database_.prepare(
-            "DELETE FROM video WHERE kept = 0 AND expires > 0 AND expires <= ? RETURNING id, job");
-        for (rows.bind(1, now); rows.step();) {
-            jobs.push_back(rows.text("job"));
-            videos.push_back(rows.text("id"));
-        }
+            "DELETE FROM video WHERE kept = 0 AND expires > 0 AND expires <= ? RETURNING id");
+        for (rows.bind(1, now); rows.step();) videos.push_back(rows.text("id"));
     }
     for (const std::string& id : videos) removeFiles(id);
-    return jobs;
 }
 
 void VideoStore::sweep(std::chrono::seconds age) {

@@ -33,8 +33,8 @@ class VideoStore {
     void change(const std::string& id, const std::string& title, bool isKept);
     void remove(const std::string& id);
 
-    /// Removes what has expired and is not kept; the jobs that made it.
-    std::vector<std::string> removeExpired(int64_t now);
+    /// Removes what has expired and is not kept.
+    void removeExpired(int64_t now);
     /// Removes rows without files, and files without rows that are so old.
     void sweep(std::chrono::seconds age);
 

@@ -194,7 +194,7 @@ void VideosApi::change(ApiRequest& request, Responder& responder) {
 void VideosApi::remove(ApiRequest& request, Responder& responder) {
     const Video video = own(request);
     shop_->videos.remove(video.id);
-    shop_->jobs.expire(video.job);
+    shop_->queue.expireThoseWithoutVideo();
     if (request.head.parameter("photos").value_or("") == "true") shop_->uploads.removeOf(video.job);
     responder.answer(Answer(204));
 }

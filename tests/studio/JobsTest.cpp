@@ -290,6 +290,10 @@ TEST_F(JobsTest, AStudioThatEndsGoesOnAtItsNextStart) {
     EXPECT_EQ(again.integer("attempt"), 1);  // nothing went wrong with it
     EXPECT_EQ(ask("POST", "/api/v1/jobs/" + id + "/cancel", me).status, 202);
     EXPECT_EQ(waitFor(waiting).string("state"), "done");
+    studio.reset();
+    std::filesystem::remove_all(studioFolder() / "videos");
+    begin();
+    EXPECT_EQ(job(waiting).string("state"), "expired");
 }
 
 TEST_F(JobsTest, UploadsThatAreNotOrTooManyLeaveNothing) {
@@ -316,6 +320,7 @@ TEST_F(JobsTest, UploadsThatAreNotOrTooManyLeaveNothing) {
 }
 
 TEST_F(JobsTest, ALinkTakesOneFileOfWhoeverHasIt) {
+    settings.limits.uploads = 1;
     begin();
     const auto file = home / "picture.png";
     test::writePicture(file, 0x3060c0, 60, 40);
@@ -327,12 +332,15 @@ TEST_F(JobsTest, ALinkTakesOneFileOfWhoeverHasIt) {
         return send("PUT " + address.substr(address.find("/u/")) + " HTTP/1.1\r\n" + hostLine() +
                     "Content-Length: " + std::to_string(bytes.size()) + "\r\n\r\n" + bytes);
     };
-    const Value given = link("{}");
+    const Value first = link("{}"), given = link("{}");
     const std::string address = given.string("url");
     EXPECT_THAT(address, testing::StartsWith("http://" + host() + "/u/"));
     std::string changed = address;
     changed[changed.rfind('.') - 1] ^= 1;  // more bytes than were allowed
     EXPECT_EQ(put(changed, picture).code(), "link-gone");
+    EXPECT_EQ(put(first.string("url"), picture).status, 201);
+    EXPECT_EQ(put(address, picture).code(), "quota");  // which leaves the link as it was
+    EXPECT_EQ(ask("DELETE", "/api/v1/uploads/" + first.string("id"), me).status, 204);
     const Reply taken = put(address, picture);
     EXPECT_EQ(taken.status, 201) << taken.body;
     EXPECT_EQ(taken.json().string("id"), given.string("id"));

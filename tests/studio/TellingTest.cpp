@@ -196,7 +196,9 @@ TEST_F(TellingTest, NumbersAndLogNameNobody) {
           "multiscene_job_stage_seconds_total{stage=\"publishing\"} ",
           "multiscene_worker_exits_total{work=\"job\",cause=\"done\"} 1\n", "multiscene_previews 1\n",
           "multiscene_preview_workers 1\n", "multiscene_preview_still_seconds_count 1\n",
-          "multiscene_uploads_bytes_total 8\n", "process_resident_memory_bytes "})
+          "multiscene_worker_exits_total{work=\"intake\",cause=\"input\"} 1\n",
+          "multiscene_problems_total{code=\"not-media\"} 1\n", "multiscene_uploads_bytes_total 8\n",
+          "process_resident_memory_bytes "})
         EXPECT_THAT(numbers, HasSubstr(line));
     EXPECT_THAT(numbers, Not(HasSubstr(id)));
     const std::string log = test::contentOf(home / "access.log");
