@@ -155,7 +155,7 @@ Studio::Core::Core(StudioSettings given, fs::path workbenchFolder)
       folders(settings.home),
       lock(takeFolders(folders, settings)),
       sessions(folders.database),
-      database(folders.database.string()),
+      database(folders.database.string(), kDatabasePatienceMs),
       origins(settings.publicUrl),
       gate(sessions, origins),
       timers(std::make_unique<Timers>(queue)),

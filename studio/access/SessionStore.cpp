@@ -14,8 +14,6 @@ using platform::Statement;
 
 namespace {
 
-/// Requests wait while it waits.
-constexpr int kMostPatienceMs = 2000;
 constexpr int64_t kDay = int64_t{24} * 3600 * 1000;
 constexpr const char* kLocalId = "ses_local";
 
@@ -51,7 +49,7 @@ Session sessionOf(const Statement& row) {
 }  // namespace
 
 SessionStore::SessionStore(const std::filesystem::path& database)
-    : database_(database.string(), kMostPatienceMs) {
+    : database_(database.string(), kDatabasePatienceMs) {
     database_.execute("PRAGMA foreign_keys=ON");
     requireKnownVersion(database_);
     database_.transaction([&] {

@@ -50,8 +50,9 @@ StartKey::~StartKey() {
 }
 
 void StartKey::renew() {
-    key_ = platform::randomLetters(kKeyLetters);
-    writePrivately(file_, url() + "\n");
+    const std::string key = platform::randomLetters(kKeyLetters);
+    writePrivately(file_, page_ + "#key=" + key + "\n");
+    key_ = key;  // not before: one that stands nowhere would let nobody in
 }
 
 bool StartKey::take(const std::string& key) {

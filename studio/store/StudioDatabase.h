@@ -8,6 +8,9 @@
 
 namespace multiscene::studio {
 
+/// How long a writer of another program is waited for: everybody's requests wait as long.
+constexpr int kDatabasePatienceMs = 2000;
+
 /// What a database of this version has in its user_version. Stores make the tables that are missing as they
 /// are now; what an older one has otherwise is changed by a step in StudioDatabase.cpp.
 extern const int64_t kDatabaseVersion;
