@@ -129,6 +129,7 @@ std::vector<Route> SystemApi::settingsRoutes() {
          .pattern = "/api/v1/pairing.svg",
          .access = Access::Admin,
          .summary = "The address with the pairing code, for a camera; at this machine alone",
+         .query = {{"v", "Tells codes apart for who keeps pictures"}},
          .results = {{200, "image/svg+xml", {}}},
          .handle = [this](ApiRequest& request,
                           Responder& responder) { responder.answer(pairingPicture(request)); }},
@@ -162,8 +163,9 @@ Value SystemApi::settings(const ApiRequest& request) const {
 /// Who is let in by the code shall not let in others.
 Value SystemApi::pairing(const ApiRequest& request) const {
     if (!pairing_ || request.session.kind != Session::Kind::Local) return {};
-    return Value::Dictionary{
-        {"code", pairing_->code()}, {"url", pairingUrl_()}, {"qr", "/api/v1/pairing.svg"}};
+    return Value::Dictionary{{"code", pairing_->code()},
+                             {"url", pairingUrl_()},
+                             {"qr", "/api/v1/pairing.svg?v=" + pairing_->code()}};
 }
 
 }  // namespace multiscene::studio

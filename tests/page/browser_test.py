@@ -176,8 +176,13 @@ class PageTest(unittest.TestCase):
         crop = self.crop_is_what_is_shown(browser)
         self.assertGreater(abs(crop["angle"]), 5)
 
+        # The line is slow, and somebody presses twice.
+        browser.run("const plain = fetch; window.fetch = async (...asked) => (await new Promise((done) => setTimeout(done, 500)), plain(...asked))")
+        browser.requests_to("/jobs")
+        browser.press_text("Make video")
         browser.press_text("Make video")
         browser.heading("Making your video")
+        self.assertEqual(len(browser.sent()), 1)
         # The page goes, the job does not.
         browser.driver.refresh()
         browser.heading("Making your video")
@@ -259,6 +264,10 @@ class PageTest(unittest.TestCase):
         browser = self.browser(*DESK)
         browser.go("/fill/1100")
         browser.one("#field-title input").send_keys("Only this")
+        browser.press_input("Your own")
+        browser.choose("fieldset .row input[type=file]", __file__)
+        browser.one("fieldset .said.bad")
+        browser.press_input("The template’s")  # what is not used may be of no use
         browser.press_text("Make video")
         browser.one("dialog[open]")
         self.assert_accessible(browser, "what is missing")
@@ -575,6 +584,7 @@ class PageTest(unittest.TestCase):
         phone.open(studio.public)
         phone.one("input.code").send_keys(code)
         phone.one(".card-picture img")
+        desk.wait("the next code", lambda: desk.one(".pairing .code").text.replace(" ", "") != code and desk.all(".pairing .qr[src]:not([src$='" + code + "'])"))
         self.assertFalse(phone.run("return isSecureContext"))
         phone.go("/fill/1100")
         phone.choose("#field-photo input[type=file]", self.plain[0])

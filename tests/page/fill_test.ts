@@ -58,7 +58,7 @@ test('letters of one word are one step back, and a step back can be taken back',
 test('one picture is asked for at a time, and of what was wanted meanwhile only the newest', async () => {
   const asked: string[] = [];
   const answers: (() => void)[] = [];
-  let goneOnce = false;
+  let refusals: [string, number][] = [];
   let opened = 0;
   globalThis.fetch = (async (address: string, request: RequestInit) => {
     if (request.method === 'DELETE') return new Response(null, { status: 204 });
@@ -68,10 +68,8 @@ test('one picture is asked for at a time, and of what was wanted meanwhile only 
     }
     const { values, frame } = JSON.parse(request.body as string);
     asked.push(`${address.split('/').at(-2)} ${values.title} ${frame}`);
-    if (goneOnce) {
-      goneOnce = false;
-      return Response.json({ code: 'preview-gone' }, { status: 404 });
-    }
+    const refusal = refusals.shift();
+    if (refusal) return Response.json({ code: refusal[0] }, { status: refusal[1] });
     await new Promise<void>((resolve) => answers.push(resolve));
     return new Response(values.title);
   }) as typeof fetch;
@@ -93,8 +91,8 @@ test('one picture is asked for at a time, and of what was wanted meanwhile only 
   assert.equal((session.shown.value.picture as unknown as { name: string }).name, 'e');
   assert.equal(session.shown.value.isWaiting, false);
 
-  // A scene that has gone is opened again, at the frame that was wanted.
-  goneOnce = true;
+  // A scene that has gone is opened again, at the frame that was wanted; also after the studio has begun anew.
+  refusals = [['preview-gone', 404]];
   session.show({ title: 'f' }, null);
   await wait(5);
   await answer();
@@ -104,5 +102,10 @@ test('one picture is asked for at a time, and of what was wanted meanwhile only 
   await wait(5);
   await answer();
   assert.equal(asked.at(-1), 'prv_2 g 12');
+  refusals = [['not-serving', 503], ['not-serving', 503], ['preview-gone', 404]];
+  session.show({ title: 'h' }, null);
+  await wait(2200);
+  await answer();
+  assert.equal((session.shown.value.picture as unknown as { name: string }).name, 'h');
   session.close();
 });

@@ -38,7 +38,10 @@ export async function loadStrings(wanted: Language): Promise<void> {
   const name = document.documentElement.dataset[wanted];
   const answer = await fetch(name ?? '');
   if (!answer.ok) throw new Error(`strings ${wanted}: ${answer.status}`);
-  table = (await answer.json()) as Record<string, Text>;
+  const texts = (await answer.json()) as Record<string, Text>;
+  // Another one was chosen meanwhile.
+  if (wanted !== language) return;
+  table = texts;
   plural = new Intl.PluralRules(wanted);
   document.documentElement.lang = wanted;
 }

@@ -37,6 +37,8 @@ export function watchJobs(watcher: JobWatcher): () => void {
 
 export function takeJob(job: Job) {
   const before = studio.value.jobs[job.id];
+  // An answer that was overtaken by the event of the end.
+  if (before && !isActive(before) && isActive(job)) return;
   studio.set({ jobs: { ...studio.value.jobs, [job.id]: job } });
   if (before?.state !== job.state) for (const watcher of [...jobWatchers]) watcher(job, before);
 }
@@ -51,6 +53,8 @@ const events = new Events(
   {
     job(job) {
       takeJob(job);
+      const { videos } = studio.value;
+      if (videos && job.state === 'expired') studio.set({ videos: videos.filter((video) => video.job !== job.id) });
       if (job.state === 'done' && (job.kind === 'install' || job.kind === 'refresh')) void loadTemplates().catch(() => {});
     },
     video(video) {
@@ -71,6 +75,7 @@ async function catchUp() {
     const { jobs } = await get<{ jobs: Job[] }>('/jobs?limit=20');
     jobs.reverse().forEach(takeJob);
     studio.set({ isOffline: false });
+    if (studio.value.videos) await loadVideos();
     if (!studio.value.templates) await loadTemplates();
   } catch {
     // The stream says when it is back.
@@ -87,9 +92,19 @@ export async function loadTemplates(): Promise<void> {
   }
 }
 
+export async function allVideos(): Promise<Video[]> {
+  const all: Video[] = [];
+  let cursor = '';
+  do {
+    const { videos, next } = await get<{ videos: Video[]; next: string | null }>(`/videos${cursor && `?cursor=${cursor}`}`);
+    all.push(...videos);
+    cursor = next ?? '';
+  } while (cursor);
+  return all;
+}
+
 export async function loadVideos(): Promise<void> {
-  const { videos } = await get<{ videos: Video[] }>('/videos');
-  studio.set({ videos });
+  studio.set({ videos: await allVideos() });
 }
 
 export async function loadSettings(): Promise<void> {
@@ -193,7 +208,10 @@ export async function changeVideo(id: string, change: { title?: string; kept?: b
 }
 
 export async function deleteVideo(id: string, photosToo: boolean): Promise<void> {
-  await remove(`/videos/${id}?photos=${photosToo}`);
+  await remove(`/videos/${id}?photos=${photosToo}`).catch((error: Problem) => {
+    // Pressed twice, or gone in another window.
+    if (error.status !== 404) throw error;
+  });
   const { videos } = studio.value;
   if (videos) studio.set({ videos: videos.filter((video) => video.id !== id) });
 }

@@ -124,7 +124,9 @@ function Form({ template, draft }: { template: Template; draft: Draft }) {
   const music = useSame(apiMusic(content.music));
   const check = useChecks(template.id, told, music);
 
-  useEffect(() => session.show(values, null), [session, values]);
+  // Again, too, when the studio is back.
+  const isOffline = studio.use((value) => value.isOffline);
+  useEffect(() => session.show(values, null), [session, values, isOffline]);
   useEffect(() => () => session.close(), [session]);
 
   const activate = useCallback(
@@ -234,11 +236,21 @@ function Form({ template, draft }: { template: Template; draft: Draft }) {
     place.querySelector<HTMLElement>('input, textarea, button')?.focus({ preventScroll: true });
   }, [jumpTo]);
 
+  /** Of a photo, film or sound that has not arrived. */
+  const failedKey = () => {
+    const { fields, music } = draft.state.value;
+    const hasFailed = (item: string | undefined) => item && media.value.items[item]?.problem;
+    const used = Object.entries(fields).find(([, field]) => 'item' in field && hasFailed(field.item));
+    return used?.[0] ?? (music.kind === 'own' && hasFailed(music.item) ? musicKey : '');
+  };
+
   const start = async () => {
     setProblems({});
     setStarting(true);
     try {
       await settled(draft.items());
+      const failed = failedKey();
+      if (failed) return jump(failed);
       const job = await makeVideo({
         template: template.id,
         values: apiValues(draft.state.value),
@@ -268,17 +280,15 @@ function Form({ template, draft }: { template: Template; draft: Draft }) {
 
   /** Nothing missing: it starts. Else one question, with a way to each that is. */
   const make = () => {
+    if (isStarting) return;
     const tooLong = template.inputs.find((input) => {
       const field = content.fields[input.key];
       const excess = field?.kind === 'text' ? excessOf(input, field.text) : null;
       return excess && (excess.characters > 0 || excess.lines > 0);
     });
     if (tooLong) return jump(tooLong.key);
-    const failed = draft.items().find((item) => items[item]?.problem);
-    if (failed) {
-      const key = Object.entries(content.fields).find(([, field]) => 'item' in field && field.item === failed)?.[0];
-      return jump(key ?? musicKey);
-    }
+    const failed = failedKey();
+    if (failed) return jump(failed);
     const open = template.inputs.filter((input) => !content.fields[input.key]).map(({ key, label }) => ({ key, label }));
     if (content.music.kind === 'own' && !content.music.item) open.push({ key: musicKey, label: t('music.choose') });
     if (open.length > 0) setMissing(open);

@@ -34,6 +34,7 @@ export class PreviewSession {
   private stripOf = '';
   private source: EventSource | null = null;
   private retries = 0;
+  private reopened = 0;
 
   constructor(
     private readonly template: number,
@@ -111,7 +112,7 @@ export class PreviewSession {
       const info = this.shown.value.info ?? (await this.open(values));
       const frame = this.target ?? this.shown.value.frame;
       const answer = await send('POST', `/previews/${info.id}/still`, { values, frame });
-      this.retries = 0;
+      this.retries = this.reopened = 0;
       if (answer.status === 204) return;
       const picture = await createImageBitmap(await answer.blob());
       this.shown.value.picture?.close();
@@ -143,8 +144,8 @@ export class PreviewSession {
   private async failed(error: unknown, values: ApiValues): Promise<void> {
     const problem = error instanceof Problem ? error : new Problem({ status: 0 });
     // A scene that nobody looked at for a while is gone: it is opened again.
-    if ((problem.code === 'preview-gone' || problem.status === 404) && this.retries < 2) {
-      this.retries += 1;
+    if ((problem.code === 'preview-gone' || problem.status === 404) && this.reopened < 2) {
+      this.reopened += 1;
       this.shown.set({ info: null });
       this.dropStrip();
       this.wanted ??= values;

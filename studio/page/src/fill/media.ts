@@ -33,6 +33,10 @@ const mostAtOnce = 2;
 let underWay = 0;
 const waiting: (() => void)[] = [];
 const cancels = new Map<string, () => void>();
+/** What was chosen on this page, wherever the browser has no room for it. */
+const chosen = new Map<string, KeptFile>();
+
+const keptFile = async (id: string) => chosen.get(id) ?? load<KeptFile>('files', id);
 
 function change(id: string, part: Partial<Item>) {
   const item = media.value.items[id];
@@ -80,6 +84,7 @@ export function addFile(file: File, kind: Upload['kind'], most = Infinity): stri
   const problem = file.size > most ? new Problem({ status: 413, detail }) : null;
   put({ id, kind, name: kept.name, upload: null, progress: 0, problem, local: URL.createObjectURL(file) });
   if (problem) return id;
+  chosen.set(id, kept);
   void keep('files', id, kept);
   void upload(kept);
   return id;
@@ -90,7 +95,7 @@ export const isTooLarge = (problem: Error) => problem instanceof Problem && prob
 
 /** Sends a file again whose sending failed. */
 export async function retry(id: string): Promise<void> {
-  const kept = await load<KeptFile>('files', id);
+  const kept = await keptFile(id);
   if (!kept) return;
   change(id, { problem: null, progress: 0 });
   await upload(kept);
@@ -143,7 +148,7 @@ export async function refresh(ids: string[]): Promise<void> {
       const item = media.value.items[id];
       if (!item?.upload || (await isThere(item.upload))) return;
       change(id, { upload: null, progress: 0 });
-      const kept = await load<KeptFile>('files', id);
+      const kept = await keptFile(id);
       if (kept) void uploadAgain(kept);
       else change(id, { problem: new Problem({ status: 404 }) });
     }),
@@ -183,5 +188,6 @@ export async function sweep(used: Set<string>): Promise<void> {
 export function forgetMedia() {
   for (const cancel of cancels.values()) cancel();
   for (const item of Object.values(media.value.items)) if (item.local) URL.revokeObjectURL(item.local);
+  chosen.clear();
   media.set({ items: {} });
 }

@@ -34,6 +34,7 @@ function useFramePicture(id: string, isDrawing: boolean): string {
     return () => {
       isCurrent = false;
       clearInterval(timer);
+      setTimeout(URL.revokeObjectURL, pictureEvery, last);
     };
   }, [id, isDrawing]);
   return shown;

@@ -1,11 +1,11 @@
 // Language, looks, who may look in, and forgetting everything.
 import { useEffect, useState } from 'preact/hooks';
 import { get, remove } from '../api/client';
-import type { Device, Video } from '../api/types';
+import type { Device } from '../api/types';
 import { forgetDatabase } from '../app/database';
 import { chosenTheme, forgetPreferences, keepLanguage, setTheme, type Theme } from '../app/preferences';
 import { day, isLanguage, language, languages, t, type Language } from '../app/strings';
-import { shareUsage, signOut, studio } from '../app/studio';
+import { allVideos, deleteVideo, loadSettings, shareUsage, signOut, studio } from '../app/studio';
 import { forgetMedia } from '../fill/media';
 import { Dialog } from '../ui/Dialog';
 import { Icon } from '../ui/Icon';
@@ -39,8 +39,7 @@ function Choices<T extends string>({ name, legend, value, options, onChange }: C
 }
 
 async function forgetEverything(): Promise<void> {
-  const { videos } = await get<{ videos: Video[] }>('/videos');
-  for (const video of videos) await remove(`/videos/${video.id}?photos=true`);
+  for (const video of await allVideos()) await deleteVideo(video.id, true);
   forgetMedia();
   await forgetDatabase();
   forgetPreferences();
@@ -56,9 +55,16 @@ export function SettingsScreen({ onLanguage }: { onLanguage: (language: Language
   const [devices, setDevices] = useState<Device[] | null>(null);
   const [asks, setAsks] = useState(false);
 
+  // The pairing code is another one once it was used.
+  useEffect(() => {
+    const look = () => void loadSettings().catch(() => {});
+    look();
+    const timer = setInterval(look, 5000);
+    return () => clearInterval(timer);
+  }, []);
   useEffect(() => {
     if (settings?.isLocal) get<{ sessions: Device[] }>('/sessions').then(({ sessions }) => setDevices(sessions), () => {});
-  }, [settings?.isLocal]);
+  }, [settings?.isLocal, settings?.pairing?.code]);
 
   return (
     <Screen title={t('settings.title')}>
