@@ -99,6 +99,7 @@ ZipArchive::Core::Core(const fs::path& source, ErrorKind errorKind, const ZipLim
     const auto place = findZipDirectory(file, fault);
     if (!place) refuse(fault);
     directory = *place;
+    stream.replace(place->offset, directoryInShortForm(file, *place));
     archive.reset(unzOpen2_64(path.c_str(), stream.functions()));
     if (!archive) refuse("is no zip archive");
     list();
@@ -165,8 +166,8 @@ void ZipArchive::Core::noteExtent(const ZipEntry& entry) {
         refuse("the entry contradicts the archive's directory", entry.name);
     unzCloseCurrentFile(archive.get());
     std::string fault;
-    const uint64_t listed = unzGetOffset64(archive.get());
-    auto extent = findZipEntry(file, listed, entry.name, entry.packedBytes, fault);
+    std::string listed = stream.at(unzGetOffset64(archive.get()), kZipDirectoryEntryBytes);
+    auto extent = findZipEntry(file, std::move(listed), entry.name, entry.packedBytes, fault);
     if (!extent) refuse(fault, entry.name);
     extents.push_back(std::move(*extent));
 }

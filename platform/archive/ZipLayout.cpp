@@ -12,10 +12,13 @@ namespace {
 
 constexpr uint64_t kEndRecordBytes = 22, kMaxCommentBytes = 0xffff;
 constexpr uint64_t kLocatorBytes = 20, kLongEndRecordBytes = 56;
-constexpr uint64_t kLocalHeaderBytes = 30, kDirectoryEntryBytes = 46;
+constexpr uint64_t kLocalHeaderBytes = 30;
 constexpr uint64_t kLeastDescriptorBytes = 12, kMostDescriptorBytes = 24;
 constexpr uint64_t kLongFormMark16 = 0xffff, kLongFormMark32 = 0xffffffff;
 constexpr uint64_t kDescriptorFlag = 0x0008;
+constexpr size_t kPackedBytesAt = 20, kPlainBytesAt = 24, kHeaderAt = 42;  // in an entry of the directory
+constexpr uint64_t kLongFormField = 1, kNobodysField = 0xffff;
+constexpr uint64_t kMostDirectoryBytes = 64 << 20;  // of as many entries as there may be, and more
 
 /// Bytes of a file, read as the numbers of an archive: the lowest byte first.
 class Bytes {
@@ -27,12 +30,18 @@ class Bytes {
         if (read != static_cast<int64_t>(count)) text_.clear();
     }
 
+    explicit Bytes(std::string text) : text_(std::move(text)) {}
+
     bool startsWith(std::string_view mark) const { return text_.starts_with(mark); }
     uint64_t number(size_t at, int bytes) const {
         uint64_t value = 0;
         for (int index = bytes - 1; index >= 0; --index)
             value = value << 8 | static_cast<unsigned char>(text_[at + static_cast<size_t>(index)]);
         return value;
+    }
+    void setNumber(size_t at, int bytes, uint64_t value) {
+        for (int index = 0; index < bytes; ++index, value >>= 8)
+            text_[at + static_cast<size_t>(index)] = static_cast<char>(value & 0xff);
     }
     const std::string& text() const { return text_; }
 
@@ -82,7 +91,47 @@ std::optional<EndRecord> longEndRecord(const FileHandle& file, const EndRecord& 
                      record.number(48, 8)};
 }
 
+/// Where the field of large archives lies among an entry's further ones, which are `bytes` long; nothing when
+/// there is none.
+std::optional<size_t> longFormField(const Bytes& directory, size_t fields, size_t bytes) {
+    for (size_t at = fields; at + 4 <= fields + bytes; at += 4 + directory.number(at + 2, 2))
+        if (directory.number(at, 2) == kLongFormField) return at;
+    return std::nullopt;
+}
+
+/// True when a number has changed its place.
+bool shortenEntry(Bytes& directory, size_t entry, size_t field, size_t fieldsEnd) {
+    const size_t end = std::min<size_t>(field + 4 + directory.number(field + 2, 2), fieldsEnd);
+    size_t at = field + 4;
+    bool hasChanged = false;
+    // In this order, and only those that are marked.
+    for (const size_t number : {kPlainBytesAt, kPackedBytesAt, kHeaderAt}) {
+        if (directory.number(entry + number, 4) != kLongFormMark32) continue;
+        if (at + 8 > end || directory.number(at, 8) >= kLongFormMark32) break;
+        directory.setNumber(entry + number, 4, directory.number(at, 8));
+        hasChanged = true;
+        at += 8;
+    }
+    if (hasChanged) directory.setNumber(field, 2, kNobodysField);
+    return hasChanged;
+}
+
 }  // namespace
+
+std::string directoryInShortForm(const FileHandle& file, const ZipDirectoryPlace& place) {
+    if (place.bytes > kMostDirectoryBytes) return {};
+    Bytes directory(file, place.offset, place.bytes);
+    bool hasChanged = false;
+    for (size_t at = 0; at + kZipDirectoryEntryBytes <= directory.text().size();) {
+        const size_t fields = at + kZipDirectoryEntryBytes + directory.number(at + 28, 2);
+        const size_t bytes = directory.number(at + 30, 2);
+        if (fields + bytes > directory.text().size()) break;
+        if (const auto field = longFormField(directory, fields, bytes))
+            hasChanged = shortenEntry(directory, at, *field, fields + bytes) || hasChanged;
+        at = fields + bytes + directory.number(at + 32, 2);
+    }
+    return hasChanged ? directory.text() : "";
+}
 
 std::optional<ZipDirectoryPlace> findZipDirectory(const FileHandle& file, std::string& fault) {
     auto record = shortEndRecord(file);
@@ -99,15 +148,15 @@ std::optional<ZipDirectoryPlace> findZipDirectory(const FileHandle& file, std::s
     return ZipDirectoryPlace{record->offset, record->bytes};
 }
 
-std::optional<ZipExtent> findZipEntry(const FileHandle& file, uint64_t directoryEntry,
-                                      const std::string& name, uint64_t packedBytes, std::string& fault) {
+std::optional<ZipExtent> findZipEntry(const FileHandle& file, std::string entry, const std::string& name,
+                                      uint64_t packedBytes, std::string& fault) {
     fault = "the archive's directory is damaged";
-    const Bytes listed(file, directoryEntry, kDirectoryEntryBytes);
-    if (!listed.startsWith("PK\1\2")) return std::nullopt;
+    const Bytes listed(std::move(entry));
+    if (listed.text().size() < kZipDirectoryEntryBytes || !listed.startsWith("PK\1\2")) return std::nullopt;
     fault = "the entry lies in another part of the archive";
     if (listed.number(34, 2) != 0) return std::nullopt;
 
-    const uint64_t begin = listed.number(42, 4);
+    const uint64_t begin = listed.number(kHeaderAt, 4);
     const Bytes header(file, begin, kLocalHeaderBytes);
     fault = "the entry contradicts the archive's directory";
     if (!header.startsWith("PK\3\4") || header.number(26, 2) != name.size()) return std::nullopt;

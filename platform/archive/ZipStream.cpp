@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstring>
+#include <utility>
 
 namespace platform {
 
@@ -42,6 +43,19 @@ long ZipStream::seek(void* self, void*, ZPOS64_T offset, int origin) {
     return 0;
 }
 
+void ZipStream::replace(uint64_t offset, std::string bytes) {
+    replacedAt_ = offset;
+    replacement_ = std::move(bytes);
+    block_.clear();
+}
+
+std::string ZipStream::at(uint64_t offset, uint64_t count) {
+    std::string bytes(count, '\0');
+    position_ = offset;
+    bytes.resize(copy(bytes.data(), count));
+    return bytes;
+}
+
 uint64_t ZipStream::copy(char* bytes, uint64_t count) {
     uint64_t done = 0;
     while (done < count && position_ < size_ && loadBlock()) {
@@ -62,6 +76,9 @@ bool ZipStream::loadBlock() {
     const int64_t count = readAt(file_, block_.data(), block_.size(), blockStart_);
     if (count < 0 && failure_ == 0) failure_ = errno;
     block_.resize(static_cast<size_t>(std::max<int64_t>(count, 0)));
+    const uint64_t from = std::max(blockStart_, replacedAt_);
+    const uint64_t to = std::min(blockStart_ + block_.size(), replacedAt_ + replacement_.size());
+    if (from < to) replacement_.copy(block_.data() + (from - blockStart_), to - from, from - replacedAt_);
     return position_ - blockStart_ < block_.size();
 }
 

@@ -4,6 +4,7 @@
 #include <minizip/ioapi.h>
 
 #include <cstdint>
+#include <string>
 #include <vector>
 
 #include "platform/base/File.h"
@@ -17,6 +18,10 @@ class ZipStream {
 
     /// The library's functions on this stream, which must outlive the archive that is opened with them.
     zlib_filefunc64_def* functions() { return &functions_; }
+    /// From now on the file reads as if `bytes` stood there.
+    void replace(uint64_t offset, std::string bytes);
+    /// What is read at some place; fewer bytes at the end of the file, and where it cannot be read.
+    std::string at(uint64_t offset, uint64_t count);
     /// The errno value of the first read that failed, which the library takes for an archive that is damaged;
     /// else 0.
     int failure() const { return failure_; }
@@ -35,6 +40,8 @@ class ZipStream {
     const FileHandle& file_;
     uint64_t size_, position_ = 0, blockStart_ = 0;
     std::vector<char> block_;
+    std::string replacement_;
+    uint64_t replacedAt_ = 0;
     int failure_ = 0;
     zlib_filefunc64_def functions_{};
 };

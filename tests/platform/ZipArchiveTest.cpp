@@ -189,7 +189,7 @@ TEST_F(ZipArchiveTest, TakesWhatOtherProgramsWrite) {
     const fs::path file = folder / "T" / "a.txt";
     createFolders(file.parent_path());
     std::ofstream(file) << "content";
-    // Sizes behind the data; and the end record of large archives around a small one.
+    // Sizes behind the data; and the end record, or all numbers, of large archives in a small one.
     const std::string piped = "cd " + folder.string() + " && rm -f a.zip && ";
     const std::string streamed = piped +
                                  "python3 -c \"import sys, zipfile\nclass Pipe:\n def write(s, b): return "
@@ -198,7 +198,12 @@ TEST_F(ZipArchiveTest, TakesWhatOtherProgramsWrite) {
     const std::string large = piped +
                               "python3 -c \"import zipfile\nzipfile.ZIP_FILECOUNT_LIMIT = 0\n"
                               "with zipfile.ZipFile('a.zip', 'w', 8) as z: z.write('T/a.txt')\"";
-    for (const std::string& command : {streamed, large}) {
+    const std::string throughout =
+        piped +
+        "echo more > T/b.txt && python3 -c \"import zipfile\nzipfile.ZIP64_LIMIT = 0\n"
+        "with zipfile.ZipFile('a.zip', 'w', 8) as z: z.write('T/b.txt'); "
+        "z.write('T/a.txt')\"";
+    for (const std::string& command : {streamed, large, throughout}) {
         ASSERT_EQ(std::system(command.c_str()), 0);
         EXPECT_EQ(refusal(), "") << command;
         EXPECT_EQ(content("T/a.txt"), "content");
