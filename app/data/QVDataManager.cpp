@@ -5,6 +5,7 @@
 #include "platform/base/Error.h"
 #include "platform/base/Json.h"
 #include "platform/base/Log.h"
+#include "platform/base/PartFile.h"
 #include "platform/base/PartFolder.h"
 #include "platform/base/PrivateFolder.h"
 
@@ -92,7 +93,9 @@ bool isBeingChanged(const std::string& database) {
 
 /// With what a killed program has recorded beside the file, and nobody could bring into it since.
 std::unique_ptr<Database> completed(const std::string& database) {
-    const platform::PartFolder folder(platform::privateTemporaryFolder(), "catalogue");
+    const std::filesystem::path temporary = platform::privateTemporaryFolder();
+    platform::removeAbandonedParts(temporary);
+    const platform::PartFolder folder(temporary, "catalogue");
     const std::filesystem::path copy = folder.path() / "copy.db";
     for (const std::string part : {"", "-wal", "-journal"}) {
         std::error_code failure;
