@@ -50,10 +50,10 @@ void replaceAll(std::string& text, std::string_view from, const std::string& to)
 }
 
 std::string adapted(std::string text, const std::string& name, int64_t sId) {
+    replaceAll(text, std::string(kPatternName) + ".plist", "NAME.plist");  // only comments say it
     for (const char* title : kPatternTitles)
         replaceAll(text, title, "<string>" + xmlText(name) + "</string>");
     replaceAll(text, std::string("/") + kPatternName + "/", "/" + xmlText(name) + "/");
-    replaceAll(text, std::string(kPatternName) + ".plist", "NAME.plist");  // only comments say it
     replaceAll(text, kPatternNumber, "<integer>" + std::to_string(sId) + "</integer>");
     return text;
 }

@@ -10,6 +10,7 @@
 #include "platform/base/FileGate.h"
 #include "platform/base/Limits.h"
 #include "platform/base/PropertyList.h"
+#include "platform/base/Utf8.h"
 
 namespace multiscene {
 
@@ -193,7 +194,8 @@ bool isTemplateName(const std::string& name) {
     const bool plain = std::none_of(name.begin(), name.end(), [](unsigned char letter) {
         return letter < 0x20 || letter == 0x7f || letter == '/' || letter == '\\';
     });
-    return plain && !name.empty() && name.front() != '.' && name.size() <= 200;
+    return plain && platform::firstInvalidUtf8(name) == std::string::npos && !name.empty() &&
+           name.front() != '.' && name.size() <= 200;
 }
 
 }  // namespace multiscene

@@ -53,7 +53,8 @@ void requireOwnPaths(const TemplateFolder& folder, const std::string& scenePath 
 /// The template whose folder holds a stored scene file; empty for a file outside the scene folder.
 std::string templateOwning(const std::string& scenePlistPath);
 
-/// Whether a name may be a template's folder: one visible path component without control characters.
+/// Whether a name may be a template's folder: one visible path component of UTF-8 without control
+/// characters.
 bool isTemplateName(const std::string& name);
 
 }  // namespace multiscene
