@@ -179,6 +179,13 @@ bool Statement::step() {
     return guarded(core_->file, [&] { return core_->query.executeStep(); });
 }
 
+bool Statement::run() {
+    const bool hasRows = step();
+    while (hasRows && step()) {
+    }
+    return hasRows;
+}
+
 int64_t Statement::integer(const char* column) const {
     return guarded(core_->file, [&] { return core_->query.getColumn(column).getInt64(); });
 }

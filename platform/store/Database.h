@@ -41,6 +41,9 @@ class Statement {
 
     /// True while there is a row. A statement without rows is executed by the first call.
     bool step();
+    /// Does a change that returns rows to its end: before that nobody knows whether it could be written.
+    /// Whether there was a row.
+    bool run();
     /// Columns of the current row by name; a number or text that is absent reads as 0 or empty.
     int64_t integer(const char* column) const;
     std::string text(const char* column) const;

@@ -161,7 +161,7 @@ std::vector<SessionStore::Known> SessionStore::known() {
 
 bool SessionStore::revoke(const std::string& id) {
     const std::lock_guard lock(mutex_);
-    return database_.prepare("DELETE FROM credential WHERE session = ? RETURNING session").bind(1, id).step();
+    return database_.prepare("DELETE FROM credential WHERE session = ? RETURNING session").bind(1, id).run();
 }
 
 std::string SessionStore::rating(const Session& session) {

@@ -218,14 +218,14 @@ bool JobStore::cancelWaiting(const std::string& id, int64_t now) {
             "UPDATE job SET state = 'cancelled', ended = ? WHERE id = ? AND state = 'queued' RETURNING id")
         .bind(1, now)
         .bind(2, id)
-        .step();
+        .run();
 }
 
 bool JobStore::askToCancel(const std::string& id) {
     return database_
         .prepare("UPDATE job SET state = 'cancelling' WHERE id = ? AND state = 'running' RETURNING id")
         .bind(1, id)
-        .step();
+        .run();
 }
 
 bool JobStore::putBack(const std::string& id, int64_t notBefore) {
@@ -234,7 +234,7 @@ bool JobStore::putBack(const std::string& id, int64_t notBefore) {
             "UPDATE job SET state = 'queued', not_before = ? WHERE id = ? AND state = 'running' RETURNING id")
         .bind(1, notBefore)
         .bind(2, id)
-        .step();
+        .run();
 }
 
 bool JobStore::putBackUncounted(const std::string& id, bool wasKilled, int64_t notBefore) {
@@ -245,7 +245,7 @@ bool JobStore::putBackUncounted(const std::string& id, bool wasKilled, int64_t n
         .bind(1, int64_t{wasKilled})
         .bind(2, notBefore)
         .bind(3, id)
-        .step();
+        .run();
 }
 
 bool JobStore::end(const std::string& id, JobState state, const Value& problem, int64_t now) {
@@ -257,7 +257,7 @@ bool JobStore::end(const std::string& id, JobState state, const Value& problem, 
         .bind(2, problem ? platform::jsonText(problem) : "")
         .bind(3, now)
         .bind(4, id)
-        .step();
+        .run();
 }
 
 std::vector<std::string> JobStore::expire() {

@@ -86,7 +86,7 @@ bool UploadStore::useLink(const std::string& upload, int64_t expires) {
     return database_.prepare("INSERT OR IGNORE INTO used_link VALUES(?, ?) RETURNING upload")
         .bind(1, upload)
         .bind(2, expires)
-        .step();
+        .run();
 }
 
 void UploadStore::freeLink(const std::string& upload) {
@@ -102,7 +102,7 @@ bool UploadStore::remove(const std::string& id) {
     const bool isRemoved =
         database_.prepare(std::string("DELETE FROM upload WHERE id = ? AND ") + kUnused + "RETURNING id")
             .bind(1, id)
-            .step();
+            .run();
     if (isRemoved) removeQuietly(folderOf(id));
     return isRemoved;
 }

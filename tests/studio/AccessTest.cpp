@@ -182,6 +182,14 @@ TEST_F(AccessTest, pairsDevicesOfTheNetwork) {
     EXPECT_TRUE(isListed);
 }
 
+TEST(StatementTest, aChangeIsWrittenDownOrFails) {
+    platform::Database database(platform::Database::kInMemory);
+    database.execute(
+        "PRAGMA foreign_keys=ON; CREATE TABLE a(id INTEGER PRIMARY KEY);"
+        "CREATE TABLE b(a INTEGER REFERENCES a DEFERRABLE INITIALLY DEFERRED)");
+    EXPECT_THROW(database.prepare("INSERT INTO b VALUES(7) RETURNING a").run(), platform::Error);
+}
+
 /// Of an earlier version, of a later one, of none.
 TEST_F(AccessTest, takesTheDatabaseOfAnEarlierVersion) {
     const fs::path file = home / "studio" / "studio.db", video = home / "studio" / "videos" / "vid_a.mp4";
