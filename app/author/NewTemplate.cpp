@@ -1,10 +1,15 @@
 #include "app/author/NewTemplate.h"
 
+#include <stdio.h>
+
+#include <cerrno>
 #include <string_view>
 
 #include "app/template/TemplateFolder.h"
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
+#include "platform/base/PartFile.h"
+#include "platform/base/PartFolder.h"
 #include "platform/base/Paths.h"
 
 namespace multiscene {
@@ -84,12 +89,15 @@ fs::path makeNewTemplate(const fs::path& parent, const std::string& name, int64_
     const fs::path folder = fs::absolute(parent) / name;
     if (fs::exists(fs::symlink_status(folder)))
         throw Error(ErrorKind::Usage, "exists already", folder.string());
-    try {
-        copyPattern(folder, name, sId);
-    } catch (...) {
-        std::error_code ignored;
-        fs::remove_all(folder, ignored);
-        throw;
+    platform::createFolders(folder.parent_path());
+    platform::removeAbandonedParts(folder.parent_path());
+    const platform::PartFolder making(folder.parent_path(), name);
+    copyPattern(making.path() / name, name, sId);
+    // Another program may have made one of this name meanwhile.
+    if (::rename((making.path() / name).c_str(), folder.c_str()) != 0) {
+        if (errno == ENOTEMPTY || errno == EEXIST || errno == ENOTDIR)
+            throw Error(ErrorKind::Usage, "exists already", folder.string());
+        throw platform::errnoError(errno, "cannot create the folder", folder.string());
     }
     return folder;
 }

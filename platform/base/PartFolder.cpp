@@ -17,7 +17,7 @@ PartFolder::PartFolder(const fs::path& parent, const std::string& purpose) {
     for (int attempt = 0; attempt < attempts; ++attempt) {
         path_ = partName(parent / purpose);
         if (::mkdir(path_.c_str(), 0777) != 0)
-            throw errnoError(errno, "cannot create the folder", path_.string());
+            throw errnoError(errno, "cannot create the folder", (parent / purpose).string());
         lock_ = openFile(path_, O_RDONLY | O_DIRECTORY);
         // Somebody may have found it before it was locked, and takes it for abandoned.
         const bool isFree =
