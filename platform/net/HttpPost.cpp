@@ -90,11 +90,11 @@ int send(const HttpPost& post) {
     long status = 0;
     curl_easy_getinfo(handle.get(), CURLINFO_RESPONSE_CODE, &status);
     if (code == CURLE_ABORTED_BY_CALLBACK) throw Error(ErrorKind::Cancelled, "cancelled");
+    // Somebody who talks too much has answered all the same, and so has the one of several addresses that may
+    // be reached.
+    if (status >= 200 && (code == CURLE_OK || code == CURLE_WRITE_ERROR)) return static_cast<int>(status);
     if (sending.isRefused) throw Error(ErrorKind::Input, "its address is not one of the Internet");
-    // Somebody who talks too much has answered all the same.
-    if (status < 200 || (code != CURLE_OK && code != CURLE_WRITE_ERROR))
-        throw Error(ErrorKind::Transient, code == CURLE_OK ? "no answer" : curl_easy_strerror(code));
-    return static_cast<int>(status);
+    throw Error(ErrorKind::Transient, code == CURLE_OK ? "no answer" : curl_easy_strerror(code));
 }
 
 }  // namespace platform
