@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "platform/base/Limits.h"
+#include "platform/base/Saturating.h"
 #include "platform/media/Ffmpeg.h"
 
 extern "C" {
@@ -34,6 +35,14 @@ class PacketReader {
           packet_(ffmpeg::newPacket()) {}
 
     const AVStream& stream() const { return stream_; }
+    /// When the first picture of a film is shown, in ticks of the sound; 0 of a file without pictures.
+    int64_t pictureStart() const {
+        const AVStream* const* end = input_->streams + input_->nb_streams;
+        const auto* film =
+            std::find_if(input_->streams, input_->streams + input_->nb_streams, ffmpeg::isFilm);
+        if (film == end || (*film)->start_time == AV_NOPTS_VALUE) return 0;
+        return av_rescale_q((*film)->start_time, (*film)->time_base, stream_.time_base);
+    }
     /// In Ogg a packet's length already is without the padding at its end.
     bool lengthsExcludePadding() const { return std::strcmp(input_->iformat->name, "ogg") == 0; }
 
@@ -143,18 +152,28 @@ Dropped droppedBy(const AVPacket& packet) {
 
 }  // namespace
 
+namespace {
+
+/// What is heard of a track, in sample frames at kAudioSampleRate.
+struct Extent {
+    int64_t silence = 0;  ///< until it begins, where the pictures of a film begin earlier
+    int64_t passed = 0;   ///< of it, where they begin later
+    int64_t heard = 0;    ///< of it, after that
+};
+
+}  // namespace
+
 struct AudioFile::Implementation {
     FileHandle file;
     std::string name;
     ErrorKind kind;
-    int64_t frameCount = 0;
+    Extent extent;
 };
 
 namespace {
 
-// Sample frames from the first packet that is heard to the end of the last one: exact and much faster than
-// decoding.
-int64_t measure(PacketReader& packets) {
+// From the first packet that is heard to the end of the last one: exact and much faster than decoding.
+Extent measure(PacketReader& packets) {
     const AVRational ticks = packets.stream().time_base;
     const AVRational samples{1, std::max(packets.stream().codecpar->sample_rate, 1)};
     const int64_t most = limitOf<int64_t>("maxSoundSeconds") * samples.den;
@@ -173,8 +192,17 @@ int64_t measure(PacketReader& packets) {
             break;
         }
     }
-    const int64_t heard = std::max<int64_t>(end - start.value_or(end), 0);
-    return av_rescale_q(heard, samples, {1, kAudioSampleRate});
+    const auto frames = [&](int64_t count) { return av_rescale_q(count, samples, {1, kAudioSampleRate}); };
+    const int64_t begin = start.value_or(end), length = std::clamp<int64_t>(end - begin, 0, most);
+    // Sound after the longest that a file may have is not heard, nor is what ends before the first picture.
+    const int64_t lead =
+        std::clamp(saturatingDifference(begin, av_rescale_q(packets.pictureStart(), ticks, samples)), -length,
+                   most - length);
+    Extent extent;
+    extent.silence = frames(std::max<int64_t>(lead, 0));
+    extent.passed = frames(std::max<int64_t>(-lead, 0));
+    extent.heard = frames(length) - extent.passed;
+    return extent;
 }
 
 }  // namespace
@@ -188,21 +216,45 @@ AudioFile::AudioFile(FileHandle file, const std::string& name, ErrorKind kind)
     PacketReader packets(self.file, name, kind);
     requireUsual(*packets.stream().codecpar, name, kind);
     ffmpeg::openDecoder(packets.stream(), name, kind);
-    self.frameCount = measure(packets);
-    if (self.frameCount <= 0) throw Error(kind, "holds no sound that can be decoded", name);
+    self.extent = measure(packets);
+    if (self.extent.heard <= 0) throw Error(kind, "holds no sound that can be decoded", name);
 }
 
 AudioFile::~AudioFile() = default;
 
 const std::string& AudioFile::name() const { return implementation_->name; }
-int64_t AudioFile::frameCount() const { return implementation_->frameCount; }
+int64_t AudioFile::frameCount() const {
+    return implementation_->extent.silence + implementation_->extent.heard;
+}
 
 struct AudioFile::Reader::Implementation {
     explicit Implementation(const AudioFile::Implementation& file)
         : packets(file.file, file.name, file.kind),
           codec(ffmpeg::openDecoder(packets.stream(), file.name, file.kind)),
           frame(ffmpeg::newFrame()),
-          remaining(file.frameCount) {}
+          silence(file.extent.silence),
+          remaining(file.extent.passed + file.extent.heard) {
+        decode(nullptr, file.extent.passed);
+    }
+
+    /// The next of the track, or nowhere; returns how many there were.
+    int64_t decode(float* out, int64_t frames) {
+        frames = std::min(frames, remaining);
+        int64_t done = 0;
+        while (done < frames) {
+            if (available() == 0) {
+                if (!fill()) break;
+                continue;
+            }
+            const int64_t now = std::min(available(), frames - done);
+            const size_t count = static_cast<size_t>(now) * kAudioChannels;
+            if (out) std::memcpy(out + done * kAudioChannels, samples.data() + used, count * sizeof(float));
+            used += count;
+            done += now;
+        }
+        remaining -= done;
+        return done;
+    }
 
     int64_t available() const { return static_cast<int64_t>(samples.size() - used) / kAudioChannels; }
 
@@ -228,6 +280,7 @@ struct AudioFile::Reader::Implementation {
     std::vector<float> samples;
     size_t used = 0;  ///< of `samples`
     bool isAtEnd = false;
+    int64_t silence;    ///< still before the track
     int64_t remaining;  ///< of the file's length: the last packet may be padded beyond it
 };
 
@@ -239,23 +292,13 @@ AudioFile::Reader& AudioFile::Reader::operator=(Reader&&) noexcept = default;
 
 int64_t AudioFile::Reader::read(float* samples, int64_t frames) {
     Implementation& self = *implementation_;
-    frames = std::min(frames, self.remaining);
-    int64_t done = 0;
-    while (done < frames) {
-        if (self.available() == 0) {
-            if (!self.fill()) break;
-            continue;
-        }
-        const int64_t now = std::min(self.available(), frames - done);
-        const size_t count = static_cast<size_t>(now) * kAudioChannels;
-        if (samples)
-            std::memcpy(samples + done * kAudioChannels, self.samples.data() + self.used,
-                        count * sizeof(float));
-        self.used += count;
-        done += now;
+    const int64_t silent = std::clamp<int64_t>(frames, 0, self.silence);
+    self.silence -= silent;
+    if (samples) {
+        std::fill_n(samples, silent * kAudioChannels, 0.0f);
+        samples += silent * kAudioChannels;
     }
-    self.remaining -= done;
-    return done;
+    return silent + self.decode(samples, frames - silent);
 }
 
 void AudioFile::Reader::skip(int64_t frames) { read(nullptr, frames); }

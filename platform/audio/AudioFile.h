@@ -16,9 +16,10 @@ inline constexpr int kAudioSampleRate = 44100;
 inline constexpr int kAudioChannels = 2;
 
 /// A sound file, opened once and decoded as often as wanted. Encoder delay and padding are cut off where the
-/// file tells them. The file protocol alone and a fixed list of formats are accepted (WAV, AIFF, MP3, FLAC,
-/// Ogg, AAC, MP4/M4A/MOV, Matroska/WebM, AVI, MPEG-TS); a playlist is refused and opens nothing. Objects are
-/// used by one thread at a time.
+/// file tells them. A film's sound begins with its first picture: with silence where the track begins later,
+/// without what is heard before it. The file protocol alone and a fixed list of formats are accepted (WAV,
+/// AIFF, MP3, FLAC, Ogg, AAC, MP4/M4A/MOV, Matroska/WebM, AVI, MPEG-TS); a playlist is refused and opens
+/// nothing. Objects are used by one thread at a time.
 class AudioFile {
   public:
     /// Opens the file and measures it by reading through it without decoding; what goes beyond the length

@@ -169,13 +169,20 @@ int readPacket(AVFormatContext& input, AVPacket& packet, const std::string& name
     return code;
 }
 
+bool isFilm(const AVStream* stream) {
+    return stream->codecpar->codec_type == AVMEDIA_TYPE_VIDEO &&
+           !(stream->disposition & AV_DISPOSITION_ATTACHED_PIC);
+}
+
 AVStream& selectStream(AVFormatContext& input, Content content, const std::string& name, ErrorKind kind) {
-    const AVMediaType type = content == Content::Video ? AVMEDIA_TYPE_VIDEO : AVMEDIA_TYPE_AUDIO;
+    const auto isWanted = [content](const AVStream* stream) {
+        return content == Content::Video ? isFilm(stream)
+                                         : stream->codecpar->codec_type == AVMEDIA_TYPE_AUDIO;
+    };
     AVStream* selected = nullptr;
     for (unsigned i = 0; i < input.nb_streams; ++i) {
         AVStream* stream = input.streams[i];
-        const bool isCover = stream->disposition & AV_DISPOSITION_ATTACHED_PIC;
-        if (!selected && stream->codecpar->codec_type == type && !isCover)
+        if (!selected && isWanted(stream))
             selected = stream;
         else
             stream->discard = AVDISCARD_ALL;

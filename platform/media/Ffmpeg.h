@@ -57,6 +57,9 @@ Input openInput(const std::string& path, Content content, const std::string& nam
 /// the end of the file: that is thrown as an Error(Transient).
 int readPacket(AVFormatContext& input, AVPacket& packet, const std::string& name);
 
+/// Pictures that move; a cover is none.
+bool isFilm(const AVStream* stream);
+
 /// The first stream of that content (cover pictures do not count); all others are switched off. Throws
 /// Error(kind) when there is none.
 AVStream& selectStream(AVFormatContext& input, Content content, const std::string& name, ErrorKind kind);
