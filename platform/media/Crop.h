@@ -8,6 +8,17 @@ struct PictureShape {
     int width = 0, height = 0;
 };
 
+/// Pixels need not be square: how much wider they are than high.
+struct PixelShape {
+    int width = 1, height = 1;
+
+    /// The shape, measured in such pixels.
+    PictureShape measured(const PictureShape& shape) const;
+    /// How many square pixels are as wide as `width` of these.
+    int widthOf(int width) const;
+    bool isSquare() const { return width == height; }
+};
+
 /// Pixels.
 struct CropSize {
     int width = 0, height = 0;

@@ -151,7 +151,7 @@ ffmpeg::Frame PictureConverter::another(const AVFrame& picture) {
 ffmpeg::Frame PictureConverter::cropped(const AVFrame& picture) const {
     PictureShape shape = settings_.shape;
     if (settings_.orientation.swapsSides()) std::swap(shape.width, shape.height);
-    const CropSize size = cropSize(picture.width, picture.height, shape);
+    const CropSize size = cropSize(picture.width, picture.height, settings_.pixels.measured(shape));
     if (size.width == picture.width && size.height == picture.height) return nullptr;
     ffmpeg::Frame part = another(picture);
     // The size of the whole decides what colours without a name are.

@@ -19,7 +19,8 @@ class PictureConverter {
   public:
     struct Settings {
         Orientation orientation = {};
-        PictureShape shape = {};  ///< of the upright picture
+        PictureShape shape = {};  ///< of the upright picture, as it is seen
+        PixelShape pixels = {};   ///< of the stored picture
         bool premultipliesAlpha = false;
     };
 

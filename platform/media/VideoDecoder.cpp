@@ -38,9 +38,20 @@ bool hasStreamOf(const AVFormatContext& input, AVMediaType type) {
                        [&](const AVStream* stream) { return stream->codecpar->codec_type == type; });
 }
 
-VideoInfo infoOf(const AVFormatContext& input, const AVStream& stream, Orientation orientation) {
+/// Nearly square ones come of rounding, and extreme ones of damage.
+PixelShape pixelShapeOf(AVFormatContext& input, AVStream& stream) {
+    constexpr double least = 0.02, most = 4;
+    const AVRational shape = av_guess_sample_aspect_ratio(&input, &stream, nullptr);
+    if (shape.num <= 0 || shape.den <= 0) return {};
+    const double ratio = av_q2d(shape);
+    if (std::abs(ratio - 1) < least || ratio > most || ratio < 1 / most) return {};
+    return {shape.num, shape.den};
+}
+
+VideoInfo infoOf(const AVFormatContext& input, const AVStream& stream, Orientation orientation,
+                 PixelShape pixels) {
     VideoInfo info;
-    info.width = stream.codecpar->width;
+    info.width = pixels.widthOf(stream.codecpar->width);
     info.height = stream.codecpar->height;
     if (orientation.swapsSides()) std::swap(info.width, info.height);
     info.duration = durationOf(input, stream);
@@ -63,8 +74,9 @@ VideoDecoder::VideoDecoder(const FileHandle& file, const std::string& name, Erro
       codec_(ffmpeg::openDecoder(stream_, name, kind, threads)),
       frame_(ffmpeg::newFrame()),
       packet_(ffmpeg::newPacket()),
-      orientation_(orientationOf(stream_)) {
-    info_ = infoOf(*input_, stream_, orientation_);
+      orientation_(orientationOf(stream_)),
+      pixelShape_(pixelShapeOf(*input_, stream_)) {
+    info_ = infoOf(*input_, stream_, orientation_, pixelShape_);
 }
 
 bool VideoDecoder::next() {

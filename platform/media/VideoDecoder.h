@@ -5,6 +5,7 @@
 #include <string>
 
 #include "platform/base/CMTime.h"
+#include "platform/media/Crop.h"
 #include "platform/media/Ffmpeg.h"
 #include "platform/media/Orientation.h"
 #include "platform/media/VideoInfo.h"
@@ -19,6 +20,8 @@ class VideoDecoder {
 
     const VideoInfo& info() const { return info_; }
     Orientation orientation() const { return orientation_; }
+    /// Of the pictures as they are stored.
+    PixelShape pixelShape() const { return pixelShape_; }
 
     /// Decodes the next picture; false at the end. Damaged stretches are passed over.
     bool next();
@@ -53,6 +56,7 @@ class VideoDecoder {
     ffmpeg::Packet packet_;
     VideoInfo info_;
     Orientation orientation_;
+    PixelShape pixelShape_;
     std::optional<int64_t> firstTick_;
     int64_t tick_ = 0, nextTick_ = 0;
     std::optional<Error> error_;

@@ -11,7 +11,9 @@
 namespace platform {
 
 struct VideoInfo {
-    int width = 0, height = 0;  ///< pixels, upright: after the file's rotation
+    /// Upright: after the file's rotation. Of a film whose pixels are not square, as many square ones as are
+    /// as wide; its pictures have as many pixels as are stored.
+    int width = 0, height = 0;
     /// From time 0 to the end of the last picture; a first picture stamped later than 0 counts. 0 when
     /// unknown.
     CMTime duration{0, 1, 1, 0};

@@ -29,8 +29,7 @@ class VideoReader::Implementation : public std::enable_shared_from_this<Implemen
           settings(wanted),
           film(keptFilms().film(file, settings)),
           decoder(file, name, kind, threads()),
-          converter({decoder.orientation(), settings.shape,
-                     decoder.info().hasAlpha && settings.premultipliesAlpha}),
+          converter(converterOf(decoder)),
           info(decoder.info()),
           queue(static_cast<size_t>(std::max(settings.framesAhead, 1))) {
         const CropSize size = cropSize(info.width, info.height, settings.shape);
@@ -85,6 +84,11 @@ class VideoReader::Implementation : public std::enable_shared_from_this<Implemen
         int64_t index = 0, picture = 0;
         VideoFrame frame;
     };
+
+    PictureConverter::Settings converterOf(const VideoDecoder& from) const {
+        return {from.orientation(), settings.shape, from.pixelShape(),
+                from.info().hasAlpha && settings.premultipliesAlpha};
+    }
 
     /// Who goes to and fro in a film waits for its decoding.
     int threads() const {
@@ -246,8 +250,7 @@ class VideoReader::Implementation : public std::enable_shared_from_this<Implemen
     Picture decodedAnew(int64_t wanted) {
         try {
             VideoDecoder again(file, file.name(), ErrorKind::Failed, threads());
-            PictureConverter fresh(
-                {again.orientation(), settings.shape, again.info().hasAlpha && settings.premultipliesAlpha});
+            PictureConverter fresh(converterOf(again));
             if (settings.framesPerSecond > 0) {
                 PicturesByTime pictures(again, settings.framesPerSecond, settings.firstFrame);
                 for (int64_t index = 0; pictures.next(); ++index)

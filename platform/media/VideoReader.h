@@ -57,7 +57,7 @@ class VideoReader {
     VideoReader(const VideoReader&) = delete;
     VideoReader& operator=(const VideoReader&) = delete;
 
-    /// What the file says; width and height are those of the pictures delivered.
+    /// What the file says; width and height are of the part that is delivered.
     const VideoInfo& info() const;
 
     /// Starts decoding ahead. nextFrame() does it by itself when nobody did.
