@@ -3,6 +3,7 @@
 import hashlib
 import os
 import plistlib
+import random
 import shutil
 import sqlite3
 import struct
@@ -16,13 +17,17 @@ SCENES = "home/qvMultiSceneRender/scene/"
 OFFERED = "out/severConfig/info1-1.plist"
 
 
-def write_png(file, rgb, size=16):
+def write_png(file, rgb=None, size=16, rows=None):
     def chunk(name, data):
         return struct.pack(">I", len(data)) + name + data + struct.pack(">I", zlib.crc32(name + data))
 
-    rows = (b"\0" + bytes(rgb) * size) * size
+    rows = b"".join(rows) if rows else (b"\0" + bytes(rgb) * size) * size
     file.write_bytes(b"\x89PNG\r\n\x1a\n" + chunk(b"IHDR", struct.pack(">IIBBBBB", size, size, 8, 2, 0, 0, 0))
                      + chunk(b"IDAT", zlib.compress(rows)) + chunk(b"IEND", b""))
+
+
+def write_noise(file, seed, size):
+    write_png(file, rows=[b"\0" + random.Random(f"{seed} {row}").randbytes(3 * size) for row in range(size)], size=size)
 
 
 def write_sound(file):
@@ -272,7 +277,10 @@ class Film(Video):
     def prepare(self, root, run):
         folder = write_template(root / "in", (200, 0, 0))
         for each in ("old", "new"):
-            run("make", str(folder), "--text", "title=" + each, "-o", str(root / f"in/{each}.mp4"))
+            # Large enough that most of it is read while frames are drawn.
+            write_noise(folder / "plain.png", each, 256)
+            run("make", str(folder), "--size", "256x256", "--bitrate", "20M", "--text", "title=" + each, "-o",
+                str(root / f"in/{each}.mp4"))
         shutil.rmtree(folder)
         folder = write_template(root / "in", (0, 0, 200), "shown", 8, film)
         run("template", "pack", str(folder), "-o", str(root / "in/shown.zip"))

@@ -61,7 +61,11 @@ void TimeSourceBase::computeTimeSourceFpsTotal() {
 // The player may drop the decoder from within a callback: the turn keeps it until it is through.
 
 void TimeSourceBase::decodeNextFpsWithGroupQueue() {
-    if (const auto decode = decode_) decode->decodeNextFpsWithGroupQueue();
+    const auto decode = decode_;
+    if (!decode) return;
+    decode->decodeNextFpsWithGroupQueue();
+    for (const QVVideoReader* reader : decode->readers())
+        if (!reader->damage().empty()) reportUsedOtherwise(self(), reader->damage(), reader->url());
 }
 
 void TimeSourceBase::fpsRenderCompletedHandle() {

@@ -13,6 +13,7 @@ class QVSingleVideoDecode : public QVVideoDecodeBase {
                         const platform::VideoReaderSettings& settings = {});
 
     void cancelDecode() override;
+    std::vector<const QVVideoReader*> readers() const override { return {&videoReader_}; }
 
     const QVVideoReader& videoReader() const { return videoReader_; }
     /// The latest picture; none before the first.

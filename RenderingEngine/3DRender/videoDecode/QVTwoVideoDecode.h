@@ -18,6 +18,9 @@ class QVTwoVideoDecode : public QVVideoDecodeBase {
         onNewTwoFrameReadyAtRenderOutput;
 
     void cancelDecode() override;
+    std::vector<const QVVideoReader*> readers() const override {
+        return {&msterVideoReader_, &maskVideoReader_};
+    }
 
     const QVVideoReader& msterVideoReader() const { return msterVideoReader_; }
     const QVVideoReader& maskVideoReader() const { return maskVideoReader_; }

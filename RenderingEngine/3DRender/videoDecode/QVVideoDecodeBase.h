@@ -3,6 +3,7 @@
 #include <atomic>
 #include <functional>
 #include <memory>
+#include <vector>
 
 #include "platform/base/CMTime.h"
 #include "platform/base/NotificationCenter.h"
@@ -11,6 +12,7 @@
 namespace multiscene {
 
 class QVScene3D;
+class QVVideoReader;
 class RenderDriver;
 
 /// Posted by the render driver when it goes on after a pause.
@@ -41,6 +43,8 @@ class QVVideoDecodeBase {
     /// Stops reading and gives the pictures up; may run twice.
     virtual void cancelDecode() {}
     void computeRenderType();
+    /// What it reads.
+    virtual std::vector<const QVVideoReader*> readers() const { return {}; }
     /// Real time counts from now and from the frame that has been reached. Any thread.
     void refushRenderStartTime() { isRebaseAsked_ = true; }
 

@@ -55,7 +55,14 @@ std::optional<QVVideoFrameRenderOutput> QVVideoReader::renderNextFrame() {
 }
 
 std::optional<platform::VideoFrame> QVVideoReader::takeNextFrame() {
-    return reader_ ? reader_->nextFrame() : std::nullopt;
+    if (!reader_) return std::nullopt;
+    auto frame = reader_->nextFrame();
+    if (frame) return frame;
+    if (const auto error = reader_->error()) {
+        if (error->kind() == platform::ErrorKind::Transient) throw platform::Error(*error);
+        damage_ = error->message();
+    }
+    return std::nullopt;
 }
 
 QVVideoFrameRenderOutput QVVideoReader::show(const platform::VideoFrame& frame) {

@@ -23,7 +23,8 @@ class QVVideoReader {
 
     void startProcessing();
     void cancelProcessing();
-    /// The next picture; none when the video has ended or cannot be read.
+    /// The next picture; none when the video has ended or cannot be read. Throws Error(Transient) when the
+    /// disk fails.
     std::optional<QVVideoFrameRenderOutput> renderNextFrame();
     // The two halves of it, for readers that advance together.
     std::optional<platform::VideoFrame> takeNextFrame();
@@ -42,6 +43,8 @@ class QVVideoReader {
     int32_t videoFps() const { return videoFps_; }
     /// The file could be opened.
     bool isReadable() const { return reader_ != nullptr; }
+    /// What was damaged, once there is no further picture; empty: nothing.
+    const std::string& damage() const { return damage_; }
     double videoWidth() const;   ///< pixels, upright; 0 when unreadable
     double videoHeight() const;  ///< pixels, upright; 0 when unreadable
     /// Pictures may be transparent in places; their colours are multiplied by alpha unless the settings say
@@ -59,6 +62,7 @@ class QVVideoReader {
     std::string url_;
     int32_t videoFps_;
     std::unique_ptr<platform::VideoReader> reader_;
+    std::string damage_;
     bool premultipliesAlpha_;
     std::shared_ptr<Texture> texture_ = std::make_shared<Texture>();
     std::shared_ptr<const platform::FilmPicture> shown_;  ///< what the texture holds

@@ -5,6 +5,7 @@
 #include "core/Material/TextureInfoKeys.h"
 #include "core/QVObject3DFpsBase.h"
 #include "core/QVScene3D.h"
+#include "core/SkippedMedia.h"
 #include "playback/Playback.h"
 #include "playback/RenderDriver.h"
 
@@ -110,7 +111,11 @@ void QVVideoMaterial::startSound() const {
 void QVVideoMaterial::updateMaterial(int64_t) {
     if (!videoReader_) return;
     frameOutput_ = videoReader_->renderNextFrame();
-    if (!frameOutput_) return;
+    if (!frameOutput_) {
+        if (object3D() && !videoReader_->damage().empty())
+            reportUsedOtherwise(*object3D(), videoReader_->damage(), videoPath_);
+        return;
+    }
     setTexture(frameOutput_->outputTexture);
 }
 
