@@ -98,8 +98,8 @@ HWY_INLINE void applyGradient(const PreparedPaint& paint, const Lookup& lookup, 
                                      : bounded(hn::Mul(beyond, scale), 0, 1);
         if (gradient.soft)
             progress = hn::Mul(hn::Mul(progress, progress), hn::Sub(real(3), hn::Add(progress, progress)));
-        const RealVector faded = hn::Mul(hn::LoadU(Reals(), opacities + i), between(from, to, progress));
-        hn::StoreU(faded, Reals(), opacities + i);
+        const RealVector opacity = bounded(between(from, to, progress), 0, 1);
+        hn::StoreU(hn::Mul(hn::LoadU(Reals(), opacities + i), opacity), Reals(), opacities + i);
     }
 }
 

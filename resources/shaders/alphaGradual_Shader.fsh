@@ -46,5 +46,6 @@ void main()
     float progress = progressBetween(startAlpha.x, endAlpha.x, vertical ? place.y : place.x);
     if (interpolation >= 2) progress = smoothstep(0.0, 1.0, progress);
     vec4 color = texture2D(videoFrame, textureCoordinate);
-    gl_FragColor = sent(straightColor(color), color.a, mix(startAlpha.y, endAlpha.y, progress));
+    float opacity = clamp(mix(startAlpha.y, endAlpha.y, progress), 0.0, 1.0);
+    gl_FragColor = sent(straightColor(color), color.a, opacity);
 }

@@ -132,8 +132,11 @@ TEST_F(PainterTest, RandomQuadsLookAlikeWithAnyLookAndBlendFunction) {
     // GL's blur gives colours that alpha multiplies, whatever the blend function wants: it is the last, for
     // the default function alone.
     const Look looks[] = {PlainLook{.opacity = 0.7f},
+                          PlainLook{.opacity = 1.4f},
+                          ColorLook{{0.3f, 0.9f, 1.2f, 0.6f}, 1.4f},
                           MaskLook{.mask = &mask, .maskCoordinates = {0, 1, 1, 1, 1, 0, 0, 0}},
                           GradientLook{{0.2f, 1}, {0.9f, 0.1f}, 3},
+                          GradientLook{{0.2f, 1.6f}, {0.9f, -0.1f}, 0},
                           FilterLook{.type = 2, .pictureSize = {64, 64}},
                           FilterLook{.type = 3, .pictureSize = {64, 64}},
                           FilterLook{.type = 5, .pictureSize = {64, 64}},

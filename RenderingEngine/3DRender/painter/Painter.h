@@ -41,7 +41,8 @@ class Painter {
     void resetState() { state_ = {}; }
 
     /// Draws nothing without a picture to draw, and nothing outside of a frame and of targets: of a frame
-    /// that is left out only its targets are drawn.
+    /// that is left out only its targets are drawn. Opacities end at 0 and 1, as do colours that no light
+    /// falls on.
     void draw(QuadDraw quad);
     void draw(LettersDraw letters);
     void draw(MeshDraw mesh);
