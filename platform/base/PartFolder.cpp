@@ -23,7 +23,7 @@ PartFolder::PartFolder(const fs::path& parent, const std::string& purpose) {
         const bool isFree =
             !lock_ || ::flock(lock_.descriptor(), LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK;
         struct stat info {};
-        if (isFree && ::lstat(path_.c_str(), &info) == 0) return;
+        if (isFree && (::lstat(path_.c_str(), &info) == 0 || errno != ENOENT)) return;
     }
     throw Error(ErrorKind::Transient, "cannot create the folder: another program removes what is made",
                 parent.string());
