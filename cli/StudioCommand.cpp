@@ -1,5 +1,7 @@
+#include <sys/resource.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <charconv>
 #include <semaphore>
 
@@ -35,6 +37,17 @@ int64_t numberWithin(const std::string& value, int64_t least, int64_t most) {
         throw Error(ErrorKind::Usage, "\"" + value + "\" is no number from " + std::to_string(least) +
                                           " to " + std::to_string(most));
     return number;
+}
+
+/// A connection may have a file beside it, and programs, stores and the log have theirs: the usual 1024 are
+/// too few.
+void takeDescriptors(size_t connections) {
+    constexpr rlim_t others = 512;
+    const rlim_t wanted = 2 * connections + others;
+    rlimit files{};
+    if (::getrlimit(RLIMIT_NOFILE, &files) != 0 || files.rlim_cur >= wanted) return;
+    files.rlim_cur = std::min(files.rlim_max, wanted);
+    ::setrlimit(RLIMIT_NOFILE, &files);
 }
 
 class StudioCommand : public Command {
@@ -91,6 +104,7 @@ class StudioCommand : public Command {
         settings_.home = platform::dataHome();
         settings_.programOptions = settings.words;
         settings_.limits.setThoseOf(settings.words);
+        takeDescriptors(settings_.limits.connections);
         settings_.opensPage = !isService_ && !staysClosed_ && hasDisplay();
         settings_.pairing = [&](const std::string& code, const std::string& url) {
             if (isForSomebody(console)) tellPairing(console, code, url);
