@@ -159,6 +159,11 @@ std::vector<SessionStore::Known> SessionStore::known() {
     return all;
 }
 
+bool SessionStore::isKnown(const std::string& id) {
+    const std::lock_guard lock(mutex_);
+    return database_.prepare("SELECT 1 FROM credential WHERE session = ?").bind(1, id).step();
+}
+
 bool SessionStore::revoke(const std::string& id) {
     const std::lock_guard lock(mutex_);
     return database_.prepare("DELETE FROM credential WHERE session = ? RETURNING session").bind(1, id).run();

@@ -43,6 +43,8 @@ class SessionStore {
     };
     /// Who could ask.
     std::vector<Known> known();
+    /// Whether anybody could ask as that session.
+    bool isKnown(const std::string& id);
     /// Whoever was known as that session no longer is; what they made stays for its time. False: nobody was.
     bool revoke(const std::string& id);
 

@@ -172,7 +172,9 @@ void UploadsApi::link(ApiRequest& request, Responder& responder) {
 /// Any thread.
 UploadLinks::Grant UploadsApi::grantOf(const std::string& token) const {
     const auto grant = links_.grantOf(token, nowMs());
-    if (!grant) throw Problem(404, "link-gone", "this link is not good any more");
+    // Nor is one of who was shown out.
+    if (!grant || !shop_->parts.sessions.isKnown(grant->session))
+        throw Problem(404, "link-gone", "this link is not good any more");
     return *grant;
 }
 

@@ -346,6 +346,11 @@ TEST_F(JobsTest, ALinkTakesOneFileOfWhoeverHasIt) {
     EXPECT_EQ(taken.json().string("id"), given.string("id"));
     EXPECT_EQ(get("/api/v1/uploads/" + given.string("id"), me).json().string("kind"), "photo");
     EXPECT_EQ(put(address, picture).code(), "link-used");
+    SessionStore store(studioFolder() / "studio.db");
+    const Who other{"", "", store.addToken("other", Access::Make)};
+    const Value theirs = sendJson("POST", "/api/v1/uploads/links", "{}", other).json();
+    store.revoke(store.known().back().session.id);
+    EXPECT_EQ(put(theirs.string("url"), picture).code(), "link-gone");
     const Value small = link("{\"bytes\":10}");
     EXPECT_EQ(put(small.string("url"), picture).status, 413);
 
