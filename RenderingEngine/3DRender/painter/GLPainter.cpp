@@ -167,6 +167,7 @@ void GLPainter::endFrame(const platform::Canvas& picture) {
     readFramebuffer(finished, part.left, part.bottom, picture);
     samples_.discard();
     targets_.clear();
+    shaders_.useShaderObject(nullptr);  // another painter may draw in the same context next
 }
 
 void GLPainter::beginTarget(QVFrameBufferToTexture& target) {

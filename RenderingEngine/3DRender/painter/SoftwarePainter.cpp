@@ -14,6 +14,16 @@ namespace multiscene {
 
 using platform::QuadPaint;
 
+/// GL's blur gives colours that alpha multiplies. A blurred copy gives what the blend function wants, which
+/// is the same under these.
+static bool isBlurAlike(const BlendFunction& blend) {
+    using Factor = platform::BlendFactor;
+    const auto [source, destination] = paintedBlend(blend);
+    if (source == Factor::One) return true;
+    return (source == Factor::SrcAlpha || source == Factor::Zero) && destination != Factor::SrcColor &&
+           destination != Factor::OneMinusSrcColor;
+}
+
 /// A draw, and what the processor paints for it.
 struct SoftwarePainter::Piece {
     std::variant<QuadDraw, LettersDraw, MeshDraw> draw;
@@ -199,7 +209,8 @@ void SoftwarePainter::paint(const QuadDraw& quad) {
     picture.keep(quad.texture);
     if (const auto* mask = std::get_if<MaskLook>(&quad.look)) picture.keep(mask->mask);
     const auto* blur = std::get_if<BlurLook>(&quad.look);
-    if (!blur || quad.texture->levelsOrFilm().empty() || !quad.texture->isPremultiplied())
+    if (!blur || quad.texture->levelsOrFilm().empty() || !quad.texture->isPremultiplied() ||
+        !(quad.texture->isOpaque() || isBlurAlike(quad.state.blend)))
         return picture.add(quad, quad.texture);
     QuadDraw shown = quad;
     shown.texture = &blurred_.of(*quad.texture, *blur, tiles_);
@@ -248,6 +259,22 @@ namespace {
 
 bool isOver(const BlendFunction& blend) { return blend == BlendFunction(); }
 
+/// Then what is clear in a layer changes nothing where it is blended, and its colours come out as they were
+/// drawn.
+bool fitsLayer(const BlendFunction& blend) {
+    using Factor = platform::BlendFactor;
+    const auto [source, destination] = paintedBlend(blend);
+    if (source == Factor::One && destination == Factor::OneMinusSrcColor) return true;
+    return (source == Factor::One || source == Factor::SrcAlpha) &&
+           (destination == Factor::One || destination == Factor::OneMinusSrcAlpha);
+}
+
+/// How that is drawn into its layer, whose colours are multiplied by alpha.
+BlendFunction blendInLayer(const BlendFunction& blend) {
+    const BlendFunction asItIs{1, BlendFunction().destination};
+    return paintedBlend(blend).source == platform::BlendFactor::One ? asItIs : BlendFunction();
+}
+
 /// A canvas's part painted as it is.
 QuadPaint paintOf(const platform::Surface& surface, const PixelBounds& bounds, const BlendFunction& blend) {
     const double left = bounds.left, top = bounds.top, right = bounds.right, bottom = bounds.bottom;
@@ -265,44 +292,55 @@ QuadPaint paintOf(const platform::Surface& surface, const PixelBounds& bounds, c
 }  // namespace
 
 /// Where GL draws something that compares depths, all that does so shares a layer with what is drawn between
-/// it. Others share one as long as
-/// they are laid over each other; a draw with another blend function has a layer of its own, which is blended
-/// so.
+/// it. Others share one as long as they are laid over each other; a draw with another blend function has a
+/// layer of its own, which is blended so. Where that is not the same, GL draws all that lies under it, too.
 void SoftwarePainter::drawLayers(Picture& picture) {
     std::vector<Piece>& pieces = picture.pieces;
+    struct Shared {
+        size_t first = 0, end = 0;
+        bool has(size_t place) const { return first <= place && place < end; }
+    };
+    Shared ground, deep;
     const bool hasDepth =
         std::ranges::any_of(pieces, [](const Piece& piece) { return piece.byGL && piece.state().depthTest; });
-    const auto testsDepth = [&](const Piece& piece) { return hasDepth && piece.state().depthTest; };
-    const auto firstDeep = std::ranges::find_if(pieces, testsDepth);
-    auto endDeep = std::find_if(pieces.rbegin(), pieces.rend(), testsDepth).base();
-    auto from = firstDeep;
-    if (firstDeep != pieces.end() &&
-        !std::all_of(firstDeep, endDeep, [](const Piece& piece) { return isOver(piece.state().blend); }))
-        from = pieces.begin();  // what is blended there needs what lies under it
-    for (auto piece = from; piece < endDeep; ++piece) piece->byGL = true;
+    bool isDeepOver = true;
+    for (size_t at = 0; at < pieces.size(); ++at) {
+        if (hasDepth && pieces[at].state().depthTest) deep = {deep.end > 0 ? deep.first : at, at + 1};
+        if (pieces[at].byGL && !fitsLayer(pieces[at].state().blend)) ground.end = at + 1;
+    }
+    for (size_t at = deep.first; at < deep.end; ++at) isDeepOver &= isOver(pieces[at].state().blend);
+    if (deep.end > 0 && (!isDeepOver || deep.first < ground.end)) {
+        ground.end = std::max(ground.end, deep.end);
+        deep = {};
+    }
+    for (size_t at = 0; at < pieces.size(); ++at) pieces[at].byGL |= ground.has(at) || deep.has(at);
 
-    const auto place = [&](auto at) { return static_cast<size_t>(at - pieces.begin()); };
     for (size_t first = 0; first < pieces.size();) {
+        size_t end = first + 1;
         if (!pieces[first].byGL) {
-            ++first;
+            first = end;
             continue;
         }
-        size_t end = first + 1;
-        if (firstDeep != pieces.end() && first >= place(from) && first < place(endDeep))
-            end = place(endDeep);
+        const bool isGround = ground.has(first);
+        if (isGround)
+            end = ground.end;
+        else if (deep.has(first))
+            end = deep.end;
         else if (isOver(pieces[first].state().blend))
             while (end < pieces.size() && pieces[end].byGL && isOver(pieces[end].state().blend) &&
-                   !(firstDeep != pieces.end() && end == place(from)))
+                   !deep.has(end))
                 ++end;
-        drawLayer(picture, first, end);
+        drawLayer(picture, first, end, isGround);
         first = end;
     }
 }
 
-void SoftwarePainter::drawLayer(Picture& picture, size_t first, size_t end) {
+/// The ground holds the background, too.
+void SoftwarePainter::drawLayer(Picture& picture, size_t first, size_t end, bool isGround) {
     const CanvasSize& size = picture.size;
-    const bool isAlone = end == first + 1;
+    const bool isAlone = end == first + 1 && !isGround;
     PixelBounds bounds;
+    if (isGround) bounds = {0, 0, size.width, size.height};
     for (size_t i = first; i < end; ++i)
         bounds.include(
             std::visit([&](const auto& draw) { return boundsOf(draw, size); }, picture.pieces[i].draw));
@@ -312,11 +350,12 @@ void SoftwarePainter::drawLayer(Picture& picture, size_t first, size_t end) {
     std::vector<uint8_t>& pixels = picture.layers[picture.usedLayers++];
     const int width = bounds.right - bounds.left, height = bounds.bottom - bounds.top;
     pixels.resize(static_cast<size_t>(width) * static_cast<size_t>(height) * 4);
-    gl_.beginPart(size.width, size.height, {bounds.left, size.height - bounds.bottom, width, height}, 0);
+    gl_.beginPart(size.width, size.height, {bounds.left, size.height - bounds.bottom, width, height},
+                  isGround ? std::exchange(picture.background, 0) : 0);
     for (size_t i = first; i < end; ++i)
         std::visit(
             [&](auto draw) {
-                if (isAlone) draw.state.blend = {};
+                if (isAlone) draw.state.blend = blendInLayer(draw.state.blend);
                 gl_.replay(draw);
             },
             picture.pieces[i].draw);

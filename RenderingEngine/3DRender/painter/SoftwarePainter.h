@@ -53,7 +53,7 @@ class SoftwarePainter : public Painter {
     Picture& current();
     void finish(Picture& picture, const platform::Canvas& canvas);
     void drawLayers(Picture& picture);
-    void drawLayer(Picture& picture, size_t first, size_t end);
+    void drawLayer(Picture& picture, size_t first, size_t end, bool isGround);
 
     GLPainter gl_;
     platform::TilePainter tiles_;
