@@ -56,11 +56,12 @@ class Export : public testing::PlayFixture {
     platform::VideoInfo probe(const std::string& path) const {
         return platform::probeVideo(open(path), path);
     }
-    /// The sound of a film, one level a hundredth of a second.
+    /// The sound of a film, one level a hundredth of a second; it is read from the first picture on, which is
+    /// stamped 1/25.
     std::vector<float> levelsOf(const std::string& path) const {
         const platform::AudioFile sound(open(path), path);
         platform::AudioFile::Reader reader(sound);
-        std::vector<float> levels, block(441 * platform::kAudioChannels);
+        std::vector<float> levels(4), block(441 * platform::kAudioChannels);
         while (reader.read(block.data(), 441) == 441) levels.push_back(block[0]);
         return levels;
     }
