@@ -29,6 +29,7 @@ class CheckCommand : public FencedCommand {
         arguments.flag("--strict", "Take warnings for errors", isStrict_);
         arguments.example("multiscene check templates/minimal");
     }
+    bool isResultPrinted() const override { return true; }
 
   protected:
     bool needsFolder() const override { return !isReadWhereItLies(path_); }

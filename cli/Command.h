@@ -19,6 +19,8 @@ class Command {
     virtual void declare(Arguments& arguments) = 0;
     /// Runs the command and returns the exit code. Called while the program has one thread.
     virtual int execute(Console& console, const JobSettings& settings);
+    /// Whether what it prints is all that comes of it, so that it has failed when that cannot be written.
+    virtual bool isResultPrinted() const { return false; }
 
   protected:
     /// What execute() does unless it is overridden. Returns the exit code; `stop` is requested by Ctrl-C and

@@ -29,7 +29,11 @@ class ParserArguments : public Arguments {
         : app_(app), repeatedNames_(repeatedNames) {}
 
     void word(const std::string& name, const std::string& help, Handler handler) override {
-        app_.add_option_function<std::string>(name, handled(name, std::move(handler)), help)->required();
+        const auto word = [take = std::move(handler)](const std::string& value) {
+            if (value.empty()) throw Error(ErrorKind::Usage, "is empty");
+            take(value);
+        };
+        app_.add_option_function<std::string>(name, handled(name, word), help)->required();
     }
 
     void option(const std::string& names, const std::string& valueName, const std::string& help,
@@ -134,7 +138,13 @@ struct Parser {
         app.set_version_flag("--version", "multiscene " + programVersion());
         app.require_subcommand(1);
         app.fallthrough();
-        app.add_option("--home", result.home, "Data folder: catalogue, installed templates, running jobs")
+        app.add_option_function<std::string>(
+               "--home",
+               [this](const std::string& folder) {
+                   if (folder.empty()) throw Error(ErrorKind::Usage, "is empty", "", "--home");
+                   result.home = folder;
+               },
+               "Data folder: catalogue, installed templates, running jobs")
             ->type_name("DIR");
         app.add_flag("-v,--verbose", result.isVerbose, "Say more on standard error");
         app.add_flag("--json", result.isJson, "Progress and result as JSON lines on standard output");
@@ -222,7 +232,10 @@ std::vector<std::string> spelledOut(int count, const char* const* words,
             repeated = name;
         else if (!follows)
             repeated.clear();
-        all.push_back(word);
+        // "--music=": the parser would take the next word for the value that is empty.
+        const bool isEmpty = word.starts_with("--") && name.size() + 1 == word.size();
+        all.push_back(isEmpty ? name : word);
+        if (isEmpty) all.emplace_back();
     }
     return all;
 }
@@ -233,13 +246,13 @@ std::string oneLine(std::string text) {
     return text;
 }
 
-/// The first two words that are neither an option nor the value of --home.
+/// The first two words that are neither an option nor the value of one that stands before commands.
 CommandWords commandWords(int count, const char* const* words) {
     std::vector<std::string_view> found(2);
     auto next = found.begin();
     for (int at = 1; at < count && next != found.end(); ++at) {
         const std::string_view word = words[at];
-        if (word == "--home")
+        if (word == "--home" || word == "--limit")
             ++at;
         else if (!word.starts_with('-'))
             *next++ = word;
@@ -303,8 +316,9 @@ std::string faultOf(const CLI::App& app, const CLI::ParseError& error) {
     if (option != rest.end()) return unexpectedWord(app, *option);
     if (!rest.empty()) return unexpectedWord(app, rest.front());
     if (dynamic_cast<const CLI::ArgumentMismatch*>(&error)) {
-        const std::string text = oneLine(error.what());
-        return text.substr(0, text.find(':')) + " needs a value";
+        const std::string text = oneLine(error.what()), name = text.substr(0, text.find(':'));
+        const bool isTooMuch = text.find("At Most", name.size()) != std::string::npos;
+        return name + (isTooMuch ? " is given more than once" : " needs a value");
     }
     return oneLine(error.what());
 }

@@ -4,6 +4,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <cmath>
 #include <cstdio>
 
@@ -180,8 +181,14 @@ Console::Console(bool isJson) : isJson_(isJson), isTerminal_(::isatty(STDOUT_FIL
 
 void Console::write(const std::string& text) {
     // One call, so that lines of several threads do not mix.
-    std::fwrite(text.data(), 1, text.size(), stdout);
-    std::fflush(stdout);
+    if (std::fwrite(text.data(), 1, text.size(), stdout) == text.size() && std::fflush(stdout) == 0) return;
+    // Who closes a pipe has read enough.
+    if (errno != EPIPE) writeFailure_ = errno;
+}
+
+void Console::requireWritten() const {
+    if (const int failure = writeFailure_)
+        throw platform::errnoError(failure, "cannot write", "standard output");
 }
 
 void Console::event(const std::string& name, Value::Dictionary fields) {
@@ -212,7 +219,7 @@ void Console::finding(const Finding& finding) {
 void Console::status(const std::string& text) {
     if (isJson_) return event("status", {{"message", text}});
     clearBar();
-    line(text);
+    line(printable(text));
 }
 
 void Console::downloadProgress(uint64_t received, uint64_t total, double seconds) {
@@ -267,14 +274,15 @@ void Console::jobFinding(const Finding& each) {
     std::fprintf(stderr, "note: %s\n", printable(multiscene::describe(each)).c_str());
 }
 
+/// Keys and names in it are a template's.
 void Console::jobNote(const std::string& text) {
     clearBar();
     if (isReserved_)
-        std::fprintf(stderr, "note: %s\n", text.c_str());
+        std::fprintf(stderr, "note: %s\n", printable(text).c_str());
     else if (isJson_)
         event("note", {{"message", text}});
     else
-        line("note: " + text);
+        line("note: " + printable(text));
 }
 
 void Console::jobDone(const JobSummary& summary) {
@@ -306,7 +314,7 @@ void Console::error(const platform::Error& error) {
                         {"message", error.message()},
                         {"file", error.file()},
                         {"key", error.key()}});
-    std::fprintf(stderr, "multiscene: %s\n", error.what());
+    std::fprintf(stderr, "multiscene: %s\n", printable(error.what()).c_str());
 }
 
 }  // namespace multiscene::cli

@@ -1,6 +1,7 @@
 // What the program says: lines for people or JSON lines for programs, a progress bar on a terminal.
 #pragma once
 
+#include <atomic>
 #include <string>
 
 #include "app/check/Finding.h"
@@ -26,6 +27,8 @@ class Console : public JobObserver {
     /// The command's own lines on standard output. Any thread.
     void line(const std::string& text) { write(text + "\n"); }
     virtual void write(const std::string& text);
+    /// Throws Error when not all of that could be written, unless somebody has closed a pipe.
+    void requireWritten() const;
     /// {"event": name, …}, with --json only.
     void event(const std::string& name, platform::Value::Dictionary fields);
 
@@ -49,6 +52,7 @@ class Console : public JobObserver {
     void printProgress(const JobProgress& progress);
     void printSummary(const JobSummary& summary);
 
+    std::atomic<int> writeFailure_ = 0;  ///< an errno value
     bool isJson_, isTerminal_, isReserved_ = false, hasBar_ = false;
     double printedSeconds_ = 0;
     int64_t printedFrame_ = -1;

@@ -3,6 +3,7 @@
 #include <fcntl.h>
 
 #include <cerrno>
+#include <exception>
 #include <optional>
 
 #include "app/job/JobFolder.h"
@@ -16,21 +17,30 @@ int FencedCommand::execute(Console& console, const JobSettings& settings) {
     FencedWork fenced(console, settings);
     fenced_ = &fenced;
     std::optional<JobFolder> job;
-    if (needsFolder()) job.emplace();
+    if (needsFolder()) job.emplace(cancelling());
     const std::filesystem::path folder = job ? job->path() : std::filesystem::path();
     Errand errand = prepare(folder);
     errand.folder = folder;
     bool isPublished = false;
-    return fenced.run(
-        errand,
-        [this](Workplace& place) { return work(place.console, place.stop, [&] { place.ask({"publish"}); }); },
-        [&](const std::vector<std::string>&) {
-            if (isPublished) return;
-            isPublished = true;
-            platform::log::info("stage: publishing");
-            publish();
-            fenced.commit();
-        });
+    try {
+        return fenced.run(
+            errand,
+            [this](Workplace& place) {
+                return work(place.console, place.stop, [&] { place.ask({"publish"}); });
+            },
+            [&](const std::vector<std::string>&) {
+                if (isPublished) return;
+                isPublished = true;
+                platform::log::info("stage: publishing");
+                publish();
+                fenced.commit();
+            });
+    } catch (const std::exception& failure) {
+        // The result has its name, whatever becomes of the worker after that.
+        if (!fenced.isCommitted()) throw;
+        platform::log::info(failure.what());
+        return 0;
+    }
 }
 
 void FencedCommand::flush(const std::filesystem::path& made) {

@@ -43,7 +43,7 @@ class HoldCommand : public Command {
         const JobSettings lifted = withoutTimeLimits(settings);
         FencedWork fenced(console, lifted);
         if (!readOpening(socket)) return 0;  // not needed after all
-        const JobFolder job;
+        const JobFolder job([&fenced] { return fenced.isCancelled(); });
         Errand errand = errandOf(request_.source);
         if (!folder_.empty()) errand.reach.read.push_back(folder_);
         errand.folder = job.path();

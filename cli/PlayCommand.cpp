@@ -57,7 +57,7 @@ class PlayCommand : public Command {
         PreviewProcess window({.isWatching = isWatching_, .watched = errand.reach.read});
         const JobSettings lifted = withoutTimeLimits(settings);
         FencedWork fenced(console, lifted);
-        const JobFolder job;
+        const JobFolder job([&fenced] { return fenced.isCancelled(); });
         errand.folder = job.path();
         do playOnce(window, fenced, errand);
         while (window.wish([&] { return fenced.isCancelled(); }) == PreviewProcess::Wish::AnotherWorker);

@@ -10,6 +10,7 @@ class SceneFormatCommand : public Command {
     void declare(Arguments& arguments) override {
         arguments.example("multiscene scene-format > scene-format.md");
     }
+    bool isResultPrinted() const override { return true; }
 
     int run(Console& console, std::stop_token) override {
         console.write(sceneFormatReference());

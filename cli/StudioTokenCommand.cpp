@@ -50,6 +50,7 @@ class TokenAddCommand : public Command {
             [this](const std::string& value) { scope_ = scopeOf(value); }, Occurs::AtMostOnce);
         arguments.example("multiscene studio token add my-service --scope make");
     }
+    bool isResultPrinted() const override { return true; }
 
   protected:
     int run(Console& console, std::stop_token) override {
@@ -69,6 +70,7 @@ class TokenAddCommand : public Command {
 class TokenListCommand : public Command {
   public:
     void declare(Arguments& arguments) override { arguments.example("multiscene studio token list"); }
+    bool isResultPrinted() const override { return true; }
 
   protected:
     int run(Console& console, std::stop_token) override {

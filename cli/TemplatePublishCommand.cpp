@@ -39,7 +39,11 @@ class TemplatePublishCommand : public FencedCommand {
                        [this](const std::string& value) { folder_ = given_ = value; });
         arguments.option(
             "--to", "FOLDER", "A folder that an HTTP server offers; made when it is missing",
-            [this](const std::string& value) { server_ = value; }, Occurs::Once);
+            [this](const std::string& value) {
+                if (value.empty()) throw Error(ErrorKind::Usage, "is empty");
+                server_ = value;
+            },
+            Occurs::Once);
         arguments.option("--base-url", "URL",
                          "Write complete addresses; else they are relative to the server",
                          [this](const std::string& value) { options_.baseUrl = baseUrlOf(value); });

@@ -51,7 +51,7 @@ class TemplatesFetchCommand : public Command {
 
     int execute(Console& console, const JobSettings& settings) override {
         FencedWork fenced(console, settings);
-        const JobFolder job;
+        const JobFolder job([&fenced] { return fenced.isCancelled(); });
         list_.setServerAddress(list_.serverAddress());
         const std::filesystem::path fetched = job.file("fetched");
         download(fenced, job, address(fenced), fetched);

@@ -35,7 +35,7 @@ class TemplatesInstallCommand : public Command {
     int execute(Console& console, const JobSettings& settings) override {
         FencedWork fenced(console, settings);
         try {
-            const JobFolder job;
+            const JobFolder job([&fenced] { return fenced.isCancelled(); });
             install(fenced, job);
         } catch (const Error& failure) {
             if (isUnsettled(failure) || fenced.isCommitted()) throw;

@@ -14,6 +14,7 @@ class TemplatesListCommand : public FencedCommand {
         arguments.example("multiscene templates list");
         arguments.example("LC_ALL=ja_JP.UTF-8 multiscene templates list --json");
     }
+    bool isResultPrinted() const override { return true; }
 
   protected:
     bool needsFolder() const override { return false; }

@@ -59,6 +59,7 @@ class TemplatesShowCommand : public FencedCommand {
         arguments.example("multiscene templates show sunny-day");
         arguments.example("multiscene templates show birthday.zip");
     }
+    bool isResultPrinted() const override { return true; }
 
   protected:
     /// An archive is unpacked.

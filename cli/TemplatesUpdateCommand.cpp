@@ -32,7 +32,7 @@ class TemplatesUpdateCommand : public Command {
 
     int execute(Console& console, const JobSettings& settings) override {
         FencedWork fenced(console, settings);
-        const JobFolder job;
+        const JobFolder job([&fenced] { return fenced.isCancelled(); });
         const std::string address = list_.serverAddress();
         list_.setServerAddress(address);
         fetch(fenced, job);

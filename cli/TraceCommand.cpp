@@ -20,6 +20,7 @@ class TraceCommand : public FencedCommand {
         arguments.flag("--draw", "Draw the frames too, as for a video", request_.draws);
         arguments.example("multiscene trace templates/minimal --at 0,30");
     }
+    bool isResultPrinted() const override { return true; }
 
   protected:
     Errand prepare(const std::filesystem::path&) override { return errandOf(request_); }

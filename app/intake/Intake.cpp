@@ -28,7 +28,7 @@ constexpr int kProxyQuality = 85;
 constexpr int kFramesPerSecond = 30;  // in which a film is measured
 
 FileHandle opened(const fs::path& file) {
-    FileHandle handle = platform::openFile(file, O_RDONLY | O_CLOEXEC);
+    FileHandle handle = platform::openFile(file, O_RDONLY | O_NONBLOCK);
     if (!handle) throw platform::errnoError(errno, "cannot be read", file.string(), ErrorKind::Input);
     if (!handle.isRegular()) throw Error(ErrorKind::Input, "is no file", file.string());
     return handle;

@@ -1,5 +1,8 @@
 #include "app/job/FramesJob.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
+
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
@@ -11,6 +14,7 @@
 #include "app/job/GroupRun.h"
 #include "app/job/OutputFile.h"
 #include "output/PictureSink.h"
+#include "platform/base/Clock.h"
 #include "platform/base/File.h"
 #include "platform/base/FolderListing.h"
 #include "platform/base/PartFolder.h"
@@ -99,6 +103,18 @@ void throwIfCancelled(const std::function<bool()>& isCancelled) {
     if (isCancelled && isCancelled()) throw platform::Error(platform::ErrorKind::Cancelled, "cancelled");
 }
 
+/// While it is open, no other job puts its pictures there. A folder that cannot be locked holds nobody up.
+platform::FileHandle turnIn(const fs::path& folder, const std::function<bool()>& isCancelled) {
+    constexpr double pause = 0.02;  // seconds
+    platform::FileHandle turn = platform::openFile(folder, O_RDONLY | O_DIRECTORY);
+    while (turn && ::flock(turn.descriptor(), LOCK_EX | LOCK_NB) != 0 &&
+           (errno == EWOULDBLOCK || errno == EINTR)) {
+        throwIfCancelled(isCancelled);
+        platform::sleepSeconds(pause);
+    }
+    return turn;
+}
+
 /// Renames within one file system, which can be undone.
 class Moves {
   public:
@@ -128,6 +144,7 @@ class Moves {
 }  // namespace
 
 void movePictures(const fs::path& from, const fs::path& to, const std::function<bool()>& isCancelled) {
+    const platform::FileHandle turn = turnIn(to, isCancelled);
     // Pictures of two jobs side by side would look like those of one, even to whoever looks in the midst of
     // it.
     const platform::PartFolder arriving(to, "new-pictures");

@@ -77,9 +77,9 @@ void requireRoom(const fs::path& folder) {
 
 }  // namespace
 
-JobFolder::JobFolder() {
+JobFolder::JobFolder(const std::function<bool()>& isCancelled) {
     if (nest().empty()) {
-        make();
+        make(isCancelled);
     } else {
         path_ = nest() / platform::uniqueIdentifier();
         platform::makePrivateFolder(path_);
@@ -88,14 +88,16 @@ JobFolder::JobFolder() {
     livingFolders().paths.insert(path_);
 }
 
-void JobFolder::make() {
+void JobFolder::make(const std::function<bool()>& isCancelled) {
     try {
-        makeIn(platform::dataHome());
+        makeIn(platform::dataHome(), isCancelled);
     } catch (const Error& failure) {
+        if (failure.kind() == platform::ErrorKind::Cancelled) throw;
         platform::log::info(std::string("the job uses the temporary folder: ") + failure.what());
         try {
-            makeIn(platform::privateTemporaryFolder());
-        } catch (const Error&) {
+            makeIn(platform::privateTemporaryFolder(), isCancelled);
+        } catch (const Error& second) {
+            if (second.kind() == platform::ErrorKind::Cancelled) throw;
             throw Error(failure);  // the data home is what a user can do something about
         }
     }
@@ -103,11 +105,11 @@ void JobFolder::make() {
 
 void JobFolder::nestIn(const fs::path& folder) { nest() = folder; }
 
-void JobFolder::makeIn(const fs::path& home) {
+void JobFolder::makeIn(const fs::path& home, const std::function<bool()>& isCancelled) {
     const fs::path jobs = home / "jobs";
     platform::createFolders(jobs);
     // A folder without its lock looks abandoned, so making and sweeping exclude each other.
-    const auto turn = FileLock::acquire(jobs / kLockName, kPatience);
+    const auto turn = FileLock::acquire(jobs / kLockName, kPatience, FileLock::Mode::Alone, isCancelled);
     if (!turn)
         throw Error(platform::ErrorKind::Transient, "another program keeps the jobs locked", jobs.string());
     sweep(jobs);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <filesystem>
+#include <functional>
 #include <optional>
 #include <string>
 
@@ -13,8 +14,9 @@ namespace multiscene {
 /// the next job starts. Where the data home cannot be written it lies below the temporary folder.
 class JobFolder {
   public:
-    /// Makes jobs/<unique>. Throws platform::Error.
-    JobFolder();
+    /// Makes jobs/<unique>. Other programs that make theirs are waited for; `isCancelled` is asked meanwhile.
+    /// Throws platform::Error, Cancelled when that says so.
+    explicit JobFolder(const std::function<bool()>& isCancelled = {});
     ~JobFolder();
     JobFolder(const JobFolder&) = delete;
     JobFolder& operator=(const JobFolder&) = delete;
@@ -31,8 +33,8 @@ class JobFolder {
     static void removeAllOfThisProcess();
 
   private:
-    void make();
-    void makeIn(const std::filesystem::path& home);
+    void make(const std::function<bool()>& isCancelled);
+    void makeIn(const std::filesystem::path& home, const std::function<bool()>& isCancelled);
 
     std::filesystem::path path_;
     std::optional<platform::FileLock> lock_;

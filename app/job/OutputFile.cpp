@@ -30,6 +30,15 @@ fs::path absolutePath(const fs::path& path) {
     return absolute;
 }
 
+/// What a link leads to is replaced, and the link stays: /dev/stdout is one.
+fs::path behindLinks(fs::path path) {
+    constexpr int most = 40;
+    std::error_code failure;
+    for (int count = 0; count < most && fs::is_symlink(fs::symlink_status(path, failure)); ++count)
+        path = path.parent_path() / fs::read_symlink(path, failure);
+    return path;
+}
+
 /// Nobody says what lies there.
 bool isHidden(const fs::path& path) {
     std::error_code failure;
@@ -45,7 +54,7 @@ void requireWritable(const fs::path& file) {
 
 }  // namespace
 
-OutputFile::OutputFile(const fs::path& path) : path_(absolutePath(path)) {
+OutputFile::OutputFile(const fs::path& path) : path_(behindLinks(absolutePath(path))) {
     if (!path_.has_filename() || platform::isFolder(path_))
         throw Error(ErrorKind::Usage, "the output is a folder, not a file", path.string());
     if (platform::isThere(path_) && !platform::isFile(path_))

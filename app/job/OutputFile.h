@@ -10,7 +10,7 @@ namespace multiscene {
 class OutputFile {
   public:
     /// Throws platform::Error: Usage when the name cannot be that of a file or its folder is missing, Failed
-    /// when nothing can be written there, Transient when the disk is full.
+    /// when nothing can be written there, Transient when the disk is full. Links are followed.
     explicit OutputFile(const std::filesystem::path& path);
 
     /// An output that will be an MP4. Throws platform::Error(Usage) also when its name ends like another

@@ -1,6 +1,7 @@
 #include "platform/base/Error.h"
 
 #include <cerrno>
+#include <filesystem>
 #include <new>
 #include <system_error>
 
@@ -47,6 +48,8 @@ Error currentError() {
         return error;
     } catch (const std::bad_alloc&) {
         return Error(ErrorKind::Transient, "out of memory");
+    } catch (const std::filesystem::filesystem_error& error) {
+        return errnoError(error.code().value(), "cannot be looked at", error.path1().string());
     } catch (const std::system_error& error) {
         if (error.code() == std::errc::resource_unavailable_try_again)
             return Error(ErrorKind::Transient, "out of memory or threads");

@@ -1,6 +1,8 @@
 #include "platform/base/Json.h"
 
 #include <cmath>
+#include <cstdint>
+#include <limits>
 #include <nlohmann/json.hpp>
 
 #include "platform/base/Limits.h"
@@ -17,8 +19,10 @@ Value fromJson(const json& node) {
     switch (node.type()) {
         case json::value_t::boolean:
             return Value(node.get<bool>());
-        case json::value_t::number_integer:
         case json::value_t::number_unsigned:
+            if (node.get<uint64_t>() > std::numeric_limits<int64_t>::max()) return Value(node.get<double>());
+            [[fallthrough]];
+        case json::value_t::number_integer:
             return Value(node.get<int64_t>());
         case json::value_t::number_float:
             return Value(node.get<double>());

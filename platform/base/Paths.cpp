@@ -8,6 +8,7 @@
 #include <random>
 
 #include "platform/base/Error.h"
+#include "platform/base/PrivateFolder.h"
 
 namespace platform {
 
@@ -44,7 +45,7 @@ fs::path defaultDataHome() {
     if (const fs::path set = fromEnvironment("MULTISCENE_HOME"); !set.empty()) return fs::absolute(set);
     if (const fs::path xdg = fromEnvironment("XDG_DATA_HOME"); xdg.is_absolute()) return xdg / "multiscene";
     const fs::path home = fromEnvironment("HOME");
-    return (home.empty() ? fs::temp_directory_path() : home / ".local" / "share") / "multiscene";
+    return home.empty() ? privateTemporaryFolder() : home / ".local" / "share" / "multiscene";
 }
 
 void setDataHome(const fs::path& home) { homeStorage() = fs::absolute(home).lexically_normal(); }

@@ -7,7 +7,8 @@
 
 namespace platform {
 
-/// --home, else MULTISCENE_HOME, else $XDG_DATA_HOME/multiscene, else ~/.local/share/multiscene. Absolute.
+/// --home, else MULTISCENE_HOME, else $XDG_DATA_HOME/multiscene, else ~/.local/share/multiscene; without HOME
+/// a folder of the user's own below the temporary one, which is made. Absolute. Throws Error.
 std::filesystem::path defaultDataHome();
 void setDataHome(const std::filesystem::path& home);
 const std::filesystem::path& dataHome();

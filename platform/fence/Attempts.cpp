@@ -6,7 +6,9 @@
 #include <sys/mman.h>
 #include <sys/ptrace.h>
 #include <sys/resource.h>
+#include <sys/shm.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -54,6 +56,10 @@ std::string writeOutside(const Targets& targets) {
     return unless(static_cast<bool>(file));
 }
 
+std::string letEverybodyRead(const Targets& targets) {
+    return unless(::chmod(targets.secret.c_str(), 0666) == 0);
+}
+
 std::string removeSecret(const Targets& targets) { return unless(::unlink(targets.secret.c_str()) == 0); }
 
 std::string connectToLoopback(const Targets& targets) {
@@ -92,6 +98,21 @@ std::string traceSupervisor(const Targets&) {
 }
 
 std::string signalSupervisor(const Targets&) { return unless(::kill(::getppid(), SIGWINCH) == 0); }
+
+/// The kernel signals whoever a pipe is said to belong to.
+std::string signalSupervisorByPipe(const Targets&) {
+    int ends[2];
+    if (::pipe2(ends, O_CLOEXEC) != 0) return unless(false);
+    const FileHandle reading(ends[0]), writing(ends[1]);
+    return unless(::fcntl(ends[0], F_SETOWN, ::getppid()) == 0 && ::fcntl(ends[0], F_SETSIG, SIGWINCH) == 0 &&
+                  ::fcntl(ends[0], F_SETFL, O_ASYNC) == 0 && ::write(ends[1], "", 1) == 1);
+}
+
+std::string shareMemoryWithOthers(const Targets&) {
+    const int memory = ::shmget(IPC_PRIVATE, 4096, 0600);
+    if (memory >= 0) ::shmctl(memory, IPC_RMID, nullptr);
+    return unless(memory >= 0);
+}
 
 std::string raiseLimits(const Targets&) {
     const rlimit endless{RLIM_INFINITY, RLIM_INFINITY};
@@ -146,6 +167,7 @@ constexpr std::array kAttempts{
     BreakOutAttempt{"remove it", Wall::Files, removeSecret},
     BreakOutAttempt{"write outside its folder", Wall::Files, writeOutside},
     BreakOutAttempt{"read the supervisor's environment", Wall::Files, readSupervisorsMemory},
+    BreakOutAttempt{"let everybody read it", Wall::SystemCalls, letEverybodyRead},
     BreakOutAttempt{"connect to the loopback", Wall::SystemCalls, connectToLoopback},
     BreakOutAttempt{"send a datagram", Wall::SystemCalls, sendDatagram},
     BreakOutAttempt{"talk to a local service", Wall::SystemCalls, reachLocalService},
@@ -153,6 +175,8 @@ constexpr std::array kAttempts{
     BreakOutAttempt{"start a program", Wall::SystemCalls, startProgram},
     BreakOutAttempt{"trace the supervisor", Wall::SystemCalls, traceSupervisor},
     BreakOutAttempt{"signal the supervisor", Wall::SystemCalls, signalSupervisor},
+    BreakOutAttempt{"signal the supervisor by a pipe", Wall::SystemCalls, signalSupervisorByPipe},
+    BreakOutAttempt{"share memory with others", Wall::SystemCalls, shareMemoryWithOthers},
     BreakOutAttempt{"raise its limits", Wall::SystemCalls, raiseLimits},
     BreakOutAttempt{"take 8 GiB at once", Wall::Limits, takeMemoryAtOnce},
     BreakOutAttempt{"take 8 GiB bit by bit", Wall::Limits, takeMemoryBitByBit},

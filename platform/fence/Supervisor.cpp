@@ -46,7 +46,11 @@ ErrorKind blameOf(int64_t code) {
 }  // namespace
 
 Supervisor::Supervisor(Worker& worker, const WorkerLimits& limits, int signals, Listener listener)
-    : worker_(worker), watch_(worker.process(), limits), signals_(signals), listener_(std::move(listener)) {}
+    : worker_(worker),
+      watch_(worker.process(), limits),
+      signals_(signals),
+      listener_(std::move(listener)),
+      lookedAt_(monotonicSeconds()) {}
 
 int Supervisor::run() {
     while (!worker_.ended() && !isLost()) {
@@ -58,6 +62,8 @@ int Supervisor::run() {
         }
         watchLimits();
         if (isCancelled_ && !killedAt_ && monotonicSeconds() >= killAt_) kill();
+        // Its result stands, and nobody reads what it still says.
+        if (isLate_ && !killedAt_ && !mayWrite()) kill();
     }
     if (!worker_.ended()) worker_.abandon();
     drain();
@@ -71,7 +77,7 @@ void Supervisor::kill() {
 
 /// Killed, but held in the kernel, by a disk for one: it runs no more, and nobody waits for that.
 bool Supervisor::isLost() const {
-    return killedAt_ && monotonicSeconds() - *killedAt_ > (isCancelled_ ? kDying : kDyingAtFault);
+    return killedAt_ && monotonicSeconds() - *killedAt_ > (isCancelled_ || isLate_ ? kDying : kDyingAtFault);
 }
 
 /// While nobody reads what the program writes, nothing more is taken from the worker.
@@ -123,6 +129,9 @@ void Supervisor::take(Message& message) {
             return;
         case Message::Kind::Download:
             watch_.sign();
+            break;
+        case Message::Kind::Output:
+            for (std::string& text : message.fields) makeHarmless(text);
             break;
         case Message::Kind::Progress:
             takeProgress(message.integer(0), message.integer(1));
@@ -180,8 +189,9 @@ void Supervisor::readSignals() {
 }
 
 void Supervisor::cancel() {
-    if (isCommitted_) return;
-    if (!isCancelled_) {
+    if (isCommitted_) {
+        isLate_ = true;
+    } else if (!isCancelled_) {
         isCancelled_ = true;
         killAt_ = monotonicSeconds() + kGrace;
         worker_.signal(SIGTERM);
@@ -192,21 +202,22 @@ void Supervisor::cancel() {
 
 /// The terminal's Ctrl-Z reaches the supervisor alone.
 void Supervisor::pause() {
+    const double start = monotonicSeconds();
     worker_.signal(SIGSTOP);
     std::raise(SIGSTOP);
     worker_.signal(SIGCONT);
-    watch_.sign();
+    lookedAt_ = monotonicSeconds();
+    watch_.leaveOut(lookedAt_ - start);
 }
 
 void Supervisor::watchLimits() {
     const double now = monotonicSeconds();
-    if (fault_ != WorkerFault::None || now < lookAt_) return;
-    lookAt_ = now + kLooking;
-    const WorkerWatch::Finding finding = watch_.look();
-    if (finding.fault == WorkerFault::None) return;
+    if (fault_ != WorkerFault::None || now < lookedAt_ + kLooking) return;
     // A worker that waits for the reader of its output is not at fault.
-    if (finding.fault == WorkerFault::StepTime && !mayWrite()) return watch_.sign();
-    end(finding.fault, finding.limit);
+    if (!mayWrite()) watch_.leaveOut(now - lookedAt_);
+    lookedAt_ = now;
+    const WorkerWatch::Finding finding = watch_.look();
+    if (finding.fault != WorkerFault::None) end(finding.fault, finding.limit);
 }
 
 void Supervisor::end(WorkerFault fault, uint64_t limit) {
@@ -226,7 +237,7 @@ void Supervisor::drain() {
         if (mayWrite()) {
             isMore = hear();
             ++turn;
-        } else if (isCancelled_) {
+        } else if (isCancelled_ || isLate_) {
             return;
         } else {
             wait();

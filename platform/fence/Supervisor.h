@@ -12,8 +12,8 @@ namespace platform {
 /// SIGTERM, SIGHUP and SIGTSTP are blocked and `signals`, a signalfd for them, is read.
 ///
 /// A signal ends the worker: it is asked (SIGTERM) and after 0.25 s, or at a second signal, killed. Standard
-/// output that nobody reads holds the worker up, never the supervisor. Standard errors of the worker, where
-/// libraries write, are passed on with control characters replaced.
+/// output that nobody reads holds the worker up, never the supervisor; such time, and that of a pause, is not
+/// the worker's. What it writes is passed on with control characters replaced.
 class Supervisor {
   public:
     /// A message of the kinds Fence, Progress, Download, Output or Request. A request is answered by it. The
@@ -29,7 +29,7 @@ class Supervisor {
 
     /// What is named while the worker has opened nothing, and while it draws.
     void setSource(const std::string& source) { source_ = source; }
-    /// The job's result stands: a signal no longer ends the worker.
+    /// The job's result stands: a signal no longer ends the worker, unless nobody reads what it writes.
     void commit() { isCommitted_ = true; }
 
     /// Whether the worker has said what came of its work.
@@ -71,8 +71,9 @@ class Supervisor {
     WorkerFault fault_ = WorkerFault::None;
     uint64_t limit_ = 0;
     bool isCommitted_ = false, isCancelled_ = false, hasErrors_ = true;
+    bool isLate_ = false;  ///< a signal has come when the result stood
     std::optional<double> killedAt_;
-    double killAt_ = 0, lookAt_ = 0;
+    double killAt_ = 0, lookedAt_;
 };
 
 }  // namespace platform

@@ -2,6 +2,7 @@
 
 #include <fcntl.h>
 #include <linux/seccomp.h>
+#include <linux/sockios.h>
 #include <sched.h>
 #include <seccomp.h>
 #include <sys/ioctl.h>
@@ -107,6 +108,38 @@ constexpr const char* kForbidden[] = {
     "setgroups",
     "capset",
     "memfd_secret",
+    // owners, permissions, attributes and times of files, which Landlock does not guard
+    "chmod",
+    "fchmod",
+    "fchmodat",
+    "fchmodat2",
+    "chown",
+    "fchown",
+    "lchown",
+    "fchownat",
+    "setxattr",
+    "lsetxattr",
+    "fsetxattr",
+    "setxattrat",
+    "removexattr",
+    "lremovexattr",
+    "fremovexattr",
+    "removexattrat",
+    "file_setattr",
+    "utime",
+    "utimes",
+    "futimesat",
+    "utimensat",
+    // memory and queues that other processes have, and that stay when this one ends
+    "shmget",
+    "shmat",
+    "shmctl",
+    "semget",
+    "semctl",
+    "msgget",
+    "msgctl",
+    "mq_open",
+    "mq_unlink",
 };
 
 constexpr const char* kNetwork[] = {"socket", "connect", "bind"};
@@ -151,6 +184,11 @@ void addRules(Rules& rules, bool allowsNetwork) {
     constexpr scmp_datum_t word = 0xffffffff;  // the kernel looks at no more of a request
     for (const scmp_datum_t request : {TIOCSTI, TIOCLINUX})
         rules.forbid("ioctl", SCMP_A1(SCMP_CMP_MASKED_EQ, word, request));
+    // Whom the kernel signals when something can be read.
+    for (const scmp_datum_t request : {FIOSETOWN, SIOCSPGRP})
+        rules.forbid("ioctl", SCMP_A1(SCMP_CMP_MASKED_EQ, word, request));
+    for (const scmp_datum_t command : {F_SETOWN, F_SETOWN_EX, F_SETSIG})
+        rules.forbid("fcntl", SCMP_A1(SCMP_CMP_MASKED_EQ, word, command));
 }
 
 }  // namespace

@@ -43,15 +43,21 @@ void WorkerWatch::sign() {
     stepCpu_ = cpuSeconds();
 }
 
+void WorkerWatch::leaveOut(double seconds) {
+    start_ += seconds;
+    stepStart_ += seconds;
+}
+
 void WorkerWatch::plan(int64_t frames, int64_t pixels) {
     // A template may say anything, and so may a worker.
     constexpr int64_t most = int64_t{1} << 40;
     frames_ = frames < 0 || frames_ < 0 ? -1 : std::min(frames_ + std::min(frames, most), most);
     pixels_ = std::max(pixels_, std::min(pixels, most));
     limits_ = given_.forJob(frames_, pixels_);
-    rlimit files{};
-    if (::prlimit(process_, RLIMIT_FSIZE, nullptr, &files) != 0) return;
-    files.rlim_cur = std::min<rlim_t>(files.rlim_max, limits_.fileBytes);
+    rlimit own{}, files{};
+    if (::getrlimit(RLIMIT_FSIZE, &own) != 0 || ::prlimit(process_, RLIMIT_FSIZE, nullptr, &files) != 0)
+        return;
+    files.rlim_cur = std::min<rlim_t>({own.rlim_cur, files.rlim_max, limits_.fileBytes});
     ::prlimit(process_, RLIMIT_FSIZE, &files, nullptr);
 }
 

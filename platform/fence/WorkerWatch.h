@@ -21,6 +21,8 @@ class WorkerWatch {
 
     /// The worker has got on: the time for one step begins anew.
     void sign();
+    /// So many seconds were not the worker's.
+    void leaveOut(double seconds);
     /// The worker makes so many frames (below 0: nobody knows) of so many pixels; more than once adds up.
     /// Until it says so it makes none.
     void plan(int64_t frames, int64_t pixels);

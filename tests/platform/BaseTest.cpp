@@ -10,6 +10,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <map>
 #include <new>
 #include <thread>
 
@@ -150,9 +151,26 @@ TEST(PropertyList, BinaryListsThatUnfoldOrCycleAreRefused) {
         EXPECT_THROW(parsePropertyList(bytes(whole.substr(0, size)), "prefix"), Error) << size;
 }
 
+/// A folder that everybody may write would be anybody's who makes it first.
+TEST(Paths, WithoutAHomeTheDataIsTheUsersOwn) {
+    const test::TemporaryFolder temporary;
+    std::map<const char*, std::string> before;
+    for (const char* name : {"HOME", "MULTISCENE_HOME", "XDG_DATA_HOME", "TMPDIR"})
+        if (const char* value = ::getenv(name)) before[name] = value;
+    for (const char* name : {"HOME", "MULTISCENE_HOME", "XDG_DATA_HOME"}) ::unsetenv(name);
+    ::setenv("TMPDIR", temporary.path().c_str(), 1);
+    const fs::path home = defaultDataHome();
+    EXPECT_EQ(fs::status(home).permissions(), fs::perms::owner_all);
+    fs::permissions(home, fs::perms::all);
+    EXPECT_THROW(defaultDataHome(), Error);
+    ::unsetenv("TMPDIR");
+    for (const auto& [name, value] : before) ::setenv(name, value.c_str(), 1);
+}
+
 TEST(Json, WritesNumbersThatAreNotFiniteAsNull) {
     const Value value(Value::Dictionary{{"b", std::nan("")}, {"a", 1}, {"c", "\xff"}});
     EXPECT_EQ(jsonText(value), "{\"a\":1,\"b\":null,\"c\":\"\xEF\xBF\xBD\"}");
+    EXPECT_EQ(parseJson("18446744073709551615", "more than 64 bits hold with a sign").doubleValue(), 0x1p64);
     EXPECT_THROW(parseJson(std::string(5000, '['), "deep"), Error);
     try {
         parseJson("{\"a\":", "cut");

@@ -1,5 +1,6 @@
 #include <fcntl.h>
 #include <sys/mman.h>
+#include <sys/resource.h>
 #include <sys/signalfd.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -96,7 +97,7 @@ class FenceTest : public ::testing::Test {
 
 TEST_F(FenceTest, AWorkerTellsAsksAndHandsFilesOver) {
     const Outcome outcome = outcomeOf([](Channel& channel) {
-        say(channel, Message::Kind::Output, {"hello "});
+        say(channel, Message::Kind::Output, {"hello\x1b "});
         say(channel, Message::Kind::Request, {"question"});
         say(channel, Message::Kind::Output, {channel.receive(true)->field(0) + " "});
         Message message = Message::make(Message::Kind::Output, {""});
@@ -111,7 +112,7 @@ TEST_F(FenceTest, AWorkerTellsAsksAndHandsFilesOver) {
     });
     EXPECT_FALSE(outcome.error);
     EXPECT_EQ(outcome.code, 7);
-    EXPECT_EQ(outcome.output, "hello questionquestion answered from a file");
+    EXPECT_EQ(outcome.output, "hello? questionquestion answered from a file");
 }
 
 TEST_F(FenceTest, AMessageHasASizeAndItsSenderMayBeGone) {
@@ -285,6 +286,12 @@ TEST_F(FenceTest, WhatTheKernelCountsEndsAtTheLimit) {
     EXPECT_EQ(found(limits, bytesOfAFile, true), "1600 bytes");
     limits.set("maxJobOpenFiles=40");
     EXPECT_EQ(found(limits, descriptors, false), "40 files");
+    rlimit usual{};
+    ASSERT_EQ(::getrlimit(RLIMIT_FSIZE, &usual), 0);
+    const rlimit lower{500, usual.rlim_max};
+    ASSERT_EQ(::setrlimit(RLIMIT_FSIZE, &lower), 0);
+    EXPECT_EQ(found(limits, bytesOfAFile, true), "500 bytes") << "the program's own";
+    ::setrlimit(RLIMIT_FSIZE, &usual);
 }
 
 TEST_F(FenceTest, AsManyThreadsAsAreAllowedLive) {
@@ -337,6 +344,30 @@ TEST_F(FenceTest, SignsOfLifeGiveMoreTime) {
         },
         limits);
     EXPECT_EQ(outcome.code, 0);
+}
+
+TEST_F(FenceTest, TheTimeOfAPauseIsNotTheWorkers) {
+    WorkerLimits limits;
+    limits.set("maxJobSeconds=2");
+    const pid_t test = ::getpid();
+    const Outcome outcome = outcomeOf(
+        [](Channel& channel) {
+            say(channel, Message::Kind::Output, {"now"});
+            ::usleep(200'000);
+            say(channel, Message::Kind::Done, {"0"});
+            return 0;
+        },
+        limits,
+        [&] {
+            if (::fork() == 0) {
+                ::usleep(3'000'000);
+                ::kill(test, SIGCONT);
+                ::_exit(0);
+            }
+            ::raise(SIGTSTP);
+        });
+    EXPECT_EQ(outcome.code, 0) << (outcome.error ? outcome.error->what() : "");
+    ::wait(nullptr);
 }
 
 TEST_F(FenceTest, TheSameFrameAgainIsNoSignOfLife) {

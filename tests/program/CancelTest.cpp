@@ -1,5 +1,9 @@
+#include <unistd.h>
+
 #include <csignal>
 
+#include "platform/base/Clock.h"
+#include "platform/store/FileLock.h"
 #include "tests/program/ProgramTest.h"
 
 namespace multiscene::test {
@@ -46,6 +50,25 @@ TEST_F(CancelTest, EndsOnASecondSignalToo) {
     EXPECT_EQ(process->finish().exitCode, 130);
     EXPECT_THAT(leftBehind(), IsEmpty());
     EXPECT_THAT(filesNamed("out.mp4"), IsEmpty());
+}
+
+TEST_F(CancelTest, EndsWhileAnotherProgramKeepsTheJobsLocked) {
+    const fs::path lock = folder.path() / "home/jobs/.lock";
+    fs::create_directories(lock.parent_path());
+    const auto held = platform::FileLock::acquire(lock);
+    Process process(command({"make", SmallTemplate().write(folder.path()), "-o", folder.file("out.mp4")}));
+    const auto isWaiting = [&] {
+        std::error_code gone;
+        for (const auto& entry :
+             fs::directory_iterator("/proc/" + std::to_string(process.number()) + "/fd", gone))
+            if (fs::read_symlink(entry, gone) == lock) return true;
+        return false;
+    };
+    for (int turn = 0; turn < 1000 && !isWaiting(); ++turn) ::usleep(10'000);
+    const double asked = platform::monotonicSeconds();
+    process.signal(SIGINT);
+    EXPECT_EQ(process.finish().exitCode, 130);
+    EXPECT_LT(platform::monotonicSeconds() - asked, 15) << "it waits";
 }
 
 TEST_F(CancelTest, AKilledJobLeavesNoVideoAndIsSweptByTheNextButNotAliveOnes) {

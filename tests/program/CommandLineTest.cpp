@@ -49,6 +49,37 @@ TEST_F(CommandLineTest, GlobalOptionsStandAnywhereAndJsonTellsErrorsToo) {
     EXPECT_EQ(wrong.jsonLines()[0].integer("code"), 2);
 }
 
+/// Who starts the program may have closed its standard descriptors, and ignore how its children end.
+TEST_F(CommandLineTest, RunsHoweverItWasStarted) {
+    const std::string path = SmallTemplate().write(folder.path());
+    for (const std::string closed : {"<&-", ">&-", "2>&-", "<&- >&- 2>&-"}) {
+        const auto make = command({"make", path, "-o", folder.file("out.mp4")});
+        std::vector<std::string> words{
+            "timeout", "60", "env", "--ignore-signal=CHLD", "sh", "-c", "exec \"$0\" \"$@\" " + closed};
+        words.insert(words.end(), make.begin(), make.end());
+        EXPECT_EQ(run(words).exitCode, 0) << closed;
+        EXPECT_TRUE(fs::remove(folder.path() / "out.mp4")) << closed;
+    }
+}
+
+/// What is all that comes of a command must not get lost; a video is there whatever is said of it.
+TEST_F(CommandLineTest, AFullDiskBehindStandardOutputIsTold) {
+    const std::string path = SmallTemplate().write(folder.path());
+    const auto answer = [&](const std::vector<std::string>& given, const std::string& into) {
+        std::vector<std::string> words{"sh", "-c", "exec \"$0\" \"$@\" " + into};
+        const auto all = command(given);
+        words.insert(words.end(), all.begin(), all.end());
+        return run(words).exitCode;
+    };
+    for (const std::string command : {"scene-format", "trace", "check"})
+        EXPECT_EQ(answer(command == "scene-format" ? std::vector{command} : std::vector{command, path},
+                         ">/dev/full"),
+                  75)
+            << command;
+    EXPECT_EQ(answer({"make", path, "-o", folder.file("out.mp4")}, ">/dev/full"), 0);
+    EXPECT_EQ(answer({"scene-format"}, "| true"), 0);
+}
+
 TEST_F(CommandLineTest, PairsMayFollowOneOptionAndTextsHoldLineBreaks) {
     SmallTemplate small;
     small.description["userInputArray"] =

@@ -1,3 +1,5 @@
+#include <sys/file.h>
+#include <unistd.h>
 
 #include <array>
 
@@ -187,6 +189,21 @@ TEST_F(FramesTest, TakeThePlaceOfEarlierOnesAndOfNothingElse) {
     for (const auto& [name, content] : frames("used", {"--at", "1,2"})) names.push_back(name);
     EXPECT_THAT(names, ::testing::ElementsAre("cover.png", "frame-000001.png", "frame-000002.png",
                                               "frame-00000x.png", "frame-1.png"));
+}
+
+TEST_F(FramesTest, OfTwoJobsNeverLieSideBySide) {
+    frames("used", {"--at", "0"});
+    const fs::path used = folder.path() / "used";
+    platform::FileHandle other = platform::openFile(used, O_RDONLY | O_DIRECTORY);
+    ASSERT_EQ(::flock(other.descriptor(), LOCK_EX), 0);
+    Process process(command({"frames", path, "--at", "1", "-o", used}));
+    ::usleep(1'000'000);  // enough for one that does not wait
+    writePicture(used / "frame-000009.png", 0x00ff00);
+    other.reset();
+    EXPECT_EQ(process.finish().exitCode, 0);
+    std::vector<std::string> names;
+    for (const auto& entry : fs::directory_iterator(used)) names.push_back(entry.path().filename());
+    EXPECT_THAT(names, ::testing::ElementsAre("frame-000001.png"));
 }
 
 TEST_F(FramesTest, AreTracedTheSameDrawnOrNot) {

@@ -90,7 +90,11 @@ TEST(OptionsTest, WrongWordsAreToldWithARemedy) {
         {{"make", "t", "--text", "a=Happy", "birthday"}, "\"birthday\" is one word too many"},
         {{"make", "t", "-o"}, "--output needs a value"},
         {{"make", "t"}, "--output is required"},
-        {{"make", "t", "-o", "a.mp4", "--fps", "30", "--fps", "31"}, "--fps"},
+        {{"make", "t", "-o", "a.mp4", "--fps", "30", "--fps", "31"}, "--fps is given more than once"},
+        {{"--limit", "maxJobSeconds=9", "make"}, "TEMPLATE is required"},
+        {{"make", "t", "--fps=", "-o", "a.mp4"}, "--fps: \"\" is not a whole number"},
+        {{"template", "pack", ""}, "DIR: is empty"},
+        {{"--home", "", "templates", "list"}, "--home: is empty"},
         {{"make", "t", "-o", "a.mp4", "--limit", "maxScenes=1"}, "is no limit that can be changed"},
     };
     for (const auto& [words, remedy] : cases) EXPECT_THAT(refusal(words), HasSubstr(remedy));

@@ -63,6 +63,15 @@ TEST_F(OutputTest, IsJudgedBeforeAnythingIsRendered) {
     EXPECT_TRUE(fs::is_character_file("/dev/full"));
 }
 
+TEST_F(OutputTest, TakesThePlaceOfWhatALinkLeadsTo) {
+    const fs::path path = SmallTemplate().write(folder.path()), link = folder.path() / "link.mp4";
+    fs::create_symlink("out.mp4", link);
+    for (const char* time : {"new", "again"}) {
+        EXPECT_EQ(multiscene({"make", path, "-o", link}).exitCode, 0) << time;
+        EXPECT_TRUE(fs::is_symlink(link) && fs::is_regular_file(folder.path() / "out.mp4")) << time;
+    }
+}
+
 TEST_F(OutputTest, ClearsAwayWhatAKilledProgramLeftThere) {
     const fs::path path = SmallTemplate().write(folder.path());
     const std::string left = folder.file(".out.mp4.12-0123456789abcdef.part");
