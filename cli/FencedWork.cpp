@@ -75,6 +75,7 @@ Reach wholeReach(const Errand& errand, const fs::path& cache) {
         (errand.change ? reach.write : reach.read).emplace_back(folder);
     if (!errand.folder.empty()) reach.write.push_back(errand.folder);
     if (!cache.empty()) reach.write.push_back(cache);
+    reach.attributes = errand.change.has_value();
     reach.add(errand.reach);
     return reach;
 }

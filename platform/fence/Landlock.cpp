@@ -77,6 +77,7 @@ void Reach::add(const Reach& other) {
     write.insert(write.end(), other.write.begin(), other.write.end());
     devices.insert(devices.end(), other.devices.begin(), other.devices.end());
     network = network || other.network;
+    attributes = attributes || other.attributes;
 }
 
 int landlockVersion() {

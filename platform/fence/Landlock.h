@@ -13,6 +13,9 @@ struct Reach {
     std::vector<std::filesystem::path> devices;  ///< read, written and told with ioctl, as a GPU is
     bool network = false;                        ///< connections to others; none are taken from them
 
+    /// Permissions and attributes may be changed, of every file of the user's: no rule knows folders there.
+    bool attributes = false;
+
     void add(const Reach& other);
 };
 

@@ -98,7 +98,7 @@ SandboxState enterSandbox(const Reach& reach) {
         return SandboxState::of({"new privileges cannot be given up", "nothing else can be shut then"});
     dropCapabilities();
     std::vector<std::string> missing{confineWithLandlock(reach)};
-    missing.push_back(isSanitized() ? kSanitized : forbidSystemCalls(reach.network));
+    missing.push_back(isSanitized() ? kSanitized : forbidSystemCalls(reach.network, reach.attributes));
     return SandboxState::of(std::move(missing));
 }
 

@@ -108,28 +108,6 @@ constexpr const char* kForbidden[] = {
     "setgroups",
     "capset",
     "memfd_secret",
-    // owners, permissions, attributes and times of files, which Landlock does not guard
-    "chmod",
-    "fchmod",
-    "fchmodat",
-    "fchmodat2",
-    "chown",
-    "fchown",
-    "lchown",
-    "fchownat",
-    "setxattr",
-    "lsetxattr",
-    "fsetxattr",
-    "setxattrat",
-    "removexattr",
-    "lremovexattr",
-    "fremovexattr",
-    "removexattrat",
-    "file_setattr",
-    "utime",
-    "utimes",
-    "futimesat",
-    "utimensat",
     // memory and queues that other processes have, and that stay when this one ends
     "shmget",
     "shmat",
@@ -143,6 +121,13 @@ constexpr const char* kForbidden[] = {
 };
 
 constexpr const char* kNetwork[] = {"socket", "connect", "bind"};
+
+/// Owners, permissions, attributes and times of files, which Landlock does not guard.
+constexpr const char* kAttributes[] = {
+    "chmod",        "fchmod",        "fchmodat",     "fchmodat2", "chown",      "fchown",      "lchown",
+    "fchownat",     "setxattr",      "lsetxattr",    "fsetxattr", "setxattrat", "removexattr", "lremovexattr",
+    "fremovexattr", "removexattrat", "file_setattr", "utime",     "utimes",     "futimesat",   "utimensat",
+};
 
 class Rules {
   public:
@@ -168,10 +153,12 @@ class Rules {
     int failure_ = 0;
 };
 
-void addRules(Rules& rules, bool allowsNetwork) {
+void addRules(Rules& rules, bool allowsNetwork, bool allowsAttributes) {
     for (const char* name : kForbidden) rules.forbid(name);
     if (!allowsNetwork)
         for (const char* name : kNetwork) rules.forbid(name);
+    if (!allowsAttributes)
+        for (const char* name : kAttributes) rules.forbid(name);
     // Threads are made, processes are not. The newer call hides its flags: its caller then takes the older.
     rules.unknown("clone3");
     rules.forbid("clone", SCMP_A0(SCMP_CMP_MASKED_EQ, CLONE_THREAD, 0));
@@ -198,13 +185,13 @@ bool hasSystemCallFilter() {
     return ::syscall(SYS_seccomp, SECCOMP_GET_ACTION_AVAIL, 0, &action) == 0;
 }
 
-std::string forbidSystemCalls(bool allowsNetwork) {
+std::string forbidSystemCalls(bool allowsNetwork, bool allowsAttributes) {
     if (!hasSystemCallFilter())
         return "this kernel filters no system calls: network and programs can be reached";
     const Filter filter(seccomp_init(SCMP_ACT_ALLOW), seccomp_release);
     if (!filter) return "the filter of system calls cannot be made";
     Rules rules(filter.get());
-    addRules(rules, allowsNetwork);
+    addRules(rules, allowsNetwork, allowsAttributes);
     seccomp_attr_set(filter.get(), SCMP_FLTATR_CTL_NNP, 0);
     const int failure = rules.failure() != 0 ? rules.failure() : -seccomp_load(filter.get());
     return failure == 0 ? "" : std::string("the filter of system calls fails: ") + std::strerror(failure);
