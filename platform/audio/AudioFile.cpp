@@ -35,12 +35,12 @@ class PacketReader {
           packet_(ffmpeg::newPacket()) {}
 
     const AVStream& stream() const { return stream_; }
-    /// When the first picture of a film is shown, in ticks of the sound; 0 of a file without pictures.
-    int64_t pictureStart() const {
+    /// When the first picture of a film is shown, in ticks of the sound; none in a file without pictures.
+    std::optional<int64_t> pictureStart() const {
         const AVStream* const* end = input_->streams + input_->nb_streams;
         const auto* film =
             std::find_if(input_->streams, input_->streams + input_->nb_streams, ffmpeg::isFilm);
-        if (film == end || (*film)->start_time == AV_NOPTS_VALUE) return 0;
+        if (film == end || (*film)->start_time == AV_NOPTS_VALUE) return std::nullopt;
         return av_rescale_q((*film)->start_time, (*film)->time_base, stream_.time_base);
     }
     /// In Ogg a packet's length already is without the padding at its end.
@@ -195,9 +195,9 @@ Extent measure(PacketReader& packets) {
     const auto frames = [&](int64_t count) { return av_rescale_q(count, samples, {1, kAudioSampleRate}); };
     const int64_t begin = start.value_or(end), length = std::clamp<int64_t>(end - begin, 0, most);
     // Sound after the longest that a file may have is not heard, nor is what ends before the first picture.
-    const int64_t lead =
-        std::clamp(saturatingDifference(begin, av_rescale_q(packets.pictureStart(), ticks, samples)), -length,
-                   most - length);
+    const auto pictures = packets.pictureStart();
+    const int64_t shown = pictures ? av_rescale_q(*pictures, ticks, samples) : begin;
+    const int64_t lead = std::clamp(saturatingDifference(begin, shown), -length, most - length);
     Extent extent;
     extent.silence = frames(std::max<int64_t>(lead, 0));
     extent.passed = frames(std::max<int64_t>(-lead, 0));
