@@ -302,12 +302,17 @@ std::vector<SceneConfigData> QVDataManager::allScenes() {
 }
 
 std::optional<SceneConfigData> QVDataManager::querySceneWithSid(int64_t sId) {
-    using Found = std::optional<SceneConfigData>;
-    return logged<Found>("looking a scene up", {}, [&]() -> Found {
+    const std::lock_guard lock(mutex_);
+    try {
         Statement query = database().prepare(kBySid);
         query.bind(1, sId);
-        return query.step() ? Found(sceneOfRow(query, scenePath_)) : Found();
-    });
+        return query.step() ? std::optional(sceneOfRow(query, scenePath_)) : std::nullopt;
+    } catch (const Error& failure) {
+        // What passes is no reason to play without the scene.
+        if (throwing_ || failure.kind() == platform::ErrorKind::Transient) throw;
+        platform::log::info(std::string("looking a scene up: ") + failure.what());
+        return std::nullopt;
+    }
 }
 
 void QVDataManager::transaction(const std::function<void(Database&)>& work) {

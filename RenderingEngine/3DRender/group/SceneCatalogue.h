@@ -24,7 +24,8 @@ class SceneCatalogue {
   public:
     virtual ~SceneCatalogue() = default;
 
-    /// The scene with this catalogue number; nothing when there is none or the catalogue cannot be read.
+    /// The scene with this catalogue number; nothing when there is none or the catalogue is unusable. Throws
+    /// platform::Error when reading it failed for a reason that passes.
     virtual std::optional<SceneConfigData> querySceneWithSid(int64_t sId) = 0;
 };
 
