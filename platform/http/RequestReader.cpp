@@ -151,12 +151,20 @@ void RequestReader::startBody(const RequestHead& head, uint64_t mostBytes,
 }
 
 std::size_t RequestReader::putBody(std::string_view bytes) {
+    const bool isChunked = parser_->chunked();
     // Fewer bytes of chunks than this the parser takes for a fault of its own, and ends the process.
-    if (bytes.size() < (parser_->chunked() ? leastOfChunks : 1) || isWhole()) return 0;
-    error_code code;
-    const size_t used = parser_->put(boost::asio::const_buffer(bytes.data(), bytes.size()), code);
-    if (code && code != beast::error::need_more) refuse(code);
-    if (!isWhole() && bytes.size() - used > mostChunkHead) throw Refusal(400, "a chunk's size is too long");
+    const size_t least = isChunked ? leastOfChunks : 1;
+    size_t used = 0;
+    while (!isWhole() && bytes.size() - used >= least) {
+        // However the bytes have come, the size of a chunk is looked for in so many of them.
+        const std::string_view part = bytes.substr(used, isChunked ? mostChunkHead : bytes.size());
+        error_code code;
+        const size_t taken = parser_->put(boost::asio::const_buffer(part.data(), part.size()), code);
+        if (code && code != beast::error::need_more) refuse(code);
+        if (taken == 0 && part.size() == mostChunkHead) throw Refusal(400, "a chunk's size is too long");
+        if (taken == 0) break;
+        used += taken;
+    }
     return used;
 }
 

@@ -111,6 +111,19 @@ TEST_F(HttpDownloadTest, StartsAgainWhenTheFileHasChangedOrHasNoVersion) {
         EXPECT_EQ(content(), "abcdef") << part;
         EXPECT_THAT(other.requests()[2], Not(HasSubstr("Range:")));
     }
+    // Where the time of the last change alone tells versions apart.
+    const std::string dated = "Content-Length: 10\r\nLast-Modified: Mon, 02 Mar 2026 10:00:00 GMT\r\n";
+    for (const auto& [date, whole] :
+         {std::pair{"Last-Modified: Mon, 02 Mar 2026 10:00:00 GMT\r\n", "0123456789"},
+          std::pair{"", "0123456789"},
+          std::pair{"Last-Modified: Tue, 03 Mar 2026 10:00:00 GMT\r\n", "abcdef"}}) {
+        FaultyServer other(
+            {{answer("200 OK", dated, "0123")},
+             {answer("206 Partial", "Content-Range: bytes 4-9/10\r\n" + std::string(date), "456789")},
+             {ok("abcdef")}});
+        EXPECT_EQ(failure(other.url()), std::nullopt) << date;
+        EXPECT_EQ(content(), whole) << date;
+    }
     FaultyServer unasked({{answer("206 Partial", "Content-Range: bytes 0-3/*\r\n", "0123")}});
     EXPECT_EQ(failure(unasked.url()), ErrorKind::Failed);
 }
