@@ -175,7 +175,7 @@ TEST_F(PreviewsTest, APreviewWhoseProgramIsGoneOpensAgainByItself) {
     const size_t most = std::max(1U, std::thread::hardware_concurrency()) + 1;
     for (size_t number = 0; number < most + 1; ++number) addresses.push_back(addressOf(open()));
     constexpr size_t ahead = 1;  // for whoever comes next
-    for (int tries = 0; tries < 200 && programs().size() != most + ahead; ++tries)
+    for (int tries = 0; tries < 1500 && programs().size() != most + ahead; ++tries)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_THAT(programs(), SizeIs(most + ahead)) << "the one that was used first has lost its own";
     EXPECT_EQ(still(addresses.front(), "", 30).status, 200);
