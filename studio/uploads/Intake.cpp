@@ -1,7 +1,6 @@
 #include "studio/uploads/Intake.h"
 
 #include <algorithm>
-#include <ranges>
 
 #include "platform/base/Error.h"
 #include "platform/base/File.h"
@@ -57,8 +56,9 @@ int64_t Intake::bytesOf(const std::string& session) const {
 
 size_t Intake::countOf(const std::string& session) const {
     const auto isMine = [&](const Work& work) { return work.upload.session == session; };
+    const auto isMineInHand = [&](const auto& each) { return isMine(each.second); };
     return static_cast<size_t>(std::ranges::count_if(waiting_, isMine) +
-                               std::ranges::count_if(running_ | std::views::values, isMine));
+                               std::ranges::count_if(running_, isMineInHand));
 }
 
 void Intake::next() {
