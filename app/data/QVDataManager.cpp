@@ -206,12 +206,14 @@ Database& QVDataManager::writableDatabase() {
 }
 
 template <typename Result>
-Result QVDataManager::logged(const char* action, Result onFailure, const std::function<Result()>& work) {
+Result QVDataManager::logged(const char* action, Result onFailure, const std::function<Result()>& work,
+                             Passing passing) {
     const std::lock_guard lock(mutex_);
     if (throwing_) return work();
     try {
         return work();
     } catch (const Error& failure) {
+        if (passing == Passing::Thrown && failure.kind() == platform::ErrorKind::Transient) throw;
         platform::log::info(std::string(action) + ": " + failure.what());
         return onFailure;
     }
@@ -302,17 +304,14 @@ std::vector<SceneConfigData> QVDataManager::allScenes() {
 }
 
 std::optional<SceneConfigData> QVDataManager::querySceneWithSid(int64_t sId) {
-    const std::lock_guard lock(mutex_);
-    try {
+    using Found = std::optional<SceneConfigData>;
+    const auto look = [&]() -> Found {
         Statement query = database().prepare(kBySid);
         query.bind(1, sId);
-        return query.step() ? std::optional(sceneOfRow(query, scenePath_)) : std::nullopt;
-    } catch (const Error& failure) {
-        // What passes is no reason to play without the scene.
-        if (throwing_ || failure.kind() == platform::ErrorKind::Transient) throw;
-        platform::log::info(std::string("looking a scene up: ") + failure.what());
-        return std::nullopt;
-    }
+        return query.step() ? Found(sceneOfRow(query, scenePath_)) : Found();
+    };
+    // What passes is no reason to play without the scene.
+    return logged<Found>("looking a scene up", {}, look, Passing::Thrown);
 }
 
 void QVDataManager::transaction(const std::function<void(Database&)>& work) {

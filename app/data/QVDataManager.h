@@ -77,8 +77,11 @@ class QVDataManager : public SceneCatalogue {
     std::unique_ptr<platform::Database> openedForReading() const;
     std::unique_ptr<platform::Database> openedCopy() const;
     platform::Database& writableDatabase();
+    /// What becomes of failures that pass.
+    enum class Passing { Logged, Thrown };
     template <typename Result>
-    Result logged(const char* action, Result onFailure, const std::function<Result()>& work);
+    Result logged(const char* action, Result onFailure, const std::function<Result()>& work,
+                  Passing passing = Passing::Logged);
     int64_t insert(const QVTempletDataModel& model);
     std::vector<QVTempletDataModel> signSceneArrayWithFMResultSet(platform::Statement rows);
 
